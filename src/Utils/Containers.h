@@ -1,0 +1,255 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "Utils/Assert.h"
+#include "Utils/Mutex.h"
+
+namespace utils {
+
+// An ordered map. Not locked. Never deletes pointer values: who fills it with owned pointers deletes them.
+template <class K, class V>
+class Map
+{
+public:
+    Map() = default;
+    virtual ~Map() = default;
+    Map(const Map&) = default;
+    Map& operator=(const Map&) = default;
+    Map(Map&&) noexcept = default;
+    Map& operator=(Map&&) noexcept = default;
+
+    bool contains(const K& key) const { return m_entries.count(key) != 0; }
+
+    // The value under the key, or null when there is none. Valid until the entry is changed.
+    const V* find(const K& key) const
+    {
+        const auto entry = m_entries.find(key);
+        return entry == m_entries.end() ? nullptr : &entry->second;
+    }
+
+    void set(const K& key, V value) { m_entries[key] = std::move(value); }
+
+    std::size_t size() const noexcept { return m_entries.size(); }
+    auto begin() const noexcept { return m_entries.begin(); }
+    auto end() const noexcept { return m_entries.end(); }
+
+private:
+    std::map<K, V> m_entries;
+};
+
+// An ordered map whose every operation holds the map's own mutex. Any thread.
+template <class K, class V>
+class SafeMap
+{
+public:
+    SafeMap() = default;
+    virtual ~SafeMap()
+    {
+        const MutexGuard guard(m_mutex);
+        m_entries.clear();
+    }
+    SafeMap(const SafeMap&) = delete;
+    SafeMap& operator=(const SafeMap&) = delete;
+
+    bool contains(const K& key)
+    {
+        const MutexGuard guard(m_mutex);
+        return m_entries.count(key) != 0;
+    }
+
+    // The value under the key. A missing key is inserted first, with a null or false value.
+    V get(const K& key)
+    {
+        const MutexGuard guard(m_mutex);
+        return m_entries[key];
+    }
+
+    void set(const K& key, V value)
+    {
+        const MutexGuard guard(m_mutex);
+        m_entries[key] = value;
+    }
+
+private:
+    Mutex m_mutex;
+    std::map<K, V> m_entries;
+};
+
+// A list of pointers in insertion order, guarded by its own mutex. Any thread; iterators release the mutex between
+// elements, so no lock is held while the caller works on one. Holds no null: null is the end of an iteration.
+// T is a pointer type. A copy or a moved-to list has a mutex of its own; a copy never owns the elements.
+template <class T>
+class SafeList
+{
+public:
+    class IteratorImplementation
+    {
+    public:
+        IteratorImplementation() = default;
+        // The element at the position, moving on; null at the end.
+        virtual T next() = 0;
+        // Back to the first element, then as next().
+        virtual T first() = 0;
+        virtual std::size_t size() = 0;
+        virtual ~IteratorImplementation() = default;
+        // A new iterator over the same list, at its first element. The caller owns it.
+        virtual IteratorImplementation* clone() = 0;
+        // As next(), without taking the mutex.
+        virtual T advance() = 0;
+
+        IteratorImplementation(const IteratorImplementation&) = delete;
+        IteratorImplementation& operator=(const IteratorImplementation&) = delete;
+    };
+
+    class SimpleIteratorImplementation : public IteratorImplementation
+    {
+    public:
+        // The list may be null: an iterator over nothing. Takes no lock; the caller does where one is needed.
+        explicit SimpleIteratorImplementation(SafeList* list) : m_list(list) { toFirst(); }
+
+        T next() override
+        {
+            if (m_list == nullptr) {
+                return nullptr;
+            }
+            const MutexGuard guard(m_list->m_mutex);
+            return advance();
+        }
+
+        T first() override
+        {
+            if (m_list == nullptr) {
+                return nullptr;
+            }
+            const MutexGuard guard(m_list->m_mutex);
+            toFirst();
+            return advance();
+        }
+
+        std::size_t size() override { return m_list == nullptr ? 0 : m_list->size(); }
+
+        // Plain and from the start, whatever this iterator skips and wherever it stands: callers count on it.
+        IteratorImplementation* clone() override { return new SimpleIteratorImplementation(m_list); }
+
+        T advance() override
+        {
+            if (m_list == nullptr || m_position == m_list->m_elements.end()) {
+                return nullptr;
+            }
+            return *m_position++;
+        }
+
+    private:
+        void toFirst()
+        {
+            if (m_list != nullptr) {
+                m_position = m_list->m_elements.begin();
+            }
+        }
+
+        typename std::list<T>::iterator m_position;
+        SafeList* m_list;
+    };
+
+    // Owns its implementation. Moves, never copies; a moved-from iterator has none and asserts.
+    class Iterator
+    {
+    public:
+        explicit Iterator(IteratorImplementation* implementation) noexcept : m_implementation(implementation) {}
+        Iterator(Iterator&&) noexcept = default;
+        Iterator& operator=(Iterator&&) noexcept = default;
+
+        // The first element, or null when there is none.
+        virtual T first()
+        {
+            const IteratorImplementation* implementation = m_implementation.get();
+            ASSERT_AT(site, 156, implementation != NULL);
+            return m_implementation->first();
+        }
+
+        virtual ~Iterator() = default;
+
+        // The following element, or null at the end.
+        T next()
+        {
+            const IteratorImplementation* implementation = m_implementation.get();
+            ASSERT_AT(site, 147, implementation != NULL);
+            return m_implementation->next();
+        }
+
+    private:
+        static constexpr LogSite site{"Utils/Containers", "utils::SafeList::Iterator"};
+
+        std::unique_ptr<IteratorImplementation> m_implementation;
+    };
+
+    SafeList() = default;
+    SafeList(const SafeList& other) : m_elements(other.lockedElements()) {}
+    // NOLINTNEXTLINE(performance-noexcept-move-constructor): a new mutex can fail to be made
+    SafeList(SafeList&& other) : m_ownsElements(std::exchange(other.m_ownsElements, false)), m_elements(other.take()) {}
+    SafeList& operator=(const SafeList&) = delete;
+    SafeList& operator=(SafeList&&) = delete;
+    virtual ~SafeList() { clear(); }
+
+    // An iterator at the first element.
+    virtual Iterator getIterator()
+    {
+        const MutexGuard guard(m_mutex);
+        return Iterator(new SimpleIteratorImplementation(this));
+    }
+
+    // Appends. Throws std::length_error when the list is full.
+    void append(T element)
+    {
+        const MutexGuard guard(m_mutex);
+        if (m_elements.size() >= m_elements.max_size()) {
+            throw std::length_error("list<T> too long");
+        }
+        m_elements.push_back(element);
+    }
+
+    // Removes all elements, and deletes each where the list owns them.
+    void clear()
+    {
+        const MutexGuard guard(m_mutex);
+        if (m_ownsElements) {
+            for (T element : m_elements) {
+                delete element;
+            }
+        }
+        m_elements.clear();
+    }
+
+    std::size_t size()
+    {
+        const MutexGuard guard(m_mutex);
+        return m_elements.size();
+    }
+
+    // Says whether clearing or destroying the list deletes its elements; it does not until told so.
+    void setOwnsElements(bool owns) noexcept { m_ownsElements = owns; }
+
+private:
+    std::list<T> lockedElements() const
+    {
+        const MutexGuard guard(m_mutex);
+        return m_elements;
+    }
+
+    std::list<T> take()
+    {
+        const MutexGuard guard(m_mutex);
+        return std::move(m_elements);
+    }
+
+    bool m_ownsElements = false;
+    std::list<T> m_elements;
+    mutable Mutex m_mutex;
+};
+
+}  // namespace utils

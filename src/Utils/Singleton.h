@@ -1,0 +1,126 @@
+#pragma once
+
+#include <atomic>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "Utils/Log.h"
+#include "Utils/ProcessEnd.h"
+
+namespace utils {
+
+// One current instance of T per module. Instances stack: a new one becomes current, and deleting it makes the one
+// before it current again. T names itself by `static constexpr const char* qualifiedName` ("wa::WmiConverter").
+// Construction and destruction of further instances belong on one thread; getInstance may be called from any.
+template <class T>
+class Singleton
+{
+public:
+    // The current instance, created on first use; never null. No lock is taken. Threads that meet on the first use may
+    // each create an instance: the later one becomes current and both live until the module is unloaded.
+    static T* getInstance()
+    {
+        if (T* current = s_current.load(std::memory_order_acquire)) {
+            // An instance registers itself before its own constructor has run: wait until it is whole.
+            while (s_creations.load(std::memory_order_acquire) != 0) {
+                std::this_thread::yield();
+            }
+            return current;
+        }
+        return create();
+    }
+
+protected:
+    Singleton() noexcept
+        : m_previous(s_current.exchange((T*)this, std::memory_order_acq_rel))  // NOLINT: T's base is private
+    {
+        if (logLevel() >= 2) {
+            logCreation();
+        }
+    }
+
+    static T* current() noexcept { return s_current.load(std::memory_order_acquire); }
+
+public:
+    virtual ~Singleton() { s_current.store(m_previous, std::memory_order_release); }
+    Singleton(const Singleton&) = delete;
+    Singleton& operator=(const Singleton&) = delete;
+
+private:
+    // Counts a construction in progress, also when it throws.
+    struct Creation
+    {
+        Creation() { s_creations.fetch_add(1, std::memory_order_acq_rel); }
+        ~Creation() { s_creations.fetch_sub(1, std::memory_order_acq_rel); }
+    };
+
+    static void logCreation() noexcept
+    {
+        try {
+            const std::string name = T::qualifiedName;
+            const std::string function = "utils::Singleton<class " + name + ">::Singleton";
+            logDebug("Utils/Singleton", function.c_str(), 68,
+                     format("New singleton instance for %s", name.substr(name.rfind(':') + 1).c_str()));
+        } catch (const std::bad_alloc&) {
+            // The line is lost, the instance is not.
+        }
+    }
+
+    static T* create()
+    {
+        const Creation creation;
+        T* made = new T;
+        std::atexit(&Singleton::deleteAll);
+        return made;
+    }
+
+    // Runs when the module is unloaded, through the module's own exit table.
+    static void deleteAll()
+    {
+        while (!processIsEnding() && s_current.load(std::memory_order_acquire) != nullptr) {
+            delete s_current.load(std::memory_order_acquire);
+        }
+    }
+
+    static inline std::atomic<T*> s_current{nullptr};
+    static inline std::atomic<int> s_creations{0};
+
+    T* m_previous;
+};
+
+// The form that served classes derive from: `class WmiConverter : public utils::AutoSingleton<WmiConverter>`.
+// A class that must exist from module load on says `template class utils::AutoSingleton<T>;` in its source file:
+// the explicit instantiation is what makes the static holder exist.
+template <class T>
+class AutoSingleton : private Singleton<T>
+{
+public:
+    using Singleton<T>::getInstance;
+
+protected:
+    AutoSingleton() = default;
+
+private:
+    struct Holder
+    {
+        Holder() : instance(Singleton<T>::current() != nullptr ? Singleton<T>::current() : new T) {}
+        ~Holder()
+        {
+            if (!processIsEnding()) {
+                delete instance;
+            }
+        }
+        Holder(const Holder&) = delete;
+        Holder& operator=(const Holder&) = delete;
+
+        T* instance;
+    };
+
+    static Holder s_holder;
+};
+
+template <class T>
+typename AutoSingleton<T>::Holder AutoSingleton<T>::s_holder;
+
+}  // namespace utils

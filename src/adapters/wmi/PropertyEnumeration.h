@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+
+#include "Os/Windows/ComScope.h"
+#include "Os/Windows/Platform.h"
+
+namespace wa {
+
+// One walk over the properties of a WMI object; ends the object's enumeration on every way out.
+class PropertyEnumeration
+{
+public:
+    // Begins with the flags of IWbemClassObject::BeginEnumeration. The object must outlive the walk.
+    PropertyEnumeration(IWbemClassObject* object, long flags)
+        : m_object(object), m_status(object->BeginEnumeration(flags))
+    {
+    }
+    PropertyEnumeration(const PropertyEnumeration&) = delete;
+    PropertyEnumeration& operator=(const PropertyEnumeration&) = delete;
+    ~PropertyEnumeration()
+    {
+        if (begun()) {
+            m_object->EndEnumeration();
+        }
+    }
+
+    HRESULT status() const noexcept { return m_status; }
+    bool begun() const noexcept { return SUCCEEDED(m_status); }
+
+    // Reads the next property's name; false at the end, and after any status but 0, the end being a success code.
+    bool nextName(std::string& name)
+    {
+        utils::ScopedBstr text;
+        if (m_object->Next(0, text.out(), nullptr, nullptr, nullptr) != WBEM_S_NO_ERROR) {
+            return false;
+        }
+        name = utils::narrowBstr(text.get());
+        return true;
+    }
+
+    // The same with everything about the property. The value must be empty.
+    bool next(std::string& name, utils::ScopedVariant& value, CIMTYPE& cimType, long& flavor)
+    {
+        utils::ScopedBstr text;
+        if (m_object->Next(0, text.out(), value.address(), &cimType, &flavor) != WBEM_S_NO_ERROR) {
+            return false;
+        }
+        name = utils::narrowBstr(text.get());
+        return true;
+    }
+
+private:
+    IWbemClassObject* m_object;
+    HRESULT m_status;
+};
+
+}  // namespace wa

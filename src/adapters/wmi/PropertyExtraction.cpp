@@ -1,0 +1,98 @@
+#include <memory>
+
+#include "Utils/Log.h"
+#include "adapters/wmi/OutParameters.h"
+#include "adapters/wmi/PropertyEnumeration.h"
+#include "adapters/wmi/WmiConverter.h"
+
+// WMI objects to property lists: what a client wants written, and the shape of a method's output.
+namespace wa {
+
+namespace {
+
+constexpr const char* FILE_NAME = "WmiConverter";
+
+// Converts one value and appends it. Logs, and leaves the list as it is, when there is no converter or no result.
+void appendProperty(const utils::LogSite& here, PropertyConverter* converter, const std::string& name,
+                    const VARIANT& value, CIMTYPE cimType, core::CimPropertyList& properties)
+{
+    if (converter == nullptr) {
+        here.error("No converter for property type %d", cimType);
+        return;
+    }
+    std::unique_ptr<core::CimProperty> property(converter->variantToProperty(name, &value));
+    if (property == nullptr) {
+        here.error("Property convert error");
+        return;
+    }
+    properties.add(property.get());
+    property.release();
+}
+
+}  // namespace
+
+void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemClassObject* wmiInst)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::extractProperties"};
+    utils::SafeMap<std::string, bool> keys;
+    std::string name;
+    {
+        PropertyEnumeration enumeration(wmiInst, WBEM_FLAG_KEYS_ONLY);
+        while (enumeration.begun() && enumeration.nextName(name)) {
+            keys.set(name, true);
+        }
+    }
+    PropertyEnumeration enumeration(wmiInst, WBEM_FLAG_NONSYSTEM_ONLY);
+    if (!enumeration.begun()) {
+        here.debug("Problem with properties enumeration %X", enumeration.status());
+        return;
+    }
+    for (;;) {
+        utils::ScopedVariant value;
+        CIMTYPE cimType = 0;
+        long flavor = 0;
+        if (!enumeration.next(name, value, cimType, flavor)) {
+            return;
+        }
+        here.debug("Converting property %s, %d", name.c_str(), cimType);
+        if (keys.contains(name)) {
+            // Keys never go to the broker: the path says which instance it is.
+            here.debug("Ignoring key property");
+        } else if ((flavor & WBEM_FLAVOR_ORIGIN_SYSTEM) != 0) {
+            here.debug("This is system property");
+        } else {
+            appendProperty(here, findConverter(cimType), name, value.get(), cimType, properties);
+        }
+    }
+}
+
+void WmiConverter::createResultsList(const std::string& className, const std::string& methodName,
+                                     IWbemServices* pNamespace, IWbemContext* pCtx, core::CimPropertyList& results)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::createResultsList"};
+    here.debug("Here");
+    const utils::ComReference<IWbemClassObject> outParams =
+        spawnOutParameters(here, className, methodName, pNamespace, pCtx);
+    if (outParams.get() == nullptr) {
+        return;
+    }
+    PropertyEnumeration enumeration(outParams.get(), WBEM_FLAG_NONSYSTEM_ONLY);
+    if (!enumeration.begun()) {
+        here.debug("Problem with properties enumeration %X", enumeration.status());
+        return;
+    }
+    std::string name;
+    for (;;) {
+        utils::ScopedVariant value;
+        CIMTYPE cimType = 0;
+        long flavor = 0;
+        if (!enumeration.next(name, value, cimType, flavor)) {
+            return;
+        }
+        here.debug("Obtaining property %s, %d", name.c_str(), cimType);
+        // Every parameter gets its entry, keys and system properties as well.
+        appendProperty(here, findConverter(cimType), name, value.get(), cimType, results);
+    }
+}
+
+}  // namespace wa

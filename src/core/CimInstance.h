@@ -1,0 +1,46 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+
+#include "core/CimPropertyList.h"
+
+namespace core {
+
+// An instance of a CIM class with its properties, which it owns. Made and owned by the broker; the provider only reads
+// it, except for the delete flag. Used by one request at a time, but for the delete flag, which any thread may set and
+// read.
+class CimInstance
+{
+public:
+    explicit CimInstance(std::string className);
+
+    // Deletes the properties, hidden ones included.
+    virtual ~CimInstance() = default;
+    CimInstance(const CimInstance&) = delete;
+    CimInstance& operator=(const CimInstance&) = delete;
+
+    // The list that a property joins when it is made with this instance as its owner.
+    virtual CimPropertyList& getProperties() { return m_properties; }
+
+    virtual bool isMarkedForDeletion() const { return m_deleted.load(); }
+
+    virtual std::string getClassName() const { return m_className; }
+
+    // Over the properties that are not overridden, in order.
+    CimPropertyList::Iterator propertyIterator() { return getProperties().getIterator(); }
+
+    // Asks the broker to remove the instance; nothing is removed here.
+    void markForDeletion(bool marked) { m_deleted.store(marked); }
+
+    // The object path: class name, ".", and the key properties as name=value joined by ",". Texts and references are
+    // quoted, numbers are not. Without keys it is the class name and the ".", which no parser takes.
+    std::string toPathString();
+
+private:
+    std::string m_className;
+    CimPropertyList m_properties;
+    std::atomic<bool> m_deleted{false};
+};
+
+}  // namespace core

@@ -1,0 +1,137 @@
+#include "core/CimProperty.h"
+
+#include "Utils/Assert.h"
+#include "Utils/Exception.h"
+#include "core/CimInstance.h"
+#include "core/CimPropertyTypes.h"
+
+namespace core {
+
+namespace {
+
+constexpr const char* FILE_NAME = "CimProperty";
+
+[[noreturn]] void refuseChange(const CimProperty& property)
+{
+    throw utils::EForbidden(utils::format("Modyfying of %s property is not allowed", property.getName().c_str()));
+}
+
+template <class Property>
+bool sameValue(const CimProperty& left, const CimProperty& right)
+{
+    // A value of another type is a different value and must not be read as if it were one of this type: this listener
+    // runs before the one that refuses other types.
+    return left.getType() == right.getType() &&
+           static_cast<const Property&>(left).getValue() == static_cast<const Property&>(right).getValue();
+}
+
+bool sameValue(const CimProperty& property, const CimProperty& newValue)
+{
+    switch (property.getType()) {
+        case CimProperty::EPT_UINT8:
+            return sameValue<CimPropertyUint8>(property, newValue);
+        case CimProperty::EPT_UINT16:
+            return sameValue<CimPropertyUint16>(property, newValue);
+        case CimProperty::EPT_UINT64:
+            return sameValue<CimPropertyUint64>(property, newValue);
+        case CimProperty::EPT_STRING:
+            return sameValue<CimPropertyString>(property, newValue);
+        default:
+            // uint32 is among these on purpose: such a property refuses every verification.
+            throw utils::EForbidden(utils::format("Unsupported type: %d", property.getType()));
+    }
+}
+
+[[noreturn]] void notSupported(const utils::LogSite& here, std::uint32_t line, const CimProperty& property)
+{
+    here.debugAt(line, "Operation not supported by property %s (%d)", property.getName().c_str(), property.getType());
+    throw utils::ENotSupported();
+}
+
+}  // namespace
+
+void CimProperty::Listener::onModify(CimProperty* /*property*/, const CimProperty* /*newValue*/) {}
+
+void CimProperty::Listener::onVerify(CimProperty* /*property*/, const CimProperty* /*newValue*/) {}
+
+CimProperty::CimProperty(const char* name, CimInstance* owner) : m_name(name)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::CimProperty"};
+    ASSERT_AT(here, 195, m_name.length() != 0);
+    // Before the property joins the list: nothing may fail once the list knows it.
+    m_listeners.reserve(4);
+    if (owner != nullptr) {
+        owner->getProperties().add(this);
+        m_owner = owner;
+    }
+    addListener(&m_isModifyEnabled);
+    addListener(&m_verifyType);
+}
+
+std::string CimProperty::toString() const
+{
+    static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::toString"};
+    notSupported(here, 231, *this);
+}
+
+void CimProperty::modify(const CimProperty* /*newValue*/)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::modify"};
+    notSupported(here, 366, *this);
+}
+
+void CimProperty::verify(const CimProperty* /*newValue*/)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::verify"};
+    notSupported(here, 375, *this);
+}
+
+void CimProperty::addListener(Listener* listener)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::addListener"};
+    ASSERT_AT(here, 381, listener != NULL);
+    m_listeners.push_back(listener);
+}
+
+void CimProperty::IsModifyEnabledListener::onVerify(CimProperty* property, const CimProperty* newValue)
+{
+    if (property->isNull() != newValue->isNull() && !property->isModifiable()) {
+        refuseChange(*property);
+    }
+    if (!property->isNull() && newValue->isNull() && property->isModifiable()) {
+        throw utils::EInvalidParameter(utils::format("Property %s cannot be a NULL", property->getName().c_str()));
+    }
+    const bool same = sameValue(*property, *newValue);
+    if (!property->isNull() && !newValue->isNull() && !same && !property->isModifiable()) {
+        refuseChange(*property);
+    }
+}
+
+void CimProperty::VerifyTypeListener::onVerify(CimProperty* property, const CimProperty* newValue)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::VerifyTypeListener::onVerify"};
+    ASSERT_AT(here, 137, property != NULL);
+    ASSERT_AT(here, 138, newValue != NULL);
+    if (property->getType() != newValue->getType()) {
+        throw utils::EForbidden(utils::format("Property type %d doesn't support assigning value from property type %d",
+                                              property->getType(), newValue->getType()));
+    }
+}
+
+void verifyProperty(CimProperty* property, const CimProperty* newValue)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "core::verifyProperty"};
+    if (property == nullptr) {
+        throw utils::EInvalidParameter("Property cannot be NULL");
+    }
+    if (newValue == nullptr) {
+        throw utils::EInvalidParameter("New Property value cannot be NULL");
+    }
+    here.debugAt(403, "size: %d", static_cast<int>(property->listeners().size()));
+    // By index, reading the count anew: a listener may register another one.
+    for (std::size_t i = 0; i < property->listeners().size(); ++i) {
+        property->listeners()[i]->onVerify(property, newValue);
+    }
+}
+
+}  // namespace core

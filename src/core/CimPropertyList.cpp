@@ -1,0 +1,47 @@
+#include "core/CimPropertyList.h"
+
+#include "Utils/Assert.h"
+
+namespace core {
+
+CimProperty* OverridenPropertiesSkippingIterator::next()
+{
+    CimProperty* property = SimpleIteratorImplementation::next();
+    while (property != nullptr && property->isOverriden()) {
+        property = SimpleIteratorImplementation::next();
+    }
+    return property;
+}
+
+CimProperty* OverridenPropertiesSkippingIterator::first()
+{
+    CimProperty* property = SimpleIteratorImplementation::first();
+    return property != nullptr && property->isOverriden() ? next() : property;
+}
+
+CimPropertyList::Iterator CimPropertyList::getIterator()
+{
+    return Iterator(new OverridenPropertiesSkippingIterator(this));
+}
+
+void CimPropertyList::add(CimProperty* newProperty)
+{
+    static constexpr utils::LogSite here{"CimPropertyList", "core::CimPropertyList::add"};
+    ASSERT_AT(here, 85, newProperty != NULL);
+    const std::string& name = newProperty->getName();
+    if (m_index.contains(name)) {
+        CimProperty* const overridenProperty = m_index.get(name);
+        ASSERT_AT(here, 93, overridenProperty != NULL);
+        overridenProperty->setOverriden(true);
+    }
+    m_index.set(name, newProperty);
+    append(newProperty);
+}
+
+CimProperty* CimPropertyList::findProperty(const std::string& name)
+{
+    // Asked first, since the index inserts a null under a name that it is asked to get and does not have.
+    return m_index.contains(name) ? m_index.get(name) : nullptr;
+}
+
+}  // namespace core
