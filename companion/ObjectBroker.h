@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include "companion/AdapterSource.h"
+#include "companion/Machine.h"
+#include "companion/WorkspacePool.h"
+#include "core/CimBroker.h"
+
+namespace companion {
+
+// The broker over the live machine. Every operation first leases a workspace to the calling thread and brings the
+// classes up to date that it needs; no lock is held meanwhile, so requests of several threads run side by side.
+class ObjectBroker : public core::CimBroker
+{
+public:
+    // Both must outlive the broker.
+    ObjectBroker(AdapterSource& adapters, Machine& machine);
+
+    // Never throws for a class that cannot be read: the reason is logged and the list empty. (What is left is a list
+    // that cannot be made at all, for want of memory or of a mutex.)
+    utils::SafeList<core::CimInstance*> getInstances(const std::string& className) override;
+
+    void modifyInstance(core::CimPath& path, core::CimPropertyList& properties) override;
+
+    std::uint32_t invokeMethod(core::CimPath& path, const std::string& methodName, core::CimPropertyList& inArguments,
+                               core::CimPropertyList& outArguments, core::CimInstance*& job) override;
+
+    // What core::CimBroker::getInstanceByPath gives.
+    core::CimInstance* findInstance(const core::CimPath& path);
+
+private:
+    // The calling thread's workspace at the begin of a request.
+    Workspace& beginRequest();
+
+    WorkspacePool m_workspaces;
+};
+
+}  // namespace companion
