@@ -1,0 +1,18 @@
+#include "host/Com.h"
+
+#include <stdexcept>
+
+namespace host {
+
+ComApartment::ComApartment() {
+    // A single-threaded apartment would need a window and a message loop.
+    if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
+        throw std::runtime_error("COM cannot be initialised");
+    }
+}
+
+ComApartment::~ComApartment() {
+    CoUninitialize();
+}
+
+}  // namespace host

@@ -1,0 +1,287 @@
+#include "host/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+#include <array>
+#include <filesystem>
+#include <functional>
+
+#include "host/Console.h"
+#include "host/MofCompiler.h"
+#include "host/StatusText.h"
+#include "host/Text.h"
+#include "host/commands/Commands.h"
+
+namespace host {
+namespace {
+
+constexpr int requestFailed = 1;
+constexpr int wrongUsage = 2;
+
+// The MOF lies beside the program, as the installer puts it.
+std::filesystem::path defaultMof() {
+    std::array<wchar_t, MAX_PATH> buffer{};
+    const DWORD length = GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
+    return std::filesystem::path(std::wstring(buffer.data(), length)).parent_path() / L"ZerixDRAVEv2.mof";
+}
+
+Assignment assignmentOf(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0) {
+        throw UsageError("'" + text + "' is not of the form NAME=VALUE");
+    }
+    return {toWide(text.substr(0, equals)), toWide(text.substr(equals + 1))};
+}
+
+std::vector<Assignment> assignmentsOf(const std::vector<std::string>& texts) {
+    std::vector<Assignment> result;
+    for (const std::string& text : texts) {
+        result.push_back(assignmentOf(text));
+    }
+    return result;
+}
+
+// The command line as CLI11 fills it, and the command that it chose.
+class CommandLine
+{
+public:
+    CommandLine() {
+        m_app.require_subcommand(0, 1);
+        m_app.fallthrough();
+        m_app.add_option("--mof", m_mof, "the MOF file with the classes and the registration of their provider");
+        m_app.add_option("--namespace", m_nameSpace, "look for classes in this namespace only");
+        addCommands();
+    }
+
+    int run(const std::vector<std::string>& arguments) {
+        std::string asked = "wmihost";
+        for (const std::string& argument : arguments) {
+            asked += " " + argument;
+        }
+        try {
+            std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+            m_app.parse(std::move(reversed));
+            const ComApartment apartment;
+            Workspace workspace(m_mof.empty() ? defaultMof() : std::filesystem::path(toWide(m_mof)));
+            return m_command(workspace, options());
+        }
+        catch (const CLI::CallForHelp&) {
+            const auto chosen = m_app.get_subcommands();
+            writeOut(chosen.empty() ? m_app.help() : chosen.front()->help());
+            return 0;
+        }
+        catch (const CLI::ParseError& error) {
+            return usage(error.what());
+        }
+        catch (const UsageError& error) {
+            return usage(error.what());
+        }
+        catch (const PathError& error) {
+            return usage(error.what());
+        }
+        catch (const MofError& error) {
+            writeError(asked + ": the MOF cannot be read\n  " + error.what() + "\n");
+            return requestFailed;
+        }
+        catch (const RequestError& error) {
+            return failure(asked, error);
+        }
+    }
+
+private:
+    using Command = std::function<int(Workspace&, const CommandOptions&)>;
+
+    static int usage(const std::string& reason) {
+        writeError("wmihost: " + reason + "\nwmihost --help shows the commands, wmihost COMMAND --help one of them\n");
+        return wrongUsage;
+    }
+
+    static int failure(const std::string& asked, const RequestError& error) {
+        const StatusInfo info = statusInfo(error.status());
+        std::string text = asked + ": failed\n  " + statusText(error.status()) + "\n";
+        if (*error.what() != '\0') {
+            text += "  Reason: " + std::string(error.what()) + "\n";
+        }
+        if (!info.remedy.empty()) {
+            text += "  Try: " + std::string(info.remedy) + "\n";
+        }
+        writeError(text);
+        return requestFailed;
+    }
+
+    CommandOptions options() const {
+        CommandOptions result = m_options;
+        result.nameSpace = toWide(m_nameSpace);
+        for (const std::string& name : m_properties) {
+            result.properties.push_back(toWide(name));
+        }
+        result.conditions = assignmentsOf(m_conditions);
+        return result;
+    }
+
+    CLI::App* command(const std::string& name, const std::string& summary, const std::string& example,
+                      Command action) {
+        CLI::App* sub = m_app.add_subcommand(name, summary);
+        sub->footer("Example:\n  wmihost " + example + "\n");
+        sub->callback([this, action = std::move(action)] { m_command = action; });
+        return sub;
+    }
+
+    // An option whose value is one of a few words.
+    template <class Value>
+    static void addChoice(CLI::App* sub, const std::string& name, Value& target,
+                          const std::vector<std::pair<std::string, Value>>& choices, const std::string& summary) {
+        const auto take = [&target, choices, name](const std::string& word) {
+            std::string words;
+            for (const auto& [choice, value] : choices) {
+                if (choice == word) {
+                    target = value;
+                    return;
+                }
+                words += (words.empty() ? "" : ", ") + choice;
+            }
+            throw CLI::ValidationError(name, "'" + word + "' is none of " + words);
+        };
+        sub->add_option_function<std::string>(name, take, summary);
+    }
+
+    void addFormat(CLI::App* sub) {
+        addChoice<Format>(sub, "--format", m_options.format,
+                          {{"table", Format::table},
+                           {"json", Format::json},
+                           {"mof", Format::mof},
+                           {"markdown", Format::markdown}},
+                          "how the result is written: table, json or mof; describe also knows markdown");
+    }
+
+    void addImpersonation(CLI::App* sub) {
+        addChoice<Impersonation>(sub, "--impersonation", m_options.impersonation,
+                                 {{"none", Impersonation::none},
+                                  {"anonymous", Impersonation::anonymous},
+                                  {"identify", Impersonation::identify},
+                                  {"impersonate", Impersonation::impersonate},
+                                  {"delegate", Impersonation::delegate}},
+                                 "how far the provider may act as the client: none (no token), anonymous, identify, "
+                                 "impersonate or delegate");
+    }
+
+    void addProperties(CLI::App* sub) {
+        sub->add_option("--property", m_properties, "show these properties: A,B")->delimiter(',');
+    }
+
+    void addConditions(CLI::App* sub) {
+        sub->add_option("--where", m_conditions, "only instances whose property has this value: NAME=VALUE");
+    }
+
+    void addLoad(CLI::App* sub) {
+        sub->add_option("--threads", m_options.threads, "ask on so many threads at once, and show a summary")
+            ->check(CLI::Range(1, 256));
+        sub->add_option("--repeat", m_options.repeat, "ask so many times on each thread")
+            ->check(CLI::Range(1, 1000000));
+    }
+
+    void addPath(CLI::App* sub) {
+        sub->add_option("path", m_path, "the instance: Class.Key=\"value\",Other=7")->required();
+    }
+
+    void addCommands() {
+        CLI::App* classes = command("classes", "Lists the classes of the MOF", "classes",
+                                    [](Workspace& w, const CommandOptions& o) { return runClasses(w, o); });
+        addFormat(classes);
+
+        CLI::App* describe =
+            command("describe", "Shows the properties and methods of a class, or of all", "describe Zerix_ConcreteJob",
+                    [this](Workspace& w, const CommandOptions& o) { return runDescribe(w, toWide(m_class), o); });
+        describe->add_option("class", m_class, "the class; without it, all");
+        addFormat(describe);
+
+        CLI::App* list =
+            command("list", "Lists the instances of a class", "list Zerix_EthernetPort --where EnabledState=Enabled",
+                    [this](Workspace& w, const CommandOptions& o) { return runList(w, toWide(m_class), o); });
+        list->add_option("class", m_class, "the class")->required();
+        addFormat(list);
+        addProperties(list);
+        addConditions(list);
+        addImpersonation(list);
+        addLoad(list);
+
+        CLI::App* get =
+            command("get", "Shows an instance", "get 'Zerix_SoftwareIdentity.InstanceID=\"...\"' --format json",
+                    [this](Workspace& w, const CommandOptions& o) { return runGet(w, toWide(m_path), o); });
+        addPath(get);
+        addFormat(get);
+        addProperties(get);
+        addImpersonation(get);
+        addLoad(get);
+
+        CLI::App* set = command("set", "Changes properties of an instance, and shows it",
+                                "set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null",
+                                [this](Workspace& w, const CommandOptions& o) {
+                                    return runSet(w, toWide(m_path), assignmentsOf(m_assignments), o);
+                                });
+        addPath(set);
+        set->add_option("values", m_assignments, "NAME=VALUE; null is no value; elements of an array: a,b")
+            ->required();
+        addFormat(set);
+        addImpersonation(set);
+
+        CLI::App* remove =
+            command("delete", "Deletes an instance", "delete 'Zerix_ConcreteJob.InstanceID=\"...\"'",
+                    [this](Workspace& w, const CommandOptions& o) { return runDelete(w, toWide(m_path), o); });
+        addPath(remove);
+        addImpersonation(remove);
+
+        CLI::App* invoke = command(
+            "invoke", "Runs a method of an instance",
+            "invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait",
+            [this](Workspace& w, const CommandOptions& o) {
+                return runInvoke(w, toWide(m_path), toWide(m_method), assignmentsOf(m_assignments), o);
+            });
+        addPath(invoke);
+        invoke->add_option("method", m_method, "the method")->required();
+        invoke->add_option("arguments", m_assignments, "NAME=VALUE; an argument that is not named is null");
+        invoke->add_flag("--wait", m_options.wait, "follow the job that the method starts until it ends");
+        addFormat(invoke);
+        addImpersonation(invoke);
+
+        CLI::App* watch =
+            command("watch", "Shows the rates of a class's counters", "watch Zerix_EthernetPortStatistics --count 10",
+                    [this](Workspace& w, const CommandOptions& o) { return runWatch(w, toWide(m_class), o); });
+        watch->add_option("class", m_class, "the class")->required();
+        watch->add_option("--count", m_options.count, "show so many tables, then end");
+        watch->add_option("--interval", m_options.intervalMilliseconds, "milliseconds from one table to the next")
+            ->check(CLI::Range(10, 3600000));
+        addProperties(watch);
+        addConditions(watch);
+        addImpersonation(watch);
+
+        CLI::App* selfTest =
+            command("self-test", "Makes a request of each kind, and gives each a verdict", "self-test",
+                    [](Workspace& w, const CommandOptions& o) { return runSelfTest(w, o); });
+        addImpersonation(selfTest);
+
+        m_app.footer("Without a command, the network adapters are listed.\n\nExample:\n  wmihost list "
+                     "Zerix_EthernetPort\n");
+        m_command = [](Workspace& w, const CommandOptions& o) { return runList(w, L"Zerix_EthernetPort", o); };
+    }
+
+    CLI::App m_app{"Plays WMI's provider host for one provider, and asks it like a client.", "wmihost"};
+    std::string m_mof;
+    std::string m_nameSpace;
+    std::string m_class;
+    std::string m_path;
+    std::string m_method;
+    std::vector<std::string> m_assignments;
+    std::vector<std::string> m_properties;
+    std::vector<std::string> m_conditions;
+    CommandOptions m_options;
+    Command m_command;
+};
+
+}  // namespace
+
+int runCommandLine(const std::vector<std::string>& arguments) {
+    return CommandLine().run(arguments);
+}
+
+}  // namespace host

@@ -1,0 +1,70 @@
+#include "host/Console.h"
+
+#include <cstdlib>
+#include <string>
+
+#include "host/Platform.h"
+#include "host/Text.h"
+
+namespace host {
+namespace {
+
+bool isTerminal(DWORD which) {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(which), &mode) != 0;
+}
+
+void write(DWORD which, std::string_view text) {
+    const HANDLE handle = GetStdHandle(which);
+    DWORD written = 0;
+    if (isTerminal(which)) {
+        const std::wstring wide = toWide(text);
+        WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
+        return;
+    }
+    while (!text.empty() && WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0) {
+        text.remove_prefix(written);
+    }
+}
+
+}  // namespace
+
+void writeOut(std::string_view text) {
+    write(STD_OUTPUT_HANDLE, text);
+}
+
+void writeError(std::string_view text) {
+    write(STD_ERROR_HANDLE, text);
+}
+
+bool outIsTerminal() {
+    return isTerminal(STD_OUTPUT_HANDLE);
+}
+
+bool errorIsTerminal() {
+    return isTerminal(STD_ERROR_HANDLE);
+}
+
+std::optional<std::size_t> lineWidth() {
+    if (const char* columns = std::getenv("COLUMNS")) {
+        if (const auto width = parseUnsigned(toWide(columns)); width && *width > 0) {
+            return *width;
+        }
+    }
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0 && info.dwSize.X > 1) {
+        // A character in the last column would make some terminals begin a new line.
+        return static_cast<std::size_t>(info.dwSize.X - 1);
+    }
+    return std::nullopt;
+}
+
+std::string_view clearBelow() {
+    return "\x1b[J";
+}
+
+std::string cursorUp(std::size_t lines) {
+    return lines == 0 ? "\r" : "\x1b[" + std::to_string(lines) + "A\r";
+}
+
+}  // namespace host

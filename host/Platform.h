@@ -1,0 +1,15 @@
+#pragma once
+
+// The one place of the host that includes the platform's headers and tames their macros.
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+// clang-format off: each of these needs the ones before it
+#include <windows.h>
+#include <ole2.h>
+#include <oleauto.h>
+// A function of the platform whose macro would rename the operation of WMI's interfaces.
+#undef GetObject
+#include <wbemidl.h>
+// clang-format on

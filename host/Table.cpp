@@ -1,0 +1,99 @@
+#include "host/Table.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace host {
+namespace {
+
+constexpr std::size_t gapWidth = 2;
+// Narrower, a cut column says nothing any more.
+constexpr std::size_t leastWidth = 8;
+
+bool beginsCodePoint(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+}
+
+std::string fitted(const std::string& text, std::size_t width, bool right) {
+    const std::size_t length = lengthOf(text);
+    if (length <= width) {
+        const std::string blanks(width - length, ' ');
+        return right ? blanks + text : text + blanks;
+    }
+    std::string cut;
+    std::size_t count = 0;
+    for (const char byte : text) {
+        if (beginsCodePoint(byte) && ++count == width) {
+            break;
+        }
+        cut += byte;
+    }
+    return cut + "\xE2\x80\xA6";
+}
+
+std::size_t lineLength(const std::vector<std::size_t>& widths) {
+    return std::accumulate(widths.begin(), widths.end(), std::size_t{0}) +
+           (widths.empty() ? 0 : gapWidth * (widths.size() - 1));
+}
+
+}  // namespace
+
+std::size_t lengthOf(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), beginsCodePoint));
+}
+
+std::vector<std::size_t> Table::widths(std::optional<std::size_t> width) const {
+    std::vector<std::size_t> result;
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        std::size_t widest = lengthOf(m_columns[i].heading);
+        for (const auto& row : m_rows) {
+            widest = std::max(widest, lengthOf(row[i]));
+        }
+        result.push_back(widest);
+    }
+    if (!width) {
+        return result;
+    }
+    const auto least = [](std::size_t own) { return std::min(own, leastWidth); };
+    const auto leastLine = [&] {
+        std::vector<std::size_t> narrow;
+        std::transform(result.begin(), result.end(), std::back_inserter(narrow), least);
+        return lineLength(narrow);
+    };
+    while (result.size() > 1 && leastLine() > *width) {
+        result.pop_back();
+    }
+    while (lineLength(result) > *width) {
+        const auto widest = std::max_element(result.begin(), result.end());
+        if (*widest <= leastWidth) {
+            break;
+        }
+        --*widest;
+    }
+    return result;
+}
+
+std::size_t Table::hiddenColumns(std::optional<std::size_t> width) const {
+    return m_columns.size() - widths(width).size();
+}
+
+std::string Table::render(std::optional<std::size_t> width) const {
+    const auto fit = widths(width);
+    std::string text;
+    const auto addLine = [&](const auto& cellAt) {
+        std::string line;
+        for (std::size_t i = 0; i < fit.size(); ++i) {
+            line += (i == 0 ? "" : std::string(gapWidth, ' ')) + fitted(cellAt(i), fit[i], m_columns[i].right);
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        text += line + "\n";
+    };
+    addLine([this](std::size_t i) { return m_columns[i].heading; });
+    addLine([&fit](std::size_t i) { return std::string(fit[i], '-'); });
+    for (const auto& row : m_rows) {
+        addLine([&row](std::size_t i) { return row[i]; });
+    }
+    return text;
+}
+
+}  // namespace host

@@ -1,0 +1,72 @@
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "host/Console.h"
+#include "host/Display.h"
+#include "host/Guard.h"
+#include "host/Json.h"
+#include "host/ObjectReader.h"
+#include "host/Table.h"
+#include "host/Text.h"
+#include "host/commands/JobFollower.h"
+#include "host/commands/Output.h"
+
+namespace host {
+namespace {
+
+const Method& methodOf(const ClassDefinition& definition, const std::wstring& name) {
+    const Method* method = definition.findMethod(name);
+    if (method == nullptr) {
+        throw RequestError(code(WBEM_E_INVALID_METHOD),
+                           "the class " + toUtf8(definition.name) + " has no method " + toUtf8(name));
+    }
+    return *method;
+}
+
+// The return value's words stand at the method, not at the value.
+std::string outputText(const Method& method, const Property& property, const VARIANT& value) {
+    if (property.name != L"ReturnValue") {
+        return valueAndWord(property, value);
+    }
+    const std::wstring word = wordFor(method.qualifiers, value, property.type);
+    const std::string number = toUtf8(scalarText(value, property.type));
+    return word.empty() ? number : number + " (" + toUtf8(word) + ")";
+}
+
+void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOptions& options) {
+    if (options.format == Format::json) {
+        Json json;
+        for (const Property& property : method.out->properties) {
+            json[toUtf8(property.name)] = jsonOf(valueOf(out, property.name).get(), property.type);
+        }
+        writeOut(json.dump(2) + "\n");
+        return;
+    }
+    Table table({{"Output"}, {"Value"}});
+    for (const Property& property : method.out->properties) {
+        table.addRow({toUtf8(property.name), outputText(method, property, valueOf(out, property.name).get())});
+    }
+    writeOut(table.render(std::nullopt));
+}
+
+}  // namespace
+
+int runInvoke(Workspace& workspace, const std::wstring& path, const std::wstring& methodName,
+              const std::vector<Assignment>& arguments, const CommandOptions& options) {
+    const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
+    const Method& method = methodOf(*instance.target.definition, methodName);
+    const auto out = invokeMethod(workspace, instance, method, arguments, options);
+    if (!out || !method.out) {
+        writeError("the method delivered no outputs\n");
+        return out || !method.out ? 0 : 1;
+    }
+    writeOutputs(*out.get(), method, options);
+    const std::wstring job = textOf(*out.get(), L"Job");
+    if (!options.wait || job.empty()) {
+        return 0;
+    }
+    return followJob(workspace, workspace.findInstance(job, instance.target.nameSpace->name()), options) ? 0 : 1;
+}
+
+}  // namespace host

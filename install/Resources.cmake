@@ -1,0 +1,33 @@
+# zerix_version_resource(TARGET DESCRIPTION)
+# Gives a DLL or program of ours its version resource. The version stands once, in ProviderIdentity.h, where the
+# provider takes it from as well.
+function(zerix_version_resource target description)
+  set(identity ${CMAKE_SOURCE_DIR}/src/adapters/wmi/ProviderIdentity.h)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${identity})
+  file(STRINGS ${identity} line REGEX "VERSION\\[\\] = \"[0-9.]+\"")
+  string(REGEX REPLACE ".*\"([0-9.]+)\".*" "\\1" version "${line}")
+  string(REPLACE "." "," numbers "${version}")
+
+  get_target_property(kind ${target} TYPE)
+  if(kind STREQUAL "EXECUTABLE")
+    set(file_type VFT_APP)
+    set(file_name ${target}.exe)
+  else()
+    set(file_type VFT_DLL)
+    set(file_name ${target}.dll)
+  endif()
+  configure_file(${CMAKE_SOURCE_DIR}/install/Version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
+  target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+endfunction()
+
+# zerix_event_messages(TARGET)
+# Puts the texts behind our events into a DLL: the event source names that DLL as its message file.
+function(zerix_event_messages target)
+  find_program(ZERIX_WINDMC x86_64-w64-mingw32-windmc REQUIRED)
+  set(script ${CMAKE_CURRENT_BINARY_DIR}/EventMessages.rc)
+  add_custom_command(OUTPUT ${script}
+    COMMAND ${ZERIX_WINDMC} -h ${CMAKE_CURRENT_BINARY_DIR} -r ${CMAKE_CURRENT_BINARY_DIR}
+      ${CMAKE_SOURCE_DIR}/install/EventMessages.mc
+    DEPENDS ${CMAKE_SOURCE_DIR}/install/EventMessages.mc VERBATIM)
+  target_sources(${target} PRIVATE ${script})
+endfunction()
