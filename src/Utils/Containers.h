@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iterator>
 #include <list>
 #include <map>
 #include <memory>
@@ -110,7 +111,7 @@ public:
     {
     public:
         // The list may be null: an iterator over nothing. Takes no lock; the caller does where one is needed.
-        explicit SimpleIteratorImplementation(SafeList* list) : m_list(list) { toFirst(); }
+        explicit SimpleIteratorImplementation(SafeList* list) : m_list(list) {}
 
         T next() override
         {
@@ -127,7 +128,7 @@ public:
                 return nullptr;
             }
             const MutexGuard guard(m_list->m_mutex);
-            toFirst();
+            m_started = false;
             return advance();
         }
 
@@ -138,21 +139,23 @@ public:
 
         T advance() override
         {
-            if (m_list == nullptr || m_position == m_list->m_elements.end()) {
+            if (m_list == nullptr) {
                 return nullptr;
             }
-            return *m_position++;
+            const auto position = m_started ? std::next(m_last) : m_list->m_elements.begin();
+            if (position == m_list->m_elements.end()) {
+                return nullptr;
+            }
+            m_last = position;
+            m_started = true;
+            return *position;
         }
 
     private:
-        void toFirst()
-        {
-            if (m_list != nullptr) {
-                m_position = m_list->m_elements.begin();
-            }
-        }
-
-        typename std::list<T>::iterator m_position;
+        // The element handed out last, not the one behind it, which may be appended only now: an iteration sees what
+        // joins the list while the caller works on its last element.
+        typename std::list<T>::iterator m_last{};
+        bool m_started = false;
         SafeList* m_list;
     };
 

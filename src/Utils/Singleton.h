@@ -21,26 +21,29 @@ public:
     // each create an instance: the later one becomes current and both live until the module is unloaded.
     static T* getInstance()
     {
-        if (T* current = s_current.load(std::memory_order_acquire)) {
+        if (T* instance = current()) {
             // An instance registers itself before its own constructor has run: wait until it is whole.
             while (s_creations.load(std::memory_order_acquire) != 0) {
                 std::this_thread::yield();
             }
-            return current;
+            return instance;
         }
         return create();
     }
 
 protected:
-    Singleton() noexcept
-        : m_previous(s_current.exchange((T*)this, std::memory_order_acq_rel))  // NOLINT: T's base is private
+    // Registers the base alone: the T around it does not exist before its own constructor has begun.
+    Singleton() noexcept : m_previous(s_current.exchange(this, std::memory_order_acq_rel))
     {
         if (logLevel() >= 2) {
             logCreation();
         }
     }
 
-    static T* current() noexcept { return s_current.load(std::memory_order_acquire); }
+    static T* current() noexcept
+    {
+        return (T*)s_current.load(std::memory_order_acquire);  // NOLINT: T's base is private
+    }
 
 public:
     virtual ~Singleton() { s_current.store(m_previous, std::memory_order_release); }
@@ -83,10 +86,10 @@ private:
         }
     }
 
-    static inline std::atomic<T*> s_current{nullptr};
+    static inline std::atomic<Singleton*> s_current{nullptr};
     static inline std::atomic<int> s_creations{0};
 
-    T* m_previous;
+    Singleton* m_previous;
 };
 
 // The form that served classes derive from: `class WmiConverter : public utils::AutoSingleton<WmiConverter>`.

@@ -102,21 +102,21 @@ std::vector<std::string> split(const std::string& text, char separator, char quo
     if (text.empty()) {
         return pieces;
     }
-    std::string piece;
+    std::size_t start = 0;
     bool inQuotes = false;
     bool afterBackslash = false;
-    for (const char character : text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char character = text[i];
         if (character == quote && !(inQuotes && afterBackslash)) {
             inQuotes = !inQuotes;
         }
         afterBackslash = character == '\\';
         if (character == separator && !inQuotes) {
-            pieces.push_back(std::exchange(piece, {}));
-        } else {
-            piece += character;
+            pieces.push_back(text.substr(start, i - start));
+            start = i + 1;
         }
     }
-    pieces.push_back(std::move(piece));
+    pieces.push_back(text.substr(start));
     return pieces;
 }
 

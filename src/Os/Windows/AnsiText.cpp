@@ -2,19 +2,46 @@
 
 #include <comdef.h>
 
+#include <array>
 #include <cwchar>
+#include <type_traits>
 
 namespace utils {
 
 namespace {
+
+// Every ANSI code page gives the characters below 128 their own numbers, in both directions, so that a text of those
+// alone needs no table. True when it was one; otherwise what was written means nothing.
+template <class Source, class Target>
+bool copyAscii(const Source* text, std::size_t length, Target* target) noexcept
+{
+    unsigned seen = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        const auto character = static_cast<std::make_unsigned_t<Source>>(text[i]);
+        seen |= character;
+        target[i] = static_cast<Target>(character);
+    }
+    return seen < 128;
+}
 
 std::string narrowCharacters(const wchar_t* text, int length)
 {
     if (length == 0) {
         return {};
     }
+    // No code page needs more than four bytes for a character, so what is short enough fits without being measured.
+    std::array<char, 512> buffer;
+    const bool fits = static_cast<std::size_t>(length) <= buffer.size() / 4;
+    if (fits && copyAscii(text, static_cast<std::size_t>(length), buffer.data())) {
+        return {buffer.data(), static_cast<std::size_t>(length)};
+    }
     // A process may run with UTF-8 as its ANSI code page; the platform then refuses a replacement character.
     const char* replacement = GetACP() == CP_UTF8 ? nullptr : "?";
+    if (fits) {
+        const int written = WideCharToMultiByte(CP_ACP, 0, text, length, buffer.data(), static_cast<int>(buffer.size()),
+                                                replacement, nullptr);
+        return {buffer.data(), static_cast<std::size_t>(written)};
+    }
     const int size = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, replacement, nullptr);
     std::string result(static_cast<std::size_t>(size), '\0');
     WideCharToMultiByte(CP_ACP, 0, text, length, result.data(), size, replacement, nullptr);
@@ -33,16 +60,29 @@ std::string narrowBstr(BSTR text)
     return narrowCharacters(text, static_cast<int>(SysStringLen(text)));
 }
 
+WideText::WideText(const std::string& text)
+{
+    wchar_t* target = m_buffer.data();
+    // A text has at most as many wide characters as it has bytes.
+    if (text.size() >= m_buffer.size()) {
+        m_long.resize(text.size());
+        target = m_long.data();
+    }
+    m_text = target;
+    const auto bytes = static_cast<int>(text.size());
+    m_length = bytes;
+    if (!copyAscii(text.data(), text.size(), target)) {
+        m_length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, target, bytes);
+    }
+    target[m_length] = L'\0';
+}
+
 BSTR toBstr(const std::string& text)
 {
-    const int length = static_cast<int>(text.size());
-    const int size = length == 0 ? 0 : MultiByteToWideChar(CP_ACP, 0, text.data(), length, nullptr, 0);
-    const BSTR result = SysAllocStringLen(nullptr, static_cast<UINT>(size));
+    const WideText wide(text);
+    const BSTR result = SysAllocStringLen(wide.get(), static_cast<UINT>(wide.length()));
     if (result == nullptr) {
         throw _com_error(E_OUTOFMEMORY);
-    }
-    if (size != 0) {
-        MultiByteToWideChar(CP_ACP, 0, text.data(), length, result, size);
     }
     return result;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "Os/Windows/Platform.h"
@@ -12,6 +13,26 @@ std::string narrow(const wchar_t* text);
 
 // The same for a BSTR, by its length.
 std::string narrowBstr(BSTR text);
+
+// A text as wide characters, for the length of a call that only reads them. Short texts take no memory but the stack's.
+// Holds a pointer into itself: neither copied nor moved.
+class WideText
+{
+public:
+    explicit WideText(const std::string& text);
+    WideText(const WideText&) = delete;
+    WideText& operator=(const WideText&) = delete;
+
+    // Zero-terminated; may hold zeros of its own.
+    const wchar_t* get() const noexcept { return m_text; }
+    int length() const noexcept { return m_length; }
+
+private:
+    std::array<wchar_t, 256> m_buffer;
+    std::wstring m_long;
+    const wchar_t* m_text;
+    int m_length = 0;
+};
 
 // A new BSTR that the caller owns. Throws _com_error(E_OUTOFMEMORY) when it cannot be allocated.
 BSTR toBstr(const std::string& text);

@@ -27,6 +27,23 @@ VARIANT elementValue(const VARIANT& element, VARTYPE type)
     return value;
 }
 
+// Null where there is none: a VARIANT by reference may point to nothing.
+SAFEARRAY* arrayOf(const VARIANT& value)
+{
+    if ((value.vt & VT_BYREF) == 0) {
+        return value.parray;
+    }
+    return value.pparray == nullptr ? nullptr : *value.pparray;
+}
+
+// What the VARIANT says, unless the array knows better: its own type decides what an element owns.
+VARTYPE elementType(const VARIANT& value, SAFEARRAY* array)
+{
+    auto type = static_cast<VARTYPE>(value.vt & ~(VT_ARRAY | VT_BYREF));
+    SafeArrayGetVartype(array, &type);
+    return type;
+}
+
 // Clears the elements on every way out.
 class ScopedElements
 {
@@ -69,13 +86,18 @@ std::vector<VARIANT> expandVariantArray(const VARIANT& value)
     if ((value.vt & VT_ARRAY) == 0) {
         return elements;
     }
-    SAFEARRAY* array = (value.vt & VT_BYREF) != 0 ? *value.pparray : value.parray;
-    const auto type = static_cast<VARTYPE>(value.vt & ~(VT_ARRAY | VT_BYREF));
+    SAFEARRAY* const array = arrayOf(value);
     LONG lower = 0;
     LONG upper = -1;
-    if (FAILED(SafeArrayGetLBound(array, 1, &lower)) || FAILED(SafeArrayGetUBound(array, 1, &upper))) {
+    // One index reads an element of one dimension only.
+    if (SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetLBound(array, 1, &lower)) ||
+        FAILED(SafeArrayGetUBound(array, 1, &upper)))
+    {
         return elements;
     }
+    const VARTYPE type = elementType(value, array);
+    // All at once: an element that cannot be stored could not be freed either.
+    elements.reserve(static_cast<std::size_t>(static_cast<LONGLONG>(upper) - lower + 1));
     // Counted in 64 bits: an upper bound may be the largest index there is.
     for (LONGLONG position = lower; position <= upper; ++position) {
         LONG index = static_cast<LONG>(position);

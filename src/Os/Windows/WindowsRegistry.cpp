@@ -28,25 +28,25 @@ LSTATUS WindowsRegistry::openKey(HKEY root, const char* path, DWORD options, REG
     return RegOpenKeyExA(root, path, options, access, key);
 }
 
-LSTATUS WindowsRegistry::queryInfoKey(HKEY key, LPSTR className, LPDWORD classLength, LPDWORD subKeys,
+LSTATUS WindowsRegistry::queryInfoKey(HKEY key, LPSTR className, LPDWORD classLength, LPDWORD reserved, LPDWORD subKeys,
                                       LPDWORD maxSubKeyLength, LPDWORD maxClassLength, LPDWORD values,
                                       LPDWORD maxValueNameLength, LPDWORD maxValueLength, LPDWORD securityDescriptor,
                                       PFILETIME lastWriteTime)
 {
-    return RegQueryInfoKeyA(key, className, classLength, nullptr, subKeys, maxSubKeyLength, maxClassLength, values,
+    return RegQueryInfoKeyA(key, className, classLength, reserved, subKeys, maxSubKeyLength, maxClassLength, values,
                             maxValueNameLength, maxValueLength, securityDescriptor, lastWriteTime);
 }
 
-LSTATUS WindowsRegistry::enumKey(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPSTR className,
-                                 LPDWORD classLength, PFILETIME lastWriteTime)
+LSTATUS WindowsRegistry::enumKey(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPDWORD reserved,
+                                 LPSTR className, LPDWORD classLength, PFILETIME lastWriteTime)
 {
-    return RegEnumKeyExA(key, index, name, nameLength, nullptr, className, classLength, lastWriteTime);
+    return RegEnumKeyExA(key, index, name, nameLength, reserved, className, classLength, lastWriteTime);
 }
 
-LSTATUS WindowsRegistry::enumValue(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPDWORD type, LPBYTE data,
-                                   LPDWORD dataLength)
+LSTATUS WindowsRegistry::enumValue(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPDWORD reserved,
+                                   LPDWORD type, LPBYTE data, LPDWORD dataLength)
 {
-    return RegEnumValueA(key, index, name, nameLength, nullptr, type, data, dataLength);
+    return RegEnumValueA(key, index, name, nameLength, reserved, type, data, dataLength);
 }
 
 LSTATUS WindowsRegistry::closeKey(HKEY key)

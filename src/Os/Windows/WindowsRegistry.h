@@ -15,16 +15,16 @@ class WindowsRegistry : public AutoSingleton<WindowsRegistry>
 public:
     static constexpr const char* qualifiedName = "utils::WindowsRegistry";
 
-    // The platform's functions as they are; each returns the platform's error code.
+    // The platform's functions as they are, reserved parameters included; each returns the platform's error code.
     virtual LSTATUS openKey(HKEY root, const char* path, DWORD options, REGSAM access, HKEY* key);
-    virtual LSTATUS queryInfoKey(HKEY key, LPSTR className, LPDWORD classLength, LPDWORD subKeys,
+    virtual LSTATUS queryInfoKey(HKEY key, LPSTR className, LPDWORD classLength, LPDWORD reserved, LPDWORD subKeys,
                                  LPDWORD maxSubKeyLength, LPDWORD maxClassLength, LPDWORD values,
                                  LPDWORD maxValueNameLength, LPDWORD maxValueLength, LPDWORD securityDescriptor,
                                  PFILETIME lastWriteTime);
-    virtual LSTATUS enumKey(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPSTR className, LPDWORD classLength,
-                            PFILETIME lastWriteTime);
-    virtual LSTATUS enumValue(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPDWORD type, LPBYTE data,
-                              LPDWORD dataLength);
+    virtual LSTATUS enumKey(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPDWORD reserved, LPSTR className,
+                            LPDWORD classLength, PFILETIME lastWriteTime);
+    virtual LSTATUS enumValue(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPDWORD reserved, LPDWORD type,
+                              LPBYTE data, LPDWORD dataLength);
     virtual LSTATUS closeKey(HKEY key);
 
     // True when the key exists under HKEY_LOCAL_MACHINE and can be read.

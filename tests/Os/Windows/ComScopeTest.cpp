@@ -1,0 +1,148 @@
+#include "Os/Windows/ComScope.h"
+
+#include <gtest/gtest.h>
+
+#include "support/ImportHook.h"
+
+namespace {
+
+struct Counted
+{
+    int releases = 0;
+
+    ULONG Release()
+    {
+        ++releases;
+        return 0;
+    }
+};
+
+using Reference = utils::ComReference<Counted>;
+
+TEST(ComReferenceTest, releasesItsOneReferenceAtTheEnd)
+{
+    Counted object;
+    {
+        const Reference reference(&object);
+        EXPECT_EQ(reference.get(), &object);
+        EXPECT_EQ(reference->releases, 0);
+    }
+    EXPECT_EQ(object.releases, 1);
+}
+
+TEST(ComReferenceTest, ownsNothingAtFirst)
+{
+    const Reference reference;
+    EXPECT_EQ(reference.get(), nullptr);
+}
+
+TEST(ComReferenceTest, movingHandsTheReferenceOver)
+{
+    Counted object;
+    {
+        Reference reference(&object);
+        const Reference moved(std::move(reference));
+        EXPECT_EQ(reference.get(), nullptr);  // NOLINT(bugprone-use-after-move): what is left behind is the point
+        EXPECT_EQ(moved.get(), &object);
+    }
+    EXPECT_EQ(object.releases, 1);
+}
+
+TEST(ComReferenceTest, outReleasesWhatItHeldAndTakesWhatIsStored)
+{
+    Counted first;
+    Counted second;
+    {
+        Reference reference(&first);
+        *reference.out() = &second;
+        EXPECT_EQ(first.releases, 1);
+        EXPECT_EQ(reference.get(), &second);
+    }
+    EXPECT_EQ(second.releases, 1);
+}
+
+TEST(ComReferenceTest, resetReleasesOnce)
+{
+    Counted object;
+    Reference reference(&object);
+    reference.reset();
+    reference.reset();
+    EXPECT_EQ(object.releases, 1);
+    EXPECT_EQ(reference.get(), nullptr);
+}
+
+TEST(ComReferenceTest, detachHandsTheReferenceToTheCaller)
+{
+    Counted object;
+    {
+        Reference reference(&object);
+        EXPECT_EQ(reference.detach(), &object);
+        EXPECT_EQ(reference.get(), nullptr);
+    }
+    EXPECT_EQ(object.releases, 0);
+}
+
+int freedTexts = 0;
+
+void WINAPI countFreed(BSTR text)
+{
+    if (text != nullptr) {
+        ++freedTexts;
+    }
+}
+
+TEST(ScopedBstrTest, freesItsTextOnceAndTheEarlierOneWhenAnotherIsStored)
+{
+    const support::ImportHook hook("SysFreeString", &countFreed);
+    BSTR first = nullptr;
+    BSTR second = nullptr;
+    {
+        utils::ScopedBstr text(std::string("first"));
+        first = text.get();
+        EXPECT_STREQ(first, L"first");
+        second = SysAllocString(L"second");
+        *text.out() = second;
+        EXPECT_EQ(freedTexts, 1);
+        EXPECT_STREQ(text.get(), L"second");
+    }
+    EXPECT_EQ(freedTexts, 2);
+    hook.original<decltype(&countFreed)>()(first);
+    hook.original<decltype(&countFreed)>()(second);
+}
+
+TEST(ScopedBstrTest, startsWithoutAText)
+{
+    const utils::ScopedBstr text;
+    EXPECT_EQ(text.get(), nullptr);
+}
+
+TEST(ScopedVariantTest, startsEmpty)
+{
+    const utils::ScopedVariant value;
+    EXPECT_EQ(value.get().vt, VT_EMPTY);
+}
+
+int clearedVariants = 0;
+
+HRESULT WINAPI countCleared(VARIANTARG* value)
+{
+    clearedVariants += value->vt == VT_I4 ? 1 : 0;
+    return S_OK;
+}
+
+TEST(ScopedVariantTest, clearsWhatItTookOverAndWhatWasStoredInIt)
+{
+    const support::ImportHook hook("VariantClear", &countCleared);
+    {
+        VARIANT owned{};
+        owned.vt = VT_I4;
+        owned.lVal = 7;
+        const utils::ScopedVariant taken(owned);
+        EXPECT_EQ(taken.get().lVal, 7);
+        utils::ScopedVariant stored;
+        stored.address()->vt = VT_I4;
+    }
+    EXPECT_EQ(clearedVariants, 2);
+}
+
+}  // namespace

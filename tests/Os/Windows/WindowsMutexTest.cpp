@@ -1,0 +1,199 @@
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <thread>
+
+#include "Os/Windows/Platform.h"
+#include "Utils/Mutex.h"
+#include "Utils/Utils.h"
+#include "support/ImportHook.h"
+#include "support/LockCount.h"
+#include "support/LogCapture.h"
+#include "support/Thrown.h"
+
+namespace {
+
+using support::ImportHook;
+using support::locksReleased;
+using support::locksTaken;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::string errorLine(const char* function, const std::string& text)
+{
+    return utils::format("error|Os/Windows/WindowsMutex|utils::Mutex::%s|%s", function, text.c_str());
+}
+
+std::string lockingFailed(const char* function, const utils::Mutex& mutex, int error)
+{
+    return errorLine(function,
+                     utils::format("Error locking mutex %p. Error %d", static_cast<const void*>(&mutex), error));
+}
+
+int argumentsOfCreate = 0;
+
+HANDLE WINAPI noteCreate(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCSTR name)
+{
+    argumentsOfCreate += static_cast<int>(security == nullptr && !owned && name == nullptr);
+    return CreateMutexW(nullptr, FALSE, nullptr);
+}
+
+TEST(WindowsMutexTest, isAnUnnamedMutexThatNobodyOwns)
+{
+    const support::LogCapture log;
+    {
+        const ImportHook hook("CreateMutexA", &noteCreate);
+        utils::Mutex mutex;
+        const utils::MutexGuard guard(mutex);
+        EXPECT_EQ(argumentsOfCreate, 1);
+    }
+    EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+HANDLE WINAPI failCreate(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+TEST(WindowsMutexTest, aFailedCreationIsLoggedAndThrownWithTheSameText)
+{
+    const support::LogCapture log;
+    const ImportHook hook("CreateMutexA", &failCreate);
+    alignas(utils::Mutex) std::array<std::byte, sizeof(utils::Mutex)> place{};
+    const std::string text =
+        utils::format("Could not create mutex %p. Error 8", static_cast<const void*>(place.data()));
+    EXPECT_EQ(support::thrownBy([&] { new (place.data()) utils::Mutex; }), "DRAVEv2: " + text);
+    EXPECT_THAT(log.messages(),
+                ElementsAre(errorLine("Mutex", text), "error|Exception|utils::Exception::Exception|" + text));
+}
+
+DWORD WINAPI failWait(HANDLE /*handle*/, DWORD /*timeout*/)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return WAIT_FAILED;
+}
+
+BOOL WINAPI releaseNothing(HANDLE /*handle*/)
+{
+    return TRUE;
+}
+
+TEST(WindowsMutexTest, aFailedWaitIsLoggedCountedAndTheGuardGoesOn)
+{
+    const support::LogCapture log;
+    utils::Mutex mutex;
+    const std::uint32_t taken = locksTaken();
+    const std::uint32_t released = locksReleased();
+    {
+        const ImportHook release("ReleaseMutex", &releaseNothing);
+        const ImportHook wait("WaitForSingleObject", &failWait);
+        const utils::MutexGuard guard(mutex);
+        EXPECT_EQ(locksTaken() - taken, 1U);
+    }
+    EXPECT_EQ(locksReleased() - released, 1U);
+    EXPECT_THAT(log.messages(), ElementsAre(lockingFailed("Lock", mutex, ERROR_ACCESS_DENIED)));
+}
+
+DWORD timeoutOfWait = 0;
+
+DWORD WINAPI noteWait(HANDLE /*handle*/, DWORD timeout)
+{
+    timeoutOfWait = timeout;
+    return WAIT_TIMEOUT;
+}
+
+TEST(WindowsMutexTest, waitsWithoutLimitAndTakesEveryOtherAnswerForAFailure)
+{
+    const support::LogCapture log;
+    utils::Mutex mutex;
+    const ImportHook release("ReleaseMutex", &releaseNothing);
+    const ImportHook wait("WaitForSingleObject", &noteWait);
+    SetLastError(0);
+    {
+        const utils::MutexGuard guard(mutex);
+    }
+    EXPECT_EQ(timeoutOfWait, INFINITE);
+    EXPECT_THAT(log.messages(), ElementsAre(lockingFailed("Lock", mutex, 0)));
+}
+
+TEST(WindowsMutexTest, aFailedReleaseIsLoggedWithTheTextOfAFailedLockAndCounted)
+{
+    const support::LogCapture log;
+    utils::Mutex mutex;
+    const std::uint32_t released = locksReleased();
+    {
+        const ImportHook wait(
+            "WaitForSingleObject", +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_OBJECT_0; });
+        // Released without being owned: the platform itself refuses.
+        const utils::MutexGuard guard(mutex);
+    }
+    EXPECT_EQ(locksReleased() - released, 1U);
+    EXPECT_THAT(log.messages(), ElementsAre(lockingFailed("Unlock", mutex, ERROR_NOT_OWNER)));
+}
+
+BOOL WINAPI failClose(HANDLE /*handle*/)
+{
+    SetLastError(ERROR_INVALID_HANDLE);
+    return FALSE;
+}
+
+TEST(WindowsMutexTest, aFailedCloseIsLoggedAndNotThrown)
+{
+    const support::LogCapture log;
+    auto mutex = std::make_unique<utils::Mutex>();
+    const std::string text = utils::format("Could not close mutex %p. Error 6", static_cast<const void*>(mutex.get()));
+    {
+        const ImportHook hook("CloseHandle", &failClose);
+        mutex.reset();
+    }
+    EXPECT_THAT(log.messages(), ElementsAre(errorLine("~Mutex", text)));
+}
+
+HANDLE createdHandle = nullptr;
+HANDLE closedHandle = nullptr;
+
+HANDLE WINAPI keepCreated(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
+{
+    return createdHandle = CreateMutexW(nullptr, FALSE, nullptr);
+}
+
+BOOL WINAPI keepClosed(HANDLE handle)
+{
+    closedHandle = handle;
+    return TRUE;
+}
+
+TEST(WindowsMutexTest, theHandleIsClosedAtTheEnd)
+{
+    const ImportHook create("CreateMutexA", &keepCreated);
+    {
+        const ImportHook close("CloseHandle", &keepClosed);
+        const utils::Mutex mutex;
+        EXPECT_EQ(closedHandle, nullptr);
+    }
+    ASSERT_NE(createdHandle, nullptr);
+    EXPECT_EQ(closedHandle, createdHandle);
+    CloseHandle(createdHandle);
+}
+
+TEST(WindowsMutexTest, anAbandonedMutexIsLoggedAndOwnedAllTheSame)
+{
+    const support::LogCapture log;
+    const ImportHook create("CreateMutexA", &keepCreated);
+    utils::Mutex mutex;
+    // A thread that takes the mutex and ends without giving it back.
+    std::thread([] { WaitForSingleObject(createdHandle, INFINITE); }).join();
+    SetLastError(0);
+    {
+        const utils::MutexGuard guard(mutex);
+        EXPECT_THAT(log.messages(), ElementsAre(lockingFailed("Lock", mutex, 0)));
+        DWORD othersAnswer = WAIT_OBJECT_0;
+        std::thread([&] { othersAnswer = WaitForSingleObject(createdHandle, 0); }).join();
+        EXPECT_EQ(othersAnswer, static_cast<DWORD>(WAIT_TIMEOUT));
+    }
+    const utils::MutexGuard again(mutex);
+    EXPECT_THAT(log.messages(), testing::SizeIs(1)) << "neither the release nor the next lock fails";
+}
+
+}  // namespace

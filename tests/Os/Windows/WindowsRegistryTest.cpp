@@ -1,0 +1,522 @@
+#include "Os/Windows/WindowsRegistry.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstring>
+
+#include "support/ImportHook.h"
+#include "support/LogCapture.h"
+#include "support/SlotOf.h"
+#include "support/Thrown.h"
+
+namespace {
+
+using support::ImportHook;
+using support::LogCapture;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using utils::WindowsRegistry;
+
+const std::string KEY = "Software\\ZerixRegistryTest";
+
+std::string line(const char* level, const char* function, const std::string& text)
+{
+    return std::string(level) + "|Os/Windows/Windows|utils::WindowsRegistry::" + function + "|" + text;
+}
+
+std::string openingLine(const std::string& name)
+{
+    return line("debug", "getRegistryData", "Opennig key " + KEY + " (" + name + ")");
+}
+
+LSTATUS accessDenied()
+{
+    return ERROR_ACCESS_DENIED;
+}
+
+// Every test starts without the key and leaves none.
+class WindowsRegistryTest : public testing::Test
+{
+protected:
+    WindowsRegistryTest() { RegDeleteTreeA(HKEY_LOCAL_MACHINE, KEY.c_str()); }
+    ~WindowsRegistryTest() override { RegDeleteTreeA(HKEY_LOCAL_MACHINE, KEY.c_str()); }
+
+    void write(const char* name, DWORD type, const void* data, std::size_t size)
+    {
+        ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, KEY.c_str(), name, type, data, static_cast<DWORD>(size)),
+                  ERROR_SUCCESS);
+    }
+
+    void writeText(const char* name, const std::string& text, DWORD type = REG_SZ)
+    {
+        write(name, type, text.c_str(), text.size() + 1);
+    }
+
+    bool read(DWORD type, const char* name)
+    {
+        m_text = "untouched";
+        return m_registry.getRegistryData(HKEY_LOCAL_MACHINE, KEY, type, name, &m_text);
+    }
+
+    bool readNumber(DWORD type, const char* name)
+    {
+        m_number = 4711;
+        return m_registry.getRegistryUint(HKEY_LOCAL_MACHINE, KEY, type, name, &m_number);
+    }
+
+    // The bytes and the type of a value as they stand in the registry.
+    std::pair<DWORD, std::string> stored(const char* name)
+    {
+        DWORD type = REG_NONE;
+        std::array<char, 1024> data{};
+        auto size = static_cast<DWORD>(data.size());
+        EXPECT_EQ(RegGetValueA(HKEY_LOCAL_MACHINE, KEY.c_str(), name, RRF_RT_ANY, &type, data.data(), &size),
+                  ERROR_SUCCESS);
+        return {type, std::string(data.data(), size)};
+    }
+
+    WindowsRegistry& m_registry = *WindowsRegistry::getInstance();
+    std::string m_text;
+    std::uint32_t m_number = 0;
+};
+
+TEST_F(WindowsRegistryTest, existsFromModuleLoadOn)
+{
+    const LogCapture log;
+    EXPECT_NE(WindowsRegistry::getInstance(), nullptr);
+    EXPECT_THAT(log.messages(), IsEmpty()) << "made now, it would have logged";
+}
+
+TEST_F(WindowsRegistryTest, anotherInstanceStandsInWhileItLives)
+{
+    const LogCapture log;
+    {
+        WindowsRegistry other;
+        EXPECT_EQ(WindowsRegistry::getInstance(), &other);
+    }
+    EXPECT_EQ(WindowsRegistry::getInstance(), &m_registry);
+    EXPECT_THAT(log.numberedMessages(),
+                ElementsAre("debug|Utils/Singleton:68|utils::Singleton<class utils::WindowsRegistry>::Singleton|New "
+                            "singleton instance for WindowsRegistry"));
+}
+
+TEST_F(WindowsRegistryTest, setKeyCreatesTheKeyAndWritesATextWithItsTerminator)
+{
+    const LogCapture log;
+    EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\a\\b", "Name", "text"));
+    EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "caf\xe9"));
+    EXPECT_EQ(stored("Name"), std::pair(static_cast<DWORD>(REG_SZ), std::string("caf\xe9\0", 5)));
+    EXPECT_THAT(
+        log.messages(),
+        ElementsAre(
+            line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "\\a\\b' with value 'text'"),
+            line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "' with value 'caf\xe9'")));
+}
+
+TEST_F(WindowsRegistryTest, setKeyWithoutANameWritesTheDefaultValue)
+{
+    EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "", "text"));
+    EXPECT_EQ(stored(nullptr), std::pair(static_cast<DWORD>(REG_SZ), std::string("text\0", 5)));
+}
+
+TEST_F(WindowsRegistryTest, setKeyWritesAnEmptyTextAsItsTerminator)
+{
+    EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", ""));
+    EXPECT_EQ(stored("Name"), std::pair(static_cast<DWORD>(REG_SZ), std::string(1, '\0')));
+}
+
+TEST_F(WindowsRegistryTest, setKeyLogsAndThenAssertsAPath)
+{
+    const LogCapture log;
+    EXPECT_EQ(
+        support::withoutLine(support::thrownBy([&] { m_registry.setKey(HKEY_LOCAL_MACHINE, "", "Name", "text"); })),
+        "DRAVEv2: Os/Windows/Windows:#: Assertion failed: 'path.size() > 0'");
+    ASSERT_EQ(log.messages().size(), 2U);
+    EXPECT_EQ(log.messages()[0],
+              line("debug", "setKey", "Creating REG_SZ registry key '80000002\\' with value 'text'"));
+}
+
+LSTATUS WINAPI refuseCreate(HKEY /*key*/, LPCSTR /*path*/, DWORD /*reserved*/, LPSTR /*type*/, DWORD /*options*/,
+                            REGSAM /*access*/, const LPSECURITY_ATTRIBUTES /*security*/, PHKEY /*result*/,
+                            LPDWORD /*disposition*/)
+{
+    return accessDenied();
+}
+
+TEST_F(WindowsRegistryTest, setKeyLogsAFailedCreationWithPathAndValue)
+{
+    const LogCapture log;
+    const ImportHook hook("RegCreateKeyExA", &refuseCreate);
+    EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
+    EXPECT_THAT(
+        log.messages(),
+        ElementsAre(line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "' with value 'text'"),
+                    line("error", "setKey", "RegCreateKeyEx -2147483646, " + KEY + ", text error 5")));
+}
+
+LSTATUS WINAPI refuseSet(HKEY /*key*/, LPCSTR /*name*/, DWORD /*reserved*/, DWORD /*type*/, const BYTE* /*data*/,
+                         DWORD /*size*/)
+{
+    return accessDenied();
+}
+
+int closedKeys = 0;
+ImportHook* closeHook = nullptr;
+
+LSTATUS WINAPI countClose(HKEY key)
+{
+    ++closedKeys;
+    return closeHook->original<decltype(&countClose)>()(key);
+}
+
+class RegistryCloseTest : public WindowsRegistryTest
+{
+protected:
+    RegistryCloseTest() { closeHook = &m_hook; }
+
+private:
+    ImportHook m_hook{"RegCloseKey", &countClose};
+};
+
+TEST_F(RegistryCloseTest, setKeyLogsAFailedValueAndClosesTheKey)
+{
+    const LogCapture log;
+    const ImportHook hook("RegSetValueExA", &refuseSet);
+    EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
+    EXPECT_THAT(
+        log.messages(),
+        ElementsAre(line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "' with value 'text'"),
+                    line("error", "setKey", "RegSetValueEx -2147483646, " + KEY + ", text error 5")));
+    EXPECT_EQ(closedKeys, 1);
+}
+
+TEST_F(RegistryCloseTest, everyOperationThatOpensAKeyClosesIt)
+{
+    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text");
+    EXPECT_EQ(closedKeys, 1);
+    m_registry.keyExists(KEY);
+    EXPECT_EQ(closedKeys, 2);
+    m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child");
+    EXPECT_EQ(closedKeys, 3);
+    read(REG_SZ, "Name");
+    EXPECT_EQ(closedKeys, 4);
+    read(REG_SZ, "Missing");
+    EXPECT_EQ(closedKeys, 5);
+    m_registry.keyExists(KEY + "\\missing");
+    read(REG_DWORD, "Name");
+    EXPECT_EQ(closedKeys, 6);
+}
+
+TEST_F(WindowsRegistryTest, keyExistsLooksUnderTheLocalMachine)
+{
+    EXPECT_FALSE(m_registry.keyExists(KEY));
+    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "", "");
+    EXPECT_TRUE(m_registry.keyExists(KEY));
+    EXPECT_FALSE(m_registry.keyExists("Environment")) << "which is there for the current user alone";
+}
+
+struct Opening
+{
+    HKEY root;
+    std::string path;
+    DWORD options;
+    REGSAM access;
+};
+
+std::vector<Opening> openings;
+
+LSTATUS WINAPI refuseOpen(HKEY root, LPCSTR path, DWORD options, REGSAM access, PHKEY /*result*/)
+{
+    openings.push_back({root, path, options, access});
+    return accessDenied();
+}
+
+TEST_F(WindowsRegistryTest, keysAreOpenedWithTheAccessTheyNeedAndARefusalIsFalse)
+{
+    const LogCapture log;
+    const ImportHook hook("RegOpenKeyExA", &refuseOpen);
+    EXPECT_FALSE(m_registry.keyExists(KEY));
+    EXPECT_FALSE(m_registry.deleteKey(HKEY_CURRENT_USER, KEY, "child"));
+    EXPECT_FALSE(read(REG_SZ, "Name"));
+    EXPECT_EQ(m_text, "");
+    ASSERT_EQ(openings.size(), 3U);
+    EXPECT_EQ(openings[0].root, HKEY_LOCAL_MACHINE);
+    EXPECT_EQ(openings[0].access, 0x20019U);
+    EXPECT_EQ(openings[1].root, HKEY_CURRENT_USER);
+    EXPECT_EQ(openings[1].access, 0x20006U);
+    EXPECT_EQ(openings[2].root, HKEY_LOCAL_MACHINE);
+    EXPECT_EQ(openings[2].access, 0x20019U);
+    for (const Opening& opening : openings) {
+        EXPECT_EQ(opening.path, KEY);
+        EXPECT_EQ(opening.options, 0U);
+    }
+    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Name")));
+}
+
+TEST_F(WindowsRegistryTest, deleteKeyRemovesAChild)
+{
+    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child", "", "");
+    EXPECT_TRUE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
+    EXPECT_FALSE(m_registry.keyExists(KEY + "\\child"));
+    EXPECT_TRUE(m_registry.keyExists(KEY));
+}
+
+TEST_F(WindowsRegistryTest, deleteKeyIsTrueForAChildThatIsMissingOrCannotBeDeleted)
+{
+    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child\\grandchild", "", "");
+    EXPECT_TRUE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "missing"));
+    EXPECT_TRUE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
+    EXPECT_TRUE(m_registry.keyExists(KEY + "\\child\\grandchild"));
+}
+
+TEST_F(WindowsRegistryTest, deleteKeyIsFalseWithoutTheParent)
+{
+    EXPECT_FALSE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataReadsATextUpToItsFirstZero)
+{
+    const LogCapture log;
+    writeText("Name", "text");
+    write("Zero", REG_SZ, "a\0b", 4);
+    write("Open", REG_SZ, "abcd", 3);
+    EXPECT_TRUE(read(REG_SZ, "Name"));
+    EXPECT_EQ(m_text, "text");
+    EXPECT_TRUE(read(REG_SZ, "Zero"));
+    EXPECT_EQ(m_text, "a");
+    EXPECT_TRUE(read(REG_SZ, "Open"));
+    EXPECT_EQ(m_text, "abc");
+    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Name"), openingLine("Zero"), openingLine("Open")));
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataDoesNotExpandEnvironmentReferences)
+{
+    writeText("Name", "%SystemRoot%\\x", REG_EXPAND_SZ);
+    EXPECT_TRUE(read(REG_EXPAND_SZ, "Name"));
+    EXPECT_EQ(m_text, "%SystemRoot%\\x");
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataReadsANumberSigned)
+{
+    const DWORD number = 0xFFFFFFFF;
+    write("Name", REG_DWORD, &number, sizeof number);
+    EXPECT_TRUE(read(REG_DWORD, "Name"));
+    EXPECT_EQ(m_text, "-1");
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataReadsNoNumberOfAnotherSize)
+{
+    write("Name", REG_DWORD, "\1\0", 2);
+    EXPECT_FALSE(read(REG_DWORD, "Name"));
+    EXPECT_EQ(m_text, "");
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataOfAnotherTypeIsFalseWithAnEmptyText)
+{
+    const LogCapture log;
+    const DWORD number = 7;
+    write("Number", REG_DWORD, &number, sizeof number);
+    writeText("Text", "text");
+    EXPECT_FALSE(read(REG_SZ, "Number"));
+    EXPECT_EQ(m_text, "");
+    EXPECT_FALSE(read(REG_EXPAND_SZ, "Text"));
+    EXPECT_EQ(m_text, "");
+    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Number"), openingLine("Text")));
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataOfATypeWithoutATextIsFalse)
+{
+    write("Name", REG_BINARY, "abc", 4);
+    EXPECT_FALSE(read(REG_BINARY, "Name"));
+    EXPECT_EQ(m_text, "");
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataTakesAnEmptyTextForAMissingOne)
+{
+    writeText("Name", "");
+    write("Nothing", REG_SZ, "", 0);
+    EXPECT_FALSE(read(REG_SZ, "Name"));
+    EXPECT_EQ(m_text, "");
+    EXPECT_FALSE(read(REG_SZ, "Nothing"));
+    EXPECT_EQ(m_text, "");
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataReads256BytesAndNoMore)
+{
+    const LogCapture log;
+    writeText("Fits", std::string(255, 'a'));
+    // The platform adds a terminator itself where one follows directly, so none may.
+    write("Open", REG_SZ, std::string(257, 'b').c_str(), 256);
+    writeText("TooLong", std::string(256, 'c'));
+    EXPECT_TRUE(read(REG_SZ, "Fits"));
+    EXPECT_EQ(m_text, std::string(255, 'a'));
+    EXPECT_TRUE(read(REG_SZ, "Open"));
+    EXPECT_EQ(m_text, std::string(256, 'b'));
+    EXPECT_FALSE(read(REG_SZ, "TooLong"));
+    EXPECT_EQ(m_text, "");
+    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Fits"), openingLine("Open"), openingLine("TooLong"),
+                                            line("debug", "getRegistryData", "TooLong Registry Entry does not exist")));
+}
+
+TEST_F(WindowsRegistryTest, getRegistryDataOfAMissingKeyLogsTheOpeningAlone)
+{
+    const LogCapture log;
+    EXPECT_FALSE(read(REG_SZ, "Name"));
+    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Name")));
+}
+
+TEST_F(WindowsRegistryTest, getRegistryUintReadsTextsAndNumbers)
+{
+    const DWORD number = 7;
+    write("Number", REG_DWORD, &number, sizeof number);
+    writeText("Text", " 0x1F ");
+    EXPECT_TRUE(readNumber(REG_DWORD, "Number"));
+    EXPECT_EQ(m_number, 7U);
+    EXPECT_TRUE(readNumber(REG_SZ, "Text"));
+    EXPECT_EQ(m_number, 31U);
+}
+
+TEST_F(WindowsRegistryTest, getRegistryUintGetsALargeNumberBackThroughItsSign)
+{
+    const DWORD number = 0xFFFFFFFE;
+    write("Number", REG_DWORD, &number, sizeof number);
+    EXPECT_TRUE(readNumber(REG_DWORD, "Number"));
+    EXPECT_EQ(m_number, 0xFFFFFFFEU);
+}
+
+TEST_F(WindowsRegistryTest, getRegistryUintIsZeroWhereTheTextIsNoNumberAndUntouchedWhereThereIsNone)
+{
+    writeText("Text", "apples");
+    EXPECT_FALSE(readNumber(REG_SZ, "Text"));
+    EXPECT_EQ(m_number, 0U);
+    EXPECT_FALSE(readNumber(REG_SZ, "Missing"));
+    EXPECT_EQ(m_number, 4711U);
+}
+
+BOOL WINAPI windows61(LPOSVERSIONINFOA version)
+{
+    // Six numbers and 128 characters of text, all zero but the size.
+    static const std::array<char, 144> zeros{};
+    if (version->dwOSVersionInfoSize != 148 || std::memcmp(&version->dwMajorVersion, zeros.data(), 144) != 0) {
+        return FALSE;
+    }
+    version->dwMajorVersion = 6;
+    version->dwMinorVersion = 1;
+    return TRUE;
+}
+
+BOOL WINAPI noVersion(LPOSVERSIONINFOA /*version*/)
+{
+    return FALSE;
+}
+
+TEST_F(WindowsRegistryTest, getOsVersionIsTenTimesTheMajorVersionPlusTheMinor)
+{
+    const ImportHook hook("GetVersionExA", &windows61);
+    EXPECT_EQ(m_registry.getOsVersion(), 61);
+}
+
+TEST_F(WindowsRegistryTest, getOsVersionIsZeroWhereThePlatformSaysNothing)
+{
+    const ImportHook hook("GetVersionExA", &noVersion);
+    EXPECT_EQ(m_registry.getOsVersion(), 0);
+}
+
+TEST_F(WindowsRegistryTest, thePrimitivesAreThePlatformsFunctions)
+{
+    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child", "", "");
+    writeText("Name", "text");
+    HKEY key = nullptr;
+    ASSERT_EQ(m_registry.openKey(HKEY_LOCAL_MACHINE, KEY.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
+    DWORD subKeys = 0;
+    DWORD values = 0;
+    DWORD longestName = 0;
+    EXPECT_EQ(m_registry.queryInfoKey(key, nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr, &values, &longestName,
+                                      nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(subKeys, 1U);
+    EXPECT_EQ(values, 1U);
+    EXPECT_EQ(longestName, 4U);
+    std::array<char, 32> name{};
+    DWORD length = name.size();
+    EXPECT_EQ(m_registry.enumKey(key, 0, name.data(), &length, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+    EXPECT_STREQ(name.data(), "child");
+    length = name.size();
+    EXPECT_EQ(m_registry.enumKey(key, 1, name.data(), &length, nullptr, nullptr, nullptr, nullptr),
+              ERROR_NO_MORE_ITEMS);
+    length = name.size();
+    DWORD type = REG_NONE;
+    std::array<BYTE, 32> data{};
+    DWORD size = data.size();
+    EXPECT_EQ(m_registry.enumValue(key, 0, name.data(), &length, nullptr, &type, data.data(), &size), ERROR_SUCCESS);
+    EXPECT_STREQ(name.data(), "Name");
+    EXPECT_EQ(type, static_cast<DWORD>(REG_SZ));
+    EXPECT_STREQ(reinterpret_cast<const char*>(data.data()), "text");
+    EXPECT_EQ(m_registry.closeKey(key), ERROR_SUCCESS);
+    EXPECT_EQ(m_registry.openKey(HKEY_LOCAL_MACHINE, (KEY + "\\missing").c_str(), 0, KEY_READ, &key),
+              ERROR_FILE_NOT_FOUND);
+}
+
+// What stands in for the primitives, and tells which operations pass through them.
+class StandIn : public WindowsRegistry
+{
+public:
+    LSTATUS openKey(HKEY root, const char* path, DWORD options, REGSAM access, HKEY* key) override
+    {
+        m_calls.emplace_back("openKey");
+        return WindowsRegistry::openKey(root, path, options, access, key);
+    }
+
+    LSTATUS closeKey(HKEY key) override
+    {
+        m_calls.emplace_back("closeKey");
+        return WindowsRegistry::closeKey(key);
+    }
+
+    bool getRegistryData(HKEY root, std::string path, DWORD type, std::string name, std::string* out) override
+    {
+        m_calls.emplace_back("getRegistryData");
+        return WindowsRegistry::getRegistryData(root, path, type, name, out);
+    }
+
+    std::vector<std::string> m_calls;
+};
+
+TEST_F(WindowsRegistryTest, readingPassesThroughTheObject)
+{
+    writeText("Name", "7");
+    StandIn registry;
+    EXPECT_TRUE(registry.getRegistryUint(HKEY_LOCAL_MACHINE, KEY, REG_SZ, "Name", &m_number));
+    EXPECT_THAT(registry.m_calls, ElementsAre("getRegistryData", "openKey", "closeKey"));
+    registry.m_calls.clear();
+    EXPECT_FALSE(registry.getRegistryData(HKEY_LOCAL_MACHINE, KEY, REG_SZ, "Missing", &m_text));
+    EXPECT_THAT(registry.m_calls, ElementsAre("getRegistryData", "openKey", "closeKey"));
+}
+
+TEST_F(WindowsRegistryTest, theOtherOperationsCallThePlatformDirectly)
+{
+    StandIn registry;
+    EXPECT_TRUE(registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
+    EXPECT_TRUE(registry.keyExists(KEY));
+    EXPECT_TRUE(registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
+    EXPECT_THAT(registry.m_calls, IsEmpty());
+}
+
+TEST_F(WindowsRegistryTest, virtualFunctionsStandInTheirDeclaredOrder)
+{
+    // The destructor takes the first two places.
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::openKey), 2U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::queryInfoKey), 3U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::enumKey), 4U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::enumValue), 5U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::closeKey), 6U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::keyExists), 7U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::setKey), 8U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::deleteKey), 9U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::getOsVersion), 10U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::getRegistryUint), 11U);
+    EXPECT_EQ(support::slotOf(&WindowsRegistry::getRegistryData), 12U);
+}
+
+}  // namespace

@@ -1,0 +1,48 @@
+#include "Utils/Assert.h"
+
+#include <gmock/gmock.h>
+
+#include "support/LogCapture.h"
+#include "support/Thrown.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr utils::LogSite here{"Some/File", "some::function"};
+
+TEST(AssertTest, aTrueConditionIsEvaluatedOnceAndWritesNothing)
+{
+    const support::LogCapture log;
+    int evaluations = 0;
+    ASSERT(here, ++evaluations == 1);
+    ASSERT_AT(here, 7, ++evaluations == 2);
+    EXPECT_EQ(evaluations, 2);
+    EXPECT_THAT(log.debugger(), IsEmpty());
+}
+
+TEST(AssertTest, aFalseConditionThrowsTheConditionAsItIsWritten)
+{
+    const void* pointer = nullptr;
+    EXPECT_EQ(support::thrownBy([&] { ASSERT_AT(here, 42, pointer != NULL); }),
+              "DRAVEv2: Some/File:42: Assertion failed: 'pointer != NULL'");
+}
+
+TEST(AssertTest, aFalseConditionCarriesItsOwnLineNumber)
+{
+    constexpr int LINE = __LINE__ + 1;
+    const auto assertNothing = [] { ASSERT(here, 1 == 2); };
+    EXPECT_EQ(support::thrownBy(assertNothing),
+              "DRAVEv2: Some/File:" + std::to_string(LINE) + ": Assertion failed: '1 == 2'");
+}
+
+TEST(AssertTest, aFalseConditionWritesOneErrorLineWithoutThePrefix)
+{
+    const support::LogCapture log;
+    support::thrownBy([] { ASSERT_AT(here, 42, 1 == 2); });
+    EXPECT_THAT(log.messages(), ElementsAre("error|Exception|utils::Exception::Exception|Some/File:42: Assertion "
+                                            "failed: '1 == 2'"));
+}
+
+}  // namespace

@@ -1,0 +1,236 @@
+#include "Utils/Log.h"
+
+#include <gmock/gmock.h>
+
+#include <ostream>
+#include <thread>
+
+#include "support/CapturedSinks.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* DEBUG_LINE = "ZerixDRAVEv2: Some/File:17:some::function: debug: text\n";
+constexpr const char* ERROR_LINE = "ZerixDRAVEv2: Some/File:18:some::function: error: text\n";
+
+void logOneOfEach()
+{
+    utils::logDebug("Some/File", "some::function", 17, "text");
+    utils::logError("Some/File", "some::function", 18, "text");
+}
+
+struct LevelCase
+{
+    const char* name;
+    const char* value;
+    std::int32_t level;
+};
+
+void PrintTo(const LevelCase& testCase, std::ostream* stream)
+{
+    *stream << (testCase.value == nullptr ? "no variable" : testCase.value);
+}
+
+class LogLevelTest : public testing::TestWithParam<LevelCase>
+{
+};
+
+TEST_P(LogLevelTest, comesFromTheFirstCharacterOfTheVariable)
+{
+    support::setLogLevelVariable(GetParam().value);
+    EXPECT_EQ(utils::logLevel(), GetParam().level);
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, LogLevelTest,
+                         testing::Values(LevelCase{"unset", nullptr, 1}, LevelCase{"empty", "", 1},
+                                         LevelCase{"zero", "0", 0}, LevelCase{"one", "1", 1}, LevelCase{"two", "2", 2},
+                                         LevelCase{"three", "3", 3}, LevelCase{"threeAndMore", "3x", 3},
+                                         LevelCase{"ten", "10", 1}, LevelCase{"twenty", "20", 2},
+                                         LevelCase{"four", "4", 1}, LevelCase{"blankTwo", " 2", 1},
+                                         LevelCase{"negative", "-1", 1}, LevelCase{"word", "debug", 1}),
+                         [](const auto& testCase) { return std::string(testCase.param.name); });
+
+TEST(LogTest, theLevelIsReadOnceAndNeverAgain)
+{
+    support::setLogLevelVariable("0");
+    ASSERT_EQ(utils::logLevel(), 0);
+    support::setLogLevelVariable("3");
+    EXPECT_EQ(utils::logLevel(), 0);
+}
+
+TEST(LogTest, aLogCallReadsTheLevelToo)
+{
+    support::setLogLevelVariable(nullptr);
+    utils::logDebug("Some/File", "some::function", 17, "text");
+    support::setLogLevelVariable("2");
+    EXPECT_EQ(utils::logLevel(), 1);
+}
+
+TEST(LogTest, level0SilencesEverything)
+{
+    const support::LogCapture log(0);
+    testing::internal::CaptureStderr();
+    logOneOfEach();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(log.sequence(), IsEmpty());
+}
+
+TEST(LogTest, withoutTheVariableAnErrorIsOneEventOfTheWholeLineAndNothingElseIsWritten)
+{
+    support::setLogLevelVariable(nullptr);
+    support::startCapturing();
+    testing::internal::CaptureStderr();
+    logOneOfEach();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(support::capturedSequence(), ElementsAre(std::string("event: ") + ERROR_LINE));
+    support::stopCapturing();
+}
+
+TEST(LogTest, level2AddsTheDebuggerForBoth)
+{
+    const support::LogCapture log(2);
+    testing::internal::CaptureStderr();
+    logOneOfEach();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(log.sequence(), ElementsAre(std::string("debugger: ") + DEBUG_LINE, std::string("event: ") + ERROR_LINE,
+                                            std::string("debugger: ") + ERROR_LINE));
+}
+
+TEST(LogTest, level3AddsStandardErrorForBoth)
+{
+    const support::LogCapture log(3);
+    testing::internal::CaptureStderr();
+    logOneOfEach();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string(DEBUG_LINE) + ERROR_LINE);
+    EXPECT_THAT(log.sequence(), ElementsAre(std::string("debugger: ") + DEBUG_LINE, std::string("event: ") + ERROR_LINE,
+                                            std::string("debugger: ") + ERROR_LINE));
+}
+
+TEST(LogTest, standardErrorInterpretsPercentSignsASecondTime)
+{
+    const support::LogCapture log(3);
+    testing::internal::CaptureStderr();
+    utils::logDebug("Some/File", "some::function", 17, "100%% sure");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ZerixDRAVEv2: Some/File:17:some::function: debug: 100% sure\n");
+    EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: Some/File:17:some::function: debug: 100%% sure\n"));
+}
+
+TEST(LogTest, aLineIsCutTo511CharactersAndLosesItsNewline)
+{
+    const support::LogCapture log;
+    utils::logError("Some/File", "some::function", 18, std::string(600, 'a'));
+    const std::string start = "ZerixDRAVEv2: Some/File:18:some::function: error: ";
+    const std::string line = start + std::string(511 - start.size(), 'a');
+    EXPECT_THAT(log.debugger(), ElementsAre(line));
+    EXPECT_THAT(log.events(), ElementsAre(line));
+}
+
+TEST(LogTest, aLineOf511CharactersKeepsItsNewlineAndALongerOneDoesNot)
+{
+    const support::LogCapture log;
+    const std::string start = "ZerixDRAVEv2: Some/File:17:some::function: debug: ";
+    const std::string fitting(510 - start.size(), 'a');
+    utils::logDebug("Some/File", "some::function", 17, fitting);
+    utils::logDebug("Some/File", "some::function", 17, fitting + "b");
+    EXPECT_THAT(log.debugger(), ElementsAre(start + fitting + "\n", start + fitting + "b"));
+}
+
+TEST(LogTest, lineNumbersArePrintedSigned)
+{
+    const support::LogCapture log;
+    utils::logDebug("F", "f", 4294967295U, "text");
+    EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: F:-1:f: debug: text\n"));
+}
+
+TEST(LogTest, aMessageMayBeEmpty)
+{
+    const support::LogCapture log;
+    utils::logDebug("F", "f", 1, "");
+    EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: F:1:f: debug: \n"));
+}
+
+TEST(LogTest, linesOfSeveralThreadsStayWhole)
+{
+    const support::LogCapture log;
+    constexpr int THREADS = 8;
+    constexpr int LINES = 50;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i) {
+        threads.emplace_back([] {
+            for (int line = 0; line < LINES; ++line) {
+                utils::logError("Some/File", "some::function", 18, "text");
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(log.debugger().size(), static_cast<std::size_t>(THREADS * LINES));
+    EXPECT_EQ(log.events().size(), static_cast<std::size_t>(THREADS * LINES));
+    EXPECT_THAT(log.debugger(), Each(std::string(ERROR_LINE)));
+    EXPECT_THAT(log.events(), Each(std::string(ERROR_LINE)));
+}
+
+TEST(LogTest, threadsThatMeetOnTheFirstReadFindTheSameLevel)
+{
+    support::setLogLevelVariable("2");
+    std::vector<std::int32_t> levels(8);
+    std::vector<std::thread> threads;
+    for (std::int32_t& level : levels) {
+        threads.emplace_back([&level] { level = utils::logLevel(); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_THAT(levels, Each(2));
+}
+
+TEST(LogSiteTest, debugAndErrorCarryTheLineOfTheCall)
+{
+    const support::LogCapture log;
+    static constexpr utils::LogSite here{"Some/File", "some::function"};
+    here.debug("%s is %d", "seven", 7);
+    here.error("%s is %d", "eight", 8);
+    EXPECT_THAT(log.numberedMessages(),
+                ElementsAre("debug|Some/File:" + std::to_string(__LINE__ - 3) + "|some::function|seven is 7",
+                            "error|Some/File:" + std::to_string(__LINE__ - 3) + "|some::function|eight is 8"));
+}
+
+TEST(LogSiteTest, debugAtCarriesTheLineItIsGiven)
+{
+    const support::LogCapture log;
+    static constexpr utils::LogSite here{"Some/File", "some::function"};
+    here.debugAt(403, "size: %d", 2);
+    EXPECT_THAT(log.numberedMessages(), ElementsAre("debug|Some/File:403|some::function|size: 2"));
+}
+
+TEST(LogSiteTest, knowsItsFileAndWhetherDebugLinesGoAnywhere)
+{
+    support::setLogLevelVariable("1");
+    static constexpr utils::LogSite here{"Some/File", "some::function"};
+    EXPECT_STREQ(here.file(), "Some/File");
+    EXPECT_FALSE(here.debugOn());
+}
+
+TEST(LogSiteTest, debugLinesAreOnFromLevel2)
+{
+    support::setLogLevelVariable("2");
+    static constexpr utils::LogSite here{"Some/File", "some::function"};
+    EXPECT_TRUE(here.debugOn());
+}
+
+TEST(LogSiteTest, atTheDefaultLevelDebugWritesNothingAndAnErrorOneEvent)
+{
+    const support::LogCapture log(1);
+    static constexpr utils::LogSite here{"Some/File", "some::function"};
+    here.debug("text");
+    here.error("text");
+    EXPECT_THAT(log.sequence(), ElementsAre("event: ZerixDRAVEv2: Some/File:" + std::to_string(__LINE__ - 1) +
+                                            ":some::function: error: text\n"));
+}
+
+}  // namespace

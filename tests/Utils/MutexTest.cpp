@@ -1,0 +1,76 @@
+#include "Utils/Mutex.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+#include "support/LockCount.h"
+
+namespace {
+
+static_assert(!std::is_copy_constructible_v<utils::Mutex> && !std::is_copy_assignable_v<utils::Mutex>);
+static_assert(!std::is_copy_constructible_v<utils::MutexGuard>);
+static_assert(std::has_virtual_destructor_v<utils::Mutex>);
+static_assert(sizeof(utils::Mutex) == 2 * sizeof(void*), "the virtual table and the handle, nothing else");
+static_assert(sizeof(utils::MutexGuard) == sizeof(void*));
+
+TEST(MutexTest, aThreadMayTakeAMutexThatItHolds)
+{
+    utils::Mutex mutex;
+    const std::uint32_t taken = support::locksTaken();
+    const std::uint32_t released = support::locksReleased();
+    {
+        const utils::MutexGuard outer(mutex);
+        const utils::MutexGuard inner(mutex);
+        EXPECT_EQ(support::locksTaken() - taken, 2U);
+        EXPECT_EQ(support::locksReleased() - released, 0U);
+    }
+    EXPECT_EQ(support::locksReleased() - released, 2U);
+}
+
+TEST(MutexTest, aMutexIsFreeForOtherThreadsOnlyOnceEveryGuardIsGone)
+{
+    utils::Mutex mutex;
+    std::atomic<bool> entered{false};
+    std::thread other;
+    {
+        const utils::MutexGuard outer(mutex);
+        {
+            const utils::MutexGuard inner(mutex);
+        }
+        other = std::thread([&] {
+            const utils::MutexGuard guard(mutex);
+            entered = true;
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_FALSE(entered);
+    }
+    other.join();
+    EXPECT_TRUE(entered);
+}
+
+TEST(MutexTest, guardsKeepThreadsApart)
+{
+    utils::Mutex mutex;
+    int counter = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int step = 0; step < 200; ++step) {
+                const utils::MutexGuard guard(mutex);
+                const int seen = counter;
+                std::this_thread::yield();
+                counter = seen + 1;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(counter, 800);
+}
+
+}  // namespace

@@ -1,0 +1,148 @@
+#include "Utils/Time.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <limits>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "support/LockCount.h"
+#include "support/Thrown.h"
+
+namespace {
+
+using utils::Time;
+
+constexpr std::uint64_t SECOND = 1'000'000;
+constexpr std::uint64_t FIRST_NOT_REPRESENTED = 32'535'244'800 * SECOND;
+
+using Fields = std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t>;
+using Period = std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t>;
+
+Fields all(const Time::Fields& fields)
+{
+    return {fields.year, fields.month, fields.day, fields.hour, fields.minute, fields.second};
+}
+
+Period all(const Time::Period& period)
+{
+    return {period.days, period.hours, period.minutes, period.seconds};
+}
+
+static_assert(sizeof(Time) == 16, "two 64-bit words");
+static_assert(offsetof(Time, value) == 0 && offsetof(Time, isTimestamp) == 8);
+
+TEST(TimeTest, aTimestampOf0IsTheStartOf1970)
+{
+    EXPECT_EQ(all(Time::timestamp(0).decomposeTimestamp()), Fields(1970, 1, 1, 0, 0, 0));
+}
+
+TEST(TimeTest, theSubSecondPartIsDropped)
+{
+    EXPECT_EQ(all(Time::timestamp(999'999).decomposeTimestamp()), Fields(1970, 1, 1, 0, 0, 0));
+    EXPECT_EQ(all(Time::period(999'999).decomposePeriod()), Period(0, 0, 0, 0));
+}
+
+TEST(TimeTest, monthsAndDaysCountFromOneAndLeapDaysExist)
+{
+    EXPECT_EQ(all(Time::timestamp(951'782'399 * SECOND).decomposeTimestamp()), Fields(2000, 2, 28, 23, 59, 59));
+    EXPECT_EQ(all(Time::timestamp(951'782'400 * SECOND).decomposeTimestamp()), Fields(2000, 2, 29, 0, 0, 0));
+    EXPECT_EQ(all(Time::timestamp(1'798'761'599 * SECOND).decomposeTimestamp()), Fields(2026, 12, 31, 23, 59, 59));
+}
+
+TEST(TimeTest, theLastTimeThatCanBeBrokenDownIsEightHoursIntoTheYear3001)
+{
+    EXPECT_EQ(all(Time::timestamp(FIRST_NOT_REPRESENTED - 1).decomposeTimestamp()), Fields(3001, 1, 1, 7, 59, 59));
+}
+
+TEST(TimeTest, aTimeBeyondThatFailsTheAssertionOnTheBreakdown)
+{
+    for (const std::uint64_t value : {FIRST_NOT_REPRESENTED, std::numeric_limits<std::uint64_t>::max()}) {
+        EXPECT_EQ(support::withoutLine(support::thrownBy([&] { Time::timestamp(value).decomposeTimestamp(); })),
+                  "DRAVEv2: Utils/Time:#: Assertion failed: 'ptm != NULL'");
+    }
+}
+
+TEST(TimeTest, aFailedBreakdownLeavesTheLockFreeForOtherThreads)
+{
+    EXPECT_THROW(Time::timestamp(FIRST_NOT_REPRESENTED).decomposeTimestamp(), utils::Exception);
+    std::thread([] { EXPECT_EQ(Time::timestamp(0).decomposeTimestamp().year, 1970U); }).join();
+}
+
+TEST(TimeTest, aPeriodIsDaysHoursMinutesAndSeconds)
+{
+    EXPECT_EQ(all(Time::period(90'061 * SECOND).decomposePeriod()), Period(1, 1, 1, 1));
+    EXPECT_EQ(all(Time::period(86'399 * SECOND).decomposePeriod()), Period(0, 23, 59, 59));
+}
+
+TEST(TimeTest, daysOfAPeriodAreNotCapped)
+{
+    EXPECT_EQ(all(Time::period(SECOND * 86'400 * 100'000'000).decomposePeriod()), Period(100'000'000, 0, 0, 0));
+    EXPECT_EQ(all(Time::period(std::numeric_limits<std::uint64_t>::max()).decomposePeriod()),
+              Period(213'503'982, 8, 1, 49));
+}
+
+TEST(TimeTest, decomposeTakesEitherKindAndGivesAPeriodNoYearAndNoMonth)
+{
+    EXPECT_EQ(all(Time::period(90'061 * SECOND).decompose()), Fields(0, 0, 1, 1, 1, 1));
+    EXPECT_EQ(all(Time::timestamp(90'061 * SECOND).decompose()), Fields(1970, 1, 2, 1, 1, 1));
+}
+
+TEST(TimeTest, aPeriodHasNoTimestampBreakdown)
+{
+    EXPECT_EQ(support::withoutLine(support::thrownBy([] { Time::period(0).decomposeTimestamp(); })),
+              "DRAVEv2: Utils/Time:#: Assertion failed: 'this->isTimestamp'");
+}
+
+TEST(TimeTest, aTimestampHasNoPeriodBreakdown)
+{
+    EXPECT_EQ(support::withoutLine(support::thrownBy([] { Time::timestamp(0).decomposePeriod(); })),
+              "DRAVEv2: Utils/Time:#: Assertion failed: 'this->isPeriod()'");
+}
+
+TEST(TimeTest, aTimeIsEitherATimestampOrAPeriod)
+{
+    EXPECT_TRUE(Time::period(1).isPeriod());
+    EXPECT_FALSE(Time::period(1).isTimestamp);
+    EXPECT_FALSE(Time::timestamp(1).isPeriod());
+    EXPECT_TRUE(Time::timestamp(1).isTimestamp);
+    EXPECT_TRUE(Time().isPeriod());
+    EXPECT_EQ(Time().value, 0U);
+}
+
+TEST(TimeTest, timesAreEqualWhenValueAndKindAre)
+{
+    EXPECT_EQ(Time::period(1), Time::period(1));
+    EXPECT_NE(Time::period(1), Time::period(2));
+    EXPECT_NE(Time::period(1), Time::timestamp(1));
+}
+
+TEST(TimeTest, onlyTheTimestampBreakdownTakesALock)
+{
+    const std::uint32_t balance = support::locksTaken() - support::locksReleased();
+    EXPECT_EQ(support::locksTakenBy([] { Time::timestamp(0).decomposeTimestamp(); }), 1U);
+    EXPECT_EQ(support::locksTakenBy([] { Time::timestamp(0).decompose(); }), 1U);
+    EXPECT_EQ(support::locksTakenBy([] { Time::period(0).decompose(); }), 0U);
+    EXPECT_EQ(support::locksTakenBy([] { support::thrownBy([] { Time::period(0).decomposeTimestamp(); }); }), 0U);
+    EXPECT_EQ(support::locksTaken() - support::locksReleased(), balance);
+}
+
+TEST(TimeTest, threadsNeverReadEachOthersBreakdown)
+{
+    std::vector<std::thread> threads;
+    for (std::uint64_t day = 0; day < 4; ++day) {
+        threads.emplace_back([day] {
+            for (int i = 0; i < 200; ++i) {
+                EXPECT_EQ(all(Time::timestamp(day * 86'400 * SECOND).decomposeTimestamp()),
+                          Fields(1970, 1, 1 + day, 0, 0, 0));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+}  // namespace

@@ -1,0 +1,184 @@
+#include "core/CimInstance.h"
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "core/CimPath.h"
+#include "core/CimPropertyTypes.h"
+#include "support/SlotOf.h"
+#include "support/Thrown.h"
+
+namespace {
+
+using testing::IsNull;
+
+static_assert(!std::is_copy_constructible_v<core::CimInstance>);
+
+void addKey(core::CimInstance& instance, const char* name, const char* value)
+{
+    auto* const property = new core::CimPropertyString(name, &instance);
+    property->setValue(value);
+    property->setKey(true);
+}
+
+TEST(CimInstanceTest, knowsItsClassNameAndStartsUnmarkedAndEmpty)
+{
+    core::CimInstance instance("Port");
+    EXPECT_EQ(instance.getClassName(), "Port");
+    EXPECT_FALSE(instance.isMarkedForDeletion());
+    EXPECT_THAT(instance.propertyIterator().first(), IsNull());
+}
+
+TEST(CimInstanceTest, markForDeletionStoresItsArgument)
+{
+    core::CimInstance instance("Port");
+    instance.markForDeletion(true);
+    EXPECT_TRUE(instance.isMarkedForDeletion());
+    instance.markForDeletion(false);
+    EXPECT_FALSE(instance.isMarkedForDeletion());
+}
+
+TEST(CimInstanceTest, propertiesJoinTheirOwnersListAndAnEarlierOneOfTheNameIsSkipped)
+{
+    core::CimInstance instance("Port");
+    const auto* const earlier = new core::CimPropertyString("Name", &instance);
+    auto* const other = new core::CimPropertyUint8("Speed", &instance);
+    auto* const later = new core::CimPropertyUint16("Name", &instance);
+    EXPECT_TRUE(earlier->isOverriden());
+    core::CimPropertyList::Iterator iterator = instance.propertyIterator();
+    EXPECT_EQ(iterator.next(), other);
+    EXPECT_EQ(iterator.next(), later);
+    EXPECT_THAT(iterator.next(), IsNull());
+    EXPECT_EQ(instance.getProperties().size(), 3U);
+}
+
+TEST(CimInstanceTest, deletesItsPropertiesHiddenOnesIncluded)
+{
+    class Counted : public core::CimPropertyUint8
+    {
+    public:
+        Counted(core::CimInstance* owner, int* deletions) : CimPropertyUint8("Name", owner), m_deletions(deletions) {}
+        ~Counted() override { ++*m_deletions; }
+
+    private:
+        int* m_deletions;
+    };
+
+    int deletions = 0;
+    {
+        core::CimInstance instance("Port");
+        new Counted(&instance, &deletions);
+        new Counted(&instance, &deletions);
+    }
+    EXPECT_EQ(deletions, 2);
+}
+
+TEST(CimInstanceTest, theSlotsOfItsVirtualFunctionsAreFixed)
+{
+    // The destructor takes two entries, so the fourth declared function stands at index 4.
+    EXPECT_EQ(support::slotOf(&core::CimInstance::getProperties), 2U);
+    EXPECT_EQ(support::slotOf(&core::CimInstance::isMarkedForDeletion), 3U);
+    EXPECT_EQ(support::slotOf(&core::CimInstance::getClassName), 4U);
+}
+
+TEST(CimInstancePathTest, textsAreQuotedWithTheirQuotesEscapedAndNumbersAreBare)
+{
+    core::CimInstance instance("Port");
+    addKey(instance, "Name", "a\"b");
+    auto* const id = new core::CimPropertyUint32("Id", &instance);
+    id->setValue(7);
+    id->setKey(true);
+    EXPECT_EQ(instance.toPathString(), R"(Port.Name="a\"b",Id=7)");
+}
+
+TEST(CimInstancePathTest, backslashesAreNotEscaped)
+{
+    core::CimInstance instance("Port");
+    addKey(instance, "Name", R"(a\b)");
+    EXPECT_EQ(instance.toPathString(), R"(Port.Name="a\b")");
+}
+
+TEST(CimInstancePathTest, everyTypeWithATextRendersIt)
+{
+    core::CimInstance instance("Port");
+    auto* const uint8 = new core::CimPropertyUint8("a", &instance);
+    auto* const uint16 = new core::CimPropertyUint16("b", &instance);
+    auto* const uint32 = new core::CimPropertyUint32("c", &instance);
+    auto* const uint64 = new core::CimPropertyUint64("d", &instance);
+    uint8->setValue(255);
+    uint16->setValue(65535);
+    uint32->setValue(4294967295U);
+    uint64->setValue(18446744073709551615U);
+    for (core::CimProperty* property :
+         {static_cast<core::CimProperty*>(uint8), static_cast<core::CimProperty*>(uint16),
+          static_cast<core::CimProperty*>(uint32), static_cast<core::CimProperty*>(uint64)})
+    {
+        property->setKey(true);
+    }
+    EXPECT_EQ(instance.toPathString(), "Port.a=255,b=65535,c=-1,d=18446744073709551615");
+}
+
+TEST(CimInstancePathTest, aReferenceIsQuotedLikeAText)
+{
+    core::CimInstance port("Port");
+    addKey(port, "Name", "a");
+    core::CimInstance association("Conforms");
+    auto* const reference = new core::CimPropertyRef("ManagedElement", &association);
+    reference->setValue(&port);
+    reference->setKey(true);
+    EXPECT_EQ(association.toPathString(), R"(Conforms.ManagedElement="Port.Name=\"a\"")");
+}
+
+TEST(CimInstancePathTest, onlyKeysThatAreNotOverriddenCountInListOrder)
+{
+    core::CimInstance instance("Port");
+    addKey(instance, "z", "1");
+    addKey(instance, "a", "2");
+    new core::CimPropertyString("plain", &instance);
+    addKey(instance, "z", "3");
+    EXPECT_EQ(instance.toPathString(), R"(Port.a="2",z="3")");
+}
+
+TEST(CimInstancePathTest, aKeyThatIsNullRendersTheValueItHolds)
+{
+    core::CimInstance instance("Port");
+    addKey(instance, "Name", "a");
+    instance.getProperties().findProperty("Name")->setNull();
+    EXPECT_EQ(instance.toPathString(), R"(Port.Name="a")");
+}
+
+TEST(CimInstancePathTest, withoutKeysItIsTheClassNameAndTheDotWhichNoParserTakes)
+{
+    core::CimInstance instance("Port");
+    EXPECT_EQ(instance.toPathString(), "Port.");
+    EXPECT_EQ(support::thrownBy<utils::ESyntaxError>([&] { core::CimPath(instance.toPathString()); }),
+              "DRAVEv2: ESyntaxError:no properties: 'Port.");
+}
+
+TEST(CimInstancePathTest, aTextThatEndsInACommaLosesOnlyTheSeparator)
+{
+    core::CimInstance instance("Port");
+    addKey(instance, "Name", "a,");
+    EXPECT_EQ(instance.toPathString(), R"(Port.Name="a,")");
+}
+
+TEST(CimInstancePathTest, aKeyWithoutATextCannotBeRendered)
+{
+    core::CimInstance instance("Port");
+    (new core::CimPropertyBool("Flag", &instance))->setKey(true);
+    EXPECT_EQ(support::thrownBy<utils::ENotSupported>([&] { instance.toPathString(); }), "ENotSupported:");
+}
+
+TEST(CimInstancePathTest, whatIsRenderedParsesBackToTheSameKeys)
+{
+    core::CimInstance instance("Port");
+    addKey(instance, "Name", R"(a "quoted", b=c.d:e)");
+    addKey(instance, "Other", "plain");
+    const core::CimPath path(instance.toPathString());
+    EXPECT_EQ(path.getClassName(), "Port");
+    EXPECT_EQ(*path.find("Name"), R"(a "quoted", b=c.d:e)");
+    EXPECT_EQ(*path.find("Other"), "plain");
+}
+
+}  // namespace

@@ -1,0 +1,10 @@
+#include "Utils/ProcessEnd.h"
+
+namespace utils {
+
+bool processIsEnding() noexcept
+{
+    return false;
+}
+
+}  // namespace utils

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "support/CallLog.h"
+
+namespace support {
+
+// The part that every fake COM object shares: it belongs to its test, counts its references, and tells when the last
+// one goes. It answers QueryInterface for nothing but its own interface and IUnknown.
+template <class Interface>
+class FakeUnknown : public Interface
+{
+public:
+    FakeUnknown(CallLog& calls, std::string name, bool recordsRelease = true)
+        : m_calls(calls), m_name(std::move(name)), m_recordsRelease(recordsRelease)
+    {
+    }
+    FakeUnknown(const FakeUnknown&) = delete;
+    FakeUnknown& operator=(const FakeUnknown&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override
+    {
+        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, __uuidof(Interface))) {
+            *object = nullptr;
+            return E_NOINTERFACE;
+        }
+        *object = static_cast<Interface*>(this);
+        AddRef();
+        return S_OK;
+    }
+
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++m_references); }
+
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const int count = --m_references;
+        if (count == 0) {
+            if (m_recordsRelease) {
+                m_calls.add(m_name + " released");
+            }
+            if (onLastRelease) {
+                onLastRelease();
+            }
+        }
+        return static_cast<ULONG>(count);
+    }
+
+    // Runs when the last reference goes.
+    std::function<void()> onLastRelease;
+
+    // The references that are held now; the test itself holds none.
+    int references() const noexcept { return m_references; }
+    const std::string& name() const noexcept { return m_name; }
+
+protected:
+    ~FakeUnknown() = default;
+
+    void record(const std::string& call) { m_calls.add(m_name + "." + call); }
+    CallLog& calls() noexcept { return m_calls; }
+
+private:
+    CallLog& m_calls;
+    std::string m_name;
+    bool m_recordsRelease;
+    std::atomic<int> m_references{0};
+};
+
+}  // namespace support

@@ -1,0 +1,75 @@
+#include "support/ImportHook.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "support/Thrown.h"
+
+namespace {
+
+DWORD WINAPI seven()
+{
+    return 7;
+}
+DWORD WINAPI eight()
+{
+    return 8;
+}
+
+// Within one function the compiler may keep the address that it has read from the import table.
+[[gnu::noinline]] DWORD processId()
+{
+    return GetCurrentProcessId();
+}
+
+TEST(ImportHookTest, callsOfTheProgramGoToTheReplacementWhileTheHookLives)
+{
+    const DWORD real = processId();
+    ASSERT_NE(real, 7U);
+    {
+        const support::ImportHook hook("GetCurrentProcessId", &seven);
+        EXPECT_EQ(processId(), 7U);
+        EXPECT_EQ(hook.original<decltype(&seven)>()(), real);
+    }
+    EXPECT_EQ(processId(), real);
+}
+
+TEST(ImportHookTest, hooksNest)
+{
+    const support::ImportHook outer("GetCurrentProcessId", &seven);
+    {
+        const support::ImportHook inner("GetCurrentProcessId", &eight);
+        EXPECT_EQ(processId(), 8U);
+        EXPECT_EQ(inner.original<decltype(&seven)>()(), 7U);
+    }
+    EXPECT_EQ(processId(), 7U);
+}
+
+TEST(ImportHookTest, theDllMayBeNamedWithoutCase)
+{
+    const support::ImportHook hook("GetCurrentProcessId", &seven, nullptr, "KERNEL32.DLL");
+    EXPECT_EQ(processId(), 7U);
+}
+
+TEST(ImportHookTest, otherModulesAreLeftAlone)
+{
+    HMODULE library = GetModuleHandleA("libstdc++-6.dll");
+    ASSERT_NE(library, nullptr);
+    const DWORD real = processId();
+    const support::ImportHook hook("GetLastError", &seven, library);
+    EXPECT_EQ(processId(), real);
+    SetLastError(3);
+    EXPECT_EQ(GetLastError(), 3U);
+}
+
+TEST(ImportHookTest, aFunctionThatTheModuleDoesNotImportIsRefused)
+{
+    EXPECT_EQ(support::thrownBy<std::runtime_error>([] { const support::ImportHook hook("NoSuchFunction", &seven); }),
+              "the module does not import NoSuchFunction");
+    EXPECT_EQ(support::thrownBy<std::runtime_error>(
+                  [] { const support::ImportHook hook("GetCurrentProcessId", &seven, nullptr, "user32.dll"); }),
+              "the module does not import GetCurrentProcessId");
+}
+
+}  // namespace

@@ -1,0 +1,25 @@
+#include "support/LockCount.h"
+
+#include <atomic>
+
+// Kept by the product for whoever looks with a debugger, and so in no header.
+namespace utils {
+
+extern std::atomic<std::uint32_t> mutexLockCount;
+extern std::atomic<std::uint32_t> mutexUnlockCount;
+
+}  // namespace utils
+
+namespace support {
+
+std::uint32_t locksTaken()
+{
+    return utils::mutexLockCount.load();
+}
+
+std::uint32_t locksReleased()
+{
+    return utils::mutexUnlockCount.load();
+}
+
+}  // namespace support

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "support/ComMemory.h"
+
+namespace support {
+
+// Fails the test when it leaves a block of COM's memory behind. Declare it ahead of everything that owns some.
+class NoComLeaks
+{
+public:
+    NoComLeaks() = default;
+    NoComLeaks(const NoComLeaks&) = delete;
+    NoComLeaks& operator=(const NoComLeaks&) = delete;
+    ~NoComLeaks() { EXPECT_EQ(m_memory.live(), 0) << "BSTRs or arrays are left"; }
+
+private:
+    ComMemory m_memory;
+};
+
+}  // namespace support

@@ -1,0 +1,13 @@
+#include "support/Thrown.h"
+
+#include <regex>
+
+namespace support {
+
+std::string withoutLine(const std::string& text)
+{
+    static const std::regex number(R"(:\d+: Assertion failed: )");
+    return std::regex_replace(text, number, ":#: Assertion failed: ");
+}
+
+}  // namespace support
