@@ -6,11 +6,20 @@ namespace companion {
 
 namespace {
 
-core::CimInstance* first(const AssociationRow& row) { return row.first.instance.get(); }
-core::CimInstance* second(const AssociationRow& row) { return row.second.instance.get(); }
+core::CimInstance* first(const AssociationRow& row)
+{
+    return row.first.instance.get();
+}
+core::CimInstance* second(const AssociationRow& row)
+{
+    return row.second.instance.get();
+}
 
 // An identity holds no blank, so the two cannot run together in another way.
-std::string identity(const AssociationRow& row) { return row.first.identity + " " + row.second.identity; }
+std::string identity(const AssociationRow& row)
+{
+    return row.first.identity + " " + row.second.identity;
+}
 
 constexpr std::array implementsColumns{key<&first>("Antecedent"), key<&second>("Dependent")};
 constexpr std::array conformsColumns{key<&first>("ConformantStandard"), key<&second>("ManagedElement")};

@@ -168,7 +168,10 @@ constexpr auto column(const char* name, PutRule rule = PutRule::READ_ONLY)
     using Row = typename detail::RowOf<decltype(Read)>::Type;
     using Value = std::remove_cvref_t<std::invoke_result_t<decltype(Read), const Row&>>;
     using Property = typename detail::PropertyOf<Value>::Type;
-    return Column<Row>{name, false, rule, &detail::make<Property>,
+    return Column<Row>{name,
+                       false,
+                       rule,
+                       &detail::make<Property>,
                        [](core::CimProperty& property, const Row& row) {
                            detail::assign(static_cast<Property&>(property), std::invoke(Read, row));
                        },

@@ -14,12 +14,30 @@ std::optional<std::string> textOfFamily(const Address& address, AddressFamily fa
     return address.family == family ? std::make_optional(address.text) : std::nullopt;
 }
 
-const std::string& systemClassName(const EndpointRow& /*row*/) { return SYSTEM_CLASS_NAME; }
-const std::string& systemName(const EndpointRow& row) { return row.systemName; }
-std::string className(const EndpointRow& /*row*/) { return IP_PROTOCOL_ENDPOINT; }
-std::string name(const EndpointRow& row) { return endpointName(row.address); }
-std::optional<std::string> ipv4Address(const EndpointRow& row) { return textOfFamily(row.address, AddressFamily::IPV4); }
-std::optional<std::string> ipv6Address(const EndpointRow& row) { return textOfFamily(row.address, AddressFamily::IPV6); }
+const std::string& systemClassName(const EndpointRow& /*row*/)
+{
+    return SYSTEM_CLASS_NAME;
+}
+const std::string& systemName(const EndpointRow& row)
+{
+    return row.systemName;
+}
+std::string className(const EndpointRow& /*row*/)
+{
+    return IP_PROTOCOL_ENDPOINT;
+}
+std::string name(const EndpointRow& row)
+{
+    return endpointName(row.address);
+}
+std::optional<std::string> ipv4Address(const EndpointRow& row)
+{
+    return textOfFamily(row.address, AddressFamily::IPV4);
+}
+std::optional<std::string> ipv6Address(const EndpointRow& row)
+{
+    return textOfFamily(row.address, AddressFamily::IPV6);
+}
 
 std::optional<std::string> subnetMask(const EndpointRow& row)
 {
@@ -33,7 +51,10 @@ std::optional<std::string> subnetMask(const EndpointRow& row)
     return utils::format("%d.%d.%d.%d", byte(24), byte(16), byte(8), byte(0));
 }
 
-std::uint8_t prefixLength(const EndpointRow& row) { return row.address.prefixLength; }
+std::uint8_t prefixLength(const EndpointRow& row)
+{
+    return row.address.prefixLength;
+}
 
 std::uint16_t protocolType(const EndpointRow& row)
 {
@@ -83,6 +104,9 @@ constexpr std::array endpointColumns{
 
 const ClassDescription<EndpointRow> ipProtocolEndpointClass{IP_PROTOCOL_ENDPOINT, endpointColumns, &name};
 
-std::string endpointName(const Address& address) { return address.adapterGuid + ":" + address.text; }
+std::string endpointName(const Address& address)
+{
+    return address.adapterGuid + ":" + address.text;
+}
 
 }  // namespace companion

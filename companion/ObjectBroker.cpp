@@ -1,6 +1,10 @@
 #include "companion/ObjectBroker.h"
 
+#include <memory>
+
+#include "Utils/Exception.h"
 #include "Utils/Log.h"
+#include "companion/Modification.h"
 
 namespace companion {
 
@@ -8,10 +12,20 @@ namespace {
 
 constexpr const char* FILE_NAME = "ObjectBroker";
 
+utils::ENotFound notFound(const core::CimPath& path)
+{
+    return utils::ENotFound("Instance " + path.getModelPath() + " does not exist");
+}
+
 }  // namespace
 
-ObjectBroker::ObjectBroker(AdapterSource& adapters, Machine& machine)
-    : m_workspaces([&adapters, &machine] { return std::make_unique<Workspace>(adapters, machine); })
+ObjectBroker::ObjectBroker(const Platform& platform)
+    : m_settings(platform.settings),
+      m_jobs(platform.adapters, platform.machine, platform.jobThread, platform.settings),
+      m_methods(platform.adapters, m_settings, m_jobs),
+      m_workspaces([this, platform] {
+          return std::make_unique<Workspace>(Sources{platform.adapters, platform.machine, m_settings, m_jobs});
+      })
 {
 }
 
@@ -32,13 +46,42 @@ utils::SafeList<core::CimInstance*> ObjectBroker::getInstances(const std::string
     return result;
 }
 
-void ObjectBroker::modifyInstance(core::CimPath& /*path*/, core::CimPropertyList& /*properties*/) {}
-
-std::uint32_t ObjectBroker::invokeMethod(core::CimPath& /*path*/, const std::string& /*methodName*/,
-                                         core::CimPropertyList& /*inArguments*/,
-                                         core::CimPropertyList& /*outArguments*/, core::CimInstance*& /*job*/)
+void ObjectBroker::modifyInstance(core::CimPath& path, core::CimPropertyList& properties)
 {
-    return 1;
+    try {
+        Workspace& workspace = beginRequest();
+        const InstanceStore* store = workspace.instances(path.getClassName());
+        const InstanceStore::Record* record = store == nullptr ? nullptr : store->find(path, workspace);
+        if (record == nullptr) {
+            throw notFound(path);
+        }
+        modify(*store, *record, properties, workspace, m_settings);
+    } catch (const utils::EInvalidParameter&) {
+        throw;
+    } catch (const utils::EForbidden&) {
+        throw;
+    } catch (const utils::ENotSupported&) {
+        throw;
+    } catch (const utils::ENotFound&) {
+        throw;
+    } catch (const utils::EFailed&) {
+        throw;
+    } catch (const std::exception& exception) {
+        // Callers know these five and no other.
+        throw utils::EFailed(exception.what());
+    }
+}
+
+std::uint32_t ObjectBroker::invokeMethod(core::CimPath& path, const std::string& methodName,
+                                         core::CimPropertyList& inArguments, core::CimPropertyList& outArguments,
+                                         core::CimInstance*& job)
+{
+    Workspace& workspace = beginRequest();
+    const InstanceStore::Record* target = workspace.find(path);
+    if (target == nullptr) {
+        throw notFound(path);
+    }
+    return m_methods.invoke(workspace, methodName, {*target, inArguments, outArguments, job});
 }
 
 core::CimInstance* ObjectBroker::findInstance(const core::CimPath& path)
@@ -49,6 +92,7 @@ core::CimInstance* ObjectBroker::findInstance(const core::CimPath& path)
 
 Workspace& ObjectBroker::beginRequest()
 {
+    m_jobs.sweep();
     Workspace& workspace = m_workspaces.lease();
     workspace.begin();
     return workspace;

@@ -1,21 +1,32 @@
 #pragma once
 
-#include <memory>
-
 #include "companion/AdapterSource.h"
+#include "companion/JobTable.h"
+#include "companion/JobThread.h"
 #include "companion/Machine.h"
+#include "companion/Methods.h"
+#include "companion/SettingsStorage.h"
+#include "companion/SettingsStore.h"
 #include "companion/WorkspacePool.h"
 #include "core/CimBroker.h"
 
 namespace companion {
+
+// What a broker stands on. All must outlive it.
+struct Platform
+{
+    AdapterSource& adapters;
+    Machine& machine;
+    SettingsStorage& settings;
+    JobThread& jobThread;
+};
 
 // The broker over the live machine. Every operation first leases a workspace to the calling thread and brings the
 // classes up to date that it needs; no lock is held meanwhile, so requests of several threads run side by side.
 class ObjectBroker : public core::CimBroker
 {
 public:
-    // Both must outlive the broker.
-    ObjectBroker(AdapterSource& adapters, Machine& machine);
+    explicit ObjectBroker(const Platform& platform);
 
     // Never throws for a class that cannot be read: the reason is logged and the list empty. (What is left is a list
     // that cannot be made at all, for want of memory or of a mutex.)
@@ -30,9 +41,13 @@ public:
     core::CimInstance* findInstance(const core::CimPath& path);
 
 private:
-    // The calling thread's workspace at the begin of a request.
+    // The calling thread's workspace at the begin of a request; jobs that are to go are gone.
     Workspace& beginRequest();
 
+    SettingsStore m_settings;
+    JobTable m_jobs;
+    Methods m_methods;
+    // The last member: the instances that show jobs end before the jobs.
     WorkspacePool m_workspaces;
 };
 

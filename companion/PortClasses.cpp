@@ -25,13 +25,34 @@ std::optional<std::string> known(const std::string& text)
     return text.empty() ? std::nullopt : std::make_optional(text);
 }
 
-const std::string& systemClassName(const PortRow& /*row*/) { return SYSTEM_CLASS_NAME; }
-const std::string& systemName(const PortRow& row) { return row.systemName; }
-std::string className(const PortRow& /*row*/) { return ETHERNET_PORT; }
-const std::string& deviceId(const PortRow& row) { return row.adapter.guid; }
-const std::string& name(const PortRow& row) { return row.adapter.name; }
-const std::string& description(const PortRow& row) { return row.adapter.description; }
-std::optional<std::string> permanentAddress(const PortRow& row) { return known(row.adapter.permanentAddress); }
+const std::string& systemClassName(const PortRow& /*row*/)
+{
+    return SYSTEM_CLASS_NAME;
+}
+const std::string& systemName(const PortRow& row)
+{
+    return row.systemName;
+}
+std::string className(const PortRow& /*row*/)
+{
+    return ETHERNET_PORT;
+}
+const std::string& deviceId(const PortRow& row)
+{
+    return row.adapter.guid;
+}
+const std::string& name(const PortRow& row)
+{
+    return row.adapter.name;
+}
+const std::string& description(const PortRow& row)
+{
+    return row.adapter.description;
+}
+std::optional<std::string> permanentAddress(const PortRow& row)
+{
+    return known(row.adapter.permanentAddress);
+}
 
 std::vector<std::string> networkAddresses(const PortRow& row)
 {
@@ -68,8 +89,14 @@ std::uint16_t portType(const PortRow& row)
     return row.adapter.type == TYPE_ETHERNET ? 0 : 1;
 }
 
-std::uint32_t interfaceIndex(const PortRow& row) { return row.adapter.index; }
-std::optional<std::uint64_t> speed(const PortRow& row) { return row.adapter.transmitSpeed; }
+std::uint32_t interfaceIndex(const PortRow& row)
+{
+    return row.adapter.index;
+}
+std::optional<std::uint64_t> speed(const PortRow& row)
+{
+    return row.adapter.transmitSpeed;
+}
 
 // The faster of the two directions; the platform tells what the link does, not what the adapter could do.
 std::optional<std::uint64_t> maxSpeed(const PortRow& row)
@@ -77,10 +104,16 @@ std::optional<std::uint64_t> maxSpeed(const PortRow& row)
     return std::max(row.adapter.transmitSpeed, row.adapter.receiveSpeed);
 }
 
-std::uint64_t mtu(const PortRow& row) { return row.adapter.mtu; }
+std::uint64_t mtu(const PortRow& row)
+{
+    return row.adapter.mtu;
+}
 
 // The platform's adapter tables do not hold it.
-std::optional<bool> fullDuplex(const PortRow& /*row*/) { return std::nullopt; }
+std::optional<bool> fullDuplex(const PortRow& /*row*/)
+{
+    return std::nullopt;
+}
 
 std::uint16_t enabledState(const PortRow& row)
 {
@@ -220,10 +253,19 @@ std::uint64_t sum(const StatisticsRow& row)
 }
 
 // The platform counts multicasts and broadcasts together, so neither of the two is known by itself.
-std::optional<std::uint64_t> notCounted(const StatisticsRow& /*row*/) { return std::nullopt; }
+std::optional<std::uint64_t> notCounted(const StatisticsRow& /*row*/)
+{
+    return std::nullopt;
+}
 
-std::string statisticsId(const StatisticsRow& row) { return "Vexal:PortStatistics:" + row.adapter.guid; }
-utils::Time statisticTime(const StatisticsRow& row) { return utils::Time::timestamp(row.time); }
+std::string statisticsId(const StatisticsRow& row)
+{
+    return "Vexal:PortStatistics:" + row.adapter.guid;
+}
+utils::Time statisticTime(const StatisticsRow& row)
+{
+    return utils::Time::timestamp(row.time);
+}
 
 template <auto Read>
 constexpr auto counted(const char* name)

@@ -11,7 +11,10 @@ namespace {
 // The product's version, part by part; installer and version resources carry the same.
 constexpr std::array<std::uint16_t, 4> VERSION{2, 0, 1, 10};
 
-std::string softwareId(const SoftwareRow& /*row*/) { return "Vexal:Software:DRAVEv2Provider"; }
+std::string softwareId(const SoftwareRow& /*row*/)
+{
+    return "Vexal:Software:DRAVEv2Provider";
+}
 
 template <std::size_t Part>
 std::uint16_t versionPart(const SoftwareRow& /*row*/)
@@ -24,7 +27,10 @@ std::string versionText(const SoftwareRow& /*row*/)
     return utils::format("%d.%d.%d.%d", VERSION[0], VERSION[1], VERSION[2], VERSION[3]);
 }
 
-std::string manufacturer(const SoftwareRow& /*row*/) { return "Vexal"; }
+std::string manufacturer(const SoftwareRow& /*row*/)
+{
+    return "Vexal";
+}
 
 std::vector<std::uint16_t> classifications(const SoftwareRow& /*row*/)
 {
@@ -33,17 +39,16 @@ std::vector<std::uint16_t> classifications(const SoftwareRow& /*row*/)
 }
 
 constexpr std::array softwareColumns{
-    key<&softwareId>("InstanceID"),
-    column<&versionPart<0>>("MajorVersion"),
-    column<&versionPart<1>>("MinorVersion"),
-    column<&versionPart<2>>("RevisionNumber"),
-    column<&versionPart<3>>("BuildNumber"),
-    column<&versionText>("VersionString"),
-    column<&manufacturer>("Manufacturer"),
-    column<&classifications>("Classifications"),
+    key<&softwareId>("InstanceID"),          column<&versionPart<0>>("MajorVersion"),
+    column<&versionPart<1>>("MinorVersion"), column<&versionPart<2>>("RevisionNumber"),
+    column<&versionPart<3>>("BuildNumber"),  column<&versionText>("VersionString"),
+    column<&manufacturer>("Manufacturer"),   column<&classifications>("Classifications"),
 };
 
-std::string profileId(const ProfileRow& /*row*/) { return "Vexal:Profile:EthernetPort"; }
+std::string profileId(const ProfileRow& /*row*/)
+{
+    return "Vexal:Profile:EthernetPort";
+}
 
 std::uint16_t organization(const ProfileRow& /*row*/)
 {
@@ -51,8 +56,14 @@ std::uint16_t organization(const ProfileRow& /*row*/)
     return DMTF;
 }
 
-std::string profileName(const ProfileRow& /*row*/) { return "Ethernet Port"; }
-std::string profileVersion(const ProfileRow& /*row*/) { return "1.0.1"; }
+std::string profileName(const ProfileRow& /*row*/)
+{
+    return "Ethernet Port";
+}
+std::string profileVersion(const ProfileRow& /*row*/)
+{
+    return "1.0.1";
+}
 
 std::vector<std::uint16_t> advertiseTypes(const ProfileRow& /*row*/)
 {

@@ -12,11 +12,13 @@ struct CloseHandleDeleter
 };
 using Handle = std::unique_ptr<void, CloseHandleDeleter>;
 
-HRESULT lastError() {
+HRESULT lastError()
+{
     return HRESULT_FROM_WIN32(GetLastError());
 }
 
-SECURITY_IMPERSONATION_LEVEL tokenLevel(Impersonation level) {
+SECURITY_IMPERSONATION_LEVEL tokenLevel(Impersonation level)
+{
     switch (level) {
         case Impersonation::anonymous:
             return SecurityAnonymous;
@@ -31,12 +33,14 @@ SECURITY_IMPERSONATION_LEVEL tokenLevel(Impersonation level) {
 
 }  // namespace
 
-HRESULT CallContext::QueryBlanket(DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**, DWORD*) {
+HRESULT CallContext::QueryBlanket(DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**, DWORD*)
+{
     // A call inside one process is not authenticated, so there is nothing true to say.
     return E_NOTIMPL;
 }
 
-HRESULT CallContext::ImpersonateClient() {
+HRESULT CallContext::ImpersonateClient()
+{
     if (m_level == Impersonation::none) {
         m_impersonating = SetThreadToken(nullptr, nullptr) != 0;
         return m_impersonating ? S_OK : lastError();
@@ -46,8 +50,9 @@ HRESULT CallContext::ImpersonateClient() {
         return lastError();
     }
     const Handle own(handle);
-    if (DuplicateTokenEx(own.get(), TOKEN_QUERY | TOKEN_IMPERSONATE, nullptr, tokenLevel(m_level),
-                         TokenImpersonation, &handle) == 0) {
+    if (DuplicateTokenEx(own.get(), TOKEN_QUERY | TOKEN_IMPERSONATE, nullptr, tokenLevel(m_level), TokenImpersonation,
+                         &handle) == 0)
+    {
         return lastError();
     }
     const Handle client(handle);
@@ -55,22 +60,26 @@ HRESULT CallContext::ImpersonateClient() {
     return m_impersonating ? S_OK : lastError();
 }
 
-HRESULT CallContext::RevertToSelf() {
+HRESULT CallContext::RevertToSelf()
+{
     m_impersonating = false;
     return SetThreadToken(nullptr, nullptr) != 0 ? S_OK : lastError();
 }
 
-BOOL CallContext::IsImpersonating() {
+BOOL CallContext::IsImpersonating()
+{
     return m_impersonating ? TRUE : FALSE;
 }
 
-CallScope::CallScope(Impersonation level) : m_context(ComPtr<CallContext>::adopt(new CallContext(level))) {
+CallScope::CallScope(Impersonation level) : m_context(ComPtr<CallContext>::adopt(new CallContext(level)))
+{
     if (FAILED(CoSwitchCallContext(m_context.get(), &m_before))) {
         throw std::runtime_error("COM does not accept the security of the call");
     }
 }
 
-CallScope::~CallScope() {
+CallScope::~CallScope()
+{
     IUnknown* own = nullptr;
     CoSwitchCallContext(m_before, &own);
     SetThreadToken(nullptr, nullptr);

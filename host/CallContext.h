@@ -24,8 +24,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryBlanket(DWORD* authenticationService, DWORD* authorizationService,
                                            OLECHAR** serverPrincipal, DWORD* authenticationLevel,
-                                           DWORD* impersonationLevel, void** privileges,
-                                           DWORD* capabilities) override;
+                                           DWORD* impersonationLevel, void** privileges, DWORD* capabilities) override;
     HRESULT STDMETHODCALLTYPE ImpersonateClient() override;
     HRESULT STDMETHODCALLTYPE RevertToSelf() override;
     BOOL STDMETHODCALLTYPE IsImpersonating() override;

@@ -29,12 +29,14 @@ constexpr std::array<CimTypeInfo, 16> types{{
     {CIM_REFERENCE, L"ref", VT_BSTR},
 }};
 
-auto entryOf(CIMTYPE type) {
+auto entryOf(CIMTYPE type)
+{
     return std::find_if(types.begin(), types.end(),
                         [type](const CimTypeInfo& info) { return info.type == elementTypeOf(type); });
 }
 
-std::optional<Variant> changed(const VARIANT& value, VARTYPE type) {
+std::optional<Variant> changed(const VARIANT& value, VARTYPE type)
+{
     Variant result;
     // The user's locale must not decide what a number looks like.
     if (FAILED(VariantChangeTypeEx(result.put(), const_cast<VARIANT*>(&value), LOCALE_INVARIANT, 0, type))) {
@@ -43,7 +45,8 @@ std::optional<Variant> changed(const VARIANT& value, VARTYPE type) {
     return result;
 }
 
-std::optional<Variant> coerceScalar(const VARIANT& value, CIMTYPE type) {
+std::optional<Variant> coerceScalar(const VARIANT& value, CIMTYPE type)
+{
     switch (type) {
         case CIM_STRING:
             return value.vt == VT_BSTR ? Variant(value) : changed(value, VT_BSTR);
@@ -104,7 +107,8 @@ struct Range
     unsigned long long high;
 };
 
-std::optional<Range> rangeOf(CIMTYPE type) {
+std::optional<Range> rangeOf(CIMTYPE type)
+{
     switch (type) {
         case CIM_SINT8:
             return Range{-128, 127};
@@ -128,11 +132,13 @@ std::optional<Range> rangeOf(CIMTYPE type) {
     }
 }
 
-[[noreturn]] void fail(std::wstring_view text, std::string_view meaning) {
+[[noreturn]] void fail(std::wstring_view text, std::string_view meaning)
+{
     throw ValueError("'" + toUtf8(text) + "' is no " + std::string(meaning));
 }
 
-Variant integerFromText(std::wstring_view text, CIMTYPE type, Range range) {
+Variant integerFromText(std::wstring_view text, CIMTYPE type, Range range)
+{
     const std::string meaning = toUtf8(infoOf(type).name) + ": a whole number from " + std::to_string(range.low) +
                                 " to " + std::to_string(range.high);
     if (range.low == 0) {
@@ -162,7 +168,8 @@ Variant integerFromText(std::wstring_view text, CIMTYPE type, Range range) {
 
 // Whether the text has one of the two forms yyyymmddhhmmss.ffffff(+|-)uuu and ddddddddhhmmss.ffffff:000;
 // an asterisk stands for a digit that is not given.
-bool isDatetime(std::wstring_view text) {
+bool isDatetime(std::wstring_view text)
+{
     if (text.size() != 25 || text[14] != L'.') {
         return false;
     }
@@ -179,7 +186,8 @@ bool isDatetime(std::wstring_view text) {
     return sign != L':' || text.substr(22) == L"000";
 }
 
-Variant scalarFromText(std::wstring_view text, CIMTYPE type) {
+Variant scalarFromText(std::wstring_view text, CIMTYPE type)
+{
     if (const auto range = rangeOf(type)) {
         return integerFromText(text, type, *range);
     }
@@ -212,18 +220,21 @@ Variant scalarFromText(std::wstring_view text, CIMTYPE type) {
 
 }  // namespace
 
-const CimTypeInfo* findCimType(std::wstring_view name) {
+const CimTypeInfo* findCimType(std::wstring_view name)
+{
     const auto found = std::find_if(types.begin(), types.end(), [name](const CimTypeInfo& info) {
         return info.type != CIM_REFERENCE && sameName(info.name, name);
     });
     return found == types.end() ? nullptr : &*found;
 }
 
-bool isCimType(CIMTYPE type) {
+bool isCimType(CIMTYPE type)
+{
     return entryOf(type) != types.end();
 }
 
-const CimTypeInfo& infoOf(CIMTYPE type) {
+const CimTypeInfo& infoOf(CIMTYPE type)
+{
     const auto* found = entryOf(type);
     if (found == types.end()) {
         throw std::logic_error("no CIM type " + std::to_string(type));
@@ -231,7 +242,8 @@ const CimTypeInfo& infoOf(CIMTYPE type) {
     return *found;
 }
 
-std::optional<Variant> coerce(const VARIANT& value, CIMTYPE type) {
+std::optional<Variant> coerce(const VARIANT& value, CIMTYPE type)
+{
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) {
         return Variant();
     }
@@ -252,7 +264,8 @@ std::optional<Variant> coerce(const VARIANT& value, CIMTYPE type) {
     return Variant::ofArray(infoOf(type).variant, elements);
 }
 
-std::wstring scalarText(const VARIANT& value, CIMTYPE type) {
+std::wstring scalarText(const VARIANT& value, CIMTYPE type)
+{
     switch (value.vt) {
         case VT_NULL:
         case VT_EMPTY:
@@ -276,7 +289,8 @@ std::wstring scalarText(const VARIANT& value, CIMTYPE type) {
     }
 }
 
-std::wstring mofQuoted(std::wstring_view text) {
+std::wstring mofQuoted(std::wstring_view text)
+{
     std::wstring quoted = L"\"";
     for (const wchar_t c : text) {
         switch (c) {
@@ -302,7 +316,8 @@ std::wstring mofQuoted(std::wstring_view text) {
     return quoted + L"\"";
 }
 
-std::wstring mofLiteral(const VARIANT& value, CIMTYPE type) {
+std::wstring mofLiteral(const VARIANT& value, CIMTYPE type)
+{
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) {
         return L"NULL";
     }
@@ -317,7 +332,8 @@ std::wstring mofLiteral(const VARIANT& value, CIMTYPE type) {
     return quoted ? mofQuoted(viewOf(value.bstrVal)) : scalarText(value, type);
 }
 
-Variant valueFromText(std::wstring_view text, CIMTYPE type) {
+Variant valueFromText(std::wstring_view text, CIMTYPE type)
+{
     if (!isArray(type)) {
         return scalarFromText(text, type);
     }

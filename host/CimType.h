@@ -33,10 +33,12 @@ bool isCimType(CIMTYPE type);
 // The entry of a type, with or without the array flag. The type must be one of CIM's.
 const CimTypeInfo& infoOf(CIMTYPE type);
 
-constexpr bool isArray(CIMTYPE type) {
+constexpr bool isArray(CIMTYPE type)
+{
     return (type & CIM_FLAG_ARRAY) != 0;
 }
-constexpr CIMTYPE elementTypeOf(CIMTYPE type) {
+constexpr CIMTYPE elementTypeOf(CIMTYPE type)
+{
     return type & ~CIM_FLAG_ARRAY;
 }
 

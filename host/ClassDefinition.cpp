@@ -9,40 +9,46 @@ namespace host {
 namespace {
 
 template <class Items>
-auto findNamed(const Items& items, std::wstring_view name) {
+auto findNamed(const Items& items, std::wstring_view name)
+{
     return std::find_if(items.begin(), items.end(), [name](const auto& item) { return sameName(item.name, name); });
 }
 
 template <class Items>
-auto pointerTo(const Items& items, std::wstring_view name) {
+auto pointerTo(const Items& items, std::wstring_view name)
+{
     const auto found = findNamed(items, name);
     return found == items.end() ? nullptr : &*found;
 }
 
 // The flavor of qualifiers that a derived class or an instance cannot be without.
-constexpr long everywhere = WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE | WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS |
-                            WBEM_FLAVOR_NOT_OVERRIDABLE;
+constexpr long everywhere =
+    WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE | WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS | WBEM_FLAVOR_NOT_OVERRIDABLE;
 
 }  // namespace
 
-const Qualifier* findQualifier(const Qualifiers& qualifiers, std::wstring_view name) {
+const Qualifier* findQualifier(const Qualifiers& qualifiers, std::wstring_view name)
+{
     return pointerTo(qualifiers, name);
 }
 
-bool hasQualifier(const Qualifiers& qualifiers, std::wstring_view name) {
+bool hasQualifier(const Qualifiers& qualifiers, std::wstring_view name)
+{
     const Qualifier* qualifier = findQualifier(qualifiers, name);
     return qualifier != nullptr && qualifier->value.type() == VT_BOOL &&
            qualifier->value.get().boolVal != VARIANT_FALSE;
 }
 
-std::wstring qualifierText(const Qualifiers& qualifiers, std::wstring_view name) {
+std::wstring qualifierText(const Qualifiers& qualifiers, std::wstring_view name)
+{
     const Qualifier* qualifier = findQualifier(qualifiers, name);
     return qualifier != nullptr && qualifier->value.type() == VT_BSTR
                ? std::wstring(viewOf(qualifier->value.get().bstrVal))
                : std::wstring();
 }
 
-Qualifiers standardQualifiers(CIMTYPE type, std::wstring_view className) {
+Qualifiers standardQualifiers(CIMTYPE type, std::wstring_view className)
+{
     std::wstring text(infoOf(type).name);
     if (!className.empty()) {
         text += L':';
@@ -51,36 +57,43 @@ Qualifiers standardQualifiers(CIMTYPE type, std::wstring_view className) {
     return {{L"CIMTYPE", CIM_STRING, Variant::ofText(text), everywhere}};
 }
 
-Qualifier keyQualifier() {
+Qualifier keyQualifier()
+{
     return {L"key", CIM_BOOLEAN, Variant::ofBool(true), everywhere};
 }
 
-const Property* ClassDefinition::findProperty(std::wstring_view propertyName) const {
+const Property* ClassDefinition::findProperty(std::wstring_view propertyName) const
+{
     return pointerTo(properties, propertyName);
 }
 
-const Method* ClassDefinition::findMethod(std::wstring_view methodName) const {
+const Method* ClassDefinition::findMethod(std::wstring_view methodName) const
+{
     return pointerTo(methods, methodName);
 }
 
-int ClassDefinition::indexOf(std::wstring_view propertyName) const {
+int ClassDefinition::indexOf(std::wstring_view propertyName) const
+{
     const auto found = findNamed(properties, propertyName);
     return found == properties.end() ? -1 : static_cast<int>(found - properties.begin());
 }
 
-bool ClassDefinition::inheritsFrom(std::wstring_view ancestor) const {
+bool ClassDefinition::inheritsFrom(std::wstring_view ancestor) const
+{
     return sameName(name, ancestor) ||
            std::any_of(ancestors.begin(), ancestors.end(), [ancestor](const auto& a) { return sameName(a, ancestor); });
 }
 
-InstanceData::InstanceData(ClassPointer instanceClass) : definition(std::move(instanceClass)) {
+InstanceData::InstanceData(ClassPointer instanceClass) : definition(std::move(instanceClass))
+{
     values.reserve(definition->properties.size());
     for (const Property& property : definition->properties) {
         values.push_back(property.defaultValue);
     }
 }
 
-Qualifiers propagated(const Qualifiers& qualifiers, long flag) {
+Qualifiers propagated(const Qualifiers& qualifiers, long flag)
+{
     Qualifiers result;
     for (const Qualifier& qualifier : qualifiers) {
         if ((qualifier.flavor & flag) != 0) {
@@ -91,7 +104,8 @@ Qualifiers propagated(const Qualifiers& qualifiers, long flag) {
     return result;
 }
 
-ClassDefinition derivedFrom(const ClassDefinition& superclass, std::wstring name) {
+ClassDefinition derivedFrom(const ClassDefinition& superclass, std::wstring name)
+{
     constexpr long toDerived = WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS;
     ClassDefinition derived;
     derived.name = std::move(name);

@@ -68,7 +68,7 @@ struct Method
 struct ClassDefinition
 {
     std::wstring name;
-    std::wstring nameSpace;              // "root\DCIM\vexal"
+    std::wstring nameSpace;               // "root\DCIM\vexal"
     std::vector<std::wstring> ancestors;  // the superclass first
     Qualifiers qualifiers;
     std::vector<Property> properties;  // inherited ones first

@@ -19,38 +19,44 @@ constexpr LONG keyOrRef = WBEM_FLAG_KEYS_ONLY | WBEM_FLAG_REFS_ONLY;
 
 // The system properties in the order in which WMI enumerates them.
 constexpr std::array<const wchar_t*, 10> systemNames{
-    L"__GENUS",  L"__CLASS",      L"__SUPERCLASS", L"__DYNASTY",   L"__RELPATH",
-    L"__PROPERTY_COUNT", L"__DERIVATION", L"__SERVER", L"__NAMESPACE", L"__PATH"};
+    L"__GENUS",          L"__CLASS",      L"__SUPERCLASS", L"__DYNASTY",   L"__RELPATH",
+    L"__PROPERTY_COUNT", L"__DERIVATION", L"__SERVER",     L"__NAMESPACE", L"__PATH"};
 
 // Whether the flags name at most one condition of each group.
-bool areConsistent(LONG flags) {
+bool areConsistent(LONG flags)
+{
     constexpr LONG known = keyOrRef | originFlags | WBEM_MASK_CLASS_CONDITION;
     const LONG origin = flags & originFlags;
     return (flags & ~known) == 0 && (flags & keyOrRef) != keyOrRef && origin <= WBEM_FLAG_NONSYSTEM_ONLY &&
            (flags & WBEM_MASK_CLASS_CONDITION) != WBEM_MASK_CLASS_CONDITION;
 }
 
-bool isSystemName(std::wstring_view name) {
+bool isSystemName(std::wstring_view name)
+{
     return name.starts_with(L"__");
 }
 
-Variant textOrNull(const std::optional<std::wstring>& text) {
+Variant textOrNull(const std::optional<std::wstring>& text)
+{
     return text ? Variant::ofText(*text) : Variant();
 }
 
 // Whether two values are equal for CompareTo; texts without case on demand.
-bool equalValues(const VARIANT& left, const VARIANT& right, bool ignoreCase) {
+bool equalValues(const VARIANT& left, const VARIANT& right, bool ignoreCase)
+{
     if (ignoreCase && left.vt == VT_BSTR && right.vt == VT_BSTR) {
         return sameName(viewOf(left.bstrVal), viewOf(right.bstrVal));
     }
     return sameValue(left, right);
 }
 
-bool sameSystemValue(IWbemClassObject& left, IWbemClassObject& right, const wchar_t* name) {
+bool sameSystemValue(IWbemClassObject& left, IWbemClassObject& right, const wchar_t* name)
+{
     return equalValues(valueOf(left, name).get(), valueOf(right, name).get(), true);
 }
 
-bool sameText(IWbemClassObject& left, IWbemClassObject& right, LONG flags) {
+bool sameText(IWbemClassObject& left, IWbemClassObject& right, LONG flags)
+{
     Bstr a;
     Bstr b;
     return SUCCEEDED(left.GetObjectText(flags, a.put())) && SUCCEEDED(right.GetObjectText(flags, b.put())) &&
@@ -60,29 +66,35 @@ bool sameText(IWbemClassObject& left, IWbemClassObject& right, LONG flags) {
 }  // namespace
 
 ClassObject::ClassObject(ClassPointer definition, std::optional<std::vector<Variant>> values)
-    : m_class(std::move(definition)), m_values(std::move(values)) {}
+    : m_class(std::move(definition)), m_values(std::move(values))
+{
+}
 
-ComPtr<IWbemClassObject> ClassObject::ofClass(ClassPointer definition) {
+ComPtr<IWbemClassObject> ClassObject::ofClass(ClassPointer definition)
+{
     return ComPtr<IWbemClassObject>::adopt(new ClassObject(std::move(definition), std::nullopt));
 }
 
-ComPtr<IWbemClassObject> ClassObject::ofInstance(InstanceData instance) {
-    return ComPtr<IWbemClassObject>::adopt(
-        new ClassObject(std::move(instance.definition), std::move(instance.values)));
+ComPtr<IWbemClassObject> ClassObject::ofInstance(InstanceData instance)
+{
+    return ComPtr<IWbemClassObject>::adopt(new ClassObject(std::move(instance.definition), std::move(instance.values)));
 }
 
-const Variant& ClassObject::valueAt(std::size_t place) const {
+const Variant& ClassObject::valueAt(std::size_t place) const
+{
     return m_values ? (*m_values)[place] : m_class->properties[place].defaultValue;
 }
 
-std::optional<std::wstring> ClassObject::path() const {
+std::optional<std::wstring> ClassObject::path() const
+{
     if (m_values) {
         return relativePath(*m_class, *m_values);
     }
     return m_class->name.empty() ? std::nullopt : std::optional(m_class->name);
 }
 
-std::optional<ClassObject::Item> ClassObject::systemItem(std::wstring_view name) const {
+std::optional<ClassObject::Item> ClassObject::systemItem(std::wstring_view name) const
+{
     const auto found =
         std::find_if(systemNames.begin(), systemNames.end(), [name](const auto* n) { return sameName(n, name); });
     if (found == systemNames.end()) {
@@ -94,34 +106,25 @@ std::optional<ClassObject::Item> ClassObject::systemItem(std::wstring_view name)
     if (key == L"__GENUS") {
         result.type = CIM_SINT32;
         result.value = Variant::ofLong(isInstance() ? WBEM_GENUS_INSTANCE : WBEM_GENUS_CLASS);
-    }
-    else if (key == L"__PROPERTY_COUNT") {
+    } else if (key == L"__PROPERTY_COUNT") {
         result.type = CIM_SINT32;
         result.value = Variant::ofLong(static_cast<long>(m_class->properties.size()));
-    }
-    else if (key == L"__DERIVATION") {
+    } else if (key == L"__DERIVATION") {
         result.type = CIM_STRING | CIM_FLAG_ARRAY;
         result.value = Variant::ofTexts(ancestors);
-    }
-    else if (key == L"__CLASS" && !m_class->name.empty()) {
+    } else if (key == L"__CLASS" && !m_class->name.empty()) {
         result.value = Variant::ofText(m_class->name);
-    }
-    else if (key == L"__SUPERCLASS" && !ancestors.empty()) {
+    } else if (key == L"__SUPERCLASS" && !ancestors.empty()) {
         result.value = Variant::ofText(ancestors.front());
-    }
-    else if (key == L"__DYNASTY" && !m_class->name.empty()) {
+    } else if (key == L"__DYNASTY" && !m_class->name.empty()) {
         result.value = Variant::ofText(ancestors.empty() ? m_class->name : ancestors.back());
-    }
-    else if (key == L"__SERVER") {
+    } else if (key == L"__SERVER") {
         result.value = Variant::ofText(serverName());
-    }
-    else if (key == L"__NAMESPACE") {
+    } else if (key == L"__NAMESPACE") {
         result.value = Variant::ofText(m_class->nameSpace);
-    }
-    else if (key == L"__RELPATH") {
+    } else if (key == L"__RELPATH") {
         result.value = textOrNull(path());
-    }
-    else if (key == L"__PATH") {
+    } else if (key == L"__PATH") {
         if (const auto relative = path()) {
             result.value = Variant::ofText(fullPath(m_class->nameSpace, *relative));
         }
@@ -129,7 +132,8 @@ std::optional<ClassObject::Item> ClassObject::systemItem(std::wstring_view name)
     return result;
 }
 
-std::optional<ClassObject::Item> ClassObject::item(std::wstring_view name) const {
+std::optional<ClassObject::Item> ClassObject::item(std::wstring_view name) const
+{
     if (isSystemName(name)) {
         return systemItem(name);
     }
@@ -143,19 +147,21 @@ std::optional<ClassObject::Item> ClassObject::item(std::wstring_view name) const
     return Item{property.name, valueAt(index), property.type, flavor};
 }
 
-HRESULT ClassObject::GetQualifierSet(IWbemQualifierSet** qualifiers) {
+HRESULT ClassObject::GetQualifierSet(IWbemQualifierSet** qualifiers)
+{
     return guarded([&] {
         if (qualifiers == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
         }
-        *qualifiers = new QualifierSet(isInstance() ? propagated(m_class->qualifiers,
-                                                                 WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE)
-                                                    : m_class->qualifiers);
+        *qualifiers =
+            new QualifierSet(isInstance() ? propagated(m_class->qualifiers, WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE)
+                                          : m_class->qualifiers);
         return code(WBEM_S_NO_ERROR);
     });
 }
 
-HRESULT ClassObject::Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) {
+HRESULT ClassObject::Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor)
+{
     return guarded([&] {
         if (name == nullptr || flags != 0) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -178,7 +184,8 @@ HRESULT ClassObject::Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type
     });
 }
 
-HRESULT ClassObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type) {
+HRESULT ClassObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type)
+{
     return guarded([&] {
         if (name == nullptr || flags != 0) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -208,7 +215,8 @@ HRESULT ClassObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type)
     });
 }
 
-HRESULT ClassObject::putToClass(std::wstring_view name, const VARIANT& value, CIMTYPE type) {
+HRESULT ClassObject::putToClass(std::wstring_view name, const VARIANT& value, CIMTYPE type)
+{
     ClassDefinition changed = *m_class;
     if (isSystemName(name)) {
         // A derived class is born without a name, and gets it once.
@@ -247,11 +255,13 @@ HRESULT ClassObject::putToClass(std::wstring_view name, const VARIANT& value, CI
 }
 
 // Objects that share the old definition, instances among them, keep it.
-void ClassObject::replaceDefinition(ClassDefinition definition) {
+void ClassObject::replaceDefinition(ClassDefinition definition)
+{
     m_class = std::make_shared<const ClassDefinition>(std::move(definition));
 }
 
-HRESULT ClassObject::Delete(LPCWSTR name) {
+HRESULT ClassObject::Delete(LPCWSTR name)
+{
     return guarded([&] {
         if (name == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -277,7 +287,8 @@ HRESULT ClassObject::Delete(LPCWSTR name) {
     });
 }
 
-bool ClassObject::selects(LONG flags, const Property& property) const {
+bool ClassObject::selects(LONG flags, const Property& property) const
+{
     const LONG origin = flags & originFlags;
     const bool overrides = property.local && !sameName(property.origin, m_class->name);
     return ((flags & WBEM_FLAG_KEYS_ONLY) == 0 || property.isKey()) &&
@@ -288,14 +299,15 @@ bool ClassObject::selects(LONG flags, const Property& property) const {
            ((flags & WBEM_FLAG_CLASS_LOCAL_AND_OVERRIDES) == 0 || property.local);
 }
 
-std::optional<std::vector<std::wstring>> ClassObject::chosenNames(LONG flags) const {
+std::optional<std::vector<std::wstring>> ClassObject::chosenNames(LONG flags) const
+{
     if (!areConsistent(flags) || (isInstance() && (flags & WBEM_MASK_CLASS_CONDITION) != 0)) {
         return std::nullopt;
     }
     std::vector<std::wstring> names;
     const LONG origin = flags & originFlags;
-    const bool withSystem = (origin == 0 || origin == WBEM_FLAG_SYSTEM_ONLY) &&
-                            (flags & (keyOrRef | WBEM_MASK_CLASS_CONDITION)) == 0;
+    const bool withSystem =
+        (origin == 0 || origin == WBEM_FLAG_SYSTEM_ONLY) && (flags & (keyOrRef | WBEM_MASK_CLASS_CONDITION)) == 0;
     if (withSystem) {
         names.assign(systemNames.begin(), systemNames.end());
     }
@@ -307,12 +319,14 @@ std::optional<std::vector<std::wstring>> ClassObject::chosenNames(LONG flags) co
     return names;
 }
 
-HRESULT ClassObject::GetNames(LPCWSTR qualifier, LONG flags, VARIANT* qualifierValue, SAFEARRAY** names) {
+HRESULT ClassObject::GetNames(LPCWSTR qualifier, LONG flags, VARIANT* qualifierValue, SAFEARRAY** names)
+{
     return guarded([&] {
         const LONG condition = flags & WBEM_MASK_PRIMARY_CONDITION;
         auto chosen = chosenNames(flags & ~WBEM_MASK_PRIMARY_CONDITION);
         if (names == nullptr || !chosen || (condition != WBEM_FLAG_ALWAYS && qualifier == nullptr) ||
-            (condition == WBEM_FLAG_ONLY_IF_IDENTICAL && qualifierValue == nullptr)) {
+            (condition == WBEM_FLAG_ONLY_IF_IDENTICAL && qualifierValue == nullptr))
+        {
             return code(WBEM_E_INVALID_PARAMETER);
         }
         const auto rejected = [&](const std::wstring& name) {
@@ -335,7 +349,8 @@ HRESULT ClassObject::GetNames(LPCWSTR qualifier, LONG flags, VARIANT* qualifierV
     });
 }
 
-HRESULT ClassObject::BeginEnumeration(LONG flags) {
+HRESULT ClassObject::BeginEnumeration(LONG flags)
+{
     return guarded([&] {
         if (m_enumeration) {
             return code(WBEM_E_UNEXPECTED);
@@ -346,7 +361,8 @@ HRESULT ClassObject::BeginEnumeration(LONG flags) {
     });
 }
 
-HRESULT ClassObject::Next(LONG flags, BSTR* name, VARIANT* value, CIMTYPE* type, LONG* flavor) {
+HRESULT ClassObject::Next(LONG flags, BSTR* name, VARIANT* value, CIMTYPE* type, LONG* flavor)
+{
     return guarded([&] {
         if (flags != 0) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -371,12 +387,14 @@ HRESULT ClassObject::Next(LONG flags, BSTR* name, VARIANT* value, CIMTYPE* type,
     });
 }
 
-HRESULT ClassObject::EndEnumeration() {
+HRESULT ClassObject::EndEnumeration()
+{
     m_enumeration.reset();
     return code(WBEM_S_NO_ERROR);
 }
 
-HRESULT ClassObject::GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** qualifiers) {
+HRESULT ClassObject::GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** qualifiers)
+{
     return guarded([&] {
         if (property == nullptr || qualifiers == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -389,14 +407,14 @@ HRESULT ClassObject::GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet
         if (found == nullptr) {
             return code(WBEM_E_NOT_FOUND);
         }
-        *qualifiers = new QualifierSet(isInstance() ? propagated(found->qualifiers,
-                                                                 WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE)
-                                                    : found->qualifiers);
+        *qualifiers = new QualifierSet(
+            isInstance() ? propagated(found->qualifiers, WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE) : found->qualifiers);
         return code(WBEM_S_NO_ERROR);
     });
 }
 
-HRESULT ClassObject::Clone(IWbemClassObject** copy) {
+HRESULT ClassObject::Clone(IWbemClassObject** copy)
+{
     return guarded([&] {
         if (copy == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -406,7 +424,8 @@ HRESULT ClassObject::Clone(IWbemClassObject** copy) {
     });
 }
 
-HRESULT ClassObject::GetObjectText(LONG flags, BSTR* text) {
+HRESULT ClassObject::GetObjectText(LONG flags, BSTR* text)
+{
     return guarded([&] {
         if (text == nullptr || (flags & ~WBEM_FLAG_NO_FLAVORS) != 0) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -417,7 +436,8 @@ HRESULT ClassObject::GetObjectText(LONG flags, BSTR* text) {
     });
 }
 
-HRESULT ClassObject::SpawnDerivedClass(LONG flags, IWbemClassObject** newClass) {
+HRESULT ClassObject::SpawnDerivedClass(LONG flags, IWbemClassObject** newClass)
+{
     return guarded([&] {
         if (flags != 0 || newClass == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -433,7 +453,8 @@ HRESULT ClassObject::SpawnDerivedClass(LONG flags, IWbemClassObject** newClass) 
     });
 }
 
-HRESULT ClassObject::SpawnInstance(LONG flags, IWbemClassObject** newInstance) {
+HRESULT ClassObject::SpawnInstance(LONG flags, IWbemClassObject** newInstance)
+{
     return guarded([&] {
         if (flags != 0 || newInstance == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -446,7 +467,8 @@ HRESULT ClassObject::SpawnInstance(LONG flags, IWbemClassObject** newInstance) {
     });
 }
 
-HRESULT ClassObject::CompareTo(LONG flags, IWbemClassObject* other) {
+HRESULT ClassObject::CompareTo(LONG flags, IWbemClassObject* other)
+{
     return guarded([&] {
         constexpr LONG known = WBEM_FLAG_IGNORE_QUALIFIERS | WBEM_FLAG_IGNORE_OBJECT_SOURCE |
                                WBEM_FLAG_IGNORE_DEFAULT_VALUES | WBEM_FLAG_IGNORE_CLASS | WBEM_FLAG_IGNORE_CASE |
@@ -457,14 +479,16 @@ HRESULT ClassObject::CompareTo(LONG flags, IWbemClassObject* other) {
         const auto ignores = [flags](LONG flag) { return (flags & flag) != 0; };
         if (!sameSystemValue(*this, *other, L"__GENUS") ||
             (!ignores(WBEM_FLAG_IGNORE_CLASS) && !sameSystemValue(*this, *other, L"__CLASS")) ||
-            (!ignores(WBEM_FLAG_IGNORE_OBJECT_SOURCE) && (!sameSystemValue(*this, *other, L"__SERVER") ||
-                                                          !sameSystemValue(*this, *other, L"__NAMESPACE")))) {
+            (!ignores(WBEM_FLAG_IGNORE_OBJECT_SOURCE) &&
+             (!sameSystemValue(*this, *other, L"__SERVER") || !sameSystemValue(*this, *other, L"__NAMESPACE"))))
+        {
             return code(WBEM_S_DIFFERENT);
         }
         // Only classes have qualifiers of their own; their text shows them.
         if (!isInstance() && !ignores(WBEM_FLAG_IGNORE_QUALIFIERS) && !ignores(WBEM_FLAG_IGNORE_CLASS) &&
             !ignores(WBEM_FLAG_IGNORE_DEFAULT_VALUES) &&
-            !sameText(*this, *other, ignores(WBEM_FLAG_IGNORE_FLAVOR) ? WBEM_FLAG_NO_FLAVORS : 0)) {
+            !sameText(*this, *other, ignores(WBEM_FLAG_IGNORE_FLAVOR) ? WBEM_FLAG_NO_FLAVORS : 0))
+        {
             return code(WBEM_S_DIFFERENT);
         }
         std::vector<NamedValue> theirs;
@@ -485,7 +509,8 @@ HRESULT ClassObject::CompareTo(LONG flags, IWbemClassObject* other) {
     });
 }
 
-HRESULT ClassObject::GetPropertyOrigin(LPCWSTR name, BSTR* className) {
+HRESULT ClassObject::GetPropertyOrigin(LPCWSTR name, BSTR* className)
+{
     return guarded([&] {
         if (name == nullptr || className == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -503,14 +528,16 @@ HRESULT ClassObject::GetPropertyOrigin(LPCWSTR name, BSTR* className) {
     });
 }
 
-HRESULT ClassObject::InheritsFrom(LPCWSTR ancestor) {
+HRESULT ClassObject::InheritsFrom(LPCWSTR ancestor)
+{
     if (ancestor == nullptr) {
         return code(WBEM_E_INVALID_PARAMETER);
     }
     return code(m_class->inheritsFrom(ancestor) ? WBEM_S_NO_ERROR : WBEM_S_FALSE);
 }
 
-HRESULT ClassObject::signatures(const Method& method, IWbemClassObject** in, IWbemClassObject** out) {
+HRESULT ClassObject::signatures(const Method& method, IWbemClassObject** in, IWbemClassObject** out)
+{
     auto inputs = in != nullptr && method.in ? ofClass(method.in) : ComPtr<IWbemClassObject>();
     auto outputs = out != nullptr && method.out ? ofClass(method.out) : ComPtr<IWbemClassObject>();
     if (in != nullptr) {
@@ -522,7 +549,8 @@ HRESULT ClassObject::signatures(const Method& method, IWbemClassObject** in, IWb
     return code(WBEM_S_NO_ERROR);
 }
 
-HRESULT ClassObject::GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in, IWbemClassObject** out) {
+HRESULT ClassObject::GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in, IWbemClassObject** out)
+{
     return guarded([&] {
         if (in != nullptr) {
             *in = nullptr;
@@ -541,15 +569,18 @@ HRESULT ClassObject::GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in, 
     });
 }
 
-HRESULT ClassObject::PutMethod(LPCWSTR, LONG, IWbemClassObject*, IWbemClassObject*) {
+HRESULT ClassObject::PutMethod(LPCWSTR, LONG, IWbemClassObject*, IWbemClassObject*)
+{
     return code(WBEM_E_NOT_SUPPORTED);
 }
 
-HRESULT ClassObject::DeleteMethod(LPCWSTR) {
+HRESULT ClassObject::DeleteMethod(LPCWSTR)
+{
     return code(WBEM_E_NOT_SUPPORTED);
 }
 
-HRESULT ClassObject::BeginMethodEnumeration(LONG flags) {
+HRESULT ClassObject::BeginMethodEnumeration(LONG flags)
+{
     return guarded([&] {
         if (flags != 0 && flags != WBEM_FLAG_LOCAL_ONLY && flags != WBEM_FLAG_PROPAGATED_ONLY) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -572,7 +603,8 @@ HRESULT ClassObject::BeginMethodEnumeration(LONG flags) {
     });
 }
 
-HRESULT ClassObject::NextMethod(LONG flags, BSTR* name, IWbemClassObject** in, IWbemClassObject** out) {
+HRESULT ClassObject::NextMethod(LONG flags, BSTR* name, IWbemClassObject** in, IWbemClassObject** out)
+{
     return guarded([&] {
         if (in != nullptr) {
             *in = nullptr;
@@ -599,12 +631,14 @@ HRESULT ClassObject::NextMethod(LONG flags, BSTR* name, IWbemClassObject** in, I
     });
 }
 
-HRESULT ClassObject::EndMethodEnumeration() {
+HRESULT ClassObject::EndMethodEnumeration()
+{
     m_methods.reset();
     return code(WBEM_S_NO_ERROR);
 }
 
-HRESULT ClassObject::GetMethodQualifierSet(LPCWSTR method, IWbemQualifierSet** qualifiers) {
+HRESULT ClassObject::GetMethodQualifierSet(LPCWSTR method, IWbemQualifierSet** qualifiers)
+{
     return guarded([&] {
         if (method == nullptr || qualifiers == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -622,7 +656,8 @@ HRESULT ClassObject::GetMethodQualifierSet(LPCWSTR method, IWbemQualifierSet** q
     });
 }
 
-HRESULT ClassObject::GetMethodOrigin(LPCWSTR method, BSTR* className) {
+HRESULT ClassObject::GetMethodOrigin(LPCWSTR method, BSTR* className)
+{
     return guarded([&] {
         if (method == nullptr || className == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);

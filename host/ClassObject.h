@@ -39,8 +39,7 @@ public:
     HRESULT STDMETHODCALLTYPE InheritsFrom(LPCWSTR ancestor) override;
     HRESULT STDMETHODCALLTYPE GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in,
                                         IWbemClassObject** out) override;
-    HRESULT STDMETHODCALLTYPE PutMethod(LPCWSTR name, LONG flags, IWbemClassObject* in,
-                                        IWbemClassObject* out) override;
+    HRESULT STDMETHODCALLTYPE PutMethod(LPCWSTR name, LONG flags, IWbemClassObject* in, IWbemClassObject* out) override;
     HRESULT STDMETHODCALLTYPE DeleteMethod(LPCWSTR name) override;
     HRESULT STDMETHODCALLTYPE BeginMethodEnumeration(LONG flags) override;
     HRESULT STDMETHODCALLTYPE NextMethod(LONG flags, BSTR* name, IWbemClassObject** in,

@@ -4,14 +4,16 @@
 
 namespace host {
 
-ComApartment::ComApartment() {
+ComApartment::ComApartment()
+{
     // A single-threaded apartment would need a window and a message loop.
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
         throw std::runtime_error("COM cannot be initialised");
     }
 }
 
-ComApartment::~ComApartment() {
+ComApartment::~ComApartment()
+{
     CoUninitialize();
 }
 

@@ -14,34 +14,39 @@ class ComPtr
 public:
     ComPtr() = default;
     // Takes a reference of its own.
-    explicit ComPtr(Interface* object) : m_object(object) {
+    explicit ComPtr(Interface* object) : m_object(object)
+    {
         if (m_object != nullptr) {
             m_object->AddRef();
         }
     }
     ComPtr(const ComPtr& other) : ComPtr(other.m_object) {}
     ComPtr(ComPtr&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
-    ComPtr& operator=(ComPtr other) noexcept {
+    ComPtr& operator=(ComPtr other) noexcept
+    {
         std::swap(m_object, other.m_object);
         return *this;
     }
     ~ComPtr() { reset(); }
 
     // Takes over the caller's reference.
-    static ComPtr adopt(Interface* object) {
+    static ComPtr adopt(Interface* object)
+    {
         ComPtr result;
         result.m_object = object;
         return result;
     }
 
-    void reset() {
+    void reset()
+    {
         if (Interface* object = std::exchange(m_object, nullptr)) {
             object->Release();
         }
     }
 
     // Where a function stores a new reference; what was held before is released first.
-    Interface** put() {
+    Interface** put()
+    {
         reset();
         return &m_object;
     }
@@ -67,7 +72,8 @@ public:
     ComObject(const ComObject&) = delete;
     ComObject& operator=(const ComObject&) = delete;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
+    {
         if (object == nullptr) {
             return E_POINTER;
         }
@@ -80,7 +86,8 @@ public:
         return S_OK;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override {
+    ULONG STDMETHODCALLTYPE Release() override
+    {
         const ULONG left = --m_references;
         if (left == 0) {
             delete this;

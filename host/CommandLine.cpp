@@ -19,13 +19,15 @@ constexpr int requestFailed = 1;
 constexpr int wrongUsage = 2;
 
 // The MOF lies beside the program, as the installer puts it.
-std::filesystem::path defaultMof() {
+std::filesystem::path defaultMof()
+{
     std::array<wchar_t, MAX_PATH> buffer{};
     const DWORD length = GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
     return std::filesystem::path(std::wstring(buffer.data(), length)).parent_path() / L"ZerixDRAVEv2.mof";
 }
 
-Assignment assignmentOf(const std::string& text) {
+Assignment assignmentOf(const std::string& text)
+{
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0) {
         throw UsageError("'" + text + "' is not of the form NAME=VALUE");
@@ -33,7 +35,8 @@ Assignment assignmentOf(const std::string& text) {
     return {toWide(text.substr(0, equals)), toWide(text.substr(equals + 1))};
 }
 
-std::vector<Assignment> assignmentsOf(const std::vector<std::string>& texts) {
+std::vector<Assignment> assignmentsOf(const std::vector<std::string>& texts)
+{
     std::vector<Assignment> result;
     for (const std::string& text : texts) {
         result.push_back(assignmentOf(text));
@@ -45,7 +48,8 @@ std::vector<Assignment> assignmentsOf(const std::vector<std::string>& texts) {
 class CommandLine
 {
 public:
-    CommandLine() {
+    CommandLine()
+    {
         m_app.require_subcommand(0, 1);
         m_app.fallthrough();
         m_app.add_option("--mof", m_mof, "the MOF file with the classes and the registration of their provider");
@@ -53,7 +57,8 @@ public:
         addCommands();
     }
 
-    int run(const std::vector<std::string>& arguments) {
+    int run(const std::vector<std::string>& arguments)
+    {
         std::string asked = "wmihost";
         for (const std::string& argument : arguments) {
             asked += " " + argument;
@@ -64,26 +69,20 @@ public:
             const ComApartment apartment;
             Workspace workspace(m_mof.empty() ? defaultMof() : std::filesystem::path(toWide(m_mof)));
             return m_command(workspace, options());
-        }
-        catch (const CLI::CallForHelp&) {
+        } catch (const CLI::CallForHelp&) {
             const auto chosen = m_app.get_subcommands();
             writeOut(chosen.empty() ? m_app.help() : chosen.front()->help());
             return 0;
-        }
-        catch (const CLI::ParseError& error) {
+        } catch (const CLI::ParseError& error) {
             return usage(error.what());
-        }
-        catch (const UsageError& error) {
+        } catch (const UsageError& error) {
             return usage(error.what());
-        }
-        catch (const PathError& error) {
+        } catch (const PathError& error) {
             return usage(error.what());
-        }
-        catch (const MofError& error) {
+        } catch (const MofError& error) {
             writeError(asked + ": the MOF cannot be read\n  " + error.what() + "\n");
             return requestFailed;
-        }
-        catch (const RequestError& error) {
+        } catch (const RequestError& error) {
             return failure(asked, error);
         }
     }
@@ -91,12 +90,14 @@ public:
 private:
     using Command = std::function<int(Workspace&, const CommandOptions&)>;
 
-    static int usage(const std::string& reason) {
+    static int usage(const std::string& reason)
+    {
         writeError("wmihost: " + reason + "\nwmihost --help shows the commands, wmihost COMMAND --help one of them\n");
         return wrongUsage;
     }
 
-    static int failure(const std::string& asked, const RequestError& error) {
+    static int failure(const std::string& asked, const RequestError& error)
+    {
         const StatusInfo info = statusInfo(error.status());
         std::string text = asked + ": failed\n  " + statusText(error.status()) + "\n";
         if (*error.what() != '\0') {
@@ -109,7 +110,8 @@ private:
         return requestFailed;
     }
 
-    CommandOptions options() const {
+    CommandOptions options() const
+    {
         CommandOptions result = m_options;
         result.nameSpace = toWide(m_nameSpace);
         for (const std::string& name : m_properties) {
@@ -119,8 +121,8 @@ private:
         return result;
     }
 
-    CLI::App* command(const std::string& name, const std::string& summary, const std::string& example,
-                      Command action) {
+    CLI::App* command(const std::string& name, const std::string& summary, const std::string& example, Command action)
+    {
         CLI::App* sub = m_app.add_subcommand(name, summary);
         sub->footer("Example:\n  wmihost " + example + "\n");
         sub->callback([this, action = std::move(action)] { m_command = action; });
@@ -130,7 +132,8 @@ private:
     // An option whose value is one of a few words.
     template <class Value>
     static void addChoice(CLI::App* sub, const std::string& name, Value& target,
-                          const std::vector<std::pair<std::string, Value>>& choices, const std::string& summary) {
+                          const std::vector<std::pair<std::string, Value>>& choices, const std::string& summary)
+    {
         const auto take = [&target, choices, name](const std::string& word) {
             std::string words;
             for (const auto& [choice, value] : choices) {
@@ -145,16 +148,16 @@ private:
         sub->add_option_function<std::string>(name, take, summary);
     }
 
-    void addFormat(CLI::App* sub) {
-        addChoice<Format>(sub, "--format", m_options.format,
-                          {{"table", Format::table},
-                           {"json", Format::json},
-                           {"mof", Format::mof},
-                           {"markdown", Format::markdown}},
-                          "how the result is written: table, json or mof; describe also knows markdown");
+    void addFormat(CLI::App* sub)
+    {
+        addChoice<Format>(
+            sub, "--format", m_options.format,
+            {{"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}, {"markdown", Format::markdown}},
+            "how the result is written: table, json or mof; describe also knows markdown");
     }
 
-    void addImpersonation(CLI::App* sub) {
+    void addImpersonation(CLI::App* sub)
+    {
         addChoice<Impersonation>(sub, "--impersonation", m_options.impersonation,
                                  {{"none", Impersonation::none},
                                   {"anonymous", Impersonation::anonymous},
@@ -165,26 +168,31 @@ private:
                                  "impersonate or delegate");
     }
 
-    void addProperties(CLI::App* sub) {
+    void addProperties(CLI::App* sub)
+    {
         sub->add_option("--property", m_properties, "show these properties: A,B")->delimiter(',');
     }
 
-    void addConditions(CLI::App* sub) {
+    void addConditions(CLI::App* sub)
+    {
         sub->add_option("--where", m_conditions, "only instances whose property has this value: NAME=VALUE");
     }
 
-    void addLoad(CLI::App* sub) {
+    void addLoad(CLI::App* sub)
+    {
         sub->add_option("--threads", m_options.threads, "ask on so many threads at once, and show a summary")
             ->check(CLI::Range(1, 256));
         sub->add_option("--repeat", m_options.repeat, "ask so many times on each thread")
             ->check(CLI::Range(1, 1000000));
     }
 
-    void addPath(CLI::App* sub) {
+    void addPath(CLI::App* sub)
+    {
         sub->add_option("path", m_path, "the instance: Class.Key=\"value\",Other=7")->required();
     }
 
-    void addCommands() {
+    void addCommands()
+    {
         CLI::App* classes = command("classes", "Lists the classes of the MOF", "classes",
                                     [](Workspace& w, const CommandOptions& o) { return runClasses(w, o); });
         addFormat(classes);
@@ -220,8 +228,7 @@ private:
                                     return runSet(w, toWide(m_path), assignmentsOf(m_assignments), o);
                                 });
         addPath(set);
-        set->add_option("values", m_assignments, "NAME=VALUE; null is no value; elements of an array: a,b")
-            ->required();
+        set->add_option("values", m_assignments, "NAME=VALUE; null is no value; elements of an array: a,b")->required();
         addFormat(set);
         addImpersonation(set);
 
@@ -231,12 +238,12 @@ private:
         addPath(remove);
         addImpersonation(remove);
 
-        CLI::App* invoke = command(
-            "invoke", "Runs a method of an instance",
-            "invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait",
-            [this](Workspace& w, const CommandOptions& o) {
-                return runInvoke(w, toWide(m_path), toWide(m_method), assignmentsOf(m_assignments), o);
-            });
+        CLI::App* invoke =
+            command("invoke", "Runs a method of an instance",
+                    "invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait",
+                    [this](Workspace& w, const CommandOptions& o) {
+                        return runInvoke(w, toWide(m_path), toWide(m_method), assignmentsOf(m_assignments), o);
+                    });
         addPath(invoke);
         invoke->add_option("method", m_method, "the method")->required();
         invoke->add_option("arguments", m_assignments, "NAME=VALUE; an argument that is not named is null");
@@ -255,13 +262,13 @@ private:
         addConditions(watch);
         addImpersonation(watch);
 
-        CLI::App* selfTest =
-            command("self-test", "Makes a request of each kind, and gives each a verdict", "self-test",
-                    [](Workspace& w, const CommandOptions& o) { return runSelfTest(w, o); });
+        CLI::App* selfTest = command("self-test", "Makes a request of each kind, and gives each a verdict", "self-test",
+                                     [](Workspace& w, const CommandOptions& o) { return runSelfTest(w, o); });
         addImpersonation(selfTest);
 
-        m_app.footer("Without a command, the network adapters are listed.\n\nExample:\n  wmihost list "
-                     "Zerix_EthernetPort\n");
+        m_app.footer(
+            "Without a command, the network adapters are listed.\n\nExample:\n  wmihost list "
+            "Zerix_EthernetPort\n");
         m_command = [](Workspace& w, const CommandOptions& o) { return runList(w, L"Zerix_EthernetPort", o); };
     }
 
@@ -280,7 +287,8 @@ private:
 
 }  // namespace
 
-int runCommandLine(const std::vector<std::string>& arguments) {
+int runCommandLine(const std::vector<std::string>& arguments)
+{
     return CommandLine().run(arguments);
 }
 

@@ -9,12 +9,14 @@
 namespace host {
 namespace {
 
-bool isTerminal(DWORD which) {
+bool isTerminal(DWORD which)
+{
     DWORD mode = 0;
     return GetConsoleMode(GetStdHandle(which), &mode) != 0;
 }
 
-void write(DWORD which, std::string_view text) {
+void write(DWORD which, std::string_view text)
+{
     const HANDLE handle = GetStdHandle(which);
     DWORD written = 0;
     if (isTerminal(which)) {
@@ -29,23 +31,28 @@ void write(DWORD which, std::string_view text) {
 
 }  // namespace
 
-void writeOut(std::string_view text) {
+void writeOut(std::string_view text)
+{
     write(STD_OUTPUT_HANDLE, text);
 }
 
-void writeError(std::string_view text) {
+void writeError(std::string_view text)
+{
     write(STD_ERROR_HANDLE, text);
 }
 
-bool outIsTerminal() {
+bool outIsTerminal()
+{
     return isTerminal(STD_OUTPUT_HANDLE);
 }
 
-bool errorIsTerminal() {
+bool errorIsTerminal()
+{
     return isTerminal(STD_ERROR_HANDLE);
 }
 
-std::optional<std::size_t> lineWidth() {
+std::optional<std::size_t> lineWidth()
+{
     if (const char* columns = std::getenv("COLUMNS")) {
         if (const auto width = parseUnsigned(toWide(columns)); width && *width > 0) {
             return *width;
@@ -59,11 +66,13 @@ std::optional<std::size_t> lineWidth() {
     return std::nullopt;
 }
 
-std::string_view clearBelow() {
+std::string_view clearBelow()
+{
     return "\x1b[J";
 }
 
-std::string cursorUp(std::size_t lines) {
+std::string cursorUp(std::size_t lines)
+{
     return lines == 0 ? "\r" : "\x1b[" + std::to_string(lines) + "A\r";
 }
 

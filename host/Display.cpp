@@ -13,7 +13,8 @@ constexpr std::size_t datetimeLength = 25;
 constexpr std::size_t datetimeSign = 21;
 
 // "20261121094145.000000+000" -> "2026-11-21 09:41:45 +000 min"; "00000001020304.000000:000" -> "1 d 02:03:04"
-std::wstring datetimeText(const std::wstring& text) {
+std::wstring datetimeText(const std::wstring& text)
+{
     if (text.size() != datetimeLength) {
         return text;
     }
@@ -28,12 +29,14 @@ std::wstring datetimeText(const std::wstring& text) {
     return result + (offset == L"+000" ? L" UTC" : L" " + offset + L" min");
 }
 
-std::wstring referenceText(const std::wstring& text) {
+std::wstring referenceText(const std::wstring& text)
+{
     const std::size_t colon = text.starts_with(L"\\\\") ? text.find(L':') : std::wstring::npos;
     return colon == std::wstring::npos ? text : text.substr(colon + 1);
 }
 
-std::vector<std::wstring> textsOf(const Qualifiers& qualifiers, std::wstring_view name) {
+std::vector<std::wstring> textsOf(const Qualifiers& qualifiers, std::wstring_view name)
+{
     std::vector<std::wstring> texts;
     const Qualifier* qualifier = findQualifier(qualifiers, name);
     if (qualifier != nullptr && qualifier->type == (CIM_STRING | CIM_FLAG_ARRAY)) {
@@ -44,7 +47,8 @@ std::vector<std::wstring> textsOf(const Qualifiers& qualifiers, std::wstring_vie
     return texts;
 }
 
-std::string scalarDisplay(const Property& property, const VARIANT& value) {
+std::string scalarDisplay(const Property& property, const VARIANT& value)
+{
     const CIMTYPE type = elementTypeOf(property.type);
     if (const std::wstring word = wordFor(property.qualifiers, value, type); !word.empty()) {
         return toUtf8(word);
@@ -69,7 +73,8 @@ std::string scalarDisplay(const Property& property, const VARIANT& value) {
 
 }  // namespace
 
-std::wstring wordFor(const Qualifiers& qualifiers, const VARIANT& value, CIMTYPE type) {
+std::wstring wordFor(const Qualifiers& qualifiers, const VARIANT& value, CIMTYPE type)
+{
     const auto words = textsOf(qualifiers, L"Values");
     const auto keys = textsOf(qualifiers, L"ValueMap");
     const std::wstring text = scalarText(value, type);
@@ -81,7 +86,8 @@ std::wstring wordFor(const Qualifiers& qualifiers, const VARIANT& value, CIMTYPE
     return {};
 }
 
-std::string displayText(const Property& property, const VARIANT& value) {
+std::string displayText(const Property& property, const VARIANT& value)
+{
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) {
         return {};
     }
@@ -95,7 +101,8 @@ std::string displayText(const Property& property, const VARIANT& value) {
     return list;
 }
 
-bool isNumber(const Property& property) {
+bool isNumber(const Property& property)
+{
     switch (property.type) {
         case CIM_STRING:
         case CIM_DATETIME:
@@ -108,7 +115,8 @@ bool isNumber(const Property& property) {
     }
 }
 
-std::string rateText(double perSecond, const std::string& unit) {
+std::string rateText(double perSecond, const std::string& unit)
+{
     constexpr std::array<const char*, 6> prefixes{"", "k", "M", "G", "T", "P"};
     constexpr double step = 1000;
     std::size_t power = 0;

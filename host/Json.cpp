@@ -4,7 +4,8 @@
 
 namespace host {
 
-Json jsonOf(const VARIANT& value, CIMTYPE type) {
+Json jsonOf(const VARIANT& value, CIMTYPE type)
+{
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) {
         return nullptr;
     }

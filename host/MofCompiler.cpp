@@ -18,21 +18,25 @@ namespace {
 
 using Node = mof::p::parse_tree::node;
 
-std::string asText(const std::filesystem::path& path) {
+std::string asText(const std::filesystem::path& path)
+{
     return toUtf8(path.wstring());
 }
 
-[[noreturn]] void fail(const mof::p::position& where, std::string_view reason) {
+[[noreturn]] void fail(const mof::p::position& where, std::string_view reason)
+{
     throw MofError(where.source + ":" + std::to_string(where.line) + ":" + std::to_string(where.column) + ": " +
                    std::string(reason));
 }
 
-[[noreturn]] void fail(const Node& node, std::string_view reason) {
+[[noreturn]] void fail(const Node& node, std::string_view reason)
+{
     fail(node.begin(), reason);
 }
 
 template <class Rule>
-const Node* childOf(const Node& node) {
+const Node* childOf(const Node& node)
+{
     for (const auto& child : node.children) {
         if (child->is_type<Rule>()) {
             return child.get();
@@ -42,17 +46,20 @@ const Node* childOf(const Node& node) {
 }
 
 template <class Rule>
-std::wstring nameIn(const Node& node) {
+std::wstring nameIn(const Node& node)
+{
     const Node* child = childOf<Rule>(node);
     return child == nullptr ? std::wstring() : toWide(child->string_view());
 }
 
-std::string named(std::wstring_view name) {
+std::string named(std::wstring_view name)
+{
     return "'" + toUtf8(name) + "'";
 }
 
 // The character behind an escape's backslash; `at` is moved to the escape's last character.
-wchar_t escaped(std::wstring_view text, std::size_t& at) {
+wchar_t escaped(std::wstring_view text, std::size_t& at)
+{
     switch (text[at]) {
         case L'b':
             return L'\b';
@@ -80,13 +87,13 @@ wchar_t escaped(std::wstring_view text, std::size_t& at) {
     }
 }
 
-std::wstring unescaped(std::wstring_view text) {
+std::wstring unescaped(std::wstring_view text)
+{
     std::wstring result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == L'\\' && i + 1 < text.size()) {
             result += escaped(text, ++i);
-        }
-        else {
+        } else {
             result += text[i];
         }
     }
@@ -94,7 +101,8 @@ std::wstring unescaped(std::wstring_view text) {
 }
 
 // All pieces of a text literal as one text.
-std::wstring textOf(const Node& node) {
+std::wstring textOf(const Node& node)
+{
     std::wstring result;
     for (const auto& piece : node.children) {
         result += unescaped(toWide(piece->string_view()));
@@ -102,13 +110,15 @@ std::wstring textOf(const Node& node) {
     return result;
 }
 
-bool isInteger(const Node& node) {
+bool isInteger(const Node& node)
+{
     return node.is_type<mof::decimal>() || node.is_type<mof::hexadecimal>() || node.is_type<mof::octal>() ||
            node.is_type<mof::binary>();
 }
 
 // An integer of any notation in decimal; the grammar has checked its digits.
-std::wstring decimalText(const Node& node) {
+std::wstring decimalText(const Node& node)
+{
     std::wstring digits = toWide(node.string_view());
     std::wstring sign;
     if (digits[0] == L'-' || digits[0] == L'+') {
@@ -132,17 +142,17 @@ std::wstring decimalText(const Node& node) {
     return sign + std::to_wstring(number);
 }
 
-std::optional<long> flavorBit(std::wstring_view name) {
-    static const std::map<std::wstring, long> flavors{
-        {L"TOINSTANCE", WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE},
-        {L"TOSUBCLASS", WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS},
-        {L"DISABLEOVERRIDE", WBEM_FLAVOR_NOT_OVERRIDABLE},
-        {L"AMENDED", WBEM_FLAVOR_AMENDED},
-        // These say what holds anyway when the bits above are not set.
-        {L"ENABLEOVERRIDE", 0},
-        {L"NOTTOINSTANCE", 0},
-        {L"NOTTOSUBCLASS", 0},
-        {L"RESTRICTED", 0}};
+std::optional<long> flavorBit(std::wstring_view name)
+{
+    static const std::map<std::wstring, long> flavors{{L"TOINSTANCE", WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE},
+                                                      {L"TOSUBCLASS", WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS},
+                                                      {L"DISABLEOVERRIDE", WBEM_FLAVOR_NOT_OVERRIDABLE},
+                                                      {L"AMENDED", WBEM_FLAVOR_AMENDED},
+                                                      // These say what holds anyway when the bits above are not set.
+                                                      {L"ENABLEOVERRIDE", 0},
+                                                      {L"NOTTOINSTANCE", 0},
+                                                      {L"NOTTOSUBCLASS", 0},
+                                                      {L"RESTRICTED", 0}};
     const auto found = flavors.find(foldName(name));
     return found == flavors.end() ? std::nullopt : std::optional(found->second);
 }
@@ -152,7 +162,8 @@ class MofCompiler
 public:
     explicit MofCompiler(ClassRepository& repository) : m_repository(repository) {}
 
-    void compileFile(const std::filesystem::path& file) {
+    void compileFile(const std::filesystem::path& file)
+    {
         std::ifstream stream(file, std::ios::binary);
         if (!stream) {
             throw MofError(asText(file) + ": the file cannot be opened");
@@ -167,48 +178,45 @@ public:
                                              (static_cast<unsigned char>(text[i + 1]) << 8));
             }
             text = toUtf8(wide);
-        }
-        else if (text.starts_with(utf8Mark)) {
+        } else if (text.starts_with(utf8Mark)) {
             text.erase(0, utf8Mark.size());
         }
         compileText(text, file);
     }
 
-    void compileText(std::string_view text, const std::filesystem::path& name) {
+    void compileText(std::string_view text, const std::filesystem::path& name)
+    {
         mof::p::memory_input input(text.data(), text.data() + text.size(), asText(name));
         try {
-            const auto root =
-                mof::p::parse_tree::parse<mof::file, mof::selector, mof::p::nothing, mof::control>(input);
+            const auto root = mof::p::parse_tree::parse<mof::file, mof::selector, mof::p::nothing, mof::control>(input);
             for (const auto& node : root->children) {
                 statement(*node, name);
             }
-        }
-        catch (const mof::p::parse_error& error) {
+        } catch (const mof::p::parse_error& error) {
             fail(error.positions().front(), error.message());
         }
     }
 
 private:
-    void statement(const Node& node, const std::filesystem::path& file) {
+    void statement(const Node& node, const std::filesystem::path& file)
+    {
         if (node.is_type<mof::pragma>()) {
             pragma(node, file);
-        }
-        else if (node.is_type<mof::include>()) {
+        } else if (node.is_type<mof::include>()) {
             include(*node.children.front(), file);
-        }
-        else {
+        } else {
             const Node& declared = *node.children.back();
             if (declared.is_type<mof::class_declaration>()) {
                 classDeclaration(declared, childOf<mof::qualifiers>(node));
-            }
-            else {
+            } else {
                 instanceDeclaration(declared);
             }
         }
     }
 
     // Pragmas that this compiler has no use for are skipped, as MOF demands.
-    void pragma(const Node& node, const std::filesystem::path& file) {
+    void pragma(const Node& node, const std::filesystem::path& file)
+    {
         const std::wstring name = nameIn<mof::pragma_name>(node);
         const Node* argument = childOf<mof::text>(node);
         if (sameName(name, L"namespace")) {
@@ -216,8 +224,7 @@ private:
                 fail(node, "expected a namespace between quotes after #pragma namespace");
             }
             m_namespace = &m_repository.openNamespace(textOf(*argument));
-        }
-        else if (sameName(name, L"include")) {
+        } else if (sameName(name, L"include")) {
             if (argument == nullptr) {
                 fail(node, "expected the name of a file between quotes after #pragma include");
             }
@@ -225,7 +232,8 @@ private:
         }
     }
 
-    void include(const Node& name, const std::filesystem::path& from) {
+    void include(const Node& name, const std::filesystem::path& from)
+    {
         const std::filesystem::path path = from.parent_path() / textOf(name);
         if (!std::filesystem::exists(path)) {
             fail(name, "the included file '" + asText(path) + "' does not exist");
@@ -239,7 +247,8 @@ private:
 
     // ----- values
 
-    Variant value(const Node& node, CIMTYPE type) {
+    Variant value(const Node& node, CIMTYPE type)
+    {
         if (node.is_type<mof::kw_null>()) {
             return Variant();
         }
@@ -259,7 +268,8 @@ private:
         return Variant::ofArray(infoOf(type).variant, elements);
     }
 
-    Variant scalar(const Node& node, CIMTYPE type) {
+    Variant scalar(const Node& node, CIMTYPE type)
+    {
         const std::string misfit = "expected a value of type " + toUtf8(infoOf(type).name);
         try {
             if (node.is_type<mof::text>()) {
@@ -287,7 +297,8 @@ private:
                 return Variant::ofShort(static_cast<short>(characterOf(node)));
             }
             if (node.is_type<mof::kw_null>() || type == CIM_BOOLEAN || type == CIM_STRING || type == CIM_DATETIME ||
-                type == CIM_REFERENCE || type == CIM_OBJECT) {
+                type == CIM_REFERENCE || type == CIM_OBJECT)
+            {
                 fail(node, misfit);
             }
             if (isInteger(node)) {
@@ -297,19 +308,20 @@ private:
                 fail(node, misfit);
             }
             return valueFromText(toWide(node.string_view()), type);
-        }
-        catch (const ValueError& error) {
+        } catch (const ValueError& error) {
             fail(node, error.what());
         }
     }
 
-    static wchar_t characterOf(const Node& node) {
+    static wchar_t characterOf(const Node& node)
+    {
         const std::wstring text = toWide(node.string_view());
         const std::size_t end = text.rfind(L'\'');
         return unescaped(std::wstring_view(text).substr(1, end - 1)).front();
     }
 
-    const std::wstring& aliasPath(const Node& node) {
+    const std::wstring& aliasPath(const Node& node)
+    {
         const auto found = m_aliases.find(foldName(toWide(node.string_view())));
         if (found == m_aliases.end()) {
             fail(node, "the alias " + std::string(node.string_view()) + " is not defined above");
@@ -319,7 +331,8 @@ private:
 
     // ----- qualifiers
 
-    Qualifiers qualifierList(const Node* list, Qualifiers result = {}) {
+    Qualifiers qualifierList(const Node* list, Qualifiers result = {})
+    {
         if (list == nullptr) {
             return result;
         }
@@ -346,7 +359,8 @@ private:
         return result;
     }
 
-    Qualifier qualifier(const Node& node) {
+    Qualifier qualifier(const Node& node)
+    {
         Qualifier result;
         result.name = nameIn<mof::qualifier_name>(node);
         result.value = Variant::ofBool(true);
@@ -362,8 +376,7 @@ private:
                     fail(*child, "the flavor '" + std::string(child->string_view()) + "' is unknown");
                 }
                 result.flavor |= *bit;
-            }
-            else if (!child->is_type<mof::qualifier_name>()) {
+            } else if (!child->is_type<mof::qualifier_name>()) {
                 result.type = literalType(*child);
                 result.value = value(*child, result.type);
             }
@@ -372,7 +385,8 @@ private:
     }
 
     // A qualifier has no declared type: its value decides.
-    CIMTYPE literalType(const Node& node) const {
+    CIMTYPE literalType(const Node& node) const
+    {
         if (node.is_type<mof::list>()) {
             return (node.children.empty() ? CIMTYPE{CIM_STRING} : literalType(*node.children.front())) | CIM_FLAG_ARRAY;
         }
@@ -396,7 +410,8 @@ private:
     // ----- classes
 
     // The type that stands before the name of a property, a method or a parameter.
-    static void readType(const Node& node, CIMTYPE& type, std::wstring& className) {
+    static void readType(const Node& node, CIMTYPE& type, std::wstring& className)
+    {
         const Node& typeNode = *childOf<mof::type_name>(node);
         const std::wstring typeName = toWide(typeNode.string_view());
         const CimTypeInfo* info = findCimType(typeName);
@@ -423,14 +438,15 @@ private:
         type = info->type;
     }
 
-    void classDeclaration(const Node& node, const Node* classQualifiers) {
+    void classDeclaration(const Node& node, const Node* classQualifiers)
+    {
         const std::wstring name = nameIn<mof::class_name>(node);
         ClassDefinition definition;
         if (const Node* superNode = childOf<mof::superclass_name>(node)) {
             const ClassPointer superclass = currentNamespace().findClass(toWide(superNode->string_view()));
             if (!superclass) {
-                fail(*superNode, "the superclass '" + std::string(superNode->string_view()) +
-                                     "' is not declared in " + toUtf8(currentNamespace().name()));
+                fail(*superNode, "the superclass '" + std::string(superNode->string_view()) + "' is not declared in " +
+                                     toUtf8(currentNamespace().name()));
             }
             definition = derivedFrom(*superclass, name);
         }
@@ -443,15 +459,15 @@ private:
             }
             if (const Node* parameters = childOf<mof::parameters>(*child)) {
                 method(*child, *parameters, definition);
-            }
-            else {
+            } else {
                 property(*child, definition);
             }
         }
         currentNamespace().addClass(std::make_shared<const ClassDefinition>(std::move(definition)));
     }
 
-    void property(const Node& node, ClassDefinition& definition) {
+    void property(const Node& node, ClassDefinition& definition)
+    {
         const Node& nameNode = *childOf<mof::member_name>(node);
         Property result;
         result.name = toWide(nameNode.string_view());
@@ -481,13 +497,13 @@ private:
         }
         if (place >= 0) {
             definition.properties[static_cast<std::size_t>(place)] = std::move(result);
-        }
-        else {
+        } else {
             definition.properties.push_back(std::move(result));
         }
     }
 
-    void method(const Node& node, const Node& parameters, ClassDefinition& definition) {
+    void method(const Node& node, const Node& parameters, ClassDefinition& definition)
+    {
         const Node& nameNode = *childOf<mof::member_name>(node);
         Method result;
         result.name = toWide(nameNode.string_view());
@@ -530,7 +546,8 @@ private:
         *inherited = std::move(result);
     }
 
-    void parameter(const Node& node, long id, ClassDefinition& in, ClassDefinition& out) {
+    void parameter(const Node& node, long id, ClassDefinition& in, ClassDefinition& out)
+    {
         Property result;
         result.name = nameIn<mof::parameter_name>(node);
         readType(node, result.type, result.className);
@@ -538,8 +555,8 @@ private:
             result.type |= CIM_FLAG_ARRAY;
         }
         result.origin = in.name;
-        result.qualifiers = qualifierList(childOf<mof::qualifiers>(node),
-                                          standardQualifiers(result.type, result.className));
+        result.qualifiers =
+            qualifierList(childOf<mof::qualifiers>(node), standardQualifiers(result.type, result.className));
         if (findQualifier(result.qualifiers, L"ID") == nullptr) {
             result.qualifiers.push_back({L"ID", CIM_SINT32, Variant::ofLong(id), keyQualifier().flavor});
         }
@@ -559,7 +576,8 @@ private:
         }
     }
 
-    ClassDefinition signature() {
+    ClassDefinition signature()
+    {
         ClassDefinition result;
         result.name = L"__PARAMETERS";
         result.nameSpace = currentNamespace().name();
@@ -568,13 +586,15 @@ private:
         return result;
     }
 
-    static Qualifier flag(const wchar_t* name) {
+    static Qualifier flag(const wchar_t* name)
+    {
         return {name, CIM_BOOLEAN, Variant::ofBool(true), keyQualifier().flavor};
     }
 
     // ----- instances
 
-    void instanceDeclaration(const Node& node) {
+    void instanceDeclaration(const Node& node)
+    {
         const Node& classNode = *childOf<mof::class_name>(node);
         const ClassPointer definition = currentNamespace().findClass(toWide(classNode.string_view()));
         if (!definition) {
@@ -594,8 +614,7 @@ private:
                                    std::string(nameNode.string_view()) + "'");
             }
             if (!assigned.insert(place).second) {
-                fail(nameNode,
-                     "the property '" + std::string(nameNode.string_view()) + "' gets a value a second time");
+                fail(nameNode, "the property '" + std::string(nameNode.string_view()) + "' gets a value a second time");
             }
             const auto index = static_cast<std::size_t>(place);
             instance.values[index] = value(*child->children.back(), definition->properties[index].type);
@@ -617,11 +636,13 @@ private:
         currentNamespace().addInstance(std::move(instance));
     }
 
-    static const VARIANT& nameOf(const InstanceData& instance) {
+    static const VARIANT& nameOf(const InstanceData& instance)
+    {
         return instance.values[static_cast<std::size_t>(instance.definition->indexOf(L"Name"))].get();
     }
 
-    Namespace& currentNamespace() {
+    Namespace& currentNamespace()
+    {
         if (m_namespace == nullptr) {
             m_namespace = &m_repository.openNamespace(L"root\\default");
         }
@@ -636,11 +657,13 @@ private:
 
 }  // namespace
 
-void compileMofFile(const std::filesystem::path& file, ClassRepository& repository) {
+void compileMofFile(const std::filesystem::path& file, ClassRepository& repository)
+{
     MofCompiler(repository).compileFile(file);
 }
 
-void compileMofText(std::string_view text, const std::filesystem::path& name, ClassRepository& repository) {
+void compileMofText(std::string_view text, const std::filesystem::path& name, ClassRepository& repository)
+{
     MofCompiler(repository).compileText(text, name);
 }
 

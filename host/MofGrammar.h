@@ -134,39 +134,73 @@ struct file : p::seq<gap, p::star<statement>, p::must<file_end>> {};
 template <class Rule>
 inline constexpr const char* message = nullptr;
 
-template <> inline constexpr auto message<comment_end> = "expected */ to end the comment";
-template <> inline constexpr auto message<escape_code> = "expected one of b t n f r \" ' \\ or x and a hexadecimal number after the backslash";
-template <> inline constexpr auto message<text_end> = "expected \" to end the text on the line where it begins";
-template <> inline constexpr auto message<char_body> = "expected a character after '";
-template <> inline constexpr auto message<char_end> = "expected ' to end the character";
-template <> inline constexpr auto message<scalar_value> = "expected a value after ,";
-template <> inline constexpr auto message<list_end> = "expected , or } in the list of values";
-template <> inline constexpr auto message<value> = "expected a value";
-template <> inline constexpr auto message<qualifier_value_end> = "expected ) after the qualifier's value";
-template <> inline constexpr auto message<flavors> = "expected a flavor after :";
-template <> inline constexpr auto message<qualifier> = "expected the name of a qualifier";
-template <> inline constexpr auto message<qualifiers_end> = "expected ]";
-template <> inline constexpr auto message<type_name> = "expected the name of a class after :";
-template <> inline constexpr auto message<parameter_type> = "expected the type of a parameter";
-template <> inline constexpr auto message<parameter_name> = "expected the name of a parameter";
-template <> inline constexpr auto message<parameters_end> = "expected , or ) after the parameter";
-template <> inline constexpr auto message<member_type> = "expected the type of a property or method, or }";
-template <> inline constexpr auto message<member_name> = "expected the name of a property or method";
-template <> inline constexpr auto message<member_end> = "expected ;";
-template <> inline constexpr auto message<class_name> = "expected the name of a class";
-template <> inline constexpr auto message<superclass_name> = "expected the name of the superclass after :";
-template <> inline constexpr auto message<body_begin> = "expected {";
-template <> inline constexpr auto message<declaration_end> = "expected ; after }";
-template <> inline constexpr auto message<property_name> = "expected the name of a property, or }";
-template <> inline constexpr auto message<assignment_mark> = "expected = after the name of the property";
-template <> inline constexpr auto message<instance_alias> = "expected an alias that begins with $";
-template <> inline constexpr auto message<of_word> = "expected 'of' after 'instance'";
-template <> inline constexpr auto message<declared_after_qualifiers> = "expected 'class' or 'instance' after the qualifiers";
-template <> inline constexpr auto message<include_text> = "expected the name of a file between quotes";
-template <> inline constexpr auto message<pragma_name> = "expected the name of a pragma";
-template <> inline constexpr auto message<pragma_argument> = "expected a text or a name";
-template <> inline constexpr auto message<pragma_end> = "expected , or ) after the argument of the pragma";
-template <> inline constexpr auto message<file_end> = "expected a class, an instance or a directive";
+template <>
+inline constexpr auto message<comment_end> = "expected */ to end the comment";
+template <>
+inline constexpr auto message<escape_code> =
+    "expected one of b t n f r \" ' \\ or x and a hexadecimal number after the backslash";
+template <>
+inline constexpr auto message<text_end> = "expected \" to end the text on the line where it begins";
+template <>
+inline constexpr auto message<char_body> = "expected a character after '";
+template <>
+inline constexpr auto message<char_end> = "expected ' to end the character";
+template <>
+inline constexpr auto message<scalar_value> = "expected a value after ,";
+template <>
+inline constexpr auto message<list_end> = "expected , or } in the list of values";
+template <>
+inline constexpr auto message<value> = "expected a value";
+template <>
+inline constexpr auto message<qualifier_value_end> = "expected ) after the qualifier's value";
+template <>
+inline constexpr auto message<flavors> = "expected a flavor after :";
+template <>
+inline constexpr auto message<qualifier> = "expected the name of a qualifier";
+template <>
+inline constexpr auto message<qualifiers_end> = "expected ]";
+template <>
+inline constexpr auto message<type_name> = "expected the name of a class after :";
+template <>
+inline constexpr auto message<parameter_type> = "expected the type of a parameter";
+template <>
+inline constexpr auto message<parameter_name> = "expected the name of a parameter";
+template <>
+inline constexpr auto message<parameters_end> = "expected , or ) after the parameter";
+template <>
+inline constexpr auto message<member_type> = "expected the type of a property or method, or }";
+template <>
+inline constexpr auto message<member_name> = "expected the name of a property or method";
+template <>
+inline constexpr auto message<member_end> = "expected ;";
+template <>
+inline constexpr auto message<class_name> = "expected the name of a class";
+template <>
+inline constexpr auto message<superclass_name> = "expected the name of the superclass after :";
+template <>
+inline constexpr auto message<body_begin> = "expected {";
+template <>
+inline constexpr auto message<declaration_end> = "expected ; after }";
+template <>
+inline constexpr auto message<property_name> = "expected the name of a property, or }";
+template <>
+inline constexpr auto message<assignment_mark> = "expected = after the name of the property";
+template <>
+inline constexpr auto message<instance_alias> = "expected an alias that begins with $";
+template <>
+inline constexpr auto message<of_word> = "expected 'of' after 'instance'";
+template <>
+inline constexpr auto message<declared_after_qualifiers> = "expected 'class' or 'instance' after the qualifiers";
+template <>
+inline constexpr auto message<include_text> = "expected the name of a file between quotes";
+template <>
+inline constexpr auto message<pragma_name> = "expected the name of a pragma";
+template <>
+inline constexpr auto message<pragma_argument> = "expected a text or a name";
+template <>
+inline constexpr auto message<pragma_end> = "expected , or ) after the argument of the pragma";
+template <>
+inline constexpr auto message<file_end> = "expected a class, an instance or a directive";
 
 struct Messages
 {
@@ -183,12 +217,11 @@ using control = p::must_if<Messages>::control<Rule>;
 // The nodes that the parse tree keeps; only these keep their text.
 template <class Rule>
 using selector = p::parse_tree::selector<
-    Rule,
-    p::parse_tree::store_content::on<pragma, pragma_name, include, class_declaration, class_name, superclass_name,
-                                     member, type_name, type_class, ref_mark, member_name, array_mark, parameters,
-                                     parameter, parameter_name, default_value, instance_declaration, instance_alias,
-                                     assignment, property_name, declaration, qualifiers, qualifier, qualifier_name,
-                                     flavor, list, text, text_body, character, real, binary,
-                                     hexadecimal, octal, decimal, kw_true, kw_false, kw_null, alias, name>>;
+    Rule, p::parse_tree::store_content::on<
+              pragma, pragma_name, include, class_declaration, class_name, superclass_name, member, type_name,
+              type_class, ref_mark, member_name, array_mark, parameters, parameter, parameter_name, default_value,
+              instance_declaration, instance_alias, assignment, property_name, declaration, qualifiers, qualifier,
+              qualifier_name, flavor, list, text, text_body, character, real, binary, hexadecimal, octal, decimal,
+              kw_true, kw_false, kw_null, alias, name>>;
 
 }  // namespace host::mof

@@ -8,11 +8,13 @@ namespace host {
 namespace {
 
 // What the type and the order of the parameters say already is not written as a qualifier.
-bool isImplied(const Qualifier& qualifier) {
+bool isImplied(const Qualifier& qualifier)
+{
     return sameName(qualifier.name, L"CIMTYPE") || sameName(qualifier.name, L"ID");
 }
 
-std::wstring flavorText(long flavor) {
+std::wstring flavorText(long flavor)
+{
     std::wstring text;
     if ((flavor & WBEM_FLAVOR_NOT_OVERRIDABLE) != 0) {
         text += L" DisableOverride";
@@ -29,21 +31,21 @@ std::wstring flavorText(long flavor) {
     return text.empty() ? text : L" :" + text;
 }
 
-std::wstring qualifierText(const Qualifier& qualifier, bool withFlavors) {
+std::wstring qualifierText(const Qualifier& qualifier, bool withFlavors)
+{
     std::wstring text = qualifier.name;
-    const bool plainTrue =
-        qualifier.type == CIM_BOOLEAN && qualifier.value.get().boolVal != VARIANT_FALSE;
+    const bool plainTrue = qualifier.type == CIM_BOOLEAN && qualifier.value.get().boolVal != VARIANT_FALSE;
     if (isArray(qualifier.type)) {
         text += mofLiteral(qualifier.value.get(), qualifier.type);
-    }
-    else if (!plainTrue) {
+    } else if (!plainTrue) {
         text += L"(" + mofLiteral(qualifier.value.get(), qualifier.type) + L")";
     }
     return withFlavors ? text + flavorText(qualifier.flavor) : text;
 }
 
 // "[key, read]" and what is to stand behind it; nothing if there is no qualifier to show.
-std::wstring qualifiersText(const Qualifiers& qualifiers, bool withFlavors, const wchar_t* behind) {
+std::wstring qualifiersText(const Qualifiers& qualifiers, bool withFlavors, const wchar_t* behind)
+{
     std::wstring text;
     for (const Qualifier& qualifier : qualifiers) {
         const bool inherited = (qualifier.flavor & WBEM_FLAVOR_ORIGIN_PROPAGATED) != 0;
@@ -54,17 +56,20 @@ std::wstring qualifiersText(const Qualifiers& qualifiers, bool withFlavors, cons
     return text.empty() ? text : text + L"]" + behind;
 }
 
-std::wstring declarator(const Property& property) {
+std::wstring declarator(const Property& property)
+{
     return typeText(property) + L" " + property.name + (isArray(property.type) ? L"[]" : L"");
 }
 
-long parameterId(const Property& parameter) {
+long parameterId(const Property& parameter)
+{
     const Qualifier* id = findQualifier(parameter.qualifiers, L"ID");
     return id == nullptr ? 0 : id->value.get().lVal;
 }
 
 // Inputs and outputs in the order of their IDs; one that is both stands in both signatures.
-std::vector<const Property*> parametersOf(const Method& method) {
+std::vector<const Property*> parametersOf(const Method& method)
+{
     std::vector<const Property*> result;
     for (const ClassPointer& signature : {method.in, method.out}) {
         if (!signature) {
@@ -84,14 +89,15 @@ std::vector<const Property*> parametersOf(const Method& method) {
     return result;
 }
 
-std::wstring methodText(const Method& method, bool withFlavors) {
+std::wstring methodText(const Method& method, bool withFlavors)
+{
     const Property* returnValue = method.out ? method.out->findProperty(L"ReturnValue") : nullptr;
     std::wstring text = L"    " + qualifiersText(method.qualifiers, withFlavors, L" ");
     text += (returnValue == nullptr ? L"void" : typeText(*returnValue)) + L" " + method.name + L"(";
     bool first = true;
     for (const Property* parameter : parametersOf(method)) {
-        text += (first ? L"" : L", ") + qualifiersText(parameter->qualifiers, withFlavors, L" ") +
-                declarator(*parameter);
+        text +=
+            (first ? L"" : L", ") + qualifiersText(parameter->qualifiers, withFlavors, L" ") + declarator(*parameter);
         first = false;
     }
     return text + L");\n";
@@ -99,7 +105,8 @@ std::wstring methodText(const Method& method, bool withFlavors) {
 
 }  // namespace
 
-std::wstring typeText(const Property& property) {
+std::wstring typeText(const Property& property)
+{
     if (elementTypeOf(property.type) == CIM_REFERENCE) {
         return (property.className.empty() ? L"object" : property.className) + L" ref";
     }
@@ -109,7 +116,8 @@ std::wstring typeText(const Property& property) {
     return std::wstring(infoOf(property.type).name);
 }
 
-std::wstring classText(const ClassDefinition& definition, bool withFlavors) {
+std::wstring classText(const ClassDefinition& definition, bool withFlavors)
+{
     std::wstring text = qualifiersText(definition.qualifiers, withFlavors, L"\n");
     text += L"class " + definition.name;
     if (!definition.ancestors.empty()) {
@@ -134,7 +142,8 @@ std::wstring classText(const ClassDefinition& definition, bool withFlavors) {
     return text + L"};\n";
 }
 
-std::wstring instanceText(const ClassDefinition& definition, const std::vector<Variant>& values) {
+std::wstring instanceText(const ClassDefinition& definition, const std::vector<Variant>& values)
+{
     std::wstring text = L"instance of " + definition.name + L"\n{\n";
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (!values[i].isNull()) {

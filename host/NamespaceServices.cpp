@@ -6,8 +6,8 @@
 
 namespace host {
 
-HRESULT NamespaceServices::GetObject(BSTR path, LONG flags, IWbemContext*, IWbemClassObject** object,
-                                     IWbemCallResult**) {
+HRESULT NamespaceServices::GetObject(BSTR path, LONG flags, IWbemContext*, IWbemClassObject** object, IWbemCallResult**)
+{
     return guarded([&] {
         if (object == nullptr) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -19,8 +19,7 @@ HRESULT NamespaceServices::GetObject(BSTR path, LONG flags, IWbemContext*, IWbem
         ObjectPath parsed;
         try {
             parsed = ObjectPath::parse(viewOf(path));
-        }
-        catch (const PathError&) {
+        } catch (const PathError&) {
             return code(WBEM_E_INVALID_OBJECT_PATH);
         }
         // Instances come from providers; this side holds classes only.

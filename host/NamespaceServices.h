@@ -11,7 +11,9 @@ class NamespaceServices final : public RefusingServices
 {
 public:
     NamespaceServices(const ClassRepository& repository, const Namespace& own)
-        : m_repository(repository), m_namespace(own) {}
+        : m_repository(repository), m_namespace(own)
+    {
+    }
 
     // A class by its name, or by a path with its namespace. *object is null on failure.
     HRESULT STDMETHODCALLTYPE GetObject(BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,

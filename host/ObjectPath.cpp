@@ -17,7 +17,8 @@ public:
     bool atEnd() const { return m_at == m_text.size(); }
     wchar_t look() const { return atEnd() ? L'\0' : m_text[m_at]; }
 
-    bool take(wchar_t c) {
+    bool take(wchar_t c)
+    {
         if (look() != c || atEnd()) {
             return false;
         }
@@ -25,7 +26,8 @@ public:
         return true;
     }
 
-    std::wstring identifier(const char* what) {
+    std::wstring identifier(const char* what)
+    {
         const std::size_t begin = m_at;
         while (!atEnd() && (IsCharAlphaNumericW(look()) || look() == L'_')) {
             ++m_at;
@@ -37,7 +39,8 @@ public:
         return std::wstring(m_text.substr(begin, m_at - begin));
     }
 
-    PathKey value(std::wstring name) {
+    PathKey value(std::wstring name)
+    {
         PathKey key;
         key.name = std::move(name);
         if (!take(L'"')) {
@@ -52,8 +55,8 @@ public:
         key.quoted = true;
         while (!take(L'"')) {
             // A backslash protects a quote or another backslash; before anything else it stands for itself.
-            if (look() == L'\\' && m_at + 1 < m_text.size() &&
-                (m_text[m_at + 1] == L'"' || m_text[m_at + 1] == L'\\')) {
+            if (look() == L'\\' && m_at + 1 < m_text.size() && (m_text[m_at + 1] == L'"' || m_text[m_at + 1] == L'\\'))
+            {
                 ++m_at;
             }
             if (atEnd()) {
@@ -65,7 +68,8 @@ public:
     }
 
     // What stands before the first colon outside quotes, if it is a namespace; it is consumed with the colon.
-    std::optional<std::wstring> nameSpace() {
+    std::optional<std::wstring> nameSpace()
+    {
         const std::size_t end = m_text.find_first_of(L":\".=");
         // "\\.\root:Class" has a dot for its server.
         const std::size_t colon = m_text.starts_with(L"\\\\") ? m_text.find(L':') : end;
@@ -76,7 +80,8 @@ public:
         return std::wstring(m_text.substr(0, colon));
     }
 
-    [[noreturn]] void fail(const std::string& reason) const {
+    [[noreturn]] void fail(const std::string& reason) const
+    {
         throw PathError("'" + toUtf8(m_text) + "' is no object path: " + reason + " at character " +
                         std::to_string(m_at + 1));
     }
@@ -86,7 +91,8 @@ private:
     std::size_t m_at = 0;
 };
 
-std::wstring keyText(const VARIANT& value, CIMTYPE type) {
+std::wstring keyText(const VARIANT& value, CIMTYPE type)
+{
     if (type != CIM_STRING && type != CIM_DATETIME && type != CIM_REFERENCE) {
         return scalarText(value, type);
     }
@@ -102,7 +108,8 @@ std::wstring keyText(const VARIANT& value, CIMTYPE type) {
 
 }  // namespace
 
-ObjectPath ObjectPath::parse(std::wstring_view text) {
+ObjectPath ObjectPath::parse(std::wstring_view text)
+{
     ObjectPath path;
     PathReader reader(text);
     if (const auto prefix = reader.nameSpace()) {
@@ -113,8 +120,7 @@ ObjectPath ObjectPath::parse(std::wstring_view text) {
             }
             path.server = prefix->substr(2, end - 2);
             path.nameSpace = prefix->substr(end + 1);
-        }
-        else {
+        } else {
             path.nameSpace = prefix->substr(prefix->starts_with(L"\\") ? 1 : 0);
         }
     }
@@ -122,12 +128,10 @@ ObjectPath ObjectPath::parse(std::wstring_view text) {
     if (reader.take(L'=')) {
         if (reader.take(L'@')) {
             path.singleton = true;
-        }
-        else {
+        } else {
             path.keys.push_back(reader.value(L""));
         }
-    }
-    else if (reader.take(L'.')) {
+    } else if (reader.take(L'.')) {
         do {
             std::wstring name = reader.identifier("the name of a key");
             if (!reader.take(L'=')) {
@@ -142,7 +146,8 @@ ObjectPath ObjectPath::parse(std::wstring_view text) {
     return path;
 }
 
-std::optional<std::wstring> relativePath(const ClassDefinition& definition, const std::vector<Variant>& values) {
+std::optional<std::wstring> relativePath(const ClassDefinition& definition, const std::vector<Variant>& values)
+{
     if (hasQualifier(definition.qualifiers, L"singleton")) {
         return definition.name + L"=@";
     }
@@ -170,7 +175,8 @@ std::optional<std::wstring> relativePath(const ClassDefinition& definition, cons
     return text;
 }
 
-std::wstring fullPath(std::wstring_view nameSpace, std::wstring_view relativePath) {
+std::wstring fullPath(std::wstring_view nameSpace, std::wstring_view relativePath)
+{
     std::wstring text = L"\\\\" + serverName() + L"\\";
     text += nameSpace;
     text += L':';
@@ -178,7 +184,8 @@ std::wstring fullPath(std::wstring_view nameSpace, std::wstring_view relativePat
     return text;
 }
 
-const std::wstring& serverName() {
+const std::wstring& serverName()
+{
     static const std::wstring name = [] {
         std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> buffer{};
         DWORD size = static_cast<DWORD>(buffer.size());

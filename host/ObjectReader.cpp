@@ -7,7 +7,8 @@
 
 namespace host {
 
-HRESULT readProperties(IWbemClassObject& object, std::vector<NamedValue>& properties) {
+HRESULT readProperties(IWbemClassObject& object, std::vector<NamedValue>& properties)
+{
     ComPtr<IWbemClassObject> copy;
     HRESULT result = object.Clone(copy.put());
     if (SUCCEEDED(result)) {
@@ -25,13 +26,15 @@ HRESULT readProperties(IWbemClassObject& object, std::vector<NamedValue>& proper
     return FAILED(result) ? result : code(WBEM_S_NO_ERROR);
 }
 
-Variant valueOf(IWbemClassObject& object, std::wstring_view name) {
+Variant valueOf(IWbemClassObject& object, std::wstring_view name)
+{
     Variant value;
     object.Get(std::wstring(name).c_str(), 0, value.put(), nullptr, nullptr);
     return value;
 }
 
-std::wstring textOf(IWbemClassObject& object, std::wstring_view name) {
+std::wstring textOf(IWbemClassObject& object, std::wstring_view name)
+{
     Variant value;
     CIMTYPE type = CIM_STRING;
     object.Get(std::wstring(name).c_str(), 0, value.put(), &type, nullptr);

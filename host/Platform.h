@@ -6,9 +6,9 @@
 #define NOMINMAX
 #endif
 // clang-format off: each of these needs the ones before it
-#include <windows.h>
 #include <ole2.h>
 #include <oleauto.h>
+#include <windows.h>
 // A function of the platform whose macro would rename the operation of WMI's interfaces.
 #undef GetObject
 #include <wbemidl.h>

@@ -21,7 +21,8 @@ namespace {
 constexpr std::chrono::milliseconds patience = std::chrono::minutes(1);
 
 // The context that WMI sends along with every request; nobody puts values into it here.
-ComPtr<IWbemContext> makeContext() {
+ComPtr<IWbemContext> makeContext()
+{
     ComPtr<IWbemContext> context;
     const HRESULT result = CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IWbemContext),
                                             reinterpret_cast<void**>(context.put()));
@@ -31,7 +32,8 @@ ComPtr<IWbemContext> makeContext() {
     return context;
 }
 
-std::wstring userName() {
+std::wstring userName()
+{
     std::array<wchar_t, 257> buffer{};
     DWORD size = static_cast<DWORD>(buffer.size());
     return GetUserNameW(buffer.data(), &size) != 0 ? std::wstring(buffer.data()) : std::wstring();
@@ -41,12 +43,12 @@ std::wstring userName() {
 
 ProviderSession::ProviderSession(const ClassRepository& repository, const Namespace& nameSpace,
                                  ProviderRegistration registration)
-    : m_registration(std::move(registration)) {
+    : m_registration(std::move(registration))
+{
     const std::string name = toUtf8(m_registration.name);
     ComPtr<IWbemProviderInit> init;
-    const HRESULT created =
-        CoCreateInstance(m_registration.classId, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IWbemProviderInit),
-                         reinterpret_cast<void**>(init.put()));
+    const HRESULT created = CoCreateInstance(m_registration.classId, nullptr, CLSCTX_INPROC_SERVER,
+                                             __uuidof(IWbemProviderInit), reinterpret_cast<void**>(init.put()));
     if (FAILED(created)) {
         throw RequestError(code(WBEM_E_PROVIDER_LOAD_FAILURE),
                            "the provider " + name + " cannot be created: " + statusText(created));
@@ -57,23 +59,23 @@ ProviderSession::ProviderSession(const ClassRepository& repository, const Namesp
     std::wstring user = userName();
     std::wstring space = nameSpace.name();
     std::wstring locale = L"ms_409";
-    const HRESULT returned = init->Initialize(user.data(), 0, space.data(), locale.data(), services.get(),
-                                              makeContext().get(), sink.get());
+    const HRESULT returned =
+        init->Initialize(user.data(), 0, space.data(), locale.data(), services.get(), makeContext().get(), sink.get());
     // A failed return value counts even if the sink was told of success; silence counts as failure.
     const HRESULT status = FAILED(returned) ? returned : sink->status().value_or(code(WBEM_E_INITIALIZATION_FAILURE));
     if (FAILED(status)) {
         throw RequestError(code(WBEM_E_INITIALIZATION_FAILURE),
                            "the provider " + name + " did not start: " + statusText(status));
     }
-    const HRESULT queried =
-        init->QueryInterface(__uuidof(IWbemServices), reinterpret_cast<void**>(m_provider.put()));
+    const HRESULT queried = init->QueryInterface(__uuidof(IWbemServices), reinterpret_cast<void**>(m_provider.put()));
     if (FAILED(queried)) {
         throw RequestError(code(WBEM_E_PROVIDER_LOAD_FAILURE),
                            "the provider " + name + " takes no requests: " + statusText(queried));
     }
 }
 
-RequestResult ProviderSession::enumerate(std::wstring_view className, const RequestOptions& options) const {
+RequestResult ProviderSession::enumerate(std::wstring_view className, const RequestOptions& options) const
+{
     const Bstr name(className);
     return run(m_registration.supportsEnumeration, options,
                [&name](IWbemServices& provider, IWbemContext* context, IWbemObjectSink* sink) {
@@ -81,7 +83,8 @@ RequestResult ProviderSession::enumerate(std::wstring_view className, const Requ
                });
 }
 
-RequestResult ProviderSession::get(std::wstring_view path, const RequestOptions& options) const {
+RequestResult ProviderSession::get(std::wstring_view path, const RequestOptions& options) const
+{
     const Bstr text(path);
     return run(m_registration.supportsGet, options,
                [&text](IWbemServices& provider, IWbemContext* context, IWbemObjectSink* sink) {
@@ -89,14 +92,16 @@ RequestResult ProviderSession::get(std::wstring_view path, const RequestOptions&
                });
 }
 
-RequestResult ProviderSession::put(IWbemClassObject* instance, const RequestOptions& options) const {
+RequestResult ProviderSession::put(IWbemClassObject* instance, const RequestOptions& options) const
+{
     return run(m_registration.supportsPut, options,
                [instance](IWbemServices& provider, IWbemContext* context, IWbemObjectSink* sink) {
                    return provider.PutInstanceAsync(instance, WBEM_FLAG_UPDATE_ONLY, context, sink);
                });
 }
 
-RequestResult ProviderSession::remove(std::wstring_view path, const RequestOptions& options) const {
+RequestResult ProviderSession::remove(std::wstring_view path, const RequestOptions& options) const
+{
     const Bstr text(path);
     return run(m_registration.supportsDelete, options,
                [&text](IWbemServices& provider, IWbemContext* context, IWbemObjectSink* sink) {
@@ -105,7 +110,8 @@ RequestResult ProviderSession::remove(std::wstring_view path, const RequestOptio
 }
 
 RequestResult ProviderSession::execMethod(std::wstring_view path, std::wstring_view method, IWbemClassObject* in,
-                                          const RequestOptions& options) const {
+                                          const RequestOptions& options) const
+{
     const Bstr text(path);
     const Bstr name(method);
     return run(m_registration.supportsMethods, options,
@@ -114,7 +120,8 @@ RequestResult ProviderSession::execMethod(std::wstring_view path, std::wstring_v
                });
 }
 
-RequestResult ProviderSession::run(bool supported, const RequestOptions& options, const Call& call) const {
+RequestResult ProviderSession::run(bool supported, const RequestOptions& options, const Call& call) const
+{
     RequestResult result;
     if (!supported) {
         result.status = code(WBEM_E_PROVIDER_NOT_CAPABLE);
@@ -129,14 +136,11 @@ RequestResult ProviderSession::run(bool supported, const RequestOptions& options
         // Exceptions escape some of a provider's requests; the host of WMI survives them, and so does this.
         try {
             returned = call(*m_provider.get(), context.get(), sink.get());
-        }
-        catch (const std::exception& error) {
+        } catch (const std::exception& error) {
             result.exception = error.what();
-        }
-        catch (const _com_error& error) {
+        } catch (const _com_error& error) {
             result.exception = statusText(error.Error());
-        }
-        catch (...) {
+        } catch (...) {
             result.exception = "an exception of unknown type";
         }
     }
@@ -150,8 +154,7 @@ RequestResult ProviderSession::run(bool supported, const RequestOptions& options
     }
     // A request that is refused at once returns its status and reports none. One that claims success and
     // never reports it has broken its contract.
-    result.status =
-        response->status().value_or(FAILED(returned) ? returned : code(WBEM_E_PROVIDER_FAILURE));
+    result.status = response->status().value_or(FAILED(returned) ? returned : code(WBEM_E_PROVIDER_FAILURE));
     result.objects = response->takeObjects();
     return result;
 }

@@ -4,7 +4,8 @@
 
 namespace host {
 
-HRESULT QualifierSet::Get(LPCWSTR name, LONG flags, VARIANT* value, LONG* flavor) {
+HRESULT QualifierSet::Get(LPCWSTR name, LONG flags, VARIANT* value, LONG* flavor)
+{
     return guarded([&] {
         if (name == nullptr || flags != 0) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -23,15 +24,18 @@ HRESULT QualifierSet::Get(LPCWSTR name, LONG flags, VARIANT* value, LONG* flavor
     });
 }
 
-HRESULT QualifierSet::Put(LPCWSTR, VARIANT*, LONG) {
+HRESULT QualifierSet::Put(LPCWSTR, VARIANT*, LONG)
+{
     return code(WBEM_E_NOT_SUPPORTED);
 }
 
-HRESULT QualifierSet::Delete(LPCWSTR) {
+HRESULT QualifierSet::Delete(LPCWSTR)
+{
     return code(WBEM_E_NOT_SUPPORTED);
 }
 
-HRESULT QualifierSet::GetNames(LONG flags, SAFEARRAY** names) {
+HRESULT QualifierSet::GetNames(LONG flags, SAFEARRAY** names)
+{
     return guarded([&] {
         const auto chosen = selected(flags);
         if (names == nullptr || !chosen) {
@@ -46,7 +50,8 @@ HRESULT QualifierSet::GetNames(LONG flags, SAFEARRAY** names) {
     });
 }
 
-HRESULT QualifierSet::BeginEnumeration(LONG flags) {
+HRESULT QualifierSet::BeginEnumeration(LONG flags)
+{
     return guarded([&] {
         if (m_enumeration) {
             return code(WBEM_E_UNEXPECTED);
@@ -57,7 +62,8 @@ HRESULT QualifierSet::BeginEnumeration(LONG flags) {
     });
 }
 
-HRESULT QualifierSet::Next(LONG flags, BSTR* name, VARIANT* value, LONG* flavor) {
+HRESULT QualifierSet::Next(LONG flags, BSTR* name, VARIANT* value, LONG* flavor)
+{
     return guarded([&] {
         if (flags != 0) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -85,12 +91,14 @@ HRESULT QualifierSet::Next(LONG flags, BSTR* name, VARIANT* value, LONG* flavor)
     });
 }
 
-HRESULT QualifierSet::EndEnumeration() {
+HRESULT QualifierSet::EndEnumeration()
+{
     m_enumeration.reset();
     return code(WBEM_S_NO_ERROR);
 }
 
-std::optional<std::vector<const Qualifier*>> QualifierSet::selected(LONG flags) const {
+std::optional<std::vector<const Qualifier*>> QualifierSet::selected(LONG flags) const
+{
     if (flags != 0 && flags != WBEM_FLAG_LOCAL_ONLY && flags != WBEM_FLAG_PROPAGATED_ONLY) {
         return std::nullopt;
     }

@@ -6,22 +6,26 @@
 
 namespace host {
 
-bool Response::waitUntilOver(std::chrono::milliseconds limit) {
+bool Response::waitUntilOver(std::chrono::milliseconds limit)
+{
     std::unique_lock lock(m_mutex);
     return m_changed.wait_for(lock, limit, [this] { return m_over; });
 }
 
-std::optional<HRESULT> Response::status() const {
+std::optional<HRESULT> Response::status() const
+{
     const std::lock_guard lock(m_mutex);
     return m_status;
 }
 
-std::vector<ComPtr<IWbemClassObject>> Response::takeObjects() {
+std::vector<ComPtr<IWbemClassObject>> Response::takeObjects()
+{
     const std::lock_guard lock(m_mutex);
     return std::exchange(m_objects, {});
 }
 
-HRESULT ResponseSink::Indicate(LONG count, IWbemClassObject** objects) {
+HRESULT ResponseSink::Indicate(LONG count, IWbemClassObject** objects)
+{
     return guarded([&] {
         if (count < 0 || (count > 0 && objects == nullptr)) {
             return code(WBEM_E_INVALID_PARAMETER);
@@ -40,7 +44,8 @@ HRESULT ResponseSink::Indicate(LONG count, IWbemClassObject** objects) {
     });
 }
 
-HRESULT ResponseSink::SetStatus(LONG flags, HRESULT result, BSTR, IWbemClassObject*) {
+HRESULT ResponseSink::SetStatus(LONG flags, HRESULT result, BSTR, IWbemClassObject*)
+{
     return guarded([&] {
         if (flags == WBEM_STATUS_PROGRESS) {
             if (m_response->m_onProgress) {
@@ -61,7 +66,8 @@ HRESULT ResponseSink::SetStatus(LONG flags, HRESULT result, BSTR, IWbemClassObje
     });
 }
 
-ResponseSink::~ResponseSink() {
+ResponseSink::~ResponseSink()
+{
     const std::lock_guard lock(m_response->m_mutex);
     m_response->m_over = true;
     m_response->m_changed.notify_all();

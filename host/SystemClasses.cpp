@@ -16,7 +16,8 @@ struct Member
 
 // Properties of the system's classes carry the qualifiers that the host looks at, and no others.
 ClassPointer makeClass(const Namespace& target, const wchar_t* name, const ClassDefinition* superclass,
-                       std::initializer_list<Member> members) {
+                       std::initializer_list<Member> members)
+{
     ClassDefinition result = superclass == nullptr ? ClassDefinition() : derivedFrom(*superclass, name);
     result.name = name;
     result.nameSpace = target.name();
@@ -37,7 +38,8 @@ ClassPointer makeClass(const Namespace& target, const wchar_t* name, const Class
 
 }  // namespace
 
-void addSystemClasses(Namespace& target) {
+void addSystemClasses(Namespace& target)
+{
     const auto add = [&target](const wchar_t* name, const ClassPointer& superclass,
                                std::initializer_list<Member> members) {
         ClassPointer made = makeClass(target, name, superclass.get(), members);
@@ -76,8 +78,7 @@ void addSystemClasses(Namespace& target) {
          {L"UnloadTimeout", CIM_DATETIME},
          {L"Version", CIM_UINT32}});
 
-    const ClassPointer registration =
-        add(L"__ProviderRegistration", systemClass, {{L"Provider", CIM_REFERENCE, true}});
+    const ClassPointer registration = add(L"__ProviderRegistration", systemClass, {{L"Provider", CIM_REFERENCE, true}});
     const ClassPointer objectRegistration =
         add(L"__ObjectProviderRegistration", registration,
             {{L"InteractionType", CIM_SINT32, false, Variant::ofLong(0)},

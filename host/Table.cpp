@@ -10,11 +10,13 @@ constexpr std::size_t gapWidth = 2;
 // Narrower, a cut column says nothing any more.
 constexpr std::size_t leastWidth = 8;
 
-bool beginsCodePoint(char byte) {
+bool beginsCodePoint(char byte)
+{
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
-std::string fitted(const std::string& text, std::size_t width, bool right) {
+std::string fitted(const std::string& text, std::size_t width, bool right)
+{
     const std::size_t length = lengthOf(text);
     if (length <= width) {
         const std::string blanks(width - length, ' ');
@@ -31,18 +33,21 @@ std::string fitted(const std::string& text, std::size_t width, bool right) {
     return cut + "\xE2\x80\xA6";
 }
 
-std::size_t lineLength(const std::vector<std::size_t>& widths) {
+std::size_t lineLength(const std::vector<std::size_t>& widths)
+{
     return std::accumulate(widths.begin(), widths.end(), std::size_t{0}) +
            (widths.empty() ? 0 : gapWidth * (widths.size() - 1));
 }
 
 }  // namespace
 
-std::size_t lengthOf(std::string_view text) {
+std::size_t lengthOf(std::string_view text)
+{
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), beginsCodePoint));
 }
 
-std::vector<std::size_t> Table::widths(std::optional<std::size_t> width) const {
+std::vector<std::size_t> Table::widths(std::optional<std::size_t> width) const
+{
     std::vector<std::size_t> result;
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         std::size_t widest = lengthOf(m_columns[i].heading);
@@ -73,11 +78,13 @@ std::vector<std::size_t> Table::widths(std::optional<std::size_t> width) const {
     return result;
 }
 
-std::size_t Table::hiddenColumns(std::optional<std::size_t> width) const {
+std::size_t Table::hiddenColumns(std::optional<std::size_t> width) const
+{
     return m_columns.size() - widths(width).size();
 }
 
-std::string Table::render(std::optional<std::size_t> width) const {
+std::string Table::render(std::optional<std::size_t> width) const
+{
     const auto fit = widths(width);
     std::string text;
     const auto addLine = [&](const auto& cellAt) {

@@ -6,14 +6,16 @@
 
 namespace host {
 
-std::wstring toWide(std::string_view text) {
+std::wstring toWide(std::string_view text)
+{
     const int length = static_cast<int>(text.size());
     std::wstring wide(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0)), 0);
     MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), static_cast<int>(wide.size()));
     return wide;
 }
 
-std::string toUtf8(std::wstring_view text) {
+std::string toUtf8(std::wstring_view text)
+{
     const int length = static_cast<int>(text.size());
     const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
     std::string narrow(static_cast<std::size_t>(size), 0);
@@ -21,22 +23,26 @@ std::string toUtf8(std::wstring_view text) {
     return narrow;
 }
 
-bool sameName(std::wstring_view left, std::wstring_view right) {
+bool sameName(std::wstring_view left, std::wstring_view right)
+{
     return CompareStringOrdinal(left.data(), static_cast<int>(left.size()), right.data(),
                                 static_cast<int>(right.size()), TRUE) == CSTR_EQUAL;
 }
 
-std::wstring foldName(std::wstring_view name) {
+std::wstring foldName(std::wstring_view name)
+{
     std::wstring folded(name);
     CharUpperBuffW(folded.data(), static_cast<DWORD>(folded.size()));
     return folded;
 }
 
-bool nameBefore(std::wstring_view left, std::wstring_view right) {
+bool nameBefore(std::wstring_view left, std::wstring_view right)
+{
     return foldName(left) < foldName(right);
 }
 
-std::optional<unsigned long long> parseUnsigned(std::wstring_view text) {
+std::optional<unsigned long long> parseUnsigned(std::wstring_view text)
+{
     unsigned base = 10;
     if (text.size() > 2 && text[0] == L'0' && (text[1] == L'x' || text[1] == L'X')) {
         base = 16;
@@ -51,11 +57,9 @@ std::optional<unsigned long long> parseUnsigned(std::wstring_view text) {
         unsigned digit = base;
         if (c >= L'0' && c <= L'9') {
             digit = static_cast<unsigned>(c - L'0');
-        }
-        else if (c >= L'a' && c <= L'f') {
+        } else if (c >= L'a' && c <= L'f') {
             digit = static_cast<unsigned>(c - L'a') + 10;
-        }
-        else if (c >= L'A' && c <= L'F') {
+        } else if (c >= L'A' && c <= L'F') {
             digit = static_cast<unsigned>(c - L'A') + 10;
         }
         if (digit >= base || value > (limit - digit) / base) {
@@ -66,7 +70,8 @@ std::optional<unsigned long long> parseUnsigned(std::wstring_view text) {
     return value;
 }
 
-std::optional<long long> parseSigned(std::wstring_view text) {
+std::optional<long long> parseSigned(std::wstring_view text)
+{
     const bool negative = !text.empty() && text[0] == L'-';
     if (!text.empty() && (text[0] == L'-' || text[0] == L'+')) {
         text.remove_prefix(1);

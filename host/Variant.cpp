@@ -6,14 +6,16 @@
 namespace host {
 namespace {
 
-VARIANT nullValue() {
+VARIANT nullValue()
+{
     VARIANT value;
     VariantInit(&value);
     value.vt = VT_NULL;
     return value;
 }
 
-VARIANT copyOf(const VARIANT& value) {
+VARIANT copyOf(const VARIANT& value)
+{
     VARIANT copy;
     VariantInit(&copy);
     if (FAILED(VariantCopy(&copy, const_cast<VARIANT*>(&value)))) {
@@ -22,14 +24,16 @@ VARIANT copyOf(const VARIANT& value) {
     return copy;
 }
 
-void check(HRESULT result) {
+void check(HRESULT result)
+{
     if (FAILED(result)) {
         throw std::bad_alloc();
     }
 }
 
 // What SafeArrayPutElement wants to be pointed at: the text or the object itself, else the value's bytes.
-void* elementAddress(VARIANT& value) {
+void* elementAddress(VARIANT& value)
+{
     switch (value.vt) {
         case VT_BSTR:
             return value.bstrVal;
@@ -51,65 +55,75 @@ Variant::Variant(const Variant& other) : m_value(copyOf(other.m_value)) {}
 
 Variant::Variant(Variant&& other) noexcept : m_value(std::exchange(other.m_value, nullValue())) {}
 
-Variant& Variant::operator=(Variant other) noexcept {
+Variant& Variant::operator=(Variant other) noexcept
+{
     std::swap(m_value, other.m_value);
     return *this;
 }
 
-Variant::~Variant() {
+Variant::~Variant()
+{
     VariantClear(&m_value);
 }
 
-Variant Variant::ofText(std::wstring_view text) {
+Variant Variant::ofText(std::wstring_view text)
+{
     Variant result;
     result.m_value.bstrVal = Bstr(text).detach();
     result.m_value.vt = VT_BSTR;
     return result;
 }
 
-Variant Variant::ofLong(long value) {
+Variant Variant::ofLong(long value)
+{
     Variant result;
     result.m_value.vt = VT_I4;
     result.m_value.lVal = value;
     return result;
 }
 
-Variant Variant::ofBool(bool value) {
+Variant Variant::ofBool(bool value)
+{
     Variant result;
     result.m_value.vt = VT_BOOL;
     result.m_value.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
     return result;
 }
 
-Variant Variant::ofByte(unsigned char value) {
+Variant Variant::ofByte(unsigned char value)
+{
     Variant result;
     result.m_value.vt = VT_UI1;
     result.m_value.bVal = value;
     return result;
 }
 
-Variant Variant::ofShort(short value) {
+Variant Variant::ofShort(short value)
+{
     Variant result;
     result.m_value.vt = VT_I2;
     result.m_value.iVal = value;
     return result;
 }
 
-Variant Variant::ofFloat(float value) {
+Variant Variant::ofFloat(float value)
+{
     Variant result;
     result.m_value.vt = VT_R4;
     result.m_value.fltVal = value;
     return result;
 }
 
-Variant Variant::ofDouble(double value) {
+Variant Variant::ofDouble(double value)
+{
     Variant result;
     result.m_value.vt = VT_R8;
     result.m_value.dblVal = value;
     return result;
 }
 
-Variant Variant::ofArray(VARTYPE elementType, const std::vector<Variant>& elements) {
+Variant Variant::ofArray(VARTYPE elementType, const std::vector<Variant>& elements)
+{
     Variant result;
     SAFEARRAY* array = SafeArrayCreateVector(elementType, 0, static_cast<ULONG>(elements.size()));
     if (array == nullptr) {
@@ -123,7 +137,8 @@ Variant Variant::ofArray(VARTYPE elementType, const std::vector<Variant>& elemen
     return result;
 }
 
-Variant Variant::ofTexts(const std::vector<std::wstring>& texts) {
+Variant Variant::ofTexts(const std::vector<std::wstring>& texts)
+{
     std::vector<Variant> elements;
     for (const std::wstring& text : texts) {
         elements.push_back(ofText(text));
@@ -131,21 +146,25 @@ Variant Variant::ofTexts(const std::vector<std::wstring>& texts) {
     return ofArray(VT_BSTR, elements);
 }
 
-VARIANT* Variant::put() {
+VARIANT* Variant::put()
+{
     VariantClear(&m_value);
     m_value = nullValue();
     return &m_value;
 }
 
-VARIANT Variant::detach() {
+VARIANT Variant::detach()
+{
     return std::exchange(m_value, nullValue());
 }
 
-std::wstring_view viewOf(BSTR text) {
+std::wstring_view viewOf(BSTR text)
+{
     return text == nullptr ? std::wstring_view() : std::wstring_view(text, SysStringLen(text));
 }
 
-std::vector<Variant> elementsOf(const VARIANT& array) {
+std::vector<Variant> elementsOf(const VARIANT& array)
+{
     std::vector<Variant> elements;
     if (array.parray == nullptr) {
         return elements;
@@ -165,7 +184,8 @@ std::vector<Variant> elementsOf(const VARIANT& array) {
     return elements;
 }
 
-bool sameValue(const VARIANT& left, const VARIANT& right) {
+bool sameValue(const VARIANT& left, const VARIANT& right)
+{
     if (left.vt != right.vt) {
         return false;
     }
@@ -206,18 +226,21 @@ bool sameValue(const VARIANT& left, const VARIANT& right) {
     }
 }
 
-Bstr::Bstr(std::wstring_view text) : m_text(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {
+Bstr::Bstr(std::wstring_view text) : m_text(SysAllocStringLen(text.data(), static_cast<UINT>(text.size())))
+{
     if (m_text == nullptr) {
         throw std::bad_alloc();
     }
 }
 
-BSTR* Bstr::put() {
+BSTR* Bstr::put()
+{
     SysFreeString(std::exchange(m_text, nullptr));
     return &m_text;
 }
 
-BSTR Bstr::detach() {
+BSTR Bstr::detach()
+{
     return std::exchange(m_text, nullptr);
 }
 

@@ -11,7 +11,8 @@ namespace {
 constexpr std::wstring_view adapterNamespace = L"root\\DCIM\\vexal";
 
 // The name of the only key, for paths in the short form Class="value".
-std::wstring onlyKey(const ClassDefinition& definition) {
+std::wstring onlyKey(const ClassDefinition& definition)
+{
     std::wstring name;
     for (const Property& property : definition.properties) {
         if (!property.isKey()) {
@@ -26,7 +27,8 @@ std::wstring onlyKey(const ClassDefinition& definition) {
     return name;
 }
 
-void checkServer(const std::wstring& server) {
+void checkServer(const std::wstring& server)
+{
     if (!server.empty() && server != L"." && !sameName(server, serverName()) && !sameName(server, L"localhost")) {
         throw RequestError(code(WBEM_E_TRANSPORT_FAILURE),
                            "the path leads to the machine " + toUtf8(server) + "; this is " + toUtf8(serverName()));
@@ -35,16 +37,17 @@ void checkServer(const std::wstring& server) {
 
 }  // namespace
 
-Workspace::Workspace(const std::filesystem::path& mofFile) {
+Workspace::Workspace(const std::filesystem::path& mofFile)
+{
     compileMofFile(mofFile, m_repository);
 }
 
-ClassTarget Workspace::findClass(std::wstring_view className, std::wstring_view nameSpace) const {
+ClassTarget Workspace::findClass(std::wstring_view className, std::wstring_view nameSpace) const
+{
     if (!nameSpace.empty()) {
         const Namespace* given = m_repository.findNamespace(nameSpace);
         if (given == nullptr) {
-            throw RequestError(code(WBEM_E_INVALID_NAMESPACE),
-                               "the MOF declares no namespace " + toUtf8(nameSpace));
+            throw RequestError(code(WBEM_E_INVALID_NAMESPACE), "the MOF declares no namespace " + toUtf8(nameSpace));
         }
         if (ClassPointer found = given->findClass(className)) {
             return {given, std::move(found)};
@@ -65,7 +68,8 @@ ClassTarget Workspace::findClass(std::wstring_view className, std::wstring_view 
     return result;
 }
 
-InstanceTarget Workspace::findInstance(std::wstring_view path, std::wstring_view nameSpace) const {
+InstanceTarget Workspace::findInstance(std::wstring_view path, std::wstring_view nameSpace) const
+{
     const ObjectPath parsed = ObjectPath::parse(path);
     checkServer(parsed.server);
     InstanceTarget result{findClass(parsed.className, parsed.nameSpace.empty() ? nameSpace : parsed.nameSpace),
@@ -81,7 +85,8 @@ InstanceTarget Workspace::findInstance(std::wstring_view path, std::wstring_view
     return result;
 }
 
-const ProviderSession& Workspace::sessionFor(const ClassTarget& target) {
+const ProviderSession& Workspace::sessionFor(const ClassTarget& target)
+{
     ProviderRegistration registration = findRegistration(*target.nameSpace, *target.definition);
     const std::lock_guard lock(m_mutex);
     auto& session = m_sessions[{target.nameSpace->name(), registration.name}];

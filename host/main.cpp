@@ -18,7 +18,8 @@ struct LocalFreeDeleter
 };
 
 // The arguments as UTF-8. The C run time would hand them over in a code page that cannot hold every path.
-std::vector<std::string> arguments() {
+std::vector<std::string> arguments()
+{
     int count = 0;
     const std::unique_ptr<LPWSTR, LocalFreeDeleter> list(CommandLineToArgvW(GetCommandLineW(), &count));
     std::vector<std::string> result;
@@ -30,11 +31,11 @@ std::vector<std::string> arguments() {
 
 }  // namespace
 
-int main() {
+int main()
+{
     try {
         return host::runCommandLine(arguments());
-    }
-    catch (const std::exception& error) {
+    } catch (const std::exception& error) {
         host::writeError(std::string("wmihost: ") + error.what() + "\n");
         return 1;
     }

@@ -1,6 +1,8 @@
 #include "Utils/ProcessEnd.h"
 #include "companion/ObjectBroker.h"
 #include "companion/windows/PlatformAdapters.h"
+#include "companion/windows/RegistryStorage.h"
+#include "companion/windows/WindowsJobThread.h"
 #include "companion/windows/WindowsMachine.h"
 
 namespace {
@@ -10,7 +12,9 @@ struct Companion
 {
     companion::PlatformAdapters adapters;
     companion::WindowsMachine machine;
-    companion::ObjectBroker broker{adapters, machine};
+    companion::RegistryStorage settings;
+    companion::WindowsJobThread jobThread;
+    companion::ObjectBroker broker{{adapters, machine, settings, jobThread}};
 };
 
 // Ends with the module, but not with the process: there, threads are gone wherever they stood.

@@ -180,12 +180,14 @@ std::vector<Address> PlatformAdapters::readAddresses()
     }
     std::vector<Address> addresses;
     for (const auto* adapter = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(buffer.data()); adapter != nullptr;
-         adapter = adapter->Next) {
+         adapter = adapter->Next)
+    {
         if (adapter->IfType == IF_TYPE_SOFTWARE_LOOPBACK) {
             continue;
         }
         for (const IP_ADAPTER_UNICAST_ADDRESS* unicast = adapter->FirstUnicastAddress; unicast != nullptr;
-             unicast = unicast->Next) {
+             unicast = unicast->Next)
+        {
             if (std::optional<Address> address = addressFrom(*adapter, *unicast)) {
                 addresses.push_back(std::move(*address));
             }

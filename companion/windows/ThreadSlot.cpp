@@ -9,7 +9,10 @@ namespace companion {
 
 namespace {
 
-DWORD indexOf(void* handle) noexcept { return static_cast<DWORD>(reinterpret_cast<std::uintptr_t>(handle)); }
+DWORD indexOf(void* handle) noexcept
+{
+    return static_cast<DWORD>(reinterpret_cast<std::uintptr_t>(handle));
+}
 
 }  // namespace
 
@@ -23,10 +26,19 @@ ThreadSlot::ThreadSlot(void (*atEnd)(void* value))
     m_handle = reinterpret_cast<void*>(static_cast<std::uintptr_t>(index));
 }
 
-ThreadSlot::~ThreadSlot() { FlsFree(indexOf(m_handle)); }
+ThreadSlot::~ThreadSlot()
+{
+    FlsFree(indexOf(m_handle));
+}
 
-void* ThreadSlot::get() const noexcept { return FlsGetValue(indexOf(m_handle)); }
+void* ThreadSlot::get() const noexcept
+{
+    return FlsGetValue(indexOf(m_handle));
+}
 
-bool ThreadSlot::set(void* value) noexcept { return FlsSetValue(indexOf(m_handle), value) != FALSE; }
+bool ThreadSlot::set(void* value) noexcept
+{
+    return FlsSetValue(indexOf(m_handle), value) != FALSE;
+}
 
 }  // namespace companion

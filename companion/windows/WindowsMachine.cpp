@@ -10,7 +10,10 @@
 
 namespace companion {
 
-std::string WindowsMachine::computerName() { return utils::computerName(); }
+std::string WindowsMachine::computerName()
+{
+    return utils::computerName();
+}
 
 std::string WindowsMachine::userName()
 {

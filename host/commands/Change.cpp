@@ -5,7 +5,8 @@
 namespace host {
 
 int runSet(Workspace& workspace, const std::wstring& path, const std::vector<Assignment>& values,
-           const CommandOptions& options) {
+           const CommandOptions& options)
+{
     const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
     const ClassDefinition& definition = *instance.target.definition;
     const auto object = getInstance(workspace, instance, options);
@@ -18,7 +19,8 @@ int runSet(Workspace& workspace, const std::wstring& path, const std::vector<Ass
     return 0;
 }
 
-int runDelete(Workspace& workspace, const std::wstring& path, const CommandOptions& options) {
+int runDelete(Workspace& workspace, const std::wstring& path, const CommandOptions& options)
+{
     const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
     deleteInstance(workspace, instance, options);
     writeOut("deleted " + toUtf8(instance.path) + "\n");

@@ -9,14 +9,16 @@
 namespace host {
 namespace {
 
-bool isShown(const ClassTarget& target, const CommandOptions& options) {
+bool isShown(const ClassTarget& target, const CommandOptions& options)
+{
     return !target.definition->name.starts_with(L"__") &&
            (options.nameSpace.empty() ||
             sameName(ClassRepository::plainName(options.nameSpace), target.nameSpace->name()));
 }
 
 // The classes that are not the system's, in the order of the MOF.
-std::vector<ClassTarget> allClasses(const Workspace& workspace, const CommandOptions& options) {
+std::vector<ClassTarget> allClasses(const Workspace& workspace, const CommandOptions& options)
+{
     std::vector<ClassTarget> result;
     for (const Namespace* nameSpace : workspace.repository().namespaces()) {
         for (const ClassPointer& definition : nameSpace->classes()) {
@@ -29,7 +31,8 @@ std::vector<ClassTarget> allClasses(const Workspace& workspace, const CommandOpt
     return result;
 }
 
-std::string accessOf(const Property& property) {
+std::string accessOf(const Property& property)
+{
     std::string access = property.isKey() ? "key" : "";
     if (hasQualifier(property.qualifiers, L"write")) {
         access += access.empty() ? "write" : ", write";
@@ -37,21 +40,25 @@ std::string accessOf(const Property& property) {
     return access;
 }
 
-std::string typeOf(const Property& property) {
+std::string typeOf(const Property& property)
+{
     return toUtf8(typeText(property)) + (isArray(property.type) ? "[]" : "");
 }
 
-std::string description(const Qualifiers& qualifiers) {
+std::string description(const Qualifiers& qualifiers)
+{
     return toUtf8(qualifierText(qualifiers, L"Description"));
 }
 
-std::string limitText(const Property& property, const wchar_t* qualifier) {
+std::string limitText(const Property& property, const wchar_t* qualifier)
+{
     const Qualifier* found = findQualifier(property.qualifiers, qualifier);
     return found == nullptr ? std::string() : toUtf8(scalarText(found->value.get(), found->type));
 }
 
 // "2 Enabled, 3 Disabled"; empty for a property without a value map.
-std::string valueMapText(const Qualifiers& qualifiers) {
+std::string valueMapText(const Qualifiers& qualifiers)
+{
     const Qualifier* map = findQualifier(qualifiers, L"ValueMap");
     if (map == nullptr || !map->value.isArray()) {
         return {};
@@ -65,7 +72,8 @@ std::string valueMapText(const Qualifiers& qualifiers) {
 }
 
 // The description and everything else that is worth knowing of a property, as sentences.
-std::string remarks(const Property& property) {
+std::string remarks(const Property& property)
+{
     std::string text = description(property.qualifiers);
     if (const std::wstring units = qualifierText(property.qualifiers, L"Units"); !units.empty()) {
         text += " Unit: " + toUtf8(units) + ".";
@@ -76,7 +84,8 @@ std::string remarks(const Property& property) {
     return text;
 }
 
-std::string parameterList(const Method& method) {
+std::string parameterList(const Method& method)
+{
     std::string text;
     for (const auto& [signature, direction] : {std::pair{method.in, "in "}, std::pair{method.out, "out "}}) {
         if (!signature) {
@@ -91,12 +100,14 @@ std::string parameterList(const Method& method) {
     return text;
 }
 
-std::string returnType(const Method& method) {
+std::string returnType(const Method& method)
+{
     const Property* value = method.out ? method.out->findProperty(L"ReturnValue") : nullptr;
     return value == nullptr ? "void" : typeOf(*value);
 }
 
-Json parameterJson(const ClassPointer& signature) {
+Json parameterJson(const ClassPointer& signature)
+{
     Json list = Json::array();
     if (signature) {
         for (const Property& parameter : signature->properties) {
@@ -108,7 +119,8 @@ Json parameterJson(const ClassPointer& signature) {
     return list;
 }
 
-Json describeJson(const ClassTarget& target) {
+Json describeJson(const ClassTarget& target)
+{
     const ClassDefinition& definition = *target.definition;
     Json json;
     json["class"] = toUtf8(definition.name);
@@ -139,7 +151,8 @@ Json describeJson(const ClassTarget& target) {
     return json;
 }
 
-void describeTable(const ClassTarget& target) {
+void describeTable(const ClassTarget& target)
+{
     const ClassDefinition& definition = *target.definition;
     writeOut(toUtf8(definition.name) + " in " + toUtf8(target.nameSpace->name()) + "\n");
     if (!definition.ancestors.empty()) {
@@ -162,7 +175,8 @@ void describeTable(const ClassTarget& target) {
     }
 }
 
-std::string rangeText(const Property& property) {
+std::string rangeText(const Property& property)
+{
     const std::string low = limitText(property, L"MinValue");
     const std::string high = limitText(property, L"MaxValue");
     const std::string shortest = limitText(property, L"MinLen");
@@ -177,7 +191,8 @@ std::string rangeText(const Property& property) {
     return text;
 }
 
-void describeMarkdown(const ClassTarget& target) {
+void describeMarkdown(const ClassTarget& target)
+{
     const ClassDefinition& definition = *target.definition;
     std::string text = "## " + toUtf8(definition.name) + "\n\n`" + toUtf8(target.nameSpace->name()) + "`. " +
                        description(definition.qualifiers) + "\n\n";
@@ -198,7 +213,8 @@ void describeMarkdown(const ClassTarget& target) {
 
 }  // namespace
 
-int runClasses(const Workspace& workspace, const CommandOptions& options) {
+int runClasses(const Workspace& workspace, const CommandOptions& options)
+{
     const auto classes = allClasses(workspace, options);
     if (options.format == Format::json) {
         Json list = Json::array();
@@ -228,7 +244,8 @@ int runClasses(const Workspace& workspace, const CommandOptions& options) {
     return 0;
 }
 
-int runDescribe(const Workspace& workspace, const std::wstring& className, const CommandOptions& options) {
+int runDescribe(const Workspace& workspace, const std::wstring& className, const CommandOptions& options)
+{
     const auto classes = className.empty()
                              ? allClasses(workspace, options)
                              : std::vector<ClassTarget>{workspace.findClass(className, options.nameSpace)};

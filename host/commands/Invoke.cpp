@@ -15,7 +15,8 @@
 namespace host {
 namespace {
 
-const Method& methodOf(const ClassDefinition& definition, const std::wstring& name) {
+const Method& methodOf(const ClassDefinition& definition, const std::wstring& name)
+{
     const Method* method = definition.findMethod(name);
     if (method == nullptr) {
         throw RequestError(code(WBEM_E_INVALID_METHOD),
@@ -25,7 +26,8 @@ const Method& methodOf(const ClassDefinition& definition, const std::wstring& na
 }
 
 // The return value's words stand at the method, not at the value.
-std::string outputText(const Method& method, const Property& property, const VARIANT& value) {
+std::string outputText(const Method& method, const Property& property, const VARIANT& value)
+{
     if (property.name != L"ReturnValue") {
         return valueAndWord(property, value);
     }
@@ -34,7 +36,8 @@ std::string outputText(const Method& method, const Property& property, const VAR
     return word.empty() ? number : number + " (" + toUtf8(word) + ")";
 }
 
-void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOptions& options) {
+void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOptions& options)
+{
     if (options.format == Format::json) {
         Json json;
         for (const Property& property : method.out->properties) {
@@ -53,7 +56,8 @@ void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOpti
 }  // namespace
 
 int runInvoke(Workspace& workspace, const std::wstring& path, const std::wstring& methodName,
-              const std::vector<Assignment>& arguments, const CommandOptions& options) {
+              const std::vector<Assignment>& arguments, const CommandOptions& options)
+{
     const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
     const Method& method = methodOf(*instance.target.definition, methodName);
     const auto out = invokeMethod(workspace, instance, method, arguments, options);

@@ -27,19 +27,22 @@ struct JobState
     bool operator==(const JobState&) const = default;
 };
 
-long numberOf(IWbemClassObject& object, const wchar_t* name) {
+long numberOf(IWbemClassObject& object, const wchar_t* name)
+{
     const Variant value = valueOf(object, name);
     return value.type() == VT_I4 ? value.get().lVal : 0;
 }
 
-JobState read(Workspace& workspace, const InstanceTarget& job, const CommandOptions& options) {
+JobState read(Workspace& workspace, const InstanceTarget& job, const CommandOptions& options)
+{
     const auto object = getInstance(workspace, job, options);
     const Property& property = propertyOf(*job.target.definition, L"JobState");
     return {numberOf(*object.get(), L"JobState"), numberOf(*object.get(), L"PercentComplete"),
             displayText(property, valueOf(*object.get(), L"JobState").get())};
 }
 
-void show(const JobState& state, bool terminal) {
+void show(const JobState& state, bool terminal)
+{
     const std::string text = std::to_string(state.percent) + " % " + state.word;
     if (!terminal) {
         writeError(text + "\n");
@@ -51,7 +54,8 @@ void show(const JobState& state, bool terminal) {
 
 }  // namespace
 
-bool followJob(Workspace& workspace, const InstanceTarget& job, const CommandOptions& options) {
+bool followJob(Workspace& workspace, const InstanceTarget& job, const CommandOptions& options)
+{
     const bool terminal = errorIsTerminal();
     JobState shown;
     JobState now = read(workspace, job, options);

@@ -26,13 +26,13 @@ struct Tally
     HRESULT firstFailure = 0;
 };
 
-void countRequest(const std::function<void()>& request, Tally& tally) {
+void countRequest(const std::function<void()>& request, Tally& tally)
+{
     const auto begin = Clock::now();
     HRESULT failure = 0;
     try {
         request();
-    }
-    catch (const RequestError& error) {
+    } catch (const RequestError& error) {
         failure = error.status();
     }
     const auto duration = Clock::now() - begin;
@@ -46,13 +46,15 @@ void countRequest(const std::function<void()>& request, Tally& tally) {
     }
 }
 
-std::string milliseconds(Clock::duration duration) {
+std::string milliseconds(Clock::duration duration)
+{
     const auto micro = std::chrono::duration_cast<std::chrono::microseconds>(duration).count();
     return std::to_string(micro / 1000) + "." + std::to_string(micro / 100 % 10) + " ms";
 }
 
 // Sends the request `repeat` times on each of `threads` threads, one at a time per thread.
-int runMany(const CommandOptions& options, const std::function<void()>& request) {
+int runMany(const CommandOptions& options, const std::function<void()>& request)
+{
     Tally tally;
     {
         std::vector<std::jthread> threads;
@@ -66,21 +68,22 @@ int runMany(const CommandOptions& options, const std::function<void()>& request)
         }
     }
     writeOut(std::to_string(tally.requests) + " requests, " + std::to_string(tally.failures) + " failures, slowest " +
-             milliseconds(tally.slowest) + ", mean " + milliseconds(tally.total / std::max(1U, tally.requests)) +
-             "\n");
+             milliseconds(tally.slowest) + ", mean " + milliseconds(tally.total / std::max(1U, tally.requests)) + "\n");
     if (tally.failures > 0) {
         writeError("first failure: " + statusText(tally.firstFailure) + "\n");
     }
     return tally.failures == 0 ? 0 : 1;
 }
 
-bool isMany(const CommandOptions& options) {
+bool isMany(const CommandOptions& options)
+{
     return options.threads > 1 || options.repeat > 1;
 }
 
 }  // namespace
 
-int runList(Workspace& workspace, const std::wstring& className, const CommandOptions& options) {
+int runList(Workspace& workspace, const std::wstring& className, const CommandOptions& options)
+{
     const ClassTarget target = workspace.findClass(className, options.nameSpace);
     // A misspelt name must not cost a request.
     shownProperties(*target.definition, options);
@@ -94,7 +97,8 @@ int runList(Workspace& workspace, const std::wstring& className, const CommandOp
     return 0;
 }
 
-int runGet(Workspace& workspace, const std::wstring& path, const CommandOptions& options) {
+int runGet(Workspace& workspace, const std::wstring& path, const CommandOptions& options)
+{
     const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
     shownProperties(*instance.target.definition, options);
     if (isMany(options)) {

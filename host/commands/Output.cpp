@@ -15,7 +15,8 @@ namespace host {
 namespace {
 
 // What a line of a table says of an instance at a glance; classes that are not named here show everything.
-const std::map<std::wstring, std::vector<std::wstring>>& glances() {
+const std::map<std::wstring, std::vector<std::wstring>>& glances()
+{
     static const std::map<std::wstring, std::vector<std::wstring>> columns{
         {L"Zerix_EthernetPort",
          {L"Name", L"PermanentAddress", L"Speed", L"ActiveMaximumTransmissionUnit", L"EnabledState", L"HealthState",
@@ -31,7 +32,8 @@ const std::map<std::wstring, std::vector<std::wstring>>& glances() {
 }
 
 // Headings that are shorter than the property's name.
-std::string headingOf(const Property& property) {
+std::string headingOf(const Property& property)
+{
     static const std::map<std::wstring, std::string> shorter{{L"ActiveMaximumTransmissionUnit", "MTU"},
                                                              {L"PermanentAddress", "MAC"},
                                                              {L"EnabledState", "State"},
@@ -40,7 +42,8 @@ std::string headingOf(const Property& property) {
     return found == shorter.end() ? toUtf8(property.name) : found->second;
 }
 
-std::vector<const Property*> tableColumns(const ClassDefinition& definition, const CommandOptions& options) {
+std::vector<const Property*> tableColumns(const ClassDefinition& definition, const CommandOptions& options)
+{
     const auto found = glances().find(definition.name);
     if (!options.properties.empty() || found == glances().end()) {
         auto columns = shownProperties(definition, options);
@@ -60,7 +63,8 @@ std::vector<const Property*> tableColumns(const ClassDefinition& definition, con
     return columns;
 }
 
-void writeTable(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options) {
+void writeTable(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
+{
     const auto properties = tableColumns(definition, options);
     std::vector<Table::Column> columns;
     for (const Property* property : properties) {
@@ -77,12 +81,14 @@ void writeTable(const Objects& objects, const ClassDefinition& definition, const
     const auto width = lineWidth();
     writeOut(table.render(width));
     if (const std::size_t hidden = table.hiddenColumns(width)) {
-        writeError(std::to_string(hidden) + " more properties do not fit the terminal; --property A,B or "
-                                            "--format json shows them\n");
+        writeError(std::to_string(hidden) +
+                   " more properties do not fit the terminal; --property A,B or "
+                   "--format json shows them\n");
     }
 }
 
-Json toJson(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options) {
+Json toJson(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options)
+{
     Json json;
     json["__CLASS"] = toUtf8(textOf(object, L"__CLASS"));
     if (const Variant path = valueOf(object, L"__PATH"); !path.isNull()) {
@@ -94,7 +100,8 @@ Json toJson(IWbemClassObject& object, const ClassDefinition& definition, const C
     return json;
 }
 
-std::string mofOf(IWbemClassObject& object) {
+std::string mofOf(IWbemClassObject& object)
+{
     Bstr text;
     const HRESULT result = object.GetObjectText(0, text.put());
     if (FAILED(result)) {
@@ -103,7 +110,8 @@ std::string mofOf(IWbemClassObject& object) {
     return toUtf8(text.view());
 }
 
-void refuseMarkdown(const CommandOptions& options) {
+void refuseMarkdown(const CommandOptions& options)
+{
     if (options.format == Format::markdown) {
         throw UsageError("--format markdown is for describe");
     }
@@ -111,7 +119,8 @@ void refuseMarkdown(const CommandOptions& options) {
 
 }  // namespace
 
-std::vector<const Property*> shownProperties(const ClassDefinition& definition, const CommandOptions& options) {
+std::vector<const Property*> shownProperties(const ClassDefinition& definition, const CommandOptions& options)
+{
     std::vector<const Property*> result;
     for (const std::wstring& name : options.properties) {
         result.push_back(&propertyOf(definition, name));
@@ -124,13 +133,15 @@ std::vector<const Property*> shownProperties(const ClassDefinition& definition, 
     return result;
 }
 
-std::string valueAndWord(const Property& property, const VARIANT& value) {
+std::string valueAndWord(const Property& property, const VARIANT& value)
+{
     const std::string shown = displayText(property, value);
     const bool hasWord = (value.vt & VT_ARRAY) == 0 && !wordFor(property.qualifiers, value, property.type).empty();
     return hasWord ? toUtf8(scalarText(value, property.type)) + " (" + shown + ")" : shown;
 }
 
-void writeObjects(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options) {
+void writeObjects(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
+{
     refuseMarkdown(options);
     switch (options.format) {
         case Format::json: {
@@ -151,7 +162,8 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
     }
 }
 
-void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options) {
+void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options)
+{
     refuseMarkdown(options);
     if (options.format == Format::json) {
         writeOut(toJson(object, definition, options).dump(2) + "\n");

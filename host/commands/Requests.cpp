@@ -16,7 +16,8 @@ namespace {
 // Below this, an enumeration is over before anybody could read how far it is.
 constexpr unsigned worthReporting = 20;
 
-void reportProgress(Progress progress) {
+void reportProgress(Progress progress)
+{
     const unsigned done = progress.index + 1;
     if (progress.total < worthReporting) {
         return;
@@ -25,13 +26,15 @@ void reportProgress(Progress progress) {
     writeError("\r" + std::to_string(done) + " of " + std::to_string(progress.total) + (last ? "\n" : ""));
 }
 
-RequestOptions requestOptions(const CommandOptions& options) {
+RequestOptions requestOptions(const CommandOptions& options)
+{
     RequestOptions result;
     result.impersonation = options.impersonation;
     return result;
 }
 
-void check(const RequestResult& result) {
+void check(const RequestResult& result)
+{
     if (!result.exception.empty()) {
         throw RequestError(result.status, "the provider threw: " + result.exception);
     }
@@ -40,28 +43,32 @@ void check(const RequestResult& result) {
     }
 }
 
-void checkCall(HRESULT result, const std::string& what) {
+void checkCall(HRESULT result, const std::string& what)
+{
     if (FAILED(result)) {
         throw RequestError(result, what);
     }
 }
 
 // A system property that a user may want to see; classes do not declare it.
-Property systemText(const wchar_t* name) {
+Property systemText(const wchar_t* name)
+{
     Property property;
     property.name = name;
     return property;
 }
 
 // The object into which the arguments go; an empty one for a method without inputs.
-ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method) {
+ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method)
+{
     const ClassPointer signature = method.in ? method.in : target.nameSpace->findClass(L"__PARAMETERS");
     return ClassObject::ofInstance(InstanceData(signature));
 }
 
 }  // namespace
 
-Objects enumerateInstances(Workspace& workspace, const ClassTarget& target, const CommandOptions& options) {
+Objects enumerateInstances(Workspace& workspace, const ClassTarget& target, const CommandOptions& options)
+{
     RequestOptions request = requestOptions(options);
     if (errorIsTerminal()) {
         request.onProgress = reportProgress;
@@ -72,9 +79,9 @@ Objects enumerateInstances(Workspace& workspace, const ClassTarget& target, cons
 }
 
 ComPtr<IWbemClassObject> getInstance(Workspace& workspace, const InstanceTarget& instance,
-                                     const CommandOptions& options) {
-    RequestResult result =
-        workspace.sessionFor(instance.target).get(instance.path, requestOptions(options));
+                                     const CommandOptions& options)
+{
+    RequestResult result = workspace.sessionFor(instance.target).get(instance.path, requestOptions(options));
     check(result);
     if (result.objects.size() != 1) {
         throw RequestError(code(WBEM_E_PROVIDER_FAILURE),
@@ -84,16 +91,19 @@ ComPtr<IWbemClassObject> getInstance(Workspace& workspace, const InstanceTarget&
 }
 
 void putInstance(Workspace& workspace, const ClassTarget& target, IWbemClassObject* object,
-                 const CommandOptions& options) {
+                 const CommandOptions& options)
+{
     check(workspace.sessionFor(target).put(object, requestOptions(options)));
 }
 
-void deleteInstance(Workspace& workspace, const InstanceTarget& instance, const CommandOptions& options) {
+void deleteInstance(Workspace& workspace, const InstanceTarget& instance, const CommandOptions& options)
+{
     check(workspace.sessionFor(instance.target).remove(instance.path, requestOptions(options)));
 }
 
 ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget& instance, const Method& method,
-                                      const std::vector<Assignment>& arguments, const CommandOptions& options) {
+                                      const std::vector<Assignment>& arguments, const CommandOptions& options)
+{
     const auto in = makeArguments(instance.target, method);
     for (const Assignment& argument : arguments) {
         if (!method.in || method.in->findProperty(argument.first) == nullptr) {
@@ -102,27 +112,28 @@ ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget
         }
         assign(*in.get(), *method.in, argument);
     }
-    RequestResult result = workspace.sessionFor(instance.target)
-                               .execMethod(instance.path, method.name, in.get(), requestOptions(options));
+    RequestResult result =
+        workspace.sessionFor(instance.target).execMethod(instance.path, method.name, in.get(), requestOptions(options));
     check(result);
     return result.objects.empty() ? ComPtr<IWbemClassObject>() : result.objects.front();
 }
 
-void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment) {
+void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment)
+{
     const Property& property = propertyOf(definition, assignment.first);
     Variant value;
     if (!sameName(assignment.second, L"null")) {
         try {
             value = valueFromText(assignment.second, property.type);
-        }
-        catch (const ValueError& error) {
+        } catch (const ValueError& error) {
             throw UsageError(toUtf8(property.name) + ": " + error.what());
         }
     }
     checkCall(object.Put(property.name.c_str(), 0, value.in(), 0), "the object takes no such value");
 }
 
-const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name) {
+const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name)
+{
     static const std::array systemTexts{systemText(L"__PATH"), systemText(L"__RELPATH"), systemText(L"__CLASS")};
     const auto* system = std::find_if(systemTexts.begin(), systemTexts.end(),
                                       [name](const Property& p) { return sameName(p.name, name); });
@@ -134,7 +145,8 @@ const Property& propertyOf(const ClassDefinition& definition, std::wstring_view 
     return *property;
 }
 
-void applyConditions(Objects& objects, const ClassDefinition& definition, const CommandOptions& options) {
+void applyConditions(Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
+{
     for (const Assignment& condition : options.conditions) {
         const Property& property = propertyOf(definition, condition.first);
         const auto differs = [&](const ComPtr<IWbemClassObject>& object) {

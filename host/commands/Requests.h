@@ -25,7 +25,8 @@ ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget
 // UsageError for a text that does not fit, RequestError for a property that does not exist.
 void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment);
 
-// The property of that name, or one of the system properties __PATH, __RELPATH and __CLASS. Throws RequestError with WBEM_E_INVALID_PROPERTY.
+// The property of that name, or one of the system properties __PATH, __RELPATH and __CLASS. Throws RequestError with
+// WBEM_E_INVALID_PROPERTY.
 const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name);
 
 // Keeps the objects whose properties have the values that the options' conditions ask for, in the provider's

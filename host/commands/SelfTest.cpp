@@ -26,7 +26,8 @@ class Tour
 public:
     Tour(Workspace& workspace, const CommandOptions& options) : m_workspace(workspace), m_options(options) {}
 
-    std::string enumerate() {
+    std::string enumerate()
+    {
         const ClassTarget target = m_workspace.findClass(L"Zerix_EthernetPort", L"");
         const Objects ports = enumerateInstances(m_workspace, target, m_options);
         if (ports.empty()) {
@@ -36,7 +37,8 @@ public:
         return std::to_string(ports.size()) + " adapters";
     }
 
-    std::string get() {
+    std::string get()
+    {
         const InstanceTarget port = instanceOf(m_port);
         const auto object = getInstance(m_workspace, port, m_options);
         const std::wstring path = textOf(*object.get(), L"__RELPATH");
@@ -46,7 +48,8 @@ public:
         return "the first adapter, " + toUtf8(textOf(*object.get(), L"Name"));
     }
 
-    std::string put() {
+    std::string put()
+    {
         const ClassTarget target = m_workspace.findClass(L"Zerix_DiagnosticSetting", L"");
         const Objects settings = enumerateInstances(m_workspace, target, m_options);
         if (settings.empty()) {
@@ -62,7 +65,8 @@ public:
         return "the diagnostic setting, unchanged";
     }
 
-    std::string invoke() {
+    std::string invoke()
+    {
         const InstanceTarget port = instanceOf(m_port);
         const Method* method = port.target.definition->findMethod(L"RunLinkDiagnostic");
         if (method == nullptr) {
@@ -80,7 +84,8 @@ public:
         return "RunLinkDiagnostic started a job";
     }
 
-    std::string remove() {
+    std::string remove()
+    {
         if (m_job.empty()) {
             throw StepFailure("there is no job to delete");
         }
@@ -88,8 +93,7 @@ public:
         deleteInstance(m_workspace, job, m_options);
         try {
             getInstance(m_workspace, job, m_options);
-        }
-        catch (const RequestError& error) {
+        } catch (const RequestError& error) {
             if (error.status() == code(WBEM_E_NOT_FOUND)) {
                 return "the job is gone";
             }
@@ -99,7 +103,8 @@ public:
     }
 
 private:
-    InstanceTarget instanceOf(const std::wstring& path) const {
+    InstanceTarget instanceOf(const std::wstring& path) const
+    {
         if (path.empty()) {
             throw StepFailure("an earlier step delivered no path");
         }
@@ -114,7 +119,8 @@ private:
 
 }  // namespace
 
-int runSelfTest(Workspace& workspace, const CommandOptions& options) {
+int runSelfTest(Workspace& workspace, const CommandOptions& options)
+{
     Tour tour(workspace, options);
     const std::vector<std::pair<std::string, std::function<std::string()>>> steps{
         {"enumerate", [&tour] { return tour.enumerate(); }},
@@ -129,15 +135,13 @@ int runSelfTest(Workspace& workspace, const CommandOptions& options) {
         bool good = true;
         try {
             detail = step();
-        }
-        catch (const RequestError& error) {
+        } catch (const RequestError& error) {
             good = false;
             detail = statusText(error.status());
             if (*error.what() != '\0') {
                 detail += "; " + std::string(error.what());
             }
-        }
-        catch (const StepFailure& failure) {
+        } catch (const StepFailure& failure) {
             good = false;
             detail = failure.what();
         }

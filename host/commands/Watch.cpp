@@ -26,7 +26,8 @@ struct Sample
     std::vector<unsigned long long> counters;
 };
 
-std::vector<const Property*> countersOf(const ClassDefinition& definition, const CommandOptions& options) {
+std::vector<const Property*> countersOf(const ClassDefinition& definition, const CommandOptions& options)
+{
     std::vector<const Property*> result = shownProperties(definition, options);
     std::erase_if(result, [](const Property* p) { return !hasQualifier(p->qualifiers, L"Counter"); });
     if (result.empty()) {
@@ -36,7 +37,8 @@ std::vector<const Property*> countersOf(const ClassDefinition& definition, const
 }
 
 // What tells the instance from its neighbours: the values of its keys that the class does not fix.
-std::string labelOf(IWbemClassObject& object, const ClassDefinition& definition) {
+std::string labelOf(IWbemClassObject& object, const ClassDefinition& definition)
+{
     std::string label;
     for (const Property& property : definition.properties) {
         const bool fixed = property.name.ends_with(L"CreationClassName") || property.name == L"SystemName";
@@ -48,7 +50,8 @@ std::string labelOf(IWbemClassObject& object, const ClassDefinition& definition)
 }
 
 std::vector<Sample> takeSamples(Workspace& workspace, const ClassTarget& target,
-                                const std::vector<const Property*>& counters, const CommandOptions& options) {
+                                const std::vector<const Property*>& counters, const CommandOptions& options)
+{
     Objects objects = enumerateInstances(workspace, target, options);
     applyConditions(objects, *target.definition, options);
     std::vector<Sample> samples;
@@ -62,24 +65,28 @@ std::vector<Sample> takeSamples(Workspace& workspace, const ClassTarget& target,
     return samples;
 }
 
-std::string unitOf(const Property& counter) {
+std::string unitOf(const Property& counter)
+{
     const std::wstring units = qualifierText(counter.qualifiers, L"Units");
     return sameName(units, L"Bytes") ? "B/s" : "/s";
 }
 
 // A counter that runs backwards was reset; it has no rate then.
-double rateOf(unsigned long long before, unsigned long long now, double seconds) {
+double rateOf(unsigned long long before, unsigned long long now, double seconds)
+{
     return now < before ? 0 : static_cast<double>(now - before) / seconds;
 }
 
 // The rate of the first counter, compared with the fastest instance. Empty when nothing moves.
-std::string barOf(double rate, double fastest) {
+std::string barOf(double rate, double fastest)
+{
     const double share = fastest > 0 ? rate / fastest : 0;
     return std::string(static_cast<std::size_t>(std::lround(share * static_cast<double>(barWidth))), '#');
 }
 
 std::string render(const std::vector<Sample>& before, const std::vector<Sample>& now, double seconds,
-                   const std::vector<const Property*>& counters) {
+                   const std::vector<const Property*>& counters)
+{
     std::map<std::wstring, const Sample*> earlier;
     for (const Sample& sample : before) {
         earlier[sample.path] = &sample;
@@ -114,7 +121,8 @@ std::string render(const std::vector<Sample>& before, const std::vector<Sample>&
 
 }  // namespace
 
-int runWatch(Workspace& workspace, const std::wstring& className, const CommandOptions& options) {
+int runWatch(Workspace& workspace, const std::wstring& className, const CommandOptions& options)
+{
     const ClassTarget target = workspace.findClass(className, options.nameSpace);
     const auto counters = countersOf(*target.definition, options);
     const bool terminal = outIsTerminal();

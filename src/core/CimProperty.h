@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <memory_resource>
 #include <string>
 #include <vector>
 
@@ -80,7 +83,7 @@ public:
     void addListener(Listener* listener);
 
     // In order of registration; the embedded ones come first.
-    const std::vector<Listener*>& listeners() const noexcept { return m_listeners; }
+    const std::pmr::vector<Listener*>& listeners() const noexcept { return m_listeners; }
 
 protected:
     void setIsNull(bool isNull) noexcept { m_isNull = isNull; }
@@ -107,7 +110,11 @@ private:
     bool m_overriden = false;
     bool m_modifiable = false;
     bool m_key = false;
-    std::vector<Listener*> m_listeners;
+    // Room for the listeners that nearly every property has, and no other: a heap block for each property would double
+    // what it takes to make one.
+    alignas(Listener*) std::array<std::byte, 4 * sizeof(Listener*)> m_listenerSpace;
+    std::pmr::monotonic_buffer_resource m_listenerMemory{m_listenerSpace.data(), m_listenerSpace.size()};
+    std::pmr::vector<Listener*> m_listeners{&m_listenerMemory};
     IsModifyEnabledListener m_isModifyEnabled;
     VerifyTypeListener m_verifyType;
 };

@@ -29,21 +29,14 @@ std::string narrowCharacters(const wchar_t* text, int length)
     if (length == 0) {
         return {};
     }
-    // No code page needs more than four bytes for a character, so what is short enough fits without being measured.
-    std::array<char, 512> buffer;
-    const bool fits = static_cast<std::size_t>(length) <= buffer.size() / 4;
-    if (fits && copyAscii(text, static_cast<std::size_t>(length), buffer.data())) {
-        return {buffer.data(), static_cast<std::size_t>(length)};
+    std::string result(static_cast<std::size_t>(length), '\0');
+    if (copyAscii(text, result.size(), result.data())) {
+        return result;
     }
     // A process may run with UTF-8 as its ANSI code page; the platform then refuses a replacement character.
     const char* replacement = GetACP() == CP_UTF8 ? nullptr : "?";
-    if (fits) {
-        const int written = WideCharToMultiByte(CP_ACP, 0, text, length, buffer.data(), static_cast<int>(buffer.size()),
-                                                replacement, nullptr);
-        return {buffer.data(), static_cast<std::size_t>(written)};
-    }
     const int size = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, replacement, nullptr);
-    std::string result(static_cast<std::size_t>(size), '\0');
+    result.resize(static_cast<std::size_t>(size));
     WideCharToMultiByte(CP_ACP, 0, text, length, result.data(), size, replacement, nullptr);
     return result;
 }

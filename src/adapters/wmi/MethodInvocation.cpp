@@ -22,7 +22,7 @@ public:
 void putOutParameter(const utils::LogSite& caller, const std::string& name, utils::ScopedVariant& value,
                      IWbemClassObject* pOutParams)
 {
-    const HRESULT hr = pOutParams->Put(utils::ScopedBstr(name).get(), 0, value.address(), 0);
+    const HRESULT hr = pOutParams->Put(utils::WideText(name).get(), 0, value.address(), 0);
     if (hr != WBEM_S_NO_ERROR) {
         caller.error("pOutParams->Put() error 0x%X", hr);
     }
@@ -86,7 +86,7 @@ void WmiConverter::indicateResults(const std::string& className, const std::stri
             PropertyConverter* const converter = entry == nullptr ? nullptr : *entry;
             ASSERT(here, converter != NULL);
             utils::ScopedVariant value(converter->propertyToVariant(property));
-            outParams->Put(utils::ScopedBstr(name).get(), 0, value.address(), 0);
+            outParams->Put(utils::WideText(name).get(), 0, value.address(), 0);
         }
     }
     here.debug("Indicate results");

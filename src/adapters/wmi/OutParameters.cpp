@@ -19,7 +19,7 @@ utils::ComReference<IWbemClassObject> spawnOutParameters(const utils::LogSite& c
     }
     caller.debug("Get method %s", methodName.c_str());
     utils::ComReference<IWbemClassObject> signature;
-    hr = classObject->GetMethod(utils::ScopedBstr(methodName).get(), 0, nullptr, signature.out());
+    hr = classObject->GetMethod(utils::WideText(methodName).get(), 0, nullptr, signature.out());
     if (signature.get() != nullptr) {
         signature->SpawnInstance(0, outParams.out());
     }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -66,7 +67,10 @@ VARIANT numberArrayVariant(const utils::LogSite& here, const std::vector<Number>
 
 SAFEARRAY* arrayOf(const VARIANT& variant)
 {
-    return (variant.vt & VT_BYREF) != 0 ? *variant.pparray : variant.parray;
+    if ((variant.vt & VT_BYREF) == 0) {
+        return variant.parray;
+    }
+    return variant.pparray == nullptr ? nullptr : *variant.pparray;
 }
 
 // The type tests of arrays look at single bits of the VARIANT's type, and clients may declare what they like: what the
@@ -219,8 +223,9 @@ core::CimProperty* StringArrayPropertyConverter::variantToProperty(std::string n
     std::vector<std::string> texts;
     const ScopedTextArray array(arrayOf(*variant));
     if (array.exists()) {
-        for (LONG index = array.lowerBound(); index <= array.upperBound(); ++index) {
-            texts.push_back(array.at(index));
+        // The bound is the largest index there is at most, hence the wider counter.
+        for (LONGLONG index = array.lowerBound(); index <= array.upperBound(); ++index) {
+            texts.push_back(array.at(static_cast<LONG>(index)));
             here.debug("Add '%s'", texts.back().c_str());
         }
     }
@@ -363,7 +368,7 @@ VARIANT Uint64PropertyConverter::propertyToVariant(core::CimProperty* property)
     static constexpr utils::LogSite here{FILE_NAME, "wa::Uint64PropertyConverter::propertyToVariant"};
     ASSERT(here, property != NULL);
     ASSERT(here, property->getType() == core::CimProperty::EPT_UINT64);
-    const std::string text = utils::format("%I64u", static_cast<core::CimPropertyUint64*>(property)->getValue());
+    const std::string text = std::to_string(static_cast<core::CimPropertyUint64*>(property)->getValue());
     here.debug("uint64 property value is %s", text.c_str());
     return bstrVariant(text);
 }

@@ -86,7 +86,8 @@ void WmiConverter::registerConverter(PropertyConverter* converter, core::CimProp
         ASSERT(here, oldConverter != NULL);
         delete oldConverter;
     }
-    typeConverters.set(type, owned.release());
+    typeConverters.set(type, converter);
+    owned.release();
     cimTypeConverters.set(cimType, converter);
 }
 
@@ -115,10 +116,16 @@ core::CimPath WmiConverter::getPath(IWbemClassObject* wmiInst)
 IWbemClassObject* WmiConverter::createWmiInstance(const std::string& className, IWbemServices* pNamespace,
                                                   IWbemContext* pCtx)
 {
+    return createWmiInstance(className, utils::ScopedBstr(className).get(), pNamespace, pCtx);
+}
+
+IWbemClassObject* WmiConverter::createWmiInstance(const std::string& className, BSTR bstrClassName,
+                                                  IWbemServices* pNamespace, IWbemContext* pCtx)
+{
     static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::createWmiInstance"};
     here.debug("createWmiInstance");
     utils::ComReference<IWbemClassObject> classObject;
-    HRESULT hr = pNamespace->GetObject(utils::ScopedBstr(className).get(), 0, pCtx, classObject.out(), nullptr);
+    HRESULT hr = pNamespace->GetObject(bstrClassName, 0, pCtx, classObject.out(), nullptr);
     // A success code other than 0 is no class either.
     if (hr != WBEM_S_NO_ERROR) {
         throw utils::Exception("pNamespace->GetObject(%s) error #%x", className.c_str(), static_cast<unsigned>(hr));
@@ -158,7 +165,7 @@ void WmiConverter::copyProperties(IWbemClassObject* wmiInst, core::CimInstance* 
         ASSERT(here, converter != NULL);
         utils::ScopedVariant value(converter->propertyToVariant(property));
         // No type is given: the class says which one the property has.
-        const HRESULT hr = wmiInst->Put(utils::ScopedBstr(property->getName()).get(), 0, value.address(), 0);
+        const HRESULT hr = wmiInst->Put(utils::WideText(property->getName()).get(), 0, value.address(), 0);
         if (hr != WBEM_S_NO_ERROR) {
             here.error("Property copy error: %x", hr);
         }
@@ -182,9 +189,17 @@ std::vector<IWbemClassObject*> WmiConverter::getInstances(IWbemServices* pNamesp
     }
     ObjectsInMaking objects;
     utils::SafeList<core::CimInstance*>::Iterator iterator = instances.getIterator();
+    // Instances of one class share its name as a BSTR.
+    std::string sharedName;
+    utils::ScopedBstr sharedBstr;
     while (core::CimInstance* instance = iterator.next()) {
         // The instance's own class, which may be a subclass of the one that was asked for.
-        IWbemClassObject* object = createWmiInstance(instance->getClassName(), pNamespace, pCtx);
+        std::string instanceClass = instance->getClassName();
+        if (sharedBstr.get() == nullptr || instanceClass != sharedName) {
+            *sharedBstr.out() = utils::toBstr(instanceClass);
+            sharedName = std::move(instanceClass);
+        }
+        IWbemClassObject* object = createWmiInstance(sharedName, sharedBstr.get(), pNamespace, pCtx);
         objects.append(object);
         copyProperties(object, instance);
     }

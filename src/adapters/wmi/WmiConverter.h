@@ -70,6 +70,10 @@ public:
     void addStringToResponseHandler(const std::string& name, const std::string& value, IWbemClassObject* pOutParams);
 
 private:
+    // The same, for a name that is there as a BSTR already.
+    IWbemClassObject* createWmiInstance(const std::string& className, BSTR bstrClassName, IWbemServices* pNamespace,
+                                        IWbemContext* pCtx);
+
     void registerConverter(PropertyConverter* converter, core::CimProperty::EPropertyType type, long cimType);
     void registerConverters();
     void deleteConverters() noexcept;

@@ -105,10 +105,10 @@ int WINAPI noteReplacement(UINT /*codePage*/, DWORD /*flags*/, LPCWSTR /*text*/,
 TEST(AnsiTextTest, noReplacementIsAskedForWhereTheCodePageIsUtf8)
 {
     const support::ImportHook convert("WideCharToMultiByte", &noteReplacement);
-    narrow(L"a");
+    narrow(L"\u0434");
     EXPECT_STREQ(replacementAsked, "?");
     const support::ImportHook codePage("GetACP", &utf8);
-    narrow(L"a");
+    narrow(L"\u0434");
     EXPECT_EQ(replacementAsked, nullptr);
 }
 

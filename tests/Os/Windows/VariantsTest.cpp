@@ -3,6 +3,7 @@
 #include <comdef.h>
 #include <gmock/gmock.h>
 
+#include <array>
 #include <type_traits>
 
 #include "Os/Windows/ComScope.h"

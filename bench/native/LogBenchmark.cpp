@@ -1,0 +1,41 @@
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+#include "Utils/Log.h"
+#include "Utils/Utils.h"
+
+namespace {
+
+// At the default level, where debug lines go nowhere: what every function pays for being able to tell.
+void disabledDebug(benchmark::State& state)
+{
+    static constexpr utils::LogSite here{"LogBenchmark", "disabledDebug"};
+    const std::string name = "PermanentAddress";
+    for (auto _ : state) {
+        here.debug("Converting '%s'", name.c_str());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(disabledDebug);
+
+void formatText(benchmark::State& state)
+{
+    for (auto _ : state) {
+        std::string text = utils::format("%s:%d: Assertion failed: '%s'", "WmiConverter", 100, "wmiInst != NULL");
+        benchmark::DoNotOptimize(text);
+    }
+}
+BENCHMARK(formatText);
+
+void splitPath(benchmark::State& state)
+{
+    const std::string text = R"(SystemName="HOST",DeviceID="{D39A94C6-35D2-4B40-BB6A-56E279951017}")";
+    for (auto _ : state) {
+        auto pieces = utils::split(text, ',', '"');
+        benchmark::DoNotOptimize(pieces);
+    }
+}
+BENCHMARK(splitPath);
+
+}  // namespace

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace bench {
+
+// What one request of each kind costs in things that can be counted, for 1, 10 and 100 instances:
+// {"enumerate": {"1": {"lockPairs": 24, ...}, ...}, ...}. The same on every machine.
+nlohmann::json countRequests();
+
+// One line for each count of `now` that is larger than in `before`, or that `before` does not have.
+std::vector<std::string> grownCounts(const nlohmann::json& before, const nlohmann::json& now);
+
+}  // namespace bench

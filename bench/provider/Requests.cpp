@@ -1,0 +1,283 @@
+#include "bench/provider/Requests.h"
+
+#include <stdexcept>
+#include <string>
+
+#include "adapters/wmi/ProviderIdentity.h"
+
+namespace bench {
+
+namespace {
+
+HMODULE load()
+{
+    const HMODULE module = LoadLibraryA("ZerixDRAVEv2Provider.dll");
+    if (module == nullptr) {
+        throw std::runtime_error("cannot load the provider");
+    }
+    return module;
+}
+
+void require(HRESULT hr, const char* what)
+{
+    if (hr != S_OK) {
+        throw std::runtime_error(std::string(what) + " failed");
+    }
+}
+
+// A request acts for its client from here to the end of the scope.
+class FloorImpersonation
+{
+public:
+    explicit FloorImpersonation(const KernelCalls& kernel)
+    {
+        CoImpersonateClient();
+        kernel.askToken();
+    }
+    FloorImpersonation(const FloorImpersonation&) = delete;
+    FloorImpersonation& operator=(const FloorImpersonation&) = delete;
+    ~FloorImpersonation() { CoRevertToSelf(); }
+};
+
+// What the contracts of the containers ask for besides the steps of a walk: each operation of a map or list holds the
+// container's lock, and so does its end.
+constexpr std::size_t LIST_WALK_AND_END = 2;
+constexpr std::size_t MAP_SET = 1;
+constexpr std::size_t MAP_CONTAINS = 1;
+constexpr std::size_t MAP_END = 1;
+// Asking the name index, entering the property there, and appending it.
+constexpr std::size_t PROPERTY_LIST_ADD = 3;
+// The index and the list.
+constexpr std::size_t PROPERTY_LIST_END = 2;
+constexpr std::size_t PROPERTY_LIST_MUTEXES = 2;
+
+}  // namespace
+
+ProviderModule::ProviderModule()
+    : m_module(load()),
+      m_broker("_ZN4core12GetCimBrokerEv", &Broker::inUse, m_module),
+      m_find("_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE", &Broker::find, m_module)
+{
+}
+
+utils::ComReference<IWbemServices> ProviderModule::create(Namespace& nameSpace) const
+{
+    const FARPROC entry = GetProcAddress(m_module, "DllGetClassObject");
+    if (entry == nullptr) {
+        throw std::runtime_error("the provider has no class objects");
+    }
+    const auto getClassObject = reinterpret_cast<LPFNGETCLASSOBJECT>(reinterpret_cast<void*>(entry));
+    utils::ComReference<IClassFactory> factory;
+    require(getClassObject(identity::PROVIDER_CLSID, IID_IClassFactory, reinterpret_cast<void**>(factory.out())),
+            "DllGetClassObject");
+    utils::ComReference<IWbemProviderInit> init;
+    require(factory->CreateInstance(nullptr, IID_IWbemProviderInit, reinterpret_cast<void**>(init.out())),
+            "CreateInstance");
+    InitSink answer;
+    require(init->Initialize(nullptr, 0, nullptr, nullptr, &nameSpace, nullptr, &answer), "Initialize");
+    require(answer.status, "initialisation");
+    utils::ComReference<IWbemServices> provider;
+    require(init->QueryInterface(IID_IWbemServices, reinterpret_cast<void**>(provider.out())), "QueryInterface");
+    return provider;
+}
+
+Client::Client(const ProviderModule& module, Broker& broker)
+    : m_broker(broker),
+      m_namespace(broker.size()),
+      m_provider(module.create(m_namespace)),
+      m_parsedPath("Zerix_BenchPort.DeviceID=\"adapter\"")
+{
+    *m_className.out() = SysAllocString(WIDE_CLASS_NAME);
+    *m_path.out() = SysAllocString(PATH);
+    *m_method.out() = SysAllocString(METHOD);
+    for (std::size_t i = 0; i < PROPERTY_COUNT; ++i) {
+        *m_values[i].address() = valueOf(PROPERTIES[i].type);
+        *m_emptyValues[i].address() = emptyValueOf(PROPERTIES[i].type);
+    }
+    ClassObject* const changed = m_namespace.take();
+    changed->fill();
+    m_changed = changed;
+    ClassObject* const inputs = m_namespace.take();
+    inputs->fill();
+    inputs->setKeyed(false);
+    m_inputs = inputs;
+    m_objects.reserve(broker.size());
+}
+
+void Client::check(const char* name, const Sink::Told& expected)
+{
+    const Sink::Told told = m_sink.take();
+    if (!(told == expected)) {
+        throw std::runtime_error(std::string(name) + " delivered " + std::to_string(told.objects) + " objects with " +
+                                 std::to_string(told.values) + " values and ended well " +
+                                 std::to_string(told.successes) + " times");
+    }
+}
+
+void Client::enumerate()
+{
+    m_provider->CreateInstanceEnumAsync(m_className.get(), 0, &m_context, &m_sink);
+}
+
+void Client::get()
+{
+    m_provider->GetObjectAsync(m_path.get(), 0, &m_context, &m_sink);
+}
+
+void Client::put()
+{
+    m_provider->PutInstanceAsync(m_changed, WBEM_FLAG_UPDATE_ONLY, &m_context, &m_sink);
+}
+
+void Client::method()
+{
+    m_provider->ExecMethodAsync(m_path.get(), m_method.get(), 0, &m_context, m_inputs, &m_sink);
+}
+
+utils::ComReference<IWbemClassObject> Client::spawn()
+{
+    utils::ComReference<IWbemClassObject> definition;
+    m_services->GetObject(m_className.get(), 0, &m_context, definition.out(), nullptr);
+    utils::ComReference<IWbemClassObject> object;
+    definition->SpawnInstance(0, object.out());
+    return object;
+}
+
+utils::ComReference<IWbemClassObject> Client::spawnOutput()
+{
+    utils::ComReference<IWbemClassObject> definition;
+    m_services->GetObject(m_className.get(), 0, &m_context, definition.out(), nullptr);
+    utils::ComReference<IWbemClassObject> signature;
+    definition->GetMethod(METHOD, 0, nullptr, signature.out());
+    utils::ComReference<IWbemClassObject> object;
+    signature->SpawnInstance(0, object.out());
+    return object;
+}
+
+// A step of a walk holds the list's lock; so does the step that finds the end.
+void Client::fillInstance(const KernelCalls& kernel, IWbemClassObject* object)
+{
+    for (std::size_t i = 0; i < PROPERTY_COUNT; ++i) {
+        kernel.lockPairs(1);
+        putReady(object, i, m_values[i]);
+    }
+    kernel.lockPairs(1);
+}
+
+void Client::putReady(IWbemClassObject* object, std::size_t property, utils::ScopedVariant& value) const
+{
+    if (!m_makesTexts || value.get().vt != VT_BSTR) {
+        object->Put(PROPERTIES[property].wideName, 0, value.address(), 0);
+        return;
+    }
+    utils::ScopedVariant made;
+    made.address()->bstrVal = SysAllocStringLen(value.get().bstrVal, SysStringLen(value.get().bstrVal));
+    made.address()->vt = VT_BSTR;
+    object->Put(PROPERTIES[property].wideName, 0, made.address(), 0);
+}
+
+void Client::walk(IWbemClassObject* object, long flags)
+{
+    object->BeginEnumeration(flags);
+    for (;;) {
+        utils::ScopedBstr name;
+        utils::ScopedVariant value;
+        CIMTYPE type = 0;
+        long flavor = 0;
+        if (object->Next(0, name.out(), value.address(), &type, &flavor) != WBEM_S_NO_ERROR) {
+            break;
+        }
+    }
+    object->EndEnumeration();
+}
+
+void Client::walkNames(IWbemClassObject* object, long flags)
+{
+    object->BeginEnumeration(flags);
+    for (;;) {
+        utils::ScopedBstr name;
+        if (object->Next(0, name.out(), nullptr, nullptr, nullptr) != WBEM_S_NO_ERROR) {
+            break;
+        }
+    }
+    object->EndEnumeration();
+}
+
+void Client::enumerateFloor(const KernelCalls& kernel)
+{
+    const FloorImpersonation impersonation(kernel);
+    {
+        const utils::SafeList<core::CimInstance*> instances = m_broker.getInstances(CLASS_NAME);
+        kernel.lockPairs(LIST_WALK_AND_END);
+        for (std::size_t i = 0; i < m_broker.size(); ++i) {
+            kernel.lockPairs(1);
+            m_objects.push_back(spawn().detach());
+            fillInstance(kernel, m_objects.back());
+        }
+        kernel.lockPairs(1);
+    }
+    for (IWbemClassObject*& object : m_objects) {
+        m_answers->Indicate(1, &object);
+        object->Release();
+        m_answers->SetStatus(WBEM_STATUS_PROGRESS, 0, nullptr, nullptr);
+    }
+    m_objects.clear();
+    m_answers->SetStatus(WBEM_STATUS_COMPLETE, WBEM_S_NO_ERROR, nullptr, nullptr);
+}
+
+void Client::getFloor(const KernelCalls& kernel)
+{
+    const FloorImpersonation impersonation(kernel);
+    {
+        const utils::ComReference<IWbemClassObject> object = spawn();
+        fillInstance(kernel, object.get());
+        IWbemClassObject* indicated = object.get();
+        m_answers->Indicate(1, &indicated);
+    }
+    m_answers->SetStatus(WBEM_STATUS_COMPLETE, WBEM_S_NO_ERROR, nullptr, nullptr);
+}
+
+void Client::putFloor(const KernelCalls& kernel)
+{
+    // Every property but the key.
+    constexpr std::size_t EXTRACTED = PROPERTY_COUNT - 1;
+    const FloorImpersonation impersonation(kernel);
+    {
+        utils::ScopedVariant path;
+        m_changed->Get(L"__PATH", 0, path.address(), nullptr, nullptr);
+    }
+    kernel.mutexes(PROPERTY_LIST_MUTEXES + 1);
+    walkNames(m_changed, WBEM_FLAG_KEYS_ONLY);
+    walk(m_changed, WBEM_FLAG_NONSYSTEM_ONLY);
+    kernel.lockPairs(MAP_SET + PROPERTY_COUNT * MAP_CONTAINS + MAP_END + EXTRACTED * PROPERTY_LIST_ADD +
+                     PROPERTY_LIST_END);
+    m_broker.modifyInstance(m_parsedPath, m_properties);
+    m_answers->SetStatus(WBEM_STATUS_COMPLETE, WBEM_S_NO_ERROR, nullptr, nullptr);
+}
+
+void Client::methodFloor(const KernelCalls& kernel)
+{
+    const FloorImpersonation impersonation(kernel);
+    kernel.mutexes(2 * PROPERTY_LIST_MUTEXES + 1);
+    walkNames(m_inputs, WBEM_FLAG_KEYS_ONLY);
+    walk(m_inputs, WBEM_FLAG_NONSYSTEM_ONLY);
+    kernel.lockPairs(PROPERTY_COUNT * (MAP_CONTAINS + PROPERTY_LIST_ADD) + MAP_END);
+    walk(spawnOutput().get(), WBEM_FLAG_NONSYSTEM_ONLY);
+    kernel.lockPairs(PROPERTY_COUNT * PROPERTY_LIST_ADD);
+    core::CimInstance* job = nullptr;
+    m_broker.invokeMethod(m_parsedPath, m_methodName, m_properties, m_results, job);
+    {
+        const utils::ComReference<IWbemClassObject> output = spawnOutput();
+        for (std::size_t i = 0; i < PROPERTY_COUNT; ++i) {
+            kernel.lockPairs(1);
+            putReady(output.get(), i, m_emptyValues[i]);
+        }
+        kernel.lockPairs(1);
+        IWbemClassObject* indicated = output.get();
+        m_answers->Indicate(1, &indicated);
+    }
+    kernel.lockPairs(2 * PROPERTY_LIST_END);
+    m_answers->SetStatus(WBEM_STATUS_COMPLETE, WBEM_S_NO_ERROR, nullptr, nullptr);
+}
+
+}  // namespace bench

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "Os/Windows/ComScope.h"
+#include "bench/provider/Broker.h"
+#include "bench/provider/KernelCalls.h"
+#include "bench/provider/WmiObjects.h"
+
+namespace bench {
+
+// The provider's DLL with its calls of the companion library turned to Broker. One per process.
+class ProviderModule
+{
+public:
+    // Throws std::runtime_error when the DLL cannot be loaded.
+    ProviderModule();
+
+    HMODULE handle() const noexcept { return m_module; }
+
+    // A provider at work for the namespace; throws std::runtime_error.
+    utils::ComReference<IWbemServices> create(Namespace& nameSpace) const;
+
+private:
+    HMODULE m_module;
+    support::ImportHook m_broker;
+    support::ImportHook m_find;
+};
+
+// One thread's client: a provider with everything that its requests need, made beforehand.
+class Client
+{
+public:
+    Client(const ProviderModule& module, Broker& broker);
+
+    // What came of the requests since the last call.
+    Sink::Told take() noexcept { return m_sink.take(); }
+
+    // The same; throws std::runtime_error, with the name of the request, where it is not what should have come.
+    void check(const char* name, const Sink::Told& expected);
+
+    // The four requests, each as a client makes it through the provider and as a floor: the calls that the answer
+    // cannot do without, with every value ready, and the lock pairs that the lists' contracts ask for.
+    // With setMakesTexts a floor also makes and frees the BSTR of each text that it puts, which no provider can have
+    // ready.
+    void setMakesTexts(bool makes) noexcept { m_makesTexts = makes; }
+    void enumerate();
+    void enumerateFloor(const KernelCalls& kernel);
+    void get();
+    void getFloor(const KernelCalls& kernel);
+    void put();
+    void putFloor(const KernelCalls& kernel);
+    void method();
+    void methodFloor(const KernelCalls& kernel);
+
+private:
+    utils::ComReference<IWbemClassObject> spawn();
+    utils::ComReference<IWbemClassObject> spawnOutput();
+    void fillInstance(const KernelCalls& kernel, IWbemClassObject* object);
+    void putReady(IWbemClassObject* object, std::size_t property, utils::ScopedVariant& value) const;
+    static void walk(IWbemClassObject* object, long flags);
+    static void walkNames(IWbemClassObject* object, long flags);
+
+    Broker& m_broker;
+    bool m_makesTexts = false;
+    Namespace m_namespace;
+    Sink m_sink;
+    Context m_context;
+    utils::ComReference<IWbemServices> m_provider;
+
+    // The floors call through the interfaces, as the provider must.
+    IWbemServices* m_services = &m_namespace;
+    IWbemObjectSink* m_answers = &m_sink;
+
+    utils::ScopedBstr m_className;
+    utils::ScopedBstr m_path;
+    utils::ScopedBstr m_method;
+    std::array<utils::ScopedVariant, PROPERTY_COUNT> m_values;
+    std::array<utils::ScopedVariant, PROPERTY_COUNT> m_emptyValues;
+    IWbemClassObject* m_changed = nullptr;
+    IWbemClassObject* m_inputs = nullptr;
+    std::string m_methodName = "ApplySettings";
+    core::CimPath m_parsedPath;
+    core::CimPropertyList m_properties;
+    core::CimPropertyList m_results;
+    std::vector<IWbemClassObject*> m_objects;
+};
+
+}  // namespace bench

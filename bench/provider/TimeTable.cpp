@@ -1,0 +1,201 @@
+#include "bench/provider/TimeTable.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/provider/Counters.h"
+#include "bench/provider/Measure.h"
+#include "bench/provider/Requests.h"
+
+namespace bench {
+
+namespace {
+
+using Json = nlohmann::json;
+
+Json toJson(const Sample& sample)
+{
+    return {{"median", sample.median}, {"least", sample.least}, {"most", sample.most}};
+}
+
+Json row(const char* request, std::size_t instances, Kernel kernel, const Comparison& comparison)
+{
+    return {{"request", request},
+            {"instances", instances},
+            {"kernel", kernel == Kernel::real ? "real" : "none"},
+            {"callsPerRun", comparison.callsPerRun},
+            {"nanoseconds", toJson(comparison.subject)},
+            {"floorNanoseconds", toJson(comparison.floor)},
+            {"ratio", toJson(comparison.ratio)},
+            {"textRatio", toJson(comparison.textRatio)}};
+}
+
+struct RequestKind
+{
+    const char* name;
+    void (Client::*request)();
+    void (Client::*floor)(const KernelCalls&);
+};
+
+constexpr RequestKind ENUMERATE{"enumerate", &Client::enumerate, &Client::enumerateFloor};
+constexpr std::array<RequestKind, 3> SINGLE_REQUESTS{{{"get", &Client::get, &Client::getFloor},
+                                                      {"put", &Client::put, &Client::putFloor},
+                                                      {"method", &Client::method, &Client::methodFloor}}};
+
+Comparison compareKind(const RequestKind& kind, Client& client, const KernelCalls& kernel)
+{
+    // Both must have delivered the same before it means anything how long they took.
+    (client.*kind.request)();
+    const Sink::Told told = client.take();
+    (client.*kind.floor)(kernel);
+    client.check(kind.name, told);
+    const auto floor = [&](bool makesTexts) {
+        client.setMakesTexts(makesTexts);
+        (client.*kind.floor)(kernel);
+    };
+    const Comparison result = compare([&] { (client.*kind.request)(); }, [&] { floor(false); }, [&] { floor(true); });
+    client.take();
+    return result;
+}
+
+}  // namespace
+
+Json timeRequests()
+{
+    const ProviderModule module;
+    const CallContext context;
+    Json rows = Json::array();
+    for (const Kernel kernel : {Kernel::none, Kernel::real}) {
+        for (const std::size_t instances : {1, 10, 100}) {
+            const KernelCalls calls(module.handle(), kernel);
+            Broker broker(instances);
+            Client client(module, broker);
+            rows.push_back(row(ENUMERATE.name, instances, kernel, compareKind(ENUMERATE, client, calls)));
+            if (instances == 1) {
+                for (const RequestKind& kind : SINGLE_REQUESTS) {
+                    rows.push_back(row(kind.name, instances, kernel, compareKind(kind, client, calls)));
+                }
+            }
+        }
+    }
+    return rows;
+}
+
+namespace {
+
+// Requests of growing size, for a plot.
+Json timeCurve(const ProviderModule& module, const KernelCalls& kernel)
+{
+    Json curve = Json::array();
+    for (const std::size_t instances : {50, 100, 200, 500, 1000, 2000}) {
+        Broker broker(instances);
+        Client client(module, broker);
+        curve.push_back(row(ENUMERATE.name, instances, Kernel::none, compareKind(ENUMERATE, client, kernel)));
+    }
+    return curve;
+}
+
+}  // namespace
+
+Json timeGrowth()
+{
+    constexpr std::size_t FEW = 100;
+    constexpr std::size_t MANY = 10000;
+    const ProviderModule module;
+    const CallContext context;
+    const KernelCalls kernel(module.handle(), Kernel::none);
+    Broker manyBroker(MANY);
+    Client many(module, manyBroker);
+    std::int64_t peak = 0;
+    {
+        const Counters counters(module.handle());
+        many.enumerate();
+        peak = Counters::read().peakHeapBytes;
+    }
+    std::vector<double> ratios;
+    std::vector<double> floorRatios;
+    std::vector<double> fewTimes;
+    std::vector<double> manyTimes;
+    for (std::size_t run = 0; run < RUNS; ++run) {
+        double few = 0;
+        double fewFloor = 0;
+        {
+            // A broker of its own for each size; the one made last answers.
+            Broker fewBroker(FEW);
+            Client client(module, fewBroker);
+            few = timeOf(MANY / FEW, [&client] { client.enumerate(); }) / FEW;
+            fewFloor = timeOf(MANY / FEW, [&] { client.enumerateFloor(kernel); }) / FEW;
+        }
+        manyBroker.use();
+        const double large = timeOf(1, [&many] { many.enumerate(); }) / MANY;
+        const double largeFloor = timeOf(1, [&] { many.enumerateFloor(kernel); }) / MANY;
+        fewTimes.push_back(few);
+        manyTimes.push_back(large);
+        ratios.push_back(large / few);
+        floorRatios.push_back(largeFloor / fewFloor);
+    }
+    return {{"nanosecondsPerInstanceAt100", toJson(summarise(fewTimes))},
+            {"nanosecondsPerInstanceAt10000", toJson(summarise(manyTimes))},
+            {"ratio", toJson(summarise(ratios))},
+            {"floorRatio", toJson(summarise(floorRatios))},
+            {"curve", timeCurve(module, kernel)},
+            {"peakHeapBytesPerInstance", static_cast<double>(peak) / MANY}};
+}
+
+Json timeThreads()
+{
+    constexpr std::size_t INSTANCES = 100;
+    constexpr std::size_t REQUESTS = 100;
+    const ProviderModule module;
+    const KernelCalls kernel(module.handle(), Kernel::none);
+    Broker broker(INSTANCES);
+    Client first(module, broker);
+    Client second(module, broker);
+    const auto work = [](Client& client) {
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        {
+            const CallContext context;
+            for (std::size_t i = 0; i < REQUESTS; ++i) {
+                client.enumerate();
+            }
+        }
+        CoUninitialize();
+    };
+    std::vector<double> ratios;
+    for (std::size_t run = 0; run < RUNS; ++run) {
+        const double one = timeOf(1, [&] { std::thread(work, std::ref(first)).join(); });
+        const double two = timeOf(1, [&] {
+            std::thread other(work, std::ref(second));
+            std::thread(work, std::ref(first)).join();
+            other.join();
+        });
+        ratios.push_back(2 * one / two);
+    }
+    return {{"throughputRatio", toJson(summarise(ratios))}};
+}
+
+void repeatRequest(const std::string& name, double seconds)
+{
+    const auto* const single = std::find_if(SINGLE_REQUESTS.begin(), SINGLE_REQUESTS.end(),
+                                            [&name](const RequestKind& kind) { return name == kind.name; });
+    if (name != ENUMERATE.name && single == SINGLE_REQUESTS.end()) {
+        throw std::runtime_error("no request " + name);
+    }
+    const RequestKind& kind = name == ENUMERATE.name ? ENUMERATE : *single;
+    const ProviderModule module;
+    const CallContext context;
+    const KernelCalls kernel(module.handle(), Kernel::none);
+    Broker broker(100);
+    Client client(module, broker);
+    constexpr std::size_t BATCH = 20;
+    for (double nanoseconds = 0; nanoseconds < seconds * 1e9;) {
+        nanoseconds += BATCH * timeOf(BATCH, [&] { (client.*kind.request)(); });
+    }
+}
+
+}  // namespace bench

@@ -1,0 +1,145 @@
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <string>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include "Os/Windows/Platform.h"
+#include "bench/provider/CountTable.h"
+#include "bench/provider/TimeTable.h"
+
+// bench_provider: what the provider adds to the calls that a request cannot do without.
+namespace {
+
+using Json = nlohmann::json;
+
+void write(const std::string& file, const Json& json)
+{
+    std::ofstream out(file);
+    out << json.dump(2) << '\n';
+    if (!out.flush()) {
+        throw std::runtime_error("cannot write " + file);
+    }
+}
+
+Json read(const std::string& file)
+{
+    std::ifstream in(file);
+    if (!in) {
+        throw std::runtime_error("cannot read " + file);
+    }
+    return Json::parse(in);
+}
+
+void printCounts(const Json& table)
+{
+    std::printf("%-10s %9s %10s %8s %16s %6s %15s\n", "request", "instances", "lock pairs", "mutexes",
+                "heap allocations", "BSTRs", "texts formatted");
+    for (const auto& [request, sizes] : table.items()) {
+        for (const char* const size : {"1", "10", "100"}) {
+            const Json& counts = sizes.at(size);
+            std::printf("%-10s %9s %10d %8d %16d %6d %15d\n", request.c_str(), size, counts.at("lockPairs").get<int>(),
+                        counts.at("mutexes").get<int>(), counts.at("heapAllocations").get<int>(),
+                        counts.at("bstrs").get<int>(), counts.at("textsFormatted").get<int>());
+        }
+    }
+}
+
+int count(const std::string& against, const std::string& accept)
+{
+    const Json table = bench::countRequests();
+    printCounts(table);
+    if (!accept.empty()) {
+        write(accept, table);
+    }
+    if (against.empty()) {
+        return 0;
+    }
+    const auto grown = bench::grownCounts(read(against), table);
+    for (const std::string& line : grown) {
+        std::printf("%s\n", line.c_str());
+    }
+    return grown.empty() ? 0 : 1;
+}
+
+void printTimes(const Json& times)
+{
+    std::printf("%-10s %9s %7s %12s %12s %7s %16s %11s\n", "request", "instances", "kernel", "provider us", "floor us",
+                "ratio", "least to most", "with texts");
+    for (const Json& row : times.at("requests")) {
+        std::printf("%-10s %9d %7s %12.2f %12.2f %7.2f %7.2f to %5.2f %11.2f\n",
+                    row.at("request").get<std::string>().c_str(), row.at("instances").get<int>(),
+                    row.at("kernel").get<std::string>().c_str(),
+                    row.at("nanoseconds").at("median").get<double>() / 1000,
+                    row.at("floorNanoseconds").at("median").get<double>() / 1000,
+                    row.at("ratio").at("median").get<double>(), row.at("ratio").at("least").get<double>(),
+                    row.at("ratio").at("most").get<double>(), row.at("textRatio").at("median").get<double>());
+    }
+    const Json& growth = times.at("growth");
+    std::printf("time per instance, 10000 against 100: %.2f (floor: %.2f); heap per instance: %.0f bytes\n",
+                growth.at("ratio").at("median").get<double>(), growth.at("floorRatio").at("median").get<double>(),
+                growth.at("peakHeapBytesPerInstance").get<double>());
+    std::printf("two threads against one: %.2f\n",
+                times.at("threads").at("throughputRatio").at("median").get<double>());
+}
+
+void time(const std::string& file)
+{
+    const Json times = {
+        {"requests", bench::timeRequests()}, {"growth", bench::timeGrowth()}, {"threads", bench::timeThreads()}};
+    printTimes(times);
+    if (!file.empty()) {
+        write(file, times);
+    }
+}
+
+// Runs `work` in a multithreaded apartment, as WMI's threads are.
+template <class Work>
+int inApartment(const Work& work)
+{
+    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    int code = 1;
+    try {
+        code = work();
+    } catch (const std::exception& exception) {
+        std::cerr << "bench_provider: " << exception.what() << '\n';
+    }
+    CoUninitialize();
+    return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app("What the provider adds to the calls that a request cannot do without");
+    app.require_subcommand(1);
+    std::string against;
+    std::string accept;
+    std::string json;
+    CLI::App* const counts = app.add_subcommand("counts", "locks, allocations, BSTRs and texts of each request");
+    counts->add_option("--against", against, "a stored table; exit code 1 when a count is larger than there");
+    counts->add_option("--accept", accept, "where to store the table");
+    CLI::App* const times = app.add_subcommand("times", "each request against its floor");
+    times->add_option("--json", json, "where to write the figures");
+    std::string request;
+    double seconds = 5;
+    CLI::App* const repeat = app.add_subcommand("repeat", "one request again and again, for a profiler");
+    repeat->add_option("request", request, "enumerate, get, put or method")->required();
+    repeat->add_option("--seconds", seconds, "how long");
+    CLI11_PARSE(app, argc, argv);
+    return inApartment([&] {
+        if (counts->parsed()) {
+            return count(against, accept);
+        }
+        if (repeat->parsed()) {
+            bench::repeatRequest(request, seconds);
+        } else {
+            time(json);
+        }
+        return 0;
+    });
+}

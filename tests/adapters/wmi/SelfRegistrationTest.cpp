@@ -1,0 +1,280 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <map>
+#include <stdexcept>
+
+#include "Utils/Utils.h"
+#include "adapters/wmi/ServerState.h"
+#include "support/CallLog.h"
+#include "support/ImportHook.h"
+#include "support/LogLines.h"
+
+// The module's exports have no header of their own: COM's installers know them by name.
+extern "C" HRESULT WINAPI DllRegisterServer();
+extern "C" HRESULT WINAPI DllUnregisterServer();
+
+namespace {
+
+using support::debugLine;
+using support::errorLine;
+using support::hex;
+using support::ImportHook;
+using support::Lines;
+using support::operator+;
+
+// The class identifier as text, which the installer's files carry too.
+const std::string CLASSES_KEY = "Software\\classes\\CLSID\\";
+const std::string CLASS_KEY = CLASSES_KEY + "{D39A94C6-35D2-4B40-BB6A-56E279951017}";
+const std::string SERVER_KEY = CLASS_KEY + "\\InprocServer32";
+const std::string DESCRIPTION = "DRAVEv2 Provider for Vexal(R) Ethernet Adapters";
+constexpr const char* SET = "utils::WindowsRegistry::setKey";
+constexpr const char* REGISTRY = "Os/Windows/Windows";
+
+// HKEY_LOCAL_MACHINE as this process sees it: an empty key of its own while the object lives.
+class OwnMachineKey
+{
+public:
+    OwnMachineKey() : m_path("Software\\ZerixTest" + std::to_string(GetCurrentProcessId()))
+    {
+        HKEY key = nullptr;
+        if (RegCreateKeyExA(HKEY_CURRENT_USER, m_path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) !=
+                ERROR_SUCCESS ||
+            RegOverridePredefKey(HKEY_LOCAL_MACHINE, key) != ERROR_SUCCESS)
+        {
+            throw std::runtime_error("cannot take over HKEY_LOCAL_MACHINE");
+        }
+        RegCloseKey(key);
+    }
+    OwnMachineKey(const OwnMachineKey&) = delete;
+    OwnMachineKey& operator=(const OwnMachineKey&) = delete;
+    ~OwnMachineKey()
+    {
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+        RegDeleteTreeA(HKEY_CURRENT_USER, m_path.c_str());
+        RegDeleteKeyA(HKEY_CURRENT_USER, m_path.c_str());
+    }
+
+private:
+    std::string m_path;
+};
+
+// The values of a key by name, each as its type, its size and its text; one entry "missing" when there is no key.
+std::map<std::string, std::string> valuesOf(const std::string& path)
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+        return {{"", "missing"}};
+    }
+    std::map<std::string, std::string> values;
+    for (DWORD index = 0;; ++index) {
+        std::array<char, 300> name{};
+        std::array<BYTE, 600> data{};
+        DWORD nameSize = name.size();
+        DWORD dataSize = data.size();
+        DWORD type = 0;
+        if (RegEnumValueA(key, index, name.data(), &nameSize, nullptr, &type, data.data(), &dataSize) != ERROR_SUCCESS)
+        {
+            break;
+        }
+        values[name.data()] = utils::format("type %d, %d bytes: %s", static_cast<int>(type), static_cast<int>(dataSize),
+                                            reinterpret_cast<char*>(data.data()));
+    }
+    RegCloseKey(key);
+    return values;
+}
+
+std::string registered(const std::string& value)
+{
+    return utils::format("type 1, %d bytes: %s", static_cast<int>(value.size() + 1), value.c_str());
+}
+
+std::string fileName;
+
+DWORD WINAPI giveFileName(HMODULE, LPSTR name, DWORD size)
+{
+    // As the platform does: cut to the buffer, terminated, and the buffer's size as the result.
+    const std::string text = fileName.substr(0, size - 1);
+    std::strcpy(name, text.c_str());
+    return text.size() == fileName.size() ? static_cast<DWORD>(text.size()) : size;
+}
+
+class SelfRegistrationTest : public testing::Test
+{
+protected:
+    void SetUp() override { fileName = "C:\\provider.dll"; }
+
+    Lines takeMessages() { return support::takeMessages(log); }
+
+    // The lines of one registration.
+    Lines written() const
+    {
+        const auto creating = [](const std::string& key, const std::string& value) {
+            return debugLine(SET, "Creating REG_SZ registry key '80000002\\" + key + "' with value '" + value + "'",
+                             REGISTRY);
+        };
+        return {debugLine("DllRegisterServer", "DllRegisterServer", "WmiAdapter"), creating(CLASS_KEY, DESCRIPTION),
+                creating(SERVER_KEY, fileName), creating(SERVER_KEY, "Both")};
+    }
+
+    support::LogCapture log{2};
+    OwnMachineKey machine;
+    ImportHook nameHook{"GetModuleFileNameA", &giveFileName};
+};
+
+TEST_F(SelfRegistrationTest, ThreeTextValuesAreWrittenAndNoMore)
+{
+    EXPECT_EQ(DllRegisterServer(), S_OK);
+    EXPECT_EQ(valuesOf(CLASS_KEY), (std::map<std::string, std::string>{{"", registered(DESCRIPTION)}}));
+    EXPECT_EQ(valuesOf(SERVER_KEY), (std::map<std::string, std::string>{{"", registered("C:\\provider.dll")},
+                                                                        {"ThreadingModel", registered("Both")}}));
+    EXPECT_EQ(takeMessages(), written());
+}
+
+TEST_F(SelfRegistrationTest, ASecondRegistrationWritesTheSameAndSucceeds)
+{
+    EXPECT_EQ(DllRegisterServer(), S_OK);
+    const auto classValues = valuesOf(CLASS_KEY);
+    const auto serverValues = valuesOf(SERVER_KEY);
+    EXPECT_EQ(DllRegisterServer(), S_OK);
+    EXPECT_EQ(valuesOf(CLASS_KEY), classValues);
+    EXPECT_EQ(valuesOf(SERVER_KEY), serverValues);
+    EXPECT_EQ(takeMessages(), written() + written());
+}
+
+TEST_F(SelfRegistrationTest, TheFileIsTheOneOfTheModuleThatWasAttached)
+{
+    static HMODULE asked = nullptr;
+    const ImportHook hook("GetModuleFileNameA", static_cast<DWORD(WINAPI*)(HMODULE, LPSTR, DWORD)>(
+                                                    [](HMODULE module, LPSTR name, DWORD size) -> DWORD {
+                                                        asked = module;
+                                                        return giveFileName(module, name, size);
+                                                    }));
+    const HINSTANCE before = server::moduleHandle;
+    server::moduleHandle = reinterpret_cast<HINSTANCE>(this);
+    EXPECT_EQ(DllRegisterServer(), S_OK);
+    EXPECT_EQ(asked, reinterpret_cast<HMODULE>(this));
+    server::moduleHandle = before;
+}
+
+TEST_F(SelfRegistrationTest, ALongFileNameIsWrittenCut)
+{
+    fileName = "C:\\" + std::string(300, 'x') + ".dll";
+    EXPECT_EQ(DllRegisterServer(), S_OK);
+    EXPECT_EQ(valuesOf(SERVER_KEY).at(""), registered(fileName.substr(0, 259)));
+}
+
+TEST_F(SelfRegistrationTest, UnregisteringRemovesBothKeysAndTheSecondTimeFails)
+{
+    DllRegisterServer();
+    takeMessages();
+    EXPECT_EQ(DllUnregisterServer(), S_OK);
+    const std::map<std::string, std::string> missing{{"", "missing"}};
+    EXPECT_EQ(valuesOf(SERVER_KEY), missing);
+    EXPECT_EQ(valuesOf(CLASS_KEY), missing);
+    EXPECT_EQ(hex(DllUnregisterServer()), "0x80004005");
+    const std::string line = debugLine("DllUnregisterServer", "DllUnregisterServer", "WmiAdapter");
+    EXPECT_EQ(takeMessages(), (Lines{line, line}));
+}
+
+TEST_F(SelfRegistrationTest, KeysThatCannotBeDeletedCountAsRemoved)
+{
+    DllRegisterServer();
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, (SERVER_KEY + "\\Child").c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
+                              &key, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+    EXPECT_EQ(DllUnregisterServer(), S_OK);
+    EXPECT_EQ(valuesOf(SERVER_KEY).at("ThreadingModel"), registered("Both"));
+}
+
+std::vector<std::pair<std::string, std::string>> deleted;
+
+LSTATUS WINAPI recordDelete(HKEY, LPCSTR child)
+{
+    deleted.emplace_back("delete", child);
+    return ERROR_SUCCESS;
+}
+
+std::vector<std::string> openedKeys;
+decltype(&RegOpenKeyExA) openKey = nullptr;
+
+LSTATUS WINAPI recordOpen(HKEY root, LPCSTR path, DWORD options, REGSAM access, PHKEY key)
+{
+    openedKeys.emplace_back(path);
+    return openKey(root, path, options, access, key);
+}
+
+TEST_F(SelfRegistrationTest, RemovalGoesFromTheBottomUpUnderItsOwnSpelling)
+{
+    DllRegisterServer();
+    deleted.clear();
+    openedKeys.clear();
+    const ImportHook removal("RegDeleteKeyA", &recordDelete);
+    const ImportHook open("RegOpenKeyExA", &recordOpen);
+    openKey = open.original<decltype(&RegOpenKeyExA)>();
+    EXPECT_EQ(DllUnregisterServer(), S_OK);
+    EXPECT_EQ(deleted, (std::vector<std::pair<std::string, std::string>>{
+                           {"delete", "InProcServer32"}, {"delete", "{D39A94C6-35D2-4B40-BB6A-56E279951017}"}}));
+    EXPECT_EQ(openedKeys, (Lines{CLASS_KEY, CLASSES_KEY}));
+}
+
+int allowedCreations = 0;
+decltype(&RegCreateKeyExA) createKey = nullptr;
+
+LSTATUS WINAPI limitedCreate(HKEY root, LPCSTR path, DWORD reserved, LPSTR name, DWORD options, REGSAM access,
+                             LPSECURITY_ATTRIBUTES security, PHKEY key, LPDWORD disposition)
+{
+    if (allowedCreations-- > 0) {
+        return createKey(root, path, reserved, name, options, access, security, key, disposition);
+    }
+    return ERROR_ACCESS_DENIED;
+}
+
+TEST_F(SelfRegistrationTest, WithoutAccessOneErrorLineIsWrittenAndNothingElse)
+{
+    const ImportHook hook("RegCreateKeyExA", &limitedCreate);
+    allowedCreations = 0;
+    EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");
+    const Lines lines = written();
+    EXPECT_EQ(takeMessages(),
+              (Lines{lines.at(0), lines.at(1),
+                     errorLine(SET, "RegCreateKeyEx -2147483646, " + CLASS_KEY + ", " + DESCRIPTION + " error 5",
+                               REGISTRY)}));
+    const std::map<std::string, std::string> missing{{"", "missing"}};
+    EXPECT_EQ(valuesOf(CLASS_KEY), missing);
+}
+
+TEST_F(SelfRegistrationTest, TheFirstFailureStopsAndWhatIsWrittenStays)
+{
+    const ImportHook hook("RegCreateKeyExA", &limitedCreate);
+    createKey = hook.original<decltype(&RegCreateKeyExA)>();
+    allowedCreations = 1;
+    EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");
+    EXPECT_EQ(valuesOf(CLASS_KEY), (std::map<std::string, std::string>{{"", registered(DESCRIPTION)}}));
+    const Lines lines = written();
+    EXPECT_EQ(
+        takeMessages(),
+        (Lines{lines.at(0), lines.at(1), lines.at(2),
+               errorLine(SET, "RegCreateKeyEx -2147483646, " + SERVER_KEY + ", C:\\provider.dll error 5", REGISTRY)}));
+}
+
+LSTATUS WINAPI setFails(HKEY, LPCSTR, DWORD, DWORD, const BYTE*, DWORD)
+{
+    return ERROR_NOT_ENOUGH_MEMORY;
+}
+
+TEST_F(SelfRegistrationTest, AValueThatCannotBeSetFailsWithItsOwnText)
+{
+    const ImportHook hook("RegSetValueExA", &setFails);
+    EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");
+    const Lines lines = written();
+    EXPECT_EQ(
+        takeMessages(),
+        (Lines{lines.at(0), lines.at(1),
+               errorLine(SET, "RegSetValueEx -2147483646, " + CLASS_KEY + ", " + DESCRIPTION + " error 8", REGISTRY)}));
+}
+
+}  // namespace

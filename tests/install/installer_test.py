@@ -1,0 +1,494 @@
+#!/usr/bin/env python3
+"""Installs the product into Wine prefixes and compares files and registry with what they should be.
+
+    installer_test.py BIN WORK prepare|clean|TESTCLASS
+
+BIN is a build's folder of programs. `prepare` makes, below WORK, what the tests share: the packages (this build's and
+one with a lower version) and an untouched prefix. Every class of tests works on a copy of that prefix.
+"""
+
+import hashlib
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import time
+import unittest
+import zipfile
+
+TOP = pathlib.Path(__file__).resolve().parents[2]
+BIN = pathlib.Path(sys.argv[1]).resolve()
+WORK = pathlib.Path(sys.argv[2]).resolve()
+SHARED = WORK / "shared"
+PRISTINE = SHARED / "pristine"
+CURRENT = SHARED / "current-binaries"
+
+VERSION = "2.0.1.10"
+OLDER = "2.0.0.9"
+CLSID_KEY = r"HKEY_LOCAL_MACHINE\Software\Classes\CLSID\{D39A94C6-35D2-4B40-BB6A-56E279951017}"
+EVENT_KEY = r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Services\EventLog\Application\Vexal DRAVEv2 Provider"
+SETTINGS_KEY = r"HKEY_LOCAL_MACHINE\Software\Vexal\DRAVEv2"
+MAKER_KEY = r"HKEY_LOCAL_MACHINE\Software\Vexal"
+UNINSTALL_KEY = r"HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Uninstall\{".lower()
+FOLDER = r"C:\Program Files\Vexal\DRAVEv2 Provider"
+MODULES = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "libstdc++-6.dll", "libgcc_s_seh-1.dll",
+           "libwinpthread-1.dll"]
+FILES = sorted(MODULES + ["wmihost.exe", "ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt"])
+
+# How Wine's installer ends when an action fails (1627) or a launch condition does (1603); an exit code has 8 bits here.
+ACTION_FAILED = 1627 & 0xFF
+REFUSED = 1603 & 0xFF
+
+# What stays after a removal although this product put nothing there.
+KEPT_FILES = {
+    r"windows/Installer": "Windows Installer's store for packages; the folder itself stays when it is empty",
+}
+KEPT_KEYS = {
+    r"HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer":
+        "Windows Installer's own book; its empty keys stay, and none may name the product",
+    r"HKEY_LOCAL_MACHINE\Software\Classes\Installer":
+        "the part of that book which clients read; the same holds",
+}
+# What the system does by itself while the tests run.
+FOREIGN_KEYS = {
+    r"HKEY_LOCAL_MACHINE\Hardware\DEVICEMAP\VIDEO": "Wine's desktop notes what display it found, whenever it starts",
+    r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Video": "the same",
+}
+
+
+def environment(prefix):
+    # Nothing of the caller's may help the product to find its DLLs.
+    kept = {name: value for name, value in os.environ.items() if name in ("HOME", "PATH", "USER")}
+    return dict(kept, WINEPREFIX=str(prefix), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="", LC_ALL="C")
+
+
+def make_package(binaries, version, output, **more):
+    environ = dict(os.environ, **{"SOURCE_DATE_EPOCH": "1700000000", **more})
+    subprocess.run([TOP / "tools/package", "--binaries", binaries, "--version", version, "--output", output],
+                   check=True, env=environ)
+    return output / f"ZerixDRAVEv2-{version}-x64.msi"
+
+
+def make_older_binaries(folder):
+    """This build with an older version in its modules, so that an upgrade has something to replace."""
+    folder.mkdir()
+    for name in MODULES + ["wmihost.exe"]:
+        content = (CURRENT / name).read_bytes()
+        start = content.find(b"\xbd\x04\xef\xfe\x00\x00\x01\x00")
+        if not name.startswith("lib"):
+            content = content[: start + 8] + bytes([0, 0, 2, 0, 9, 0, 0, 0]) + content[start + 16 :]
+        (folder / name).write_bytes(content)
+
+
+def stop(prefix):
+    subprocess.run(["/usr/lib/wine/wineserver64", "-k"], env=environment(prefix), check=False)
+    subprocess.run(["/usr/lib/wine/wineserver64", "-w"], env=environment(prefix), check=False)
+
+
+def prepare():
+    clean()
+    SHARED.mkdir(parents=True)
+    subprocess.run([TOP / "tools/wine", "wineboot", "-i"], env=environment(PRISTINE), check=True,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    subprocess.run(["/usr/lib/wine/wineserver64", "-w"], env=environment(PRISTINE), check=True)
+    # Wine leaves the log's own key empty, and an empty key goes with the last source; Windows has values in it.
+    subprocess.run([TOP / "tools/wine", "reg", "add", EVENT_KEY.rsplit("\\", 1)[0], "/v", "MaxSize", "/t", "REG_DWORD",
+                    "/d", "20971520"], env=environment(PRISTINE), check=True, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL)
+    subprocess.run(["/usr/lib/wine/wineserver64", "-w"], env=environment(PRISTINE), check=True)
+    compiler = PRISTINE / "drive_c/windows/system32/wbem/mofcomp.exe"
+    compiler.replace(SHARED / "wine-mofcomp.exe")
+    shutil.copy(WORK / "install_mofcomp_double.exe", compiler)
+    probe = PRISTINE / "drive_c/probe"
+    probe.mkdir()
+    shutil.copy(WORK / "install_com_probe.exe", probe / "probe.exe")
+    # A copy: the packages must stay what they are while somebody builds.
+    CURRENT.mkdir()
+    for name in MODULES + ["wmihost.exe"]:
+        shutil.copy(BIN / name, CURRENT / name)
+    make_package(CURRENT, VERSION, SHARED / "current")
+    make_older_binaries(SHARED / "older-binaries")
+    make_package(SHARED / "older-binaries", OLDER, SHARED / "older")
+
+
+def clean():
+    if SHARED.exists():
+        shutil.rmtree(SHARED)
+
+
+def parse_registry(text):
+    """{key: {value name: data}} of an exported registry. Names are kept as they are spelled, keys too."""
+    keys, current = {}, None
+    for line in re.sub(r"\\\n\s*", "", text).split("\n"):
+        if line.startswith("["):
+            current = keys.setdefault(line[1:-1], {})
+        elif current is not None and (match := re.match(r'(@|"(?:[^"\\]|\\.)*")=(.*)', line)):
+            name = "" if match[1] == "@" else match[1][1:-1]
+            current[name] = match[2]
+    return keys
+
+
+def is_below(key, roots):
+    return any((key + "\\").lower().startswith((root + "\\").lower()) for root in roots)
+
+
+class Prefix(unittest.TestCase):
+    """A machine of its own for a class of tests, as it was before the product came."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.prefix = WORK / f"prefix-{cls.__name__}"
+        if cls.prefix.exists():
+            shutil.rmtree(cls.prefix)
+        # Links: a prefix has 700 MB, and Wine replaces files, it does not write into them.
+        subprocess.run(["cp", "-al", PRISTINE, cls.prefix], check=True)
+        for name in ("system.reg", "user.reg", "userdef.reg"):
+            (cls.prefix / name).unlink()
+            shutil.copy(PRISTINE / name, cls.prefix / name)
+        cls.addClassCleanup(shutil.rmtree, cls.prefix)
+        cls.addClassCleanup(stop, cls.prefix)
+        subprocess.run(["/usr/lib/wine/wineserver64", "-p"], env=environment(cls.prefix), check=False)
+        cls.c = cls.prefix / "drive_c"
+
+    def wine(self, *command):
+        """Runs a program of the prefix from its root folder; returns exit code and output."""
+        # Into a file: the prefix's services, which outlive the program, would keep a pipe open.
+        with open(self.prefix / "output.txt", "w+", encoding="utf-8") as output:
+            done = subprocess.run(["/usr/lib/wine/wine64", *command], env=environment(self.prefix), cwd=self.c,
+                                  stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL, timeout=120,
+                                  check=False)
+            output.seek(0)
+            return done.returncode, output.read()
+
+    def msiexec(self, option, package, *properties):
+        """Runs Windows Installer silently; its log is in self.log then."""
+        log = self.c / "msi.log"
+        log.unlink(missing_ok=True)
+        path = "Z:" + str(package).replace("/", "\\")
+        code, _ = self.wine("msiexec", option, path, *properties, "/qn", "/l*v", r"C:\msi.log")
+        content = log.read_bytes()
+        self.log = content.decode("utf-16-le" if b"\0" in content[:64] else "latin-1", "replace")
+        return code
+
+    def repair(self):
+        # What /fa stands for; Wine has not got /fa.
+        return self.msiexec("/i", package(), "REINSTALL=ALL", "REINSTALLMODE=amus")
+
+    def files(self):
+        """{path below C: : digest}, folders with the digest None."""
+        own = {"msi.log", "registry.reg", "mofcomp.log", "mofcomp-fails-on"}
+        found = {}
+        for path in self.c.rglob("*"):
+            name = str(path.relative_to(self.c))
+            if name not in own and not path.is_symlink():
+                found[name] = None if path.is_dir() else (path.stat().st_size, path.stat().st_mtime_ns)
+        return found
+
+    def registry(self):
+        self.wine("regedit", "/E", r"C:\registry.reg")
+        return parse_registry((self.c / "registry.reg").read_bytes().decode("utf-16").replace("\r", ""))
+
+    def value(self, key, name):
+        matches = [data for found, data in self.registry().items() if found.lower() == key.lower()]
+        return matches[0].get(name) if matches else None
+
+    def installed_products(self):
+        """The values of every entry in the list of installed programs."""
+        return [values for key, values in self.registry().items() if key.lower().startswith(UNINSTALL_KEY)]
+
+    def compiled(self):
+        log = self.c / "mofcomp.log"
+        return log.read_text().split("\n")[:-1] if log.exists() else []
+
+    def program_files(self):
+        folder = self.c / "Program Files/Vexal/DRAVEv2 Provider"
+        return sorted(path.name for path in folder.iterdir()) if folder.exists() else []
+
+    def assert_nothing_left(self, files_before, registry_before):
+        files, registry = self.files(), self.registry()
+        changed = {name for name in files.keys() | files_before.keys() if files.get(name) != files_before.get(name)}
+        self.assertEqual(sorted(changed - KEPT_FILES.keys()), [])
+        self.assertNotIn("drave", str(files.keys() - files_before.keys()).lower())
+        left = []
+        for key in sorted(registry.keys() | registry_before.keys()):
+            now, then = registry.get(key), registry_before.get(key)
+            if now != then and not (now == {} and is_below(key, KEPT_KEYS)) and not is_below(key, FOREIGN_KEYS):
+                left.append((key, then, now))
+        self.assertEqual(left, [])
+
+
+def package(version=VERSION):
+    return SHARED / ("current" if version == VERSION else "older") / f"ZerixDRAVEv2-{version}-x64.msi"
+
+
+def packaged(name, version=VERSION):
+    with zipfile.ZipFile(package(version).with_suffix(".zip")) as archive:
+        return archive.read(name)
+
+
+def quoted(text):
+    """A text as an exported registry spells it."""
+    return '"' + text.replace("\\", "\\\\") + '"'
+
+
+class InstallRepairRemove(Prefix):
+    """The life of an installation; the tests run in the order of their names, each from where the last one stopped."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.before = None
+
+    def test_1_installs_silently(self):
+        type(self).before = (self.files(), self.registry())
+        self.assertEqual(self.msiexec("/i", package()), 0)
+
+    def test_2_every_file_is_there_as_packaged(self):
+        self.assertEqual(self.program_files(), FILES)
+        folder = self.c / "Program Files/Vexal/DRAVEv2 Provider"
+        for name in FILES:
+            self.assertEqual((folder / name).read_bytes(), packaged(name), name)
+
+    def test_3_com_class_and_event_source_are_registered(self):
+        registry = {key.lower(): values for key, values in self.registry().items()}
+        provider = quoted(FOLDER + "\\ZerixDRAVEv2Provider.dll")
+        self.assertEqual(registry[CLSID_KEY.lower()], {"": quoted("DRAVEv2 Provider for Vexal(R) Ethernet Adapters")})
+        self.assertEqual(registry[(CLSID_KEY + r"\InprocServer32").lower()],
+                         {"": provider, "ThreadingModel": quoted("Both")})
+        self.assertEqual(registry[EVENT_KEY.lower()],
+                         {"EventMessageFile": provider, "TypesSupported": "dword:00000007"})
+        self.assertEqual(registry[MAKER_KEY.lower()], {"DRAVEv2 Provider": quoted(FOLDER + "\\")})
+
+    def test_4_the_programs_list_shows_the_product(self):
+        (values,) = self.installed_products()
+        self.assertEqual([values[name] for name in ("DisplayName", "DisplayVersion", "Publisher", "NoModify")],
+                         [quoted("DRAVEv2 Provider"), quoted(VERSION), quoted("Vexal"), "dword:00000001"])
+
+    def test_5_the_classes_were_compiled_once(self):
+        self.assertEqual(self.compiled(), ["ZerixDRAVEv2.mof"])
+
+    def test_6_com_loads_everything_from_the_installed_folder(self):
+        code, output = self.wine(r"C:\probe\probe.exe")
+        self.assertEqual((code, output.split("\n")), (0, [f"{FOLDER}\\{name}" for name in MODULES] + [""]))
+
+    def test_7_the_installed_wmihost_lists_adapters(self):
+        code, output = self.wine(FOLDER + r"\wmihost.exe", "list", "Zerix_EthernetPort", "--format", "json")
+        self.assertEqual(code, 0)
+        adapters = json.loads(output)
+        self.assertGreater(len(adapters), 0)
+        for adapter in adapters:
+            self.assertRegex(adapter["DeviceID"], r"^\{[0-9A-F-]{36}\}$")
+
+    def test_8_repair_brings_back_files_values_and_classes(self):
+        folder = self.c / "Program Files/Vexal/DRAVEv2 Provider"
+        (folder / "ZerixCimCore.dll").unlink()
+        (folder / "ZerixDRAVEv2.mof").unlink()
+        self.wine("reg", "delete", CLSID_KEY + r"\InprocServer32", "/v", "ThreadingModel", "/f")
+        self.wine("reg", "delete", EVENT_KEY, "/f")
+        self.assertNotEqual(self.wine(r"C:\probe\probe.exe")[0], 0)
+        self.assertEqual(self.repair(), 0)
+        self.test_2_every_file_is_there_as_packaged()
+        self.test_3_com_class_and_event_source_are_registered()
+        self.test_6_com_loads_everything_from_the_installed_folder()
+        self.assertEqual(self.compiled(), ["ZerixDRAVEv2.mof"] * 2)
+
+    def test_9_removal_leaves_nothing(self):
+        self.wine("reg", "add", SETTINGS_KEY + r"\DiagnosticSetting", "/v", "SampleCount", "/d", "7")
+        self.assertEqual(self.msiexec("/x", package()), 0)
+        self.assertEqual(self.compiled(), ["ZerixDRAVEv2.mof"] * 2 + ["ZerixDRAVEv2-uninstall.mof"])
+        self.assert_nothing_left(*self.before)
+
+
+class Upgrade(Prefix):
+    def test_replaces_the_older_build_and_nothing_replaces_a_newer_one(self):
+        before = (self.files(), self.registry())
+        self.assertEqual(self.msiexec("/i", package(OLDER)), 0)
+        folder = self.c / "Program Files/Vexal/DRAVEv2 Provider"
+        self.assertEqual((folder / "wmihost.exe").read_bytes(), packaged("wmihost.exe", OLDER))
+
+        self.assertEqual(self.msiexec("/i", package()), 0)
+        for name in FILES:
+            self.assertEqual((folder / name).read_bytes(), packaged(name), name)
+        self.assertEqual([values["DisplayVersion"] for values in self.installed_products()], [quoted(VERSION)])
+        self.assertEqual(self.compiled(), ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "ZerixDRAVEv2.mof"])
+        self.assertEqual(self.wine(r"C:\probe\probe.exe")[0], 0)
+
+        self.assertEqual(self.msiexec("/i", package(OLDER)), REFUSED, "a newer version must not be replaced")
+        self.assertRegex(self.log, r"Action ended [0-9:]+: LaunchConditions\. Return value 0\.")
+        self.assertEqual([values["DisplayVersion"] for values in self.installed_products()], [quoted(VERSION)])
+
+        self.assertEqual(self.msiexec("/x", package()), 0)
+        self.assert_nothing_left(*before)
+
+
+class SettingsStay(Prefix):
+    def test_a_removal_on_behalf_of_an_upgrade_keeps_the_settings(self):
+        # Windows hands this property to the removal of the older product; Wine's upgrade forgets it.
+        self.assertEqual(self.msiexec("/i", package(OLDER)), 0)
+        self.wine("reg", "add", SETTINGS_KEY + r"\DiagnosticSetting", "/v", "SampleCount", "/d", "7")
+        upgrading = "UPGRADINGPRODUCTCODE={00000000-0000-0000-0000-000000000001}"
+        self.assertEqual(self.msiexec("/x", package(OLDER), upgrading), 0)
+        self.assertEqual(self.installed_products(), [])
+        self.assertEqual(self.value(SETTINGS_KEY + r"\DiagnosticSetting", "SampleCount"), quoted("7"))
+
+
+class CompilerMissing(Prefix):
+    MESSAGE = "TellCompilerMissing. mofcomp.exe was not found: the classes are not registered with WMI."
+
+    def test_installs_and_says_so_and_a_repair_makes_up_for_it(self):
+        before = (self.files(), self.registry())
+        compiler = self.c / "windows/system32/wbem/mofcomp.exe"
+        compiler.rename(self.c / "away.exe")
+        self.assertEqual(self.msiexec("/i", package()), 0)
+        self.assertIn(self.MESSAGE, self.log)
+        self.assertEqual(self.program_files(), FILES)
+        self.assertEqual(self.installed_products()[0]["Comments"],
+                         quoted("mofcomp.exe was not found: the classes are not registered with WMI."))
+
+        (self.c / "away.exe").rename(compiler)
+        self.assertEqual(self.repair(), 0)
+        self.assertNotIn(self.MESSAGE, self.log)
+        self.assertEqual(self.compiled(), ["ZerixDRAVEv2.mof"])
+
+        self.assertEqual(self.msiexec("/x", package()), 0)
+        self.assert_nothing_left(*before)
+
+
+class CompilerFails(Prefix):
+    def setUp(self):
+        (self.c / "mofcomp-fails-on").unlink(missing_ok=True)
+        (self.c / "mofcomp.log").unlink(missing_ok=True)
+
+    def test_a_failing_installation_is_undone(self):
+        before = (self.files(), self.registry())
+        (self.c / "mofcomp-fails-on").write_text("ZerixDRAVEv2.mof")
+        self.assertEqual(self.msiexec("/i", package()), ACTION_FAILED)
+        # Wine undoes the earlier steps first, Windows the later ones, so only there the file still exists by then.
+        self.assertEqual([line.split(" ")[0] for line in self.compiled()],
+                         ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof"])
+        self.assertEqual(self.installed_products(), [])
+        self.assert_nothing_left(*before)
+
+    def test_a_failing_compiler_does_not_keep_anybody_from_removing(self):
+        before = (self.files(), self.registry())
+        self.assertEqual(self.msiexec("/i", package()), 0)
+        (self.c / "mofcomp-fails-on").write_text("ZerixDRAVEv2-uninstall.mof")
+        self.assertEqual(self.msiexec("/x", package()), 0)
+        self.assert_nothing_left(*before)
+
+
+class WineCompiler(Prefix):
+    def test_installs_and_removes_with_the_compiler_that_wine_brings(self):
+        before = (self.files(), self.registry())
+        compiler = self.c / "windows/system32/wbem/mofcomp.exe"
+        double = compiler.rename(self.c / "double.exe")
+        shutil.copy(SHARED / "wine-mofcomp.exe", compiler)
+        self.assertEqual(self.msiexec("/i", package()), 0)
+        self.assertNotIn("TellCompilerMissing.", self.log)
+        self.assertEqual(self.msiexec("/x", package()), 0)
+        double.replace(compiler)
+        self.assert_nothing_left(*before)
+
+
+class Package(unittest.TestCase):
+    """The packages themselves; nothing is installed."""
+
+    def setUp(self):
+        self.folder = WORK / "package-test"
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir()
+
+    def test_the_same_build_gives_the_same_bytes_later(self):
+        time.sleep(2.1)  # Zip archives count in steps of two seconds.
+        make_package(CURRENT, VERSION, self.folder)
+        self.assertEqual((self.folder / "SHA256SUMS").read_text(), (SHARED / "current/SHA256SUMS").read_text())
+
+    def test_the_sums_are_those_of_the_files(self):
+        lines = (SHARED / "current/SHA256SUMS").read_text().split("\n")[:-1]
+        stem = f"ZerixDRAVEv2-{VERSION}-x64"
+        names = [stem + "-symbols.zip", stem + ".msi", stem + ".zip"]
+        self.assertEqual(lines, [
+            hashlib.sha256((SHARED / "current" / name).read_bytes()).hexdigest() + "  " + name for name in names])
+
+    def test_zip_and_symbols_hold_the_files_they_should(self):
+        with zipfile.ZipFile(package().with_suffix(".zip")) as archive:
+            self.assertEqual(sorted(archive.namelist()), FILES)
+        with zipfile.ZipFile(SHARED / "current" / f"ZerixDRAVEv2-{VERSION}-x64-symbols.zip") as archive:
+            self.assertEqual(sorted(archive.namelist()),
+                             ["ZerixCimCore.dll.debug", "ZerixDRAVEv2Provider.dll.debug", "wmihost.exe.debug"])
+            archive.extractall(self.folder)
+        for name in ("ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "wmihost.exe"):
+            (self.folder / name).write_bytes(packaged(name))
+            sections = subprocess.run(["x86_64-w64-mingw32-objdump", "-h", self.folder / name], check=True, text=True,
+                                      stdout=subprocess.PIPE).stdout
+            self.assertIn(".gnu_debuglink", sections)
+            self.assertNotIn(".debug_info", sections)
+            sections = subprocess.run(["x86_64-w64-mingw32-objdump", "-h", self.folder / (name + ".debug")], check=True,
+                                      text=True, stdout=subprocess.PIPE).stdout
+            self.assertIn(".debug_info", sections)
+
+    def test_each_action_on_classes_follows_the_one_that_undoes_it(self):
+        def table(name):
+            rows = subprocess.run(["msiinfo", "export", package(), name], check=True, text=True,
+                                  stdout=subprocess.PIPE).stdout.replace("\r", "").split("\n")[3:]
+            return {row.split("\t")[0]: row.split("\t")[1:] for row in rows if row}
+
+        order = {action: int(columns[1]) for action, columns in table("InstallExecuteSequence").items()}
+        chosen = ["InstallInitialize", "RemoveExistingProducts", "UndoRemoveClasses", "RemoveClasses", "RemoveSettings",
+                  "RemoveRegistryValues", "RemoveFiles", "InstallFiles", "WriteRegistryValues", "UndoCompileClasses",
+                  "CompileClasses", "InstallFinalize"]
+        self.assertEqual(sorted(chosen, key=order.get), chosen)
+
+        program, directory, deferred, rollback, as_system, go_on = 50, 34, 1024, 256, 2048, 64
+        self.assertEqual({action: int(columns[0]) for action, columns in table("CustomAction").items()}, {
+            "CompileClasses": program + deferred + as_system,
+            "UndoCompileClasses": program + deferred + rollback + as_system + go_on,
+            "RemoveClasses": program + deferred + as_system + go_on,
+            "UndoRemoveClasses": program + deferred + rollback + as_system + go_on,
+            "RemoveSettings": directory + deferred + as_system + go_on,
+            "TellCompilerMissing": 51,
+        })
+
+    def test_no_caller_can_choose_the_program_that_the_system_runs(self):
+        properties = subprocess.run(["msiinfo", "export", package(), "Property"], check=True, text=True,
+                                    stdout=subprocess.PIPE).stdout.replace("\r", "").split("\n")
+        self.assertIn("SecureCustomProperties\tNEWERVERSION;OLDERVERSION", properties)
+
+    def test_a_certificate_signs_what_is_ours_and_the_installer(self):
+        key, certificate, store = (self.folder / name for name in ("key.pem", "certificate.pem", "store.p12"))
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=Vexal test",
+                        "-addext", "extendedKeyUsage=codeSigning", "-days", "3650", "-keyout", key,
+                        "-out", certificate], check=True, stderr=subprocess.DEVNULL)
+        subprocess.run(["openssl", "pkcs12", "-export", "-inkey", key, "-in", certificate, "-passout", "pass:a b'c",
+                        "-out", store], check=True)
+        msi = make_package(CURRENT, VERSION, self.folder / "out", ZERIX_SIGNING_CERTIFICATE=str(store),
+                           ZERIX_SIGNING_PASSWORD="a b'c", SOURCE_DATE_EPOCH=str(int(time.time()) + 60))
+        signed = [msi]
+        with zipfile.ZipFile(msi.with_suffix(".zip")) as archive:
+            for name in ("ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "wmihost.exe"):
+                signed.append(pathlib.Path(archive.extract(name, self.folder / "zip")))
+        for path in signed:
+            self.assertEqual(self.verify(path, certificate), 0, path.name)
+        self.assertNotEqual(self.verify(package(), certificate), 0, "an unsigned package must not pass")
+
+        content = bytearray(signed[1].read_bytes())
+        content[0x800] ^= 1
+        signed[1].write_bytes(content)
+        self.assertNotEqual(self.verify(signed[1], certificate), 0, "a changed file must not pass")
+
+    def verify(self, path, certificate):
+        return subprocess.run(["osslsigncode", "verify", "-CAfile", certificate, "-in", path], check=False,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode
+
+
+if __name__ == "__main__":
+    if sys.argv[3] == "prepare":
+        prepare()
+    elif sys.argv[3] == "clean":
+        clean()
+    else:
+        unittest.main(argv=[sys.argv[0], sys.argv[3], *sys.argv[4:]], verbosity=2)

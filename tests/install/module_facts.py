@@ -1,0 +1,83 @@
+#!/usr/bin/env python3
+"""Compares what our modules export, import and carry as resources with the stored lists.
+
+    module_facts.py BIN
+
+BIN is a build's folder of programs. With ZERIX_ACCEPT_BASELINES=1 in the environment the lists are written anew.
+The functions imported from the C and C++ run time are left out: the compiler chooses them. All others are listed.
+"""
+
+import difflib
+import os
+import pathlib
+import re
+import subprocess
+import sys
+
+BASELINES = pathlib.Path(__file__).resolve().parent / "baselines"
+MODULES = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "wmihost.exe"]
+RUN_TIME = ["msvcrt.dll", "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"]
+RESOURCE_TYPES = {11: "message table", 16: "version", 24: "manifest"}
+
+
+def dump(path):
+    return subprocess.run(["x86_64-w64-mingw32-objdump", "-p", path], check=True, text=True,
+                          stdout=subprocess.PIPE).stdout
+
+
+def exports(text):
+    """The names that the module's export table lists. The import library's own table is not in an image."""
+    table = text.partition("[Ordinal/Name Pointer] Table")[2]
+    return sorted(re.findall(r"^\s*\[ *\d+\](?: \+base\[ *\d+\])?\s+(?:[0-9a-f]{4,} )?(\S+)$",
+                             table.partition("\n\n")[0], re.M))
+
+
+def imports(text):
+    found = {}
+    for block in text.partition("The Import Tables")[2].split("DLL Name: ")[1:]:
+        name, _, rest = block.partition("\n")
+        # The tables end at the first empty line, also within the last block.
+        functions = re.findall(r"^\s+[0-9a-f]+\s+\d+\s+(\S+)$", rest.partition("\n\n")[0], re.M)
+        found[name.strip()] = sorted(functions)
+    return found
+
+
+def resources(text):
+    """Type, identifier and language of each resource, from the three levels of the resource directory."""
+    found, current = [], []
+    for line in text.partition(".rsrc Resource Directory section")[2].split("\n"):
+        # The indentation after the offset tells the level: 3, 5 or 7 blanks.
+        if match := re.match(r"[0-9a-f]+( +)Entry: ID: 0x([0-9a-f]+)", line):
+            current = current[: (len(match[1]) - 3) // 2] + [int(match[2], 16)]
+            if len(current) == 3:
+                kind = RESOURCE_TYPES.get(current[0], f"type {current[0]}")
+                found.append(f"{kind}, id {current[1]}, language 0x{current[2]:04x}")
+    return sorted(found)
+
+
+def facts(path):
+    text = dump(path)
+    lines = ["exports"] + ["  " + name for name in exports(text)]
+    for dll, functions in sorted(imports(text).items(), key=lambda entry: entry[0].lower()):
+        lines.append("imports from " + dll)
+        lines += [] if dll.lower() in RUN_TIME else ["  " + name for name in functions]
+    lines += ["resources"] + ["  " + resource for resource in resources(text)]
+    return "\n".join(lines) + "\n"
+
+
+def main():
+    failed = False
+    for name in MODULES:
+        found, baseline = facts(pathlib.Path(sys.argv[1]) / name), BASELINES / (name + ".txt")
+        if os.environ.get("ZERIX_ACCEPT_BASELINES") == "1":
+            baseline.write_text(found)
+        expected = baseline.read_text() if baseline.exists() else ""
+        same = found == expected
+        failed = failed or not same
+        print(f"{name}: {'as stored' if same else 'DIFFERS from ' + str(baseline)}")
+        sys.stdout.writelines(
+            difflib.unified_diff(expected.splitlines(True), found.splitlines(True), "stored", "built"))
+    return 1 if failed else 0
+
+
+sys.exit(main())

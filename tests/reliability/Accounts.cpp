@@ -1,0 +1,145 @@
+#include "reliability/Accounts.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <mutex>
+#include <new>
+
+namespace reliability {
+
+namespace {
+
+// The addresses in an open-addressed table of fixed size: it may not allocate while it watches allocations.
+class Addresses
+{
+public:
+    void add(void* address)
+    {
+        const std::lock_guard guard(m_mutex);
+        std::size_t slot = slotOf(address);
+        while (m_slots[slot] != nullptr && m_slots[slot] != removed()) {
+            slot = (slot + 1) % SIZE;
+        }
+        m_slots[slot] = address;
+        ++m_count;
+    }
+
+    void remove(void* address)
+    {
+        const std::lock_guard guard(m_mutex);
+        for (std::size_t slot = slotOf(address); m_slots[slot] != nullptr; slot = (slot + 1) % SIZE) {
+            if (m_slots[slot] == address) {
+                // Only a slot before another used one must stay marked.
+                m_slots[slot] = m_slots[(slot + 1) % SIZE] == nullptr ? nullptr : removed();
+                --m_count;
+                return;
+            }
+        }
+    }
+
+    void clear()
+    {
+        const std::lock_guard guard(m_mutex);
+        m_slots.fill(nullptr);
+        m_count = 0;
+    }
+
+    std::size_t count()
+    {
+        const std::lock_guard guard(m_mutex);
+        return m_count;
+    }
+
+private:
+    static constexpr std::size_t SIZE = std::size_t{1} << 18;
+
+    static std::size_t slotOf(void* address) { return (reinterpret_cast<std::uintptr_t>(address) >> 4) % SIZE; }
+    static void* removed() { return reinterpret_cast<void*>(1); }
+
+    std::mutex m_mutex;
+    std::array<void*, SIZE> m_slots{};
+    std::size_t m_count = 0;
+};
+
+Addresses& addresses()
+{
+    static Addresses instance;
+    return instance;
+}
+
+// The program and the watched modules share one C++ run time: its functions are the program's own.
+void* countedNew(std::size_t size)
+{
+    void* const block = ::operator new(size);
+    addresses().add(block);
+    return block;
+}
+
+void* countedNewNothrow(std::size_t size, const std::nothrow_t& tag)
+{
+    void* const block = ::operator new(size, tag);
+    if (block != nullptr) {
+        addresses().add(block);
+    }
+    return block;
+}
+
+void countedFree(void* block)
+{
+    if (block != nullptr) {
+        addresses().remove(block);
+    }
+    std::free(block);
+}
+
+}  // namespace
+
+ModuleMemory::ModuleMemory(HMODULE module)
+    : m_new(std::make_unique<support::ImportHook>("_Znwy", &countedNew, module)),
+      m_newNothrow(std::make_unique<support::ImportHook>("_ZnwyRKSt9nothrow_t", &countedNewNothrow, module)),
+      // Every module deletes through the one C++ run time.
+      m_free("free", &countedFree, GetModuleHandleA("libstdc++-6.dll"))
+{
+    addresses().clear();
+}
+
+ModuleMemory::~ModuleMemory() = default;
+
+void ModuleMemory::releaseModule()
+{
+    m_newNothrow.reset();
+    m_new.reset();
+}
+
+std::size_t ModuleMemory::live() const
+{
+    return addresses().count();
+}
+
+std::size_t handleLevel()
+{
+    DWORD count = 0;
+    if (GetProcessHandleCount(GetCurrentProcess(), &count) && count != 0) {
+        return count;
+    }
+    // Where the platform does not count: it gives out the lowest free numbers, so those of a few new handles say how
+    // many lie below.
+    std::array<HANDLE, 16> probes{};
+    std::size_t sum = 0;
+    for (HANDLE& probe : probes) {
+        probe = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+        sum += reinterpret_cast<std::uintptr_t>(probe) / 4;
+    }
+    for (const HANDLE probe : probes) {
+        CloseHandle(probe);
+    }
+    return sum;
+}
+
+Balance balanceNow(const support::ComMemory& memory)
+{
+    return {handleLevel(), memory.live()};
+}
+
+}  // namespace reliability

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+
+#include "support/CallLog.h"
+#include "support/ImportHook.h"
+
+namespace reliability {
+
+// The built provider, loaded anew and unloaded again, with the broker of the test (support::FakeBroker) in place of the
+// companion's, and with a registry that only records what it is asked. Throws std::runtime_error when it does not load.
+// One at a time.
+class ProviderModule
+{
+public:
+    explicit ProviderModule(support::CallLog& registryCalls);
+    ~ProviderModule();
+    ProviderModule(const ProviderModule&) = delete;
+    ProviderModule& operator=(const ProviderModule&) = delete;
+
+    HMODULE handle() const noexcept { return m_module; }
+
+    // Null as the class factory where that cannot be made; the status says why. The caller owns the reference.
+    HRESULT classFactory(IClassFactory** factory) const;
+    HRESULT registerServer() const { return call("DllRegisterServer"); }
+    HRESULT unregisterServer() const { return call("DllUnregisterServer"); }
+    bool canUnload() const { return call("DllCanUnloadNow") == S_OK; }
+
+    // Registry keys that are open now.
+    int openKeys() const noexcept;
+
+private:
+    struct Redirections;
+
+    HRESULT call(const char* entry) const;
+
+    HMODULE m_module;
+    std::unique_ptr<Redirections> m_redirections;
+};
+
+}  // namespace reliability
