@@ -1,5 +1,6 @@
 #include "companion/ObjectBroker.h"
 
+#include <exception>
 #include <memory>
 
 #include "Utils/Exception.h"
@@ -27,6 +28,16 @@ ObjectBroker::ObjectBroker(const Platform& platform)
           return std::make_unique<Workspace>(Sources{platform.adapters, platform.machine, m_settings, m_jobs});
       })
 {
+}
+
+ObjectBroker::~ObjectBroker()
+{
+    static constexpr utils::LogSite here{FILE_NAME, "companion::ObjectBroker::~ObjectBroker"};
+    try {
+        m_jobs.sweep();
+    } catch (const std::exception& exception) {
+        here.error("Jobs marked for deletion stay: %s", exception.what());
+    }
 }
 
 utils::SafeList<core::CimInstance*> ObjectBroker::getInstances(const std::string& className)

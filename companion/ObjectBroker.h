@@ -28,6 +28,11 @@ class ObjectBroker : public core::CimBroker
 public:
     explicit ObjectBroker(const Platform& platform);
 
+    // Drops the jobs that the last request has marked for deletion: no request comes after it.
+    ~ObjectBroker() override;
+    ObjectBroker(const ObjectBroker&) = delete;
+    ObjectBroker& operator=(const ObjectBroker&) = delete;
+
     // Never throws for a class that cannot be read: the reason is logged and the list empty. (What is left is a list
     // that cannot be made at all, for want of memory or of a mutex.)
     utils::SafeList<core::CimInstance*> getInstances(const std::string& className) override;

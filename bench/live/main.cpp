@@ -97,7 +97,8 @@ std::vector<ComPtr<IWbemClassObject>> platforms(IWbemServices& services)
     for (;;) {
         ComPtr<IWbemClassObject> object;
         ULONG count = 0;
-        if (enumeration->Next(WBEM_INFINITE, 1, object.put(), &count) != WBEM_S_NO_ERROR || count == 0) {
+        if (enumeration->Next(static_cast<LONG>(WBEM_INFINITE), 1, object.put(), &count) != WBEM_S_NO_ERROR ||
+            count == 0) {
             return objects;
         }
         objects.push_back(std::move(object));

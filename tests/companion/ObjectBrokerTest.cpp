@@ -323,6 +323,21 @@ TEST_F(ObjectBroker, FlaggedJobIsGoneBeforeTheNextRequestOfAnyThread)
     EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U);
 }
 
+TEST_F(ObjectBroker, JobThatTheLastRequestFlaggedIsGoneForTheNextProcess)
+{
+    core::CimPath path(startJob()->toPathString());
+    takeAllSamples();
+    {
+        companion::ObjectBroker later({m_adapters, m_machine, m_storage, m_thread});
+        core::CimInstance* job = later.findInstance(path);
+        ASSERT_NE(job, nullptr);
+        job->markForDeletion(true);
+    }
+    companion::ObjectBroker last({m_adapters, m_machine, m_storage, m_thread});
+    EXPECT_EQ(last.findInstance(path), nullptr);
+    EXPECT_EQ(last.getInstances("Zerix_DiagnosticResult").size(), 1U);
+}
+
 TEST_F(ObjectBroker, JobPastItsTimeGoesTheSameWay)
 {
     core::CimPath path(startJob()->toPathString());

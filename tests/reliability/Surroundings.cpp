@@ -146,30 +146,14 @@ HRESULT Surroundings::send(Scenario scenario, IWbemServices* provider, IWbemClas
         case Scenario::enumerate:
             return provider->CreateInstanceEnumAsync(className.get(), 0, &context, client);
         case Scenario::get:
+        case Scenario::getMissing:
             return provider->GetObjectAsync(pathText.get(), 0, &context, client);
-        case Scenario::getMissing: {
-            const auto find = std::exchange(broker.onFind, nullptr);
-            const HRESULT hr = provider->GetObjectAsync(pathText.get(), 0, &context, client);
-            broker.onFind = find;
-            return hr;
-        }
         case Scenario::getUnreadablePath:
             return provider->GetObjectAsync(unreadable.get(), 0, &context, client);
         case Scenario::put:
             return provider->PutInstanceAsync(given, WBEM_FLAG_UPDATE_ONLY, &context, client);
-        case Scenario::remove: {
-            const auto find = broker.onFind;
-            if (find) {
-                broker.onFind = [this, find] {
-                    find();
-                    return &job;
-                };
-            }
-            job.markForDeletion(false);
-            const HRESULT hr = provider->DeleteInstanceAsync(jobPathText.get(), 0, &context, client);
-            broker.onFind = find;
-            return hr;
-        }
+        case Scenario::remove:
+            return provider->DeleteInstanceAsync(jobPathText.get(), 0, &context, client);
         default:
             return provider->ExecMethodAsync(pathText.get(), methodName.get(), 0, &context, given, client);
     }
@@ -183,8 +167,19 @@ Outcome Surroundings::request(Scenario scenario, IWbemServices* provider)
 Outcome Surroundings::request(Scenario scenario, IWbemServices* provider, support::FakeClassObject& given)
 {
     Outcome result;
+    const auto find = broker.onFind;
+    if (scenario == Scenario::getMissing) {
+        broker.onFind = nullptr;
+    } else if (scenario == Scenario::remove && find) {
+        broker.onFind = [this, find] {
+            find();
+            return &job;
+        };
+    }
+    job.markForDeletion(false);
     const support::CallContext call(calls);
     result.answer = answerOf([&] { return send(scenario, provider, &given); });
+    broker.onFind = find;
     result.calls = calls.take();
     if (support::threadHasToken()) {
         result.disorder += "the thread still acts as the client; ";
