@@ -60,7 +60,7 @@ class JobTable::Job
 {
 public:
     Job(LinkDiagnostic work, JobStatus start) : diagnostic(std::move(work)), status(std::move(start)) {}
-    explicit Job(JobArchive::EndedJob kept) : status(std::move(kept.status)), endTime(kept.endTime) {}
+    explicit Job(const JobArchive::EndedJob& kept) : status(kept.status), endTime(kept.endTime) {}
 
     // None in a job that an earlier process has ended.
     std::optional<LinkDiagnostic> diagnostic;
@@ -106,8 +106,8 @@ private:
 JobTable::JobTable(AdapterSource& adapters, Machine& machine, JobThread& thread, SettingsStorage& storage)
     : m_adapters(adapters), m_machine(machine), m_thread(thread), m_archive(storage), m_firstId(machine.now())
 {
-    for (JobArchive::EndedJob& kept : m_archive.jobs()) {
-        m_jobs.push_back(std::make_shared<Job>(std::move(kept)));
+    for (const JobArchive::EndedJob& kept : m_archive.jobs()) {
+        m_jobs.push_back(std::make_shared<Job>(kept));
     }
     m_count = m_jobs.size();
     for (std::shared_ptr<const DiagnosticResult>& kept : m_archive.results()) {
@@ -194,7 +194,7 @@ void JobTable::sweep()
     std::vector<std::string> dropped;
     {
         const utils::MutexGuard guard(m_mutex);
-        std::erase_if(m_jobs, [this, now, &hasEndedOne, &dropped](const std::shared_ptr<Job>& job) {
+        std::erase_if(m_jobs, [now, &hasEndedOne, &dropped](const std::shared_ptr<Job>& job) {
             if (!job->isMarkedForDeletion() && !isPastItsTime(*job, now)) {
                 return false;
             }
@@ -376,7 +376,7 @@ std::vector<std::shared_ptr<const DiagnosticResult>> JobTable::publish(std::shar
     return oldest;
 }
 
-bool JobTable::isPastItsTime(const Job& job, std::uint64_t now) const noexcept
+bool JobTable::isPastItsTime(const Job& job, std::uint64_t now) noexcept
 {
     return !job.isRunning() && now >= sumOrMost(job.endTime, job.status.retention);
 }

@@ -74,10 +74,10 @@ private:
     Job* find(const std::string& id) const;
     std::shared_ptr<Job> nextDue();
     void fail(Job& job, const char* reason, std::uint64_t now);
-    void finish(Job& job, JobState state, std::uint64_t now);
+    static void finish(Job& job, JobState state, std::uint64_t now);
     // Returns the results that had to make room.
     std::vector<std::shared_ptr<const DiagnosticResult>> publish(std::shared_ptr<const DiagnosticResult> result);
-    bool isPastItsTime(const Job& job, std::uint64_t now) const noexcept;
+    static bool isPastItsTime(const Job& job, std::uint64_t now) noexcept;
 
     AdapterSource& m_adapters;
     Machine& m_machine;

@@ -85,7 +85,7 @@ const std::array<Methods::Method, 5> Methods::all{{
 std::uint32_t Methods::invoke(Workspace& workspace, const std::string& methodName, const MethodCall& call)
 {
     const std::string className = call.target.instance->getClassName();
-    const auto method = std::find_if(all.begin(), all.end(), [&className, &methodName](const Method& candidate) {
+    const auto* const method = std::find_if(all.begin(), all.end(), [&className, &methodName](const Method& candidate) {
         return className == candidate.className && sameName(candidate.name, methodName);
     });
     if (method == all.end()) {

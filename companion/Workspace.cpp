@@ -33,7 +33,7 @@ void Workspace::begin() noexcept
 
 const InstanceStore* Workspace::instances(const std::string& className)
 {
-    const auto served =
+    const auto* const served =
         std::find_if(servedClasses.begin(), servedClasses.end(),
                      [&className](const ServedClass& entry) { return sameName(entry.name, className); });
     return served == servedClasses.end() ? nullptr : &(this->*served->instances)();
@@ -89,6 +89,7 @@ const InstanceStore& Workspace::statistics()
         std::vector<StatisticsRow> rows;
         const std::vector<Adapter>& read = adapters();
         const std::uint64_t now = m_sources.machine.now();
+        rows.reserve(read.size());
         for (const Adapter& adapter : read) {
             rows.push_back({adapter, now});
         }

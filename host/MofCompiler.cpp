@@ -186,6 +186,7 @@ public:
 
     void compileText(std::string_view text, const std::filesystem::path& name)
     {
+        // cppcheck-suppress invalidLifetime ; the text is the caller's and lives until this call returns
         mof::p::memory_input input(text.data(), text.data() + text.size(), asText(name));
         try {
             const auto root = mof::p::parse_tree::parse<mof::file, mof::selector, mof::p::nothing, mof::control>(input);
