@@ -171,7 +171,7 @@ bool JobTable::end(const std::string& id, JobState state)
         finish(*job, state, m_machine.now());
         ended = {job->status, job->endTime};
     }
-    m_archive.keep(ended);
+    keep(ended);
     // The thread has one job less to wait for, perhaps none.
     m_thread.wake();
     return true;
@@ -289,9 +289,12 @@ void JobTable::sample(Job& job) noexcept
     } catch (const std::exception& exception) {
         here.error("Job failed: %s", exception.what());
         const utils::MutexGuard guard(m_mutex);
-        // Without a result and a text, for which there may be no memory.
-        job.status.state = JobState::EXCEPTION;
-        job.endTime = m_machine.now();
+        // A client may have ended it, and has been told so.
+        if (job.isRunning()) {
+            // Without a result and a text, for which there may be no memory.
+            job.status.state = JobState::EXCEPTION;
+            job.endTime = m_machine.now();
+        }
     }
 }
 
@@ -310,7 +313,6 @@ void JobTable::archiveAndFinish(Job& job, JobState state, const char* error, std
     m_archive.keep(*result);
     std::vector<std::shared_ptr<const DiagnosticResult>> dropped{result};
     bool isShown = false;
-    bool isDeleted = false;
     {
         const utils::MutexGuard guard(m_mutex);
         isShown = job.isRunning();
@@ -321,16 +323,27 @@ void JobTable::archiveAndFinish(Job& job, JobState state, const char* error, std
         } else {
             // A client has ended it meanwhile, and that is what counts.
             ended = {job.status, job.endTime};
-            isDeleted = find(job.status.id) == nullptr;
         }
     }
-    if (!isShown && isDeleted) {
-        m_archive.dropJob(ended.status.id);
-    } else if (!isShown) {
-        m_archive.keep(ended);
+    if (!isShown) {
+        keep(ended);
     }
     for (const std::shared_ptr<const DiagnosticResult>& old : dropped) {
         m_archive.dropResult(old->id);
+    }
+}
+
+void JobTable::keep(const JobArchive::EndedJob& ended)
+{
+    m_archive.keep(ended);
+    bool isDeleted = false;
+    {
+        const utils::MutexGuard guard(m_mutex);
+        isDeleted = find(ended.status.id) == nullptr;
+    }
+    // A sweep may have come between the job's end and its being kept; what it deleted must not come back.
+    if (isDeleted) {
+        m_archive.dropJob(ended.status.id);
     }
 }
 

@@ -70,6 +70,7 @@ private:
     std::optional<std::uint32_t> work() noexcept override;
     void sample(Job& job) noexcept;
     void archiveAndFinish(Job& job, JobState state, const char* error, std::uint64_t now);
+    void keep(const JobArchive::EndedJob& ended);
     // All of these need the lock.
     Job* find(const std::string& id) const;
     std::shared_ptr<Job> nextDue();

@@ -49,8 +49,8 @@ struct DiagnosticSetting
 class SettingsStore
 {
 public:
-    // The storage must outlive the store.
-    explicit SettingsStore(SettingsStorage& storage) noexcept : m_storage(storage) {}
+    // The storage must outlive the store. Throws utils::Exception when the platform refuses a mutex.
+    explicit SettingsStore(SettingsStorage& storage) : m_storage(storage) {}
 
     AdapterSetting adapterSetting(const std::string& adapterGuid);
     DiagnosticSetting diagnosticSetting();

@@ -1,15 +1,29 @@
 #include "companion/SoftwareClasses.h"
 
 #include <array>
+#include <string_view>
 
-#include "Utils/Utils.h"
+#include "Utils/ProductVersion.h"
 
 namespace companion {
 
 namespace {
 
-// The product's version, part by part; installer and version resources carry the same.
-constexpr std::array<std::uint16_t, 4> VERSION{2, 0, 1, 10};
+constexpr std::array<std::uint16_t, 4> parts(std::string_view version)
+{
+    std::array<std::uint16_t, 4> numbers{};
+    std::size_t part = 0;
+    for (const char character : version) {
+        if (character == '.') {
+            ++part;
+        } else {
+            numbers.at(part) = static_cast<std::uint16_t>(numbers.at(part) * 10 + (character - '0'));
+        }
+    }
+    return numbers;
+}
+
+constexpr std::array<std::uint16_t, 4> VERSION = parts(utils::PRODUCT_VERSION);
 
 std::string softwareId(const SoftwareRow& /*row*/)
 {
@@ -24,7 +38,7 @@ std::uint16_t versionPart(const SoftwareRow& /*row*/)
 
 std::string versionText(const SoftwareRow& /*row*/)
 {
-    return utils::format("%d.%d.%d.%d", VERSION[0], VERSION[1], VERSION[2], VERSION[3]);
+    return utils::PRODUCT_VERSION;
 }
 
 std::string manufacturer(const SoftwareRow& /*row*/)

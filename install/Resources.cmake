@@ -1,10 +1,10 @@
 # zerix_version_resource(TARGET DESCRIPTION)
-# Gives a DLL or program of ours its version resource. The version stands once, in ProviderIdentity.h, where the
-# provider takes it from as well.
+# Gives a DLL or program of ours its version resource. The version stands once, in ProductVersion.h, where the
+# provider and its companion take it from as well.
 function(zerix_version_resource target description)
-  set(identity ${CMAKE_SOURCE_DIR}/src/adapters/wmi/ProviderIdentity.h)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${identity})
-  file(STRINGS ${identity} line REGEX "VERSION\\[\\] = \"[0-9.]+\"")
+  set(header ${CMAKE_SOURCE_DIR}/src/Utils/ProductVersion.h)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+  file(STRINGS ${header} line REGEX "VERSION\\[\\] = \"[0-9.]+\"")
   string(REGEX REPLACE ".*\"([0-9.]+)\".*" "\\1" version "${line}")
   string(REPLACE "." "," numbers "${version}")
 

@@ -76,6 +76,12 @@ LSTATUS writeStatus(std::string path)
     }
 }
 
+// A key that may not be opened is not missing: a client must not be told that it is gone.
+bool isMissing(const std::string& path)
+{
+    return OpenKey(path, KEY_READ).status() == ERROR_FILE_NOT_FOUND;
+}
+
 // Why the key could not be written: the registry object tells success only.
 StoreResult failureOf(const std::string& path)
 {
@@ -152,13 +158,13 @@ StoreResult RegistryStorage::erase(const std::string& key)
 {
     static constexpr utils::LogSite here{FILE_NAME, "companion::RegistryStorage::erase"};
     const std::string path = fullPath(key);
-    if (!registry().keyExists(path)) {
+    if (isMissing(path)) {
         return StoreResult::DONE;
     }
     const SplitPath split(path);
     registry().deleteKey(HKEY_LOCAL_MACHINE, split.parent, split.child);
     // The registry object does not tell whether the child could be deleted.
-    if (!registry().keyExists(path)) {
+    if (isMissing(path)) {
         return StoreResult::DONE;
     }
     here.error("Could not delete registry key %s", path.c_str());

@@ -4,6 +4,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <memory_resource>
 #include <stdexcept>
 #include <utility>
 
@@ -78,7 +79,9 @@ public:
 
 private:
     Mutex m_mutex;
-    std::map<K, V> m_entries;
+    // Entries are never removed one by one, so that they may share blocks instead of taking one each.
+    std::pmr::monotonic_buffer_resource m_memory;
+    std::pmr::map<K, V> m_entries{&m_memory};
 };
 
 // A list of pointers in insertion order, guarded by its own mutex. Any thread; iterators release the mutex between
@@ -194,7 +197,13 @@ public:
     SafeList() = default;
     SafeList(const SafeList& other) : m_elements(other.lockedElements()) {}
     // NOLINTNEXTLINE(performance-noexcept-move-constructor): a new mutex can fail to be made
-    SafeList(SafeList&& other) : m_ownsElements(std::exchange(other.m_ownsElements, false)), m_elements(other.take()) {}
+    SafeList(SafeList&& other)
+    {
+        // Not before this list's own mutex exists: elements taken earlier would be lost with it.
+        const MutexGuard guard(other.m_mutex);
+        m_elements.swap(other.m_elements);
+        m_ownsElements = std::exchange(other.m_ownsElements, false);
+    }
     SafeList& operator=(const SafeList&) = delete;
     SafeList& operator=(SafeList&&) = delete;
     virtual ~SafeList() { clear(); }
@@ -242,12 +251,6 @@ private:
     {
         const MutexGuard guard(m_mutex);
         return m_elements;
-    }
-
-    std::list<T> take()
-    {
-        const MutexGuard guard(m_mutex);
-        return std::move(m_elements);
     }
 
     bool m_ownsElements = false;

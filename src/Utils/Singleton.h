@@ -21,12 +21,15 @@ public:
     // each create an instance: the later one becomes current and both live until the module is unloaded.
     static T* getInstance()
     {
-        if (T* instance = current()) {
-            // An instance registers itself before its own constructor has run: wait until it is whole.
+        while (T* instance = current()) {
+            // An instance registers itself before its own constructor has run: wait until it is whole. It is gone
+            // where that constructor has thrown, so look again.
             while (s_creations.load(std::memory_order_acquire) != 0) {
                 std::this_thread::yield();
             }
-            return instance;
+            if (current() == instance) {
+                return instance;
+            }
         }
         return create();
     }
@@ -73,9 +76,9 @@ private:
     static T* create()
     {
         const Creation creation;
-        T* made = new T;
+        new T;
         std::atexit(&Singleton::deleteAll);
-        return made;
+        return current();
     }
 
     // Runs when the module is unloaded, through the module's own exit table.

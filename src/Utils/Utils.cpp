@@ -96,28 +96,40 @@ std::string trim(const std::string& text)
     return text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
 }
 
-std::vector<std::string> split(const std::string& text, char separator, char quote)
+bool Pieces::next(std::string_view& piece) noexcept
 {
-    std::vector<std::string> pieces;
-    if (text.empty()) {
-        return pieces;
+    if (m_atEnd) {
+        return false;
     }
-    std::size_t start = 0;
     bool inQuotes = false;
     bool afterBackslash = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char character = text[i];
-        if (character == quote && !(inQuotes && afterBackslash)) {
+    std::size_t length = 0;
+    for (; length < m_rest.size(); ++length) {
+        const char character = m_rest[length];
+        if (character == m_quote && !(inQuotes && afterBackslash)) {
             inQuotes = !inQuotes;
         }
         afterBackslash = character == '\\';
-        if (character == separator && !inQuotes) {
-            pieces.push_back(text.substr(start, i - start));
-            start = i + 1;
+        if (character == m_separator && !inQuotes) {
+            break;
         }
     }
-    pieces.push_back(text.substr(start));
-    return pieces;
+    piece = m_rest.substr(0, length);
+    // A separator that stands last has an empty piece behind it.
+    m_atEnd = length == m_rest.size();
+    m_rest.remove_prefix(m_atEnd ? length : length + 1);
+    return true;
+}
+
+std::vector<std::string> split(const std::string& text, char separator, char quote)
+{
+    std::vector<std::string> result;
+    Pieces pieces(text, separator, quote);
+    std::string_view piece;
+    while (pieces.next(piece)) {
+        result.emplace_back(piece);
+    }
+    return result;
 }
 
 std::string unquote(std::string text)
@@ -125,16 +137,16 @@ std::string unquote(std::string text)
     if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
         return text;
     }
-    std::string result;
-    result.reserve(text.size() - 2);
+    std::size_t length = 0;
     for (std::size_t i = 1; i + 1 < text.size(); ++i) {
         // The closing quote is not part of what is looked at, so a backslash that stands last stays.
         const bool escapesQuote = text[i] == '\\' && i + 2 < text.size() && text[i + 1] == '"';
         if (!escapesQuote) {
-            result += text[i];
+            text[length++] = text[i];
         }
     }
-    return result;
+    text.resize(length);
+    return text;
 }
 
 std::string quote(const std::string& text)

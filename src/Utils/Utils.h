@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace utils {
@@ -33,6 +34,25 @@ std::string trim(const std::string& text);
 // unless a backslash stands directly before it. Quotes and backslashes stay in the pieces; empty pieces are kept. An
 // empty text has no pieces.
 std::vector<std::string> split(const std::string& text, char separator, char quote);
+
+// The same pieces one by one, as views into the text, which must outlive them.
+class Pieces
+{
+public:
+    Pieces(std::string_view text, char separator, char quote) noexcept
+        : m_rest(text), m_atEnd(text.empty()), m_separator(separator), m_quote(quote)
+    {
+    }
+
+    // Gives the next piece; false, with the piece untouched, when there is none left.
+    bool next(std::string_view& piece) noexcept;
+
+private:
+    std::string_view m_rest;
+    bool m_atEnd;
+    char m_separator;
+    char m_quote;
+};
 
 // The text without its enclosing double quotes, each \" in it turned into "; unchanged when it has no such quotes.
 // No other escape is known: two backslashes stay two.

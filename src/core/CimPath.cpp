@@ -1,7 +1,6 @@
 #include "core/CimPath.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "Utils/Exception.h"
 #include "Utils/Log.h"
@@ -11,17 +10,55 @@ namespace core {
 
 namespace {
 
-[[noreturn]] void refuse(const char* problem, const std::string& text)
+constexpr char QUOTE = '"';
+
+[[noreturn]] void refuse(const char* problem, std::string_view text)
 {
-    throw utils::ESyntaxError(problem + (": '" + text) + "'");
+    throw utils::ESyntaxError(problem + (": '" + std::string(text)) + "'");
 }
 
-bool isIdentifier(const std::string& text)
+// The letters of the default locale, whatever the process around has set: a path means the same everywhere.
+constexpr bool isLetter(char c) noexcept
 {
-    const auto letter = [](unsigned char c) { return std::isalpha(c) != 0 || c == '_'; };
-    const auto letterOrDigit = [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; };
-    return !text.empty() && letter(static_cast<unsigned char>(text.front())) &&
-           std::all_of(text.begin(), text.end(), letterOrDigit);
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+
+constexpr bool isLetterOrDigit(char c) noexcept
+{
+    return isLetter(c) || (c >= '0' && c <= '9');
+}
+
+bool isIdentifier(std::string_view text)
+{
+    return !text.empty() && isLetter(text.front()) && std::all_of(text.begin(), text.end(), isLetterOrDigit);
+}
+
+// The two sides of the one separator outside quotes; false where there is none, or more than one.
+bool cutInTwo(std::string_view text, char separator, std::string_view& left, std::string_view& right)
+{
+    utils::Pieces pieces(text, separator, QUOTE);
+    std::string_view further;
+    return pieces.next(left) && pieces.next(right) && !pieces.next(further);
+}
+
+// The path behind its namespace, if it has one.
+std::string_view withoutNamespace(const utils::LogSite& here, const std::string& text)
+{
+    utils::Pieces pieces(text, ':', QUOTE);
+    std::string_view first;
+    std::string_view second;
+    std::string_view further;
+    pieces.next(first);
+    if (!pieces.next(second)) {
+        return first;
+    }
+    if (pieces.next(further)) {
+        refuse("model path not found", text);
+    }
+    if (utils::LogSite::debugOn()) {
+        here.debugAt(99, "namespace is stripped [%s]", std::string(first).c_str());
+    }
+    return second;
 }
 
 }  // namespace
@@ -33,20 +70,13 @@ CimPath::CimPath(const std::string& text)
     if (text.empty()) {
         throw utils::ESyntaxError("empty path");
     }
-    const std::vector<std::string> pathPieces = utils::split(text, ':', '"');
-    if (pathPieces.size() > 2) {
-        refuse("model path not found", text);
-    }
-    if (pathPieces.size() == 2) {
-        here.debugAt(99, "namespace is stripped [%s]", pathPieces.front().c_str());
-    }
-    const std::string& modelPath = pathPieces.back();
-    const std::vector<std::string> modelPieces = utils::split(modelPath, '.', '"');
-    if (modelPieces.size() != 2) {
+    const std::string_view modelPath = withoutNamespace(here, text);
+    std::string_view className;
+    std::string_view keys;
+    if (!cutInTwo(modelPath, '.', className, keys)) {
         // Also the answer for a path with no separator at all.
         refuse("too many classname separators", text);
     }
-    const std::string& className = modelPieces.front();
     if (className.empty()) {
         refuse("empty class name", text);
     }
@@ -54,25 +84,25 @@ CimPath::CimPath(const std::string& text)
         refuse("invalid class name", text);
     }
     m_className = className;
-    const std::vector<std::string> items = utils::split(modelPieces.back(), ',', '"');
-    if (items.empty()) {
+    if (keys.empty()) {
         // No closing quote, unlike every other message: log filters match this text to its end.
         throw utils::ESyntaxError("no properties: '" + text);
     }
-    for (const std::string& item : items) {
+    utils::Pieces items(keys, ',', QUOTE);
+    std::string_view item;
+    while (items.next(item)) {
         parseKey(item);
     }
     m_modelPath = modelPath;
 }
 
-void CimPath::parseKey(const std::string& item)
+void CimPath::parseKey(std::string_view item)
 {
-    const std::vector<std::string> sides = utils::split(item, '=', '"');
-    if (sides.size() != 2) {
+    std::string_view name;
+    std::string_view value;
+    if (!cutInTwo(item, '=', name, value)) {
         refuse("only one '=' allowed", item);
     }
-    const std::string& name = sides.front();
-    const std::string& value = sides.back();
     if (!isIdentifier(name)) {
         refuse("invalid property name", item);
     }
@@ -80,10 +110,11 @@ void CimPath::parseKey(const std::string& item)
     if (value.empty()) {
         refuse("property value empty", item);
     }
-    if (contains(name)) {
+    const std::string key(name);
+    if (contains(key)) {
         refuse("property already exists", item);
     }
-    set(name, utils::unquote(value));
+    set(key, utils::unquote(std::string(value)));
 }
 
 }  // namespace core

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "Utils/Containers.h"
 
@@ -21,7 +22,7 @@ public:
     const std::string& getModelPath() const noexcept { return m_modelPath; }
 
 private:
-    void parseKey(const std::string& item);
+    void parseKey(std::string_view item);
 
     std::string m_className;
     std::string m_modelPath;

@@ -58,8 +58,6 @@ CimProperty::CimProperty(const char* name, CimInstance* owner) : m_name(name)
 {
     static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::CimProperty"};
     ASSERT_AT(here, 195, m_name.length() != 0);
-    // Before the property joins the list: nothing may fail once the list knows it.
-    m_listeners.reserve(4);
     if (owner != nullptr) {
         owner->getProperties().add(this);
         m_owner = owner;
@@ -90,7 +88,7 @@ void CimProperty::addListener(Listener* listener)
 {
     static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::addListener"};
     ASSERT_AT(here, 381, listener != NULL);
-    m_listeners.push_back(listener);
+    m_listeners.append(listener);
 }
 
 void CimProperty::IsModifyEnabledListener::onVerify(CimProperty* property, const CimProperty* newValue)

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstddef>
-#include <memory_resource>
 #include <string>
 #include <vector>
 
@@ -41,6 +40,38 @@ public:
         virtual ~Listener() = default;
         Listener(const Listener&) = delete;
         Listener& operator=(const Listener&) = delete;
+    };
+
+    // Listeners in order of registration. The first four need no heap block: nearly every property has no more, and a
+    // block for each would double what it takes to make one.
+    class Listeners
+    {
+    public:
+        using value_type = Listener*;
+        using const_iterator = Listener* const*;
+
+        std::size_t size() const noexcept { return m_count; }
+        Listener* operator[](std::size_t index) const noexcept { return begin()[index]; }
+        const_iterator begin() const noexcept { return m_many.empty() ? m_few.data() : m_many.data(); }
+        const_iterator end() const noexcept { return begin() + m_count; }
+
+        void append(Listener* listener)
+        {
+            if (m_count < m_few.size()) {
+                m_few[m_count] = listener;
+            } else {
+                if (m_many.empty()) {
+                    m_many.assign(m_few.begin(), m_few.end());
+                }
+                m_many.push_back(listener);
+            }
+            ++m_count;
+        }
+
+    private:
+        std::array<Listener*, 4> m_few{};
+        std::vector<Listener*> m_many;
+        std::size_t m_count = 0;
     };
 
     // Starts null, not modifiable and no key. With an owner it joins the owner's property list, which then owns it, and
@@ -83,7 +114,7 @@ public:
     void addListener(Listener* listener);
 
     // In order of registration; the embedded ones come first.
-    const std::pmr::vector<Listener*>& listeners() const noexcept { return m_listeners; }
+    const Listeners& listeners() const noexcept { return m_listeners; }
 
 protected:
     void setIsNull(bool isNull) noexcept { m_isNull = isNull; }
@@ -110,11 +141,7 @@ private:
     bool m_overriden = false;
     bool m_modifiable = false;
     bool m_key = false;
-    // Room for the listeners that nearly every property has, and no other: a heap block for each property would double
-    // what it takes to make one.
-    alignas(Listener*) std::array<std::byte, 4 * sizeof(Listener*)> m_listenerSpace;
-    std::pmr::monotonic_buffer_resource m_listenerMemory{m_listenerSpace.data(), m_listenerSpace.size()};
-    std::pmr::vector<Listener*> m_listeners{&m_listenerMemory};
+    Listeners m_listeners;
     IsModifyEnabledListener m_isModifyEnabled;
     VerifyTypeListener m_verifyType;
 };

@@ -35,6 +35,9 @@ public:
     // The newest property of the name, or null.
     CimProperty* findProperty(const std::string& name);
 
+    // A property stays until the list is destroyed: the index has no removal and would name what is gone.
+    void clear() = delete;
+
 private:
     utils::SafeMap<std::string, CimProperty*> m_index;
 };

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -112,6 +114,37 @@ TEST(SingletonTest, aConstructorThatThrowsLeavesNoInstanceBehind)
     EXPECT_THROW(Failing::getInstance(), std::runtime_error);
     Failing::fails = false;
     EXPECT_THAT(Failing::getInstance(), NotNull());
+}
+
+class FailingFirst : public utils::AutoSingleton<FailingFirst>
+{
+public:
+    static constexpr const char* qualifiedName = "wa::FailingFirst";
+
+    FailingFirst()
+    {
+        if (constructions.fetch_add(1) == 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            throw std::runtime_error("not the first time");
+        }
+    }
+
+    static inline std::atomic<int> constructions{0};
+
+    int value = 4711;
+};
+
+TEST(SingletonTest, aThreadThatWaitsForAnotherThreadsConstructionMakesItsOwnWhenThatThrows)
+{
+    std::thread first([] { EXPECT_THROW(FailingFirst::getInstance(), std::runtime_error); });
+    while (FailingFirst::constructions == 0) {
+        std::this_thread::yield();
+    }
+    FailingFirst* const instance = FailingFirst::getInstance();
+    first.join();
+    EXPECT_EQ(FailingFirst::constructions, 2);
+    EXPECT_EQ(instance->value, 4711);
+    EXPECT_EQ(FailingFirst::getInstance(), instance);
 }
 
 class Slow : public utils::AutoSingleton<Slow>

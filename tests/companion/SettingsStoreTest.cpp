@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 #include "Utils/Exception.h"
 #include "companion/Fakes.h"
 #include "support/LogCapture.h"
@@ -20,6 +22,12 @@ protected:
     companion::SettingsStore m_store{m_storage};
     support::LogCapture m_log{1};
 };
+
+// It holds a mutex, which the platform may refuse: a promise not to throw would end the process.
+TEST(SettingsStoreMade, MayThrow)
+{
+    EXPECT_FALSE((std::is_nothrow_constructible_v<companion::SettingsStore, companion::SettingsStorage&>));
+}
 
 TEST_F(SettingsStore, MissingValuesHaveTheirDefaults)
 {

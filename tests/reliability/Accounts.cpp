@@ -108,8 +108,8 @@ ModuleMemory::~ModuleMemory() = default;
 
 void ModuleMemory::releaseModule()
 {
-    m_newNothrow.reset();
-    m_new.reset();
+    m_newNothrow->abandon();
+    m_new->abandon();
 }
 
 std::size_t ModuleMemory::live() const

@@ -1,4 +1,11 @@
+// The adapter calls' headers want the sockets' one first.
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
 #include "reliability/Fault.h"
+
+#include <iphlpapi.h>
+#include <netioapi.h>
 
 #include <atomic>
 #include <new>
@@ -179,11 +186,81 @@ const std::vector<FaultPoint>& table()
     return points;
 }
 
+template <ULONG Error>
+constexpr auto adapterError = [](auto&&...) { return ULONG{Error}; };
+
+constexpr auto noSlot = [](auto&&...) { return FLS_OUT_OF_INDEXES; };
+
+const std::vector<FaultPoint>& companionTable()
+{
+    static const std::vector<FaultPoint> points{
+        {"CreateMutexA", "null", UNCHANGED | EXCEPTION | NOT_THERE, 0,
+         FaultyCall<decltype(CreateMutexA), noHandle>::install},
+        {"WaitForSingleObject", "failed", UNCHANGED, 0, FaultyCall<decltype(WaitForSingleObject), waitFailed>::install},
+        {"WaitForSingleObject", "abandoned", UNCHANGED, 0,
+         FaultyCall<decltype(WaitForSingleObject), waitAbandoned>::install},
+        {"ReleaseMutex", "not owner", UNCHANGED, 0,
+         FaultyCall<decltype(ReleaseMutex), doneButFalse<ERROR_NOT_OWNER>>::install},
+        {"CloseHandle", "invalid handle", UNCHANGED, 0,
+         FaultyCall<decltype(CloseHandle), doneButFalse<ERROR_INVALID_HANDLE>>::install},
+        {"CreateEventA", "null", EXCEPTION, 0, FaultyCall<decltype(CreateEventA), noHandle>::install},
+        {"SetEvent", "invalid handle", UNCHANGED, 0,
+         FaultyCall<decltype(SetEvent), doneButFalse<ERROR_INVALID_HANDLE>>::install},
+        {"CreateThread", "null", VALUE_LOST, 0, FaultyCall<decltype(CreateThread), noHandle>::install},
+        {"GetModuleHandleExA", "module not found", VALUE_LOST, 0,
+         FaultyCall<decltype(GetModuleHandleExA), falseWithError<ERROR_MOD_NOT_FOUND>>::install},
+        {"FlsAlloc", "no slot left", EXCEPTION, 0, FaultyCall<decltype(FlsAlloc), noSlot>::install},
+        {"FlsSetValue", "out of memory", NOT_THERE | OUT_OF_MEMORY, 0,
+         FaultyCall<decltype(FlsSetValue), falseWithError<ERROR_NOT_ENOUGH_MEMORY>>::install},
+        {"GetUserNameA", "no logon session", UNCHANGED, 0,
+         FaultyCall<decltype(GetUserNameA), falseWithError<ERROR_NO_SUCH_LOGON_SESSION>>::install},
+        {"GetIfTable2", "out of memory", NOT_THERE | EXCEPTION, 0,
+         FaultyCall<decltype(GetIfTable2), adapterError<ERROR_NOT_ENOUGH_MEMORY>>::install},
+        {"GetAdaptersAddresses", "no data", NOT_THERE, 0,
+         FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_NO_DATA>>::install},
+        {"GetAdaptersAddresses", "out of memory", NOT_THERE, 0,
+         FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_NOT_ENOUGH_MEMORY>>::install},
+        // The list has grown since its size was told: asked for once more.
+        {"GetAdaptersAddresses", "buffer overflow", UNCHANGED, 0,
+         FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_BUFFER_OVERFLOW>>::install},
+        {"GetIfEntry2", "file not found", UNCHANGED, 0,
+         FaultyCall<decltype(GetIfEntry2), adapterError<ERROR_FILE_NOT_FOUND>>::install},
+        {"SetIfEntry", "access denied", VALUE_LOST, 0,
+         FaultyCall<decltype(SetIfEntry), adapterError<ERROR_ACCESS_DENIED>>::install},
+        {"RegOpenKeyExA", "access denied", UNCHANGED | VALUE_LOST | NOT_THERE, 0,
+         FaultyCall<decltype(RegOpenKeyExA), accessDenied>::install},
+        {"RegCreateKeyExA", "access denied", UNCHANGED | EXCEPTION, 0,
+         FaultyCall<decltype(RegCreateKeyExA), accessDenied>::install},
+        {"RegSetValueExA", "access denied", UNCHANGED | EXCEPTION, 0,
+         FaultyCall<decltype(RegSetValueExA), accessDenied>::install},
+        {"RegQueryInfoKeyA", "access denied", UNCHANGED | NOT_THERE, 0,
+         FaultyCall<decltype(RegQueryInfoKeyA), accessDenied>::install},
+        {"RegEnumKeyExA", "access denied", UNCHANGED | NOT_THERE, 0,
+         FaultyCall<decltype(RegEnumKeyExA), accessDenied>::install},
+        {"RegEnumValueA", "access denied", UNCHANGED | NOT_THERE, 0,
+         FaultyCall<decltype(RegEnumValueA), accessDenied>::install},
+        {"RegDeleteKeyA", "access denied", UNCHANGED | VALUE_LOST, 0,
+         FaultyCall<decltype(RegDeleteKeyA), accessDenied>::install},
+        {"RegCloseKey", "invalid handle", UNCHANGED, 0, FaultyCall<decltype(RegCloseKey), closedButInvalid>::install},
+        {"_Znwy", "std::bad_alloc", UNCHANGED | NOT_THERE | OUT_OF_MEMORY, 0, FaultyCall<PlainNew, noMemory>::install},
+        {"_ZnwyRKSt9nothrow_t", "null", UNCHANGED, 0, FaultyCall<NothrowNew, noBlock>::install},
+        {"malloc", "null", UNCHANGED, 0, FaultyCall<PlainNew, noBlock>::install},
+        {"calloc", "null", UNCHANGED, 0, FaultyCall<ClearedBlock, noBlock>::install},
+        {"realloc", "null", UNCHANGED, 0, FaultyCall<Resize, noBlock>::install},
+    };
+    return points;
+}
+
 }  // namespace
 
 std::span<const FaultPoint> faultPoints()
 {
     return table();
+}
+
+std::span<const FaultPoint> companionFaultPoints()
+{
+    return companionTable();
 }
 
 Fault::Fault(const FaultPoint& point, HMODULE module) : m_hook(point.install(point.function, module))

@@ -18,6 +18,8 @@ enum Effect : unsigned
     OUT_OF_MEMORY = 32,    // std::bad_alloc, likewise
     CREATION_FAILED = 64,  // the class factory or the provider is not made: E_OUTOFMEMORY
     REGISTRATION_FAILED = 128,
+    NOT_THERE = 256,  // as on a machine that lacks something: a shorter list, or the answer that it is not found
+    FORBIDDEN = 512,  // an update is answered with WBEM_E_ACCESS_DENIED
 };
 
 // One imported function and one way in which it can fail.
@@ -34,6 +36,9 @@ struct FaultPoint
 // Every way in which a platform call of the provider is made to fail.
 std::span<const FaultPoint> faultPoints();
 
+// The same for the companion.
+std::span<const FaultPoint> companionFaultPoints();
+
 // Makes the given call of one function fail, once, counting from 1, from the moment it is armed. The module must stay
 // loaded for the fault's life. One at a time; the calls of any thread count.
 class Fault
@@ -46,6 +51,10 @@ public:
 
     void arm(int call);
     void disarm();
+
+    // For a module that is being unloaded: the fault stays until the module is gone. Calls no longer reach the module's
+    // table after that, and nothing is put back.
+    void abandon() noexcept { m_hook->abandon(); }
 
     // Calls since it was armed, and whether the chosen one was among them.
     int calls() const;

@@ -1,13 +1,11 @@
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <optional>
 
 #include "reliability/Accounts.h"
-#include "reliability/Fault.h"
+#include "reliability/FaultTable.h"
 #include "reliability/Scenario.h"
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
@@ -17,13 +15,11 @@
 // first use is made under fire as well.
 namespace {
 
-using reliability::Effect;
 using reliability::FaultPoint;
 using reliability::Outcome;
+using reliability::Row;
 using reliability::Scenario;
 using testing::IsEmpty;
-
-const std::string FAILED = "0x80041001";
 
 struct Attempt
 {
@@ -71,85 +67,6 @@ Attempt attempt(Scenario scenario, const support::ComMemory& comMemory, const Fa
     return result;
 }
 
-std::vector<std::string> finalStatus(const std::string& status)
-{
-    return {"sink.SetStatus(0, " + status + ", null, null)"};
-}
-
-// What the outcome is called among the effects that the failing function may have; empty when it is none of them.
-std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& normal, const Outcome& found)
-{
-    const auto may = [&point](Effect effect) { return (point.effects & effect) != 0; };
-    if (found == normal && may(Effect::UNCHANGED)) {
-        return "unchanged";
-    }
-    if (may(Effect::VALUE_LOST) && found.answer == normal.answer && found.reports() == normal.reports()) {
-        return "value lost";
-    }
-    if (may(Effect::DENIED) && found.answer == "0x80041003" &&
-        found.reports() == finalStatus(support::hex(point.reported))) {
-        return "denied";
-    }
-    if (may(Effect::CREATION_FAILED) && found.answer == "no provider: 0x8007000E" && found.reports().empty()) {
-        return "no provider";
-    }
-    const bool registration = scenario == Scenario::registerServer || scenario == Scenario::unregisterServer;
-    if (registration) {
-        if (may(Effect::REGISTRATION_FAILED) && found.answer == "0x80004005") {
-            return "E_FAIL";
-        }
-        return may(Effect::OUT_OF_MEMORY) && found.answer == "0x8007000E" ? "E_OUTOFMEMORY" : "";
-    }
-    const std::map<Effect, std::string> thrown{{Effect::EXCEPTION, "threw utils::Exception"},
-                                               {Effect::COM_ERROR, "threw _com_error"},
-                                               {Effect::OUT_OF_MEMORY, "threw std::bad_alloc"}};
-    for (const auto& [effect, text] : thrown) {
-        if (!may(effect)) {
-            continue;
-        }
-        // The path of a retrieval is read before the part of it that catches.
-        const bool mayEscape = reliability::letsExceptionsOut(scenario) ||
-                               (effect == Effect::OUT_OF_MEMORY && reliability::isRetrieval(scenario));
-        if (found.answer == text && found.reports().empty() && mayEscape) {
-            return text;
-        }
-        // So does an update while it is at the broker, which reads the list of values through the provider's code.
-        const bool mayBeCaught = !reliability::letsExceptionsOut(scenario) || scenario == Scenario::put;
-        if (found.answer == FAILED && found.reports() == finalStatus(FAILED) && mayBeCaught) {
-            return "WBEM_E_FAILED";
-        }
-    }
-    return "";
-}
-
-// One row of the table: what became of every call of one function.
-struct Row
-{
-    int calls = 0;
-    int fired = 0;
-    std::map<std::string, int> effects;
-};
-
-std::string effectsText(const Row& row)
-{
-    std::string text;
-    for (const auto& [effect, count] : row.effects) {
-        text += (text.empty() ? "" : ", ") + effect + " " + std::to_string(count);
-    }
-    return text;
-}
-
-std::string describe(const Outcome& outcome)
-{
-    return outcome.answer + testing::PrintToString(outcome.reports()) + " " + outcome.disorder;
-}
-
-// With debug lines there are hundreds of calls; the ordinary run takes a sample of them.
-bool everyCall()
-{
-    return std::getenv("ZERIX_EVERY_CALL") != nullptr;
-}
-
 class FaultsTest : public testing::TestWithParam<Scenario>
 {
 protected:
@@ -172,9 +89,10 @@ protected:
             if (level > 1 && std::string(point.function) != "_Znwy") {
                 continue;
             }
-            const Row row = failEveryCallOf(point, level == 1 || everyCall() ? 1 : 7, normal, comMemory);
+            const Row row = failEveryCallOf(point, level == 1 || reliability::everyCall() ? 1 : 7, normal, comMemory);
             table << "| " << reliability::nameOf(GetParam()) << " | " << level << " | " << point.function << " | "
-                  << point.failure << " | " << row.calls << " | " << row.fired << " | " << effectsText(row) << " |\n";
+                  << point.failure << " | " << row.calls << " | " << row.fired << " | " << reliability::effectsText(row)
+                  << " |\n";
         }
         FreeLibrary(companion);
     }
@@ -198,10 +116,10 @@ private:
             ++row.fired;
             const std::string where = std::string(point.function) + " (" + point.failure + "), call " +
                                       std::to_string(call) + " of " + std::to_string(found.calls);
-            const std::string effect = effectOf(GetParam(), point, normal.disturbed, found.disturbed);
-            EXPECT_FALSE(effect.empty()) << where << ": " << describe(found.disturbed);
+            const std::string effect = reliability::effectOf(GetParam(), point, normal.disturbed, found.disturbed);
+            EXPECT_FALSE(effect.empty()) << where << ": " << reliability::describe(found.disturbed);
             EXPECT_THAT(found.disturbed.disorder + found.leaks, IsEmpty()) << where << ": " << effect;
-            EXPECT_EQ(found.next, normal.next) << where << ": the next request: " << describe(found.next);
+            EXPECT_EQ(found.next, normal.next) << where << ": the next request: " << reliability::describe(found.next);
             ++row.effects[effect.empty() ? "UNDEFINED" : effect];
         }
         return row;

@@ -12,10 +12,10 @@
 #include <mutex>
 #include <thread>
 
-#include "adapters/wmi/ProviderIdentity.h"
 #include "host/ClassObject.h"
 #include "host/ObjectReader.h"
 #include "host/Workspace.h"
+#include "reliability/KnownFactory.h"
 
 // Eight clients at once through one provider object, with the real companion behind it: every kind of request, jobs
 // starting and being deleted, settings changing. Every answer is checked; a request that does not come back is told
@@ -33,28 +33,6 @@ std::chrono::seconds duration()
     const char* const text = std::getenv("ZERIX_SECONDS");
     return std::chrono::seconds(text == nullptr ? 8 : std::atoi(text));
 }
-
-// The provider's class factory, known to COM for as long as this lives, so that no registration is needed.
-class KnownFactory
-{
-public:
-    KnownFactory() : m_module(LoadLibraryA("ZerixDRAVEv2Provider.dll"))
-    {
-        auto* const entry = reinterpret_cast<HRESULT(WINAPI*)(REFCLSID, REFIID, LPVOID*)>(
-            reinterpret_cast<void*>(GetProcAddress(m_module, "DllGetClassObject")));
-        IUnknown* factory = nullptr;
-        entry(identity::PROVIDER_CLSID, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-        CoRegisterClassObject(identity::PROVIDER_CLSID, factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
-        factory->Release();
-    }
-    ~KnownFactory() { CoRevokeClassObject(m_cookie); }
-    KnownFactory(const KnownFactory&) = delete;
-    KnownFactory& operator=(const KnownFactory&) = delete;
-
-private:
-    HMODULE m_module;
-    DWORD m_cookie = 0;
-};
 
 // What a client does now; read by the watchdog.
 struct Activity
@@ -119,7 +97,7 @@ protected:
                 }};
     }
 
-    std::optional<KnownFactory> m_factory;
+    std::optional<reliability::KnownFactory> m_factory;
     std::optional<host::Workspace> m_workspace;
 };
 

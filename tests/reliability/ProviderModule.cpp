@@ -1,5 +1,6 @@
 #include "reliability/ProviderModule.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -66,19 +67,21 @@ Function* entryOf(HMODULE module, const char* name)
 
 struct ProviderModule::Redirections
 {
-    explicit Redirections(HMODULE module)
-        : broker("_ZN4core12GetCimBrokerEv", &support::brokerInUse, module),
-          find("_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE", &support::findInstance, module),
-          create("RegCreateKeyExA", &createKey, module),
+    Redirections(HMODULE module, Broker answering)
+        : create("RegCreateKeyExA", &createKey, module),
           open("RegOpenKeyExA", &openKey, module),
           set("RegSetValueExA", &setValue, module),
           remove("RegDeleteKeyA", &deleteKey, module),
           close("RegCloseKey", &closeKey, module)
     {
+        if (answering == Broker::standIn) {
+            broker.emplace("_ZN4core12GetCimBrokerEv", &support::brokerInUse, module);
+            find.emplace("_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE", &support::findInstance, module);
+        }
     }
 
-    support::ImportHook broker;
-    support::ImportHook find;
+    std::optional<support::ImportHook> broker;
+    std::optional<support::ImportHook> find;
     support::ImportHook create;
     support::ImportHook open;
     support::ImportHook set;
@@ -86,14 +89,15 @@ struct ProviderModule::Redirections
     support::ImportHook close;
 };
 
-ProviderModule::ProviderModule(support::CallLog& registryCalls) : m_module(LoadLibraryA("ZerixDRAVEv2Provider.dll"))
+ProviderModule::ProviderModule(support::CallLog& registryCalls, Broker broker)
+    : m_module(LoadLibraryA("ZerixDRAVEv2Provider.dll"))
 {
     if (m_module == nullptr) {
         throw std::runtime_error("the provider does not load");
     }
     registryLog = &registryCalls;
     keysOpen = 0;
-    m_redirections = std::make_unique<Redirections>(m_module);
+    m_redirections = std::make_unique<Redirections>(m_module, broker);
 }
 
 ProviderModule::~ProviderModule()

@@ -7,13 +7,19 @@
 
 namespace reliability {
 
-// The built provider, loaded anew and unloaded again, with the broker of the test (support::FakeBroker) in place of the
-// companion's, and with a registry that only records what it is asked. Throws std::runtime_error when it does not load.
-// One at a time.
+// Who answers the provider: the broker of the test (support::FakeBroker) or the built companion.
+enum class Broker
+{
+    standIn,
+    companion
+};
+
+// The built provider, loaded anew and unloaded again, with a registry for its own entries that only records what it is
+// asked. Throws std::runtime_error when it does not load. One at a time.
 class ProviderModule
 {
 public:
-    explicit ProviderModule(support::CallLog& registryCalls);
+    explicit ProviderModule(support::CallLog& registryCalls, Broker broker = Broker::standIn);
     ~ProviderModule();
     ProviderModule(const ProviderModule&) = delete;
     ProviderModule& operator=(const ProviderModule&) = delete;

@@ -6,7 +6,6 @@
 
 #include "Utils/Exception.h"
 #include "core/CimPropertyTypes.h"
-#include "support/CallContext.h"
 
 namespace reliability {
 
@@ -137,14 +136,14 @@ Surroundings::Surroundings()
 
 HRESULT Surroundings::send(Scenario scenario, IWbemServices* provider, IWbemClassObject* given)
 {
-    const utils::ScopedBstr className{std::string(PORT_CLASS)};
+    const utils::ScopedBstr classText(className);
     const utils::ScopedBstr pathText(path);
     const utils::ScopedBstr unreadable{std::string(PORT_CLASS)};
     const utils::ScopedBstr jobPathText(jobPath);
     const utils::ScopedBstr methodName(method);
     switch (scenario) {
         case Scenario::enumerate:
-            return provider->CreateInstanceEnumAsync(className.get(), 0, &context, client);
+            return provider->CreateInstanceEnumAsync(classText.get(), 0, &context, client);
         case Scenario::get:
         case Scenario::getMissing:
             return provider->GetObjectAsync(pathText.get(), 0, &context, client);
@@ -177,7 +176,7 @@ Outcome Surroundings::request(Scenario scenario, IWbemServices* provider, suppor
         };
     }
     job.markForDeletion(false);
-    const support::CallContext call(calls);
+    const support::CallContext call(calls, token);
     result.answer = answerOf([&] { return send(scenario, provider, &given); });
     broker.onFind = find;
     result.calls = calls.take();
@@ -190,7 +189,9 @@ Outcome Surroundings::request(Scenario scenario, IWbemServices* provider, suppor
     if (references != 0) {
         result.disorder += std::to_string(references) + " references are held; ";
     }
-    if (scenario == Scenario::remove && result.answer == support::hex(S_OK) && !job.isMarkedForDeletion()) {
+    if (scenario == Scenario::remove && result.answer == support::hex(S_OK) && removed != nullptr &&
+        !removed->isMarkedForDeletion())
+    {
         result.disorder += "the job is not marked; ";
     }
     classObject.spawned().clear();

@@ -6,6 +6,7 @@
 #include "core/CimInstance.h"
 #include "reliability/ProviderModule.h"
 #include "reliability/Scenario.h"
+#include "support/CallContext.h"
 #include "support/FakeBroker.h"
 #include "support/FakeContext.h"
 #include "support/FakeNamespace.h"
@@ -45,9 +46,14 @@ public:
     support::FakeContext context{calls};
 
     // What the client names in its requests.
+    std::string className = PORT_CLASS;
     std::string path = PORT_PATH;
     std::string jobPath = JOB_PATH;
     std::string method = "Reset";
+    // What a removal that succeeds must have marked; null where another broker than the one above answers.
+    core::CimInstance* removed = &job;
+    // What the client allows.
+    support::ClientToken token = support::ClientToken::impersonation;
     // The sink of the requests; the one above by default.
     IWbemObjectSink* client = &sink;
 

@@ -31,6 +31,10 @@ public:
 
     // Puts back what stood there.
     ~ImportHook();
+
+    // Leaves the replacement where it is, for a module that is being unloaded: its calls then are hooked to its end.
+    void abandon() noexcept { m_entries.clear(); }
+
     ImportHook(const ImportHook&) = delete;
     ImportHook& operator=(const ImportHook&) = delete;
 

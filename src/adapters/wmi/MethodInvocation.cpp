@@ -65,21 +65,21 @@ void WmiConverter::indicateResults(const std::string& className, const std::stri
                                    core::CimPropertyList& results)
 {
     static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::indicateResults"};
-    const utils::ComReference<IWbemClassObject> outParams =
-        spawnOutParameters(here, className, methodName, pNamespace, pCtx);
-    if (outParams.get() == nullptr) {
+    const OutParameters out = spawnOutParameters(here, className, methodName, pNamespace, pCtx);
+    IWbemClassObject* outParams = out.object.get();
+    if (outParams == nullptr) {
         return;
     }
     core::CimPropertyList::Iterator iterator = results.getIterator();
     while (core::CimProperty* property = iterator.next()) {
         const std::string& name = property->getName();
         if (name == names::RETURN_VALUE) {
-            addUint32ToResponseHandler(name, returnValue, outParams.get());
+            addUint32ToResponseHandler(name, returnValue, outParams);
         } else if (name == jobName) {
             if (!jobName.empty() && job != nullptr) {
                 here.debug("Set Reference %s", name.c_str());
                 // The bare path, unlike every other reference, which carries host and namespace: clients parse it so.
-                addStringToResponseHandler(name, job->toPathString(), outParams.get());
+                addStringToResponseHandler(name, job->toPathString(), outParams);
             }
         } else {
             PropertyConverter* const* entry = typeConverters.find(property->getType());
@@ -90,8 +90,7 @@ void WmiConverter::indicateResults(const std::string& className, const std::stri
         }
     }
     here.debug("Indicate results");
-    IWbemClassObject* object = outParams.get();
-    const HRESULT hr = pResponseHandler->Indicate(1, &object);
+    const HRESULT hr = pResponseHandler->Indicate(1, &outParams);
     if (hr != WBEM_S_NO_ERROR) {
         here.error("pResponseHandler->Indicate() error 0x%X", hr);
     }

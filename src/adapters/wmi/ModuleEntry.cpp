@@ -3,6 +3,7 @@
 #include <new>
 
 #include "Utils/Log.h"
+#include "Utils/ProductVersion.h"
 #include "adapters/wmi/ProviderIdentity.h"
 #include "adapters/wmi/WmiProviderFactory.h"
 
@@ -24,7 +25,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE hinst, DWORD reason, LPVOID /*reserved*
     }
     server::moduleHandle = hinst;
     here.debug(identity::DESCRIPTION);
-    here.debug("Version: %s", identity::VERSION);
+    here.debug("Version: %s", utils::PRODUCT_VERSION);
     here.debug("Date: %s", identity::BUILD_DATE);
     return TRUE;
 }

@@ -2,32 +2,29 @@
 
 namespace wa {
 
-utils::ComReference<IWbemClassObject> spawnOutParameters(const utils::LogSite& caller, const std::string& className,
-                                                         const std::string& methodName, IWbemServices* pNamespace,
-                                                         IWbemContext* pCtx)
+OutParameters spawnOutParameters(const utils::LogSite& caller, const std::string& className,
+                                 const std::string& methodName, IWbemServices* pNamespace, IWbemContext* pCtx)
 {
-    utils::ComReference<IWbemClassObject> outParams;
+    OutParameters out;
     caller.debug("Get object for %s", className.c_str());
-    utils::ComReference<IWbemClassObject> classObject;
-    HRESULT hr = pNamespace->GetObject(utils::ScopedBstr(className).get(), 0, pCtx, classObject.out(), nullptr);
+    HRESULT hr = pNamespace->GetObject(utils::ScopedBstr(className).get(), 0, pCtx, out.classObject.out(), nullptr);
     if (hr != WBEM_S_NO_ERROR) {
         caller.error("pNamespace->GetObject() error 0x%X", hr);
-        return outParams;
+        return out;
     }
-    if (classObject.get() == nullptr) {
-        return outParams;
+    if (out.classObject.get() == nullptr) {
+        return out;
     }
     caller.debug("Get method %s", methodName.c_str());
-    utils::ComReference<IWbemClassObject> signature;
-    hr = classObject->GetMethod(utils::WideText(methodName).get(), 0, nullptr, signature.out());
-    if (signature.get() != nullptr) {
-        signature->SpawnInstance(0, outParams.out());
+    hr = out.classObject->GetMethod(utils::WideText(methodName).get(), 0, nullptr, out.signature.out());
+    if (out.signature.get() != nullptr) {
+        out.signature->SpawnInstance(0, out.object.out());
     }
     if (hr != WBEM_S_NO_ERROR) {
         caller.error("pClass->GetMethod() error 0x%X", hr);
-        outParams.reset();
+        out.object.reset();
     }
-    return outParams;
+    return out;
 }
 
 }  // namespace wa

@@ -1,4 +1,6 @@
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "Utils/Log.h"
 #include "adapters/wmi/OutParameters.h"
@@ -13,14 +15,14 @@ namespace {
 constexpr const char* FILE_NAME = "WmiConverter";
 
 // Converts one value and appends it. Logs, and leaves the list as it is, when there is no converter or no result.
-void appendProperty(const utils::LogSite& here, PropertyConverter* converter, const std::string& name,
-                    const VARIANT& value, CIMTYPE cimType, core::CimPropertyList& properties)
+void appendProperty(const utils::LogSite& here, PropertyConverter* converter, std::string name, const VARIANT& value,
+                    CIMTYPE cimType, core::CimPropertyList& properties)
 {
     if (converter == nullptr) {
         here.error("No converter for property type %d", cimType);
         return;
     }
-    std::unique_ptr<core::CimProperty> property(converter->variantToProperty(name, &value));
+    std::unique_ptr<core::CimProperty> property(converter->variantToProperty(std::move(name), &value));
     if (property == nullptr) {
         here.error("Property convert error");
         return;
@@ -35,8 +37,8 @@ void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemCla
 {
     static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::extractProperties"};
     utils::SafeMap<std::string, bool> keys;
-    std::string name;
     {
+        std::string name;
         PropertyEnumeration enumeration(wmiInst, WBEM_FLAG_KEYS_ONLY);
         while (enumeration.begun() && enumeration.nextName(name)) {
             keys.set(name, true);
@@ -48,6 +50,7 @@ void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemCla
         return;
     }
     for (;;) {
+        std::string name;
         utils::ScopedVariant value;
         CIMTYPE cimType = 0;
         long flavor = 0;
@@ -61,7 +64,7 @@ void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemCla
         } else if ((flavor & WBEM_FLAVOR_ORIGIN_SYSTEM) != 0) {
             here.debug("This is system property");
         } else {
-            appendProperty(here, findConverter(cimType), name, value.get(), cimType, properties);
+            appendProperty(here, findConverter(cimType), std::move(name), value.get(), cimType, properties);
         }
     }
 }
@@ -71,18 +74,18 @@ void WmiConverter::createResultsList(const std::string& className, const std::st
 {
     static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::createResultsList"};
     here.debug("Here");
-    const utils::ComReference<IWbemClassObject> outParams =
-        spawnOutParameters(here, className, methodName, pNamespace, pCtx);
-    if (outParams.get() == nullptr) {
+    const OutParameters out = spawnOutParameters(here, className, methodName, pNamespace, pCtx);
+    IWbemClassObject* outParams = out.object.get();
+    if (outParams == nullptr) {
         return;
     }
-    PropertyEnumeration enumeration(outParams.get(), WBEM_FLAG_NONSYSTEM_ONLY);
+    PropertyEnumeration enumeration(outParams, WBEM_FLAG_NONSYSTEM_ONLY);
     if (!enumeration.begun()) {
         here.debug("Problem with properties enumeration %X", enumeration.status());
         return;
     }
-    std::string name;
     for (;;) {
+        std::string name;
         utils::ScopedVariant value;
         CIMTYPE cimType = 0;
         long flavor = 0;
@@ -91,7 +94,7 @@ void WmiConverter::createResultsList(const std::string& className, const std::st
         }
         here.debug("Obtaining property %s, %d", name.c_str(), cimType);
         // Every parameter gets its entry, keys and system properties as well.
-        appendProperty(here, findConverter(cimType), name, value.get(), cimType, results);
+        appendProperty(here, findConverter(cimType), std::move(name), value.get(), cimType, results);
     }
 }
 

@@ -9,7 +9,6 @@ namespace identity {
 inline constexpr CLSID PROVIDER_CLSID = {0xD39A94C6, 0x35D2, 0x4B40, {0xBB, 0x6A, 0x56, 0xE2, 0x79, 0x95, 0x10, 0x17}};
 
 inline constexpr char DESCRIPTION[] = "DRAVEv2 Provider for Vexal(R) Ethernet Adapters";
-inline constexpr char VERSION[] = "2.0.1.10";
 inline constexpr char BUILD_DATE[] = "2013/3/27 8:44";
 
 }  // namespace identity

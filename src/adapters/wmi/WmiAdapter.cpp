@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Os/Windows/AnsiText.h"
+#include "Os/Windows/ComScope.h"
 #include "Utils/Exception.h"
 #include "adapters/wmi/Impersonator.h"
 #include "adapters/wmi/InstanceModifier.h"
@@ -192,11 +193,11 @@ HRESULT WmiInstanceProvider::GetObjectAsync(BSTR strObjectPath, LONG /*lFlags*/,
     }
     HRESULT hr = WBEM_S_NO_ERROR;
     try {
-        IWbemClassObject* object = nullptr;
-        hr = wa::WmiConverter::getInstance()->getInstanceByPath(path, m_namespace, &object, pCtx);
+        utils::ComReference<IWbemClassObject> found;
+        hr = wa::WmiConverter::getInstance()->getInstanceByPath(path, m_namespace, found.out(), pCtx);
         if (hr == WBEM_S_NO_ERROR) {
+            IWbemClassObject* object = found.get();
             pResponseHandler->Indicate(1, &object);
-            object->Release();
         }
     } catch (const std::exception& exception) {
         here.error("Exception: '%s'", exception.what());

@@ -4,6 +4,8 @@
 #include <thread>
 
 #include "Os/Windows/Platform.h"
+#include "Utils/Containers.h"
+#include "Utils/Exception.h"
 #include "Utils/Mutex.h"
 #include "Utils/Utils.h"
 #include "support/ImportHook.h"
@@ -66,6 +68,19 @@ TEST(WindowsMutexTest, aFailedCreationIsLoggedAndThrownWithTheSameText)
     EXPECT_EQ(support::thrownBy([&] { new (place.data()) utils::Mutex; }), "DRAVEv2: " + text);
     EXPECT_THAT(log.messages(),
                 ElementsAre(errorLine("Mutex", text), "error|Exception|utils::Exception::Exception|" + text));
+}
+
+TEST(WindowsMutexTest, aListThatCannotBeMovedForWantOfAMutexKeepsItsElements)
+{
+    const support::LogCapture log;
+    utils::SafeList<int*> list;
+    int element = 4711;
+    list.append(&element);
+    {
+        const ImportHook hook("CreateMutexA", &failCreate);
+        EXPECT_THROW(utils::SafeList<int*>(std::move(list)), utils::Exception);
+    }
+    EXPECT_EQ(list.getIterator().next(), &element);  // NOLINT(bugprone-use-after-move): nothing was moved
 }
 
 DWORD WINAPI failWait(HANDLE /*handle*/, DWORD /*timeout*/)

@@ -27,7 +27,10 @@ protected:
     }
 
     // Whether there was an object; its reference is given back.
-    bool spawns() { return wa::spawnOutParameters(CALLER, "Zerix_X", "Run", &wmiNamespace, &context).get() != nullptr; }
+    bool spawns()
+    {
+        return wa::spawnOutParameters(CALLER, "Zerix_X", "Run", &wmiNamespace, &context).object.get() != nullptr;
+    }
 
     support::FakeClassObject classObject{calls, "Zerix_X"};
     support::FakeClassObject signature{calls, "Run.out"};
@@ -39,8 +42,8 @@ const std::string GET_METHOD = "Zerix_X.GetMethod(Run, 0, null, out)";
 TEST_F(OutParametersTest, AnObjectOfTheMethodsOutputSignatureIsSpawned)
 {
     EXPECT_TRUE(spawns());
-    EXPECT_EQ(calls.take(), (Lines{ASKED, GET_METHOD, "Run.out.SpawnInstance(0)", "Run.out released",
-                                   "Zerix_X released", "Run.out#1 released"}));
+    EXPECT_EQ(calls.take(), (Lines{ASKED, GET_METHOD, "Run.out.SpawnInstance(0)", "Run.out#1 released",
+                                   "Run.out released", "Zerix_X released"}));
     EXPECT_EQ(takeMessages(),
               (Lines{debugLine("wa::Caller", "Get object for Zerix_X"), debugLine("wa::Caller", "Get method Run")}));
 }

@@ -200,8 +200,8 @@ TEST_F(PropertyExtractionTest, AResultsListHasAnEntryPerOutputParameterKeysAndSy
     EXPECT_EQ(describe(properties), "ReturnValue = uint32 null; Key = string 'k'; __SYSTEM = uint16 7");
     EXPECT_EQ(calls.take(),
               (Lines{"namespace.GetObject(Zerix_X, 0, context, out, null)", "Zerix_X.GetMethod(Run, 0, null, out)",
-                     "Run.out.SpawnInstance(0)", "Run.out released", "Zerix_X released",
-                     "Run.out#1.BeginEnumeration(0x40)", "Run.out#1.EndEnumeration()", "Run.out#1 released"}));
+                     "Run.out.SpawnInstance(0)", "Run.out#1.BeginEnumeration(0x40)", "Run.out#1.EndEnumeration()",
+                     "Run.out#1 released", "Run.out released", "Zerix_X released"}));
     EXPECT_EQ(takeMessages(),
               (Lines{debugLine(RESULTS, "Here"), debugLine(RESULTS, "Get object for Zerix_X"),
                      debugLine(RESULTS, "Get method Run"), debugLine(RESULTS, "Obtaining property ReturnValue, 19"),

@@ -34,13 +34,11 @@ public:
         return false;
     }
     bool deleteKey(HKEY /*root*/, std::string /*parent*/, std::string /*child*/) override { return false; }
-    bool keyExists(std::string /*path*/) override { return exists; }
 
     std::vector<std::string> opened;
     // How many openings, from the first, find no key.
     std::size_t missing = 0;
     LSTATUS status = ERROR_SUCCESS;
-    bool exists = true;
 };
 
 class RegistryStorage : public testing::Test
@@ -158,8 +156,16 @@ TEST_F(RegistryStorage, RefusedEraseIsLogged)
     EXPECT_THAT(log.events(),
                 ElementsAre(EndsWith("companion::RegistryStorage::erase: error: Could not delete registry "
                                      "key Software\\Vexal\\DRAVEv2\\Test\\Key\n")));
-    registry.exists = false;
+}
+
+TEST_F(RegistryStorage, OnlyAMissingKeyIsTakenForErased)
+{
+    RefusingRegistry registry;
+    registry.missing = 100;
     EXPECT_EQ(m_storage.erase(KEY), companion::StoreResult::DONE);
+    registry.missing = 0;
+    registry.status = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(m_storage.erase(KEY), companion::StoreResult::ACCESS_DENIED);
 }
 
 }  // namespace

@@ -1,0 +1,338 @@
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include <gmock/gmock.h>
+#include <iphlpapi.h>
+#include <mstcpip.h>
+#include <netioapi.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <set>
+#include <thread>
+
+#include "host/ClassObject.h"
+#include "host/ObjectReader.h"
+#include "host/Workspace.h"
+#include "reliability/KnownFactory.h"
+
+// Clients list, read and follow associations while adapters come and go. Run by adapters-come-and-go, which changes the
+// adapters of a network namespace, creates the file ZERIX_QUIET when it has stopped, and reads what was found then from
+// the file ZERIX_FOUND. The adapter v0 stays all the time; every other one stays for a second at least.
+// Wine's table of interfaces keeps the rows of those that are gone until its server ends, unlike its list of addresses;
+// so what goes away in time is seen by the addresses, and the whole machine is compared after a new start.
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Names = std::set<std::wstring>;
+
+constexpr std::size_t CLIENTS = 4;
+// Shorter than any adapter stays: what an answer of that age shows was there before it or after it.
+constexpr std::chrono::milliseconds SHORT_ENOUGH{800};
+
+std::filesystem::path fileNamedBy(const char* variable)
+{
+    const char* const value = std::getenv(variable);
+    return value == nullptr ? std::filesystem::path() : std::filesystem::path(value);
+}
+
+std::wstring guidText(const GUID& guid)
+{
+    std::array<wchar_t, 39> text{};
+    StringFromGUID2(guid, text.data(), static_cast<int>(text.size()));
+    return text.data();
+}
+
+// The platform's own answer, asked without the product.
+Names adaptersOfTheSystem()
+{
+    Names result;
+    MIB_IF_TABLE2* table = nullptr;
+    if (GetIfTable2(&table) != NO_ERROR) {
+        return result;
+    }
+    for (ULONG i = 0; i < table->NumEntries; ++i) {
+        if (table->Table[i].Type != IF_TYPE_SOFTWARE_LOOPBACK) {
+            result.insert(guidText(table->Table[i].InterfaceGuid));
+        }
+    }
+    FreeMibTable(table);
+    return result;
+}
+
+std::wstring textOf(const SOCKADDR& address)
+{
+    std::array<wchar_t, INET6_ADDRSTRLEN> text{};
+    if (address.sa_family == AF_INET) {
+        RtlIpv4AddressToStringW(&reinterpret_cast<const sockaddr_in&>(address).sin_addr, text.data());
+    } else {
+        RtlIpv6AddressToStringW(&reinterpret_cast<const sockaddr_in6&>(address).sin6_addr, text.data());
+    }
+    return text.data();
+}
+
+// Each as the endpoints are named: the adapter's GUID, a colon, the address.
+Names addressesOfTheSystem()
+{
+    Names result;
+    std::vector<std::max_align_t> buffer(256 * 1024 / sizeof(std::max_align_t));
+    auto* const first = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data());
+    auto size = static_cast<ULONG>(buffer.size() * sizeof(std::max_align_t));
+    if (GetAdaptersAddresses(AF_UNSPEC, 0, nullptr, first, &size) != NO_ERROR) {
+        return result;
+    }
+    for (const auto* adapter = first; adapter != nullptr; adapter = adapter->Next) {
+        if (adapter->IfType == IF_TYPE_SOFTWARE_LOOPBACK) {
+            continue;
+        }
+        const std::string guid = adapter->AdapterName;
+        for (const auto* each = adapter->FirstUnicastAddress; each != nullptr; each = each->Next) {
+            result.insert(std::wstring(guid.begin(), guid.end()) + L":" + textOf(*each->Address.lpSockaddr));
+        }
+    }
+    return result;
+}
+
+// Whole texts of the property.
+Names textsIn(const std::vector<host::ComPtr<IWbemClassObject>>& objects, const wchar_t* property)
+{
+    Names result;
+    for (const auto& object : objects) {
+        result.insert(host::textOf(*object.get(), property));
+    }
+    return result;
+}
+
+// The GUIDs that stand in the property of the objects, which may be a path or a name that holds one.
+Names guidsIn(const std::vector<host::ComPtr<IWbemClassObject>>& objects, const wchar_t* property)
+{
+    Names result;
+    for (const auto& object : objects) {
+        const std::wstring text = host::textOf(*object.get(), property);
+        const std::size_t begin = text.find(L'{');
+        if (begin != std::wstring::npos) {
+            result.insert(text.substr(begin, text.find(L'}', begin) - begin + 1));
+        }
+    }
+    return result;
+}
+
+bool contains(const Names& all, const Names& some)
+{
+    return std::includes(all.begin(), all.end(), some.begin(), some.end());
+}
+
+class AdaptersComeAndGoTest : public testing::Test
+{
+protected:
+    AdaptersComeAndGoTest()
+    {
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        m_factory.emplace();
+        m_workspace.emplace(std::filesystem::path(ZERIX_MOF));
+        const host::ClassTarget port = m_workspace->findClass(L"Zerix_EthernetPort", L"");
+        m_session = &m_workspace->sessionFor(port);
+        m_interop = &m_workspace->sessionFor(m_workspace->findClass(L"Zerix_ElementConformsToProfile", L""));
+    }
+
+    void complain(const std::string& text)
+    {
+        const std::lock_guard guard(m_mutex);
+        ++m_complaints[text];
+    }
+
+    // Everything shown must have been there before the request or be there after it, and everything that was there all
+    // the time must be shown.
+    void list(const host::ProviderSession& session, const wchar_t* className, const wchar_t* property,
+              decltype(&guidsIn) read = &guidsIn, decltype(&adaptersOfTheSystem) system = &adaptersOfTheSystem)
+    {
+        const Names before = system();
+        const Clock::time_point start = Clock::now();
+        const host::RequestResult result = session.enumerate(className, {});
+        const Clock::duration age = Clock::now() - start;
+        const Names after = system();
+        ++m_requests;
+        const std::string name = std::filesystem::path(className).string();
+        if (result.status != WBEM_S_NO_ERROR || !result.exception.empty()) {
+            complain(name + " failed: " + std::to_string(static_cast<unsigned>(result.status)) + result.exception);
+        }
+        if (age > SHORT_ENOUGH) {
+            return;
+        }
+        Names either = before;
+        either.insert(after.begin(), after.end());
+        Names both;
+        std::set_intersection(before.begin(), before.end(), after.begin(), after.end(),
+                              std::inserter(both, both.end()));
+        const Names found = read(result.objects, property);
+        if (!contains(either, found)) {
+            complain(name + " shows what is gone");
+        }
+        if (!contains(found, both)) {
+            complain(name + " misses what was there");
+        }
+        ++m_compared;
+        if (before != after) {
+            ++m_changedMeanwhile;
+        }
+    }
+
+    // A port that was listed a moment ago is found or is gone; nothing else.
+    void readPorts()
+    {
+        for (const auto& port : m_session->enumerate(L"Zerix_EthernetPort", {}).objects) {
+            const std::wstring path = host::textOf(*port.get(), L"__RELPATH");
+            const host::RequestResult result = m_session->get(path, {});
+            ++m_requests;
+            if (result.status == static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
+                ++m_gone;
+            } else if (result.status != WBEM_S_NO_ERROR || result.objects.size() != 1 ||
+                       host::textOf(*result.objects.front().get(), L"__RELPATH") != path)
+            {
+                complain("a port could not be read: " + std::to_string(static_cast<unsigned>(result.status)));
+            }
+        }
+    }
+
+    // Both ends of each link are found or are gone.
+    void followEndpoints()
+    {
+        const host::RequestResult links = m_session->enumerate(L"Zerix_PortImplementsEndpoint", {});
+        ++m_requests;
+        if (links.status != WBEM_S_NO_ERROR) {
+            complain("the links could not be listed: " + std::to_string(static_cast<unsigned>(links.status)));
+        }
+        for (const auto& link : links.objects) {
+            for (const wchar_t* const end : {L"Antecedent", L"Dependent"}) {
+                const HRESULT status = m_session->get(host::textOf(*link.get(), end), {}).status;
+                ++m_requests;
+                if (status == static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
+                    ++m_gone;
+                } else if (status != WBEM_S_NO_ERROR) {
+                    complain("a link leads nowhere: " + std::to_string(static_cast<unsigned>(status)));
+                }
+            }
+        }
+    }
+
+    void diagnose(const std::wstring& stayingPort, IWbemClassObject* noArguments)
+    {
+        const host::RequestResult result = m_session->execMethod(stayingPort, L"RunLinkDiagnostic", noArguments, {});
+        ++m_requests;
+        if (result.status != WBEM_S_NO_ERROR) {
+            complain("a diagnostic was not started: " + std::to_string(static_cast<unsigned>(result.status)));
+        }
+        for (const auto& job : m_session->enumerate(L"Zerix_ConcreteJob", {}).objects) {
+            m_session->remove(host::textOf(*job.get(), L"__RELPATH"), {});
+        }
+    }
+
+    std::optional<reliability::KnownFactory> m_factory;
+    std::optional<host::Workspace> m_workspace;
+    const host::ProviderSession* m_session = nullptr;
+    const host::ProviderSession* m_interop = nullptr;
+    std::atomic<int> m_requests{0};
+    std::atomic<int> m_compared{0};
+    std::atomic<int> m_changedMeanwhile{0};
+    std::atomic<int> m_gone{0};
+    std::mutex m_mutex;
+    std::map<std::string, int> m_complaints;
+};
+
+std::wstring pathOfPort(const host::ProviderSession& session, const wchar_t* name)
+{
+    for (const auto& port : session.enumerate(L"Zerix_EthernetPort", {}).objects) {
+        if (host::textOf(*port.get(), L"Name") == name) {
+            return host::textOf(*port.get(), L"__RELPATH");
+        }
+    }
+    return {};
+}
+
+TEST_F(AdaptersComeAndGoTest, noRequestFailsAndNothingStaleIsRead)
+{
+    const std::filesystem::path quiet = fileNamedBy("ZERIX_QUIET");
+    ASSERT_FALSE(quiet.empty());
+    const std::wstring staying = pathOfPort(*m_session, L"v0");
+    ASSERT_FALSE(staying.empty());
+    const host::ClassTarget parameters = m_workspace->findClass(L"__PARAMETERS", L"");
+    const host::ComPtr<IWbemClassObject> noArguments =
+        host::ClassObject::ofInstance(host::InstanceData(parameters.definition));
+
+    std::vector<std::thread> clients;
+    for (std::size_t number = 0; number < CLIENTS; ++number) {
+        clients.emplace_back([&, number] {
+            CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+            for (std::size_t turn = number; !std::filesystem::exists(quiet); ++turn) {
+                switch (turn % 8) {
+                    case 0:
+                        list(*m_session, L"Zerix_EthernetPort", L"DeviceID");
+                        break;
+                    case 1:
+                        list(*m_session, L"Zerix_IPProtocolEndpoint", L"Name", &textsIn, &addressesOfTheSystem);
+                        break;
+                    case 2:
+                        followEndpoints();
+                        break;
+                    case 3:
+                        list(*m_session, L"Zerix_ElementSettingData", L"ManagedElement");
+                        break;
+                    case 4:
+                        list(*m_interop, L"Zerix_ElementConformsToProfile", L"ManagedElement");
+                        break;
+                    case 5:
+                        list(*m_session, L"Zerix_EthernetPortStatistics", L"InstanceID");
+                        break;
+                    case 6:
+                        readPorts();
+                        break;
+                    default:
+                        diagnose(staying, noArguments.get());
+                        break;
+                }
+            }
+            CoUninitialize();
+        });
+    }
+    for (std::thread& client : clients) {
+        client.join();
+    }
+    for (const auto& [text, count] : m_complaints) {
+        ADD_FAILURE() << text << " (" << count << " times)";
+    }
+    // The adapters did come and go under the requests.
+    EXPECT_GT(m_compared, 0);
+    EXPECT_GT(m_changedMeanwhile + m_gone, 0);
+    std::ofstream(std::string(ZERIX_TABLES) + "/adapters.md")
+        << "| " << CLIENTS << " clients | " << m_requests << " requests | " << m_compared
+        << " compared with the system | " << m_changedMeanwhile << " with a change meanwhile | " << m_gone
+        << " gone between list and get |\n";
+    EXPECT_EQ(textsIn(m_session->enumerate(L"Zerix_IPProtocolEndpoint", {}).objects, L"Name"), addressesOfTheSystem());
+}
+
+// What the script compares with the kernel's own answer.
+TEST_F(AdaptersComeAndGoTest, quietMachineIsShownAsItIs)
+{
+    const auto ports = m_session->enumerate(L"Zerix_EthernetPort", {}).objects;
+    EXPECT_EQ(guidsIn(ports, L"DeviceID"), adaptersOfTheSystem());
+    std::wofstream found(fileNamedBy("ZERIX_FOUND"));
+    for (const auto& port : ports) {
+        found << L"port " << host::textOf(*port.get(), L"Name") << L"\n";
+    }
+    for (const auto& endpoint : m_session->enumerate(L"Zerix_IPProtocolEndpoint", {}).objects) {
+        found << L"address " << host::textOf(*endpoint.get(), L"IPv4Address")
+              << host::textOf(*endpoint.get(), L"IPv6Address") << L"\n";
+    }
+    for (const auto& link : m_session->enumerate(L"Zerix_PortImplementsEndpoint", {}).objects) {
+        const std::wstring port = host::textOf(*link.get(), L"Antecedent");
+        EXPECT_EQ(m_session->get(port, {}).status, WBEM_S_NO_ERROR) << port;
+    }
+}
+
+}  // namespace

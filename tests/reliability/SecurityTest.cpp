@@ -1,0 +1,245 @@
+#include <gmock/gmock.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+
+#include "Utils/Exception.h"
+#include "reliability/Surroundings.h"
+#include "support/CapturedModules.h"
+#include "support/LogCapture.h"
+
+// What a client gets and what it leaves behind, by what it allows: through the built DLLs.
+namespace {
+
+using reliability::Outcome;
+using reliability::Scenario;
+using reliability::Surroundings;
+using support::ClientToken;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+constexpr std::array REQUESTS{Scenario::enumerate, Scenario::get,    Scenario::getMissing, Scenario::getUnreadablePath,
+                              Scenario::put,       Scenario::remove, Scenario::invoke};
+
+class SecurityTest : public testing::Test
+{
+protected:
+    SecurityTest()
+    {
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        support::captureModule(m_module.handle());
+    }
+    ~SecurityTest() override { support::releaseModule(m_module.handle()); }
+
+    Outcome ask(Scenario scenario, Surroundings& surroundings)
+    {
+        const reliability::Provider provider(m_module, surroundings);
+        surroundings.calls.take();
+        return surroundings.request(scenario, provider.get());
+    }
+
+    // The default level.
+    const support::LogCapture m_log{1};
+    support::CallLog m_registryCalls;
+    reliability::ProviderModule m_module{m_registryCalls};
+};
+
+// Neither the broker, nor the namespace, nor the client's object is asked for anything.
+TEST_F(SecurityTest, clientBelowImpersonationGetsTheDenialAloneForEveryRequest)
+{
+    for (const ClientToken token : {ClientToken::anonymous, ClientToken::identification}) {
+        for (const Scenario scenario : REQUESTS) {
+            Surroundings surroundings;
+            surroundings.token = token;
+            const Outcome found = ask(scenario, surroundings);
+            EXPECT_EQ(found.answer, "0x80041003") << reliability::nameOf(scenario);
+            EXPECT_THAT(found.calls, ElementsAre("call.ImpersonateClient()",
+                                                 "sink.SetStatus(0, 0x80041003, null, null)", "call.RevertToSelf()"))
+                << reliability::nameOf(scenario);
+            EXPECT_THAT(found.disorder, IsEmpty()) << reliability::nameOf(scenario);
+        }
+    }
+}
+
+TEST_F(SecurityTest, clientAtImpersonationOrAboveIsServed)
+{
+    for (const ClientToken token : {ClientToken::impersonation, ClientToken::delegation}) {
+        Surroundings surroundings;
+        surroundings.token = token;
+        EXPECT_EQ(ask(Scenario::enumerate, surroundings).answer, "0x00000000");
+    }
+}
+
+// Surroundings::request tells in `disorder` when the thread still has the client's token.
+TEST_F(SecurityTest, threadHasItsOwnTokenAgainWhateverIsThrown)
+{
+    const std::vector<std::function<void()>> failures{[] { throw utils::Exception("%s", "x"); },
+                                                      [] { throw std::bad_alloc(); },
+                                                      [] { throw std::runtime_error("x"); }, [] { throw 1; }};
+    for (const auto& fail : failures) {
+        for (const Scenario scenario : REQUESTS) {
+            Surroundings surroundings;
+            bool actedAsClient = false;
+            const auto failAsClient = [&] {
+                actedAsClient = support::threadHasToken();
+                fail();
+            };
+            surroundings.broker.onGetInstances = [&]() -> utils::SafeList<core::CimInstance*> {
+                failAsClient();
+                return {};
+            };
+            surroundings.broker.onFind = [&]() -> core::CimInstance* {
+                failAsClient();
+                return nullptr;
+            };
+            surroundings.broker.onModify = [&](core::CimPropertyList&) { failAsClient(); };
+            surroundings.broker.onInvoke = [&](core::CimPropertyList&, core::CimInstance*&) {
+                failAsClient();
+                return 0U;
+            };
+            EXPECT_THAT(ask(scenario, surroundings).disorder, IsEmpty()) << reliability::nameOf(scenario);
+            // A missing instance is one that the broker of the test knows nothing of, and an unreadable path never
+            // reaches a broker.
+            EXPECT_EQ(actedAsClient, scenario != Scenario::getMissing && scenario != Scenario::getUnreadablePath)
+                << reliability::nameOf(scenario);
+        }
+    }
+}
+
+TEST_F(SecurityTest, atTheDefaultLevelOnlyErrorsAreWritten)
+{
+    for (const ClientToken token : {ClientToken::identification, ClientToken::impersonation}) {
+        for (const Scenario scenario : REQUESTS) {
+            Surroundings surroundings;
+            surroundings.token = token;
+            surroundings.path = "nonsense";
+            surroundings.jobPath = "nonsense";
+            ask(scenario, surroundings);
+        }
+    }
+    EXPECT_THAT(m_log.debugger(), IsEmpty());
+    ASSERT_FALSE(m_log.events().empty());
+    EXPECT_THAT(m_log.events(), Each(testing::ContainsRegex(": error: ")));
+}
+
+// The real companion. The registry answers as it does an identity that may not write.
+LSTATUS WINAPI createDenied(HKEY, LPCSTR, DWORD, LPSTR, DWORD, REGSAM, LPSECURITY_ATTRIBUTES, HKEY*, LPDWORD)
+{
+    return ERROR_ACCESS_DENIED;
+}
+
+LSTATUS WINAPI openToReadOnly(HKEY root, LPCSTR path, DWORD options, REGSAM access, HKEY* key)
+{
+    return access == KEY_READ ? RegOpenKeyExA(root, path, options, access, key) : LSTATUS{ERROR_ACCESS_DENIED};
+}
+
+std::string storedPeriod()
+{
+    std::array<char, 64> text{};
+    DWORD size = static_cast<DWORD>(text.size());
+    const LSTATUS status = RegGetValueA(HKEY_LOCAL_MACHINE, "Software\\Vexal\\DRAVEv2\\Diagnostics",
+                                        "SamplePeriodMilliseconds", RRF_RT_REG_SZ, nullptr, text.data(), &size);
+    return status == ERROR_SUCCESS ? text.data() : "nothing";
+}
+
+TEST(SecuritySettingsTest, identityWithoutRightsIsDeniedAndChangesNothing)
+{
+    const support::LogCapture log(1);
+    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    support::CallLog registryCalls;
+    const reliability::ProviderModule module(registryCalls, reliability::Broker::companion);
+    const HMODULE companion = GetModuleHandleA("ZerixCimCore.dll");
+    const std::string before = storedPeriod();
+
+    const support::ImportHook create("RegCreateKeyExA", &createDenied, companion);
+    const support::ImportHook open("RegOpenKeyExA", &openToReadOnly, companion);
+    Surroundings surroundings;
+    const reliability::Provider provider(module, surroundings);
+    support::FakeClassObject setting(surroundings.calls, "Setting");
+    *setting.path.address() = reliability::textValue("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
+    VARIANT value{};
+    value.vt = VT_I4;
+    value.lVal = 4321;
+    setting.add("SamplePeriodMilliseconds", value, CIM_UINT16);
+    const Outcome found = surroundings.request(Scenario::put, provider.get(), setting);
+    EXPECT_EQ(found.answer, "0x80041003");
+    EXPECT_THAT(found.reports(), ElementsAre("sink.SetStatus(0, 0x80041003, null, null)"));
+    EXPECT_THAT(found.disorder, IsEmpty());
+    EXPECT_EQ(storedPeriod(), before);
+    EXPECT_NE(storedPeriod(), "4321");
+}
+
+// A DLL of the run time's name that is none, in the folder that the process stands in.
+class PlantedFolder
+{
+public:
+    PlantedFolder()
+        : m_before(std::filesystem::current_path()),
+          m_folder(std::filesystem::temp_directory_path() / ("planted" + std::to_string(GetCurrentProcessId())))
+    {
+        std::filesystem::create_directories(m_folder);
+        for (const char* const name :
+             {"libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "ZerixCimCore.dll"}) {
+            std::ofstream(m_folder / name) << "not a library";
+        }
+        std::filesystem::current_path(m_folder);
+    }
+    ~PlantedFolder()
+    {
+        std::filesystem::current_path(m_before);
+        std::filesystem::remove_all(m_folder);
+    }
+    PlantedFolder(const PlantedFolder&) = delete;
+    PlantedFolder& operator=(const PlantedFolder&) = delete;
+
+private:
+    std::filesystem::path m_before;
+    std::filesystem::path m_folder;
+};
+
+std::string fileOf(const char* module)
+{
+    std::array<char, MAX_PATH> path{};
+    GetModuleFileNameA(GetModuleHandleA(module), path.data(), static_cast<DWORD>(path.size()));
+    return path.data();
+}
+
+// A new process, so that the loader looks for every library: this program once more, told to load the provider.
+TEST(SecurityPlantedLibraryTest, librariesInTheCurrentFolderAreNotLoaded)
+{
+    const std::string program = fileOf(nullptr);
+    const PlantedFolder planted;
+    std::string command =
+        "\"" + program + "\" --gtest_also_run_disabled_tests --gtest_filter=*DISABLED_loadsFromBeside*";
+    STARTUPINFOA start{};
+    start.cb = sizeof(start);
+    PROCESS_INFORMATION process{};
+    ASSERT_TRUE(
+        CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process));
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = 1;
+    GetExitCodeProcess(process.hProcess, &code);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    EXPECT_EQ(code, 0U);
+}
+
+// The second process of the test above; by itself it would prove nothing.
+TEST(SecurityPlantedLibraryTest, DISABLED_loadsFromBesideTheProgram)
+{
+    const std::string program = fileOf(nullptr);
+    const std::string folder = program.substr(0, program.rfind('\\') + 1);
+    ASSERT_NE(std::filesystem::current_path().string() + "\\", folder);
+    ASSERT_TRUE(std::filesystem::exists("libstdc++-6.dll"));
+    const std::string provider = folder + "ZerixDRAVEv2Provider.dll";
+    ASSERT_NE(LoadLibraryExA(provider.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH), nullptr);
+    for (const char* const name : {"libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "ZerixCimCore.dll"})
+    {
+        EXPECT_THAT(fileOf(name), StartsWith(folder)) << name;
+    }
+}
+
+}  // namespace

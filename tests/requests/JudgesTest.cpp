@@ -1,0 +1,303 @@
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include "Os/Windows/Platform.h"
+
+#include <iphlpapi.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <set>
+#include <vector>
+
+#include "adapters/wmi/ProviderIdentity.h"
+#include "core/CimPropertyTypes.h"
+#include "host/ClassObject.h"
+#include "host/MofCompiler.h"
+#include "host/ObjectReader.h"
+#include "host/commands/Requests.h"
+#include "requests/ProviderModule.h"
+#include "support/Describe.h"
+#include "support/FakeBroker.h"
+#include "tests/host/PlatformPath.h"
+
+// What the provider and its host say, held against what the platform says about the same: its class objects, its
+// adapters, its parser of paths. None of the judges shares a line of code with this product.
+namespace host {
+namespace {
+
+// The built provider, served to COM in this process without an entry in the registry.
+class ServedProvider
+{
+public:
+    ServedProvider()
+    {
+        ComPtr<IClassFactory> factory;
+        EXPECT_EQ(
+            m_module.classObject(identity::PROVIDER_CLSID, IID_IClassFactory, reinterpret_cast<void**>(factory.put())),
+            S_OK);
+        EXPECT_EQ(CoRegisterClassObject(identity::PROVIDER_CLSID, factory.get(), CLSCTX_INPROC_SERVER,
+                                        REGCLS_MULTIPLEUSE, &m_cookie),
+                  S_OK);
+    }
+    ServedProvider(const ServedProvider&) = delete;
+    ServedProvider& operator=(const ServedProvider&) = delete;
+    ~ServedProvider() { CoRevokeClassObject(m_cookie); }
+
+    ProviderModule& module() { return m_module; }
+
+private:
+    ProviderModule m_module;
+    DWORD m_cookie = 0;
+};
+
+ComPtr<IWbemServices> platformNamespace(const wchar_t* name)
+{
+    ComPtr<IWbemLocator> locator;
+    ComPtr<IWbemServices> services;
+    EXPECT_EQ(CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
+                               reinterpret_cast<void**>(locator.put())),
+              S_OK);
+    EXPECT_EQ(locator->ConnectServer(Bstr(name).get(), nullptr, nullptr, nullptr, 0, nullptr, nullptr, services.put()),
+              S_OK);
+    return services;
+}
+
+// The provider in the platform's own namespace root\default, with the platform's registry class before it and the
+// test's broker behind it.
+class PlatformSignatureTest : public testing::Test
+{
+protected:
+    PlatformSignatureTest()
+    {
+        served.module().useTheTestsBroker();
+        provider = ComPtr<IWbemServices>::adopt(served.module().createProvider());
+        ComPtr<IWbemProviderInit> init;
+        EXPECT_EQ(provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.put())), S_OK);
+        EXPECT_EQ(CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemContext,
+                                   reinterpret_cast<void**>(context.put())),
+                  S_OK);
+        compileMofText(R"(class StdRegProv
+                          {
+                              uint32 EnumKey([in] uint32 hDefKey, [in] string sSubKeyName);
+                              uint32 GetStringValue([in] uint32 hDefKey, [in] string sSubKeyName,
+                                                    [in] string sValueName);
+                          };)",
+                       "StdRegProv.mof", signatures);
+        std::wstring name = L"root\\default";
+        EXPECT_EQ(init->Initialize(nullptr, 0, name.data(), nullptr, platform.get(), context.get(), nullptr), 0);
+    }
+
+    // Arguments made by the host: Wine 8's objects list every property where the keys alone are asked for, so that the
+    // provider, which hands no key on, would find no argument among them.
+    ComPtr<IWbemClassObject> argumentsOf(const wchar_t* method) const
+    {
+        ComPtr<IWbemClassObject> signature;
+        ComPtr<IWbemClassObject> arguments;
+        const ClassPointer definition = signatures.findNamespace(L"root\\default")->findClass(L"StdRegProv");
+        EXPECT_EQ(ClassObject::ofClass(definition)->GetMethod(method, 0, signature.put(), nullptr), S_OK);
+        EXPECT_EQ(signature->SpawnInstance(0, arguments.put()), S_OK);
+        return arguments;
+    }
+
+    // Runs the method; the objects that came are the platform's.
+    std::vector<ComPtr<IWbemClassObject>> run(const wchar_t* method, IWbemClassObject* arguments)
+    {
+        const auto response = std::make_shared<Response>(nullptr);
+        auto sink = ComPtr<IWbemObjectSink>::adopt(new ResponseSink(response));
+        {
+            const CallScope security(Impersonation::impersonate);
+            EXPECT_EQ(provider->ExecMethodAsync(Bstr(L"StdRegProv.Name=\"one\"").get(), Bstr(method).get(), 0,
+                                                context.get(), arguments, sink.get()),
+                      0);
+        }
+        EXPECT_EQ(response->status(), HRESULT{0});
+        return response->takeObjects();
+    }
+
+    static std::string valueIn(const ComPtr<IWbemClassObject>& object, const wchar_t* name)
+    {
+        return support::describe(valueOf(*object.get(), name).get());
+    }
+
+    const ComApartment apartment;
+    support::CallLog calls;
+    support::FakeBroker broker{calls};
+    ServedProvider served;
+    ClassRepository signatures;
+    ComPtr<IWbemServices> platform = platformNamespace(L"root\\default");
+    ComPtr<IWbemContext> context;
+    ComPtr<IWbemServices> provider;
+};
+
+// The return value is not judged: Wine 8's object takes a uint32 as VT_UI4 alone, where WMI documents VT_I4. The broker
+// finds it in its list as the object has it, 0 where WMI would have no value.
+TEST_F(PlatformSignatureTest, AnArrayOfTextsReachesThePlatformsObject)
+{
+    const auto arguments = argumentsOf(L"EnumKey");
+    EXPECT_EQ(arguments->Put(L"hDefKey", 0, Variant::ofLong(-2147483646).in(), 0), S_OK);
+    EXPECT_EQ(arguments->Put(L"sSubKeyName", 0, Variant::ofText(L"Software\\Vexal").in(), 0), S_OK);
+    broker.onInvoke = [](core::CimPropertyList& out, core::CimInstance*&) {
+        dynamic_cast<core::CimPropertyString_arr&>(*out.findProperty("sNames")).setValue({"first", "the second"});
+        return 0U;
+    };
+    const auto objects = run(L"EnumKey", arguments.get());
+    ASSERT_EQ(objects.size(), 1U);
+    EXPECT_EQ(valueIn(objects.front(), L"sNames"), "VT_ARRAY|VT_BSTR {'first', 'the second'}");
+    EXPECT_EQ(calls.take(),
+              (std::vector<std::string>{"broker.invokeMethod(StdRegProv.Name=\"one\", EnumKey, {hDefKey = uint32 "
+                                        "2147483650; sSubKeyName = string 'Software\\Vexal'}, {ReturnValue = uint32 0; "
+                                        "sNames = string[] {}}, null)"}));
+}
+
+TEST_F(PlatformSignatureTest, ATextReachesThePlatformsObject)
+{
+    const auto arguments = argumentsOf(L"GetStringValue");
+    EXPECT_EQ(arguments->Put(L"sValueName", 0, Variant::ofText(L"Label").in(), 0), S_OK);
+    broker.onInvoke = [](core::CimPropertyList& out, core::CimInstance*&) {
+        dynamic_cast<core::CimPropertyString&>(*out.findProperty("sValue")).setValue("a \"quoted\" text");
+        return 0U;
+    };
+    const auto objects = run(L"GetStringValue", arguments.get());
+    ASSERT_EQ(objects.size(), 1U);
+    EXPECT_EQ(valueIn(objects.front(), L"sValue"), "VT_BSTR 'a \"quoted\" text'");
+    EXPECT_EQ(calls.take(),
+              (std::vector<std::string>{"broker.invokeMethod(StdRegProv.Name=\"one\", GetStringValue, {hDefKey = "
+                                        "uint32 null; sSubKeyName = string null; sValueName = string 'Label'}, "
+                                        "{ReturnValue = uint32 0; sValue = string ''}, null)"}));
+}
+
+// The provider with its companion library, asked by the host about this machine.
+class LiveJudgesTest : public testing::Test
+{
+protected:
+    Objects instancesOf(const std::wstring& className, const std::wstring& nameSpace = L"")
+    {
+        return enumerateInstances(workspace, workspace.findClass(className, nameSpace), options);
+    }
+
+    const ComApartment apartment;
+    ServedProvider served;
+    const CommandOptions options;
+    Workspace workspace{ZERIX_MOF};
+};
+
+TEST_F(LiveJudgesTest, ThePlatformsAdaptersHaveTheSameAddressesAndIndexes)
+{
+    using AddressAndIndex = std::pair<std::wstring, std::wstring>;
+    std::multiset<AddressAndIndex> expected;
+    ComPtr<IEnumWbemClassObject> found;
+    ASSERT_EQ(platformNamespace(L"root\\cimv2")
+                  ->ExecQuery(Bstr(L"WQL").get(), Bstr(L"SELECT * FROM Win32_NetworkAdapter").get(),
+                              WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, found.put()),
+              S_OK);
+    ComPtr<IWbemClassObject> adapter;
+    ULONG count = 0;
+    while (found->Next(static_cast<LONG>(WBEM_INFINITE), 1, adapter.put(), &count) == S_OK) {
+        // Wine spells the digits in lower case, Windows in upper case.
+        std::wstring address = foldName(textOf(*adapter.get(), L"MACAddress"));
+        std::erase(address, L':');
+        expected.emplace(address, textOf(*adapter.get(), L"InterfaceIndex"));
+    }
+    std::multiset<AddressAndIndex> ports;
+    for (const auto& port : instancesOf(L"Zerix_EthernetPort")) {
+        ports.emplace(textOf(*port.get(), L"PermanentAddress"), textOf(*port.get(), L"InterfaceIndex"));
+    }
+    EXPECT_FALSE(ports.empty());
+    EXPECT_EQ(ports, expected);
+}
+
+TEST_F(LiveJudgesTest, ThePlatformsAddressesBelongToTheSameAdapters)
+{
+    constexpr ULONG flags =
+        GAA_FLAG_SKIP_UNICAST | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
+    ULONG size = 0;
+    ASSERT_EQ(GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, nullptr, &size), ULONG{ERROR_BUFFER_OVERFLOW});
+    std::vector<IP_ADAPTER_ADDRESSES> buffer(size / sizeof(IP_ADAPTER_ADDRESSES) + 1);
+    ASSERT_EQ(GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, buffer.data(), &size), ULONG{NO_ERROR});
+    std::set<std::wstring> expected;
+    for (const IP_ADAPTER_ADDRESSES* one = buffer.data(); one != nullptr; one = one->Next) {
+        if (one->IfType != IF_TYPE_SOFTWARE_LOOPBACK) {
+            expected.insert(foldName(toWide(one->AdapterName)));
+        }
+    }
+    std::set<std::wstring> ports;
+    for (const auto& port : instancesOf(L"Zerix_EthernetPort")) {
+        ports.insert(foldName(textOf(*port.get(), L"DeviceID")));
+    }
+    EXPECT_FALSE(ports.empty());
+    EXPECT_EQ(ports, expected);
+}
+
+// Holds the platform's reading of a path against the host's.
+void expectSameReading(const std::wstring& text)
+{
+    const ObjectPath own = ObjectPath::parse(text);
+    const PlatformPath platforms = parsedByPlatform(text);
+    EXPECT_EQ(platforms.server, own.server) << toUtf8(text);
+    EXPECT_EQ(platforms.nameSpace, own.nameSpace) << toUtf8(text);
+    EXPECT_EQ(platforms.className, own.className) << toUtf8(text);
+    EXPECT_EQ(platforms.relative, text.substr(text.find(own.className))) << toUtf8(text);
+    // Wine 8's parser takes a comma between the quotes for the end of a key. Only the keys of associations, paths
+    // themselves, have some; put together again they are still the same.
+    const auto hasComma = [](const PathKey& key) { return key.value.find(L',') != std::wstring::npos; };
+    if (std::none_of(own.keys.begin(), own.keys.end(), hasComma)) {
+        EXPECT_EQ(platforms.keyCount, own.keys.size()) << toUtf8(text);
+    }
+}
+
+// The paths of the object and those in its references.
+std::vector<std::wstring> pathsIn(IWbemClassObject& object)
+{
+    std::vector<std::wstring> paths{textOf(object, L"__PATH")};
+    // Where a key of a relative path is a path itself, Wine 8's parser takes all up to that one's colon for a
+    // namespace. Such a path is judged as part of the full one alone.
+    if (const std::wstring relative = textOf(object, L"__RELPATH"); relative.find(L'\\') == std::wstring::npos) {
+        paths.push_back(relative);
+    }
+    std::vector<NamedValue> properties;
+    EXPECT_EQ(readProperties(object, properties), 0);
+    for (const NamedValue& property : properties) {
+        if (property.type == CIM_REFERENCE && !property.value.isNull()) {
+            paths.emplace_back(scalarText(property.value.get(), CIM_REFERENCE));
+        }
+    }
+    return paths;
+}
+
+TEST_F(LiveJudgesTest, ThePlatformReadsEveryPathAsItIsMeant)
+{
+    // A job and its result exist only after a method has started them.
+    const Objects ports = instancesOf(L"Zerix_EthernetPort");
+    ASSERT_FALSE(ports.empty());
+    const InstanceTarget port = workspace.findInstance(textOf(*ports.front().get(), L"__PATH"), L"");
+    const Method& method = *port.target.definition->findMethod(L"RunLinkDiagnostic");
+    const auto outputs = invokeMethod(workspace, port, method, {{L"SampleCount", L"1"}}, options);
+    ASSERT_TRUE(outputs);
+    const std::wstring job = textOf(*outputs.get(), L"Job");
+    expectSameReading(job);
+
+    std::set<std::wstring> classesWithPaths;
+    for (const Namespace* nameSpace : workspace.repository().namespaces()) {
+        for (const ClassPointer& definition : nameSpace->classes()) {
+            if (definition->name.starts_with(L"__")) {
+                continue;
+            }
+            for (const auto& object : instancesOf(definition->name, nameSpace->name())) {
+                classesWithPaths.insert(definition->name);
+                for (const std::wstring& path : pathsIn(*object.get())) {
+                    expectSameReading(path);
+                }
+            }
+        }
+    }
+    for (const auto* name : {L"Zerix_EthernetPort", L"Zerix_PortImplementsEndpoint", L"Zerix_ElementSettingData",
+                             L"Zerix_ElementConformsToProfile", L"Zerix_RegisteredProfile", L"Zerix_ConcreteJob"})
+    {
+        EXPECT_EQ(classesWithPaths.count(name), 1U) << toUtf8(name);
+    }
+    deleteInstance(workspace, workspace.findInstance(job, L""), options);
+}
+
+}  // namespace
+}  // namespace host
