@@ -116,6 +116,7 @@ ClassDefinition derivedFrom(const ClassDefinition& superclass, std::wstring name
     derived.properties = superclass.properties;
     for (Property& property : derived.properties) {
         property.local = false;
+        property.overridden = nullptr;
         property.qualifiers = propagated(property.qualifiers, toDerived);
     }
     derived.methods = superclass.methods;

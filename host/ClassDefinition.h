@@ -45,6 +45,8 @@ struct Property
     std::wstring origin;  // the class that declares it first
     bool local = true;    // declared or overridden by the class itself, not only inherited
     Qualifiers qualifiers;
+    // What the class inherits and overrides by this; null where it overrides nothing.
+    std::shared_ptr<const Property> overridden = nullptr;
 
     bool isKey() const { return hasQualifier(qualifiers, L"key"); }
 };

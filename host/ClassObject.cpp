@@ -224,6 +224,11 @@ HRESULT ClassObject::putToClass(std::wstring_view name, const VARIANT& value, CI
             return code(systemItem(name) ? WBEM_E_READ_ONLY : WBEM_E_NOT_FOUND);
         }
         changed.name = viewOf(value.bstrVal);
+        for (Property& property : changed.properties) {
+            if (property.origin.empty()) {
+                property.origin = changed.name;
+            }
+        }
         replaceDefinition(std::move(changed));
         return code(WBEM_S_NO_ERROR);
     }
@@ -248,8 +253,11 @@ HRESULT ClassObject::putToClass(std::wstring_view name, const VARIANT& value, CI
     if (!coerced) {
         return code(WBEM_E_TYPE_MISMATCH);
     }
+    if (!property.local) {
+        property.overridden = std::make_shared<const Property>(property);
+        property.local = true;
+    }
     property.defaultValue = std::move(*coerced);
-    property.local = true;
     replaceDefinition(std::move(changed));
     return code(WBEM_S_NO_ERROR);
 }
@@ -276,26 +284,31 @@ HRESULT ClassObject::Delete(LPCWSTR name)
         if (isInstance()) {
             return code(WBEM_E_INVALID_OPERATION);
         }
-        const Property& property = m_class->properties[static_cast<std::size_t>(place)];
-        if (!property.local || !sameName(property.origin, m_class->name)) {
+        const auto index = static_cast<std::size_t>(place);
+        const Property& property = m_class->properties[index];
+        if (!property.local) {
             return code(WBEM_E_PROPAGATED_PROPERTY);
         }
         ClassDefinition changed = *m_class;
-        changed.properties.erase(changed.properties.begin() + place);
+        const auto inherited = property.overridden;
+        if (inherited) {
+            changed.properties[index] = *inherited;
+        } else {
+            changed.properties.erase(changed.properties.begin() + place);
+        }
         replaceDefinition(std::move(changed));
-        return code(WBEM_S_NO_ERROR);
+        return code(inherited ? WBEM_S_RESET_TO_DEFAULT : WBEM_S_NO_ERROR);
     });
 }
 
 bool ClassObject::selects(LONG flags, const Property& property) const
 {
     const LONG origin = flags & originFlags;
-    const bool overrides = property.local && !sameName(property.origin, m_class->name);
     return ((flags & WBEM_FLAG_KEYS_ONLY) == 0 || property.isKey()) &&
            ((flags & WBEM_FLAG_REFS_ONLY) == 0 || elementTypeOf(property.type) == CIM_REFERENCE) &&
            (origin != WBEM_FLAG_LOCAL_ONLY || property.local) &&
            (origin != WBEM_FLAG_PROPAGATED_ONLY || !property.local) && origin != WBEM_FLAG_SYSTEM_ONLY &&
-           ((flags & WBEM_FLAG_CLASS_OVERRIDES_ONLY) == 0 || overrides) &&
+           ((flags & WBEM_FLAG_CLASS_OVERRIDES_ONLY) == 0 || property.overridden) &&
            ((flags & WBEM_FLAG_CLASS_LOCAL_AND_OVERRIDES) == 0 || property.local);
 }
 

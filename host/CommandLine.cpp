@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <functional>
@@ -52,8 +53,9 @@ public:
     {
         m_app.require_subcommand(0, 1);
         m_app.fallthrough();
-        m_app.add_option("--mof", m_mof, "the MOF file with the classes and the registration of their provider");
-        m_app.add_option("--namespace", m_nameSpace, "look for classes in this namespace only");
+        m_app.add_option("--mof", m_mof, "the MOF file with the classes and the registration of their provider")
+            ->type_name("FILE");
+        m_app.add_option("--namespace", m_nameSpace, "look for classes in this namespace only")->type_name("NAME");
         addCommands();
     }
 
@@ -71,8 +73,10 @@ public:
             return m_command(workspace, options());
         } catch (const CLI::CallForHelp&) {
             const auto chosen = m_app.get_subcommands();
-            writeOut(chosen.empty() ? m_app.help() : chosen.front()->help());
+            writeOut(chosen.empty() ? m_app.help() : chosen.front()->help(m_app.get_name()));
             return 0;
+        } catch (const CLI::ExtrasError&) {
+            return usage(unexpectedArgument());
         } catch (const CLI::ParseError& error) {
             return usage(error.what());
         } catch (const UsageError& error) {
@@ -80,7 +84,9 @@ public:
         } catch (const PathError& error) {
             return usage(error.what());
         } catch (const MofError& error) {
-            writeError(asked + ": the MOF cannot be read\n  " + error.what() + "\n");
+            writeError(asked + ": the MOF cannot be read\n  " + error.what() +
+                       "\n  Try: --mof FILE names another MOF; the product's own, ZerixDRAVEv2.mof, lies beside the "
+                       "program\n");
             return requestFailed;
         } catch (const RequestError& error) {
             return failure(asked, error);
@@ -90,10 +96,37 @@ public:
 private:
     using Command = std::function<int(Workspace&, const CommandOptions&)>;
 
-    static int usage(const std::string& reason)
+    // Says what is wrong with the command line, and how the command, or the program, wants to be called.
+    int usage(const std::string& reason) const
     {
-        writeError("wmihost: " + reason + "\nwmihost --help shows the commands, wmihost COMMAND --help one of them\n");
+        const auto chosen = m_app.get_subcommands();
+        if (chosen.empty()) {
+            std::string names;
+            for (const auto& [name, example] : m_examples) {
+                names += (names.empty() ? "" : ", ") + name;
+            }
+            writeError("wmihost: " + reason + "\n  Commands: " + names + "\n  wmihost --help explains them\n");
+            return wrongUsage;
+        }
+        const std::string name = chosen.front()->get_name();
+        const auto example = std::find_if(m_examples.begin(), m_examples.end(),
+                                          [&name](const auto& entry) { return entry.first == name; });
+        writeError("wmihost " + name + ": " + reason + "\n  Example: wmihost " + example->second + "\n  wmihost " +
+                   name + " --help shows all that it takes\n");
         return wrongUsage;
+    }
+
+    // What is wrong with the arguments that nothing has taken.
+    std::string unexpectedArgument() const
+    {
+        const std::vector<std::string> left = m_app.remaining(true);
+        const auto option =
+            std::find_if(left.begin(), left.end(), [](const std::string& text) { return text.starts_with("-"); });
+        if (option != left.end()) {
+            return "there is no option " + *option + " here";
+        }
+        const bool noCommand = m_app.get_subcommands().empty();
+        return (noCommand ? "there is no command '" : "one argument too many: '") + left.front() + "'";
     }
 
     static int failure(const std::string& asked, const RequestError& error)
@@ -125,6 +158,7 @@ private:
     {
         CLI::App* sub = m_app.add_subcommand(name, summary);
         sub->footer("Example:\n  wmihost " + example + "\n");
+        m_examples.emplace_back(name, example);
         sub->callback([this, action = std::move(action)] { m_command = action; });
         return sub;
     }
@@ -145,7 +179,11 @@ private:
             }
             throw CLI::ValidationError(name, "'" + word + "' is none of " + words);
         };
-        sub->add_option_function<std::string>(name, take, summary);
+        std::string typeName;
+        for (const auto& [choice, value] : choices) {
+            typeName += (typeName.empty() ? "" : "|") + choice;
+        }
+        sub->add_option_function<std::string>(name, take, summary)->type_name(typeName);
     }
 
     void addFormat(CLI::App* sub)
@@ -153,7 +191,7 @@ private:
         addChoice<Format>(
             sub, "--format", m_options.format,
             {{"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}, {"markdown", Format::markdown}},
-            "how the result is written: table, json or mof; describe also knows markdown");
+            "how the result is written; markdown is for describe alone");
     }
 
     void addImpersonation(CLI::App* sub)
@@ -164,18 +202,18 @@ private:
                                   {"identify", Impersonation::identify},
                                   {"impersonate", Impersonation::impersonate},
                                   {"delegate", Impersonation::delegate}},
-                                 "how far the provider may act as the client: none (no token), anonymous, identify, "
-                                 "impersonate or delegate");
+                                 "how far the provider may act as the client; none: without a token");
     }
 
     void addProperties(CLI::App* sub)
     {
-        sub->add_option("--property", m_properties, "show these properties: A,B")->delimiter(',');
+        sub->add_option("--property", m_properties, "show these properties")->delimiter(',')->type_name("A,B");
     }
 
     void addConditions(CLI::App* sub)
     {
-        sub->add_option("--where", m_conditions, "only instances whose property has this value: NAME=VALUE");
+        sub->add_option("--where", m_conditions, "only instances whose property has this value, or the word for it")
+            ->type_name("NAME=VALUE");
     }
 
     void addLoad(CLI::App* sub)
@@ -255,7 +293,7 @@ private:
             command("watch", "Shows the rates of a class's counters", "watch Zerix_EthernetPortStatistics --count 10",
                     [this](Workspace& w, const CommandOptions& o) { return runWatch(w, toWide(m_class), o); });
         watch->add_option("class", m_class, "the class")->required();
-        watch->add_option("--count", m_options.count, "show so many tables, then end");
+        watch->add_option("--count", m_options.count, "show so many tables, then end")->check(CLI::Range(1, 1000000));
         watch->add_option("--interval", m_options.intervalMilliseconds, "milliseconds from one table to the next")
             ->check(CLI::Range(10, 3600000));
         addProperties(watch);
@@ -281,6 +319,7 @@ private:
     std::vector<std::string> m_assignments;
     std::vector<std::string> m_properties;
     std::vector<std::string> m_conditions;
+    std::vector<std::pair<std::string, std::string>> m_examples;  // by command, in the order of the help
     CommandOptions m_options;
     Command m_command;
 };

@@ -152,10 +152,34 @@ std::optional<long> flavorBit(std::wstring_view name)
                                                       {L"ENABLEOVERRIDE", 0},
                                                       {L"NOTTOINSTANCE", 0},
                                                       {L"NOTTOSUBCLASS", 0},
-                                                      {L"RESTRICTED", 0}};
+                                                      {L"RESTRICTED", 0},
+                                                      // Texts in several languages, of which this compiler has one.
+                                                      {L"TRANSLATABLE", 0}};
     const auto found = flavors.find(foldName(name));
     return found == flavors.end() ? std::nullopt : std::optional(found->second);
 }
+
+// Whether qualifiers may be declared for elements of that kind.
+bool isScope(std::wstring_view word)
+{
+    static const std::set<std::wstring> words{L"ANY",       L"ASSOCIATION", L"CLASS",     L"INDICATION", L"METHOD",
+                                              L"PARAMETER", L"PROPERTY",    L"QUALIFIER", L"REFERENCE",  L"SCHEMA"};
+    return words.count(foldName(word)) != 0;
+}
+
+// What the declaration of a qualifier says about each use of it.
+struct QualifierDeclaration
+{
+    CIMTYPE type = CIM_BOOLEAN;
+    Variant defaultValue;
+    long flavor = 0;
+};
+
+// An alias that no instance has taken so far.
+struct UndefinedAlias
+{
+    const Node& node;
+};
 
 class MofCompiler
 {
@@ -190,29 +214,78 @@ public:
         mof::p::memory_input input(text.data(), text.data() + text.size(), asText(name));
         try {
             const auto root = mof::p::parse_tree::parse<mof::file, mof::selector, mof::p::nothing, mof::control>(input);
+            std::vector<PostponedInstance> before = std::exchange(m_postponed, {});
             for (const auto& node : root->children) {
                 statement(*node, name);
             }
+            declarePostponed();
+            m_postponed = std::move(before);
         } catch (const mof::p::parse_error& error) {
             fail(error.positions().front(), error.message());
         }
     }
 
 private:
+    struct PostponedInstance
+    {
+        const Node* node;
+        const Node* alias;  // the one it waits for
+        Namespace* nameSpace;
+    };
+
     void statement(const Node& node, const std::filesystem::path& file)
     {
         if (node.is_type<mof::pragma>()) {
             pragma(node, file);
         } else if (node.is_type<mof::include>()) {
             include(*node.children.front(), file);
+        } else if (node.is_type<mof::qualifier_declaration>()) {
+            qualifierDeclaration(node);
         } else {
             const Node& declared = *node.children.back();
             if (declared.is_type<mof::class_declaration>()) {
-                classDeclaration(declared, childOf<mof::qualifiers>(node));
+                declareClass(declared, childOf<mof::qualifiers>(node));
             } else {
-                instanceDeclaration(declared);
+                declareInstance(declared);
             }
         }
+    }
+
+    void declareClass(const Node& node, const Node* classQualifiers)
+    {
+        try {
+            classDeclaration(node, classQualifiers);
+        } catch (const UndefinedAlias& alias) {
+            fail(alias.node, "the alias " + std::string(alias.node.string_view()) + " is not defined above");
+        }
+    }
+
+    // An instance may use the alias of one that stands further down in the file; it waits until the file is read.
+    void declareInstance(const Node& node)
+    {
+        try {
+            instanceDeclaration(node);
+        } catch (const UndefinedAlias& alias) {
+            m_postponed.push_back({&node, &alias.node, m_namespace});
+        }
+    }
+
+    // Instances may wait for each other. Once no round gets any further, an alias is missing for good.
+    void declarePostponed()
+    {
+        Namespace* const current = m_namespace;
+        while (!m_postponed.empty()) {
+            const std::vector<PostponedInstance> round = std::exchange(m_postponed, {});
+            for (const PostponedInstance& instance : round) {
+                m_namespace = instance.nameSpace;
+                declareInstance(*instance.node);
+            }
+            if (m_postponed.size() == round.size()) {
+                const Node& alias = *m_postponed.front().alias;
+                fail(alias, "no instance has the alias " + std::string(alias.string_view()));
+            }
+        }
+        m_namespace = current;
     }
 
     // Pragmas that this compiler has no use for are skipped, as MOF demands.
@@ -325,12 +398,56 @@ private:
     {
         const auto found = m_aliases.find(foldName(toWide(node.string_view())));
         if (found == m_aliases.end()) {
-            fail(node, "the alias " + std::string(node.string_view()) + " is not defined above");
+            throw UndefinedAlias{node};
         }
         return found->second;
     }
 
     // ----- qualifiers
+
+    // Where a qualifier may stand is read and not enforced, as with the platform's own compiler.
+    void qualifierDeclaration(const Node& node)
+    {
+        const std::wstring name = nameIn<mof::declared_qualifier>(node);
+        const Node& typeNode = *childOf<mof::qualifier_type>(node);
+        const CimTypeInfo* info = findCimType(toWide(typeNode.string_view()));
+        if (info == nullptr || info->type == CIM_OBJECT) {
+            fail(typeNode, "a qualifier is of a simple type, not of '" + std::string(typeNode.string_view()) + "'");
+        }
+        QualifierDeclaration result;
+        result.type = info->type;
+        if (childOf<mof::array_mark>(node) != nullptr) {
+            result.type |= CIM_FLAG_ARRAY;
+        }
+        if (const Node* defaultNode = childOf<mof::default_value>(node)) {
+            result.defaultValue = value(*defaultNode->children.front(), result.type);
+        }
+        // Without the word Restricted, derived classes inherit the qualifier.
+        result.flavor = WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS;
+        for (const auto& child : node.children) {
+            if (child->is_type<mof::scope_word>() && !isScope(toWide(child->string_view()))) {
+                fail(*child, "the scope '" + std::string(child->string_view()) + "' is unknown");
+            }
+            if (child->is_type<mof::flavor>()) {
+                if (sameName(toWide(child->string_view()), L"restricted")) {
+                    result.flavor &= ~WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS;
+                }
+                result.flavor |= flavorOf(*child);
+            }
+        }
+        if (!m_declarations.emplace(foldName(name), std::move(result)).second) {
+            fail(*childOf<mof::declared_qualifier>(node), "the qualifier " + named(name) + " is declared twice");
+        }
+    }
+
+    static long flavorOf(const Node& node)
+    {
+        const auto bit = flavorBit(toWide(node.string_view()));
+        if (!bit) {
+            fail(node, "the flavor '" + std::string(node.string_view()) + "' is unknown");
+        }
+        return *bit;
+    }
 
     Qualifiers qualifierList(const Node* list, Qualifiers result = {})
     {
@@ -365,27 +482,33 @@ private:
         Qualifier result;
         result.name = nameIn<mof::qualifier_name>(node);
         result.value = Variant::ofBool(true);
+        const auto declared = m_declarations.find(foldName(result.name));
+        const bool isDeclared = declared != m_declarations.end();
+        if (isDeclared) {
+            result.flavor = declared->second.flavor;
+            result.type = declared->second.type;
+            // A boolean that merely stands there is true, whatever holds where it does not stand.
+            if (result.type != CIM_BOOLEAN) {
+                result.value = declared->second.defaultValue;
+            }
+        }
         // WMI gives these their flavor in every MOF; without it, instances would have no keys.
         static const std::set<std::wstring> fixed{L"KEY", L"IN", L"OUT", L"ID"};
         if (fixed.count(foldName(result.name)) != 0) {
-            result.flavor = keyQualifier().flavor;
+            result.flavor |= keyQualifier().flavor;
         }
         for (const auto& child : node.children) {
             if (child->is_type<mof::flavor>()) {
-                const auto bit = flavorBit(toWide(child->string_view()));
-                if (!bit) {
-                    fail(*child, "the flavor '" + std::string(child->string_view()) + "' is unknown");
-                }
-                result.flavor |= *bit;
+                result.flavor |= flavorOf(*child);
             } else if (!child->is_type<mof::qualifier_name>()) {
-                result.type = literalType(*child);
+                result.type = isDeclared ? result.type : literalType(*child);
                 result.value = value(*child, result.type);
             }
         }
         return result;
     }
 
-    // A qualifier has no declared type: its value decides.
+    // The value of a qualifier that is not declared decides its type.
     CIMTYPE literalType(const Node& node) const
     {
         if (node.is_type<mof::list>()) {
@@ -491,6 +614,7 @@ private:
             result.origin = inherited.origin;
             result.defaultValue = inherited.defaultValue;
             result.qualifiers = inherited.qualifiers;
+            result.overridden = std::make_shared<const Property>(inherited);
         }
         result.qualifiers = qualifierList(childOf<mof::qualifiers>(node), std::move(result.qualifiers));
         if (const Node* defaultNode = childOf<mof::default_value>(node)) {
@@ -652,8 +776,10 @@ private:
 
     ClassRepository& m_repository;
     Namespace* m_namespace = nullptr;
-    std::map<std::wstring, std::wstring> m_aliases;  // folded, with the $ -> path
-    std::set<std::filesystem::path> m_open;          // included files that are being read
+    std::map<std::wstring, QualifierDeclaration> m_declarations;  // by folded name
+    std::map<std::wstring, std::wstring> m_aliases;               // folded, with the $ -> path
+    std::vector<PostponedInstance> m_postponed;                   // of the file that is being read
+    std::set<std::filesystem::path> m_open;                       // included files that are being read
 };
 
 }  // namespace

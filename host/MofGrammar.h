@@ -33,6 +33,9 @@ struct kw_ref : keyword<TAO_PEGTL_ISTRING("ref")> {};
 struct kw_true : keyword<TAO_PEGTL_ISTRING("true")> {};
 struct kw_false : keyword<TAO_PEGTL_ISTRING("false")> {};
 struct kw_null : keyword<TAO_PEGTL_ISTRING("null")> {};
+struct kw_qualifier : keyword<TAO_PEGTL_ISTRING("qualifier")> {};
+struct kw_scope : keyword<TAO_PEGTL_ISTRING("scope")> {};
+struct kw_flavor : keyword<TAO_PEGTL_ISTRING("flavor")> {};
 
 // Texts. Neighbouring pieces are one text.
 struct escape_code : p::sor<p::one<'b', 't', 'n', 'f', 'r', '"', '\'', '\\'>,
@@ -116,6 +119,26 @@ struct declared : p::sor<class_declaration, instance_declaration> {};
 struct declared_after_qualifiers : p::seq<declared> {};
 struct declaration : p::sor<p::seq<qualifiers, p::must<declared_after_qualifiers>>, declared> {};
 
+// Declarations of qualifiers.
+struct declared_qualifier : p::identifier {};
+struct qualifier_colon : mark<':'> {};
+struct qualifier_type : p::identifier {};
+struct words_begin : mark<'('> {};
+struct scope_word : p::identifier {};
+struct scope_end : mark<')'> {};
+struct scope : p::seq<kw_scope, p::must<words_begin>, expected<scope_word>, p::star<mark<','>, expected<scope_word>>,
+                      p::must<scope_end>> {};
+struct flavor_word : p::seq<flavor> {};
+struct flavor_end : mark<')'> {};
+struct default_flavor : p::seq<kw_flavor, p::must<words_begin>, expected<flavor_word>,
+                               p::star<mark<','>, expected<flavor_word>>, p::must<flavor_end>> {};
+struct scope_or_flavor : p::sor<scope, default_flavor> {};
+struct qualifier_declaration_end : mark<';'> {};
+struct qualifier_declaration : p::seq<kw_qualifier, expected<declared_qualifier>, p::must<qualifier_colon>,
+                                      expected<qualifier_type>, p::opt<array_mark>, p::opt<default_value>,
+                                      p::star<mark<','>, p::must<scope_or_flavor>>,
+                                      p::must<qualifier_declaration_end>> {};
+
 // Directives.
 struct include_text : p::seq<text> {};
 struct include : p::seq<TAO_PEGTL_ISTRING("#include"), gap, p::must<include_text>> {};
@@ -125,7 +148,7 @@ struct pragma_end : mark<')'> {};
 struct pragma_arguments : p::seq<mark<'('>, p::must<pragma_argument>, p::star<mark<','>, p::must<pragma_argument>>, p::must<pragma_end>> {};
 struct pragma : p::seq<TAO_PEGTL_ISTRING("#pragma"), gap, expected<pragma_name>, p::opt<pragma_arguments>> {};
 
-struct statement : p::sor<pragma, include, declaration> {};
+struct statement : p::sor<pragma, include, qualifier_declaration, declaration> {};
 struct file_end : p::eof {};
 struct file : p::seq<gap, p::star<statement>, p::must<file_end>> {};
 
@@ -192,6 +215,26 @@ inline constexpr auto message<of_word> = "expected 'of' after 'instance'";
 template <>
 inline constexpr auto message<declared_after_qualifiers> = "expected 'class' or 'instance' after the qualifiers";
 template <>
+inline constexpr auto message<declared_qualifier> = "expected the name of a qualifier";
+template <>
+inline constexpr auto message<qualifier_colon> = "expected : and the type of the qualifier";
+template <>
+inline constexpr auto message<qualifier_type> = "expected the type of the qualifier";
+template <>
+inline constexpr auto message<words_begin> = "expected (";
+template <>
+inline constexpr auto message<scope_word> = "expected where the qualifier may stand";
+template <>
+inline constexpr auto message<scope_end> = "expected , or ) after the scope";
+template <>
+inline constexpr auto message<flavor_word> = "expected a flavor";
+template <>
+inline constexpr auto message<flavor_end> = "expected , or ) after the flavor";
+template <>
+inline constexpr auto message<scope_or_flavor> = "expected 'Scope' or 'Flavor' after ,";
+template <>
+inline constexpr auto message<qualifier_declaration_end> = "expected , or ; after the declaration of the qualifier";
+template <>
 inline constexpr auto message<include_text> = "expected the name of a file between quotes";
 template <>
 inline constexpr auto message<pragma_name> = "expected the name of a pragma";
@@ -200,7 +243,7 @@ inline constexpr auto message<pragma_argument> = "expected a text or a name";
 template <>
 inline constexpr auto message<pragma_end> = "expected , or ) after the argument of the pragma";
 template <>
-inline constexpr auto message<file_end> = "expected a class, an instance or a directive";
+inline constexpr auto message<file_end> = "expected a class, an instance, a qualifier or a directive";
 
 struct Messages
 {
@@ -217,11 +260,12 @@ using control = p::must_if<Messages>::control<Rule>;
 // The nodes that the parse tree keeps; only these keep their text.
 template <class Rule>
 using selector = p::parse_tree::selector<
-    Rule, p::parse_tree::store_content::on<
-              pragma, pragma_name, include, class_declaration, class_name, superclass_name, member, type_name,
-              type_class, ref_mark, member_name, array_mark, parameters, parameter, parameter_name, default_value,
-              instance_declaration, instance_alias, assignment, property_name, declaration, qualifiers, qualifier,
-              qualifier_name, flavor, list, text, text_body, character, real, binary, hexadecimal, octal, decimal,
-              kw_true, kw_false, kw_null, alias, name>>;
+    Rule,
+    p::parse_tree::store_content::on<
+        pragma, pragma_name, include, class_declaration, class_name, superclass_name, member, type_name, type_class,
+        ref_mark, member_name, array_mark, parameters, parameter, parameter_name, default_value, instance_declaration,
+        instance_alias, assignment, property_name, declaration, qualifiers, qualifier, qualifier_name, flavor,
+        qualifier_declaration, declared_qualifier, qualifier_type, scope_word, list, text, text_body, character, real,
+        binary, hexadecimal, octal, decimal, kw_true, kw_false, kw_null, alias, name>>;
 
 }  // namespace host::mof

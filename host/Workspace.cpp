@@ -13,18 +13,21 @@ constexpr std::wstring_view adapterNamespace = L"root\\DCIM\\vexal";
 // The name of the only key, for paths in the short form Class="value".
 std::wstring onlyKey(const ClassDefinition& definition)
 {
-    std::wstring name;
+    std::vector<std::wstring> keys;
+    std::string names;
     for (const Property& property : definition.properties) {
-        if (!property.isKey()) {
-            continue;
+        if (property.isKey()) {
+            keys.push_back(property.name);
+            names += (names.empty() ? "" : ", ") + toUtf8(property.name);
         }
-        if (!name.empty()) {
-            throw RequestError(code(WBEM_E_INVALID_OBJECT_PATH),
-                               "the class " + toUtf8(definition.name) + " has several keys; the path must name each");
-        }
-        name = property.name;
     }
-    return name;
+    if (keys.size() != 1) {
+        throw RequestError(
+            code(WBEM_E_INVALID_OBJECT_PATH),
+            "the class " + toUtf8(definition.name) +
+                (keys.empty() ? " has no keys" : " has several keys, and the path must name each: " + names));
+    }
+    return keys.front();
 }
 
 void checkServer(const std::wstring& server)

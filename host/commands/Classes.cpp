@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cctype>
+
 #include "host/Console.h"
 #include "host/Display.h"
 #include "host/Json.h"
@@ -56,17 +59,26 @@ std::string limitText(const Property& property, const wchar_t* qualifier)
     return found == nullptr ? std::string() : toUtf8(scalarText(found->value.get(), found->type));
 }
 
-// "2 Enabled, 3 Disabled"; empty for a property without a value map.
+// Numbers and their words; none for a property without a value map.
+std::vector<std::pair<std::string, std::string>> valueMap(const Qualifiers& qualifiers)
+{
+    std::vector<std::pair<std::string, std::string>> result;
+    const Qualifier* map = findQualifier(qualifiers, L"ValueMap");
+    if (map != nullptr && map->value.isArray()) {
+        for (const Variant& key : elementsOf(map->value.get())) {
+            result.emplace_back(toUtf8(scalarText(key.get(), CIM_STRING)),
+                                toUtf8(wordFor(qualifiers, key.get(), CIM_STRING)));
+        }
+    }
+    return result;
+}
+
+// "2 Enabled, 3 Disabled"; empty without a value map.
 std::string valueMapText(const Qualifiers& qualifiers)
 {
-    const Qualifier* map = findQualifier(qualifiers, L"ValueMap");
-    if (map == nullptr || !map->value.isArray()) {
-        return {};
-    }
     std::string text;
-    for (const Variant& key : elementsOf(map->value.get())) {
-        text += (text.empty() ? "" : ", ") + toUtf8(scalarText(key.get(), CIM_STRING)) + " " +
-                toUtf8(wordFor(qualifiers, key.get(), CIM_STRING));
+    for (const auto& [number, word] : valueMap(qualifiers)) {
+        text += (text.empty() ? "" : ", ") + number + " " + word;
     }
     return text;
 }
@@ -84,18 +96,34 @@ std::string remarks(const Property& property)
     return text;
 }
 
-std::string parameterList(const Method& method)
+struct Parameter
 {
-    std::string text;
-    for (const auto& [signature, direction] : {std::pair{method.in, "in "}, std::pair{method.out, "out "}}) {
+    const Property* property;
+    std::string direction;
+};
+
+// Inputs, then outputs; without the return value.
+std::vector<Parameter> parametersOf(const Method& method)
+{
+    std::vector<Parameter> result;
+    for (const auto& [signature, direction] : {std::pair{method.in, "in"}, std::pair{method.out, "out"}}) {
         if (!signature) {
             continue;
         }
         for (const Property& parameter : signature->properties) {
             if (parameter.name != L"ReturnValue") {
-                text += (text.empty() ? "" : ", ") + (direction + typeOf(parameter)) + " " + toUtf8(parameter.name);
+                result.push_back({&parameter, direction});
             }
         }
+    }
+    return result;
+}
+
+std::string parameterList(const Method& method)
+{
+    std::string text;
+    for (const auto& [parameter, direction] : parametersOf(method)) {
+        text += (text.empty() ? "" : ", ") + direction + " " + typeOf(*parameter) + " " + toUtf8(parameter->name);
     }
     return text;
 }
@@ -106,14 +134,26 @@ std::string returnType(const Method& method)
     return value == nullptr ? "void" : typeOf(*value);
 }
 
+// What the remarks say, for programs.
+void addRemarks(Json& entry, const Qualifiers& qualifiers)
+{
+    entry["description"] = description(qualifiers);
+    if (const std::wstring units = qualifierText(qualifiers, L"Units"); !units.empty()) {
+        entry["units"] = toUtf8(units);
+    }
+    for (const auto& [number, word] : valueMap(qualifiers)) {
+        entry["values"][number] = word;
+    }
+}
+
 Json parameterJson(const ClassPointer& signature)
 {
     Json list = Json::array();
     if (signature) {
         for (const Property& parameter : signature->properties) {
-            list.push_back({{"name", toUtf8(parameter.name)},
-                            {"type", typeOf(parameter)},
-                            {"description", description(parameter.qualifiers)}});
+            Json entry{{"name", toUtf8(parameter.name)}, {"type", typeOf(parameter)}};
+            addRemarks(entry, parameter.qualifiers);
+            list.push_back(std::move(entry));
         }
     }
     return list;
@@ -132,8 +172,8 @@ Json describeJson(const ClassTarget& target)
         Json entry{{"name", toUtf8(property.name)},
                    {"type", typeOf(property)},
                    {"key", property.isKey()},
-                   {"writable", hasQualifier(property.qualifiers, L"write")},
-                   {"description", description(property.qualifiers)}};
+                   {"writable", hasQualifier(property.qualifiers, L"write")}};
+        addRemarks(entry, property.qualifiers);
         for (const auto* limit : {L"MinValue", L"MaxValue", L"MinLen", L"MaxLen"}) {
             if (const Qualifier* found = findQualifier(property.qualifiers, limit)) {
                 entry[toUtf8(limit)] = jsonOf(found->value.get(), found->type);
@@ -143,10 +183,11 @@ Json describeJson(const ClassTarget& target)
     }
     json["methods"] = Json::array();
     for (const Method& method : definition.methods) {
-        json["methods"].push_back({{"name", toUtf8(method.name)},
-                                   {"description", description(method.qualifiers)},
-                                   {"in", parameterJson(method.in)},
-                                   {"out", parameterJson(method.out)}});
+        Json entry{{"name", toUtf8(method.name)}};
+        addRemarks(entry, method.qualifiers);
+        entry["in"] = parameterJson(method.in);
+        entry["out"] = parameterJson(method.out);
+        json["methods"].push_back(std::move(entry));
     }
     return json;
 }
@@ -169,6 +210,11 @@ void describeTable(const ClassTarget& target)
     for (const Method& method : definition.methods) {
         writeOut("\n" + returnType(method) + " " + toUtf8(method.name) + "(" + parameterList(method) + ")\n");
         writeOut("    " + description(method.qualifiers) + "\n");
+        for (const Parameter& parameter : parametersOf(method)) {
+            if (const std::string text = remarks(*parameter.property); !text.empty()) {
+                writeOut("    " + toUtf8(parameter.property->name) + ": " + text + "\n");
+            }
+        }
         if (const std::string words = valueMapText(method.qualifiers); !words.empty()) {
             writeOut("    Returns: " + words + "\n");
         }
@@ -191,6 +237,33 @@ std::string rangeText(const Property& property)
     return text;
 }
 
+// A bar would end the cell of the table.
+std::string markdownCell(const std::string& text)
+{
+    std::string cell;
+    for (const char c : text) {
+        cell += c == '|' ? "\\|" : std::string(1, c);
+    }
+    return cell;
+}
+
+// The head of the reference of all classes: what wrote it, and a list that leads to each class.
+void writeReferenceHead(const std::vector<ClassTarget>& classes)
+{
+    std::string text =
+        "# Classes\n\nWhat the provider serves, as the MOF declares it. `wmihost describe --format markdown` writes "
+        "this "
+        "page; change the MOF, not the page.\n\n";
+    for (const ClassTarget& target : classes) {
+        const std::string name = toUtf8(target.definition->name);
+        std::string anchor = name;
+        std::transform(anchor.begin(), anchor.end(), anchor.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        text += "- [" + name + "](#" + anchor + "): " + description(target.definition->qualifiers) + "\n";
+    }
+    writeOut(text);
+}
+
 void describeMarkdown(const ClassTarget& target)
 {
     const ClassDefinition& definition = *target.definition;
@@ -199,16 +272,22 @@ void describeMarkdown(const ClassTarget& target)
     text += "| property | type | access | range | meaning |\n|---|---|---|---|---|\n";
     for (const Property& property : definition.properties) {
         text += "| `" + toUtf8(property.name) + "` | " + typeOf(property) + " | " + accessOf(property) + " | " +
-                rangeText(property) + " | " + remarks(property) + " |\n";
+                rangeText(property) + " | " + markdownCell(remarks(property)) + " |\n";
     }
     for (const Method& method : definition.methods) {
         text += "\n### " + toUtf8(method.name) + "\n\n`" + returnType(method) + " " + toUtf8(method.name) + "(" +
                 parameterList(method) + ")`. " + description(method.qualifiers) + "\n";
+        const auto parameters = parametersOf(method);
+        text += parameters.empty() ? "" : "\n";
+        for (const Parameter& parameter : parameters) {
+            const std::string meaning = remarks(*parameter.property);
+            text += "- `" + toUtf8(parameter.property->name) + "`" + (meaning.empty() ? "" : ": " + meaning) + "\n";
+        }
         if (const std::string words = valueMapText(method.qualifiers); !words.empty()) {
             text += "\nReturns: " + words + ".\n";
         }
     }
-    writeOut(text + "\n");
+    writeOut(text);
 }
 
 }  // namespace
@@ -249,24 +328,30 @@ int runDescribe(const Workspace& workspace, const std::wstring& className, const
     const auto classes = className.empty()
                              ? allClasses(workspace, options)
                              : std::vector<ClassTarget>{workspace.findClass(className, options.nameSpace)};
+    const bool isReference = className.empty() && options.format == Format::markdown;
+    if (isReference) {
+        writeReferenceHead(classes);
+    }
     Json list = Json::array();
-    bool first = true;
+    std::string_view gap = isReference ? "\n" : "";
     for (const ClassTarget& target : classes) {
         switch (options.format) {
             case Format::json:
                 list.push_back(describeJson(target));
                 break;
             case Format::mof:
+                writeOut(gap);
                 writeOut(toUtf8(classText(*target.definition, true)));
                 break;
             case Format::markdown:
+                writeOut(gap);
                 describeMarkdown(target);
                 break;
             default:
-                writeOut(first ? "" : "\n");
+                writeOut(gap);
                 describeTable(target);
         }
-        first = false;
+        gap = "\n";
     }
     if (options.format == Format::json) {
         writeOut((className.empty() ? list : list.front()).dump(2) + "\n");

@@ -94,6 +94,10 @@ int runList(Workspace& workspace, const std::wstring& className, const CommandOp
     Objects objects = enumerateInstances(workspace, target, options);
     applyConditions(objects, *target.definition, options);
     writeObjects(objects, *target.definition, options);
+    if (objects.empty()) {
+        writeError(options.conditions.empty() ? "the class has no instances\n"
+                                              : "no instance has the values that --where asks for\n");
+    }
     return 0;
 }
 

@@ -34,7 +34,7 @@ public:
             throw StepFailure("this machine has no network adapter");
         }
         m_port = textOf(*ports.front().get(), L"__RELPATH");
-        return std::to_string(ports.size()) + " adapters";
+        return std::to_string(ports.size()) + (ports.size() == 1 ? " adapter" : " adapters");
     }
 
     std::string get()

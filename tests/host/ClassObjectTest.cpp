@@ -152,6 +152,15 @@ const std::vector<Row>& rows()
          notFound},
         {"Delete", "class", "inherited property", [](Scene& s) { return s.definition->Delete(L"Inherited"); },
          code(WBEM_E_PROPAGATED_PROPERTY)},
+        {"Delete", "class", "overridden default", [](Scene& s) { return s.definition->Delete(L"Small"); },
+         code(WBEM_S_RESET_TO_DEFAULT)},
+        {"Delete", "class", "overridden default, again",
+         [](Scene& s) {
+             s.definition->Delete(L"Small");
+             return s.definition->Delete(L"Small");
+         },
+         code(WBEM_E_PROPAGATED_PROPERTY)},
+        {"Delete", "class", "unknown property", [](Scene& s) { return s.definition->Delete(L"Nope"); }, notFound},
         {"Delete", "class", "system property", [](Scene& s) { return s.definition->Delete(L"__CLASS"); },
          code(WBEM_E_SYSTEM_PROPERTY)},
         {"BeginEnumeration", "instance", "keys and references at once",
@@ -284,6 +293,92 @@ const std::vector<Row>& rows()
          [](Scene& s) { return s.definition->GetMethodOrigin(L"Nope", s.text.put()); }, notFound},
         {"GetNames", "instance", "null output",
          [](Scene& s) { return s.instance->GetNames(nullptr, 0, nullptr, nullptr); }, invalid},
+        {"Get", "class", "default of a property",
+         [](Scene& s) { return s.definition->Get(L"Small", 0, s.value.put(), nullptr, nullptr); }, ok},
+        {"Put", "instance", "unknown system property",
+         [](Scene& s) { return put(s.instance, L"__NOPE", Variant::ofText(L"x")); }, notFound},
+        {"Put", "instance", "text to a reference",
+         [](Scene& s) { return put(s.instance, L"Other", Variant::ofText(L"Base.Name=\"x\"")); }, ok},
+        {"Put", "instance", "number to a reference",
+         [](Scene& s) { return put(s.instance, L"Other", Variant::ofLong(1)); }, mismatch},
+        {"Put", "instance", "text to an array of numbers, each a number",
+         [](Scene& s) {
+             return put(s.instance, L"List", Variant::ofTexts({L"1", L"2"}));
+         },
+         ok},
+        {"Put", "class", "reference, which only a MOF can declare",
+         [](Scene& s) { return s.definition->Put(L"New", 0, nullptr, CIM_REFERENCE); },
+         code(WBEM_E_INVALID_PROPERTY_TYPE)},
+        {"BeginEnumeration", "instance", "references, local",
+         [](Scene& s) { return begin(s, WBEM_FLAG_REFS_ONLY | WBEM_FLAG_LOCAL_ONLY); }, ok},
+        {"BeginEnumeration", "refused before", "again, consistent",
+         [](Scene& s) {
+             begin(s, WBEM_FLAG_KEYS_ONLY | WBEM_FLAG_REFS_ONLY);
+             return begin(s, WBEM_FLAG_KEYS_ONLY);
+         },
+         ok},
+        {"GetQualifierSet", "instance", "", [](Scene& s) { return s.instance->GetQualifierSet(s.qualifiers.put()); },
+         ok},
+        {"GetPropertyQualifierSet", "class", "null name",
+         [](Scene& s) { return s.definition->GetPropertyQualifierSet(nullptr, s.qualifiers.put()); }, invalid},
+        {"GetPropertyQualifierSet", "class", "null output",
+         [](Scene& s) { return s.definition->GetPropertyQualifierSet(L"Name", nullptr); }, invalid},
+        {"GetMethodQualifierSet", "class", "method",
+         [](Scene& s) { return s.definition->GetMethodQualifierSet(L"start", s.qualifiers.put()); }, ok},
+        {"GetMethodQualifierSet", "class", "null name",
+         [](Scene& s) { return s.definition->GetMethodQualifierSet(nullptr, s.qualifiers.put()); }, invalid},
+        {"GetMethod", "class", "no outputs wanted",
+         [](Scene& s) { return s.definition->GetMethod(L"Start", 0, nullptr, nullptr); }, ok},
+        {"NextMethod", "enumerating", "flags 1",
+         [](Scene& s) {
+             s.definition->BeginMethodEnumeration(0);
+             return s.definition->NextMethod(1, nullptr, nullptr, nullptr);
+         },
+         invalid},
+        {"NextMethod", "past the last", "",
+         [](Scene& s) {
+             s.definition->BeginMethodEnumeration(WBEM_FLAG_PROPAGATED_ONLY);
+             s.definition->NextMethod(0, nullptr, nullptr, nullptr);
+             return s.definition->NextMethod(0, nullptr, nullptr, nullptr);
+         },
+         noMore},
+        {"NextMethod", "enumeration ended", "",
+         [](Scene& s) {
+             s.definition->BeginMethodEnumeration(0);
+             s.definition->EndMethodEnumeration();
+             return s.definition->NextMethod(0, nullptr, nullptr, nullptr);
+         },
+         unexpected},
+        {"EndMethodEnumeration", "not enumerating", "", [](Scene& s) { return s.definition->EndMethodEnumeration(); },
+         ok},
+        {"SpawnInstance", "class", "", [](Scene& s) { return s.definition->SpawnInstance(0, s.object.put()); }, ok},
+        {"SpawnDerivedClass", "class", "flags 1",
+         [](Scene& s) { return s.definition->SpawnDerivedClass(1, s.object.put()); }, invalid},
+        {"SpawnDerivedClass", "class without a name", "",
+         [](Scene& s) {
+             s.definition->SpawnDerivedClass(0, s.other.put());
+             return s.other->SpawnDerivedClass(0, s.object.put());
+         },
+         code(WBEM_E_INCOMPLETE_CLASS)},
+        {"Clone", "class", "", [](Scene& s) { return s.definition->Clone(s.object.put()); }, ok},
+        {"CompareTo", "class", "its clone",
+         [](Scene& s) {
+             s.definition->Clone(s.object.put());
+             return s.definition->CompareTo(0, s.object.get());
+         },
+         code(WBEM_S_SAME)},
+        {"InheritsFrom", "instance", "superclass of its class",
+         [](Scene& s) { return s.instance->InheritsFrom(L"Base"); }, ok},
+        {"GetObjectText", "class", "without flavors",
+         [](Scene& s) { return s.definition->GetObjectText(WBEM_FLAG_NO_FLAVORS, s.text.put()); }, ok},
+        {"GetPropertyOrigin", "class", "null output",
+         [](Scene& s) { return s.definition->GetPropertyOrigin(L"Name", nullptr); }, invalid},
+        {"GetMethodOrigin", "class", "null name",
+         [](Scene& s) { return s.definition->GetMethodOrigin(nullptr, s.text.put()); }, invalid},
+        {"PutMethod", "instance", "", [](Scene& s) { return s.instance->PutMethod(L"New", 0, nullptr, nullptr); },
+         unsupported},
+        {"DeleteMethod", "class", "unknown method", [](Scene& s) { return s.definition->DeleteMethod(L"Nope"); },
+         unsupported},
         {"PutMethod", "class", "", [](Scene& s) { return s.definition->PutMethod(L"New", 0, nullptr, nullptr); },
          unsupported},
         {"DeleteMethod", "class", "", [](Scene& s) { return s.definition->DeleteMethod(L"Start"); }, unsupported},
@@ -475,6 +570,73 @@ TEST_F(ClassObjectTest, GetNamesFiltersByQualifier)
     SAFEARRAY* none = nullptr;
     EXPECT_EQ(s.definition->GetNames(nullptr, WBEM_FLAG_ONLY_IF_TRUE, nullptr, &none), invalid);
     EXPECT_EQ(s.definition->GetNames(L"key", WBEM_FLAG_ONLY_IF_IDENTICAL, nullptr, &none), invalid);
+}
+
+TEST_F(ClassObjectTest, AnEnumeratedSystemPropertySaysThatItIsOne)
+{
+    ASSERT_EQ(s.instance->BeginEnumeration(WBEM_FLAG_SYSTEM_ONLY), ok);
+    ASSERT_EQ(s.instance->Next(0, s.text.put(), s.value.put(), &s.type, &s.flavor), ok);
+    EXPECT_EQ(s.text.view(), L"__GENUS");
+    EXPECT_EQ(s.flavor, 0x40);
+}
+
+TEST_F(ClassObjectTest, EachTypeHasItsVariantType)
+{
+    const ClassRepository types = compiled(R"(
+        class Types
+        {
+            sint8 a = 1; uint8 b = 1; sint16 c = 1; uint16 d = 1; sint32 e = 1; uint32 f = 1; sint64 g = 1;
+            uint64 h = 1; real32 i = 1.5; real64 j = 1.5; boolean k = TRUE; string l = "1"; char16 m = '1';
+            datetime n = "00000001010101.000000:000"; Types ref o = "Types"; uint8 aa[] = {1}; uint32 bb[] = {1};
+            uint64 cc[] = {1}; boolean dd[] = {TRUE}; string ee[] = {"1"};
+        };)");
+    const auto object = instanceOf(types, L"Types");
+    const auto check = [this, &object](const wchar_t* name, CIMTYPE type, int variant) {
+        EXPECT_EQ(object->Get(name, 0, s.value.put(), &s.type, nullptr), ok);
+        EXPECT_EQ(s.type, type) << toUtf8(name);
+        EXPECT_EQ(s.value.type(), variant) << toUtf8(name);
+    };
+    check(L"a", CIM_SINT8, VT_I2);
+    check(L"b", CIM_UINT8, VT_UI1);
+    check(L"c", CIM_SINT16, VT_I2);
+    check(L"d", CIM_UINT16, VT_I4);
+    check(L"e", CIM_SINT32, VT_I4);
+    check(L"f", CIM_UINT32, VT_I4);
+    check(L"g", CIM_SINT64, VT_BSTR);
+    check(L"h", CIM_UINT64, VT_BSTR);
+    check(L"i", CIM_REAL32, VT_R4);
+    check(L"j", CIM_REAL64, VT_R8);
+    check(L"k", CIM_BOOLEAN, VT_BOOL);
+    check(L"l", CIM_STRING, VT_BSTR);
+    check(L"m", CIM_CHAR16, VT_I2);
+    check(L"n", CIM_DATETIME, VT_BSTR);
+    check(L"o", CIM_REFERENCE, VT_BSTR);
+    check(L"aa", CIM_UINT8 | CIM_FLAG_ARRAY, VT_UI1 | VT_ARRAY);
+    check(L"bb", CIM_UINT32 | CIM_FLAG_ARRAY, VT_I4 | VT_ARRAY);
+    check(L"cc", CIM_UINT64 | CIM_FLAG_ARRAY, VT_BSTR | VT_ARRAY);
+    check(L"dd", CIM_BOOLEAN | CIM_FLAG_ARRAY, VT_BOOL | VT_ARRAY);
+    check(L"ee", CIM_STRING | CIM_FLAG_ARRAY, VT_BSTR | VT_ARRAY);
+}
+
+TEST_F(ClassObjectTest, ADeletedOverrideGivesTheDefaultOfTheSuperclassBack)
+{
+    EXPECT_EQ(s.definition->Delete(L"Small"), code(WBEM_S_RESET_TO_DEFAULT));
+    EXPECT_EQ(s.definition->Get(L"Small", 0, s.value.put(), nullptr, &s.flavor), ok);
+    EXPECT_EQ(s.value.get().bVal, 1);
+    EXPECT_EQ(s.flavor, WBEM_FLAVOR_ORIGIN_PROPAGATED);
+    EXPECT_EQ(s.definition->Put(L"Small", 0, Variant::ofByte(7).in(), 0), ok);
+    EXPECT_EQ(enumerate(*s.definition.get(), WBEM_FLAG_CLASS_OVERRIDES_ONLY), (std::vector<std::wstring>{L"Small"}));
+    EXPECT_EQ(s.definition->Delete(L"Small"), code(WBEM_S_RESET_TO_DEFAULT));
+}
+
+TEST_F(ClassObjectTest, APropertyOfANewDerivedClassIsItsOwn)
+{
+    ASSERT_EQ(s.definition->SpawnDerivedClass(0, s.object.put()), ok);
+    EXPECT_EQ(s.object->Put(L"New", 0, nullptr, CIM_UINT16), ok);
+    EXPECT_EQ(put(s.object, L"__CLASS", Variant::ofText(L"Third")), ok);
+    EXPECT_EQ(s.object->GetPropertyOrigin(L"New", s.text.put()), ok);
+    EXPECT_EQ(s.text.view(), L"Third");
+    EXPECT_EQ(s.object->Delete(L"New"), ok);
 }
 
 TEST_F(ClassObjectTest, AMethodHasItsSignatures)

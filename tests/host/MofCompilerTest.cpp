@@ -38,7 +38,7 @@ INSTANTIATE_TEST_SUITE_P(
     Table, MalformedMof,
     testing::Values(
         Mistake{"NothingKnown", "class A { };\nclas B { };",
-                "bad.mof:2:1: expected a class, an instance or a directive"},
+                "bad.mof:2:1: expected a class, an instance, a qualifier or a directive"},
         Mistake{"NoSemicolonBehindAProperty", "class A\n{\n    string Name\n};", "bad.mof:4:1: expected ;"},
         Mistake{"NoSemicolonBehindAClass", "class A\n{\n}\nclass B { };", "bad.mof:4:1: expected ; after }"},
         Mistake{"NoNameOfAProperty", "class A { string ; };",
@@ -61,7 +61,17 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"AliasWithoutDollar", "class A { [key] string K; };\ninstance of A as X { K = \"\"; };",
                 "bad.mof:2:18: expected an alias that begins with $"},
         Mistake{"AssignmentWithoutEquals", "class A { string K; };\ninstance of A { K \"\"; };",
-                "bad.mof:2:19: expected = after the name of the property"}),
+                "bad.mof:2:19: expected = after the name of the property"},
+        Mistake{"QualifierWithoutAType", "Qualifier Key;", "bad.mof:1:14: expected : and the type of the qualifier"},
+        Mistake{"QualifierWithoutAName", "Qualifier : string;", "bad.mof:1:11: expected the name of a qualifier"},
+        Mistake{"QualifierWithAnUnknownPart", "Qualifier Key : boolean, Size(3);",
+                "bad.mof:1:26: expected 'Scope' or 'Flavor' after ,"},
+        Mistake{"QualifierWithAnEmptyScope", "Qualifier Key : boolean, Scope();",
+                "bad.mof:1:32: expected where the qualifier may stand"},
+        Mistake{"QualifierWithAnOpenScope", "Qualifier Key : boolean, Scope(class;",
+                "bad.mof:1:37: expected , or ) after the scope"},
+        Mistake{"QualifierWithoutSemicolon", "Qualifier Key : boolean = true\nclass A { };",
+                "bad.mof:2:1: expected , or ; after the declaration of the qualifier"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(
@@ -100,7 +110,28 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"InstanceWithoutKeys", "class A { [key] string K; };\ninstance of A { };",
                 "bad.mof:2:13: an instance of 'A' needs a value for each of its keys"},
         Mistake{"UnknownAlias", "class A { [key] string K; };\ninstance of A { K = $Nobody; };",
-                "bad.mof:2:21: the alias $Nobody is not defined above"},
+                "bad.mof:2:21: no instance has the alias $Nobody"},
+        Mistake{"AliasesThatWaitForEachOther",
+                "class A { [key] A ref K; };\ninstance of A as $One { K = $Two; };\n"
+                "instance of A as $Two { K = $One; };",
+                "bad.mof:2:29: no instance has the alias $Two"},
+        Mistake{"AliasInAClassAboveItsInstance",
+                "class A { [key] string K; };\nclass B { A ref R = $One; };\ninstance of A as $One { K = \"\"; };",
+                "bad.mof:2:21: the alias $One is not defined above"},
+        Mistake{"AliasTwice",
+                "class A { [key] string K; };\ninstance of A as $One { K = \"1\"; };\n"
+                "instance of A as $one { K = \"2\"; };",
+                "bad.mof:3:18: the alias $one is defined twice"},
+        Mistake{"QualifierDeclaredTwice", "Qualifier Key : boolean;\nQualifier key : boolean;",
+                "bad.mof:2:11: the qualifier 'key' is declared twice"},
+        Mistake{"QualifierOfAnUnknownType", "Qualifier Key : bool;",
+                "bad.mof:1:17: a qualifier is of a simple type, not of 'bool'"},
+        Mistake{"QualifierWithAnUnknownScope", "Qualifier Key : boolean, Scope(class, planet);",
+                "bad.mof:1:39: the scope 'planet' is unknown"},
+        Mistake{"QualifierWithAnUnknownFlavor", "Qualifier Key : boolean, Flavor(Bitter);",
+                "bad.mof:1:33: the flavor 'Bitter' is unknown"},
+        Mistake{"ValueThatIsNotOfTheDeclaredType", "Qualifier Size : uint16;\n[Size(\"large\")] class A { };",
+                "bad.mof:2:7: expected a value of type uint16"},
         Mistake{"MissingInclude", "#pragma include(\"nowhere.mof\")",
                 "bad.mof:1:17: the included file 'nowhere.mof' does not exist"}),
     [](const auto& row) { return std::string(row.param.name); });
@@ -213,6 +244,48 @@ TEST(MofCompiler, KeepsInstancesOfTheirNamespaceAndResolvesAliases)
     ASSERT_EQ(links.size(), 1U);
     EXPECT_EQ(viewOf(links.front()->values[0].get().bstrVal), L"\\\\.\\root\\test:Target.Name=\"a\\\"b\",Number=7");
     EXPECT_TRUE(repository.findNamespace(L"root\\other")->instancesOf(L"Target").empty());
+}
+
+TEST(MofCompiler, AnAliasMayStandAboveItsInstance)
+{
+    const ClassRepository repository = compiled(R"(
+        class Node { [key] string Name; };
+        class Link { [key] Node ref From; [key] Node ref To; };
+        class Remark { [key] Link ref About; };
+        instance of Remark { About = $L; };
+        instance of Link as $L { From = $A; To = $B; };
+        instance of Node as $A { Name = "a"; };
+        instance of Node as $B { Name = "b"; };)");
+    const Namespace& test = *repository.findNamespace(L"root\\test");
+    ASSERT_EQ(test.instancesOf(L"Remark").size(), 1U);
+    const std::wstring link =
+        L"\\\\.\\root\\test:Link.From=\"\\\\\\\\.\\\\root\\\\test:Node.Name=\\\"a\\\"\","
+        L"To=\"\\\\\\\\.\\\\root\\\\test:Node.Name=\\\"b\\\"\"";
+    EXPECT_EQ(viewOf(test.instancesOf(L"Remark").front()->values[0].get().bstrVal), link);
+}
+
+TEST(MofCompiler, ADeclaredQualifierHasItsTypeItsFlavorAndItsDefault)
+{
+    const ClassRepository repository = compiled(R"(
+        Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);
+        Qualifier Size : uint16 = 7, Scope(any);
+        Qualifier Names : string[], Scope(class), Flavor(Restricted, Translatable);
+        Qualifier Note : string = NULL, Scope(class), Flavor(EnableOverride, ToInstance);
+        [Size, Names{}, Note("n"): Amended] class A { [Key] string K; };
+        [Size(8)] class B : A { };)");
+    const Qualifiers& own = classIn(repository, L"A")->qualifiers;
+    EXPECT_EQ(findQualifier(own, L"Size")->type, CIM_UINT16);
+    EXPECT_EQ(findQualifier(own, L"Size")->value.get().lVal, 7);
+    EXPECT_EQ(findQualifier(own, L"Size")->flavor, WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS);
+    EXPECT_EQ(findQualifier(own, L"Names")->type, CIM_STRING | CIM_FLAG_ARRAY);
+    EXPECT_EQ(findQualifier(own, L"Names")->flavor, 0);
+    EXPECT_EQ(findQualifier(own, L"Note")->flavor, WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS |
+                                                       WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE | WBEM_FLAVOR_AMENDED);
+    EXPECT_TRUE(classIn(repository, L"A")->findProperty(L"K")->isKey());
+    const Qualifiers& derived = classIn(repository, L"B")->qualifiers;
+    EXPECT_EQ(findQualifier(derived, L"Size")->value.get().lVal, 8);
+    EXPECT_EQ(findQualifier(derived, L"Names"), nullptr);
+    EXPECT_NE(findQualifier(derived, L"Note"), nullptr);
 }
 
 TEST(MofCompiler, AnInstanceOfTheNamespaceClassMakesANamespace)

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <wmiutils.h>
-
+#include "PlatformPath.h"
 #include "TestObjects.h"
 #include "host/Com.h"
 #include "host/Text.h"
@@ -98,39 +97,6 @@ TEST(ObjectPath, AFullPathNamesServerAndNamespace)
     EXPECT_EQ(fullPath(L"root\\test", L"A.k=1"), L"\\\\" + serverName() + L"\\root\\test:A.k=1");
 }
 
-// The class and the interface of the platform's own parser of object paths; the headers declare them, no library has
-// them.
-constexpr CLSID platformPath = {0xcf4cc405, 0xe2c5, 0x4ddd, {0xb3, 0xce, 0x5e, 0x75, 0x82, 0xd8, 0xc9, 0xfa}};
-constexpr IID pathInterface = {0x3bc15af2, 0x736c, 0x477e, {0x9e, 0x51, 0x23, 0x8a, 0xf8, 0x66, 0x7d, 0xcc}};
-
-ComPtr<IWbemPath> parsedByPlatform(const std::wstring& path)
-{
-    ComPtr<IWbemPath> result;
-    EXPECT_EQ(CoCreateInstance(platformPath, nullptr, CLSCTX_INPROC_SERVER, pathInterface,
-                               reinterpret_cast<void**>(result.put())),
-              S_OK);
-    EXPECT_EQ(result->SetText(WBEMPATH_CREATE_ACCEPT_ALL, path.c_str()), S_OK) << toUtf8(path);
-    return result;
-}
-
-std::wstring className(IWbemPath& path)
-{
-    std::wstring text(256, L'\0');
-    ULONG length = static_cast<ULONG>(text.size());
-    EXPECT_EQ(path.GetClassName(&length, text.data()), S_OK);
-    return text.c_str();
-}
-
-// The number of keys that the platform finds. Wine 8 counts them; it does not implement GetKey.
-ULONG keyCount(IWbemPath& path)
-{
-    ComPtr<IWbemPathKeyList> keys;
-    ULONG count = 0;
-    EXPECT_EQ(path.GetKeyList(keys.put()), S_OK);
-    EXPECT_EQ(keys->GetCount(&count), S_OK);
-    return count;
-}
-
 // Values with a comma between the quotes are left out: Wine 8's parser takes it for the end of the key.
 TEST(ObjectPath, ThePlatformParsesWhatIsRendered)
 {
@@ -140,9 +106,13 @@ TEST(ObjectPath, ThePlatformParsesWhatIsRendered)
     for (const std::wstring value : {L"plain", L"with:colon", L"b=c.d", L"{00000004-0000-0000-0000-4E6574446576}"}) {
         InstanceData data(classIn(repository, L"Port"));
         data.values = {Variant::ofText(L"HOST"), Variant::ofText(value), Variant::ofText(L"Port")};
-        const auto path = parsedByPlatform(fullPath(L"root\\test", *relativePath(*data.definition, data.values)));
-        EXPECT_EQ(className(*path.get()), L"Port");
-        EXPECT_EQ(keyCount(*path.get()), 3U);
+        const std::wstring relative = *relativePath(*data.definition, data.values);
+        const PlatformPath path = parsedByPlatform(fullPath(L"root\\test", relative));
+        EXPECT_EQ(path.server, serverName());
+        EXPECT_EQ(path.nameSpace, L"root\\test");
+        EXPECT_EQ(path.className, L"Port");
+        EXPECT_EQ(path.relative, relative);
+        EXPECT_EQ(path.keyCount, 3U);
     }
 }
 

@@ -1,0 +1,275 @@
+#!/usr/bin/env python3
+"""Runs the built wmihost with the built provider, as a user does, and compares exit codes and whole texts.
+
+    program_test.py BIN WORK
+
+BIN is a build's folder of programs. The tests have a Wine prefix of their own below WORK, which is made when it is
+missing and kept: other tests register the provider, and take its registration away, while these run.
+"""
+
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+TOP = pathlib.Path(__file__).resolve().parents[2]
+BIN = pathlib.Path(sys.argv[1]).resolve()
+PREFIX = pathlib.Path(sys.argv[2]).resolve() / "program-prefix"
+
+PROFILE = 'Zerix_RegisteredProfile="Vexal:Profile:EthernetPort"'
+SETTING = 'Zerix_DiagnosticSetting="Vexal:DiagnosticSetting"'
+DENIED = """: failed
+  WBEM_E_ACCESS_DENIED (0x80041003): access is denied
+  Try: change writable properties only, and ask with --impersonation impersonate as a user with the right
+"""
+PROFILE_TABLE = """\
+InstanceID                  RegisteredOrganization  RegisteredName  RegisteredVersion  AdvertiseTypes
+--------------------------  ----------------------  --------------  -----------------  --------------
+Vexal:Profile:EthernetPort  DMTF                    Ethernet Port   1.0.1              Not Advertised
+"""
+PROFILE_MOF = """\
+instance of Zerix_RegisteredProfile
+{
+    InstanceID = "Vexal:Profile:EthernetPort";
+    RegisteredOrganization = 2;
+    RegisteredName = "Ethernet Port";
+    RegisteredVersion = "1.0.1";
+    AdvertiseTypes = {2};
+};
+"""
+
+
+def environment():
+    kept = {name: value for name, value in os.environ.items() if name in ("HOME", "PATH", "USER")}
+    return dict(kept, WINEPREFIX=str(PREFIX), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="", LC_ALL="C")
+
+
+def wine(*command):
+    """Exit code, standard output and standard error of a program. Through files: the prefix's services, which outlive
+    the program, would keep a pipe open."""
+    with open(PREFIX / "out.txt", "w+b") as out, open(PREFIX / "error.txt", "w+b") as error:
+        done = subprocess.run(["/usr/lib/wine/wine64", *command], env=environment(), stdin=subprocess.DEVNULL,
+                              stdout=out, stderr=error, timeout=120, check=False)
+        out.seek(0)
+        error.seek(0)
+        return done.returncode, out.read().decode(), error.read().decode()
+
+
+def server(*options):
+    subprocess.run(["/usr/lib/wine/wineserver64", *options], env=environment(), check=False,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
+def wmihost(*arguments):
+    return wine(str(BIN / "wmihost.exe"), *arguments)
+
+
+def setUpModule():
+    if not (PREFIX / "system.reg").exists():
+        PREFIX.mkdir(parents=True, exist_ok=True)
+        wine("wineboot", "-i")
+        server("-k")
+        server("-w")
+    server("-p")
+    provider = str(BIN / "ZerixDRAVEv2Provider.dll").replace("/", "\\")
+    if wine("regsvr32", "/s", "Z:" + provider)[0] != 0:
+        raise RuntimeError("the provider cannot be registered")
+    # What an earlier run left: settings and jobs.
+    wine("reg", "delete", r"HKLM\Software\Vexal", "/f")
+
+
+def tearDownModule():
+    server("-k")
+
+
+def only_path(class_name, *conditions):
+    code, out, _ = wmihost("list", class_name, "--property", "__RELPATH", *conditions, "--format", "json")
+    paths = [instance["__RELPATH"] for instance in json.loads(out)] if code == 0 else []
+    return paths[0]
+
+
+class Program(unittest.TestCase):
+    maxDiff = None
+
+    def expect(self, arguments, code, out, error=""):
+        self.assertEqual(wmihost(*arguments), (code, out, error))
+
+    def test_classes_are_listed(self):
+        code, out, error = wmihost("classes")
+        self.assertEqual((code, error), (0, ""))
+        lines = out.split("\n")
+        self.assertEqual(lines[0].split(), ["Class", "Namespace", "Description"])
+        names = [line.split()[0] for line in lines[2:-1]]
+        code, out, _ = wmihost("classes", "--format", "json")
+        self.assertEqual((code, [entry["class"] for entry in json.loads(out)]), (0, names))
+        self.assertEqual(len(names), 12)
+
+    def test_a_class_is_described(self):
+        self.expect(["describe", "Zerix_RegisteredProfile"], 0, """\
+Zerix_RegisteredProfile in root\\interop
+A management profile that the adapters of this machine conform to.
+
+Property                Type      Access  Description
+----------------------  --------  ------  ------------------------------------------------------------------------
+InstanceID              string    key     Identifies the profile within the namespace.
+RegisteredOrganization  uint16            The organization that defines the profile. Values: 1 Other, 2 DMTF.
+RegisteredName          string            The name under which the organization published the profile.
+RegisteredVersion       string            The version of the profile, as major.minor.update.
+AdvertiseTypes          uint16[]          How the profile is advertised. Values: 1 Other, 2 Not Advertised, 3 SLP.
+""")
+
+    def test_without_a_command_the_adapters_are_listed(self):
+        code, out, error = wmihost()
+        self.assertEqual((code, error), (0, ""))
+        self.assertEqual(out, wmihost("list", "Zerix_EthernetPort")[1])
+        self.assertEqual(out.split("\n")[0].split(), ["Name", "MAC", "Speed", "MTU", "State", "Health", "DeviceID"])
+
+    def test_instances_are_listed_in_each_format(self):
+        self.expect(["list", "Zerix_RegisteredProfile"], 0, PROFILE_TABLE)
+        self.expect(["list", "Zerix_RegisteredProfile", "--format", "mof"], 0, PROFILE_MOF + "\n")
+        code, out, error = wmihost("list", "Zerix_RegisteredProfile", "--format", "json")
+        self.assertEqual((code, error), (0, ""))
+        (profile,) = json.loads(out)
+        self.assertRegex(profile.pop("__PATH"), r'^\\\\[^\\]+\\root\\interop:Zerix_RegisteredProfile\.InstanceID='
+                                                r'"Vexal:Profile:EthernetPort"$')
+        self.assertEqual(profile, {"__CLASS": "Zerix_RegisteredProfile", "InstanceID": "Vexal:Profile:EthernetPort",
+                                   "RegisteredOrganization": 2, "RegisteredName": "Ethernet Port",
+                                   "RegisteredVersion": "1.0.1", "AdvertiseTypes": [2]})
+
+    def test_an_instance_is_shown_in_each_format(self):
+        self.expect(["get", PROFILE], 0, """\
+Property                Value
+----------------------  --------------------------
+InstanceID              Vexal:Profile:EthernetPort
+RegisteredOrganization  2 (DMTF)
+RegisteredName          Ethernet Port
+RegisteredVersion       1.0.1
+AdvertiseTypes          Not Advertised
+""")
+        self.expect(["get", PROFILE, "--format", "mof"], 0, PROFILE_MOF)
+        code, out, _ = wmihost("get", PROFILE, "--format", "json", "--property", "RegisteredName")
+        self.assertEqual((code, json.loads(out)["RegisteredName"]), (0, "Ethernet Port"))
+
+    def test_a_change_is_kept_until_the_defaults_are_restored(self):
+        before = wmihost("get", SETTING)
+        self.assertEqual((before[0], before[2]), (0, ""))
+        code, out, error = wmihost("set", SETTING, "SampleCount=7", "ElementName=Nightly")
+        self.assertEqual((code, error), (0, ""))
+        changed = {line.split()[0]: line.split(None, 1)[1:] for line in out.split("\n") if line}
+        self.assertEqual((changed["SampleCount"], changed["ElementName"]), (["7"], ["Nightly"]))
+        self.expect(["get", SETTING], 0, out)
+        self.expect(["invoke", SETTING, "RestoreDefaults"], 0,
+                    "Output       Value\n-----------  ---------------------------\n"
+                    "ReturnValue  0 (Completed with No Error)\n")
+        self.assertEqual(wmihost("get", SETTING), before)
+
+    def test_a_value_out_of_range_is_refused(self):
+        self.expect(["set", SETTING, "SampleCount=601"], 1, "", "wmihost set " + SETTING + """ SampleCount=601: failed
+  WBEM_E_INVALID_PARAMETER (0x80041008): an argument is not valid
+  Try: describe the class to see the properties, their ranges and lengths
+""")
+
+    def test_a_job_is_followed_to_its_end_and_deleted(self):
+        port = only_path("Zerix_EthernetPort")
+        code, out, error = wmihost("invoke", port, "RunLinkDiagnostic", "SampleCount=2", "--wait")
+        match = re.fullmatch(
+            "Output       Value\n"
+            "-----------  -+\n"
+            'Job          (Zerix_ConcreteJob\\.InstanceID="Vexal:Job:[0-9]+-[0-9]+")\n'
+            "ReturnValue  4096 \\(Job Started\\)\n"
+            "job ended: 7 \\(Completed\\)\n", out)
+        self.assertTrue(match, out)
+        self.assertEqual(code, 0)
+        # How many of the steps are seen is a matter of time; the last one always is.
+        self.assertRegex(error, r"^((0|50) % (New|Starting|Running)\n|100 % Running\n)*100 % Completed\n$")
+        job = match[1]
+        self.expect(["get", job, "--property", "JobState,PercentComplete"], 0,
+                    "Property         Value\n---------------  -------------\n"
+                    "JobState         7 (Completed)\nPercentComplete  100\n")
+        self.expect(["delete", job], 0, f"deleted {job}\n")
+        self.expect(["get", job], 1, "", f"""wmihost get {job}: failed
+  WBEM_E_NOT_FOUND (0x80041002): there is no such object
+  Try: list the class to see the paths and names that exist
+""")
+
+    def test_only_jobs_are_deleted(self):
+        self.expect(["delete", SETTING], 1, "", f"""wmihost delete {SETTING}: failed
+  WBEM_E_NOT_SUPPORTED (0x8004100C): the operation is not supported for this object
+  Try: only jobs (Zerix_ConcreteJob) can be deleted; instances cannot be created
+""")
+
+    def test_counters_are_watched(self):
+        code, out, error = wmihost("watch", "Zerix_EthernetPortStatistics", "--count", "2", "--interval", "50",
+                                   "--property", "BytesReceived,PacketsReceived")
+        self.assertEqual((code, error), (0, ""))
+        lines = out.split("\n")[:-1]
+        half = len(lines) // 2
+        for table in (lines[:half], lines[half:]):
+            self.assertEqual(table[0].split(), ["Instance", "Activity", "BytesReceived", "PacketsReceived"])
+            for row in table[2:]:
+                self.assertRegex(row, r"^Vexal:PortStatistics:\{[0-9A-F-]{36}\} +#* +[0-9.e+]+ [kMG]?B/s +"
+                                      r"[0-9.e+]+ [kMG]?/s$")
+        self.assertEqual(half - 2, len(wmihost("list", "Zerix_EthernetPort")[1].split("\n")) - 3)
+
+    def test_the_self_test_passes_every_kind_of_request(self):
+        _, out, _ = wmihost("list", "Zerix_EthernetPort", "--format", "json")
+        ports = json.loads(out)
+        self.expect(["self-test"], 0, f"""\
+Request    Verdict  Detail
+---------  -------  ---------------------------------
+enumerate  passed   {len(ports)} adapters
+get        passed   the first adapter, {ports[0]["Name"]}
+put        passed   the diagnostic setting, unchanged
+invoke     passed   RunLinkDiagnostic started a job
+delete     passed   the job is gone
+""")
+
+    def test_the_self_test_of_a_client_without_rights_fails(self):
+        self.expect(["self-test", "--impersonation", "identify"], 1, """\
+Request    Verdict  Detail
+---------  -------  ---------------------------------------------------
+enumerate  FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied
+get        FAILED   an earlier step delivered no path
+put        FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied
+invoke     FAILED   an earlier step delivered no path
+delete     FAILED   there is no job to delete
+""")
+
+    def test_each_level_of_impersonation_has_its_answer(self):
+        for level in ("none", "impersonate", "delegate"):
+            with self.subTest(level):
+                self.expect(["list", "Zerix_RegisteredProfile", "--impersonation", level], 0, PROFILE_TABLE)
+        for level in ("anonymous", "identify"):
+            with self.subTest(level):
+                self.expect(["list", "Zerix_RegisteredProfile", "--impersonation", level], 1, "",
+                            f"wmihost list Zerix_RegisteredProfile --impersonation {level}" + DENIED)
+
+    def test_many_requests_at_once_are_counted(self):
+        summary = r"^12 requests, 0 failures, slowest [0-9]+\.[0-9] ms, mean [0-9]+\.[0-9] ms\n$"
+        for command in (["list", "Zerix_EthernetPort"], ["get", PROFILE]):
+            with self.subTest(command[0]):
+                code, out, error = wmihost(*command, "--threads", "4", "--repeat", "3")
+                self.assertEqual((code, error), (0, ""))
+                self.assertRegex(out, summary)
+        code, out, error = wmihost("get", PROFILE, "--repeat", "5", "--impersonation", "identify")
+        self.assertEqual((code, error), (1, "first failure: WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"))
+        self.assertRegex(out, r"^5 requests, 5 failures, ")
+
+    def test_wrong_usage_has_exit_code_2(self):
+        self.expect(["lst"], 2, "", """\
+wmihost: there is no command 'lst'
+  Commands: classes, describe, list, get, set, delete, invoke, watch, self-test
+  wmihost --help explains them
+""")
+        self.expect(["delete"], 2, "", """\
+wmihost delete: path is required
+  Example: wmihost delete 'Zerix_ConcreteJob.InstanceID="..."'
+  wmihost delete --help shows all that it takes
+""")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)
