@@ -49,7 +49,8 @@ void buildInstance(benchmark::State& state)
     for (auto _ : state) {
         core::CimInstance instance("Zerix_EthernetPort");
         addProperties(instance);
-        benchmark::DoNotOptimize(instance);
+        const core::CimInstance* const made = &instance;
+        benchmark::DoNotOptimize(made);
     }
     state.SetItemsProcessed(state.iterations() * PROPERTIES);
 }

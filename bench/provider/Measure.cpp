@@ -9,13 +9,16 @@ namespace bench {
 
 namespace {
 
-// Long beside the clock's step and a time slice's end, short beside anyone's patience.
-constexpr double RUN_NANOSECONDS = 30e6;
+// Long beside the clock's step of a hundred nanoseconds.
+constexpr double RUN_NANOSECONDS = 0.1e6;
+// For all runs of one comparison together.
+constexpr double BUDGET_NANOSECONDS = 3e9;
+constexpr double LEAST_RUNS = 9;
+constexpr double MOST_RUNS = 301;
 
-std::size_t callsPerRun(const std::function<void()>& call)
+std::size_t toCount(double number)
 {
-    const double once = timeOf(3, call);
-    return std::max<std::size_t>(1, static_cast<std::size_t>(std::ceil(RUN_NANOSECONDS / once)));
+    return static_cast<std::size_t>(std::ceil(number));
 }
 
 }  // namespace
@@ -23,9 +26,9 @@ std::size_t callsPerRun(const std::function<void()>& call)
 Sample summarise(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
-    const std::size_t middle = values.size() / 2;
-    const double median = values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-    return {median, values.front(), values.back()};
+    const std::size_t last = values.size() - 1;
+    // The nearest that was really measured.
+    return {values[last / 2], values[last / 4], values[last - last / 4], values.front()};
 }
 
 double timeOf(std::size_t calls, const std::function<void()>& call)
@@ -39,29 +42,34 @@ double timeOf(std::size_t calls, const std::function<void()>& call)
 }
 
 Comparison compare(const std::function<void()>& subject, const std::function<void()>& floor,
-                   const std::function<void()>& textFloor)
+                   const std::function<void()>& allowedFloor)
 {
+    const double once = std::min({timeOf(3, subject), timeOf(3, subject), timeOf(3, subject)});
     Comparison result;
-    result.callsPerRun = callsPerRun(subject);
-    const std::array<const std::function<void()>*, 3> sides{&subject, &floor, &textFloor};
+    result.callsPerRun = std::max<std::size_t>(1, toCount(RUN_NANOSECONDS / once));
+    const double run = once * static_cast<double>(result.callsPerRun);
+    const std::array<const std::function<void()>*, 3> sides{&subject, &floor, &allowedFloor};
+    result.runs =
+        toCount(std::clamp(BUDGET_NANOSECONDS / (run * static_cast<double>(sides.size())), LEAST_RUNS, MOST_RUNS));
     std::array<std::vector<double>, 3> times;
-    for (std::size_t run = 0; run < RUNS; ++run) {
+    for (std::size_t number = 0; number < result.runs; ++number) {
         // Another one begins each time: none always runs on what the same neighbour left in the caches.
         for (std::size_t turn = 0; turn < sides.size(); ++turn) {
-            const std::size_t side = (run + turn) % sides.size();
+            const std::size_t side = (number + turn) % sides.size();
             times[side].push_back(timeOf(result.callsPerRun, *sides[side]));
         }
     }
     std::vector<double> ratios;
-    std::vector<double> textRatios;
-    for (std::size_t run = 0; run < RUNS; ++run) {
-        ratios.push_back(times[0][run] / times[1][run]);
-        textRatios.push_back(times[0][run] / times[2][run]);
+    std::vector<double> allowedRatios;
+    for (std::size_t number = 0; number < result.runs; ++number) {
+        ratios.push_back(times[0][number] / times[1][number]);
+        allowedRatios.push_back(times[0][number] / times[2][number]);
     }
     result.subject = summarise(times[0]);
     result.floor = summarise(times[1]);
     result.ratio = summarise(ratios);
-    result.textRatio = summarise(textRatios);
+    result.allowedRatio = summarise(allowedRatios);
+    result.leastRatio = result.subject.least / result.floor.least;
     return result;
 }
 

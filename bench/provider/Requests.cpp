@@ -4,6 +4,7 @@
 #include <string>
 
 #include "adapters/wmi/ProviderIdentity.h"
+#include "core/CimPropertyTypes.h"
 
 namespace bench {
 
@@ -51,7 +52,23 @@ constexpr std::size_t PROPERTY_LIST_ADD = 3;
 constexpr std::size_t PROPERTY_LIST_END = 2;
 constexpr std::size_t PROPERTY_LIST_MUTEXES = 2;
 
+// A pointer and its two neighbours.
+constexpr std::size_t LIST_NODE = 3 * sizeof(void*);
+
 }  // namespace
+
+PropertyBlocks::~PropertyBlocks()
+{
+    for (std::size_t i = 0; i < m_count; ++i) {
+        ::operator delete(m_blocks[i]);
+    }
+}
+
+void PropertyBlocks::add()
+{
+    m_blocks[m_count++] = ::operator new(sizeof(core::CimPropertyString));
+    m_blocks[m_count++] = ::operator new(LIST_NODE);
+}
 
 ProviderModule::ProviderModule()
     : m_module(load()),
@@ -166,7 +183,7 @@ void Client::fillInstance(const KernelCalls& kernel, IWbemClassObject* object)
 
 void Client::putReady(IWbemClassObject* object, std::size_t property, utils::ScopedVariant& value) const
 {
-    if (!m_makesTexts || value.get().vt != VT_BSTR) {
+    if (!m_allowed || value.get().vt != VT_BSTR) {
         object->Put(PROPERTIES[property].wideName, 0, value.address(), 0);
         return;
     }
@@ -176,9 +193,9 @@ void Client::putReady(IWbemClassObject* object, std::size_t property, utils::Sco
     object->Put(PROPERTIES[property].wideName, 0, made.address(), 0);
 }
 
-void Client::walk(IWbemClassObject* object, long flags)
+void Client::walk(IWbemClassObject* object, PropertyBlocks& blocks) const
 {
-    object->BeginEnumeration(flags);
+    object->BeginEnumeration(WBEM_FLAG_NONSYSTEM_ONLY);
     for (;;) {
         utils::ScopedBstr name;
         utils::ScopedVariant value;
@@ -186,6 +203,9 @@ void Client::walk(IWbemClassObject* object, long flags)
         long flavor = 0;
         if (object->Next(0, name.out(), value.address(), &type, &flavor) != WBEM_S_NO_ERROR) {
             break;
+        }
+        if (m_allowed) {
+            blocks.add();
         }
     }
     object->EndEnumeration();
@@ -248,7 +268,8 @@ void Client::putFloor(const KernelCalls& kernel)
     }
     kernel.mutexes(PROPERTY_LIST_MUTEXES + 1);
     walkNames(m_changed, WBEM_FLAG_KEYS_ONLY);
-    walk(m_changed, WBEM_FLAG_NONSYSTEM_ONLY);
+    PropertyBlocks properties;
+    walk(m_changed, properties);
     kernel.lockPairs(MAP_SET + PROPERTY_COUNT * MAP_CONTAINS + MAP_END + EXTRACTED * PROPERTY_LIST_ADD +
                      PROPERTY_LIST_END);
     m_broker.modifyInstance(m_parsedPath, m_properties);
@@ -260,9 +281,11 @@ void Client::methodFloor(const KernelCalls& kernel)
     const FloorImpersonation impersonation(kernel);
     kernel.mutexes(2 * PROPERTY_LIST_MUTEXES + 1);
     walkNames(m_inputs, WBEM_FLAG_KEYS_ONLY);
-    walk(m_inputs, WBEM_FLAG_NONSYSTEM_ONLY);
+    PropertyBlocks inputs;
+    walk(m_inputs, inputs);
     kernel.lockPairs(PROPERTY_COUNT * (MAP_CONTAINS + PROPERTY_LIST_ADD) + MAP_END);
-    walk(spawnOutput().get(), WBEM_FLAG_NONSYSTEM_ONLY);
+    PropertyBlocks outputs;
+    walk(spawnOutput().get(), outputs);
     kernel.lockPairs(PROPERTY_COUNT * PROPERTY_LIST_ADD);
     core::CimInstance* job = nullptr;
     m_broker.invokeMethod(m_parsedPath, m_methodName, m_properties, m_results, job);

@@ -30,6 +30,22 @@ private:
     support::ImportHook m_find;
 };
 
+// Two heap blocks for each property of a list, freed with it: the property, and its place in the list.
+class PropertyBlocks
+{
+public:
+    PropertyBlocks() = default;
+    PropertyBlocks(const PropertyBlocks&) = delete;
+    PropertyBlocks& operator=(const PropertyBlocks&) = delete;
+    ~PropertyBlocks();
+
+    void add();
+
+private:
+    std::size_t m_count = 0;
+    std::array<void*, 2 * PROPERTY_COUNT> m_blocks;
+};
+
 // One thread's client: a provider with everything that its requests need, made beforehand.
 class Client
 {
@@ -44,9 +60,9 @@ public:
 
     // The four requests, each as a client makes it through the provider and as a floor: the calls that the answer
     // cannot do without, with every value ready, and the lock pairs that the lists' contracts ask for.
-    // With setMakesTexts a floor also makes and frees the BSTR of each text that it puts, which no provider can have
-    // ready.
-    void setMakesTexts(bool makes) noexcept { m_makesTexts = makes; }
+    // With setAllowed a floor also makes and frees what no provider can have ready: the BSTR of each text that it puts,
+    // and two heap blocks for each property that it hands to the broker.
+    void setAllowed(bool allowed) noexcept { m_allowed = allowed; }
     void enumerate();
     void enumerateFloor(const KernelCalls& kernel);
     void get();
@@ -61,11 +77,11 @@ private:
     utils::ComReference<IWbemClassObject> spawnOutput();
     void fillInstance(const KernelCalls& kernel, IWbemClassObject* object);
     void putReady(IWbemClassObject* object, std::size_t property, utils::ScopedVariant& value) const;
-    static void walk(IWbemClassObject* object, long flags);
+    void walk(IWbemClassObject* object, PropertyBlocks& blocks) const;
     static void walkNames(IWbemClassObject* object, long flags);
 
     Broker& m_broker;
-    bool m_makesTexts = false;
+    bool m_allowed = false;
     Namespace m_namespace;
     Sink m_sink;
     Context m_context;

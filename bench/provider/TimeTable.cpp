@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "bench/provider/Counters.h"
@@ -20,7 +22,10 @@ using Json = nlohmann::json;
 
 Json toJson(const Sample& sample)
 {
-    return {{"median", sample.median}, {"least", sample.least}, {"most", sample.most}};
+    return {{"median", sample.median},
+            {"lowerQuartile", sample.lowerQuartile},
+            {"upperQuartile", sample.upperQuartile},
+            {"least", sample.least}};
 }
 
 Json row(const char* request, std::size_t instances, Kernel kernel, const Comparison& comparison)
@@ -29,10 +34,12 @@ Json row(const char* request, std::size_t instances, Kernel kernel, const Compar
             {"instances", instances},
             {"kernel", kernel == Kernel::real ? "real" : "none"},
             {"callsPerRun", comparison.callsPerRun},
+            {"runs", comparison.runs},
             {"nanoseconds", toJson(comparison.subject)},
             {"floorNanoseconds", toJson(comparison.floor)},
             {"ratio", toJson(comparison.ratio)},
-            {"textRatio", toJson(comparison.textRatio)}};
+            {"leastRatio", comparison.leastRatio},
+            {"allowedRatio", toJson(comparison.allowedRatio)}};
 }
 
 struct RequestKind
@@ -54,8 +61,8 @@ Comparison compareKind(const RequestKind& kind, Client& client, const KernelCall
     const Sink::Told told = client.take();
     (client.*kind.floor)(kernel);
     client.check(kind.name, told);
-    const auto floor = [&](bool makesTexts) {
-        client.setMakesTexts(makesTexts);
+    const auto floor = [&](bool allowed) {
+        client.setAllowed(allowed);
         (client.*kind.floor)(kernel);
     };
     const Comparison result = compare([&] { (client.*kind.request)(); }, [&] { floor(false); }, [&] { floor(true); });
@@ -121,7 +128,9 @@ Json timeGrowth()
     std::vector<double> floorRatios;
     std::vector<double> fewTimes;
     std::vector<double> manyTimes;
-    for (std::size_t run = 0; run < RUNS; ++run) {
+    std::vector<double> fewFloorTimes;
+    std::vector<double> manyFloorTimes;
+    for (std::size_t run = 0; run < LONG_RUNS; ++run) {
         double few = 0;
         double fewFloor = 0;
         {
@@ -136,47 +145,100 @@ Json timeGrowth()
         const double largeFloor = timeOf(1, [&] { many.enumerateFloor(kernel); }) / MANY;
         fewTimes.push_back(few);
         manyTimes.push_back(large);
+        fewFloorTimes.push_back(fewFloor);
+        manyFloorTimes.push_back(largeFloor);
         ratios.push_back(large / few);
         floorRatios.push_back(largeFloor / fewFloor);
     }
     return {{"nanosecondsPerInstanceAt100", toJson(summarise(fewTimes))},
             {"nanosecondsPerInstanceAt10000", toJson(summarise(manyTimes))},
             {"ratio", toJson(summarise(ratios))},
+            {"leastRatio", summarise(manyTimes).least / summarise(fewTimes).least},
             {"floorRatio", toJson(summarise(floorRatios))},
+            {"leastFloorRatio", summarise(manyFloorTimes).least / summarise(fewFloorTimes).least},
             {"curve", timeCurve(module, kernel)},
             {"peakHeapBytesPerInstance", static_cast<double>(peak) / MANY}};
 }
 
+namespace {
+
+// A thread of its own with its own client, ready to begin; its requests start with begin().
+class Companion
+{
+public:
+    explicit Companion(std::function<void()> work)
+        : m_thread([this, work = std::move(work)] {
+              CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+              {
+                  const CallContext context;
+                  m_ready = true;
+                  while (!m_begun) {
+                  }
+                  work();
+              }
+              m_done = true;
+              CoUninitialize();
+          })
+    {
+        while (!m_ready) {
+            std::this_thread::yield();
+        }
+    }
+    Companion(const Companion&) = delete;
+    Companion& operator=(const Companion&) = delete;
+    ~Companion() { m_thread.join(); }
+
+    void begin() noexcept { m_begun = true; }
+    void wait() const noexcept
+    {
+        while (!m_done) {
+        }
+    }
+
+private:
+    std::atomic<bool> m_ready{false};
+    std::atomic<bool> m_begun{false};
+    std::atomic<bool> m_done{false};
+    std::thread m_thread;
+};
+
+}  // namespace
+
 Json timeThreads()
 {
     constexpr std::size_t INSTANCES = 100;
-    constexpr std::size_t REQUESTS = 100;
+    constexpr std::size_t REQUESTS = 4;
+    constexpr std::size_t SHORT_RUNS = 201;
     const ProviderModule module;
+    const CallContext context;
     const KernelCalls kernel(module.handle(), Kernel::none);
     Broker broker(INSTANCES);
     Client first(module, broker);
     Client second(module, broker);
-    const auto work = [](Client& client) {
-        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        {
-            const CallContext context;
-            for (std::size_t i = 0; i < REQUESTS; ++i) {
-                client.enumerate();
-            }
+    const auto together = [&](const std::function<void(Client&)>& work) {
+        std::vector<double> ratios;
+        std::vector<double> alone;
+        std::vector<double> shared;
+        for (std::size_t run = 0; run < SHORT_RUNS; ++run) {
+            alone.push_back(timeOf(1, [&] { work(first); }));
+            Companion companion([&] { work(second); });
+            shared.push_back(timeOf(1, [&] {
+                companion.begin();
+                work(first);
+                companion.wait();
+            }));
+            ratios.push_back(2 * alone.back() / shared.back());
         }
-        CoUninitialize();
+        return Json{{"throughputRatio", toJson(summarise(ratios))},
+                    {"leastRatio", 2 * summarise(alone).least / summarise(shared).least}};
     };
-    std::vector<double> ratios;
-    for (std::size_t run = 0; run < RUNS; ++run) {
-        const double one = timeOf(1, [&] { std::thread(work, std::ref(first)).join(); });
-        const double two = timeOf(1, [&] {
-            std::thread other(work, std::ref(second));
-            std::thread(work, std::ref(first)).join();
-            other.join();
-        });
-        ratios.push_back(2 * one / two);
-    }
-    return {{"throughputRatio", toJson(summarise(ratios))}};
+    const auto repeated = [](const std::function<void()>& request) {
+        for (std::size_t i = 0; i < REQUESTS; ++i) {
+            request();
+        }
+    };
+    return {{"provider", together([&](Client& client) { repeated([&client] { client.enumerate(); }); })},
+            {"floor", together([&](Client& client) { repeated([&] { client.enumerateFloor(kernel); }); })}};
 }
 
 void repeatRequest(const std::string& name, double seconds)

@@ -67,23 +67,28 @@ int count(const std::string& against, const std::string& accept)
 
 void printTimes(const Json& times)
 {
-    std::printf("%-10s %9s %7s %12s %12s %7s %16s %11s\n", "request", "instances", "kernel", "provider us", "floor us",
-                "ratio", "least to most", "with texts");
+    std::printf("%-10s %9s %7s %6s %12s %12s %7s %16s %7s %9s\n", "request", "instances", "kernel", "runs",
+                "provider us", "floor us", "ratio", "quartiles", "least", "allowed");
     for (const Json& row : times.at("requests")) {
-        std::printf("%-10s %9d %7s %12.2f %12.2f %7.2f %7.2f to %5.2f %11.2f\n",
+        const Json& ratio = row.at("ratio");
+        std::printf("%-10s %9d %7s %6d %12.2f %12.2f %7.2f %7.2f to %5.2f %7.2f %9.2f\n",
                     row.at("request").get<std::string>().c_str(), row.at("instances").get<int>(),
-                    row.at("kernel").get<std::string>().c_str(),
+                    row.at("kernel").get<std::string>().c_str(), row.at("runs").get<int>(),
                     row.at("nanoseconds").at("median").get<double>() / 1000,
-                    row.at("floorNanoseconds").at("median").get<double>() / 1000,
-                    row.at("ratio").at("median").get<double>(), row.at("ratio").at("least").get<double>(),
-                    row.at("ratio").at("most").get<double>(), row.at("textRatio").at("median").get<double>());
+                    row.at("floorNanoseconds").at("median").get<double>() / 1000, ratio.at("median").get<double>(),
+                    ratio.at("lowerQuartile").get<double>(), ratio.at("upperQuartile").get<double>(),
+                    row.at("leastRatio").get<double>(), row.at("allowedRatio").at("median").get<double>());
     }
     const Json& growth = times.at("growth");
-    std::printf("time per instance, 10000 against 100: %.2f (floor: %.2f); heap per instance: %.0f bytes\n",
-                growth.at("ratio").at("median").get<double>(), growth.at("floorRatio").at("median").get<double>(),
-                growth.at("peakHeapBytesPerInstance").get<double>());
-    std::printf("two threads against one: %.2f\n",
-                times.at("threads").at("throughputRatio").at("median").get<double>());
+    std::printf("time per instance, 10000 against 100: %.2f (least %.2f); the floor %.2f (least %.2f)\n",
+                growth.at("ratio").at("median").get<double>(), growth.at("leastRatio").get<double>(),
+                growth.at("floorRatio").at("median").get<double>(), growth.at("leastFloorRatio").get<double>());
+    std::printf("heap per instance: %.0f bytes\n", growth.at("peakHeapBytesPerInstance").get<double>());
+    const Json& provider = times.at("threads").at("provider");
+    const Json& floor = times.at("threads").at("floor");
+    std::printf("two threads against one: %.2f (least %.2f); the floor %.2f (least %.2f)\n",
+                provider.at("throughputRatio").at("median").get<double>(), provider.at("leastRatio").get<double>(),
+                floor.at("throughputRatio").at("median").get<double>(), floor.at("leastRatio").get<double>());
 }
 
 void time(const std::string& file)
