@@ -302,6 +302,61 @@ class InstallRepairRemove(Prefix):
         self.assert_nothing_left(*self.before)
 
 
+class Documents(Prefix):
+    """The commands that the documents tell people to type."""
+
+    # Wine has not got /fa; InstallRepairRemove repairs by the properties that /fa stands for.
+    UNKNOWN_TO_WINE = "msiexec /fa"
+
+    def commands(self, document, *programs):
+        """The indented lines that call one of the programs, without comments, in their order."""
+        for line in (TOP / document).read_text().split("\n"):
+            words = line.strip().replace("<version>", VERSION).split(" ")
+            if line.startswith("  ") and words[0] in programs and not line.strip().startswith(self.UNKNOWN_TO_WINE):
+                yield words
+
+    def run_each(self, commands):
+        """Runs each from C:\\, where the package lies; afterwards nothing of the product may be left."""
+        before = (self.files(), self.registry())
+        copy = self.c / package().name
+        shutil.copy(package(), copy)
+        for program, *arguments in commands:
+            path = FOLDER + r"\wmihost.exe" if program == "wmihost" else program
+            code, output = self.wine(path, *arguments)
+            self.assertEqual(code, 0, f"{program} {arguments}: {output}")
+            if program == "wmihost":
+                self.assertNotEqual(output, "")
+        copy.unlink()
+        (self.c / "install.log").unlink()
+        self.assert_nothing_left(*before)
+
+    def test_those_of_the_installation_guide_install_verify_and_remove(self):
+        commands = list(self.commands("docs/windows-install.md", "msiexec", "wmihost"))
+        self.assertEqual([" ".join(words[:2]) for words in commands],
+                         ["msiexec /i", "wmihost self-test", "wmihost list", "msiexec /x"])
+        self.run_each(commands)
+
+    def test_those_of_the_installed_readme_do_too(self):
+        # It tells about the installed product first, and how it came there below.
+        verify, install, remove = self.commands("install/README.txt", "msiexec", "wmihost")
+        self.assertEqual([" ".join(words[:2]) for words in (install, verify, remove)],
+                         ["msiexec /i", "wmihost list", "msiexec /x"])
+        self.run_each([install, verify, remove])
+
+    def test_classes_and_methods_in_ready_lines_exist(self):
+        mof = (TOP / "install/ZerixDRAVEv2.mof").read_text()
+        classes = set(re.findall(r"^class (\w+)", mof, re.MULTILINE))
+        for document in ["docs/windows-install.md", "docs/operations.md", "install/README.txt", "README.md"]:
+            text = (TOP / document).read_text()
+            for name in re.findall(r"-ClassName (\w+)", text) + re.findall(r"wmihost (?:list|describe) (Zerix_\w+)", text):
+                self.assertIn(name, classes, document)
+            for name in re.findall(r"-MethodName (\w+)", text):
+                self.assertRegex(mof, rf"\b{name}\(", document)
+            for hashtable in re.findall(r"-Property @\{(.*?)\}", text):
+                for name in re.findall(r"(\w+) =", hashtable):
+                    self.assertRegex(mof, rf"\b{name}\b", document)
+
+
 class Upgrade(Prefix):
     def test_replaces_the_older_build_and_nothing_replaces_a_newer_one(self):
         before = (self.files(), self.registry())
