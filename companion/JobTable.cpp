@@ -146,17 +146,28 @@ std::optional<std::string> JobTable::startDiagnostic(const Adapter& adapter, con
     if (m_thread.start(*this)) {
         return id;
     }
-    const utils::MutexGuard guard(m_mutex);
-    m_threadRuns = false;
-    std::erase(m_jobs, job);
-    m_count = m_jobs.size();
-    // Jobs that were started meanwhile counted on the thread.
-    for (const std::shared_ptr<Job>& other : m_jobs) {
-        if (other->isRunning()) {
-            fail(*other, "There is no thread to carry on the job", now);
-        }
-    }
+    failWithoutThread(job, now);
     return std::nullopt;
+}
+
+void JobTable::failWithoutThread(const std::shared_ptr<Job>& job, std::uint64_t now)
+{
+    for (;;) {
+        std::shared_ptr<Job> other;
+        {
+            const utils::MutexGuard guard(m_mutex);
+            std::erase(m_jobs, job);
+            m_count = m_jobs.size();
+            other = nextDue();
+            if (other == nullptr) {
+                // Said under the lock, as by the thread that ends.
+                m_threadRuns = false;
+                return;
+            }
+        }
+        // Started meanwhile, and counted on the thread.
+        archiveAndFinish(*other, JobState::EXCEPTION, "There is no thread to carry on the job", now);
+    }
 }
 
 bool JobTable::end(const std::string& id, JobState state)
@@ -363,13 +374,6 @@ std::shared_ptr<JobTable::Job> JobTable::nextDue()
         }
     }
     return next;
-}
-
-void JobTable::fail(Job& job, const char* reason, std::uint64_t now)
-{
-    job.status.error = reason;
-    finish(job, JobState::EXCEPTION, now);
-    publish(resultOf(*job.diagnostic, {job.status, now}));
 }
 
 void JobTable::finish(Job& job, JobState state, std::uint64_t now)

@@ -71,10 +71,11 @@ private:
     void sample(Job& job) noexcept;
     void archiveAndFinish(Job& job, JobState state, const char* error, std::uint64_t now);
     void keep(const JobArchive::EndedJob& ended);
+    // Takes away the job for which no thread could be started, and ends those that were started meanwhile.
+    void failWithoutThread(const std::shared_ptr<Job>& job, std::uint64_t now);
     // All of these need the lock.
     Job* find(const std::string& id) const;
     std::shared_ptr<Job> nextDue();
-    void fail(Job& job, const char* reason, std::uint64_t now);
     static void finish(Job& job, JobState state, std::uint64_t now);
     // Returns the results that had to make room.
     std::vector<std::shared_ptr<const DiagnosticResult>> publish(std::shared_ptr<const DiagnosticResult> result);

@@ -38,6 +38,12 @@ bool pointToSame(const core::CimProperty& property, const core::CimProperty& val
     return target != nullptr && references.resolve(value.toString()) == target;
 }
 
+// A value that could have been read from the property, now or a moment ago.
+bool mayComeFrom(const core::CimProperty& property, const core::CimProperty& value)
+{
+    return value.isNull() || value.getType() == property.getType();
+}
+
 bool isEmptyArrayOfTexts(const core::CimProperty& property)
 {
     return property.getType() == core::CimProperty::EPT_STRING_ARR &&
@@ -85,7 +91,8 @@ std::vector<Change> changes(const InstanceStore& store, const InstanceStore::Rec
             continue;
         }
         const PutRule rule = store.putRule(static_cast<std::size_t>(found - record.properties.begin()));
-        if (rule != PutRule::VOLATILE && !holdSame(**found, *value, references)) {
+        const bool isIgnored = rule == PutRule::VOLATILE && mayComeFrom(**found, *value);
+        if (!isIgnored && !holdSame(**found, *value, references)) {
             result.push_back({*found, value});
         }
     }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <stdexcept>
 #include <thread>
 
@@ -180,6 +181,39 @@ TEST_F(JobTable, WithoutAThreadThereIsNoJob)
     m_thread.canStart = true;
     start(1);
     EXPECT_EQ(m_thread.starts, 2);
+}
+
+// A thread that cannot be started; meanwhile somebody starts another job, which counts on it.
+class BusyThread : public companion::JobThread
+{
+public:
+    bool start(companion::JobWork& /*work*/) override
+    {
+        meanwhile();
+        return false;
+    }
+    void wake() noexcept override {}
+
+    std::function<void()> meanwhile;
+};
+
+TEST_F(JobTable, JobThatCountedOnAThreadThatCannotBeStartedEndsWithAResultThatIsKept)
+{
+    BusyThread thread;
+    companion::JobTable table(m_adapters, m_machine, thread, m_storage);
+    std::string other;
+    thread.meanwhile = [&] { other = table.startDiagnostic(m_adapter, m_setting, 1).value_or("no job"); };
+    EXPECT_EQ(table.startDiagnostic(m_adapter, m_setting, 1), std::nullopt);
+    ASSERT_EQ(table.jobs().size(), 1U);
+    EXPECT_EQ(table.jobs().front().status.id, other);
+    EXPECT_EQ(table.jobs().front().status.state, JobState::EXCEPTION);
+    EXPECT_EQ(table.error(other), "There is no thread to carry on the job");
+    ASSERT_EQ(table.results().size(), 1U);
+    EXPECT_EQ(table.results().front()->jobId, other);
+    companion::JobTable later(m_adapters, m_machine, m_thread, m_storage);
+    ASSERT_EQ(later.jobs().size(), 1U);
+    EXPECT_EQ(later.jobs().front().status.state, JobState::EXCEPTION);
+    ASSERT_EQ(later.results().size(), 1U);
 }
 
 TEST_F(JobTable, EndedJobKeepsItsStateAndLeavesNoResult)

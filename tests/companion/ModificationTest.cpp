@@ -226,6 +226,13 @@ TEST_F(Modification, VolatileValuesAreIgnored)
     EXPECT_EQ(value("Counter"), "1");
 }
 
+TEST_F(Modification, VolatileValueOfAnotherTypeIsRefused)
+{
+    EXPECT_EQ(putAlone<core::CimPropertyString>("Counter", std::string("many")),
+              "DRAVEv2: EForbidden:Modyfying of Counter property is not allowed");
+    EXPECT_EQ(value("Counter"), "1");
+}
+
 TEST_F(Modification, FailedStoreKeepsAllAsTheyWere)
 {
     m_storage.failingName = "WritableText";

@@ -83,6 +83,13 @@ TEST(ModuleFileTest, TheCompanionLibraryIsNeededForExactlyItsTwoNames)
               (Names{"_ZN4core12GetCimBrokerEv", "_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE"}));
 }
 
+TEST(ModuleFileTest, TheModuleIsToldOfEveryThread)
+{
+    const ProviderModule module;
+    // Its entry point writes a line for each thread that comes and goes, which this call would end.
+    EXPECT_EQ(ModuleFile(module.handle()).imports()["kernel32.dll"].count("DisableThreadLibraryCalls"), 0U);
+}
+
 TEST(ModuleFileTest, TheCppRunTimeIsTheSharedOne)
 {
     const ProviderModule module;

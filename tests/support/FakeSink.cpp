@@ -25,6 +25,9 @@ HRESULT FakeSink::Indicate(LONG count, IWbemClassObject** objects)
         call += ", " + dynamic_cast<FakeClassObject&>(*objects[i]).name();
     }
     record(call + ")");
+    for (LONG i = 0; onIndicate && i < count; ++i) {
+        onIndicate(objects[i]);
+    }
     return nextOf(indicateAnswers);
 }
 

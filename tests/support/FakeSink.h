@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 
 #include "support/FakeUnknown.h"
 
@@ -15,6 +16,8 @@ public:
     // The answers of the next calls, in order; 0 once they are used up.
     std::deque<HRESULT> indicateAnswers;
     std::deque<HRESULT> statusAnswers;
+    // Runs for each object that is indicated.
+    std::function<void(IWbemClassObject*)> onIndicate;
 
     HRESULT STDMETHODCALLTYPE Indicate(LONG count, IWbemClassObject** objects) override;
     HRESULT STDMETHODCALLTYPE SetStatus(LONG flags, HRESULT result, BSTR text, IWbemClassObject* object) override;

@@ -27,15 +27,6 @@ VARIANT elementValue(const VARIANT& element, VARTYPE type)
     return value;
 }
 
-// Null where there is none: a VARIANT by reference may point to nothing.
-SAFEARRAY* arrayOf(const VARIANT& value)
-{
-    if ((value.vt & VT_BYREF) == 0) {
-        return value.parray;
-    }
-    return value.pparray == nullptr ? nullptr : *value.pparray;
-}
-
 // What the VARIANT says, unless the array knows better: its own type decides what an element owns.
 VARTYPE elementType(const VARIANT& value, SAFEARRAY* array)
 {
@@ -78,6 +69,14 @@ std::string arrayToString(const VARIANT& value)
 }
 
 }  // namespace
+
+SAFEARRAY* arrayOf(const VARIANT& value) noexcept
+{
+    if ((value.vt & VT_BYREF) == 0) {
+        return value.parray;
+    }
+    return value.pparray == nullptr ? nullptr : *value.pparray;
+}
 
 std::vector<VARIANT> expandVariantArray(const VARIANT& value)
 {

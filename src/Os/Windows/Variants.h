@@ -7,6 +7,10 @@
 
 namespace utils {
 
+// The array of a VARIANT of an array type, which stays its owner; null where there is none: a VARIANT by reference may
+// point to nothing.
+SAFEARRAY* arrayOf(const VARIANT& value) noexcept;
+
 // The elements of the one-dimensional array in `value`, in order; none when it is no array. An element that cannot be
 // read is logged and left out. The caller owns what the elements own and clears each.
 std::vector<VARIANT> expandVariantArray(const VARIANT& value);

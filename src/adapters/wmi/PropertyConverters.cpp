@@ -10,6 +10,7 @@
 
 #include "Os/Windows/ComScope.h"
 #include "Os/Windows/ComputerName.h"
+#include "Os/Windows/Variants.h"
 #include "Utils/Assert.h"
 #include "Utils/Utils.h"
 #include "adapters/wmi/Names.h"
@@ -63,14 +64,6 @@ VARIANT numberArrayVariant(const utils::LogSite& here, const std::vector<Number>
         putElement(here, variant.get().parray, i, &number);
     }
     return variant.detach();
-}
-
-SAFEARRAY* arrayOf(const VARIANT& variant)
-{
-    if ((variant.vt & VT_BYREF) == 0) {
-        return variant.parray;
-    }
-    return variant.pparray == nullptr ? nullptr : *variant.pparray;
 }
 
 // The type tests of arrays look at single bits of the VARIANT's type, and clients may declare what they like: what the
@@ -221,7 +214,7 @@ core::CimProperty* StringArrayPropertyConverter::variantToProperty(std::string n
     here.debug("Converting %s", name.c_str());
     property->clear();
     std::vector<std::string> texts;
-    const ScopedTextArray array(arrayOf(*variant));
+    const ScopedTextArray array(utils::arrayOf(*variant));
     if (array.exists()) {
         // The bound is the largest index there is at most, hence the wider counter.
         for (LONGLONG index = array.lowerBound(); index <= array.upperBound(); ++index) {
@@ -308,7 +301,7 @@ core::CimProperty* Uint16ArrayPropertyConverter::variantToProperty(std::string n
     }
     here.debug("Converting %s", name.c_str());
     property->clear();
-    SAFEARRAY* const array = arrayOf(*variant);
+    SAFEARRAY* const array = utils::arrayOf(*variant);
     LONG upper = -1;
     if (array != nullptr) {
         static constexpr USHORT OWNING = FADF_BSTR | FADF_UNKNOWN | FADF_DISPATCH | FADF_VARIANT | FADF_RECORD;

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Os/Windows/AnsiText.h"
@@ -266,10 +267,12 @@ HRESULT WmiInstanceProvider::ExecMethodAsync(BSTR strObjectPath, BSTR strMethodN
         return wa::hresult(WBEM_E_ACCESS_DENIED);
     }
     // Arguments are not checked here: the conversion's own preconditions refuse what is missing.
+    const std::string path = utils::narrowBstr(strObjectPath);
+    const std::string method = utils::narrowBstr(strMethodName);
+    wa::WmiConverter* const converter = wa::WmiConverter::getInstance();
+    // The invocation alone is answered for; without the memory to begin it the exception passes to the caller.
     try {
-        const std::string path = utils::narrowBstr(strObjectPath);
-        const std::string method = utils::narrowBstr(strMethodName);
-        wa::WmiConverter::getInstance()->InvokeMethod(path, method, m_namespace, pCtx, pInParams, pResponseHandler);
+        converter->InvokeMethod(path, method, m_namespace, pCtx, pInParams, pResponseHandler);
     } catch (const wa::EInvalidParameter& exception) {
         here.error("Exception: '%s'", exception.what());
         hr = wa::hresult(WBEM_E_INVALID_PARAMETER);

@@ -1,6 +1,7 @@
 #include "adapters/wmi/WmiConverter.h"
 
 #include <memory>
+#include <utility>
 
 #include "Os/Windows/ComScope.h"
 #include "Os/Windows/Variants.h"

@@ -377,6 +377,26 @@ TEST_F(WmiAdapterTest, AnEnumerationDeliversEachObjectReleasesItAndReportsProgre
                   (Lines{said(function, "3 instances delivered "), said(function, "SetStatus .. OK")}) + REVERTED);
 }
 
+TEST_F(WmiAdapterTest, AnEnumerationReleasesAnObjectAfterTheLineOfItsDelivery)
+{
+    broker.onGetInstances = [&] {
+        utils::SafeList<core::CimInstance*> list;
+        list.append(&instance);
+        return list;
+    };
+    Lines before;
+    sink.onIndicate = [&](IWbemClassObject* delivered) {
+        log.clear();
+        static_cast<support::FakeClassObject*>(delivered)->onLastRelease = [&] { before = adapterMessages(); };
+    };
+    EXPECT_EQ(enumerate(&sink), 0);
+    const std::string function = "CreateInstanceEnumAsync";
+    EXPECT_EQ(before, Lines{said(function, "Indicate .. OK")});
+    EXPECT_EQ(adapterMessages(), (Lines{said(function, "SetStatus .. OK"), said(function, "1 instances delivered "),
+                                        said(function, "SetStatus .. OK")}) +
+                                     REVERTED);
+}
+
 TEST_F(WmiAdapterTest, AnEnumerationOfNothingSendsNoObjectAndNoProgress)
 {
     EXPECT_EQ(enumerate(&sink), 0);
@@ -780,6 +800,12 @@ TEST_F(WmiAdapterTest, AMethodWithoutAnyArgumentFailsByTheFirstAssertion)
 {
     EXPECT_EQ(hex(provider->ExecMethodAsync(nullptr, nullptr, 0, nullptr, nullptr, &sink)), "0x80041001");
     EXPECT_EQ(calls.take(), ACTED + Lines{"sink.SetStatus(0, 0x80041001, null, null)"} + ENDED);
+    const std::string condition = "(int)objectPath.size() != 0";
+    EXPECT_EQ(adapterMessages(),
+              Lines{said("ExecMethodAsync", "Here")} + IMPERSONATED +
+                  (Lines{complained("ExecMethodAsync", "Exception: '" + assertionText(condition) + "'"),
+                         said("ExecMethodAsync", "Set status: #80041001")}) +
+                  REVERTED);
 }
 
 TEST_F(WmiAdapterTest, AMethodBeforeInitialisationFailsByItsAssertionAndNotAsAnInvalidParameter)
