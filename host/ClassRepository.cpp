@@ -1,6 +1,8 @@
 #include "host/ClassRepository.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 #include "host/SystemClasses.h"
 #include "host/Text.h"

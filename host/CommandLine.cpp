@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 
 #include "host/Console.h"
 #include "host/MofCompiler.h"
 #include "host/StatusText.h"
+#include "host/Suggestion.h"
 #include "host/Text.h"
 #include "host/commands/Commands.h"
 
@@ -43,6 +45,14 @@ std::vector<Assignment> assignmentsOf(const std::vector<std::string>& texts)
         result.push_back(assignmentOf(text));
     }
     return result;
+}
+
+// Accepts a whole number of that range, and says so in the help.
+CLI::Validator between(int least, int most)
+{
+    CLI::Validator range = CLI::Range(least, most);
+    range.description(std::to_string(least) + " to " + std::to_string(most));
+    return range;
 }
 
 // The command line as CLI11 fills it, and the command that it chose.
@@ -123,10 +133,34 @@ private:
         const auto option =
             std::find_if(left.begin(), left.end(), [](const std::string& text) { return text.starts_with("-"); });
         if (option != left.end()) {
-            return "there is no option " + *option + " here";
+            return "there is no option " + *option + " here" + suggestion(toWide(*option), knownOptions());
         }
-        const bool noCommand = m_app.get_subcommands().empty();
-        return (noCommand ? "there is no command '" : "one argument too many: '") + left.front() + "'";
+        if (m_app.get_subcommands().empty()) {
+            std::vector<std::wstring> commands;
+            for (const auto& [name, example] : m_examples) {
+                commands.push_back(toWide(name));
+            }
+            return "there is no command '" + left.front() + "'" + suggestion(toWide(left.front()), commands);
+        }
+        return "one argument too many: '" + left.front() + "'";
+    }
+
+    // The options of the program and of the command that was chosen.
+    std::vector<std::wstring> knownOptions() const
+    {
+        std::vector<std::wstring> names;
+        const auto add = [&names](const CLI::App& app) {
+            for (const CLI::Option* option : app.get_options()) {
+                for (const std::string& name : option->get_lnames()) {
+                    names.push_back(L"--" + toWide(name));
+                }
+            }
+        };
+        for (const CLI::App* chosen : m_app.get_subcommands()) {
+            add(*chosen);
+        }
+        add(m_app);
+        return names;
     }
 
     static int failure(const std::string& asked, const RequestError& error)
@@ -186,12 +220,14 @@ private:
         sub->add_option_function<std::string>(name, take, summary)->type_name(typeName);
     }
 
-    void addFormat(CLI::App* sub)
+    void addFormat(CLI::App* sub, bool withMarkdown = false)
     {
-        addChoice<Format>(
-            sub, "--format", m_options.format,
-            {{"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}, {"markdown", Format::markdown}},
-            "how the result is written; markdown is for describe alone");
+        std::vector<std::pair<std::string, Format>> formats{
+            {"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}};
+        if (withMarkdown) {
+            formats.emplace_back("markdown", Format::markdown);
+        }
+        addChoice(sub, "--format", m_options.format, formats, "how the result is written");
     }
 
     void addImpersonation(CLI::App* sub)
@@ -219,14 +255,16 @@ private:
     void addLoad(CLI::App* sub)
     {
         sub->add_option("--threads", m_options.threads, "ask on so many threads at once, and show a summary")
-            ->check(CLI::Range(1, 256));
+            ->type_name("N")
+            ->check(between(1, 256));
         sub->add_option("--repeat", m_options.repeat, "ask so many times on each thread")
-            ->check(CLI::Range(1, 1000000));
+            ->type_name("N")
+            ->check(between(1, 1000000));
     }
 
     void addPath(CLI::App* sub)
     {
-        sub->add_option("path", m_path, "the instance: Class.Key=\"value\",Other=7")->required();
+        sub->add_option("path", m_path, "the instance: Class.Key=\"value\",Other=7")->type_name("")->required();
     }
 
     void addCommands()
@@ -238,13 +276,13 @@ private:
         CLI::App* describe =
             command("describe", "Shows the properties and methods of a class, or of all", "describe Zerix_ConcreteJob",
                     [this](Workspace& w, const CommandOptions& o) { return runDescribe(w, toWide(m_class), o); });
-        describe->add_option("class", m_class, "the class; without it, all");
-        addFormat(describe);
+        describe->add_option("class", m_class, "the class; without it, all")->type_name("");
+        addFormat(describe, true);
 
         CLI::App* list =
             command("list", "Lists the instances of a class", "list Zerix_EthernetPort --where EnabledState=Enabled",
                     [this](Workspace& w, const CommandOptions& o) { return runList(w, toWide(m_class), o); });
-        list->add_option("class", m_class, "the class")->required();
+        list->add_option("class", m_class, "the class; without it, the network adapters")->type_name("");
         addFormat(list);
         addProperties(list);
         addConditions(list);
@@ -266,7 +304,9 @@ private:
                                     return runSet(w, toWide(m_path), assignmentsOf(m_assignments), o);
                                 });
         addPath(set);
-        set->add_option("values", m_assignments, "NAME=VALUE; null is no value; elements of an array: a,b")->required();
+        set->add_option("value", m_assignments, "NAME=VALUE; null is no value; elements of an array: a,b")
+            ->type_name("")
+            ->required();
         addFormat(set);
         addImpersonation(set);
 
@@ -283,8 +323,9 @@ private:
                         return runInvoke(w, toWide(m_path), toWide(m_method), assignmentsOf(m_assignments), o);
                     });
         addPath(invoke);
-        invoke->add_option("method", m_method, "the method")->required();
-        invoke->add_option("arguments", m_assignments, "NAME=VALUE; an argument that is not named is null");
+        invoke->add_option("method", m_method, "the method")->type_name("")->required();
+        invoke->add_option("argument", m_assignments, "NAME=VALUE; an argument that is not named is null")
+            ->type_name("");
         invoke->add_flag("--wait", m_options.wait, "follow the job that the method starts until it ends");
         addFormat(invoke);
         addImpersonation(invoke);
@@ -292,10 +333,13 @@ private:
         CLI::App* watch =
             command("watch", "Shows the rates of a class's counters", "watch Zerix_EthernetPortStatistics --count 10",
                     [this](Workspace& w, const CommandOptions& o) { return runWatch(w, toWide(m_class), o); });
-        watch->add_option("class", m_class, "the class")->required();
-        watch->add_option("--count", m_options.count, "show so many tables, then end")->check(CLI::Range(1, 1000000));
+        watch->add_option("class", m_class, "the class")->type_name("")->required();
+        watch->add_option("--count", m_options.count, "show so many tables, then end")
+            ->type_name("N")
+            ->check(between(1, 1000000));
         watch->add_option("--interval", m_options.intervalMilliseconds, "milliseconds from one table to the next")
-            ->check(CLI::Range(10, 3600000));
+            ->type_name("N")
+            ->check(between(10, 3600000));
         addProperties(watch);
         addConditions(watch);
         addImpersonation(watch);
@@ -304,10 +348,12 @@ private:
                                      [](Workspace& w, const CommandOptions& o) { return runSelfTest(w, o); });
         addImpersonation(selfTest);
 
-        m_app.footer(
-            "Without a command, the network adapters are listed.\n\nExample:\n  wmihost list "
-            "Zerix_EthernetPort\n");
-        m_command = [](Workspace& w, const CommandOptions& o) { return runList(w, L"Zerix_EthernetPort", o); };
+        std::string footer = "Without a command, the network adapters are listed.\n\nExamples:\n";
+        for (const auto& [name, example] : m_examples) {
+            footer += "  wmihost " + example + "\n";
+        }
+        m_app.footer(footer);
+        m_command = [](Workspace& w, const CommandOptions& o) { return runList(w, L"", o); };
     }
 
     CLI::App m_app{"Plays WMI's provider host for one provider, and asks it like a client.", "wmihost"};

@@ -1,5 +1,7 @@
 #include "host/Console.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <string>
 
@@ -59,21 +61,27 @@ std::optional<std::size_t> lineWidth()
         }
     }
     CONSOLE_SCREEN_BUFFER_INFO info{};
-    if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0 && info.dwSize.X > 1) {
-        // A character in the last column would make some terminals begin a new line.
-        return static_cast<std::size_t>(info.dwSize.X - 1);
+    if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0 &&
+        info.srWindow.Right > info.srWindow.Left) {
+        // One less than the window has: a character in the last column would make some terminals begin a new line.
+        return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left);
     }
     return std::nullopt;
 }
 
-std::string_view clearBelow()
+void eraseLines(std::size_t count)
 {
-    return "\x1b[J";
-}
-
-std::string cursorUp(std::size_t lines)
-{
-    return lines == 0 ? "\r" : "\x1b[" + std::to_string(lines) + "A\r";
+    const HANDLE handle = GetStdHandle(STD_OUTPUT_HANDLE);
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (GetConsoleScreenBufferInfo(handle, &info) == 0) {
+        return;
+    }
+    const auto lines = static_cast<SHORT>(std::min(count, static_cast<std::size_t>(info.dwCursorPosition.Y)));
+    const COORD begin{0, static_cast<SHORT>(info.dwCursorPosition.Y - lines)};
+    DWORD written = 0;
+    FillConsoleOutputCharacterW(handle, L' ', static_cast<DWORD>(info.dwSize.X) * (static_cast<DWORD>(lines) + 1),
+                                begin, &written);
+    SetConsoleCursorPosition(handle, begin);
 }
 
 }  // namespace host

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace host {
@@ -17,8 +17,9 @@ bool errorIsTerminal();
 // may be of any length.
 std::optional<std::size_t> lineWidth();
 
-// The command that moves a terminal's cursor up that many lines to the first column, and clears what follows.
-std::string_view clearBelow();
-std::string cursorUp(std::size_t lines);
+// Clears the last lines of the terminal behind standard output, down to the line of its cursor, and moves the cursor to
+// the beginning of the first of them: what is written next takes their place. Nothing happens where standard output is
+// no terminal. By the platform's calls: its terminals take escape sequences only where they are told to.
+void eraseLines(std::size_t count);
 
 }  // namespace host

@@ -1,8 +1,8 @@
 #include "host/Display.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdio>
-#include <utility>
 
 #include "host/Text.h"
 

@@ -1,8 +1,11 @@
 #include "host/MofCompiler.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cwctype>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -135,9 +138,14 @@ std::wstring decimalText(const Node& node)
     const unsigned base = node.is_type<mof::binary>() ? 2 : 8;
     unsigned long long number = 0;
     for (const wchar_t digit : digits) {
-        if (digit != L'b' && digit != L'B') {
-            number = number * base + static_cast<unsigned>(digit - L'0');
+        if (digit == L'b' || digit == L'B') {
+            continue;
         }
+        if (number > std::numeric_limits<unsigned long long>::max() / base) {
+            // No type holds it; the digits as they stand are no number for any.
+            return toWide(node.string_view());
+        }
+        number = number * base + static_cast<unsigned>(digit - L'0');
     }
     return sign + std::to_wstring(number);
 }
@@ -192,6 +200,7 @@ public:
         if (!stream) {
             throw MofError(asText(file) + ": the file cannot be opened");
         }
+        m_open.insert(identityOf(file));
         std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
         constexpr std::string_view utf16Mark = "\xFF\xFE";
         constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
@@ -206,6 +215,7 @@ public:
             text.erase(0, utf8Mark.size());
         }
         compileText(text, file);
+        m_open.erase(identityOf(file));
     }
 
     void compileText(std::string_view text, const std::filesystem::path& name)
@@ -232,6 +242,12 @@ private:
         const Node* alias;  // the one it waits for
         Namespace* nameSpace;
     };
+
+    // One file has many names: "a.mof", "sub/../A.mof".
+    static std::wstring identityOf(const std::filesystem::path& file)
+    {
+        return foldName(file.lexically_normal().wstring());
+    }
 
     void statement(const Node& node, const std::filesystem::path& file)
     {
@@ -312,11 +328,10 @@ private:
         if (!std::filesystem::exists(path)) {
             fail(name, "the included file '" + asText(path) + "' does not exist");
         }
-        if (!m_open.insert(path).second) {
+        if (m_open.count(identityOf(path)) != 0) {
             fail(name, "the file '" + asText(path) + "' includes itself");
         }
         compileFile(path);
-        m_open.erase(path);
     }
 
     // ----- values
@@ -779,7 +794,7 @@ private:
     std::map<std::wstring, QualifierDeclaration> m_declarations;  // by folded name
     std::map<std::wstring, std::wstring> m_aliases;               // folded, with the $ -> path
     std::vector<PostponedInstance> m_postponed;                   // of the file that is being read
-    std::set<std::filesystem::path> m_open;                       // included files that are being read
+    std::set<std::wstring> m_open;                                // the identities of the files that are being read
 };
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <stdexcept>
-#include <string>
 #include <string_view>
 
 #include "host/ClassRepository.h"

@@ -1,6 +1,7 @@
 #include "host/MofText.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "host/Text.h"
 

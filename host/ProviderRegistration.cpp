@@ -1,5 +1,7 @@
 #include "host/ProviderRegistration.h"
 
+#include <cstddef>
+
 #include "host/Guard.h"
 #include "host/ObjectPath.h"
 #include "host/RequestError.h"

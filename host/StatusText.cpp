@@ -30,7 +30,8 @@ constexpr std::array table{
     entry(WBEM_S_ACCESS_DENIED, "WBEM_S_ACCESS_DENIED", "some objects are hidden from this user"),
     entry(WBEM_S_PARTIAL_RESULTS, "WBEM_S_PARTIAL_RESULTS", "not every object was delivered"),
     entry(WBEM_E_FAILED, "WBEM_E_FAILED", "the request failed",
-          "the provider's log at level 3 (VEXAL_DRAVEv2_LOG_LEVEL) says where"),
+          "list the class to see whether the instance exists; the provider's log at level 3 (VEXAL_DRAVEv2_LOG_LEVEL) "
+          "says where the request failed"),
     entry(WBEM_E_NOT_FOUND, "WBEM_E_NOT_FOUND", "there is no such object",
           "list the class to see the paths and names that exist"),
     entry(WBEM_E_ACCESS_DENIED, "WBEM_E_ACCESS_DENIED", "access is denied",

@@ -1,7 +1,11 @@
 #include "host/Table.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <numeric>
+#include <sstream>
+#include <string_view>
 
 namespace host {
 namespace {
@@ -9,6 +13,8 @@ namespace {
 constexpr std::size_t gapWidth = 2;
 // Narrower, a cut column says nothing any more.
 constexpr std::size_t leastWidth = 8;
+// Down to this a column that wraps gives way alone; below, it would become a thread of syllables.
+constexpr std::size_t leastWrappedWidth = 20;
 
 bool beginsCodePoint(char byte)
 {
@@ -31,6 +37,33 @@ std::string fitted(const std::string& text, std::size_t width, bool right)
         cut += byte;
     }
     return cut + "\xE2\x80\xA6";
+}
+
+// The text in lines of at most that many characters, broken at blanks where it has some.
+std::vector<std::string> wrapped(const std::string& text, std::size_t width)
+{
+    if (lengthOf(text) <= width) {
+        return {text};
+    }
+    std::vector<std::string> lines(1);
+    std::istringstream words(text);
+    for (std::string word; std::getline(words, word, ' ');) {
+        if (!lines.back().empty()) {
+            if (lengthOf(lines.back()) + 1 + lengthOf(word) > width) {
+                lines.emplace_back();
+            } else {
+                lines.back() += ' ';
+            }
+        }
+        // A word that is longer than a line goes on in the next one.
+        for (const char byte : word) {
+            if (beginsCodePoint(byte) && lengthOf(lines.back()) == width) {
+                lines.emplace_back();
+            }
+            lines.back() += byte;
+        }
+    }
+    return lines;
 }
 
 std::size_t lineLength(const std::vector<std::size_t>& widths)
@@ -58,6 +91,12 @@ std::vector<std::size_t> Table::widths(std::optional<std::size_t> width) const
     }
     if (!width) {
         return result;
+    }
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const std::size_t length = lineLength(result);
+        if (m_columns[i].wraps && length > *width && result[i] > leastWrappedWidth) {
+            result[i] -= std::min(length - *width, result[i] - leastWrappedWidth);
+        }
     }
     const auto least = [](std::size_t own) { return std::min(own, leastWidth); };
     const auto leastLine = [&] {
@@ -98,7 +137,15 @@ std::string Table::render(std::optional<std::size_t> width) const
     addLine([this](std::size_t i) { return m_columns[i].heading; });
     addLine([&fit](std::size_t i) { return std::string(fit[i], '-'); });
     for (const auto& row : m_rows) {
-        addLine([&row](std::size_t i) { return row[i]; });
+        std::vector<std::vector<std::string>> cells;
+        std::size_t lines = 1;
+        for (std::size_t i = 0; i < fit.size(); ++i) {
+            cells.push_back(m_columns[i].wraps ? wrapped(row[i], fit[i]) : std::vector{row[i]});
+            lines = std::max(lines, cells.back().size());
+        }
+        for (std::size_t n = 0; n < lines; ++n) {
+            addLine([&](std::size_t i) { return n < cells[i].size() ? cells[i][n] : std::string(); });
+        }
     }
     return text;
 }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -14,6 +17,7 @@ public:
     {
         std::string heading;
         bool right = false;  // numbers
+        bool wraps = false;  // goes on below rather than being cut
     };
 
     explicit Table(std::vector<Column> columns) : m_columns(std::move(columns)) {}
@@ -21,8 +25,9 @@ public:
     // As many cells as there are columns.
     void addRow(std::vector<std::string> cells) { m_rows.push_back(std::move(cells)); }
 
-    // The lines of the table, each ending in "\n". Where they are longer than `width`, the widest columns are
-    // cut, marked by an ellipsis; columns that would become unreadable are left out from the right.
+    // The lines of the table, each ending in "\n". Where they are longer than `width`, columns that wrap give way
+    // first; then the widest columns are cut, marked by an ellipsis, and columns that would become unreadable are left
+    // out from the right.
     std::string render(std::optional<std::size_t> width) const;
 
     // How many columns `render` leaves out at that width.

@@ -1,5 +1,6 @@
 #include "host/Text.h"
 
+#include <cstddef>
 #include <limits>
 
 #include "host/Platform.h"

@@ -1,5 +1,6 @@
 #include "host/Variant.h"
 
+#include <cstddef>
 #include <new>
 #include <utility>
 

@@ -1,8 +1,12 @@
 #include "host/Workspace.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "host/Guard.h"
 #include "host/MofCompiler.h"
 #include "host/RequestError.h"
+#include "host/Suggestion.h"
 #include "host/Text.h"
 
 namespace host {
@@ -10,18 +14,26 @@ namespace {
 
 constexpr std::wstring_view adapterNamespace = L"root\\DCIM\\vexal";
 
-// The name of the only key, for paths in the short form Class="value".
-std::wstring onlyKey(const ClassDefinition& definition)
+std::vector<std::wstring> keysOf(const ClassDefinition& definition)
 {
     std::vector<std::wstring> keys;
-    std::string names;
     for (const Property& property : definition.properties) {
         if (property.isKey()) {
             keys.push_back(property.name);
-            names += (names.empty() ? "" : ", ") + toUtf8(property.name);
         }
     }
+    return keys;
+}
+
+// The name of the only key, for paths in the short form Class="value".
+std::wstring onlyKey(const ClassDefinition& definition)
+{
+    const std::vector<std::wstring> keys = keysOf(definition);
     if (keys.size() != 1) {
+        std::string names;
+        for (const std::wstring& key : keys) {
+            names += (names.empty() ? "" : ", ") + toUtf8(key);
+        }
         throw RequestError(
             code(WBEM_E_INVALID_OBJECT_PATH),
             "the class " + toUtf8(definition.name) +
@@ -30,12 +42,47 @@ std::wstring onlyKey(const ClassDefinition& definition)
     return keys.front();
 }
 
+// Which of its keys a path names is a matter of the provider; a name that is no key of the class is a slip.
+void checkKeys(const ObjectPath& path, const ClassDefinition& definition)
+{
+    const std::vector<std::wstring> keys = keysOf(definition);
+    for (const PathKey& key : path.keys) {
+        const auto same = [&key](const std::wstring& name) { return sameName(name, key.name); };
+        if (!key.name.empty() && std::none_of(keys.begin(), keys.end(), same)) {
+            throw RequestError(code(WBEM_E_INVALID_OBJECT_PATH), "the class " + toUtf8(definition.name) +
+                                                                     " has no key " + toUtf8(key.name) +
+                                                                     suggestion(key.name, keys));
+        }
+    }
+}
+
 void checkServer(const std::wstring& server)
 {
     if (!server.empty() && server != L"." && !sameName(server, serverName()) && !sameName(server, L"localhost")) {
         throw RequestError(code(WBEM_E_TRANSPORT_FAILURE),
                            "the path leads to the machine " + toUtf8(server) + "; this is " + toUtf8(serverName()));
     }
+}
+
+// The end of a complaint about a class that none of the namespaces has.
+std::string classSuggestion(std::wstring_view name, const std::vector<const Namespace*>& namespaces)
+{
+    std::vector<std::wstring> names;
+    for (const Namespace* nameSpace : namespaces) {
+        for (const ClassPointer& definition : nameSpace->classes()) {
+            names.push_back(definition->name);
+        }
+    }
+    return suggestion(name, names);
+}
+
+std::string namespaceSuggestion(std::wstring_view name, const std::vector<const Namespace*>& namespaces)
+{
+    std::vector<std::wstring> names;
+    for (const Namespace* nameSpace : namespaces) {
+        names.push_back(nameSpace->name());
+    }
+    return suggestion(ClassRepository::plainName(name), names);
 }
 
 }  // namespace
@@ -50,13 +97,15 @@ ClassTarget Workspace::findClass(std::wstring_view className, std::wstring_view 
     if (!nameSpace.empty()) {
         const Namespace* given = m_repository.findNamespace(nameSpace);
         if (given == nullptr) {
-            throw RequestError(code(WBEM_E_INVALID_NAMESPACE), "the MOF declares no namespace " + toUtf8(nameSpace));
+            throw RequestError(code(WBEM_E_INVALID_NAMESPACE),
+                               "the MOF declares no namespace " + toUtf8(nameSpace) +
+                                   namespaceSuggestion(nameSpace, m_repository.namespaces()));
         }
         if (ClassPointer found = given->findClass(className)) {
             return {given, std::move(found)};
         }
-        throw RequestError(code(WBEM_E_INVALID_CLASS),
-                           "the namespace " + toUtf8(given->name()) + " has no class " + toUtf8(className));
+        throw RequestError(code(WBEM_E_INVALID_CLASS), "the namespace " + toUtf8(given->name()) + " has no class " +
+                                                           toUtf8(className) + classSuggestion(className, {given}));
     }
     ClassTarget result;
     for (const Namespace* candidate : m_repository.namespaces()) {
@@ -66,7 +115,8 @@ ClassTarget Workspace::findClass(std::wstring_view className, std::wstring_view 
         }
     }
     if (!result.definition) {
-        throw RequestError(code(WBEM_E_INVALID_CLASS), "the MOF declares no class " + toUtf8(className));
+        throw RequestError(code(WBEM_E_INVALID_CLASS), "the MOF declares no class " + toUtf8(className) +
+                                                           classSuggestion(className, m_repository.namespaces()));
     }
     return result;
 }
@@ -81,6 +131,7 @@ InstanceTarget Workspace::findInstance(std::wstring_view path, std::wstring_view
         throw RequestError(code(WBEM_E_INVALID_OBJECT_PATH),
                            "the path names a class; the path of an instance has keys");
     }
+    checkKeys(parsed, *result.target.definition);
     if (!parsed.singleton && parsed.keys.front().name.empty()) {
         const std::size_t equals = result.path.find(L'=');
         result.path.insert(equals, L"." + onlyKey(*result.target.definition));

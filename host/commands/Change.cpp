@@ -1,14 +1,32 @@
 #include "host/Console.h"
+#include "host/Guard.h"
 #include "host/Text.h"
 #include "host/commands/Output.h"
 
 namespace host {
+
+namespace {
+
+// With another key the provider would be asked to change another instance, one that nobody has named.
+void refuseKeys(const ClassDefinition& definition, const std::vector<Assignment>& values)
+{
+    for (const Assignment& value : values) {
+        const Property& property = propertyOf(definition, value.first);
+        if (property.isKey()) {
+            throw RequestError(code(WBEM_E_READ_ONLY),
+                               toUtf8(property.name) + " is a key: it says which instance is meant");
+        }
+    }
+}
+
+}  // namespace
 
 int runSet(Workspace& workspace, const std::wstring& path, const std::vector<Assignment>& values,
            const CommandOptions& options)
 {
     const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
     const ClassDefinition& definition = *instance.target.definition;
+    refuseKeys(definition, values);
     const auto object = getInstance(workspace, instance, options);
     for (const Assignment& value : values) {
         assign(*object.get(), definition, value);

@@ -202,7 +202,7 @@ void describeTable(const ClassTarget& target)
     if (const std::string text = description(definition.qualifiers); !text.empty()) {
         writeOut(text + "\n");
     }
-    Table properties({{"Property"}, {"Type"}, {"Access"}, {"Description"}});
+    Table properties({{"Property"}, {"Type"}, {"Access"}, {"Description", false, true}});
     for (const Property& property : definition.properties) {
         properties.addRow({toUtf8(property.name), typeOf(property), accessOf(property), remarks(property)});
     }
@@ -311,10 +311,7 @@ int runClasses(const Workspace& workspace, const CommandOptions& options)
         }
         return 0;
     }
-    if (options.format == Format::markdown) {
-        throw UsageError("--format markdown is for describe");
-    }
-    Table table({{"Class"}, {"Namespace"}, {"Description"}});
+    Table table({{"Class"}, {"Namespace"}, {"Description", false, true}});
     for (const ClassTarget& target : classes) {
         table.addRow({toUtf8(target.definition->name), toUtf8(target.nameSpace->name()),
                       description(target.definition->qualifiers)});

@@ -23,7 +23,7 @@ enum class Format
     table,
     json,
     mof,
-    markdown
+    markdown  // of `describe` alone
 };
 
 // NAME=VALUE of the command line.
@@ -49,6 +49,7 @@ struct CommandOptions
 int runClasses(const Workspace& workspace, const CommandOptions& options);
 // All classes if `className` is empty.
 int runDescribe(const Workspace& workspace, const std::wstring& className, const CommandOptions& options);
+// The network adapters if `className` is empty.
 int runList(Workspace& workspace, const std::wstring& className, const CommandOptions& options);
 int runGet(Workspace& workspace, const std::wstring& path, const CommandOptions& options);
 int runSet(Workspace& workspace, const std::wstring& path, const std::vector<Assignment>& values,

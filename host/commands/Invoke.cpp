@@ -1,12 +1,9 @@
-#include <algorithm>
-#include <chrono>
-#include <thread>
-
 #include "host/Console.h"
 #include "host/Display.h"
 #include "host/Guard.h"
 #include "host/Json.h"
 #include "host/ObjectReader.h"
+#include "host/Suggestion.h"
 #include "host/Table.h"
 #include "host/Text.h"
 #include "host/commands/JobFollower.h"
@@ -19,8 +16,8 @@ const Method& methodOf(const ClassDefinition& definition, const std::wstring& na
 {
     const Method* method = definition.findMethod(name);
     if (method == nullptr) {
-        throw RequestError(code(WBEM_E_INVALID_METHOD),
-                           "the class " + toUtf8(definition.name) + " has no method " + toUtf8(name));
+        throw RequestError(code(WBEM_E_INVALID_METHOD), "the class " + toUtf8(definition.name) + " has no method " +
+                                                            toUtf8(name) + suggestionAmong(name, definition.methods));
     }
     return *method;
 }
@@ -46,11 +43,15 @@ void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOpti
         writeOut(json.dump(2) + "\n");
         return;
     }
-    Table table({{"Output"}, {"Value"}});
+    if (options.format == Format::mof) {
+        writeOut(mofOf(out));
+        return;
+    }
+    Table table({{"Output"}, {"Value", false, true}});
     for (const Property& property : method.out->properties) {
         table.addRow({toUtf8(property.name), outputText(method, property, valueOf(out, property.name).get())});
     }
-    writeOut(table.render(std::nullopt));
+    writeOut(table.render(lineWidth()));
 }
 
 }  // namespace

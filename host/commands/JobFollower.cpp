@@ -1,13 +1,13 @@
 #include "host/commands/JobFollower.h"
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <thread>
 
 #include "host/Console.h"
 #include "host/Display.h"
 #include "host/ObjectReader.h"
-#include "host/Text.h"
 #include "host/commands/Requests.h"
 
 namespace host {

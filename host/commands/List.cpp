@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <mutex>
@@ -7,7 +6,6 @@
 
 #include "host/Console.h"
 #include "host/StatusText.h"
-#include "host/Text.h"
 #include "host/commands/Output.h"
 
 namespace host {
@@ -84,9 +82,9 @@ bool isMany(const CommandOptions& options)
 
 int runList(Workspace& workspace, const std::wstring& className, const CommandOptions& options)
 {
-    const ClassTarget target = workspace.findClass(className, options.nameSpace);
-    // A misspelt name must not cost a request.
-    shownProperties(*target.definition, options);
+    const ClassTarget target =
+        workspace.findClass(className.empty() ? L"Zerix_EthernetPort" : className, options.nameSpace);
+    checkNames(*target.definition, options);
     if (isMany(options)) {
         workspace.sessionFor(target);
         return runMany(options, [&] { enumerateInstances(workspace, target, options); });
@@ -104,7 +102,7 @@ int runList(Workspace& workspace, const std::wstring& className, const CommandOp
 int runGet(Workspace& workspace, const std::wstring& path, const CommandOptions& options)
 {
     const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
-    shownProperties(*instance.target.definition, options);
+    checkNames(*instance.target.definition, options);
     if (isMany(options)) {
         workspace.sessionFor(instance.target);
         return runMany(options, [&] { getInstance(workspace, instance, options); });

@@ -1,6 +1,7 @@
 #include "host/commands/Output.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <set>
 
@@ -80,10 +81,12 @@ void writeTable(const Objects& objects, const ClassDefinition& definition, const
     }
     const auto width = lineWidth();
     writeOut(table.render(width));
-    if (const std::size_t hidden = table.hiddenColumns(width)) {
+    const std::size_t hidden = table.hiddenColumns(width);
+    if (hidden == 1) {
+        writeError("1 more property does not fit the terminal; --property A,B or --format json shows it\n");
+    } else if (hidden > 1) {
         writeError(std::to_string(hidden) +
-                   " more properties do not fit the terminal; --property A,B or "
-                   "--format json shows them\n");
+                   " more properties do not fit the terminal; --property A,B or --format json shows them\n");
     }
 }
 
@@ -98,23 +101,6 @@ Json toJson(IWbemClassObject& object, const ClassDefinition& definition, const C
         json[toUtf8(property->name)] = jsonOf(valueOf(object, property->name).get(), property->type);
     }
     return json;
-}
-
-std::string mofOf(IWbemClassObject& object)
-{
-    Bstr text;
-    const HRESULT result = object.GetObjectText(0, text.put());
-    if (FAILED(result)) {
-        throw RequestError(result, "the object cannot be written as MOF");
-    }
-    return toUtf8(text.view());
-}
-
-void refuseMarkdown(const CommandOptions& options)
-{
-    if (options.format == Format::markdown) {
-        throw UsageError("--format markdown is for describe");
-    }
 }
 
 }  // namespace
@@ -133,6 +119,24 @@ std::vector<const Property*> shownProperties(const ClassDefinition& definition, 
     return result;
 }
 
+void checkNames(const ClassDefinition& definition, const CommandOptions& options)
+{
+    shownProperties(definition, options);
+    for (const Assignment& condition : options.conditions) {
+        propertyOf(definition, condition.first);
+    }
+}
+
+std::string mofOf(IWbemClassObject& object)
+{
+    Bstr text;
+    const HRESULT result = object.GetObjectText(0, text.put());
+    if (FAILED(result)) {
+        throw RequestError(result, "the object cannot be written as MOF");
+    }
+    return toUtf8(text.view());
+}
+
 std::string valueAndWord(const Property& property, const VARIANT& value)
 {
     const std::string shown = displayText(property, value);
@@ -142,7 +146,6 @@ std::string valueAndWord(const Property& property, const VARIANT& value)
 
 void writeObjects(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
 {
-    refuseMarkdown(options);
     switch (options.format) {
         case Format::json: {
             Json list = Json::array();
@@ -164,7 +167,6 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
 
 void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options)
 {
-    refuseMarkdown(options);
     if (options.format == Format::json) {
         writeOut(toJson(object, definition, options).dump(2) + "\n");
         return;
@@ -173,11 +175,11 @@ void writeObject(IWbemClassObject& object, const ClassDefinition& definition, co
         writeOut(mofOf(object));
         return;
     }
-    Table table({{"Property"}, {"Value"}});
+    Table table({{"Property"}, {"Value", false, true}});
     for (const Property* property : shownProperties(definition, options)) {
         table.addRow({toUtf8(property->name), valueAndWord(*property, valueOf(object, property->name).get())});
     }
-    writeOut(table.render(std::nullopt));
+    writeOut(table.render(lineWidth()));
 }
 
 }  // namespace host

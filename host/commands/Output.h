@@ -11,10 +11,17 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
 // Writes one object: a line a property, a JSON object, or MOF.
 void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options);
 
+// An object as MOF. Throws RequestError if the object refuses.
+std::string mofOf(IWbemClassObject& object);
+
 // A property for people with both its value and the word for it: "2 (Enabled)".
 std::string valueAndWord(const Property& property, const VARIANT& value);
 
 // The properties to show: those the user chose, else all. Throws RequestError for an unknown name.
 std::vector<const Property*> shownProperties(const ClassDefinition& definition, const CommandOptions& options);
+
+// Throws RequestError for a property that the user chose or asks a value of and that the class does not have: a
+// misspelt name must not cost a request.
+void checkNames(const ClassDefinition& definition, const CommandOptions& options);
 
 }  // namespace host

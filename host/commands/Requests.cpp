@@ -8,6 +8,7 @@
 #include "host/Display.h"
 #include "host/Guard.h"
 #include "host/ObjectReader.h"
+#include "host/Suggestion.h"
 #include "host/Text.h"
 
 namespace host {
@@ -107,8 +108,10 @@ ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget
     const auto in = makeArguments(instance.target, method);
     for (const Assignment& argument : arguments) {
         if (!method.in || method.in->findProperty(argument.first) == nullptr) {
-            throw RequestError(code(WBEM_E_INVALID_METHOD_PARAMETERS),
-                               "the method " + toUtf8(method.name) + " takes no argument " + toUtf8(argument.first));
+            throw RequestError(
+                code(WBEM_E_INVALID_METHOD_PARAMETERS),
+                "the method " + toUtf8(method.name) + " takes no argument " + toUtf8(argument.first) +
+                    (method.in ? suggestionAmong(argument.first, method.in->properties) : std::string()));
         }
         assign(*in.get(), *method.in, argument);
     }
@@ -139,8 +142,9 @@ const Property& propertyOf(const ClassDefinition& definition, std::wstring_view 
                                       [name](const Property& p) { return sameName(p.name, name); });
     const Property* property = system == systemTexts.end() ? definition.findProperty(name) : system;
     if (property == nullptr) {
-        throw RequestError(code(WBEM_E_INVALID_PROPERTY),
-                           "the class " + toUtf8(definition.name) + " has no property " + toUtf8(name));
+        throw RequestError(code(WBEM_E_INVALID_PROPERTY), "the class " + toUtf8(definition.name) + " has no property " +
+                                                              toUtf8(name) +
+                                                              suggestionAmong(name, definition.properties));
     }
     return *property;
 }

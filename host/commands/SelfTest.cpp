@@ -1,5 +1,4 @@
 #include <functional>
-#include <map>
 
 #include "host/Console.h"
 #include "host/Guard.h"
@@ -128,7 +127,7 @@ int runSelfTest(Workspace& workspace, const CommandOptions& options)
         {"put", [&tour] { return tour.put(); }},
         {"invoke", [&tour] { return tour.invoke(); }},
         {"delete", [&tour] { return tour.remove(); }}};
-    Table table({{"Request"}, {"Verdict"}, {"Detail"}});
+    Table table({{"Request"}, {"Verdict"}, {"Detail", false, true}});
     bool passed = true;
     for (const auto& [name, step] : steps) {
         std::string detail;
@@ -148,7 +147,7 @@ int runSelfTest(Workspace& workspace, const CommandOptions& options)
         passed = passed && good;
         table.addRow({name, good ? "passed" : "FAILED", detail});
     }
-    writeOut(table.render(std::nullopt));
+    writeOut(table.render(lineWidth()));
     return passed ? 0 : 1;
 }
 

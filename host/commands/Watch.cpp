@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 #include <map>
 #include <thread>
 
@@ -124,6 +125,7 @@ std::string render(const std::vector<Sample>& before, const std::vector<Sample>&
 int runWatch(Workspace& workspace, const std::wstring& className, const CommandOptions& options)
 {
     const ClassTarget target = workspace.findClass(className, options.nameSpace);
+    checkNames(*target.definition, options);
     const auto counters = countersOf(*target.definition, options);
     const bool terminal = outIsTerminal();
     auto before = takeSamples(workspace, target, counters, options);
@@ -136,8 +138,7 @@ int runWatch(Workspace& workspace, const std::wstring& className, const CommandO
         const std::string text =
             render(before, now, std::chrono::duration<double>(nowTime - beforeTime).count(), counters);
         if (terminal && shown > 0) {
-            writeOut(cursorUp(linesShown));
-            writeOut(clearBelow());
+            eraseLines(linesShown);
         }
         writeOut(text);
         linesShown = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));

@@ -116,16 +116,17 @@ std::vector<std::string> Storage::values(const std::string& key)
 
 void RealThread::join()
 {
-    for (std::thread& thread : m_threads) {
-        thread.join();
+    if (m_thread.joinable()) {
+        m_thread.join();
     }
-    m_threads.clear();
 }
 
 bool RealThread::start(companion::JobWork& work)
 {
     const std::lock_guard guard(m_mutex);
-    m_threads.emplace_back([this, &work] { run(work); });
+    // The thread before has nothing left to do, or none would be started: it takes no lock any more.
+    join();
+    m_thread = std::thread([this, &work] { run(work); });
     return true;
 }
 

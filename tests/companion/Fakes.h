@@ -146,7 +146,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_wakeUp;
     bool m_isAwake = false;
-    std::vector<std::thread> m_threads;
+    std::thread m_thread;
 };
 
 // Everything that a workspace stands on.

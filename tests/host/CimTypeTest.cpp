@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "host/Text.h"
-
 namespace host {
 namespace {
 

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/CommandLine.h"
@@ -77,12 +81,21 @@ protected:
         return sink->SetStatus(WBEM_STATUS_COMPLETE, status, nullptr, nullptr);
     }
 
-    int run(std::vector<std::string> arguments)
+    // Runs the command on the test's MOF; what it writes goes where standard output and standard error lead.
+    int runWithMof(std::vector<std::string> arguments) const
     {
         arguments.insert(arguments.begin(), {"--mof", mof.string()});
+        return runCommandLine(arguments);
+    }
+
+    // Declares more than the fake provider's own classes.
+    void addToMof(std::string_view text) const { std::ofstream(mof) << fakeMof << text; }
+
+    int run(std::vector<std::string> arguments)
+    {
         const Redirected standardOut(STD_OUTPUT_HANDLE);
         const Redirected standardError(STD_ERROR_HANDLE);
-        const int result = runCommandLine(arguments);
+        const int result = runWithMof(std::move(arguments));
         out = standardOut.text();
         error = standardError.text();
         // What was asked is repeated with the place of the MOF, which differs from run to run.

@@ -49,12 +49,12 @@ TEST(Console, TheEnvironmentMaySayHowLongALineIs)
     _putenv("COLUMNS=");
 }
 
-TEST(Console, TheCursorGoesUpToTheFirstColumn)
+TEST(Console, AFileKeepsItsLines)
 {
-    EXPECT_EQ(cursorUp(3), "\x1b[3A\r");
-    // "Zero lines up" would be understood as one.
-    EXPECT_EQ(cursorUp(0), "\r");
-    EXPECT_EQ(clearBelow(), "\x1b[J");
+    const Redirected out(STD_OUTPUT_HANDLE);
+    writeOut("one\ntwo\n");
+    eraseLines(2);
+    EXPECT_EQ(out.text(), "one\ntwo\n");
 }
 
 }  // namespace

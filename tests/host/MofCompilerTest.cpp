@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "TestObjects.h"
 #include "host/ProviderRegistration.h"
@@ -91,6 +93,25 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"UnknownFlavor", "[A: Bitter] class C { };", "bad.mof:1:5: the flavor 'Bitter' is unknown"},
         Mistake{"ValueOutOfRange", "class A { uint8 N = 256; };",
                 "bad.mof:1:21: '256' is no uint8: a whole number from 0 to 255"},
+        Mistake{"BinaryNumberThatNoTypeHolds",
+                "class A { uint8 N = 1"
+                "0000000000000000000000000000000000000000000000000000000000000001b; };",
+                "bad.mof:1:21: '10000000000000000000000000000000000000000000000000000000000000001b' is no uint8: a "
+                "whole number from 0 to 255"},
+        Mistake{"HexadecimalNumberThatNoTypeHolds", "class A { uint64 N = 0x10000000000000000; };",
+                "bad.mof:1:22: '0x10000000000000000' is no uint64: a whole number from 0 to 18446744073709551615"},
+        Mistake{"ValueTwice", "class A { [key] string K; };\ninstance of A { K = \"1\"; k = \"2\"; };",
+                "bad.mof:2:26: the property 'k' gets a value a second time"},
+        Mistake{"MethodTwice", "class A { uint32 M(); uint32 m(); };",
+                "bad.mof:1:30: the method 'm' is declared twice"},
+        Mistake{"ParameterTwice", "class A { uint32 M([in] uint8 P, [in] uint8 p); };",
+                "bad.mof:1:34: the parameter 'p' is declared twice"},
+        Mistake{"EmbeddedObjectOfAType", "class A { uint8:B N; };",
+                "bad.mof:1:11: only 'object' may be followed by : and a class"},
+        Mistake{"NamespaceWithoutAName", "#pragma namespace(root)",
+                "bad.mof:1:1: expected a namespace between quotes after #pragma namespace"},
+        Mistake{"IncludeWithoutAFile", "#pragma include(other)",
+                "bad.mof:1:1: expected the name of a file between quotes after #pragma include"},
         Mistake{"TextForANumber", "class A { uint16 N = \"1\"; };", "bad.mof:1:22: expected a value of type uint16"},
         Mistake{"NumberForAText", "class A { string N = 1; };", "bad.mof:1:22: expected a value of type string"},
         Mistake{"ListForAScalar", "class A { uint8 N = {1}; };", "bad.mof:1:21: expected a single value, not a list"},
@@ -183,6 +204,47 @@ TEST(MofCompiler, KnowsEveryTypeAndItsArray)
     EXPECT_EQ(types->findProperty(L"q")->className, L"");
     EXPECT_EQ(types->findProperty(L"r")->className, L"Types");
     EXPECT_EQ(qualifierText(types->findProperty(L"p")->qualifiers, L"CIMTYPE"), L"ref:Types");
+}
+
+// A MOF as somebody else would write it: every type and its array, with qualifiers of every kind and flavor.
+TEST(MofCompiler, ReadsQualifiersOfEveryTypeAtMembersOfEveryType)
+{
+    const ClassRepository repository = compiled(R"(
+        [Version("1.2"): ToSubclass, Weight(2.5e0), Bits(101b), Letter('x'), Names{"a", "b"}: Amended DisableOverride,
+         Numbers{1, -2}: NotToInstance NotToSubclass, Ratios{0.5, 2.5}, Flags{TRUE, false}, Large(4294967296)]
+        class Other
+        {
+            [key, MaxLen(8): ToInstance EnableOverride] string Name;
+            [Range{1, 5}] uint8 Bytes[]; [Unit("s")] sint8 Signs[4]; uint16 Words[]; sint16 Shorts[]; uint32 Longs[];
+            sint32 Integers[]; uint64 Counters[]; sint64 Offsets[]; real32 Floats[] = {1.5}; real64 Doubles[];
+            boolean Flags[]; datetime Times[]; char16 Letters[] = {'a', 'b'}; object Things[]; Other ref Links[];
+        };)");
+    const ClassPointer other = classIn(repository, L"Other");
+    const auto check = [](const Qualifiers& qualifiers, const wchar_t* name, CIMTYPE type, const wchar_t* literal) {
+        const Qualifier* found = findQualifier(qualifiers, name);
+        ASSERT_NE(found, nullptr) << toUtf8(name);
+        EXPECT_EQ(found->type, type) << toUtf8(name);
+        EXPECT_EQ(mofLiteral(found->value.get(), found->type), literal) << toUtf8(name);
+    };
+    check(other->qualifiers, L"Version", CIM_STRING, L"\"1.2\"");
+    check(other->qualifiers, L"Weight", CIM_REAL64, L"2.5");
+    check(other->qualifiers, L"Bits", CIM_SINT32, L"5");
+    check(other->qualifiers, L"Letter", CIM_CHAR16, L"120");
+    check(other->qualifiers, L"Names", CIM_STRING | CIM_FLAG_ARRAY, L"{\"a\", \"b\"}");
+    check(other->qualifiers, L"Numbers", CIM_SINT32 | CIM_FLAG_ARRAY, L"{1, -2}");
+    check(other->qualifiers, L"Ratios", CIM_REAL64 | CIM_FLAG_ARRAY, L"{0.5, 2.5}");
+    check(other->qualifiers, L"Flags", CIM_BOOLEAN | CIM_FLAG_ARRAY, L"{TRUE, FALSE}");
+    check(other->qualifiers, L"Large", CIM_SINT64, L"4294967296");
+    check(other->findProperty(L"Bytes")->qualifiers, L"Range", CIM_SINT32 | CIM_FLAG_ARRAY, L"{1, 5}");
+    EXPECT_EQ(findQualifier(other->qualifiers, L"Names")->flavor, WBEM_FLAVOR_AMENDED | WBEM_FLAVOR_NOT_OVERRIDABLE);
+    EXPECT_EQ(findQualifier(other->qualifiers, L"Numbers")->flavor, 0);
+    const std::vector<CIMTYPE> elements{CIM_UINT8,   CIM_SINT8,    CIM_UINT16, CIM_SINT16, CIM_UINT32,
+                                        CIM_SINT32,  CIM_UINT64,   CIM_SINT64, CIM_REAL32, CIM_REAL64,
+                                        CIM_BOOLEAN, CIM_DATETIME, CIM_CHAR16, CIM_OBJECT, CIM_REFERENCE};
+    ASSERT_EQ(other->properties.size(), elements.size() + 1);
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+        EXPECT_EQ(other->properties[i + 1].type, elements[i] | CIM_FLAG_ARRAY) << toUtf8(other->properties[i + 1].name);
+    }
 }
 
 TEST(MofCompiler, ReadsTheEscapesOfATextAndComments)
@@ -431,6 +493,35 @@ TEST_F(MofFiles, AFileThatIncludesItselfIsRefused)
     write("a.mof", "#pragma include(\"a.mof\")");
     const std::string file = toUtf8((folder / "a.mof").wstring());
     EXPECT_EQ(complaint("a.mof"), file + ":1:17: the file '" + file + "' includes itself");
+}
+
+TEST_F(MofFiles, AFileThatIncludesItselfByAnotherNameIsRefused)
+{
+    write("a.mof", "#pragma include(\"sub/../A.MOF\")");
+    const std::string file = toUtf8((folder / "a.mof").wstring());
+    EXPECT_EQ(complaint("a.mof"),
+              file + ":1:17: the file '" + toUtf8((folder / "sub/../A.MOF").wstring()) + "' includes itself");
+}
+
+TEST_F(MofFiles, TwoFilesThatIncludeEachOtherAreRefused)
+{
+    write("a.mof", "#pragma include(\"sub/b.mof\")");
+    write("sub/b.mof", "class B { };\n#pragma include(\"../a.mof\")");
+    EXPECT_EQ(complaint("a.mof"), toUtf8((folder / "sub/b.mof").wstring()) + ":2:17: the file '" +
+                                      toUtf8(((folder / "sub/b.mof").parent_path() / "../a.mof").wstring()) +
+                                      "' includes itself");
+}
+
+TEST_F(MofFiles, AFileMayBeIncludedTwiceOneAfterTheOther)
+{
+    write("a.mof",
+          "#pragma namespace(\"root\\\\test\")\n#pragma include(\"b.mof\")\n"
+          "#pragma namespace(\"root\\\\other\")\n#pragma include(\"b.mof\")");
+    write("b.mof", "class B { };");
+    ClassRepository repository;
+    compileMofFile(folder / "a.mof", repository);
+    EXPECT_NE(repository.findNamespace(L"root\\test")->findClass(L"B"), nullptr);
+    EXPECT_NE(repository.findNamespace(L"root\\other")->findClass(L"B"), nullptr);
 }
 
 TEST_F(MofFiles, AMissingFileIsRefused)

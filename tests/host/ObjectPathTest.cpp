@@ -5,7 +5,6 @@
 #include "PlatformPath.h"
 #include "TestObjects.h"
 #include "host/Com.h"
-#include "host/Text.h"
 
 namespace host {
 namespace {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "host/MofText.h"
-#include "host/Text.h"
 
 namespace host {
 namespace {

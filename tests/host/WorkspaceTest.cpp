@@ -76,6 +76,36 @@ TEST_F(WorkspaceTest, RefusesPathsThatLeadElsewhere)
     EXPECT_THROW(workspace.findInstance(L"Fake_Thing.", L""), PathError);
 }
 
+std::string reasonOf(const std::function<void()>& call)
+{
+    try {
+        call();
+    } catch (const RequestError& error) {
+        return error.what();
+    }
+    return "no refusal";
+}
+
+TEST_F(WorkspaceTest, SuggestsTheNameThatWasMeant)
+{
+    EXPECT_EQ(reasonOf([&] { workspace.findClass(L"Fake_Thnig", L""); }),
+              "the MOF declares no class Fake_Thnig; did you mean Fake_Thing?");
+    EXPECT_EQ(reasonOf([&] { workspace.findClass(L"Piar", L"root\\other"); }),
+              "the namespace root\\other has no class Piar; did you mean Pair?");
+    EXPECT_EQ(reasonOf([&] { workspace.findClass(L"Pair", L"root/tset"); }),
+              "the MOF declares no namespace root/tset; did you mean root\\test?");
+    EXPECT_EQ(reasonOf([&] { workspace.findInstance(L"Fake_Thing.Nmae=\"x\"", L""); }),
+              "the class Fake_Thing has no key Nmae; did you mean Name?");
+    // A property that is no key.
+    EXPECT_EQ(reasonOf([&] { workspace.findInstance(L"Fake_Thing.Name=\"x\",Count=3", L""); }),
+              "the class Fake_Thing has no key Count");
+}
+
+TEST_F(WorkspaceTest, WhichOfTheKeysAPathNamesIsAMatterOfTheProvider)
+{
+    EXPECT_EQ(workspace.findInstance(L"Pair.b=\"x\"", L"root\\test").path, L"Pair.b=\"x\"");
+}
+
 TEST_F(WorkspaceTest, StartsAProviderOnce)
 {
     const ClassTarget target = workspace.findClass(L"Fake_Thing", L"");

@@ -11,6 +11,7 @@ import json
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import unittest
@@ -21,6 +22,8 @@ PREFIX = pathlib.Path(sys.argv[2]).resolve() / "program-prefix"
 
 PROFILE = 'Zerix_RegisteredProfile="Vexal:Profile:EthernetPort"'
 SETTING = 'Zerix_DiagnosticSetting="Vexal:DiagnosticSetting"'
+# What examples of the document show that another machine, or another moment, does not: adapters, jobs, counters, times.
+OF_ONE_MACHINE = ("-4E6574446576", "Vexal:Job:", " ms\n", "the first adapter,")
 DENIED = """: failed
   WBEM_E_ACCESS_DENIED (0x80041003): access is denied
   Try: change writable properties only, and ask with --impersonation impersonate as a user with the right
@@ -47,12 +50,12 @@ def environment():
     return dict(kept, WINEPREFIX=str(PREFIX), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="", LC_ALL="C")
 
 
-def wine(*command):
+def wine(*command, folder=None):
     """Exit code, standard output and standard error of a program. Through files: the prefix's services, which outlive
     the program, would keep a pipe open."""
     with open(PREFIX / "out.txt", "w+b") as out, open(PREFIX / "error.txt", "w+b") as error:
         done = subprocess.run(["/usr/lib/wine/wine64", *command], env=environment(), stdin=subprocess.DEVNULL,
-                              stdout=out, stderr=error, timeout=120, check=False)
+                              stdout=out, stderr=error, timeout=120, check=False, cwd=folder)
         out.seek(0)
         error.seek(0)
         return done.returncode, out.read().decode(), error.read().decode()
@@ -63,8 +66,8 @@ def server(*options):
                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
 
-def wmihost(*arguments):
-    return wine(str(BIN / "wmihost.exe"), *arguments)
+def wmihost(*arguments, folder=None):
+    return wine(str(BIN / "wmihost.exe"), *arguments, folder=folder)
 
 
 def setUpModule():
@@ -220,7 +223,7 @@ AdvertiseTypes          Not Advertised
         self.expect(["self-test"], 0, f"""\
 Request    Verdict  Detail
 ---------  -------  ---------------------------------
-enumerate  passed   {len(ports)} adapters
+enumerate  passed   {len(ports)} {"adapter" if len(ports) == 1 else "adapters"}
 get        passed   the first adapter, {ports[0]["Name"]}
 put        passed   the diagnostic setting, unchanged
 invoke     passed   RunLinkDiagnostic started a job
@@ -258,9 +261,26 @@ delete     FAILED   there is no job to delete
         self.assertEqual((code, error), (1, "first failure: WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"))
         self.assertRegex(out, r"^5 requests, 5 failures, ")
 
+    def test_each_example_of_the_document_is_what_the_program_writes(self):
+        document = (TOP / "docs" / "wmihost.md").read_text()
+        (PREFIX / "bad.mof").write_text("class A\n{\n    [key] string Name;\n    uint8 Value\n};\n")
+        host = re.search(r"\\\\\\\\(\w+)\\\\root", wmihost("list", "Zerix_RegisteredProfile", "--format", "json")[1])[1]
+        asked = set()
+        for example in re.findall(r"^```\n\$ wmihost *(.*)\n((?:(?!```).*\n)*)```", document, re.MULTILINE):
+            arguments, expected = shlex.split(example[0]), example[1]
+            asked.add(arguments[0] if arguments else "list")
+            if any(of_that_machine in " ".join(example) for of_that_machine in OF_ONE_MACHINE):
+                continue
+            with self.subTest(example[0]):
+                _, out, error = wmihost(*arguments, folder=PREFIX)
+                self.assertEqual((out + error).replace("\\\\" + host + "\\", "\\\\VM\\").rstrip("\n"),
+                                 expected.rstrip("\n"))
+        self.assertLessEqual({"classes", "describe", "list", "get", "set", "delete", "invoke", "watch", "self-test"},
+                             asked)
+
     def test_wrong_usage_has_exit_code_2(self):
         self.expect(["lst"], 2, "", """\
-wmihost: there is no command 'lst'
+wmihost: there is no command 'lst'; did you mean list?
   Commands: classes, describe, list, get, set, delete, invoke, watch, self-test
   wmihost --help explains them
 """)

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <ostream>
 
 #include "core/CimBroker.h"
 #include "reliability/Accounts.h"
@@ -94,6 +95,12 @@ struct Request
     // True where the request changes what the same one would find a second time; another then follows it.
     bool uses;
 };
+
+// Names the request in a test's own name, where its bytes would stand otherwise.
+void PrintTo(const Request& request, std::ostream* out)
+{
+    *out << request.name;
+}
 
 constexpr Request LIST_PORTS{"listPorts", Scenario::enumerate, "Zerix_EthernetPort", "", "", nullptr, 0, false};
 

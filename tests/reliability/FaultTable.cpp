@@ -70,9 +70,9 @@ std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& 
         if (!may(effect)) {
             continue;
         }
-        // The path of a retrieval is read before the part of it that catches.
+        // The arguments of a retrieval or of a method call are read before the part that catches.
         const bool mayEscape = reliability::letsExceptionsOut(scenario) ||
-                               (effect == Effect::OUT_OF_MEMORY && reliability::isRetrieval(scenario));
+                               (effect == Effect::OUT_OF_MEMORY && reliability::readsArgumentsFirst(scenario));
         if (found.answer == text && found.reports().empty() && mayEscape) {
             return text;
         }

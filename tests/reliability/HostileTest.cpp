@@ -9,6 +9,7 @@
 
 #include "reliability/Accounts.h"
 #include "reliability/RandomValues.h"
+#include "reliability/RunTime.h"
 #include "reliability/Surroundings.h"
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
@@ -19,13 +20,6 @@ namespace {
 
 using reliability::Scenario;
 using testing::IsEmpty;
-
-// ZERIX_SECONDS sets the time; the ordinary run takes a few seconds.
-std::chrono::seconds duration()
-{
-    const char* const text = std::getenv("ZERIX_SECONDS");
-    return std::chrono::seconds(text == nullptr ? 8 : std::atoi(text));
-}
 
 const std::set<std::string>& possible(Scenario scenario)
 {
@@ -69,7 +63,7 @@ TEST(HostileTest, nonsenseHasADefinedAnswerAndLeavesNothing)
     reliability::RandomValues random(seed);
     std::size_t requests = 0;
     std::map<std::string, std::size_t> answers;
-    const auto end = std::chrono::steady_clock::now() + duration();
+    const auto end = std::chrono::steady_clock::now() + reliability::runTime();
     while (std::chrono::steady_clock::now() < end) {
         constexpr std::array<Scenario, 4> scenarios{Scenario::get, Scenario::put, Scenario::remove, Scenario::invoke};
         const Scenario scenario = scenarios[random.below(scenarios.size())];

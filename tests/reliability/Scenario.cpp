@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <ostream>
 
 #include "reliability/Surroundings.h"
 
@@ -48,14 +49,20 @@ const char* nameOf(Scenario scenario)
     }
 }
 
+void PrintTo(Scenario scenario, std::ostream* out)
+{
+    *out << nameOf(scenario);
+}
+
 bool letsExceptionsOut(Scenario scenario)
 {
     return scenario == Scenario::enumerate || scenario == Scenario::put || scenario == Scenario::remove;
 }
 
-bool isRetrieval(Scenario scenario)
+bool readsArgumentsFirst(Scenario scenario)
 {
-    return scenario == Scenario::get || scenario == Scenario::getMissing || scenario == Scenario::getUnreadablePath;
+    return scenario == Scenario::get || scenario == Scenario::getMissing || scenario == Scenario::getUnreadablePath ||
+           scenario == Scenario::invoke;
 }
 
 std::vector<std::string> Outcome::reports() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -23,11 +24,15 @@ enum class Scenario
 
 const char* nameOf(Scenario scenario);
 
+// Names the scenario in a test's own name, where its bytes would stand otherwise.
+void PrintTo(Scenario scenario, std::ostream* out);
+
 // True for the requests whose exceptions leave them; the others turn them into WBEM_E_FAILED.
 bool letsExceptionsOut(Scenario scenario);
 
-// True for the requests that catch what happens after the client's path has been read.
-bool isRetrieval(Scenario scenario);
+// True for the requests that catch only what happens after the client's arguments have been read: without the memory
+// for those, the exception leaves them.
+bool readsArgumentsFirst(Scenario scenario);
 
 // What the client and the provider's neighbours saw.
 struct Outcome

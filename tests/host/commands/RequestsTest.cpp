@@ -104,42 +104,5 @@ TEST_F(RequestsTest, AMethodWithoutInputsTakesNone)
     EXPECT_FALSE(invokeMethod(workspace, one, rest, {}, options));
 }
 
-TEST_F(RequestsTest, EachLevelOfImpersonationReachesTheProvider)
-{
-    struct Row
-    {
-        Impersonation level;
-        DWORD error;  // of OpenThreadToken
-        SECURITY_IMPERSONATION_LEVEL token;
-    };
-    for (const Row& row : {Row{Impersonation::none, ERROR_NO_TOKEN, SecurityAnonymous},
-                           Row{Impersonation::anonymous, ERROR_CANT_OPEN_ANONYMOUS, SecurityAnonymous},
-                           Row{Impersonation::identify, 0, SecurityIdentification},
-                           Row{Impersonation::impersonate, 0, SecurityImpersonation},
-                           Row{Impersonation::delegate, 0, SecurityDelegation}})
-    {
-        DWORD failure = 0;
-        SECURITY_IMPERSONATION_LEVEL level = SecurityAnonymous;
-        behaviour.enumerate = [&](IWbemServices&, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
-            EXPECT_EQ(CoImpersonateClient(), S_OK);
-            HANDLE token = nullptr;
-            if (OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) == 0) {
-                failure = GetLastError();
-            } else {
-                DWORD size = 0;
-                GetTokenInformation(token, TokenImpersonationLevel, &level, sizeof(level), &size);
-                CloseHandle(token);
-            }
-            CoRevertToSelf();
-            return finish(sink);
-        };
-        CommandOptions chosen;
-        chosen.impersonation = row.level;
-        enumerateInstances(workspace, thing, chosen);
-        EXPECT_EQ(failure, row.error);
-        EXPECT_EQ(level, row.token);
-    }
-}
-
 }  // namespace
 }  // namespace host

@@ -123,30 +123,56 @@ TEST_F(SelfTestTest, OneAdapterIsNoPlural)
 {
     ports = 1;
     EXPECT_EQ(run({"self-test"}), 0);
-    EXPECT_NE(out.find("enumerate  passed   1 adapter\n"), std::string::npos);
+    EXPECT_EQ(out,
+              "Request    Verdict  Detail\n"
+              "---------  -------  ---------------------------------\n"
+              "enumerate  passed   1 adapter\n"
+              "get        passed   the first adapter, eth0\n"
+              "put        passed   the diagnostic setting, unchanged\n"
+              "invoke     passed   RunLinkDiagnostic started a job\n"
+              "delete     passed   the job is gone\n");
 }
 
 TEST_F(SelfTestTest, AnUpdateThatChangesSomethingFails)
 {
     samplesAfterPut = 11;
     EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_NE(out.find("put        FAILED   an update without a change changed the setting\n"), std::string::npos);
+    EXPECT_EQ(out,
+              "Request    Verdict  Detail\n"
+              "---------  -------  ----------------------------------------------\n"
+              "enumerate  passed   2 adapters\n"
+              "get        passed   the first adapter, eth0\n"
+              "put        FAILED   an update without a change changed the setting\n"
+              "invoke     passed   RunLinkDiagnostic started a job\n"
+              "delete     passed   the job is gone\n");
 }
 
 TEST_F(SelfTestTest, AMethodThatStartsNoJobFails)
 {
     returnValue = 1;
     EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_NE(out.find("invoke     FAILED   expected a job and the value 4096, got 1\n"
-                       "delete     FAILED   there is no job to delete\n"),
-              std::string::npos);
+    EXPECT_EQ(out,
+              "Request    Verdict  Detail\n"
+              "---------  -------  ----------------------------------------\n"
+              "enumerate  passed   2 adapters\n"
+              "get        passed   the first adapter, eth0\n"
+              "put        passed   the diagnostic setting, unchanged\n"
+              "invoke     FAILED   expected a job and the value 4096, got 1\n"
+              "delete     FAILED   there is no job to delete\n");
 }
 
 TEST_F(SelfTestTest, AJobThatCannotBeReadAfterItsDeletionFailsWithTheStatus)
 {
     behaviour.remove = [](std::wstring_view, IWbemObjectSink* sink) { return finish(sink); };
     EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_NE(out.find("delete     FAILED   WBEM_E_FAILED (0x80041001): the request failed\n"), std::string::npos);
+    EXPECT_EQ(out,
+              "Request    Verdict  Detail\n"
+              "---------  -------  ----------------------------------------------\n"
+              "enumerate  passed   2 adapters\n"
+              "get        passed   the first adapter, eth0\n"
+              "put        passed   the diagnostic setting, unchanged\n"
+              "invoke     passed   RunLinkDiagnostic started a job\n"
+              "delete     FAILED   WBEM_E_FAILED (0x80041001): the request failed\n");
 }
 
 TEST_F(SelfTestTest, ARefusedClientFailsEveryKindOfRequest)
@@ -156,7 +182,114 @@ TEST_F(SelfTestTest, ARefusedClientFailsEveryKindOfRequest)
         return denied(sink);
     };
     EXPECT_EQ(run({"self-test", "--impersonation", "identify"}), 1);
-    EXPECT_NE(out.find("enumerate  FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"), std::string::npos);
+    EXPECT_EQ(out,
+              "Request    Verdict  Detail\n"
+              "---------  -------  ---------------------------------------------------\n"
+              "enumerate  FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"
+              "get        FAILED   an earlier step delivered no path\n"
+              "put        FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"
+              "invoke     FAILED   an earlier step delivered no path\n"
+              "delete     FAILED   there is no job to delete\n");
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(SelfTestTest, AnotherAdapterThanTheOneAskedForFails)
+{
+    const auto before = behaviour.get;
+    behaviour.get = [before](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
+        if (!path.starts_with(L"Zerix_EthernetPort")) {
+            return before(ns, path, sink);
+        }
+        const auto other = port(ns);
+        put(other, L"DeviceID", Variant::ofText(L"{2}"));
+        deliver(sink, other);
+        return finish(sink);
+    };
+    EXPECT_EQ(run({"self-test"}), 1);
+    EXPECT_EQ(
+        out,
+        "Request    Verdict  Detail\n"
+        "---------  -------  ----------------------------------------------------------------------------------\n"
+        "enumerate  passed   2 adapters\n"
+        "get        FAILED   asked for Zerix_EthernetPort.DeviceID=\"{1}\", got Zerix_EthernetPort.DeviceID=\"{2}\"\n"
+        "put        passed   the diagnostic setting, unchanged\n"
+        "invoke     passed   RunLinkDiagnostic started a job\n"
+        "delete     passed   the job is gone\n");
+}
+
+TEST_F(SelfTestTest, AMachineWithoutTheSettingFailsThePut)
+{
+    behaviour.enumerate = [](IWbemServices& ns, std::wstring_view name, IWbemContext*, IWbemObjectSink* sink) {
+        if (name == L"Zerix_EthernetPort") {
+            deliver(sink, port(ns));
+        }
+        return finish(sink);
+    };
+    EXPECT_EQ(run({"self-test"}), 1);
+    EXPECT_EQ(out,
+              "Request    Verdict  Detail\n"
+              "---------  -------  -------------------------------\n"
+              "enumerate  passed   1 adapter\n"
+              "get        passed   the first adapter, eth0\n"
+              "put        FAILED   there is no diagnostic setting\n"
+              "invoke     passed   RunLinkDiagnostic started a job\n"
+              "delete     passed   the job is gone\n");
+}
+
+TEST_F(SelfTestTest, AMethodWithoutOutputsFails)
+{
+    behaviour.execMethod = [](IWbemServices&, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
+        return finish(sink);
+    };
+    EXPECT_EQ(run({"self-test"}), 1);
+    EXPECT_EQ(out,
+              "Request    Verdict  Detail\n"
+              "---------  -------  ---------------------------------\n"
+              "enumerate  passed   2 adapters\n"
+              "get        passed   the first adapter, eth0\n"
+              "put        passed   the diagnostic setting, unchanged\n"
+              "invoke     FAILED   the method delivered no outputs\n"
+              "delete     FAILED   there is no job to delete\n");
+}
+
+TEST_F(SelfTestTest, AJobThatOutlivesItsDeletionFails)
+{
+    const auto before = behaviour.get;
+    behaviour.get = [before](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
+        if (!path.starts_with(L"Zerix_ConcreteJob")) {
+            return before(ns, path, sink);
+        }
+        const auto job = spawn(ns, L"Zerix_ConcreteJob");
+        put(job, L"InstanceID", Variant::ofText(L"7"));
+        deliver(sink, job);
+        return finish(sink);
+    };
+    EXPECT_EQ(run({"self-test"}), 1);
+    EXPECT_EQ(out,
+              "Request    Verdict  Detail\n"
+              "---------  -------  ---------------------------------\n"
+              "enumerate  passed   2 adapters\n"
+              "get        passed   the first adapter, eth0\n"
+              "put        passed   the diagnostic setting, unchanged\n"
+              "invoke     passed   RunLinkDiagnostic started a job\n"
+              "delete     FAILED   the job is still there\n");
+}
+
+TEST_F(SelfTestTest, AClassThatIsNotDeclaredFailsItsStepsAlone)
+{
+    std::ofstream(mof) << fakeMof;
+    EXPECT_EQ(run({"self-test"}), 1);
+    const std::string unknown = "WBEM_E_INVALID_CLASS (0x80041010): there is no such class; the MOF declares no class ";
+    EXPECT_EQ(out, "Request    Verdict  Detail\n---------  -------  " +
+                       std::string(unknown.size() + std::string("Zerix_DiagnosticSetting").size(), '-') +
+                       "\nenumerate  FAILED   " + unknown +
+                       "Zerix_EthernetPort\n"
+                       "get        FAILED   an earlier step delivered no path\n"
+                       "put        FAILED   " +
+                       unknown +
+                       "Zerix_DiagnosticSetting\n"
+                       "invoke     FAILED   an earlier step delivered no path\n"
+                       "delete     FAILED   there is no job to delete\n");
 }
 
 }  // namespace
