@@ -76,7 +76,7 @@ std::size_t lineLength(const std::vector<std::size_t>& widths)
 
 std::size_t lengthOf(std::string_view text)
 {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), beginsCodePoint));
+    return static_cast<std::size_t>(std::ranges::count_if(text, beginsCodePoint));
 }
 
 std::vector<std::size_t> Table::widths(std::optional<std::size_t> width) const

@@ -272,8 +272,11 @@ protected:
 
     void failEveryCall(const Request& request, Phase phase, bool ofCompanion, std::ofstream& table)
     {
-        attempt(request, phase, ofCompanion, nullptr, 0);
-        const Attempt normal = attempt(request, phase, ofCompanion, nullptr, 0);
+        // The platform opens handles of its own at first, some of them late; a leak would come back each time.
+        Attempt normal = attempt(request, phase, ofCompanion, nullptr, 0);
+        for (int i = 0; i < 4 && (i == 0 || !normal.leaks.empty()); ++i) {
+            normal = attempt(request, phase, ofCompanion, nullptr, 0);
+        }
         ASSERT_THAT(normal.disturbed.disorder + normal.leaks, IsEmpty()) << request.name;
         for (const FaultPoint& point : ofCompanion ? reliability::companionFaultPoints() : reliability::faultPoints()) {
             const Row row = failEveryCallOf(request, phase, ofCompanion, point, normal);

@@ -14,8 +14,10 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
 
-constexpr const char* PARENT = "Software\\Vexal\\DRAVEv2\\Test";
-constexpr const char* KEY = "Test\\Key";
+// Tests run in processes side by side, on one registry.
+const std::string CHILD = "Test" + std::to_string(GetCurrentProcessId());
+const std::string PARENT = "Software\\Vexal\\DRAVEv2\\" + CHILD;
+const std::string KEY = CHILD + "\\Key";
 
 // A registry whose opening of one path fails, and nothing is written or deleted.
 class RefusingRegistry : public utils::WindowsRegistry
@@ -44,7 +46,7 @@ public:
 class RegistryStorage : public testing::Test
 {
 protected:
-    ~RegistryStorage() override { RegDeleteTreeA(HKEY_LOCAL_MACHINE, PARENT); }
+    ~RegistryStorage() override { RegDeleteTreeA(HKEY_LOCAL_MACHINE, PARENT.c_str()); }
 
     std::vector<std::string> values()
     {
@@ -57,7 +59,7 @@ protected:
 
     void setRaw(const char* name, DWORD type, const std::string& data) const
     {
-        ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, (std::string(PARENT) + "\\Key").c_str(), name, type, data.data(),
+        ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, (PARENT + "\\Key").c_str(), name, type, data.data(),
                                   static_cast<DWORD>(data.size())),
                   ERROR_SUCCESS);
     }
@@ -86,9 +88,9 @@ TEST_F(RegistryStorage, WritesTextsUnderTheMakersKey)
     m_storage.write(KEY, "A", "one");
     std::array<char, 8> data{};
     DWORD size = data.size();
-    EXPECT_EQ(RegGetValueA(HKEY_LOCAL_MACHINE, "Software\\Vexal\\DRAVEv2\\Test\\Key", "A", RRF_RT_REG_SZ, nullptr,
-                           data.data(), &size),
-              ERROR_SUCCESS);
+    EXPECT_EQ(
+        RegGetValueA(HKEY_LOCAL_MACHINE, (PARENT + "\\Key").c_str(), "A", RRF_RT_REG_SZ, nullptr, data.data(), &size),
+        ERROR_SUCCESS);
     EXPECT_STREQ(data.data(), "one");
 }
 
@@ -112,7 +114,7 @@ TEST_F(RegistryStorage, EraseRemovesTheKey)
     m_storage.write(KEY, "A", "one");
     EXPECT_EQ(m_storage.erase(KEY), companion::StoreResult::DONE);
     EXPECT_THAT(values(), IsEmpty());
-    EXPECT_FALSE(utils::WindowsRegistry::getInstance()->keyExists(std::string(PARENT) + "\\Key"));
+    EXPECT_FALSE(utils::WindowsRegistry::getInstance()->keyExists(PARENT + "\\Key"));
     EXPECT_EQ(m_storage.erase(KEY), companion::StoreResult::DONE);
 }
 
@@ -131,8 +133,7 @@ TEST_F(RegistryStorage, RefusedCreationIsJudgedByTheNearestKeyThatExists)
     registry.missing = 2;
     registry.status = ERROR_ACCESS_DENIED;
     EXPECT_EQ(m_storage.write(KEY, "A", "one"), companion::StoreResult::ACCESS_DENIED);
-    EXPECT_THAT(registry.opened, ElementsAre("Software\\Vexal\\DRAVEv2\\Test\\Key", "Software\\Vexal\\DRAVEv2\\Test",
-                                             "Software\\Vexal\\DRAVEv2"));
+    EXPECT_THAT(registry.opened, ElementsAre(PARENT + "\\Key", PARENT, "Software\\Vexal\\DRAVEv2"));
 }
 
 TEST_F(RegistryStorage, RefusalInAWritableOrAnEmptyRegistryIsAFailure)
@@ -155,7 +156,8 @@ TEST_F(RegistryStorage, RefusedEraseIsLogged)
     EXPECT_EQ(m_storage.erase(KEY), companion::StoreResult::ACCESS_DENIED);
     EXPECT_THAT(log.events(),
                 ElementsAre(EndsWith("companion::RegistryStorage::erase: error: Could not delete registry "
-                                     "key Software\\Vexal\\DRAVEv2\\Test\\Key\n")));
+                                     "key " +
+                                     PARENT + "\\Key\n")));
 }
 
 TEST_F(RegistryStorage, OnlyAMissingKeyIsTakenForErased)
