@@ -16,7 +16,7 @@ std::optional<std::string> textOfFamily(const Address& address, AddressFamily fa
 
 const std::string& systemClassName(const EndpointRow& /*row*/)
 {
-    return SYSTEM_CLASS_NAME;
+    return computerSystemClass();
 }
 const std::string& systemName(const EndpointRow& row)
 {

@@ -27,7 +27,7 @@ std::optional<std::string> known(const std::string& text)
 
 const std::string& systemClassName(const PortRow& /*row*/)
 {
-    return SYSTEM_CLASS_NAME;
+    return computerSystemClass();
 }
 const std::string& systemName(const PortRow& row)
 {
@@ -295,7 +295,11 @@ constexpr std::array statisticsColumns{
 
 }  // namespace
 
-const std::string SYSTEM_CLASS_NAME = "Win32_ComputerSystem";
+const std::string& computerSystemClass()
+{
+    static const std::string name = "Win32_ComputerSystem";
+    return name;
+}
 
 const ClassDescription<PortRow> ethernetPortClass{ETHERNET_PORT, portColumns,
                                                   [](const PortRow& row) { return row.adapter.guid; }};

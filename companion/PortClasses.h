@@ -8,8 +8,9 @@
 
 namespace companion {
 
-// The class of the computer system that ports and endpoints name in their keys; the platform serves it.
-extern const std::string SYSTEM_CLASS_NAME;
+// The class of the computer system that ports and endpoints name in their keys; the platform serves it. Made by the
+// first caller, so that the library loads without allocating.
+const std::string& computerSystemClass();
 
 inline constexpr char ETHERNET_PORT[] = "Zerix_EthernetPort";
 inline constexpr char ETHERNET_PORT_STATISTICS[] = "Zerix_EthernetPortStatistics";

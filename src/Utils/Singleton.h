@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <thread>
 
@@ -110,7 +111,8 @@ protected:
 private:
     struct Holder
     {
-        Holder() : instance(Singleton<T>::current() != nullptr ? Singleton<T>::current() : new T) {}
+        // Without memory the module loads all the same, and the first use creates the instance.
+        Holder() noexcept : instance(Singleton<T>::current() != nullptr ? Singleton<T>::current() : create()) {}
         ~Holder()
         {
             if (!processIsEnding()) {
@@ -120,6 +122,16 @@ private:
         Holder(const Holder&) = delete;
         Holder& operator=(const Holder&) = delete;
 
+        static T* create() noexcept
+        {
+            try {
+                return new T;
+            } catch (const std::bad_alloc&) {
+                return nullptr;
+            }
+        }
+
+        // Null when there was no memory.
         T* instance;
     };
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "Utils/Singleton.h"
 
 // A program of its own: making the instance before main() reads the log level, which other tests choose.
@@ -15,9 +17,26 @@ public:
     static inline int made = 0;
 };
 
+// There is no memory for it while the module is loaded.
+class HeldLate : public utils::AutoSingleton<HeldLate>
+{
+public:
+    static constexpr const char* qualifiedName = "wa::HeldLate";
+
+    HeldLate()
+    {
+        if (++tries == 1) {
+            throw std::bad_alloc();
+        }
+    }
+
+    static inline int tries = 0;
+};
+
 }  // namespace
 
 template class utils::AutoSingleton<Held>;
+template class utils::AutoSingleton<HeldLate>;
 
 namespace {
 
@@ -36,6 +55,15 @@ TEST(AutoSingletonTest, aLaterInstanceStandsInForTheHeldOneWhileItLives)
         EXPECT_EQ(Held::getInstance(), &other);
     }
     EXPECT_EQ(Held::getInstance(), held);
+}
+
+TEST(AutoSingletonTest, withoutMemoryAtLoadTheFirstUseMakesTheInstance)
+{
+    EXPECT_EQ(HeldLate::tries, 1);
+    HeldLate* const held = HeldLate::getInstance();
+    EXPECT_NE(held, nullptr);
+    EXPECT_EQ(HeldLate::getInstance(), held);
+    EXPECT_EQ(HeldLate::tries, 2);
 }
 
 }  // namespace

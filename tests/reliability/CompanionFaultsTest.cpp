@@ -10,13 +10,14 @@
 #include "core/CimBroker.h"
 #include "reliability/Accounts.h"
 #include "reliability/FaultTable.h"
+#include "reliability/LoadWatch.h"
 #include "reliability/Surroundings.h"
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
 
 // Makes every platform call of the companion fail, one at a time, while the built provider asks it about this machine's
-// adapters, settings and jobs; and every call of either module while they are unloaded. Both are loaded anew for each
-// attempt. What is stored lies in a branch of the registry of the test's own.
+// adapters, settings and jobs; and every call of either module while they are loaded and unloaded. Both are loaded anew
+// for each attempt. What is stored lies in a branch of the registry of the test's own.
 namespace {
 
 using reliability::FaultPoint;
@@ -184,12 +185,18 @@ std::string firstPortPath()
     return path;
 }
 
-// While the request is served, or while the modules are unloaded after it.
+// While the modules are loaded, while the request is served, or while the modules are unloaded after it.
 enum class Phase
 {
+    load,
     request,
     unload
 };
+
+std::string textOf(Phase phase)
+{
+    return phase == Phase::load ? "load before " : phase == Phase::request ? "" : "unload after ";
+}
 
 struct Attempt
 {
@@ -204,7 +211,7 @@ struct Attempt
 class CompanionFaults : public testing::Test
 {
 protected:
-    CompanionFaults()
+    explicit CompanionFaults(int logLevel = 1) : m_log(logLevel)
     {
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         std::filesystem::create_directories(ZERIX_TABLES);
@@ -217,15 +224,28 @@ protected:
         const reliability::Balance before = reliability::balanceNow(m_comMemory);
         Attempt result;
         support::CallLog registryCalls;
-        std::optional<reliability::ProviderModule> module(std::in_place, registryCalls, reliability::Broker::companion);
+        std::optional<reliability::ModuleMemory> memory;
+        std::optional<reliability::Fault> fault;
+        std::optional<reliability::ProviderModule> module;
+        {
+            const reliability::LoadWatch watch(ofCompanion ? L"ZerixCimCore.dll" : L"ZerixDRAVEv2Provider.dll",
+                                               [&](HMODULE failing) {
+                                                   memory.emplace(failing);
+                                                   if (point != nullptr) {
+                                                       fault.emplace(*point, failing);
+                                                   }
+                                                   if (fault && phase == Phase::load) {
+                                                       fault->arm(call);
+                                                   }
+                                               });
+            module.emplace(registryCalls, reliability::Broker::companion);
+            watch.rethrow();
+        }
+        if (fault && phase == Phase::load) {
+            fault->disarm();
+        }
         const std::array modules{module->handle(), companionModule()};
         std::for_each(modules.begin(), modules.end(), support::captureModule);
-        const HMODULE failing = modules[ofCompanion ? 1 : 0];
-        reliability::ModuleMemory memory(failing);
-        std::optional<reliability::Fault> fault;
-        if (point != nullptr) {
-            fault.emplace(*point, failing);
-        }
         if (fault && phase == Phase::request) {
             fault->arm(call);
         }
@@ -239,7 +259,7 @@ protected:
         }
         result.next = ask(request.uses ? LIST_PORTS : request, m_portPath, *module);
         std::for_each(modules.begin(), modules.end(), support::releaseModule);
-        memory.releaseModule();
+        memory->releaseModule();
         if (fault && phase == Phase::unload) {
             fault->arm(call);
         }
@@ -258,8 +278,8 @@ protected:
             result.calls = fault->calls();
             result.fired = fault->fired();
         }
-        if (memory.live() != 0) {
-            result.leaks += std::to_string(memory.live()) + " C++ blocks are left after the modules are gone; ";
+        if (memory->live() != 0) {
+            result.leaks += std::to_string(memory->live()) + " C++ blocks are left after the modules are gone; ";
         }
         const reliability::Balance after = reliability::balanceNow(m_comMemory);
         if (!(before == after)) {
@@ -280,14 +300,13 @@ protected:
         ASSERT_THAT(normal.disturbed.disorder + normal.leaks, IsEmpty()) << request.name;
         for (const FaultPoint& point : ofCompanion ? reliability::companionFaultPoints() : reliability::faultPoints()) {
             const Row row = failEveryCallOf(request, phase, ofCompanion, point, normal);
-            table << "| " << (phase == Phase::request ? request.name : "unload after ")
-                  << (phase == Phase::request ? "" : request.name) << " | " << (ofCompanion ? "companion" : "provider")
-                  << " | " << point.function << " | " << point.failure << " | " << row.calls << " | " << row.fired
-                  << " | " << reliability::effectsText(row) << " |\n";
+            table << "| " << textOf(phase) << request.name << " | " << (ofCompanion ? "companion" : "provider") << " | "
+                  << point.function << " | " << point.failure << " | " << row.calls << " | " << row.fired << " | "
+                  << reliability::effectsText(row) << " |\n";
         }
     }
 
-    const support::LogCapture m_log{1};
+    const support::LogCapture m_log;
     const support::ComMemory m_comMemory;
     const std::string m_portPath = firstPortPath();
     const PrivateRegistry m_registry;
@@ -300,7 +319,7 @@ private:
         Row row;
         row.calls = attempt(request, phase, ofCompanion, &point, -1).calls;
         constexpr int SAMPLE = 4;
-        const int step = reliability::everyCall() ? 1 : std::max(1, row.calls / SAMPLE);
+        const int step = reliability::everyCall() || phase == Phase::load ? 1 : std::max(1, row.calls / SAMPLE);
         for (int call = 1;; call += step) {
             Attempt found = attempt(request, phase, ofCompanion, &point, call);
             if (!found.leaks.empty()) {
@@ -339,6 +358,22 @@ INSTANTIATE_TEST_SUITE_P(Requests, CompanionFaultsTest, testing::ValuesIn(REQUES
                          [](const testing::TestParamInfo<Request>& instance) {
                              return std::string(instance.param.name);
                          });
+
+// The level of the log, which shows at level 2 what else is done while a module is loaded.
+class LoadFaultsTest : public CompanionFaults, public testing::WithParamInterface<int>
+{
+protected:
+    LoadFaultsTest() : CompanionFaults(GetParam()) {}
+};
+
+TEST_P(LoadFaultsTest, modulesLoadThoughACallFailsAndServeTheFirstRequest)
+{
+    std::ofstream table(std::string(ZERIX_TABLES) + "/load-faults-" + std::to_string(GetParam()) + ".md");
+    failEveryCall(LIST_PORTS, Phase::load, true, table);
+    failEveryCall(LIST_PORTS, Phase::load, false, table);
+}
+
+INSTANTIATE_TEST_SUITE_P(LogLevels, LoadFaultsTest, testing::Values(1, 2));
 
 class UnloadFaultsTest : public CompanionFaults, public testing::WithParamInterface<Request>
 {
