@@ -157,7 +157,7 @@ public:
     private:
         // The element handed out last, not the one behind it, which may be appended only now: an iteration sees what
         // joins the list while the caller works on its last element.
-        typename std::list<T>::iterator m_last{};
+        typename std::pmr::list<T>::iterator m_last{};
         bool m_started = false;
         SafeList* m_list;
     };
@@ -195,13 +195,18 @@ public:
     };
 
     SafeList() = default;
-    SafeList(const SafeList& other) : m_elements(other.lockedElements()) {}
+    SafeList(const SafeList& other)
+    {
+        const MutexGuard guard(other.m_mutex);
+        m_elements = other.m_elements;
+    }
     // NOLINTNEXTLINE(performance-noexcept-move-constructor): a new mutex can fail to be made
     SafeList(SafeList&& other)
     {
-        // Not before this list's own mutex exists: elements taken earlier would be lost with it.
         const MutexGuard guard(other.m_mutex);
-        m_elements.swap(other.m_elements);
+        // Copied, since each list's links lie in memory of its own. Where that fails nothing has been taken.
+        m_elements = other.m_elements;
+        other.removeAll();
         m_ownsElements = std::exchange(other.m_ownsElements, false);
     }
     SafeList& operator=(const SafeList&) = delete;
@@ -234,7 +239,7 @@ public:
                 delete element;
             }
         }
-        m_elements.clear();
+        removeAll();
     }
 
     std::size_t size()
@@ -247,14 +252,19 @@ public:
     void setOwnsElements(bool owns) noexcept { m_ownsElements = owns; }
 
 private:
-    std::list<T> lockedElements() const
+    void removeAll() noexcept
     {
-        const MutexGuard guard(m_mutex);
-        return m_elements;
+        m_elements.clear();
+        m_memory.release();
     }
 
+    // Room for the links of the twenty properties that an instance has.
+    static constexpr std::size_t FIRST_BLOCK = 512;
+
     bool m_ownsElements = false;
-    std::list<T> m_elements;
+    // Elements are never removed one by one, so that their links may share blocks instead of taking one each.
+    std::pmr::monotonic_buffer_resource m_memory{FIRST_BLOCK};
+    std::pmr::list<T> m_elements{&m_memory};
     mutable Mutex m_mutex;
 };
 
