@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "companion/Fakes.h"
 #include "support/LogCapture.h"
 
@@ -10,6 +12,7 @@ namespace {
 
 using companion::JobState;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 
 class JobArchive : public testing::Test
@@ -170,6 +173,30 @@ TEST_F(JobArchive, NameThatWouldLeadToAnotherKeyIsNeverStored)
     bad.status.id = "..\\Adapters";
     m_archive.keep(bad);
     EXPECT_EQ(m_storage.writes, 0);
+}
+
+class BrokenStorage : public fakes::Storage
+{
+public:
+    std::vector<std::string> children(const std::string& /*key*/) override { throw std::runtime_error("out of order"); }
+    bool canWrite(const std::string& /*key*/) override { throw std::runtime_error("out of order"); }
+    companion::StoreResult erase(const std::string& /*key*/) override { throw std::runtime_error("out of order"); }
+};
+
+TEST_F(JobArchive, StorageThatThrowsIsAnErrorLineForEachPieceOfWork)
+{
+    const support::LogCapture log(1);
+    BrokenStorage storage;
+    companion::JobArchive archive(storage);
+    EXPECT_THAT(archive.jobs(), IsEmpty());
+    archive.keep(job());
+    archive.dropJob("Vexal:Job:7-1");
+    EXPECT_THAT(
+        log.events(),
+        ElementsAre(
+            EndsWith("companion::JobArchive::load: error: Stored entries ignored: out of order\n"),
+            EndsWith("companion::JobArchive::store: error: Vexal:Job:7-1 is kept in memory only: out of order\n"),
+            EndsWith("companion::JobArchive::drop: error: Vexal:Job:7-1 stays stored: out of order\n")));
 }
 
 }  // namespace

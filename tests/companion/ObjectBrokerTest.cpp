@@ -338,6 +338,31 @@ TEST_F(ObjectBroker, JobThatTheLastRequestFlaggedIsGoneForTheNextProcess)
     EXPECT_EQ(last.getInstances("Zerix_DiagnosticResult").size(), 1U);
 }
 
+class StoppedClock : public fakes::Machine
+{
+public:
+    std::uint64_t now() override
+    {
+        return isStopped ? throw std::runtime_error("out of order") : fakes::Machine::now();
+    }
+
+    bool isStopped = false;
+};
+
+TEST_F(ObjectBroker, JobsThatCannotBeSweptAtItsEndStayAndAreAnErrorLine)
+{
+    const support::LogCapture log(1);
+    startJob();
+    takeAllSamples();
+    StoppedClock machine;
+    {
+        companion::ObjectBroker later({m_adapters, machine, m_storage, m_thread});
+        machine.isStopped = true;
+    }
+    EXPECT_THAT(log.events(), ElementsAre(testing::EndsWith("companion::ObjectBroker::~ObjectBroker: error: "
+                                                            "Jobs marked for deletion stay: out of order\n")));
+}
+
 TEST_F(ObjectBroker, JobPastItsTimeGoesTheSameWay)
 {
     core::CimPath path(startJob()->toPathString());

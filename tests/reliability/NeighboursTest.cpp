@@ -1,6 +1,9 @@
 #include <comdef.h>
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+#include <new>
 #include <stdexcept>
 
 #include "Utils/Exception.h"
@@ -49,6 +52,9 @@ protected:
     {
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         support::captureModule(m_module.handle());
+        std::filesystem::create_directories(ZERIX_TABLES);
+        m_table.open(std::string(ZERIX_TABLES) + "/neighbours-" +
+                     testing::UnitTest::GetInstance()->current_test_info()->name() + ".md");
     }
     ~NeighboursTest() override { support::releaseModule(m_module.handle()); }
 
@@ -70,6 +76,9 @@ protected:
             EXPECT_EQ(found.reports(), expected.reports) << what;
             EXPECT_THAT(found.disorder, IsEmpty()) << what;
             EXPECT_EQ(surroundings.nameSpace.references(), 0) << what;
+            const std::vector<std::string> reports = found.reports();
+            m_table << "| " << what << " | " << reliability::nameOf(scenario) << " | " << found.answer << " | "
+                    << (reports.empty() ? "" : reports.back()) << " |\n";
         }
         EXPECT_TRUE(m_module.canUnload()) << what;
         Surroundings sound;
@@ -81,6 +90,7 @@ protected:
     const support::LogCapture m_log{1};
     support::CallLog m_registryCalls;
     reliability::ProviderModule m_module{m_registryCalls};
+    std::ofstream m_table;
 };
 
 struct Thrown
@@ -286,6 +296,25 @@ TEST_F(NeighboursTest, unusualBrokerAnswersAreServed)
         failsWith("0x80041001"));
 }
 
+TEST_F(NeighboursTest, aNullOfEveryTypeIsDelivered)
+{
+    expect("a null of every type", Scenario::get,
+           [](Surroundings& s) {
+               new core::CimPropertyString("NullText", &s.instance);
+               new core::CimPropertyString_arr("NullTexts", &s.instance);
+               new core::CimPropertyUint8("NullSmall", &s.instance);
+               new core::CimPropertyUint16("NullMedium", &s.instance);
+               new core::CimPropertyUint16_arr("NullMediums", &s.instance);
+               new core::CimPropertyUint32("NullLarge", &s.instance);
+               new core::CimPropertyUint32_arr("NullLarges", &s.instance);
+               new core::CimPropertyUint64("NullHuge", &s.instance);
+               new core::CimPropertyBool("NullFlag", &s.instance);
+               new core::CimPropertyDatetime("NullWhen", &s.instance);
+               new core::CimPropertyRef("NullPort", &s.instance);
+           },
+           {"0x00000000", {"sink.Indicate(1, Class#1)", "sink.SetStatus(0, 0x00000000, null, null)"}});
+}
+
 // A type that the provider knows nothing of.
 class StrangeProperty : public core::CimProperty
 {
@@ -347,6 +376,65 @@ public:
 private:
     std::function<void()> m_again;
 };
+
+// A sink whose client gives it up with the final status. What touches it after the last reference faults.
+class LeavingSink final : public IWbemObjectSink
+{
+public:
+    explicit LeavingSink(std::string& seen) : m_seen(seen) {}
+
+    static void* operator new(std::size_t size)
+    {
+        void* const page = VirtualAlloc(nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+        return page != nullptr ? page : throw std::bad_alloc();
+    }
+    static void operator delete(void* page) { VirtualFree(page, 0, MEM_RELEASE); }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
+    {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++m_references); }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const int left = --m_references;
+        if (left == 0) {
+            m_seen += "gone";
+            delete this;
+        }
+        return static_cast<ULONG>(left);
+    }
+    HRESULT STDMETHODCALLTYPE Indicate(LONG, IWbemClassObject**) override { return WBEM_S_NO_ERROR; }
+    HRESULT STDMETHODCALLTYPE SetStatus(LONG flags, HRESULT result, BSTR, IWbemClassObject*) override
+    {
+        if (flags == WBEM_STATUS_COMPLETE) {
+            m_seen += support::hex(result) + " ";
+            Release();
+        }
+        return WBEM_S_NO_ERROR;
+    }
+
+private:
+    ~LeavingSink() = default;
+
+    std::string& m_seen;
+    int m_references = 1;
+};
+
+TEST_F(NeighboursTest, aSinkThatGoesWithItsFinalStatusIsLeftAlone)
+{
+    for (const Scenario scenario :
+         {Scenario::enumerate, Scenario::get, Scenario::put, Scenario::remove, Scenario::invoke}) {
+        Surroundings surroundings;
+        std::string seen;
+        surroundings.client = new LeavingSink(seen);
+        const Outcome found = ask(scenario, surroundings);
+        EXPECT_EQ(found.answer, "0x00000000") << reliability::nameOf(scenario);
+        EXPECT_THAT(found.disorder, IsEmpty()) << reliability::nameOf(scenario);
+        EXPECT_EQ(seen, "0x00000000 gone") << reliability::nameOf(scenario);
+    }
+}
 
 TEST_F(NeighboursTest, aSinkMayAskTheProviderAgainWhileItIsAnswered)
 {

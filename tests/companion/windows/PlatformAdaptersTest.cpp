@@ -105,6 +105,31 @@ ULONG WINAPI alwaysTooSmall(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*
     return ERROR_BUFFER_OVERFLOW;
 }
 
+// One adapter with an address of each origin that the platform knows, and one of a family that is not the internet's.
+std::array<sockaddr_in, 6> fakeSockets{};
+std::array<IP_ADAPTER_UNICAST_ADDRESS, 6> fakeAddresses{};
+constexpr std::array FAKE_ORIGINS{IpPrefixOriginManual, IpPrefixOriginWellKnown,           IpPrefixOriginDhcp,
+                                  IpPrefixOriginOther,  IpPrefixOriginRouterAdvertisement, IpPrefixOriginManual};
+std::array<char, 4> fakeGuid{"{G}"};
+
+ULONG WINAPI addressesOfEachOrigin(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
+                                   PULONG /*size*/)
+{
+    for (std::size_t i = 0; i < fakeAddresses.size(); ++i) {
+        const bool isLast = i + 1 == fakeAddresses.size();
+        fakeSockets[i].sin_family = isLast ? AF_IPX : AF_INET;
+        fakeSockets[i].sin_addr.S_un.S_un_b = {10, 0, 0, static_cast<unsigned char>(i)};
+        fakeAddresses[i].Address.lpSockaddr = reinterpret_cast<SOCKADDR*>(&fakeSockets[i]);
+        fakeAddresses[i].OnLinkPrefixLength = static_cast<UINT8>(24 + i);
+        fakeAddresses[i].PrefixOrigin = FAKE_ORIGINS[i];
+        fakeAddresses[i].Next = isLast ? nullptr : &fakeAddresses[i + 1];
+    }
+    *buffer = {};
+    buffer->AdapterName = fakeGuid.data();
+    buffer->FirstUnicastAddress = fakeAddresses.data();
+    return NO_ERROR;
+}
+
 DWORD setIfEntryResult = NO_ERROR;
 MIB_IFROW lastRow{};
 
@@ -223,6 +248,23 @@ TEST(PlatformAdapters, NoAddressesAtAllAreNoError)
     companion::PlatformAdapters source;
     EXPECT_THAT(source.readAddresses(), IsEmpty());
     EXPECT_THAT(log.events(), IsEmpty());
+}
+
+TEST(PlatformAdapters, AddressesTellTheirOriginAndThoseOfOtherFamiliesAreLeftOut)
+{
+    using companion::AddressOrigin;
+    const support::ImportHook hook("GetAdaptersAddresses", &addressesOfEachOrigin);
+    companion::PlatformAdapters source;
+    const auto addresses = source.readAddresses();
+    constexpr std::array ORIGINS{AddressOrigin::MANUAL, AddressOrigin::WELL_KNOWN, AddressOrigin::DHCP,
+                                 AddressOrigin::OTHER, AddressOrigin::ROUTER_ADVERTISEMENT};
+    ASSERT_EQ(addresses.size(), ORIGINS.size());
+    for (std::size_t i = 0; i < ORIGINS.size(); ++i) {
+        EXPECT_EQ(addresses[i].adapterGuid, "{G}");
+        EXPECT_EQ(addresses[i].text, "10.0.0." + std::to_string(i));
+        EXPECT_EQ(addresses[i].prefixLength, 24 + i);
+        EXPECT_EQ(addresses[i].origin, ORIGINS[i]);
+    }
 }
 
 TEST(PlatformAdapters, ListThatKeepsGrowingIsGivenUp)
