@@ -202,7 +202,7 @@ void describeTable(const ClassTarget& target)
     if (const std::string text = description(definition.qualifiers); !text.empty()) {
         writeOut(text + "\n");
     }
-    Table properties({{"Property"}, {"Type"}, {"Access"}, {"Description", false, true}});
+    Table properties({{"Property"}, {"Type"}, {"Access"}, {.heading = "Description", .wraps = true}});
     for (const Property& property : definition.properties) {
         properties.addRow({toUtf8(property.name), typeOf(property), accessOf(property), remarks(property)});
     }
@@ -311,7 +311,7 @@ int runClasses(const Workspace& workspace, const CommandOptions& options)
         }
         return 0;
     }
-    Table table({{"Class"}, {"Namespace"}, {"Description", false, true}});
+    Table table({{"Class"}, {"Namespace"}, {.heading = "Description", .wraps = true}});
     for (const ClassTarget& target : classes) {
         table.addRow({toUtf8(target.definition->name), toUtf8(target.nameSpace->name()),
                       description(target.definition->qualifiers)});

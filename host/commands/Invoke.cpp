@@ -47,7 +47,7 @@ void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOpti
         writeOut(mofOf(out));
         return;
     }
-    Table table({{"Output"}, {"Value", false, true}});
+    Table table({{"Output"}, {.heading = "Value", .wraps = true}});
     for (const Property& property : method.out->properties) {
         table.addRow({toUtf8(property.name), outputText(method, property, valueOf(out, property.name).get())});
     }

@@ -175,7 +175,7 @@ void writeObject(IWbemClassObject& object, const ClassDefinition& definition, co
         writeOut(mofOf(object));
         return;
     }
-    Table table({{"Property"}, {"Value", false, true}});
+    Table table({{"Property"}, {.heading = "Value", .wraps = true}});
     for (const Property* property : shownProperties(definition, options)) {
         table.addRow({toUtf8(property->name), valueAndWord(*property, valueOf(object, property->name).get())});
     }

@@ -127,7 +127,7 @@ int runSelfTest(Workspace& workspace, const CommandOptions& options)
         {"put", [&tour] { return tour.put(); }},
         {"invoke", [&tour] { return tour.invoke(); }},
         {"delete", [&tour] { return tour.remove(); }}};
-    Table table({{"Request"}, {"Verdict"}, {"Detail", false, true}});
+    Table table({{"Request"}, {"Verdict"}, {.heading = "Detail", .wraps = true}});
     bool passed = true;
     for (const auto& [name, step] : steps) {
         std::string detail;

@@ -45,7 +45,7 @@ TEST(Table, LeavesColumnsOutThatWouldBecomeUnreadable)
 
 Table wrapping()
 {
-    Table table({{"Name"}, {"Description", false, true}});
+    Table table({{"Name"}, {.heading = "Description", .wraps = true}});
     table.addRow({"eth0", "the first adapter of them all, gr\xC3\xBC\xC3\x9F"});
     table.addRow({"short", "short"});
     table.addRow({"long", "Zerix_EthernetPort.DeviceID=\"{00000004-0000}\" is one"});
@@ -76,7 +76,7 @@ TEST(Table, AColumnThatWrapsDoesSoOnlyWhereItMust)
               "long   Zerix_EthernetPort.DeviceID=\"{00000004-0000}\" is one\n");
     EXPECT_EQ(wrapping().render(59), wrapping().render(std::nullopt));
     // Below twenty characters it gives way no more than the others.
-    Table table({{"A name that is too long to stay"}, {"Description", false, true}});
+    Table table({{"A name that is too long to stay"}, {.heading = "Description", .wraps = true}});
     table.addRow({"x", "one two three four five six"});
     EXPECT_EQ(table.render(34),
               "A name that is \xE2\x80\xA6  Description\n"
