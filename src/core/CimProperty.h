@@ -15,7 +15,8 @@ class CimProperty
 {
 public:
     // The numbers are the keys of the WMI converters and appear in messages; the gaps are part of the enumeration.
-    enum EPropertyType
+    // Of a fixed type, so that a number which is none of these may be asked about.
+    enum EPropertyType : int
     {
         EPT_UINT8 = 0,
         EPT_UINT16 = 4,

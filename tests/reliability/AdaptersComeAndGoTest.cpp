@@ -152,11 +152,11 @@ protected:
     void list(const host::ProviderSession& session, const wchar_t* className, const wchar_t* property,
               decltype(&guidsIn) read = &guidsIn, decltype(&adaptersOfTheSystem) system = &adaptersOfTheSystem)
     {
-        const Names before = system();
         const Clock::time_point start = Clock::now();
+        const Names before = system();
         const host::RequestResult result = session.enumerate(className, {});
-        const Clock::duration age = Clock::now() - start;
         const Names after = system();
+        const Clock::duration age = Clock::now() - start;
         ++m_requests;
         const std::string name = std::filesystem::path(className).string();
         if (result.status != WBEM_S_NO_ERROR || !result.exception.empty()) {

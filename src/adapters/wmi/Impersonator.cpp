@@ -17,7 +17,8 @@ DWORD impersonationLevel() noexcept
         return error == ERROR_NO_IMPERSONATION_TOKEN || error == ERROR_NO_TOKEN ? RPC_C_IMP_LEVEL_DELEGATE
                                                                                 : RPC_C_IMP_LEVEL_ANONYMOUS;
     }
-    SECURITY_IMPERSONATION_LEVEL level = SecurityAnonymous;
+    // A number, not the platform's enumeration: a later platform may answer a level that this one does not list.
+    DWORD level = SecurityAnonymous;
     DWORD size = 0;
     const BOOL known = GetTokenInformation(token, TokenImpersonationLevel, &level, sizeof(level), &size);
     CloseHandle(token);
