@@ -2,7 +2,7 @@
 
 #include "host/Console.h"
 #include "host/Text.h"
-#include "tests/host/CommandTest.h"
+#include "tests/host/JobTest.h"
 
 // What commands look like on a terminal. These tests need one of at least 50 lines of 72 characters.
 namespace host {
@@ -200,30 +200,15 @@ TEST_F(OnTerminalTest, WatchDrawsItsTableInPlace)
     EXPECT_EQ(screen.text(), head + "two                 0 B/s");
 }
 
-TEST_F(OnTerminalTest, AJobIsFollowedWithABar)
+using JobOnTerminalTest = JobTest<OnTerminalTest>;
+
+TEST_F(JobOnTerminalTest, IsFollowedWithABar)
 {
-    addToMof(
-        "[dynamic, provider(\"FakeProvider\")] class Fake_Job { [key] string InstanceID; "
-        "[ValueMap{\"4\", \"7\"}, Values{\"Running\", \"Completed\"}] uint16 JobState; uint16 PercentComplete; };\n"
-        "[dynamic, provider(\"FakeProvider\")] class Fake_Runner { [key] string Name; "
-        "[implemented] uint32 Start([out] Fake_Job ref Job); };\n");
-    behaviour.execMethod = [](IWbemServices& ns, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
-        const auto outputs = spawnOutputs(ns, L"Fake_Runner", L"Start");
-        put(outputs, L"Job", Variant::ofText(L"Fake_Job.InstanceID=\"1\""));
-        put(outputs, L"ReturnValue", Variant::ofLong(4096));
-        deliver(sink, outputs);
-        return finish(sink);
-    };
     std::vector<std::string> shown;
     behaviour.get = [&](IWbemServices& ns, std::wstring_view, IWbemObjectSink* sink) {
         shown.push_back(screen.text());
-        const auto job = spawn(ns, L"Fake_Job");
         const auto looks = static_cast<long>(shown.size());
-        put(job, L"InstanceID", Variant::ofText(L"1"));
-        put(job, L"JobState", Variant::ofLong(looks < 3 ? 4 : 7));
-        put(job, L"PercentComplete", Variant::ofLong(looks < 3 ? (looks - 1) * 50 : 100));
-        deliver(sink, job);
-        return finish(sink);
+        return looks < 3 ? deliverJob(ns, sink, 4, (looks - 1) * 50) : deliverJob(ns, sink, 7, 100);
     };
     EXPECT_EQ(runWithMof({"invoke", "Fake_Runner=\"r\"", "Start", "--wait"}), 0);
     const std::string outputs =

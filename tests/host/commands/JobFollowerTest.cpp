@@ -1,25 +1,9 @@
 #include <deque>
 
-#include "tests/host/CommandTest.h"
+#include "tests/host/JobTest.h"
 
 namespace host {
 namespace {
-
-constexpr const char* jobMof = R"(
-[dynamic, provider("FakeProvider")]
-class Fake_Job
-{
-    [key] string InstanceID;
-    [ValueMap{"4", "7", "10"}, Values{"Running", "Completed", "Exception"}] uint16 JobState;
-    uint16 PercentComplete;
-};
-[dynamic, provider("FakeProvider")]
-class Fake_Runner
-{
-    [key] string Name;
-    [implemented] uint32 Start([out] Fake_Job ref Job);
-};
-)";
 
 struct State
 {
@@ -27,32 +11,20 @@ struct State
     long percent;
 };
 
-// A method that starts a job, which is in the next of the states each time somebody looks.
-class JobFollowerTest : public CommandTest
+// A job that is in the next of the states each time somebody looks.
+class JobFollowerTest : public JobTest<CommandTest>
 {
 protected:
     JobFollowerTest()
     {
-        std::ofstream(mof) << fakeMof << jobMof;
-        behaviour.execMethod = [](IWbemServices& ns, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
-            const auto outputs = spawnOutputs(ns, L"Fake_Runner", L"Start");
-            put(outputs, L"Job", Variant::ofText(L"Fake_Job.InstanceID=\"1\""));
-            put(outputs, L"ReturnValue", Variant::ofLong(4096));
-            deliver(sink, outputs);
-            return finish(sink);
-        };
         behaviour.get = [this](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
             EXPECT_EQ(path, L"Fake_Job.InstanceID=\"1\"");
             if (states.empty()) {
                 return finish(sink, code(WBEM_E_NOT_FOUND));
             }
-            const auto job = spawn(ns, L"Fake_Job");
-            put(job, L"InstanceID", Variant::ofText(L"1"));
-            put(job, L"JobState", Variant::ofLong(states.front().state));
-            put(job, L"PercentComplete", Variant::ofLong(states.front().percent));
+            const State state = states.front();
             states.pop_front();
-            deliver(sink, job);
-            return finish(sink);
+            return deliverJob(ns, sink, state.state, state.percent);
         };
     }
 
