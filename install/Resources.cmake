@@ -1,6 +1,6 @@
 # zerix_version_resource(TARGET DESCRIPTION)
 # Gives a DLL or program of ours its version resource. The version stands once, in ProductVersion.h, where the
-# provider and its companion take it from as well.
+# provider and its broker take it from as well.
 function(zerix_version_resource target description)
   set(header ${CMAKE_SOURCE_DIR}/src/Utils/ProductVersion.h)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})

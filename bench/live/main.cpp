@@ -10,14 +10,14 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/Com.h"
-#include "host/Workspace.h"
+#include "wmihost/com/Com.h"
+#include "wmihost/session/Workspace.h"
 
 // bench_live MOF JSON: the machine's adapters through the registered provider, end to end through COM, against the
 // platform's own class for them in the same run, by turns. Prints one line and writes the figures.
 namespace {
 
-using host::ComPtr;
+using wmihost::ComPtr;
 
 constexpr int RUNS = 7;
 
@@ -58,9 +58,9 @@ Delivery timed(const Deliver& deliver)
     return result;
 }
 
-std::vector<ComPtr<IWbemClassObject>> ours(const host::ProviderSession& session)
+std::vector<ComPtr<IWbemClassObject>> ours(const wmihost::ProviderSession& session)
 {
-    host::RequestResult result = session.enumerate(L"Zerix_EthernetPort", {});
+    wmihost::RequestResult result = session.enumerate(L"Zerix_EthernetPort", {});
     if (result.status != WBEM_S_NO_ERROR) {
         throw std::runtime_error("the enumeration failed");
     }
@@ -113,8 +113,8 @@ double median(std::vector<double> values)
 
 void run(const std::filesystem::path& mof, const std::string& file)
 {
-    host::Workspace workspace(mof);
-    const host::ProviderSession& session = workspace.sessionFor(workspace.findClass(L"Zerix_EthernetPort", L""));
+    wmihost::Workspace workspace(mof);
+    const wmihost::ProviderSession& session = workspace.sessionFor(workspace.findClass(L"Zerix_EthernetPort", L""));
     const ComPtr<IWbemServices> services = platformServices();
     // The first answers build what later ones find.
     const Delivery first = timed([&] { return ours(session); });

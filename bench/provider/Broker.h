@@ -9,7 +9,7 @@
 namespace bench {
 
 // A broker that has its answers ready: it finds without looking and changes nothing. The provider's calls of the
-// companion library go to the one that was made or named last. Instances are only read, by any number of threads.
+// broker go to the one that was made or named last. Instances are only read, by any number of threads.
 class Broker final : public core::CimBroker
 {
 public:
@@ -24,7 +24,7 @@ public:
     void use() noexcept;
     std::size_t size() const noexcept { return m_instances.size(); }
 
-    // What the companion library exports by name, with the calling convention of its member function.
+    // What the broker exports by name, with the calling convention of its member function.
     static core::CimBroker* inUse();
     static core::CimInstance* find(core::CimBroker* broker, core::CimPath& path);
 

@@ -12,7 +12,7 @@
 
 namespace bench {
 
-// The provider's DLL with its calls of the companion library turned to Broker. One per process.
+// The provider's DLL with its calls of the broker turned to Broker. One per process.
 class ProviderModule
 {
 public:

@@ -9,7 +9,7 @@
 
 namespace core {
 
-// The object broker of the companion library: every instance that the provider reports, changes or calls lives in it.
+// The object broker, ZerixCimCore.dll: every instance that the provider reports, changes or calls lives in it.
 // Safe for concurrent callers. Failures are thrown as members of the utils::Exception family; an instance that does
 // not exist is a null result or an empty list, never an exception, except where an operation says otherwise.
 //

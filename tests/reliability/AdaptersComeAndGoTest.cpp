@@ -17,10 +17,10 @@
 #include <set>
 #include <thread>
 
-#include "host/ClassObject.h"
-#include "host/ObjectReader.h"
-#include "host/Workspace.h"
 #include "reliability/KnownFactory.h"
+#include "wmihost/com/ClassObject.h"
+#include "wmihost/com/ObjectReader.h"
+#include "wmihost/session/Workspace.h"
 
 // Clients list, read and follow associations while adapters come and go. Run by adapters-come-and-go, which changes the
 // adapters of a network namespace, creates the file ZERIX_QUIET when it has stopped, and reads what was found then from
@@ -100,21 +100,21 @@ Names addressesOfTheSystem()
 }
 
 // Whole texts of the property.
-Names textsIn(const std::vector<host::ComPtr<IWbemClassObject>>& objects, const wchar_t* property)
+Names textsIn(const std::vector<wmihost::ComPtr<IWbemClassObject>>& objects, const wchar_t* property)
 {
     Names result;
     for (const auto& object : objects) {
-        result.insert(host::textOf(*object.get(), property));
+        result.insert(wmihost::textOf(*object.get(), property));
     }
     return result;
 }
 
 // The GUIDs that stand in the property of the objects, which may be a path or a name that holds one.
-Names guidsIn(const std::vector<host::ComPtr<IWbemClassObject>>& objects, const wchar_t* property)
+Names guidsIn(const std::vector<wmihost::ComPtr<IWbemClassObject>>& objects, const wchar_t* property)
 {
     Names result;
     for (const auto& object : objects) {
-        const std::wstring text = host::textOf(*object.get(), property);
+        const std::wstring text = wmihost::textOf(*object.get(), property);
         const std::size_t begin = text.find(L'{');
         if (begin != std::wstring::npos) {
             result.insert(text.substr(begin, text.find(L'}', begin) - begin + 1));
@@ -136,7 +136,7 @@ protected:
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         m_factory.emplace();
         m_workspace.emplace(std::filesystem::path(ZERIX_MOF));
-        const host::ClassTarget port = m_workspace->findClass(L"Zerix_EthernetPort", L"");
+        const wmihost::ClassTarget port = m_workspace->findClass(L"Zerix_EthernetPort", L"");
         m_session = &m_workspace->sessionFor(port);
         m_interop = &m_workspace->sessionFor(m_workspace->findClass(L"Zerix_ElementConformsToProfile", L""));
     }
@@ -149,12 +149,12 @@ protected:
 
     // Everything shown must have been there before the request or be there after it, and everything that was there all
     // the time must be shown.
-    void list(const host::ProviderSession& session, const wchar_t* className, const wchar_t* property,
+    void list(const wmihost::ProviderSession& session, const wchar_t* className, const wchar_t* property,
               decltype(&guidsIn) read = &guidsIn, decltype(&adaptersOfTheSystem) system = &adaptersOfTheSystem)
     {
         const Clock::time_point start = Clock::now();
         const Names before = system();
-        const host::RequestResult result = session.enumerate(className, {});
+        const wmihost::RequestResult result = session.enumerate(className, {});
         const Names after = system();
         const Clock::duration age = Clock::now() - start;
         ++m_requests;
@@ -187,13 +187,13 @@ protected:
     void readPorts()
     {
         for (const auto& port : m_session->enumerate(L"Zerix_EthernetPort", {}).objects) {
-            const std::wstring path = host::textOf(*port.get(), L"__RELPATH");
-            const host::RequestResult result = m_session->get(path, {});
+            const std::wstring path = wmihost::textOf(*port.get(), L"__RELPATH");
+            const wmihost::RequestResult result = m_session->get(path, {});
             ++m_requests;
             if (result.status == static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
                 ++m_gone;
             } else if (result.status != WBEM_S_NO_ERROR || result.objects.size() != 1 ||
-                       host::textOf(*result.objects.front().get(), L"__RELPATH") != path)
+                       wmihost::textOf(*result.objects.front().get(), L"__RELPATH") != path)
             {
                 complain("a port could not be read: " + std::to_string(static_cast<unsigned>(result.status)));
             }
@@ -203,14 +203,14 @@ protected:
     // Both ends of each link are found or are gone.
     void followEndpoints()
     {
-        const host::RequestResult links = m_session->enumerate(L"Zerix_PortImplementsEndpoint", {});
+        const wmihost::RequestResult links = m_session->enumerate(L"Zerix_PortImplementsEndpoint", {});
         ++m_requests;
         if (links.status != WBEM_S_NO_ERROR) {
             complain("the links could not be listed: " + std::to_string(static_cast<unsigned>(links.status)));
         }
         for (const auto& link : links.objects) {
             for (const wchar_t* const end : {L"Antecedent", L"Dependent"}) {
-                const HRESULT status = m_session->get(host::textOf(*link.get(), end), {}).status;
+                const HRESULT status = m_session->get(wmihost::textOf(*link.get(), end), {}).status;
                 ++m_requests;
                 if (status == static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
                     ++m_gone;
@@ -223,20 +223,20 @@ protected:
 
     void diagnose(const std::wstring& stayingPort, IWbemClassObject* noArguments)
     {
-        const host::RequestResult result = m_session->execMethod(stayingPort, L"RunLinkDiagnostic", noArguments, {});
+        const wmihost::RequestResult result = m_session->execMethod(stayingPort, L"RunLinkDiagnostic", noArguments, {});
         ++m_requests;
         if (result.status != WBEM_S_NO_ERROR) {
             complain("a diagnostic was not started: " + std::to_string(static_cast<unsigned>(result.status)));
         }
         for (const auto& job : m_session->enumerate(L"Zerix_ConcreteJob", {}).objects) {
-            m_session->remove(host::textOf(*job.get(), L"__RELPATH"), {});
+            m_session->remove(wmihost::textOf(*job.get(), L"__RELPATH"), {});
         }
     }
 
     std::optional<reliability::KnownFactory> m_factory;
-    std::optional<host::Workspace> m_workspace;
-    const host::ProviderSession* m_session = nullptr;
-    const host::ProviderSession* m_interop = nullptr;
+    std::optional<wmihost::Workspace> m_workspace;
+    const wmihost::ProviderSession* m_session = nullptr;
+    const wmihost::ProviderSession* m_interop = nullptr;
     std::atomic<int> m_requests{0};
     std::atomic<int> m_compared{0};
     std::atomic<int> m_changedMeanwhile{0};
@@ -245,11 +245,11 @@ protected:
     std::map<std::string, int> m_complaints;
 };
 
-std::wstring pathOfPort(const host::ProviderSession& session, const wchar_t* name)
+std::wstring pathOfPort(const wmihost::ProviderSession& session, const wchar_t* name)
 {
     for (const auto& port : session.enumerate(L"Zerix_EthernetPort", {}).objects) {
-        if (host::textOf(*port.get(), L"Name") == name) {
-            return host::textOf(*port.get(), L"__RELPATH");
+        if (wmihost::textOf(*port.get(), L"Name") == name) {
+            return wmihost::textOf(*port.get(), L"__RELPATH");
         }
     }
     return {};
@@ -261,9 +261,9 @@ TEST_F(AdaptersComeAndGoTest, noRequestFailsAndNothingStaleIsRead)
     ASSERT_FALSE(quiet.empty());
     const std::wstring staying = pathOfPort(*m_session, L"v0");
     ASSERT_FALSE(staying.empty());
-    const host::ClassTarget parameters = m_workspace->findClass(L"__PARAMETERS", L"");
-    const host::ComPtr<IWbemClassObject> noArguments =
-        host::ClassObject::ofInstance(host::InstanceData(parameters.definition));
+    const wmihost::ClassTarget parameters = m_workspace->findClass(L"__PARAMETERS", L"");
+    const wmihost::ComPtr<IWbemClassObject> noArguments =
+        wmihost::ClassObject::ofInstance(wmihost::InstanceData(parameters.definition));
 
     std::vector<std::thread> clients;
     for (std::size_t number = 0; number < CLIENTS; ++number) {
@@ -323,14 +323,14 @@ TEST_F(AdaptersComeAndGoTest, quietMachineIsShownAsItIs)
     EXPECT_EQ(guidsIn(ports, L"DeviceID"), adaptersOfTheSystem());
     std::wofstream found(fileNamedBy("ZERIX_FOUND"));
     for (const auto& port : ports) {
-        found << L"port " << host::textOf(*port.get(), L"Name") << L"\n";
+        found << L"port " << wmihost::textOf(*port.get(), L"Name") << L"\n";
     }
     for (const auto& endpoint : m_session->enumerate(L"Zerix_IPProtocolEndpoint", {}).objects) {
-        found << L"address " << host::textOf(*endpoint.get(), L"IPv4Address")
-              << host::textOf(*endpoint.get(), L"IPv6Address") << L"\n";
+        found << L"address " << wmihost::textOf(*endpoint.get(), L"IPv4Address")
+              << wmihost::textOf(*endpoint.get(), L"IPv6Address") << L"\n";
     }
     for (const auto& link : m_session->enumerate(L"Zerix_PortImplementsEndpoint", {}).objects) {
-        const std::wstring port = host::textOf(*link.get(), L"Antecedent");
+        const std::wstring port = wmihost::textOf(*link.get(), L"Antecedent");
         EXPECT_EQ(m_session->get(port, {}).status, WBEM_S_NO_ERROR) << port;
     }
 }

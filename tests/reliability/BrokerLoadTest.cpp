@@ -5,10 +5,10 @@
 #include <optional>
 
 #include "Utils/Exception.h"
-#include "adapters/wmi/MethodErrors.h"
-#include "companion/Fakes.h"
-#include "companion/ObjectBroker.h"
-#include "companion/Properties.h"
+#include "broker/Fakes.h"
+#include "broker/ObjectBroker.h"
+#include "broker/Properties.h"
+#include "core/MethodErrors.h"
 #include "reliability/Clients.h"
 #include "reliability/RunTime.h"
 #include "support/LogCapture.h"
@@ -38,7 +38,7 @@ protected:
         m_storage.set("Diagnostics", "SamplePeriodMilliseconds", "10");
         m_adapters.set(std::vector{fakes::address(1, "192.0.2.1"), fakes::address(2, "192.0.2.2")});
         changeAdapters();
-        m_broker.emplace(companion::Platform{m_adapters, m_machine, m_storage, m_thread});
+        m_broker.emplace(broker::Platform{m_adapters, m_machine, m_storage, m_thread});
     }
 
     // The jobs end before the broker that they belong to.
@@ -60,12 +60,11 @@ protected:
     {
         m_machine.time += 10'000;
         const unsigned turn = ++m_turn;
-        std::vector<companion::Adapter> adapters;
+        std::vector<broker::Adapter> adapters;
         for (unsigned number = 1; number <= PORTS; ++number) {
             adapters.push_back(fakes::adapter(number));
             adapters.back().counters.bytesReceived += turn;
-            adapters.back().operational =
-                turn % 2 == 0 ? companion::OperationalState::UP : companion::OperationalState::DOWN;
+            adapters.back().operational = turn % 2 == 0 ? broker::OperationalState::UP : broker::OperationalState::DOWN;
         }
         m_adapters.set(std::move(adapters));
         if (turn % 100 == 0) {
@@ -200,7 +199,7 @@ protected:
     fakes::Storage m_storage;
     fakes::RealThread m_thread;
     std::atomic<unsigned> m_turn{0};
-    std::optional<companion::ObjectBroker> m_broker;
+    std::optional<broker::ObjectBroker> m_broker;
 };
 
 TEST_F(BrokerLoadTest, eightClientsAtOnceGetTheirAnswers)

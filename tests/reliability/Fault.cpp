@@ -191,7 +191,7 @@ constexpr auto adapterError = [](auto&&...) { return ULONG{Error}; };
 
 constexpr auto noSlot = [](auto&&...) { return FLS_OUT_OF_INDEXES; };
 
-const std::vector<FaultPoint>& companionTable()
+const std::vector<FaultPoint>& brokerTable()
 {
     static const std::vector<FaultPoint> points{
         {"CreateMutexA", "null", UNCHANGED | EXCEPTION | NOT_THERE, 0,
@@ -258,9 +258,9 @@ std::span<const FaultPoint> faultPoints()
     return table();
 }
 
-std::span<const FaultPoint> companionFaultPoints()
+std::span<const FaultPoint> brokerFaultPoints()
 {
-    return companionTable();
+    return brokerTable();
 }
 
 Fault::Fault(const FaultPoint& point, HMODULE module) : m_hook(point.install(point.function, module))

@@ -36,8 +36,8 @@ struct FaultPoint
 // Every way in which a platform call of the provider is made to fail.
 std::span<const FaultPoint> faultPoints();
 
-// The same for the companion.
-std::span<const FaultPoint> companionFaultPoints();
+// The same for the broker.
+std::span<const FaultPoint> brokerFaultPoints();
 
 // Makes the given call of one function fail, once, counting from 1, from the moment it is armed. The module must stay
 // loaded for the fault's life. One at a time; the calls of any thread count.

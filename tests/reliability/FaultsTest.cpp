@@ -74,7 +74,7 @@ protected:
     void failEveryCall(int level)
     {
         const support::LogCapture log(level);
-        const HMODULE companion = LoadLibraryA("ZerixCimCore.dll");
+        const HMODULE broker = LoadLibraryA("ZerixCimCore.dll");
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         const support::ComMemory comMemory;
         attempt(GetParam(), comMemory, nullptr, 0);
@@ -94,7 +94,7 @@ protected:
                   << point.failure << " | " << row.calls << " | " << row.fired << " | " << reliability::effectsText(row)
                   << " |\n";
         }
-        FreeLibrary(companion);
+        FreeLibrary(broker);
     }
 
 private:

@@ -6,9 +6,9 @@
 #include <iterator>
 #include <regex>
 
-#include "host/MofCompiler.h"
 #include "reliability/RandomMof.h"
 #include "reliability/RunTime.h"
+#include "wmihost/mof/MofCompiler.h"
 
 // MOF texts with random mistakes. Each is read, or refused with a message that says where the mistake stands.
 namespace {
@@ -69,8 +69,8 @@ TEST(HostileMofTest, everyTextIsReadOrRefusedWithThePlaceOfTheMistake)
 {
     const std::array<std::string, 2> sound{std::string(SHORT_MOF), contentOf(ZERIX_MOF)};
     for (const std::string& text : sound) {
-        host::ClassRepository repository;
-        ASSERT_NO_THROW(host::compileMofText(text, "hostile.mof", repository));
+        wmihost::ClassRepository repository;
+        ASSERT_NO_THROW(wmihost::compileMofText(text, "hostile.mof", repository));
     }
     const char* const seedText = std::getenv("ZERIX_SEED");
     const unsigned seed = seedText == nullptr ? 1 : static_cast<unsigned>(std::atoi(seedText));
@@ -83,11 +83,11 @@ TEST(HostileMofTest, everyTextIsReadOrRefusedWithThePlaceOfTheMistake)
         const std::string text = random.changed(sound[random.below(8) == 0 ? 1 : 0]);
         const std::string where = "seed " + std::to_string(seed) + ", text " + std::to_string(read + refused);
         const Clock::time_point begin = Clock::now();
-        host::ClassRepository repository;
+        wmihost::ClassRepository repository;
         try {
-            host::compileMofText(text, "hostile.mof", repository);
+            wmihost::compileMofText(text, "hostile.mof", repository);
             ++read;
-        } catch (const host::MofError& error) {
+        } catch (const wmihost::MofError& error) {
             ASSERT_THAT(complaintAbout(error.what(), text), testing::IsEmpty()) << where << "\n" << text;
             ++refused;
         } catch (const std::exception& exception) {

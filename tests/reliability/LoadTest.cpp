@@ -3,21 +3,21 @@
 #include <filesystem>
 #include <optional>
 
-#include "host/ClassObject.h"
-#include "host/ObjectReader.h"
-#include "host/Workspace.h"
 #include "reliability/Clients.h"
 #include "reliability/KnownFactory.h"
 #include "reliability/RunTime.h"
+#include "wmihost/com/ClassObject.h"
+#include "wmihost/com/ObjectReader.h"
+#include "wmihost/session/Workspace.h"
 
-// Eight clients at once through one provider object, with the real companion behind it: every kind of request, jobs
+// Eight clients at once through one provider object, with the real broker behind it: every kind of request, jobs
 // starting and being deleted, settings changing. Every answer is checked; a request that does not come back is told
 // with what every client was doing.
 namespace {
 
 using reliability::Work;
 
-std::string complaint(const host::RequestResult& result, HRESULT expected)
+std::string complaint(const wmihost::RequestResult& result, HRESULT expected)
 {
     if (!result.exception.empty()) {
         return "threw " + result.exception;
@@ -36,27 +36,27 @@ protected:
         m_workspace.emplace(std::filesystem::path(ZERIX_MOF));
     }
 
-    const host::ProviderSession& session(std::wstring_view className)
+    const wmihost::ProviderSession& session(std::wstring_view className)
     {
         return m_workspace->sessionFor(m_workspace->findClass(className, L""));
     }
 
-    host::ComPtr<IWbemClassObject> emptyInstance(std::wstring_view className)
+    wmihost::ComPtr<IWbemClassObject> emptyInstance(std::wstring_view className)
     {
-        const host::ClassTarget target = m_workspace->findClass(className, L"");
-        return host::ClassObject::ofInstance(host::InstanceData(target.definition));
+        const wmihost::ClassTarget target = m_workspace->findClass(className, L"");
+        return wmihost::ClassObject::ofInstance(wmihost::InstanceData(target.definition));
     }
 
     // Every object must be of its class and have a path, and there must be as many as in the quiet machine.
     Work listing(const char* name, std::wstring className)
     {
-        const host::ProviderSession& provider = session(className);
+        const wmihost::ProviderSession& provider = session(className);
         const std::size_t expected = provider.enumerate(className, {}).objects.size();
         return {name, [className, expected, &provider]() -> std::string {
-                    const host::RequestResult result = provider.enumerate(className, {});
+                    const wmihost::RequestResult result = provider.enumerate(className, {});
                     for (const auto& object : result.objects) {
-                        if (host::textOf(*object.get(), L"__CLASS") != className ||
-                            host::textOf(*object.get(), L"__RELPATH").empty()) {
+                        if (wmihost::textOf(*object.get(), L"__CLASS") != className ||
+                            wmihost::textOf(*object.get(), L"__RELPATH").empty()) {
                             return "an object without its class or path";
                         }
                     }
@@ -69,17 +69,17 @@ protected:
     }
 
     std::optional<reliability::KnownFactory> m_factory;
-    std::optional<host::Workspace> m_workspace;
+    std::optional<wmihost::Workspace> m_workspace;
 };
 
 TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
 {
-    const host::ProviderSession& provider = session(L"Zerix_EthernetPort");
+    const wmihost::ProviderSession& provider = session(L"Zerix_EthernetPort");
     const auto ports = provider.enumerate(L"Zerix_EthernetPort", {}).objects;
     const auto settings = provider.enumerate(L"Zerix_DiagnosticSetting", {}).objects;
     ASSERT_FALSE(settings.empty());
-    const std::wstring settingPath = host::textOf(*settings.front().get(), L"__RELPATH");
-    const host::ComPtr<IWbemClassObject> noArguments = emptyInstance(L"__PARAMETERS");
+    const std::wstring settingPath = wmihost::textOf(*settings.front().get(), L"__RELPATH");
+    const wmihost::ComPtr<IWbemClassObject> noArguments = emptyInstance(L"__PARAMETERS");
 
     std::vector<Work> works{
         listing("list ports", L"Zerix_EthernetPort"),
@@ -95,7 +95,7 @@ TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
          }},
         {"change a setting",
          [&] {
-             const host::RequestResult found = provider.get(settingPath, {});
+             const wmihost::RequestResult found = provider.get(settingPath, {});
              return found.objects.empty() ? "no setting" : complaint(provider.put(found.objects.front().get(), {}), 0);
          }},
         {"restore the defaults",
@@ -111,10 +111,10 @@ TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
         // Jobs come and go under everybody's hands: one that another client has deleted is not found any more.
         {"delete a job",
          [&]() -> std::string {
-             const host::RequestResult jobs = provider.enumerate(L"Zerix_ConcreteJob", {});
+             const wmihost::RequestResult jobs = provider.enumerate(L"Zerix_ConcreteJob", {});
              if (!jobs.objects.empty()) {
-                 const std::wstring path = host::textOf(*jobs.objects.front().get(), L"__RELPATH");
-                 const host::RequestResult removed = provider.remove(path, {});
+                 const std::wstring path = wmihost::textOf(*jobs.objects.front().get(), L"__RELPATH");
+                 const wmihost::RequestResult removed = provider.remove(path, {});
                  if (removed.status != static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
                      return complaint(removed, WBEM_S_NO_ERROR);
                  }
@@ -123,7 +123,7 @@ TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
          }},
     };
     if (!ports.empty()) {
-        const std::wstring portPath = host::textOf(*ports.front().get(), L"__RELPATH");
+        const std::wstring portPath = wmihost::textOf(*ports.front().get(), L"__RELPATH");
         works.push_back(
             {"get a port", [portPath, &provider] { return complaint(provider.get(portPath, {}), WBEM_S_NO_ERROR); }});
         works.push_back({"start a job", [portPath, &provider, &noArguments] {

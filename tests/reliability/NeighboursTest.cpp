@@ -7,8 +7,8 @@
 #include <stdexcept>
 
 #include "Utils/Exception.h"
-#include "adapters/wmi/MethodErrors.h"
 #include "core/CimPropertyTypes.h"
+#include "core/MethodErrors.h"
 #include "reliability/Surroundings.h"
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"

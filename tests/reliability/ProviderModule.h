@@ -7,11 +7,11 @@
 
 namespace reliability {
 
-// Who answers the provider: the broker of the test (support::FakeBroker) or the built companion.
+// Who answers the provider: the broker of the test (support::FakeBroker) or the built broker.
 enum class Broker
 {
     standIn,
-    companion
+    built
 };
 
 // The built provider, loaded anew and unloaded again, with a registry for its own entries that only records what it is

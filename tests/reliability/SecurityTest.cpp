@@ -125,7 +125,7 @@ TEST_F(SecurityTest, atTheDefaultLevelOnlyErrorsAreWritten)
     EXPECT_THAT(m_log.events(), Each(testing::ContainsRegex(": error: ")));
 }
 
-// The real companion. The registry answers as it does an identity that may not write.
+// The real broker. The registry answers as it does an identity that may not write.
 LSTATUS WINAPI createDenied(HKEY, LPCSTR, DWORD, LPSTR, DWORD, REGSAM, LPSECURITY_ATTRIBUTES, HKEY*, LPDWORD)
 {
     return ERROR_ACCESS_DENIED;
@@ -150,12 +150,12 @@ TEST(SecuritySettingsTest, identityWithoutRightsIsDeniedAndChangesNothing)
     const support::LogCapture log(1);
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     support::CallLog registryCalls;
-    const reliability::ProviderModule module(registryCalls, reliability::Broker::companion);
-    const HMODULE companion = GetModuleHandleA("ZerixCimCore.dll");
+    const reliability::ProviderModule module(registryCalls, reliability::Broker::built);
+    const HMODULE broker = GetModuleHandleA("ZerixCimCore.dll");
     const std::string before = storedPeriod();
 
-    const support::ImportHook create("RegCreateKeyExA", &createDenied, companion);
-    const support::ImportHook open("RegOpenKeyExA", &openToReadOnly, companion);
+    const support::ImportHook create("RegCreateKeyExA", &createDenied, broker);
+    const support::ImportHook open("RegOpenKeyExA", &openToReadOnly, broker);
     Surroundings surroundings;
     const reliability::Provider provider(module, surroundings);
     support::FakeClassObject setting(surroundings.calls, "Setting");

@@ -12,18 +12,18 @@
 
 #include "adapters/wmi/ProviderIdentity.h"
 #include "core/CimPropertyTypes.h"
-#include "host/ClassObject.h"
-#include "host/MofCompiler.h"
-#include "host/ObjectReader.h"
-#include "host/commands/Requests.h"
 #include "requests/ProviderModule.h"
 #include "support/Describe.h"
 #include "support/FakeBroker.h"
-#include "tests/host/PlatformPath.h"
+#include "tests/wmihost/PlatformPath.h"
+#include "wmihost/com/ClassObject.h"
+#include "wmihost/com/ObjectReader.h"
+#include "wmihost/commands/Requests.h"
+#include "wmihost/mof/MofCompiler.h"
 
 // What the provider and its host say, held against what the platform says about the same: its class objects, its
 // adapters, its parser of paths. None of the judges shares a line of code with this product.
-namespace host {
+namespace wmihost {
 namespace {
 
 // The built provider, served to COM in this process without an entry in the registry.
@@ -167,7 +167,7 @@ TEST_F(PlatformSignatureTest, ATextReachesThePlatformsObject)
                                         "{ReturnValue = uint32 0; sValue = string ''}, null)"}));
 }
 
-// The provider with its companion library, asked by the host about this machine.
+// The provider with its broker, asked by the host about this machine.
 class LiveJudgesTest : public testing::Test
 {
 protected:
@@ -300,4 +300,4 @@ TEST_F(LiveJudgesTest, ThePlatformReadsEveryPathAsItIsMeant)
 }
 
 }  // namespace
-}  // namespace host
+}  // namespace wmihost

@@ -12,12 +12,12 @@
 #include <set>
 
 #include "Utils/Utils.h"
-#include "host/MofCompiler.h"
-#include "host/NamespaceServices.h"
-#include "host/ResponseSink.h"
 #include "requests/RequestTest.h"
+#include "wmihost/com/NamespaceServices.h"
+#include "wmihost/com/ResponseSink.h"
+#include "wmihost/mof/MofCompiler.h"
 
-// The built provider with the built companion library on this machine's own adapters, and with the classes as they are
+// The built provider with the built broker on this machine's own adapters, and with the classes as they are
 // installed: every value that comes has to fit its property's declaration.
 namespace {
 
@@ -44,10 +44,10 @@ class LiveRequestTest : public testing::Test
 protected:
     void SetUp() override
     {
-        host::compileMofFile(std::filesystem::path(ZERIX_MOF), repository);
-        const host::Namespace* const own = repository.findNamespace(L"root\\DCIM\\vexal");
+        wmihost::compileMofFile(std::filesystem::path(ZERIX_MOF), repository);
+        const wmihost::Namespace* const own = repository.findNamespace(L"root\\DCIM\\vexal");
         ASSERT_NE(own, nullptr);
-        services = host::ComPtr<host::NamespaceServices>::adopt(new host::NamespaceServices(repository, *own));
+        services = wmihost::ComPtr<wmihost::NamespaceServices>::adopt(new wmihost::NamespaceServices(repository, *own));
         *provider.out() = module.createProvider();
         utils::ComReference<IWbemProviderInit> init;
         provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
@@ -56,10 +56,10 @@ protected:
         module.captureLog();
     }
 
-    std::vector<host::ComPtr<IWbemClassObject>> enumerate(const char* className)
+    std::vector<wmihost::ComPtr<IWbemClassObject>> enumerate(const char* className)
     {
-        const auto response = std::make_shared<host::Response>(nullptr);
-        const auto sink = host::ComPtr<host::ResponseSink>::adopt(new host::ResponseSink(response));
+        const auto response = std::make_shared<wmihost::Response>(nullptr);
+        const auto sink = wmihost::ComPtr<wmihost::ResponseSink>::adopt(new wmihost::ResponseSink(response));
         const utils::ScopedBstr name(className);
         EXPECT_EQ(provider->CreateInstanceEnumAsync(name.get(), 0, &context, sink.get()), 0);
         EXPECT_EQ(response->status(), HRESULT{0});
@@ -79,15 +79,15 @@ protected:
     support::FakeContext context{calls};
     support::CallContext call{calls};
     ProviderModule module;
-    host::ClassRepository repository;
-    host::ComPtr<host::NamespaceServices> services;
+    wmihost::ClassRepository repository;
+    wmihost::ComPtr<wmihost::NamespaceServices> services;
     utils::ComReference<IWbemServices> provider;
 };
 
 TEST_F(LiveRequestTest, ThePortsAreThisMachinesAdapters)
 {
     std::set<std::string> identifiers;
-    for (const host::ComPtr<IWbemClassObject>& port : enumerate("Zerix_EthernetPort")) {
+    for (const wmihost::ComPtr<IWbemClassObject>& port : enumerate("Zerix_EthernetPort")) {
         identifiers.insert(textOf(port.get(), L"DeviceID"));
     }
     EXPECT_FALSE(identifiers.empty());
@@ -97,10 +97,10 @@ TEST_F(LiveRequestTest, ThePortsAreThisMachinesAdapters)
 
 TEST_F(LiveRequestTest, EachPortIsFoundAgainUnderItsPath)
 {
-    for (const host::ComPtr<IWbemClassObject>& port : enumerate("Zerix_EthernetPort")) {
+    for (const wmihost::ComPtr<IWbemClassObject>& port : enumerate("Zerix_EthernetPort")) {
         const std::string path = textOf(port.get(), L"__RELPATH");
-        const auto response = std::make_shared<host::Response>(nullptr);
-        const auto sink = host::ComPtr<host::ResponseSink>::adopt(new host::ResponseSink(response));
+        const auto response = std::make_shared<wmihost::Response>(nullptr);
+        const auto sink = wmihost::ComPtr<wmihost::ResponseSink>::adopt(new wmihost::ResponseSink(response));
         const utils::ScopedBstr text(path);
         EXPECT_EQ(provider->GetObjectAsync(text.get(), 0, &context, sink.get()), 0) << path;
         const auto objects = response->takeObjects();

@@ -24,7 +24,7 @@ public:
     HRESULT registerServer() const;
     HRESULT unregisterServer() const;
 
-    // From here on the provider asks the test's broker instead of the companion library.
+    // From here on the provider asks the test's broker instead of the broker.
     void useTheTestsBroker();
 
     // From here on a LogCapture that lives collects the provider's lines too.

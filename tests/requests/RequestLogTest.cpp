@@ -80,7 +80,7 @@ LONG CALLBACK hearDebugger(EXCEPTION_POINTERS* exception)
 TEST(RequestLogLoadTest, LoadingAndUnloading)
 {
     const StandardErrorFile standardError;
-    // The companion library first, whose lines are its own.
+    // The broker first, whose lines are its own.
     const HMODULE core = LoadLibraryA("ZerixCimCore.dll");
     ASSERT_NE(core, nullptr);
     const std::size_t before = standardError.lines().size();

@@ -3,7 +3,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "adapters/wmi/MethodErrors.h"
+#include "core/MethodErrors.h"
 #include "requests/RequestTest.h"
 #include "support/Thrown.h"
 

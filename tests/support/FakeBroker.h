@@ -34,7 +34,7 @@ private:
     CallLog& m_calls;
 };
 
-// The two operations that the companion library exports by name, on the broker that lives. Throw std::logic_error when
+// The two operations that the broker exports by name, on the broker that lives. Throw std::logic_error when
 // there is none. They have the calling convention of those.
 core::CimBroker* brokerInUse();
 core::CimInstance* findInstance(core::CimBroker* broker, core::CimPath& path);

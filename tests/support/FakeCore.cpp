@@ -1,7 +1,7 @@
 #include "core/CimBroker.h"
 #include "support/FakeBroker.h"
 
-// What the companion library exports, for programs that link the provider's code without it.
+// What the broker exports, for programs that link the provider's code without it.
 namespace core {
 
 CimInstance* CimBroker::getInstanceByPath(CimPath& path)

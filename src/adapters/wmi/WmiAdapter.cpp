@@ -11,9 +11,9 @@
 #include "adapters/wmi/Impersonator.h"
 #include "adapters/wmi/InstanceModifier.h"
 #include "adapters/wmi/InstanceRemover.h"
-#include "adapters/wmi/MethodErrors.h"
 #include "adapters/wmi/ServerState.h"
 #include "adapters/wmi/WmiConverter.h"
+#include "core/MethodErrors.h"
 
 namespace {
 

@@ -1,0 +1,122 @@
+#include "broker/ObjectBroker.h"
+
+#include <exception>
+#include <memory>
+
+#include "Utils/Exception.h"
+#include "Utils/Log.h"
+#include "broker/model/Modification.h"
+
+namespace broker {
+
+namespace {
+
+constexpr const char* FILE_NAME = "ObjectBroker";
+
+utils::ENotFound notFound(const core::CimPath& path)
+{
+    return utils::ENotFound("Instance " + path.getModelPath() + " does not exist");
+}
+
+}  // namespace
+
+ObjectBroker::ObjectBroker(const Platform& platform)
+    : m_settings(platform.settings),
+      m_jobs(platform.adapters, platform.machine, platform.jobThread, platform.settings),
+      m_methods(platform.adapters, m_settings, m_jobs),
+      m_workspaces([this, platform] {
+          return std::make_unique<Workspace>(Sources{platform.adapters, platform.machine, m_settings, m_jobs});
+      })
+{
+}
+
+ObjectBroker::~ObjectBroker()
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::ObjectBroker::~ObjectBroker"};
+    try {
+        m_jobs.sweep();
+    } catch (const std::exception& exception) {
+        here.error("Jobs marked for deletion stay: %s", exception.what());
+    }
+}
+
+utils::SafeList<core::CimInstance*> ObjectBroker::getInstances(const std::string& className)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::ObjectBroker::getInstances"};
+    utils::SafeList<core::CimInstance*> result;
+    try {
+        if (const InstanceStore* store = beginRequest().instances(className)) {
+            for (const InstanceStore::Record& record : store->records()) {
+                result.append(record.instance.get());
+            }
+        }
+    } catch (const std::exception& exception) {
+        here.error("Reading of class %s failed: %s", className.c_str(), exception.what());
+        result.clear();
+    }
+    return result;
+}
+
+void ObjectBroker::modifyInstance(core::CimPath& path, core::CimPropertyList& properties)
+{
+    try {
+        Workspace& workspace = beginRequest();
+        const InstanceStore* store = workspace.instances(path.getClassName());
+        const InstanceStore::Record* record = store == nullptr ? nullptr : store->find(path, workspace);
+        if (record == nullptr) {
+            throw notFound(path);
+        }
+        modify(*store, *record, properties, workspace, m_settings);
+    } catch (const utils::EInvalidParameter&) {
+        throw;
+    } catch (const utils::EForbidden&) {
+        throw;
+    } catch (const utils::ENotSupported&) {
+        throw;
+    } catch (const utils::ENotFound&) {
+        throw;
+    } catch (const utils::EFailed&) {
+        throw;
+    } catch (const std::exception& exception) {
+        // Callers know these five and no other.
+        throw utils::EFailed(exception.what());
+    }
+}
+
+std::uint32_t ObjectBroker::invokeMethod(core::CimPath& path, const std::string& methodName,
+                                         core::CimPropertyList& inArguments, core::CimPropertyList& outArguments,
+                                         core::CimInstance*& job)
+{
+    Workspace& workspace = beginRequest();
+    const InstanceStore::Record* target = workspace.find(path);
+    if (target == nullptr) {
+        throw notFound(path);
+    }
+    return m_methods.invoke(workspace, methodName, {*target, inArguments, outArguments, job});
+}
+
+core::CimInstance* ObjectBroker::findInstance(const core::CimPath& path)
+{
+    const InstanceStore::Record* record = beginRequest().find(path);
+    return record == nullptr ? nullptr : record->instance.get();
+}
+
+Workspace& ObjectBroker::beginRequest()
+{
+    m_jobs.sweep();
+    Workspace& workspace = m_workspaces.lease();
+    workspace.begin();
+    return workspace;
+}
+
+}  // namespace broker
+
+namespace core {
+
+CimInstance* CimBroker::getInstanceByPath(CimPath& path)
+{
+    // Every broker of this library is one of these.
+    return static_cast<broker::ObjectBroker*>(this)->findInstance(path);
+}
+
+}  // namespace core

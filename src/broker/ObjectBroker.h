@@ -1,0 +1,59 @@
+#pragma once
+
+#include "broker/Methods.h"
+#include "broker/jobs/JobTable.h"
+#include "broker/model/SettingsStore.h"
+#include "broker/model/WorkspacePool.h"
+#include "broker/platform/AdapterSource.h"
+#include "broker/platform/JobThread.h"
+#include "broker/platform/Machine.h"
+#include "broker/platform/SettingsStorage.h"
+#include "core/CimBroker.h"
+
+namespace broker {
+
+// What a broker stands on. All must outlive it.
+struct Platform
+{
+    AdapterSource& adapters;
+    Machine& machine;
+    SettingsStorage& settings;
+    JobThread& jobThread;
+};
+
+// The broker over the live machine. Every operation first leases a workspace to the calling thread and brings the
+// classes up to date that it needs; no lock is held meanwhile, so requests of several threads run side by side.
+class ObjectBroker : public core::CimBroker
+{
+public:
+    explicit ObjectBroker(const Platform& platform);
+
+    // Drops the jobs that the last request has marked for deletion: no request comes after it.
+    ~ObjectBroker() override;
+    ObjectBroker(const ObjectBroker&) = delete;
+    ObjectBroker& operator=(const ObjectBroker&) = delete;
+
+    // Never throws for a class that cannot be read: the reason is logged and the list empty. (What is left is a list
+    // that cannot be made at all, for want of memory or of a mutex.)
+    utils::SafeList<core::CimInstance*> getInstances(const std::string& className) override;
+
+    void modifyInstance(core::CimPath& path, core::CimPropertyList& properties) override;
+
+    std::uint32_t invokeMethod(core::CimPath& path, const std::string& methodName, core::CimPropertyList& inArguments,
+                               core::CimPropertyList& outArguments, core::CimInstance*& job) override;
+
+    // What core::CimBroker::getInstanceByPath gives.
+    core::CimInstance* findInstance(const core::CimPath& path);
+
+private:
+    // The calling thread's workspace at the begin of a request; jobs that are to go are gone.
+    Workspace& beginRequest();
+
+    SettingsStore m_settings;
+    JobTable m_jobs;
+    Methods m_methods;
+    // The last member: the instances that show jobs end before the jobs.
+    WorkspacePool m_workspaces;
+};
+
+}  // namespace broker

@@ -1,0 +1,112 @@
+#include "broker/classes/EndpointClasses.h"
+
+#include <array>
+
+#include "Utils/Utils.h"
+#include "broker/classes/PortClasses.h"
+
+namespace broker {
+
+namespace {
+
+std::optional<std::string> textOfFamily(const Address& address, AddressFamily family)
+{
+    return address.family == family ? std::make_optional(address.text) : std::nullopt;
+}
+
+const std::string& systemClassName(const EndpointRow& /*row*/)
+{
+    return computerSystemClass();
+}
+const std::string& systemName(const EndpointRow& row)
+{
+    return row.systemName;
+}
+std::string className(const EndpointRow& /*row*/)
+{
+    return IP_PROTOCOL_ENDPOINT;
+}
+std::string name(const EndpointRow& row)
+{
+    return endpointName(row.address);
+}
+std::optional<std::string> ipv4Address(const EndpointRow& row)
+{
+    return textOfFamily(row.address, AddressFamily::IPV4);
+}
+std::optional<std::string> ipv6Address(const EndpointRow& row)
+{
+    return textOfFamily(row.address, AddressFamily::IPV6);
+}
+
+std::optional<std::string> subnetMask(const EndpointRow& row)
+{
+    constexpr std::uint32_t ALL_BITS = 32;
+    if (row.address.family != AddressFamily::IPV4 || row.address.prefixLength > ALL_BITS) {
+        return std::nullopt;
+    }
+    // As 64 bits: shifting a 32-bit number by 32, for the empty prefix, is undefined.
+    const std::uint64_t mask = (0xFFFFFFFFULL << (ALL_BITS - row.address.prefixLength)) & 0xFFFFFFFFULL;
+    const auto byte = [mask](int shift) { return static_cast<int>((mask >> shift) & 0xFFU); };
+    return utils::format("%d.%d.%d.%d", byte(24), byte(16), byte(8), byte(0));
+}
+
+std::uint8_t prefixLength(const EndpointRow& row)
+{
+    return row.address.prefixLength;
+}
+
+std::uint16_t protocolType(const EndpointRow& row)
+{
+    constexpr std::uint16_t IPV4 = 4096;
+    constexpr std::uint16_t IPV6 = 4097;
+    return row.address.family == AddressFamily::IPV4 ? IPV4 : IPV6;
+}
+
+std::uint16_t addressOrigin(const EndpointRow& row)
+{
+    constexpr std::uint16_t OTHER = 1;
+    constexpr std::uint16_t STATIC = 3;
+    constexpr std::uint16_t DHCP = 4;
+    constexpr std::uint16_t IPV4_LINK_LOCAL = 6;
+    constexpr std::uint16_t DHCPV6 = 7;
+    constexpr std::uint16_t IPV6_AUTOCONFIG = 8;
+    constexpr std::uint16_t LINK_LOCAL = 10;
+    const bool isIpv4 = row.address.family == AddressFamily::IPV4;
+    switch (row.address.origin) {
+        case AddressOrigin::MANUAL:
+            return STATIC;
+        case AddressOrigin::WELL_KNOWN:
+            return isIpv4 ? IPV4_LINK_LOCAL : LINK_LOCAL;
+        case AddressOrigin::DHCP:
+            return isIpv4 ? DHCP : DHCPV6;
+        case AddressOrigin::ROUTER_ADVERTISEMENT:
+            return IPV6_AUTOCONFIG;
+        default:
+            return OTHER;
+    }
+}
+
+constexpr std::array endpointColumns{
+    key<&systemClassName>("SystemCreationClassName"),
+    key<&systemName>("SystemName"),
+    key<&className>("CreationClassName"),
+    key<&name>("Name"),
+    column<&ipv4Address>("IPv4Address"),
+    column<&ipv6Address>("IPv6Address"),
+    column<&subnetMask>("SubnetMask"),
+    column<&prefixLength>("PrefixLength"),
+    column<&protocolType>("ProtocolIFType"),
+    column<&addressOrigin>("AddressOrigin"),
+};
+
+}  // namespace
+
+const ClassDescription<EndpointRow> ipProtocolEndpointClass{IP_PROTOCOL_ENDPOINT, endpointColumns, &name};
+
+std::string endpointName(const Address& address)
+{
+    return address.adapterGuid + ":" + address.text;
+}
+
+}  // namespace broker

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace broker {
+
+// What the job thread does.
+class JobWork
+{
+public:
+    JobWork(const JobWork&) = delete;
+    JobWork& operator=(const JobWork&) = delete;
+
+    // Does what is due and says after how many milliseconds it wants to be called again, or that nothing is left to do.
+    virtual std::optional<std::uint32_t> work() noexcept = 0;
+
+protected:
+    JobWork() = default;
+    ~JobWork() = default;
+};
+
+// Platform boundary: the thread that carries on the jobs, while there are any.
+// CONTRACT: nobody waits for the thread; the module stays loaded while it runs, and the process may end at any moment.
+class JobThread
+{
+public:
+    JobThread() = default;
+    virtual ~JobThread() = default;
+    JobThread(const JobThread&) = delete;
+    JobThread& operator=(const JobThread&) = delete;
+
+    // Starts a thread of the process's own identity that calls work() until nothing is left. False, and one error line,
+    // when the platform has no thread to give. Called again only after work() has decided that nothing is left; the
+    // thread before may still be on its way out.
+    virtual bool start(JobWork& work) = 0;
+
+    // Cuts the present wait, or the next one, short. Any thread.
+    virtual void wake() noexcept = 0;
+};
+
+}  // namespace broker

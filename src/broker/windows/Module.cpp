@@ -1,0 +1,51 @@
+#include "Utils/ProcessEnd.h"
+#include "broker/ObjectBroker.h"
+#include "broker/windows/PlatformAdapters.h"
+#include "broker/windows/RegistryStorage.h"
+#include "broker/windows/WindowsJobThread.h"
+#include "broker/windows/WindowsMachine.h"
+
+namespace {
+
+// The broker with the platform under it.
+struct BrokerModule
+{
+    broker::PlatformAdapters adapters;
+    broker::WindowsMachine machine;
+    broker::RegistryStorage settings;
+    broker::WindowsJobThread jobThread;
+    broker::ObjectBroker broker{{adapters, machine, settings, jobThread}};
+};
+
+// Ends with the module, but not with the process: there, threads are gone wherever they stood.
+class Holder
+{
+public:
+    Holder() : m_module(new BrokerModule) {}
+    ~Holder()
+    {
+        if (!utils::processIsEnding()) {
+            delete m_module;
+        }
+    }
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+
+    core::CimBroker* broker() const noexcept { return &m_module->broker; }
+
+private:
+    BrokerModule* m_module;
+};
+
+}  // namespace
+
+namespace core {
+
+CimBroker* GetCimBroker()
+{
+    // Made by the first caller; when that fails, the next caller tries again.
+    static const Holder holder;
+    return holder.broker();
+}
+
+}  // namespace core

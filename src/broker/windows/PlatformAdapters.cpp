@@ -1,0 +1,231 @@
+#include "broker/windows/PlatformAdapters.h"
+
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include "Os/Windows/Platform.h"
+
+#include <iphlpapi.h>
+#include <mstcpip.h>
+#include <netioapi.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+#include "Os/Windows/AnsiText.h"
+#include "Utils/Log.h"
+#include "Utils/Utils.h"
+
+namespace broker {
+
+namespace {
+
+constexpr const char* FILE_NAME = "PlatformAdapters";
+
+struct TableFreer
+{
+    void operator()(MIB_IF_TABLE2* table) const noexcept { FreeMibTable(table); }
+};
+
+std::string guidText(const GUID& guid)
+{
+    const unsigned char* tail = guid.Data4;
+    return utils::format("{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", static_cast<unsigned>(guid.Data1),
+                         guid.Data2, guid.Data3, tail[0], tail[1], tail[2], tail[3], tail[4], tail[5], tail[6],
+                         tail[7]);
+}
+
+std::string hexDigits(const UCHAR* bytes, ULONG length)
+{
+    static constexpr char DIGITS[] = "0123456789ABCDEF";
+    std::string result;
+    for (ULONG i = 0; i < std::min<ULONG>(length, IF_MAX_PHYS_ADDRESS_LENGTH); ++i) {
+        result += DIGITS[bytes[i] >> 4];
+        result += DIGITS[bytes[i] & 0xF];
+    }
+    return result;
+}
+
+// A link that tells no speed tells 0 or all ones.
+std::optional<std::uint64_t> speed(ULONG64 bitsPerSecond)
+{
+    return bitsPerSecond == 0 || bitsPerSecond == ~ULONG64{0} ? std::nullopt : std::make_optional(bitsPerSecond);
+}
+
+bool isAdapter(const MIB_IF_ROW2& row)
+{
+    // The filters that the platform stacks on an adapter have rows of their own.
+    return row.Type != IF_TYPE_SOFTWARE_LOOPBACK && !row.InterfaceAndOperStatusFlags.FilterInterface;
+}
+
+Adapter adapterFrom(const MIB_IF_ROW2& row)
+{
+    Adapter adapter;
+    adapter.guid = guidText(row.InterfaceGuid);
+    adapter.luid = row.InterfaceLuid.Value;
+    adapter.index = row.InterfaceIndex;
+    adapter.name = utils::narrow(row.Alias);
+    adapter.description = utils::narrow(row.Description);
+    adapter.hardwareAddress = hexDigits(row.PhysicalAddress, row.PhysicalAddressLength);
+    adapter.permanentAddress = hexDigits(row.PermanentPhysicalAddress, row.PhysicalAddressLength);
+    adapter.transmitSpeed = speed(row.TransmitLinkSpeed);
+    adapter.receiveSpeed = speed(row.ReceiveLinkSpeed);
+    adapter.mtu = row.Mtu;
+    adapter.type = row.Type;
+    adapter.operational = static_cast<OperationalState>(row.OperStatus);
+    adapter.administrative = static_cast<AdministrativeState>(row.AdminStatus);
+    adapter.counters.bytesReceived = row.InOctets;
+    adapter.counters.bytesTransmitted = row.OutOctets;
+    adapter.counters.unicastPacketsReceived = row.InUcastPkts;
+    adapter.counters.unicastPacketsTransmitted = row.OutUcastPkts;
+    adapter.counters.nonUnicastPacketsReceived = row.InNUcastPkts;
+    adapter.counters.nonUnicastPacketsTransmitted = row.OutNUcastPkts;
+    adapter.counters.receiveErrors = row.InErrors;
+    adapter.counters.transmitErrors = row.OutErrors;
+    adapter.counters.receiveDiscards = row.InDiscards;
+    adapter.counters.transmitDiscards = row.OutDiscards;
+    return adapter;
+}
+
+AddressOrigin originFrom(NL_PREFIX_ORIGIN origin)
+{
+    switch (origin) {
+        case IpPrefixOriginManual:
+            return AddressOrigin::MANUAL;
+        case IpPrefixOriginWellKnown:
+            return AddressOrigin::WELL_KNOWN;
+        case IpPrefixOriginDhcp:
+            return AddressOrigin::DHCP;
+        case IpPrefixOriginRouterAdvertisement:
+            return AddressOrigin::ROUTER_ADVERTISEMENT;
+        default:
+            return AddressOrigin::OTHER;
+    }
+}
+
+// Empty for a family that is neither of the two.
+std::optional<Address> addressFrom(const IP_ADAPTER_ADDRESSES& adapter, const IP_ADAPTER_UNICAST_ADDRESS& unicast)
+{
+    Address address;
+    std::array<char, INET6_ADDRSTRLEN> text{};
+    const SOCKADDR* socketAddress = unicast.Address.lpSockaddr;
+    if (socketAddress->sa_family == AF_INET) {
+        address.family = AddressFamily::IPV4;
+        RtlIpv4AddressToStringA(&reinterpret_cast<const sockaddr_in*>(socketAddress)->sin_addr, text.data());
+    } else if (socketAddress->sa_family == AF_INET6) {
+        address.family = AddressFamily::IPV6;
+        RtlIpv6AddressToStringA(&reinterpret_cast<const sockaddr_in6*>(socketAddress)->sin6_addr, text.data());
+    } else {
+        return std::nullopt;
+    }
+    address.adapterGuid = adapter.AdapterName;
+    address.text = text.data();
+    address.prefixLength = unicast.OnLinkPrefixLength;
+    address.origin = originFrom(unicast.PrefixOrigin);
+    return address;
+}
+
+// The platform's list of adapters with their addresses, in a buffer of the caller's. Returns the platform's code.
+ULONG adaptersAddresses(std::vector<std::max_align_t>& buffer)
+{
+    constexpr ULONG FLAGS = GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
+    // Enough for most machines at the first attempt; the list may grow between two.
+    constexpr ULONG FIRST_SIZE = 16 * 1024;
+    constexpr int ATTEMPTS = 4;
+    ULONG size = FIRST_SIZE;
+    ULONG status = ERROR_BUFFER_OVERFLOW;
+    for (int attempt = 0; attempt < ATTEMPTS && status == ERROR_BUFFER_OVERFLOW; ++attempt) {
+        buffer.resize(size / sizeof(std::max_align_t) + 1);
+        status = GetAdaptersAddresses(AF_UNSPEC, FLAGS, nullptr, reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data()),
+                                      &size);
+    }
+    return status;
+}
+
+}  // namespace
+
+std::vector<Adapter> PlatformAdapters::readAdapters()
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::PlatformAdapters::readAdapters"};
+    MIB_IF_TABLE2* rows = nullptr;
+    const ULONG status = GetIfTable2(&rows);
+    if (status != NO_ERROR) {
+        here.error("GetIfTable2 error %d", status);
+        return {};
+    }
+    const std::unique_ptr<MIB_IF_TABLE2, TableFreer> table(rows);
+    std::vector<Adapter> adapters;
+    adapters.reserve(table->NumEntries);
+    std::for_each(table->Table, table->Table + table->NumEntries, [&adapters](const MIB_IF_ROW2& row) {
+        if (isAdapter(row)) {
+            adapters.push_back(adapterFrom(row));
+        }
+    });
+    return adapters;
+}
+
+std::vector<Address> PlatformAdapters::readAddresses()
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::PlatformAdapters::readAddresses"};
+    std::vector<std::max_align_t> buffer;
+    const ULONG status = adaptersAddresses(buffer);
+    if (status == ERROR_NO_DATA || status == ERROR_ADDRESS_NOT_ASSOCIATED) {
+        // No adapter has an address: that is an answer, not a failure.
+        return {};
+    }
+    if (status != NO_ERROR) {
+        here.error("GetAdaptersAddresses error %d", status);
+        return {};
+    }
+    std::vector<Address> addresses;
+    for (const auto* adapter = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(buffer.data()); adapter != nullptr;
+         adapter = adapter->Next)
+    {
+        if (adapter->IfType == IF_TYPE_SOFTWARE_LOOPBACK) {
+            continue;
+        }
+        for (const IP_ADAPTER_UNICAST_ADDRESS* unicast = adapter->FirstUnicastAddress; unicast != nullptr;
+             unicast = unicast->Next)
+        {
+            if (std::optional<Address> address = addressFrom(*adapter, *unicast)) {
+                addresses.push_back(std::move(*address));
+            }
+        }
+    }
+    return addresses;
+}
+
+std::optional<Adapter> PlatformAdapters::readAdapter(std::uint64_t luid)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::PlatformAdapters::readAdapter"};
+    MIB_IF_ROW2 row{};
+    row.InterfaceLuid.Value = luid;
+    const ULONG status = GetIfEntry2(&row);
+    if (status != NO_ERROR) {
+        here.error("GetIfEntry2 error %d", status);
+        return std::nullopt;
+    }
+    return adapterFrom(row);
+}
+
+StateChange PlatformAdapters::setAdministrativeState(const Adapter& adapter, AdministrativeState state)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::PlatformAdapters::setAdministrativeState"};
+    MIB_IFROW row{};
+    row.dwIndex = adapter.index;
+    row.dwAdminStatus = static_cast<DWORD>(state);
+    const DWORD status = SetIfEntry(&row);
+    switch (status) {
+        case NO_ERROR:
+            return StateChange::DONE;
+        case ERROR_NOT_SUPPORTED:
+        case ERROR_CALL_NOT_IMPLEMENTED:
+            return StateChange::NOT_SUPPORTED;
+        default:
+            here.error("SetIfEntry %s error %d", adapter.guid.c_str(), status);
+            return StateChange::FAILED;
+    }
+}
+
+}  // namespace broker

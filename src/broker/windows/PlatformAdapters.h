@@ -1,0 +1,17 @@
+#pragma once
+
+#include "broker/platform/AdapterSource.h"
+
+namespace broker {
+
+// The adapters as the platform's IP helper tells them.
+class PlatformAdapters : public AdapterSource
+{
+public:
+    std::vector<Adapter> readAdapters() override;
+    std::vector<Address> readAddresses() override;
+    std::optional<Adapter> readAdapter(std::uint64_t luid) override;
+    StateChange setAdministrativeState(const Adapter& adapter, AdministrativeState state) override;
+};
+
+}  // namespace broker

@@ -1,0 +1,174 @@
+#include "broker/windows/RegistryStorage.h"
+
+#include <algorithm>
+#include <array>
+
+#include "Os/Windows/WindowsRegistry.h"
+#include "Utils/Log.h"
+
+namespace broker {
+
+namespace {
+
+constexpr const char* FILE_NAME = "RegistryStorage";
+
+utils::WindowsRegistry& registry()
+{
+    return *utils::WindowsRegistry::getInstance();
+}
+
+std::string fullPath(const std::string& key)
+{
+    return "Software\\Vexal\\DRAVEv2\\" + key;
+}
+
+// A key that is closed with the scope.
+class OpenKey
+{
+public:
+    OpenKey(const std::string& path, REGSAM access)
+        : m_status(registry().openKey(HKEY_LOCAL_MACHINE, path.c_str(), 0, access, &m_key))
+    {
+    }
+    ~OpenKey()
+    {
+        if (m_status == ERROR_SUCCESS) {
+            registry().closeKey(m_key);
+        }
+    }
+    OpenKey(const OpenKey&) = delete;
+    OpenKey& operator=(const OpenKey&) = delete;
+
+    LSTATUS status() const noexcept { return m_status; }
+    HKEY get() const noexcept { return m_key; }
+
+private:
+    HKEY m_key = nullptr;
+    LSTATUS m_status;
+};
+
+// The path up to its last backslash, and what comes after; the parent is empty when there is no backslash.
+struct SplitPath
+{
+    explicit SplitPath(const std::string& path)
+    {
+        const std::size_t cut = path.rfind('\\');
+        parent = cut == std::string::npos ? std::string() : path.substr(0, cut);
+        child = cut == std::string::npos ? path : path.substr(cut + 1);
+    }
+
+    std::string parent;
+    std::string child;
+};
+
+// What opening the key for writing says or, where it does not exist, opening the nearest one above it that does.
+LSTATUS writeStatus(std::string path)
+{
+    for (;;) {
+        const LSTATUS status = OpenKey(path, KEY_WRITE).status();
+        if (status != ERROR_FILE_NOT_FOUND) {
+            return status;
+        }
+        path = SplitPath(path).parent;
+        if (path.empty()) {
+            return status;
+        }
+    }
+}
+
+// A key that may not be opened is not missing: a client must not be told that it is gone.
+bool isMissing(const std::string& path)
+{
+    return OpenKey(path, KEY_READ).status() == ERROR_FILE_NOT_FOUND;
+}
+
+// Why the key could not be written: the registry object tells success only.
+StoreResult failureOf(const std::string& path)
+{
+    return writeStatus(path) == ERROR_ACCESS_DENIED ? StoreResult::ACCESS_DENIED : StoreResult::FAILED;
+}
+
+}  // namespace
+
+std::map<std::string, StoredValue> RegistryStorage::read(const std::string& key)
+{
+    std::map<std::string, StoredValue> result;
+    const OpenKey opened(fullPath(key), KEY_READ);
+    DWORD maxNameLength = 0;
+    DWORD maxDataLength = 0;
+    if (opened.status() != ERROR_SUCCESS ||
+        registry().queryInfoKey(opened.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                &maxNameLength, &maxDataLength, nullptr, nullptr) != ERROR_SUCCESS)
+    {
+        return result;
+    }
+    // The lengths are those of the longest wide texts; in the code page a character may take more than one byte.
+    constexpr DWORD BYTES_PER_CHARACTER = 4;
+    std::string name(maxNameLength * BYTES_PER_CHARACTER + 1, '\0');
+    std::string data(maxDataLength * BYTES_PER_CHARACTER, '\0');
+    for (DWORD index = 0;; ++index) {
+        DWORD nameLength = static_cast<DWORD>(name.size());
+        DWORD dataLength = static_cast<DWORD>(data.size());
+        DWORD type = REG_NONE;
+        if (registry().enumValue(opened.get(), index, name.data(), &nameLength, nullptr, &type,
+                                 reinterpret_cast<LPBYTE>(data.data()), &dataLength) != ERROR_SUCCESS)
+        {
+            return result;
+        }
+        StoredValue& value = result[name.substr(0, nameLength)];
+        value.isText = type == REG_SZ;
+        if (value.isText) {
+            // A stored text may lack its terminator, or hold something behind it.
+            value.text = data.substr(0, std::min<std::size_t>(data.find('\0'), dataLength));
+        }
+    }
+}
+
+std::vector<std::string> RegistryStorage::children(const std::string& key)
+{
+    std::vector<std::string> result;
+    const OpenKey opened(fullPath(key), KEY_READ);
+    if (opened.status() != ERROR_SUCCESS) {
+        return result;
+    }
+    // The platform's limit for the name of a key is 255 characters, each of four bytes at most.
+    std::array<char, 255 * 4 + 1> name{};
+    for (DWORD index = 0;; ++index) {
+        DWORD length = static_cast<DWORD>(name.size());
+        if (registry().enumKey(opened.get(), index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) !=
+            ERROR_SUCCESS) {
+            return result;
+        }
+        result.emplace_back(name.data(), length);
+    }
+}
+
+bool RegistryStorage::canWrite(const std::string& key)
+{
+    return writeStatus(fullPath(key)) == ERROR_SUCCESS;
+}
+
+StoreResult RegistryStorage::write(const std::string& key, const std::string& name, const std::string& text)
+{
+    const std::string path = fullPath(key);
+    return registry().setKey(HKEY_LOCAL_MACHINE, path, name, text) ? StoreResult::DONE : failureOf(path);
+}
+
+StoreResult RegistryStorage::erase(const std::string& key)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::RegistryStorage::erase"};
+    const std::string path = fullPath(key);
+    if (isMissing(path)) {
+        return StoreResult::DONE;
+    }
+    const SplitPath split(path);
+    registry().deleteKey(HKEY_LOCAL_MACHINE, split.parent, split.child);
+    // The registry object does not tell whether the child could be deleted.
+    if (isMissing(path)) {
+        return StoreResult::DONE;
+    }
+    here.error("Could not delete registry key %s", path.c_str());
+    return failureOf(path);
+}
+
+}  // namespace broker

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "broker/platform/SettingsStorage.h"
+
+namespace broker {
+
+// Settings as REG_SZ values under HKEY_LOCAL_MACHINE\Software\Vexal\DRAVEv2.
+class RegistryStorage : public SettingsStorage
+{
+public:
+    std::map<std::string, StoredValue> read(const std::string& key) override;
+    std::vector<std::string> children(const std::string& key) override;
+    bool canWrite(const std::string& key) override;
+    StoreResult write(const std::string& key, const std::string& name, const std::string& text) override;
+    StoreResult erase(const std::string& key) override;
+};
+
+}  // namespace broker

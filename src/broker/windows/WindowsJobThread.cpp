@@ -1,0 +1,74 @@
+#include "broker/windows/WindowsJobThread.h"
+
+#include "Utils/Exception.h"
+#include "Utils/Log.h"
+
+namespace broker {
+
+namespace {
+
+constexpr const char* FILE_NAME = "WindowsJobThread";
+
+// The module that this code is in, with a reference more.
+HMODULE holdThisModule() noexcept
+{
+    static constexpr char SOME_ADDRESS = 0;
+    HMODULE module = nullptr;
+    return GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, &SOME_ADDRESS, &module) ? module : nullptr;
+}
+
+}  // namespace
+
+WindowsJobThread::WindowsJobThread() : m_wakeUp(CreateEventA(nullptr, FALSE, FALSE, nullptr))
+{
+    if (m_wakeUp == nullptr) {
+        throw utils::Exception("Could not create event. Error %d", static_cast<int>(GetLastError()));
+    }
+}
+
+WindowsJobThread::~WindowsJobThread()
+{
+    CloseHandle(m_wakeUp);
+}
+
+bool WindowsJobThread::start(JobWork& work)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::WindowsJobThread::start"};
+    m_work = &work;
+    m_module = holdThisModule();
+    if (m_module == nullptr) {
+        here.error("GetModuleHandleEx error %d", GetLastError());
+        return false;
+    }
+    const HANDLE thread = CreateThread(nullptr, 0, &run, this, 0, nullptr);
+    if (thread == nullptr) {
+        here.error("CreateThread error %d", GetLastError());
+        FreeLibrary(m_module);
+        return false;
+    }
+    CloseHandle(thread);
+    return true;
+}
+
+void WindowsJobThread::wake() noexcept
+{
+    SetEvent(m_wakeUp);
+}
+
+DWORD WINAPI WindowsJobThread::run(void* self)
+{
+    const auto* thread = static_cast<const WindowsJobThread*>(self);
+    const HMODULE module = thread->m_module;
+    thread->runWork();
+    // With the last reference the module goes, this object and this code with it: the call never returns.
+    FreeLibraryAndExitThread(module, 0);
+}
+
+void WindowsJobThread::runWork() const
+{
+    while (const std::optional<std::uint32_t> pause = m_work->work()) {
+        WaitForSingleObject(m_wakeUp, *pause);
+    }
+}
+
+}  // namespace broker

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "wmihost/com/Com.h"
+
+namespace wmihost {
+
+// How far a provider may act as the client of a request.
+enum class Impersonation
+{
+    none,  // the thread gets no token at all
+    anonymous,
+    identify,
+    impersonate,
+    delegate
+};
+
+// The security of a call as COM offers it to whoever serves the call. CoImpersonateClient then gives the
+// thread a token of this process's user at the chosen level, and CoRevertToSelf takes it away again.
+// Belongs to the thread on which it is installed.
+class CallContext final : public ComObject<IServerSecurity>
+{
+public:
+    explicit CallContext(Impersonation level) : m_level(level) {}
+
+    HRESULT STDMETHODCALLTYPE QueryBlanket(DWORD* authenticationService, DWORD* authorizationService,
+                                           OLECHAR** serverPrincipal, DWORD* authenticationLevel,
+                                           DWORD* impersonationLevel, void** privileges, DWORD* capabilities) override;
+    HRESULT STDMETHODCALLTYPE ImpersonateClient() override;
+    HRESULT STDMETHODCALLTYPE RevertToSelf() override;
+    BOOL STDMETHODCALLTYPE IsImpersonating() override;
+
+private:
+    const Impersonation m_level;
+    bool m_impersonating = false;
+};
+
+// Installs a call context on this thread for as long as the scope lives; then the one before returns, and a
+// token that the provider left on the thread is taken away. Throws std::runtime_error if COM refuses.
+class CallScope
+{
+public:
+    explicit CallScope(Impersonation level);
+    CallScope(const CallScope&) = delete;
+    CallScope& operator=(const CallScope&) = delete;
+    ~CallScope();
+
+private:
+    ComPtr<CallContext> m_context;
+    IUnknown* m_before = nullptr;
+};
+
+}  // namespace wmihost

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <atomic>
+#include <optional>
+
+#include "wmihost/com/Com.h"
+
+namespace wmihost {
+
+// Keeps what a provider says about its initialisation. May be told on any thread.
+class InitSink final : public ComObject<IWbemProviderInitSink>
+{
+public:
+    HRESULT STDMETHODCALLTYPE SetStatus(LONG status, LONG flags) override;
+
+    // Nothing until the provider has spoken.
+    std::optional<HRESULT> status() const;
+
+private:
+    std::atomic<bool> m_told{false};
+    std::atomic<LONG> m_status{0};
+};
+
+}  // namespace wmihost

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "wmihost/com/Platform.h"
+
+namespace wmihost {
+
+// A VARIANT that owns its value; copies are deep. Out of memory throws std::bad_alloc.
+class Variant
+{
+public:
+    // VT_NULL, WMI's "no value".
+    Variant();
+    explicit Variant(const VARIANT& value);
+    Variant(const Variant& other);
+    Variant(Variant&& other) noexcept;
+    Variant& operator=(Variant other) noexcept;
+    ~Variant();
+
+    static Variant ofText(std::wstring_view text);
+    static Variant ofLong(long value);
+    static Variant ofBool(bool value);
+    static Variant ofByte(unsigned char value);
+    static Variant ofShort(short value);
+    static Variant ofFloat(float value);
+    static Variant ofDouble(double value);
+    // An array with lower bound 0 whose elements are all of the given type.
+    static Variant ofArray(VARTYPE elementType, const std::vector<Variant>& elements);
+    static Variant ofTexts(const std::vector<std::wstring>& texts);
+
+    const VARIANT& get() const { return m_value; }
+    // For functions that take a VARIANT* and only read it.
+    VARIANT* in() const { return const_cast<VARIANT*>(&m_value); }
+    // Where a function stores a new value; what was held before is cleared first.
+    VARIANT* put();
+    // Gives the value to the caller, who clears it.
+    VARIANT detach();
+
+    VARTYPE type() const { return m_value.vt; }
+    bool isNull() const { return m_value.vt == VT_NULL || m_value.vt == VT_EMPTY; }
+    bool isArray() const { return (m_value.vt & VT_ARRAY) != 0; }
+
+private:
+    VARIANT m_value;
+};
+
+// The text of a BSTR; a null one is empty.
+std::wstring_view viewOf(BSTR text);
+
+// The elements of an array in order, each as a VARIANT of the element type. Throws std::bad_alloc.
+std::vector<Variant> elementsOf(const VARIANT& array);
+
+// Whether two values have the same type and the same content; texts byte for byte.
+bool sameValue(const VARIANT& left, const VARIANT& right);
+
+// A BSTR that owns its text.
+class Bstr
+{
+public:
+    Bstr() = default;
+    explicit Bstr(std::wstring_view text);
+    Bstr(const Bstr&) = delete;
+    Bstr& operator=(const Bstr&) = delete;
+    ~Bstr() { SysFreeString(m_text); }
+
+    BSTR get() const { return m_text; }
+    BSTR* put();
+    BSTR detach();
+    std::wstring_view view() const { return viewOf(m_text); }
+
+private:
+    BSTR m_text = nullptr;
+};
+
+}  // namespace wmihost

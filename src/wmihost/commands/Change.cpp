@@ -1,0 +1,48 @@
+#include "wmihost/com/Guard.h"
+#include "wmihost/commands/Output.h"
+#include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+
+namespace {
+
+// With another key the provider would be asked to change another instance, one that nobody has named.
+void refuseKeys(const ClassDefinition& definition, const std::vector<Assignment>& values)
+{
+    for (const Assignment& value : values) {
+        const Property& property = propertyOf(definition, value.first);
+        if (property.isKey()) {
+            throw RequestError(code(WBEM_E_READ_ONLY),
+                               toUtf8(property.name) + " is a key: it says which instance is meant");
+        }
+    }
+}
+
+}  // namespace
+
+int runSet(Workspace& workspace, const std::wstring& path, const std::vector<Assignment>& values,
+           const CommandOptions& options)
+{
+    const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
+    const ClassDefinition& definition = *instance.target.definition;
+    refuseKeys(definition, values);
+    const auto object = getInstance(workspace, instance, options);
+    for (const Assignment& value : values) {
+        assign(*object.get(), definition, value);
+    }
+    putInstance(workspace, instance.target, object.get(), options);
+    // What the provider keeps may differ from what was sent.
+    writeObject(*getInstance(workspace, instance, options).get(), definition, options);
+    return 0;
+}
+
+int runDelete(Workspace& workspace, const std::wstring& path, const CommandOptions& options)
+{
+    const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
+    deleteInstance(workspace, instance, options);
+    writeOut("deleted " + toUtf8(instance.path) + "\n");
+    return 0;
+}
+
+}  // namespace wmihost

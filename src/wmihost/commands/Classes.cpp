@@ -1,0 +1,359 @@
+#include <algorithm>
+#include <cctype>
+
+#include "wmihost/commands/Commands.h"
+#include "wmihost/mof/MofText.h"
+#include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Display.h"
+#include "wmihost/terminal/Json.h"
+#include "wmihost/terminal/Table.h"
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+namespace {
+
+bool isShown(const ClassTarget& target, const CommandOptions& options)
+{
+    return !target.definition->name.starts_with(L"__") &&
+           (options.nameSpace.empty() ||
+            sameName(ClassRepository::plainName(options.nameSpace), target.nameSpace->name()));
+}
+
+// The classes that are not the system's, in the order of the MOF.
+std::vector<ClassTarget> allClasses(const Workspace& workspace, const CommandOptions& options)
+{
+    std::vector<ClassTarget> result;
+    for (const Namespace* nameSpace : workspace.repository().namespaces()) {
+        for (const ClassPointer& definition : nameSpace->classes()) {
+            ClassTarget target{nameSpace, definition};
+            if (isShown(target, options)) {
+                result.push_back(std::move(target));
+            }
+        }
+    }
+    return result;
+}
+
+std::string accessOf(const Property& property)
+{
+    std::string access = property.isKey() ? "key" : "";
+    if (hasQualifier(property.qualifiers, L"write")) {
+        access += access.empty() ? "write" : ", write";
+    }
+    return access;
+}
+
+std::string typeOf(const Property& property)
+{
+    return toUtf8(typeText(property)) + (isArray(property.type) ? "[]" : "");
+}
+
+std::string description(const Qualifiers& qualifiers)
+{
+    return toUtf8(qualifierText(qualifiers, L"Description"));
+}
+
+std::string limitText(const Property& property, const wchar_t* qualifier)
+{
+    const Qualifier* found = findQualifier(property.qualifiers, qualifier);
+    return found == nullptr ? std::string() : toUtf8(scalarText(found->value.get(), found->type));
+}
+
+// Numbers and their words; none for a property without a value map.
+std::vector<std::pair<std::string, std::string>> valueMap(const Qualifiers& qualifiers)
+{
+    std::vector<std::pair<std::string, std::string>> result;
+    const Qualifier* map = findQualifier(qualifiers, L"ValueMap");
+    if (map != nullptr && map->value.isArray()) {
+        for (const Variant& key : elementsOf(map->value.get())) {
+            result.emplace_back(toUtf8(scalarText(key.get(), CIM_STRING)),
+                                toUtf8(wordFor(qualifiers, key.get(), CIM_STRING)));
+        }
+    }
+    return result;
+}
+
+// "2 Enabled, 3 Disabled"; empty without a value map.
+std::string valueMapText(const Qualifiers& qualifiers)
+{
+    std::string text;
+    for (const auto& [number, word] : valueMap(qualifiers)) {
+        text += (text.empty() ? "" : ", ") + number + " " + word;
+    }
+    return text;
+}
+
+// The description and everything else that is worth knowing of a property, as sentences.
+std::string remarks(const Property& property)
+{
+    std::string text = description(property.qualifiers);
+    if (const std::wstring units = qualifierText(property.qualifiers, L"Units"); !units.empty()) {
+        text += " Unit: " + toUtf8(units) + ".";
+    }
+    if (const std::string words = valueMapText(property.qualifiers); !words.empty()) {
+        text += " Values: " + words + ".";
+    }
+    return text;
+}
+
+struct Parameter
+{
+    const Property* property;
+    std::string direction;
+};
+
+// Inputs, then outputs; without the return value.
+std::vector<Parameter> parametersOf(const Method& method)
+{
+    std::vector<Parameter> result;
+    for (const auto& [signature, direction] : {std::pair{method.in, "in"}, std::pair{method.out, "out"}}) {
+        if (!signature) {
+            continue;
+        }
+        for (const Property& parameter : signature->properties) {
+            if (parameter.name != L"ReturnValue") {
+                result.push_back({&parameter, direction});
+            }
+        }
+    }
+    return result;
+}
+
+std::string parameterList(const Method& method)
+{
+    std::string text;
+    for (const auto& [parameter, direction] : parametersOf(method)) {
+        text += (text.empty() ? "" : ", ") + direction + " " + typeOf(*parameter) + " " + toUtf8(parameter->name);
+    }
+    return text;
+}
+
+std::string returnType(const Method& method)
+{
+    const Property* value = method.out ? method.out->findProperty(L"ReturnValue") : nullptr;
+    return value == nullptr ? "void" : typeOf(*value);
+}
+
+// What the remarks say, for programs.
+void addRemarks(Json& entry, const Qualifiers& qualifiers)
+{
+    entry["description"] = description(qualifiers);
+    if (const std::wstring units = qualifierText(qualifiers, L"Units"); !units.empty()) {
+        entry["units"] = toUtf8(units);
+    }
+    for (const auto& [number, word] : valueMap(qualifiers)) {
+        entry["values"][number] = word;
+    }
+}
+
+Json parameterJson(const ClassPointer& signature)
+{
+    Json list = Json::array();
+    if (signature) {
+        for (const Property& parameter : signature->properties) {
+            Json entry{{"name", toUtf8(parameter.name)}, {"type", typeOf(parameter)}};
+            addRemarks(entry, parameter.qualifiers);
+            list.push_back(std::move(entry));
+        }
+    }
+    return list;
+}
+
+Json describeJson(const ClassTarget& target)
+{
+    const ClassDefinition& definition = *target.definition;
+    Json json;
+    json["class"] = toUtf8(definition.name);
+    json["namespace"] = toUtf8(target.nameSpace->name());
+    json["superclass"] = definition.ancestors.empty() ? Json() : Json(toUtf8(definition.ancestors.front()));
+    json["description"] = description(definition.qualifiers);
+    json["properties"] = Json::array();
+    for (const Property& property : definition.properties) {
+        Json entry{{"name", toUtf8(property.name)},
+                   {"type", typeOf(property)},
+                   {"key", property.isKey()},
+                   {"writable", hasQualifier(property.qualifiers, L"write")}};
+        addRemarks(entry, property.qualifiers);
+        for (const auto* limit : {L"MinValue", L"MaxValue", L"MinLen", L"MaxLen"}) {
+            if (const Qualifier* found = findQualifier(property.qualifiers, limit)) {
+                entry[toUtf8(limit)] = jsonOf(found->value.get(), found->type);
+            }
+        }
+        json["properties"].push_back(std::move(entry));
+    }
+    json["methods"] = Json::array();
+    for (const Method& method : definition.methods) {
+        Json entry{{"name", toUtf8(method.name)}};
+        addRemarks(entry, method.qualifiers);
+        entry["in"] = parameterJson(method.in);
+        entry["out"] = parameterJson(method.out);
+        json["methods"].push_back(std::move(entry));
+    }
+    return json;
+}
+
+void describeTable(const ClassTarget& target)
+{
+    const ClassDefinition& definition = *target.definition;
+    writeOut(toUtf8(definition.name) + " in " + toUtf8(target.nameSpace->name()) + "\n");
+    if (!definition.ancestors.empty()) {
+        writeOut("derived from " + toUtf8(definition.ancestors.front()) + "\n");
+    }
+    if (const std::string text = description(definition.qualifiers); !text.empty()) {
+        writeOut(text + "\n");
+    }
+    Table properties({{"Property"}, {"Type"}, {"Access"}, {.heading = "Description", .wraps = true}});
+    for (const Property& property : definition.properties) {
+        properties.addRow({toUtf8(property.name), typeOf(property), accessOf(property), remarks(property)});
+    }
+    writeOut("\n" + properties.render(lineWidth()));
+    for (const Method& method : definition.methods) {
+        writeOut("\n" + returnType(method) + " " + toUtf8(method.name) + "(" + parameterList(method) + ")\n");
+        writeOut("    " + description(method.qualifiers) + "\n");
+        for (const Parameter& parameter : parametersOf(method)) {
+            if (const std::string text = remarks(*parameter.property); !text.empty()) {
+                writeOut("    " + toUtf8(parameter.property->name) + ": " + text + "\n");
+            }
+        }
+        if (const std::string words = valueMapText(method.qualifiers); !words.empty()) {
+            writeOut("    Returns: " + words + "\n");
+        }
+    }
+}
+
+std::string rangeText(const Property& property)
+{
+    const std::string low = limitText(property, L"MinValue");
+    const std::string high = limitText(property, L"MaxValue");
+    const std::string shortest = limitText(property, L"MinLen");
+    const std::string longest = limitText(property, L"MaxLen");
+    std::string text;
+    if (!low.empty() || !high.empty()) {
+        text = low + " to " + high;
+    }
+    if (!longest.empty()) {
+        text = (shortest.empty() ? std::string("0") : shortest) + " to " + longest + " bytes";
+    }
+    return text;
+}
+
+// A bar would end the cell of the table.
+std::string markdownCell(const std::string& text)
+{
+    std::string cell;
+    for (const char c : text) {
+        cell += c == '|' ? "\\|" : std::string(1, c);
+    }
+    return cell;
+}
+
+// The head of the reference of all classes: what wrote it, and a list that leads to each class.
+void writeReferenceHead(const std::vector<ClassTarget>& classes)
+{
+    std::string text =
+        "# Classes\n\nWhat the provider serves, as the MOF declares it. `wmihost describe --format markdown` writes "
+        "this "
+        "page; change the MOF, not the page.\n\n";
+    for (const ClassTarget& target : classes) {
+        const std::string name = toUtf8(target.definition->name);
+        std::string anchor = name;
+        std::transform(anchor.begin(), anchor.end(), anchor.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        text += "- [" + name + "](#" + anchor + "): " + description(target.definition->qualifiers) + "\n";
+    }
+    writeOut(text);
+}
+
+void describeMarkdown(const ClassTarget& target)
+{
+    const ClassDefinition& definition = *target.definition;
+    std::string text = "## " + toUtf8(definition.name) + "\n\n`" + toUtf8(target.nameSpace->name()) + "`. " +
+                       description(definition.qualifiers) + "\n\n";
+    text += "| property | type | access | range | meaning |\n|---|---|---|---|---|\n";
+    for (const Property& property : definition.properties) {
+        text += "| `" + toUtf8(property.name) + "` | " + typeOf(property) + " | " + accessOf(property) + " | " +
+                rangeText(property) + " | " + markdownCell(remarks(property)) + " |\n";
+    }
+    for (const Method& method : definition.methods) {
+        text += "\n### " + toUtf8(method.name) + "\n\n`" + returnType(method) + " " + toUtf8(method.name) + "(" +
+                parameterList(method) + ")`. " + description(method.qualifiers) + "\n";
+        const auto parameters = parametersOf(method);
+        text += parameters.empty() ? "" : "\n";
+        for (const Parameter& parameter : parameters) {
+            const std::string meaning = remarks(*parameter.property);
+            text += "- `" + toUtf8(parameter.property->name) + "`" + (meaning.empty() ? "" : ": " + meaning) + "\n";
+        }
+        if (const std::string words = valueMapText(method.qualifiers); !words.empty()) {
+            text += "\nReturns: " + words + ".\n";
+        }
+    }
+    writeOut(text);
+}
+
+}  // namespace
+
+int runClasses(const Workspace& workspace, const CommandOptions& options)
+{
+    const auto classes = allClasses(workspace, options);
+    if (options.format == Format::json) {
+        Json list = Json::array();
+        for (const ClassTarget& target : classes) {
+            list.push_back({{"class", toUtf8(target.definition->name)},
+                            {"namespace", toUtf8(target.nameSpace->name())},
+                            {"description", description(target.definition->qualifiers)}});
+        }
+        writeOut(list.dump(2) + "\n");
+        return 0;
+    }
+    if (options.format == Format::mof) {
+        for (const ClassTarget& target : classes) {
+            writeOut(toUtf8(classText(*target.definition, true)) + "\n");
+        }
+        return 0;
+    }
+    Table table({{"Class"}, {"Namespace"}, {.heading = "Description", .wraps = true}});
+    for (const ClassTarget& target : classes) {
+        table.addRow({toUtf8(target.definition->name), toUtf8(target.nameSpace->name()),
+                      description(target.definition->qualifiers)});
+    }
+    writeOut(table.render(lineWidth()));
+    return 0;
+}
+
+int runDescribe(const Workspace& workspace, const std::wstring& className, const CommandOptions& options)
+{
+    const auto classes = className.empty()
+                             ? allClasses(workspace, options)
+                             : std::vector<ClassTarget>{workspace.findClass(className, options.nameSpace)};
+    const bool isReference = className.empty() && options.format == Format::markdown;
+    if (isReference) {
+        writeReferenceHead(classes);
+    }
+    Json list = Json::array();
+    std::string_view gap = isReference ? "\n" : "";
+    for (const ClassTarget& target : classes) {
+        switch (options.format) {
+            case Format::json:
+                list.push_back(describeJson(target));
+                break;
+            case Format::mof:
+                writeOut(gap);
+                writeOut(toUtf8(classText(*target.definition, true)));
+                break;
+            case Format::markdown:
+                writeOut(gap);
+                describeMarkdown(target);
+                break;
+            default:
+                writeOut(gap);
+                describeTable(target);
+        }
+        gap = "\n";
+    }
+    if (options.format == Format::json) {
+        writeOut((className.empty() ? list : list.front()).dump(2) + "\n");
+    }
+    return 0;
+}
+
+}  // namespace wmihost

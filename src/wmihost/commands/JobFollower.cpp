@@ -1,0 +1,78 @@
+#include "wmihost/commands/JobFollower.h"
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <thread>
+
+#include "wmihost/com/ObjectReader.h"
+#include "wmihost/commands/Requests.h"
+#include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Display.h"
+
+namespace wmihost {
+namespace {
+
+constexpr auto pause = std::chrono::milliseconds(100);
+constexpr long completed = 7;
+constexpr long firstEndState = completed;
+constexpr std::size_t barWidth = 30;
+
+struct JobState
+{
+    long state = 0;
+    long percent = 0;
+    std::string word;
+
+    bool operator==(const JobState&) const = default;
+};
+
+long numberOf(IWbemClassObject& object, const wchar_t* name)
+{
+    const Variant value = valueOf(object, name);
+    return value.type() == VT_I4 ? value.get().lVal : 0;
+}
+
+JobState read(Workspace& workspace, const InstanceTarget& job, const CommandOptions& options)
+{
+    const auto object = getInstance(workspace, job, options);
+    const Property& property = propertyOf(*job.target.definition, L"JobState");
+    return {numberOf(*object.get(), L"JobState"), numberOf(*object.get(), L"PercentComplete"),
+            displayText(property, valueOf(*object.get(), L"JobState").get())};
+}
+
+void show(const JobState& state, bool terminal)
+{
+    const std::string text = std::to_string(state.percent) + " % " + state.word;
+    if (!terminal) {
+        writeError(text + "\n");
+        return;
+    }
+    const std::size_t filled = barWidth * static_cast<std::size_t>(state.percent) / 100;
+    writeError("\r[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " + text + "   ");
+}
+
+}  // namespace
+
+bool followJob(Workspace& workspace, const InstanceTarget& job, const CommandOptions& options)
+{
+    const bool terminal = errorIsTerminal();
+    JobState shown;
+    JobState now = read(workspace, job, options);
+    while (true) {
+        if (!(now == shown)) {
+            show(now, terminal);
+            shown = now;
+        }
+        if (now.state >= firstEndState) {
+            break;
+        }
+        std::this_thread::sleep_for(pause);
+        now = read(workspace, job, options);
+    }
+    writeError(terminal ? "\n" : "");
+    writeOut("job ended: " + std::to_string(now.state) + " (" + now.word + ")\n");
+    return now.state == completed;
+}
+
+}  // namespace wmihost

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <vector>
+
+#include "wmihost/commands/Commands.h"
+
+namespace wmihost {
+
+using Objects = std::vector<ComPtr<IWbemClassObject>>;
+
+// The requests of the commands. They throw RequestError for every status that is no success.
+
+// Shows the provider's progress reports on standard error if that is a terminal.
+Objects enumerateInstances(Workspace& workspace, const ClassTarget& target, const CommandOptions& options);
+ComPtr<IWbemClassObject> getInstance(Workspace& workspace, const InstanceTarget& instance,
+                                     const CommandOptions& options);
+void putInstance(Workspace& workspace, const ClassTarget& target, IWbemClassObject* object,
+                 const CommandOptions& options);
+void deleteInstance(Workspace& workspace, const InstanceTarget& instance, const CommandOptions& options);
+// The out-parameters; null if the provider delivered none.
+ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget& instance, const Method& method,
+                                      const std::vector<Assignment>& arguments, const CommandOptions& options);
+
+// Sets a property of an object to what a user's text means for its type; `null` is no value. Throws
+// UsageError for a text that does not fit, RequestError for a property that does not exist.
+void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment);
+
+// The property of that name, or one of the system properties __PATH, __RELPATH and __CLASS. Throws RequestError with
+// WBEM_E_INVALID_PROPERTY.
+const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name);
+
+// Keeps the objects whose properties have the values that the options' conditions ask for, in the provider's
+// spelling or in words, without case.
+void applyConditions(Objects& objects, const ClassDefinition& definition, const CommandOptions& options);
+
+}  // namespace wmihost

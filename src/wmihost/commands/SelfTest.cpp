@@ -1,0 +1,154 @@
+#include <functional>
+
+#include "wmihost/com/Guard.h"
+#include "wmihost/com/ObjectReader.h"
+#include "wmihost/com/StatusText.h"
+#include "wmihost/commands/Requests.h"
+#include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Table.h"
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+namespace {
+
+// A step of the tour that did not come out as it should; what() says how.
+class StepFailure : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The tour: one request of each kind, each building on the one before it. It changes nothing that lasts:
+// the setting is put back as it was read, and the job that the method starts is deleted.
+class Tour
+{
+public:
+    Tour(Workspace& workspace, const CommandOptions& options) : m_workspace(workspace), m_options(options) {}
+
+    std::string enumerate()
+    {
+        const ClassTarget target = m_workspace.findClass(L"Zerix_EthernetPort", L"");
+        const Objects ports = enumerateInstances(m_workspace, target, m_options);
+        if (ports.empty()) {
+            throw StepFailure("this machine has no network adapter");
+        }
+        m_port = textOf(*ports.front().get(), L"__RELPATH");
+        return std::to_string(ports.size()) + (ports.size() == 1 ? " adapter" : " adapters");
+    }
+
+    std::string get()
+    {
+        const InstanceTarget port = instanceOf(m_port);
+        const auto object = getInstance(m_workspace, port, m_options);
+        const std::wstring path = textOf(*object.get(), L"__RELPATH");
+        if (path != m_port) {
+            throw StepFailure("asked for " + toUtf8(m_port) + ", got " + toUtf8(path));
+        }
+        return "the first adapter, " + toUtf8(textOf(*object.get(), L"Name"));
+    }
+
+    std::string put()
+    {
+        const ClassTarget target = m_workspace.findClass(L"Zerix_DiagnosticSetting", L"");
+        const Objects settings = enumerateInstances(m_workspace, target, m_options);
+        if (settings.empty()) {
+            throw StepFailure("there is no diagnostic setting");
+        }
+        const InstanceTarget setting = instanceOf(textOf(*settings.front().get(), L"__RELPATH"));
+        const auto before = getInstance(m_workspace, setting, m_options);
+        putInstance(m_workspace, target, before.get(), m_options);
+        const auto after = getInstance(m_workspace, setting, m_options);
+        if (before->CompareTo(WBEM_COMPARISON_INCLUDE_ALL, after.get()) != WBEM_S_SAME) {
+            throw StepFailure("an update without a change changed the setting");
+        }
+        return "the diagnostic setting, unchanged";
+    }
+
+    std::string invoke()
+    {
+        const InstanceTarget port = instanceOf(m_port);
+        const Method* method = port.target.definition->findMethod(L"RunLinkDiagnostic");
+        if (method == nullptr) {
+            throw StepFailure("the class has no method RunLinkDiagnostic");
+        }
+        const auto out = invokeMethod(m_workspace, port, *method, {{L"SampleCount", L"1"}}, m_options);
+        if (!out) {
+            throw StepFailure("the method delivered no outputs");
+        }
+        m_job = textOf(*out.get(), L"Job");
+        const std::wstring returned = textOf(*out.get(), L"ReturnValue");
+        if (returned != L"4096" || m_job.empty()) {
+            throw StepFailure("expected a job and the value 4096, got " + toUtf8(returned));
+        }
+        return "RunLinkDiagnostic started a job";
+    }
+
+    std::string remove()
+    {
+        if (m_job.empty()) {
+            throw StepFailure("there is no job to delete");
+        }
+        const InstanceTarget job = instanceOf(m_job);
+        deleteInstance(m_workspace, job, m_options);
+        try {
+            getInstance(m_workspace, job, m_options);
+        } catch (const RequestError& error) {
+            if (error.status() == code(WBEM_E_NOT_FOUND)) {
+                return "the job is gone";
+            }
+            throw;
+        }
+        throw StepFailure("the job is still there");
+    }
+
+private:
+    InstanceTarget instanceOf(const std::wstring& path) const
+    {
+        if (path.empty()) {
+            throw StepFailure("an earlier step delivered no path");
+        }
+        return m_workspace.findInstance(path, L"");
+    }
+
+    Workspace& m_workspace;
+    const CommandOptions& m_options;
+    std::wstring m_port;
+    std::wstring m_job;
+};
+
+}  // namespace
+
+int runSelfTest(Workspace& workspace, const CommandOptions& options)
+{
+    Tour tour(workspace, options);
+    const std::vector<std::pair<std::string, std::function<std::string()>>> steps{
+        {"enumerate", [&tour] { return tour.enumerate(); }},
+        {"get", [&tour] { return tour.get(); }},
+        {"put", [&tour] { return tour.put(); }},
+        {"invoke", [&tour] { return tour.invoke(); }},
+        {"delete", [&tour] { return tour.remove(); }}};
+    Table table({{"Request"}, {"Verdict"}, {.heading = "Detail", .wraps = true}});
+    bool passed = true;
+    for (const auto& [name, step] : steps) {
+        std::string detail;
+        bool good = true;
+        try {
+            detail = step();
+        } catch (const RequestError& error) {
+            good = false;
+            detail = statusText(error.status());
+            if (*error.what() != '\0') {
+                detail += "; " + std::string(error.what());
+            }
+        } catch (const StepFailure& failure) {
+            good = false;
+            detail = failure.what();
+        }
+        passed = passed && good;
+        table.addRow({name, good ? "passed" : "FAILED", detail});
+    }
+    writeOut(table.render(lineWidth()));
+    return passed ? 0 : 1;
+}
+
+}  // namespace wmihost

@@ -1,0 +1,151 @@
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
+#include <map>
+#include <thread>
+
+#include "wmihost/com/ObjectReader.h"
+#include "wmihost/commands/Output.h"
+#include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Display.h"
+#include "wmihost/terminal/Table.h"
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t barWidth = 20;
+
+// The counters of one instance at one time.
+struct Sample
+{
+    std::wstring path;
+    std::string label;
+    std::vector<unsigned long long> counters;
+};
+
+std::vector<const Property*> countersOf(const ClassDefinition& definition, const CommandOptions& options)
+{
+    std::vector<const Property*> result = shownProperties(definition, options);
+    std::erase_if(result, [](const Property* p) { return !hasQualifier(p->qualifiers, L"Counter"); });
+    if (result.empty()) {
+        throw UsageError("the class " + toUtf8(definition.name) + " has no counters to watch among the properties");
+    }
+    return result;
+}
+
+// What tells the instance from its neighbours: the values of its keys that the class does not fix.
+std::string labelOf(IWbemClassObject& object, const ClassDefinition& definition)
+{
+    std::string label;
+    for (const Property& property : definition.properties) {
+        const bool fixed = property.name.ends_with(L"CreationClassName") || property.name == L"SystemName";
+        if (property.isKey() && !fixed) {
+            label += (label.empty() ? "" : " ") + displayText(property, valueOf(object, property.name).get());
+        }
+    }
+    return label;
+}
+
+std::vector<Sample> takeSamples(Workspace& workspace, const ClassTarget& target,
+                                const std::vector<const Property*>& counters, const CommandOptions& options)
+{
+    Objects objects = enumerateInstances(workspace, target, options);
+    applyConditions(objects, *target.definition, options);
+    std::vector<Sample> samples;
+    for (const auto& object : objects) {
+        Sample sample{textOf(*object.get(), L"__RELPATH"), labelOf(*object.get(), *target.definition), {}};
+        for (const Property* counter : counters) {
+            sample.counters.push_back(parseUnsigned(textOf(*object.get(), counter->name)).value_or(0));
+        }
+        samples.push_back(std::move(sample));
+    }
+    return samples;
+}
+
+std::string unitOf(const Property& counter)
+{
+    const std::wstring units = qualifierText(counter.qualifiers, L"Units");
+    return sameName(units, L"Bytes") ? "B/s" : "/s";
+}
+
+// A counter that runs backwards was reset; it has no rate then.
+double rateOf(unsigned long long before, unsigned long long now, double seconds)
+{
+    return now < before ? 0 : static_cast<double>(now - before) / seconds;
+}
+
+// The rate of the first counter, compared with the fastest instance. Empty when nothing moves.
+std::string barOf(double rate, double fastest)
+{
+    const double share = fastest > 0 ? rate / fastest : 0;
+    return std::string(static_cast<std::size_t>(std::lround(share * static_cast<double>(barWidth))), '#');
+}
+
+std::string render(const std::vector<Sample>& before, const std::vector<Sample>& now, double seconds,
+                   const std::vector<const Property*>& counters)
+{
+    std::map<std::wstring, const Sample*> earlier;
+    for (const Sample& sample : before) {
+        earlier[sample.path] = &sample;
+    }
+    std::vector<Table::Column> columns{{"Instance"}, {"Activity"}};
+    for (const Property* counter : counters) {
+        columns.push_back({toUtf8(counter->name), true});
+    }
+    std::vector<std::pair<std::string, std::vector<double>>> rows;
+    double fastest = 0;
+    for (const Sample& sample : now) {
+        const auto found = earlier.find(sample.path);
+        // An instance that has just come is compared with itself: no rate yet.
+        const Sample& old = found == earlier.end() ? sample : *found->second;
+        std::vector<double> rates;
+        for (std::size_t i = 0; i < counters.size(); ++i) {
+            rates.push_back(rateOf(old.counters[i], sample.counters[i], seconds));
+        }
+        fastest = std::max(fastest, rates.front());
+        rows.emplace_back(sample.label, std::move(rates));
+    }
+    Table table(std::move(columns));
+    for (const auto& [label, rates] : rows) {
+        std::vector<std::string> cells{label, barOf(rates.front(), fastest)};
+        for (std::size_t i = 0; i < rates.size(); ++i) {
+            cells.push_back(rateText(rates[i], unitOf(*counters[i])));
+        }
+        table.addRow(std::move(cells));
+    }
+    return table.render(lineWidth());
+}
+
+}  // namespace
+
+int runWatch(Workspace& workspace, const std::wstring& className, const CommandOptions& options)
+{
+    const ClassTarget target = workspace.findClass(className, options.nameSpace);
+    checkNames(*target.definition, options);
+    const auto counters = countersOf(*target.definition, options);
+    const bool terminal = outIsTerminal();
+    auto before = takeSamples(workspace, target, counters, options);
+    auto beforeTime = Clock::now();
+    std::size_t linesShown = 0;
+    for (unsigned shown = 0; options.count == 0 || shown < options.count; ++shown) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(options.intervalMilliseconds));
+        auto now = takeSamples(workspace, target, counters, options);
+        const auto nowTime = Clock::now();
+        const std::string text =
+            render(before, now, std::chrono::duration<double>(nowTime - beforeTime).count(), counters);
+        if (terminal && shown > 0) {
+            eraseLines(linesShown);
+        }
+        writeOut(text);
+        linesShown = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+        before = std::move(now);
+        beforeTime = nowTime;
+    }
+    return 0;
+}
+
+}  // namespace wmihost

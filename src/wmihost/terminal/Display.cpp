@@ -1,0 +1,132 @@
+#include "wmihost/terminal/Display.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+namespace {
+
+constexpr std::size_t datetimeLength = 25;
+constexpr std::size_t datetimeSign = 21;
+
+// "20261121094145.000000+000" -> "2026-11-21 09:41:45 +000 min"; "00000001020304.000000:000" -> "1 d 02:03:04"
+std::wstring datetimeText(const std::wstring& text)
+{
+    if (text.size() != datetimeLength) {
+        return text;
+    }
+    if (text[datetimeSign] == L':') {
+        const auto days = parseUnsigned(text.substr(0, 8));
+        const std::wstring clock = text.substr(8, 2) + L":" + text.substr(10, 2) + L":" + text.substr(12, 2);
+        return days && *days > 0 ? std::to_wstring(*days) + L" d " + clock : clock;
+    }
+    std::wstring result = text.substr(0, 4) + L"-" + text.substr(4, 2) + L"-" + text.substr(6, 2) + L" " +
+                          text.substr(8, 2) + L":" + text.substr(10, 2) + L":" + text.substr(12, 2);
+    const std::wstring offset = text.substr(datetimeSign);
+    return result + (offset == L"+000" ? L" UTC" : L" " + offset + L" min");
+}
+
+std::wstring referenceText(const std::wstring& text)
+{
+    const std::size_t colon = text.starts_with(L"\\\\") ? text.find(L':') : std::wstring::npos;
+    return colon == std::wstring::npos ? text : text.substr(colon + 1);
+}
+
+std::vector<std::wstring> textsOf(const Qualifiers& qualifiers, std::wstring_view name)
+{
+    std::vector<std::wstring> texts;
+    const Qualifier* qualifier = findQualifier(qualifiers, name);
+    if (qualifier != nullptr && qualifier->type == (CIM_STRING | CIM_FLAG_ARRAY)) {
+        for (const Variant& element : elementsOf(qualifier->value.get())) {
+            texts.emplace_back(viewOf(element.get().bstrVal));
+        }
+    }
+    return texts;
+}
+
+std::string scalarDisplay(const Property& property, const VARIANT& value)
+{
+    const CIMTYPE type = elementTypeOf(property.type);
+    if (const std::wstring word = wordFor(property.qualifiers, value, type); !word.empty()) {
+        return toUtf8(word);
+    }
+    const std::wstring text = scalarText(value, type);
+    if (type == CIM_BOOLEAN) {
+        return text == L"TRUE" ? "yes" : "no";
+    }
+    if (type == CIM_DATETIME) {
+        return toUtf8(datetimeText(text));
+    }
+    if (type == CIM_REFERENCE) {
+        return toUtf8(referenceText(text));
+    }
+    if (sameName(qualifierText(property.qualifiers, L"Units"), L"Bits per Second")) {
+        if (const auto number = parseUnsigned(text)) {
+            return rateText(static_cast<double>(*number), "bit/s");
+        }
+    }
+    return toUtf8(text);
+}
+
+}  // namespace
+
+std::wstring wordFor(const Qualifiers& qualifiers, const VARIANT& value, CIMTYPE type)
+{
+    const auto words = textsOf(qualifiers, L"Values");
+    const auto keys = textsOf(qualifiers, L"ValueMap");
+    const std::wstring text = scalarText(value, type);
+    for (std::size_t i = 0; i < keys.size() && i < words.size(); ++i) {
+        if (keys[i] == text) {
+            return words[i];
+        }
+    }
+    return {};
+}
+
+std::string displayText(const Property& property, const VARIANT& value)
+{
+    if (value.vt == VT_NULL || value.vt == VT_EMPTY) {
+        return {};
+    }
+    if ((value.vt & VT_ARRAY) == 0) {
+        return scalarDisplay(property, value);
+    }
+    std::string list;
+    for (const Variant& element : elementsOf(value)) {
+        list += (list.empty() ? "" : ", ") + scalarDisplay(property, element.get());
+    }
+    return list;
+}
+
+bool isNumber(const Property& property)
+{
+    switch (property.type) {
+        case CIM_STRING:
+        case CIM_DATETIME:
+        case CIM_REFERENCE:
+        case CIM_BOOLEAN:
+        case CIM_OBJECT:
+            return false;
+        default:
+            return !isArray(property.type) && findQualifier(property.qualifiers, L"Values") == nullptr;
+    }
+}
+
+std::string rateText(double perSecond, const std::string& unit)
+{
+    constexpr std::array<const char*, 6> prefixes{"", "k", "M", "G", "T", "P"};
+    constexpr double step = 1000;
+    std::size_t power = 0;
+    while (perSecond >= step && power + 1 < prefixes.size()) {
+        perSecond /= step;
+        ++power;
+    }
+    std::array<char, 64> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "%.4g %s", perSecond, prefixes[power]);
+    return buffer.data() + unit;
+}
+
+}  // namespace wmihost

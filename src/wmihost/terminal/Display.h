@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+#include "wmihost/repository/ClassDefinition.h"
+
+namespace wmihost {
+
+// A value for people, in UTF-8: words from the property's value map, speeds with a unit, dates and intervals
+// spelled out, references without server and namespace, arrays as a list. No value is an empty text.
+std::string displayText(const Property& property, const VARIANT& value);
+
+// The word that the property's value map has for a value; empty if there is none.
+std::wstring wordFor(const Qualifiers& qualifiers, const VARIANT& value, CIMTYPE type);
+
+// Whether the values of the property are numbers without words, which stand to the right in a column.
+bool isNumber(const Property& property);
+
+// A number of units per second with a prefix: 1500 and "bit/s" give "1.5 kbit/s".
+std::string rateText(double perSecond, const std::string& unit);
+
+}  // namespace wmihost

@@ -1,0 +1,103 @@
+// The class definitions that WMI is given and the classes that the broker serves must be the same, property by
+// property: whatever differs is a property that no client ever sees.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <regex>
+
+#include "broker/Fakes.h"
+
+namespace {
+
+using Classes = std::map<std::string, std::vector<std::string>>;
+
+// "Name: type", with " key" behind it for a key and " write" for a writable property.
+Classes definedClasses()
+{
+    static const std::regex classLine(R"(^class (\w+)$)");
+    static const std::regex propertyLine(R"(^    (\w+(?: ref)?) (\w+)(\[\])?;$)");
+    static const std::regex qualifiersBegin(R"(^    \[.*$)");
+    std::ifstream file(ZERIX_SOURCE_DIR "/install/ZerixDRAVEv2.mof");
+    Classes result;
+    std::string className;
+    std::string qualifiers;
+    std::string line;
+    while (std::getline(file, line)) {
+        std::smatch match;
+        if (std::regex_match(line, match, classLine)) {
+            className = match[1];
+        } else if (line == "};") {
+            className.clear();
+        } else if (!className.empty() && std::regex_match(line, match, propertyLine)) {
+            std::string type = match[1];
+            if (type.size() > 4 && type.substr(type.size() - 4) == " ref") {
+                type = "ref";
+            }
+            result[className].push_back(match[2].str() + ": " + type + match[3].str() +
+                                        (qualifiers.find("[key,") != std::string::npos ? " key" : "") +
+                                        (qualifiers.find(" write,") != std::string::npos ? " write" : ""));
+        } else if (std::regex_match(line, qualifiersBegin)) {
+            qualifiers = line;
+        }
+    }
+    return result;
+}
+
+std::string typeName(core::CimProperty::EPropertyType type)
+{
+    switch (type) {
+        case core::CimProperty::EPT_UINT8:
+            return "uint8";
+        case core::CimProperty::EPT_UINT16:
+            return "uint16";
+        case core::CimProperty::EPT_UINT16_ARR:
+            return "uint16[]";
+        case core::CimProperty::EPT_UINT32:
+            return "uint32";
+        case core::CimProperty::EPT_UINT32_ARR:
+            return "uint32[]";
+        case core::CimProperty::EPT_UINT64:
+            return "uint64";
+        case core::CimProperty::EPT_STRING:
+            return "string";
+        case core::CimProperty::EPT_STRING_ARR:
+            return "string[]";
+        case core::CimProperty::EPT_BOOL:
+            return "boolean";
+        case core::CimProperty::EPT_DATETIME:
+            return "datetime";
+        default:
+            return "ref";
+    }
+}
+
+TEST(ClassDefinitions, AreThoseOfTheServedInstances)
+{
+    const Classes defined = definedClasses();
+    ASSERT_EQ(defined.size(), 12U);
+    fakes::World world;
+    world.adapters.set({fakes::adapter(1)});
+    world.adapters.set({fakes::address(1, "192.0.2.1")});
+    world.jobs.startDiagnostic(fakes::adapter(1), {}, 1);
+    world.machine.time += 2'000'000;
+    world.thread.work->work();
+    broker::Workspace workspace(world.sources());
+    workspace.begin();
+    for (const auto& [className, expected] : defined) {
+        const auto* instances = workspace.instances(className);
+        ASSERT_NE(instances, nullptr) << className;
+        ASSERT_FALSE(instances->records().empty()) << className;
+        EXPECT_EQ(instances->records()[0].instance->getClassName(), className);
+        std::vector<std::string> served;
+        for (const core::CimProperty* property : instances->records()[0].properties) {
+            served.push_back(property->getName() + ": " + typeName(property->getType()) +
+                             (property->isKey() ? " key" : "") + (property->isModifiable() ? " write" : ""));
+        }
+        EXPECT_EQ(served, expected) << className;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,375 @@
+#include "broker/ObjectBroker.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+#include "Utils/Exception.h"
+#include "broker/Fakes.h"
+#include "broker/Properties.h"
+#include "core/MethodErrors.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class FailingAdapters : public fakes::Adapters
+{
+public:
+    std::vector<broker::Adapter> readAdapters() override { throw std::runtime_error("out of order"); }
+};
+
+template <class Property>
+std::unique_ptr<core::CimProperty> copyOf(const core::CimProperty& property)
+{
+    auto copy = std::make_unique<Property>(property.getName().c_str());
+    if (!property.isNull()) {
+        copy->setValue(static_cast<const Property&>(property).getValue());
+    }
+    return copy;
+}
+
+// What comes back from a client that changes nothing: references as paths with host and namespace, datetimes in whole
+// seconds.
+std::unique_ptr<core::CimProperty> copyAsAClientSeesIt(const core::CimProperty& property)
+{
+    switch (property.getType()) {
+        case core::CimProperty::EPT_UINT8:
+            return copyOf<core::CimPropertyUint8>(property);
+        case core::CimProperty::EPT_UINT16:
+            return copyOf<core::CimPropertyUint16>(property);
+        case core::CimProperty::EPT_UINT16_ARR:
+            return copyOf<core::CimPropertyUint16_arr>(property);
+        case core::CimProperty::EPT_UINT32:
+            return copyOf<core::CimPropertyUint32>(property);
+        case core::CimProperty::EPT_UINT32_ARR:
+            return copyOf<core::CimPropertyUint32_arr>(property);
+        case core::CimProperty::EPT_UINT64:
+            return copyOf<core::CimPropertyUint64>(property);
+        case core::CimProperty::EPT_STRING:
+            return copyOf<core::CimPropertyString>(property);
+        case core::CimProperty::EPT_STRING_ARR:
+            return copyOf<core::CimPropertyString_arr>(property);
+        case core::CimProperty::EPT_BOOL:
+            return copyOf<core::CimPropertyBool>(property);
+        case core::CimProperty::EPT_DATETIME: {
+            auto copy = std::make_unique<core::CimPropertyDatetime>(property.getName().c_str());
+            utils::Time time = static_cast<const core::CimPropertyDatetime&>(property).getValue();
+            time.value -= time.value % 1'000'000;
+            copy->setValue(time);
+            return copy;
+        }
+        default: {
+            auto copy = std::make_unique<core::CimPropertyRef>(property.getName().c_str());
+            copy->setValue(R"(\\HOST\root\DCIM\vexal:)" + property.toString());
+            return copy;
+        }
+    }
+}
+
+class ObjectBroker : public testing::Test
+{
+protected:
+    ObjectBroker() { m_adapters.set({fakes::adapter(1), fakes::adapter(2)}); }
+
+    // A diagnostic of the first port, started through the broker.
+    core::CimInstance* startJob()
+    {
+        auto ports = m_broker.getInstances("Zerix_EthernetPort");
+        core::CimPath path(ports.getIterator().next()->toPathString());
+        core::CimPropertyList in;
+        core::CimPropertyList out;
+        core::CimInstance* job = nullptr;
+        EXPECT_EQ(m_broker.invokeMethod(path, "RunLinkDiagnostic", in, out, job), 4096U);
+        return job;
+    }
+
+    // As many as the settings ask for by default.
+    void takeAllSamples()
+    {
+        for (int i = 0; i < 10; ++i) {
+            m_machine.time += 1'000'000;
+            m_thread.work->work();
+        }
+    }
+
+    fakes::Adapters m_adapters;
+    fakes::Machine m_machine;
+    fakes::Storage m_storage;
+    fakes::ManualThread m_thread;
+    broker::ObjectBroker m_broker{{m_adapters, m_machine, m_storage, m_thread}};
+};
+
+TEST_F(ObjectBroker, ListsAllInstancesOfExactlyTheClass)
+{
+    auto ports = m_broker.getInstances("zerix_ethernetport");
+    EXPECT_EQ(ports.size(), 2U);
+    auto iterator = ports.getIterator();
+    while (core::CimInstance* port = iterator.next()) {
+        EXPECT_EQ(port->getClassName(), "Zerix_EthernetPort");
+    }
+}
+
+TEST_F(ObjectBroker, UnknownClassIsAnEmptyList)
+{
+    EXPECT_EQ(m_broker.getInstances("Zerix_Nothing").size(), 0U);
+    EXPECT_EQ(m_broker.getInstances("").size(), 0U);
+}
+
+TEST_F(ObjectBroker, ClassThatCannotBeReadIsAnEmptyListAndAnErrorLine)
+{
+    const support::LogCapture log(1);
+    FailingAdapters failing;
+    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
+    EXPECT_EQ(broker.getInstances("Zerix_EthernetPort").size(), 0U);
+    ASSERT_EQ(log.events().size(), 1U);
+    EXPECT_THAT(log.events()[0], testing::EndsWith("broker::ObjectBroker::getInstances: error: Reading of class "
+                                                   "Zerix_EthernetPort failed: out of order\n"));
+    EXPECT_EQ(broker.getInstances("Zerix_RegisteredProfile").size(), 1U);
+}
+
+TEST_F(ObjectBroker, FindsInstancesThroughTheSharedInterface)
+{
+    core::CimBroker& broker = m_broker;
+    auto listed = broker.getInstances("Zerix_EthernetPort");
+    core::CimPath path(listed.getIterator().next()->toPathString());
+    core::CimInstance* found = broker.getInstanceByPath(path);
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(support::value(*found, "Name"), "eth1");
+    core::CimPath other("Zerix_EthernetPort.DeviceID=\"{}\"");
+    EXPECT_EQ(broker.getInstanceByPath(other), nullptr);
+}
+
+TEST_F(ObjectBroker, InstancesOfAThreadOutliveTheRequestsOfOthers)
+{
+    auto listed = m_broker.getInstances("Zerix_EthernetPort");
+    core::CimInstance* port = listed.getIterator().next();
+    m_adapters.set({fakes::adapter(3)});
+    std::thread([this] { EXPECT_EQ(m_broker.getInstances("Zerix_EthernetPort").size(), 1U); }).join();
+    EXPECT_EQ(support::value(*port, "Name"), "eth1");
+    auto listedAgain = m_broker.getInstances("Zerix_EthernetPort");
+    EXPECT_EQ(support::value(*listedAgain.getIterator().next(), "Name"), "eth3");
+}
+
+TEST_F(ObjectBroker, ServesManyThreadsAtOnceWhileAdaptersChange)
+{
+    constexpr int THREADS = 8;
+    constexpr int REQUESTS = 60;
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i) {
+        threads.emplace_back([this, i, &wrong] {
+            for (int request = 0; request < REQUESTS; ++request) {
+                // An adapter's name, index and address all come from its number: a mixture shows.
+                m_adapters.set({fakes::adapter(static_cast<unsigned>(request % 7 + 1)), fakes::adapter(20),
+                                fakes::adapter(static_cast<unsigned>(i + 30))});
+                auto ports =
+                    m_broker.getInstances(i % 2 == 0 ? "Zerix_EthernetPort" : "Zerix_ElementConformsToProfile");
+                auto iterator = ports.getIterator();
+                while (core::CimInstance* instance = iterator.next()) {
+                    core::CimInstance* port = instance;
+                    if (i % 2 != 0) {
+                        port =
+                            static_cast<core::CimPropertyRef*>(instance->getProperties().findProperty("ManagedElement"))
+                                ->getValue();
+                    }
+                    if ("eth" + support::value(*port, "InterfaceIndex") != support::value(*port, "Name")) {
+                        ++wrong;
+                    }
+                }
+                if (ports.size() != 3) {
+                    ++wrong;
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
+// What the operation throws, by its class.
+template <class Operation>
+std::string thrown(Operation operation)
+{
+    try {
+        operation();
+        return "nothing";
+    } catch (const utils::EInvalidParameter&) {
+        return "EInvalidParameter";
+    } catch (const utils::EForbidden&) {
+        return "EForbidden";
+    } catch (const utils::ENotSupported&) {
+        return "ENotSupported";
+    } catch (const utils::ENotFound& exception) {
+        return std::string("ENotFound ") + exception.what();
+    } catch (const utils::EFailed& exception) {
+        return std::string("EFailed ") + exception.what();
+    } catch (const wa::EMethodNotSupported&) {
+        return "EMethodNotSupported";
+    } catch (...) {
+        return "something else";
+    }
+}
+
+TEST_F(ObjectBroker, ChangesASetting)
+{
+    core::CimPath path("Zerix_AdapterSetting.InstanceID=\"Vexal:AdapterSetting:" + fakes::adapter(2).guid + "\"");
+    core::CimPropertyList values;
+    core::CimPropertyString label("ElementName");
+    label.setValue("Uplink");
+    values.add(&label);
+    m_broker.modifyInstance(path, values);
+    core::CimInstance* changed = m_broker.findInstance(path);
+    EXPECT_EQ(support::value(*changed, "ElementName"), "Uplink");
+    label.setValue(std::string(65, 'x'));
+    EXPECT_EQ(thrown([&] { m_broker.modifyInstance(path, values); }), "EInvalidParameter");
+    EXPECT_EQ(support::value(*m_broker.findInstance(path), "ElementName"), "Uplink");
+}
+
+TEST_F(ObjectBroker, ChangeOfAnInstanceThatDoesNotExistIsNotFoundWhateverIsPut)
+{
+    core::CimPropertyList values;
+    core::CimPropertyString unknown("Nothing");
+    unknown.setValue("x");
+    values.add(&unknown);
+    core::CimPath path("Zerix_AdapterSetting.InstanceID=\"another\"");
+    EXPECT_EQ(thrown([&] { m_broker.modifyInstance(path, values); }),
+              "ENotFound DRAVEv2: Instance Zerix_AdapterSetting.InstanceID=\"another\" does not exist");
+    core::CimPath unknownClass("Zerix_Nothing.Id=1");
+    EXPECT_EQ(thrown([&] { m_broker.modifyInstance(unknownClass, values); }),
+              "ENotFound DRAVEv2: Instance Zerix_Nothing.Id=1 does not exist");
+}
+
+TEST_F(ObjectBroker, ChangeThrowsNothingThatItsCallersDoNotKnow)
+{
+    FailingAdapters failing;
+    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
+    core::CimPropertyList values;
+    core::CimPath path("Zerix_AdapterSetting.InstanceID=\"x\"");
+    EXPECT_EQ(thrown([&] { broker.modifyInstance(path, values); }), "EFailed DRAVEv2: out of order");
+}
+
+TEST_F(ObjectBroker, EveryInstanceMayBePutBackAsItIs)
+{
+    m_adapters.set({fakes::address(1, "192.0.2.1")});
+    startJob();
+    takeAllSamples();
+    for (const char* className : {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_IPProtocolEndpoint",
+                                  "Zerix_SoftwareIdentity", "Zerix_RegisteredProfile", "Zerix_PortImplementsEndpoint",
+                                  "Zerix_ElementConformsToProfile", "Zerix_AdapterSetting", "Zerix_ElementSettingData",
+                                  "Zerix_DiagnosticSetting", "Zerix_ConcreteJob", "Zerix_DiagnosticResult"})
+    {
+        auto listed = m_broker.getInstances(className);
+        core::CimInstance* instance = listed.getIterator().next();
+        ASSERT_NE(instance, nullptr) << className;
+        core::CimPath path(instance->toPathString());
+        core::CimPropertyList values;
+        values.setOwnsElements(true);
+        auto iterator = instance->propertyIterator();
+        while (const core::CimProperty* property = iterator.next()) {
+            values.add(copyAsAClientSeesIt(*property).release());
+        }
+        // Time goes by between the reading and the writing.
+        m_machine.time += 1'500'000;
+        broker::Adapter busier = fakes::adapter(1);
+        busier.counters.bytesReceived += 99;
+        m_adapters.set({busier, fakes::adapter(2)});
+        EXPECT_NO_THROW(m_broker.modifyInstance(path, values)) << className;
+    }
+}
+
+TEST_F(ObjectBroker, MethodOfAnInstanceThatDoesNotExistIsNotFound)
+{
+    core::CimPath path("Zerix_ConcreteJob.InstanceID=\"x\"");
+    core::CimPropertyList in;
+    core::CimPropertyList out;
+    core::CimInstance* job = nullptr;
+    EXPECT_EQ(thrown([&] { m_broker.invokeMethod(path, "GetError", in, out, job); }),
+              "ENotFound DRAVEv2: Instance Zerix_ConcreteJob.InstanceID=\"x\" does not exist");
+}
+
+TEST_F(ObjectBroker, UnknownMethodIsNotSupported)
+{
+    core::CimPath path("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
+    core::CimPropertyList in;
+    core::CimPropertyList out;
+    core::CimInstance* job = nullptr;
+    EXPECT_EQ(thrown([&] { m_broker.invokeMethod(path, "Explode", in, out, job); }), "EMethodNotSupported");
+}
+
+TEST_F(ObjectBroker, JobIsFollowedByItsPath)
+{
+    core::CimPath path(startJob()->toPathString());
+    m_machine.time += 1'000'000;
+    m_thread.work->work();
+    EXPECT_EQ(support::value(*m_broker.findInstance(path), "PercentComplete"), "10");
+}
+
+TEST_F(ObjectBroker, FlaggedJobIsGoneBeforeTheNextRequestOfAnyThread)
+{
+    core::CimInstance* job = startJob();
+    job->markForDeletion(true);
+    std::thread([this] { EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U); }).join();
+    EXPECT_EQ(m_thread.wakes, 1);
+    // This thread's instance stays until its own next call.
+    EXPECT_EQ(support::value(*job, "JobState"), "4");
+    EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U);
+}
+
+TEST_F(ObjectBroker, JobThatTheLastRequestFlaggedIsGoneForTheNextProcess)
+{
+    core::CimPath path(startJob()->toPathString());
+    takeAllSamples();
+    {
+        broker::ObjectBroker later({m_adapters, m_machine, m_storage, m_thread});
+        core::CimInstance* job = later.findInstance(path);
+        ASSERT_NE(job, nullptr);
+        job->markForDeletion(true);
+    }
+    broker::ObjectBroker last({m_adapters, m_machine, m_storage, m_thread});
+    EXPECT_EQ(last.findInstance(path), nullptr);
+    EXPECT_EQ(last.getInstances("Zerix_DiagnosticResult").size(), 1U);
+}
+
+class StoppedClock : public fakes::Machine
+{
+public:
+    std::uint64_t now() override
+    {
+        return isStopped ? throw std::runtime_error("out of order") : fakes::Machine::now();
+    }
+
+    bool isStopped = false;
+};
+
+TEST_F(ObjectBroker, JobsThatCannotBeSweptAtItsEndStayAndAreAnErrorLine)
+{
+    const support::LogCapture log(1);
+    startJob();
+    takeAllSamples();
+    StoppedClock machine;
+    {
+        broker::ObjectBroker later({m_adapters, machine, m_storage, m_thread});
+        machine.isStopped = true;
+    }
+    EXPECT_THAT(log.events(), ElementsAre(testing::EndsWith("broker::ObjectBroker::~ObjectBroker: error: "
+                                                            "Jobs marked for deletion stay: out of order\n")));
+}
+
+TEST_F(ObjectBroker, JobPastItsTimeGoesTheSameWay)
+{
+    core::CimPath path(startJob()->toPathString());
+    takeAllSamples();
+    EXPECT_EQ(support::value(*m_broker.findInstance(path), "JobState"), "7");
+    m_machine.time += 300'000'000;
+    EXPECT_EQ(m_broker.findInstance(path), nullptr);
+}
+
+}  // namespace

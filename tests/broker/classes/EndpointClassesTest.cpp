@@ -1,0 +1,93 @@
+#include "broker/classes/EndpointClasses.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "broker/Fakes.h"
+#include "broker/Properties.h"
+
+namespace {
+
+using broker::AddressFamily;
+using broker::AddressOrigin;
+using testing::ElementsAre;
+
+const std::string SYSTEM = "HOST";
+
+class EndpointClasses : public testing::Test
+{
+protected:
+    core::CimInstance& endpoint(const broker::Address& address)
+    {
+        m_endpoints.refresh({{address, SYSTEM}});
+        return *m_endpoints.records()[0].instance;
+    }
+
+    std::string mask(std::uint8_t prefixLength)
+    {
+        broker::Address address = fakes::address(4, "192.0.2.2");
+        address.prefixLength = prefixLength;
+        return support::value(endpoint(address), "SubnetMask");
+    }
+
+    std::string origin(AddressFamily family, AddressOrigin origin)
+    {
+        broker::Address address = fakes::address(4, "any", family);
+        address.origin = origin;
+        return support::value(endpoint(address), "AddressOrigin");
+    }
+
+    broker::DescribedStore<broker::EndpointRow> m_endpoints{broker::ipProtocolEndpointClass};
+};
+
+TEST_F(EndpointClasses, Ipv4EndpointShowsTheAddress)
+{
+    EXPECT_THAT(support::values(endpoint(fakes::address(4, "192.0.2.2"))),
+                ElementsAre("SystemCreationClassName=Win32_ComputerSystem", "SystemName=HOST",
+                            "CreationClassName=Zerix_IPProtocolEndpoint",
+                            "Name={00000004-0000-0000-0000-000000000000}:192.0.2.2", "IPv4Address=192.0.2.2",
+                            "IPv6Address=null", "SubnetMask=255.255.255.0", "PrefixLength=24", "ProtocolIFType=4096",
+                            "AddressOrigin=3"));
+}
+
+TEST_F(EndpointClasses, Ipv6EndpointHasNoMask)
+{
+    EXPECT_THAT(
+        support::values(endpoint(fakes::address(4, "fd00::2", AddressFamily::IPV6))),
+        ElementsAre("SystemCreationClassName=Win32_ComputerSystem", "SystemName=HOST",
+                    "CreationClassName=Zerix_IPProtocolEndpoint", "Name={00000004-0000-0000-0000-000000000000}:fd00::2",
+                    "IPv4Address=null", "IPv6Address=fd00::2", "SubnetMask=null", "PrefixLength=64",
+                    "ProtocolIFType=4097", "AddressOrigin=3"));
+}
+
+TEST_F(EndpointClasses, MaskFollowsThePrefixLength)
+{
+    EXPECT_EQ(mask(0), "0.0.0.0");
+    EXPECT_EQ(mask(1), "128.0.0.0");
+    EXPECT_EQ(mask(9), "255.128.0.0");
+    EXPECT_EQ(mask(31), "255.255.255.254");
+    EXPECT_EQ(mask(32), "255.255.255.255");
+    // What the platform gives for a prefix that is not known.
+    EXPECT_EQ(mask(255), "null");
+}
+
+TEST_F(EndpointClasses, OriginFollowsThePlatformsOrigin)
+{
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::OTHER), "1");
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::MANUAL), "3");
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::WELL_KNOWN), "6");
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::DHCP), "4");
+    EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::MANUAL), "3");
+    EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::WELL_KNOWN), "10");
+    EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::DHCP), "7");
+    EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::ROUTER_ADVERTISEMENT), "8");
+}
+
+TEST_F(EndpointClasses, SameAddressOnTwoAdaptersIsTwoEndpoints)
+{
+    const broker::Address one = fakes::address(4, "fe80::1", AddressFamily::IPV6);
+    const broker::Address other = fakes::address(5, "fe80::1", AddressFamily::IPV6);
+    EXPECT_NE(broker::endpointName(one), broker::endpointName(other));
+}
+
+}  // namespace

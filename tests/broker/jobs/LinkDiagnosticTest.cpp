@@ -1,0 +1,136 @@
+#include "broker/jobs/LinkDiagnostic.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "broker/Fakes.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint64_t START = 1'000'000;
+
+class LinkDiagnostic : public testing::Test
+{
+protected:
+    broker::LinkDiagnostic diagnostic(std::uint16_t samples) const { return {m_setting, samples, m_adapter, START}; }
+
+    // The adapter after so many bytes more.
+    broker::Adapter later(std::uint64_t received, std::uint64_t transmitted)
+    {
+        m_adapter.counters.bytesReceived += received;
+        m_adapter.counters.bytesTransmitted += transmitted;
+        return m_adapter;
+    }
+
+    broker::DiagnosticSetting m_setting;
+    broker::Adapter m_adapter = fakes::adapter(1);
+};
+
+TEST_F(LinkDiagnostic, CountsBytesFromSampleToSample)
+{
+    broker::LinkDiagnostic tested = diagnostic(3);
+    EXPECT_TRUE(tested.takeSample(later(5, 1), START));
+    EXPECT_TRUE(tested.takeSample(later(0, 0), START));
+    EXPECT_TRUE(tested.takeSample(later(7, 2), START));
+    EXPECT_THAT(tested.bytesReceived(), ElementsAre(5, 0, 7));
+    EXPECT_THAT(tested.bytesTransmitted(), ElementsAre(1, 0, 2));
+    EXPECT_TRUE(tested.isComplete());
+    EXPECT_EQ(tested.passedPercent(), 100);
+    EXPECT_TRUE(tested.isPassed());
+    EXPECT_THAT(tested.problems(), IsEmpty());
+}
+
+TEST_F(LinkDiagnostic, MoreBytesThanFitAreTheMost)
+{
+    broker::LinkDiagnostic tested = diagnostic(2);
+    tested.takeSample(later(0xFFFFFFFF, 0x100000000), START);
+    tested.takeSample(later(0x100000001, 0), START);
+    EXPECT_THAT(tested.bytesReceived(), ElementsAre(0xFFFFFFFF, 0xFFFFFFFF));
+    EXPECT_THAT(tested.bytesTransmitted(), ElementsAre(0xFFFFFFFF, 0));
+}
+
+TEST_F(LinkDiagnostic, CounterThatStartsAnewCountsFromZero)
+{
+    broker::LinkDiagnostic tested = diagnostic(1);
+    m_adapter.counters.bytesReceived = 12;
+    tested.takeSample(m_adapter, START);
+    EXPECT_THAT(tested.bytesReceived(), ElementsAre(12));
+}
+
+TEST_F(LinkDiagnostic, SampleFailsWhileTheLinkIsDown)
+{
+    broker::LinkDiagnostic tested = diagnostic(2);
+    m_adapter.operational = broker::OperationalState::DOWN;
+    tested.takeSample(m_adapter, START);
+    m_adapter.operational = broker::OperationalState::UP;
+    tested.takeSample(m_adapter, START);
+    EXPECT_THAT(tested.problems(), ElementsAre("Sample 1: the link is down"));
+    EXPECT_EQ(tested.passedPercent(), 50);
+    EXPECT_FALSE(tested.isPassed());
+}
+
+TEST_F(LinkDiagnostic, SampleFailsWhenPacketsWereLost)
+{
+    broker::LinkDiagnostic tested = diagnostic(5);
+    const auto sampleAfter = [&](std::uint64_t broker::Counters::*counter, std::uint64_t more) {
+        m_adapter.counters.*counter += more;
+        tested.takeSample(m_adapter, START);
+    };
+    sampleAfter(&broker::Counters::receiveErrors, 1);
+    sampleAfter(&broker::Counters::transmitErrors, 2);
+    sampleAfter(&broker::Counters::receiveDiscards, 3);
+    sampleAfter(&broker::Counters::transmitDiscards, 4);
+    sampleAfter(&broker::Counters::receiveErrors, 0);
+    EXPECT_THAT(tested.problems(),
+                ElementsAre("Sample 1: 1 packets in error or discarded", "Sample 2: 2 packets in error or discarded",
+                            "Sample 3: 3 packets in error or discarded", "Sample 4: 4 packets in error or discarded"));
+    EXPECT_EQ(tested.passedPercent(), 20);
+}
+
+TEST_F(LinkDiagnostic, ThresholdDecides)
+{
+    m_setting.passThresholdPercent = 50;
+    broker::LinkDiagnostic tested = diagnostic(2);
+    m_adapter.operational = broker::OperationalState::DOWN;
+    tested.takeSample(m_adapter, START);
+    m_adapter.operational = broker::OperationalState::UP;
+    // Half of the samples would be enough, were it complete.
+    EXPECT_FALSE(tested.isPassed());
+    tested.takeSample(m_adapter, START);
+    EXPECT_TRUE(tested.isPassed());
+}
+
+TEST_F(LinkDiagnostic, AdapterThatIsGoneIsNoSample)
+{
+    broker::LinkDiagnostic tested = diagnostic(2);
+    EXPECT_FALSE(tested.takeSample(std::nullopt, START));
+    EXPECT_FALSE(tested.takeSample(fakes::adapter(2), START));
+    EXPECT_THAT(tested.bytesReceived(), IsEmpty());
+}
+
+TEST_F(LinkDiagnostic, NextSampleIsDueAPeriodAfterTheLast)
+{
+    m_setting.samplePeriodMilliseconds = 20;
+    broker::LinkDiagnostic tested = diagnostic(2);
+    EXPECT_EQ(tested.nextDue(), START + 20'000);
+    tested.takeSample(m_adapter, START + 500'000);
+    EXPECT_EQ(tested.nextDue(), START + 520'000);
+}
+
+TEST_F(LinkDiagnostic, PercentagesAreOfTheSamplesToTake)
+{
+    broker::LinkDiagnostic tested = diagnostic(3);
+    EXPECT_EQ(tested.percentComplete(), 0);
+    EXPECT_EQ(tested.passedPercent(), 0);
+    tested.takeSample(m_adapter, START);
+    EXPECT_EQ(tested.percentComplete(), 33);
+    EXPECT_EQ(tested.passedPercent(), 33);
+    tested.takeSample(m_adapter, START);
+    tested.takeSample(m_adapter, START);
+    EXPECT_EQ(tested.percentComplete(), 100);
+}
+
+}  // namespace

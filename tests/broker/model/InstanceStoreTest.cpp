@@ -1,0 +1,181 @@
+#include "broker/model/InstanceStore.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <map>
+#include <stdexcept>
+
+#include "broker/Properties.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Row
+{
+    std::string id;
+    std::uint16_t number = 0;
+    core::CimInstance* other = nullptr;
+    bool fails = false;
+};
+
+std::uint32_t value(const Row& row)
+{
+    if (row.fails) {
+        throw std::runtime_error("unreadable");
+    }
+    return row.number * 10U;
+}
+
+constexpr std::array columns{broker::key<&Row::id>("Id"), broker::key<&Row::number>("Number"),
+                             broker::key<&Row::other>("Other"), broker::column<&value>("Value")};
+
+const broker::ClassDescription<Row> description{"Class", columns, [](const Row& row) { return row.id; }};
+
+class Resolver : public broker::ReferenceResolver
+{
+public:
+    core::CimInstance* resolve(const std::string& path) override
+    {
+        ++calls;
+        const auto found = instances.find(path);
+        return found == instances.end() ? nullptr : found->second;
+    }
+
+    std::map<std::string, core::CimInstance*> instances;
+    int calls = 0;
+};
+
+class InstanceStoreTest : public testing::Test
+{
+protected:
+    std::vector<std::string> ids() const
+    {
+        std::vector<std::string> result;
+        for (const auto& record : m_store.records()) {
+            result.push_back(support::value(*record.instance, "Id"));
+        }
+        return result;
+    }
+
+    const broker::InstanceStore::Record* find(const std::string& path)
+    {
+        return m_store.find(core::CimPath(path), m_resolver);
+    }
+
+    broker::DescribedStore<Row> m_store{description};
+    core::CimInstance m_other{"Other"};
+    core::CimInstance m_third{"Other"};
+    Resolver m_resolver;
+};
+
+TEST_F(InstanceStoreTest, InstanceHasTheClassAndThePropertiesOfTheDescription)
+{
+    m_store.refresh({{"a", 4, &m_other}});
+    ASSERT_EQ(m_store.records().size(), 1U);
+    core::CimInstance& instance = *m_store.records()[0].instance;
+    EXPECT_EQ(instance.getClassName(), "Class");
+    EXPECT_THAT(support::values(instance), ElementsAre("Id=a", "Number=4", "Other=Other.", "Value=40"));
+    EXPECT_EQ(instance.toPathString(), "Class.Id=\"a\",Number=4,Other=\"Other.\"");
+    EXPECT_EQ(m_store.records()[0].identity, "a");
+}
+
+TEST_F(InstanceStoreTest, KeepsTheOrderOfTheRows)
+{
+    m_store.refresh({{"b"}, {"a"}, {"c"}});
+    EXPECT_THAT(ids(), ElementsAre("b", "a", "c"));
+    m_store.refresh({{"c"}, {"b"}, {"a"}});
+    EXPECT_THAT(ids(), ElementsAre("c", "b", "a"));
+}
+
+TEST_F(InstanceStoreTest, KeepsInstancesWhoseRowsAreStillThereAndRefreshesTheirValues)
+{
+    m_store.refresh({{"a", 1}, {"b", 2}, {"c", 3}});
+    const core::CimInstance* a = m_store.records()[0].instance.get();
+    const core::CimInstance* c = m_store.records()[2].instance.get();
+    m_store.refresh({{"c", 33}, {"d", 4}, {"a", 1}});
+    ASSERT_THAT(ids(), ElementsAre("c", "d", "a"));
+    EXPECT_EQ(m_store.records()[0].instance.get(), c);
+    EXPECT_EQ(m_store.records()[2].instance.get(), a);
+    EXPECT_EQ(support::value(*m_store.records()[0].instance, "Value"), "330");
+    EXPECT_EQ(support::value(*m_store.records()[1].instance, "Value"), "40");
+}
+
+TEST_F(InstanceStoreTest, DropsAllWhenThereAreNoRows)
+{
+    m_store.refresh({{"a"}});
+    m_store.refresh({});
+    EXPECT_THAT(m_store.records(), IsEmpty());
+}
+
+TEST_F(InstanceStoreTest, IsEmptyAfterAFailedRefresh)
+{
+    m_store.refresh({{"a"}, {"b"}});
+    EXPECT_THROW(m_store.refresh({{"a"}, {"b", 0, nullptr, true}}), std::runtime_error);
+    EXPECT_THAT(m_store.records(), IsEmpty());
+    m_store.refresh({{"b"}});
+    EXPECT_THAT(ids(), ElementsAre("b"));
+}
+
+TEST_F(InstanceStoreTest, FindsByAllKeysInAnyOrderWithNamesInAnyCase)
+{
+    m_store.refresh({{"a", 1, &m_other}, {"b", 2, &m_other}});
+    m_resolver.instances["Other.Id=1"] = &m_other;
+    EXPECT_EQ(find("Class.Id=\"b\",Number=2,Other=\"Other.Id=1\""), &m_store.records()[1]);
+    EXPECT_EQ(find("Class.OTHER=\"Other.Id=1\",number=2,iD=\"b\""), &m_store.records()[1]);
+}
+
+TEST_F(InstanceStoreTest, ValuesMustMatchExactly)
+{
+    m_store.refresh({{"a", 1, &m_other}});
+    m_resolver.instances["Other.Id=1"] = &m_other;
+    EXPECT_EQ(find("Class.Id=\"A\",Number=1,Other=\"Other.Id=1\""), nullptr);
+    EXPECT_EQ(find("Class.Id=\"a\",Number=01,Other=\"Other.Id=1\""), nullptr);
+}
+
+TEST_F(InstanceStoreTest, NeedsEveryKeyAndNoOther)
+{
+    m_store.refresh({{"a", 1, &m_other}});
+    m_resolver.instances["Other.Id=1"] = &m_other;
+    EXPECT_EQ(find("Class.Id=\"a\",Number=1"), nullptr);
+    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"Other.Id=1\",Value=10"), nullptr);
+    EXPECT_EQ(find("Class.Id=\"a\",ID=\"a\",Number=1,Other=\"Other.Id=1\""), nullptr);
+    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Another=\"Other.Id=1\""), nullptr);
+}
+
+TEST_F(InstanceStoreTest, ReferenceMatchesWhatItsPathLeadsTo)
+{
+    m_store.refresh({{"a", 1, &m_other}});
+    m_resolver.instances["one way"] = &m_other;
+    m_resolver.instances["another way"] = &m_other;
+    m_resolver.instances["elsewhere"] = &m_third;
+    EXPECT_NE(find("Class.Id=\"a\",Number=1,Other=\"one way\""), nullptr);
+    EXPECT_NE(find("Class.Id=\"a\",Number=1,Other=\"another way\""), nullptr);
+    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"elsewhere\""), nullptr);
+    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"nowhere\""), nullptr);
+}
+
+TEST_F(InstanceStoreTest, ReferenceThatLeadsNowhereIsNoNullReference)
+{
+    m_store.refresh({{"a", 1, nullptr}});
+    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"nowhere\""), nullptr);
+}
+
+TEST_F(InstanceStoreTest, ResolvesAReferenceOncePerLookup)
+{
+    m_store.refresh({{"a", 1, &m_third}, {"a", 1, &m_third}, {"a", 1, &m_third}});
+    m_resolver.instances["it"] = &m_other;
+    find("Class.Id=\"a\",Number=1,Other=\"it\"");
+    EXPECT_EQ(m_resolver.calls, 1);
+}
+
+TEST_F(InstanceStoreTest, TellsThePutRuleOfEachColumn)
+{
+    EXPECT_EQ(m_store.putRule(0), broker::PutRule::READ_ONLY);
+    EXPECT_EQ(m_store.putRule(3), broker::PutRule::READ_ONLY);
+}
+
+}  // namespace

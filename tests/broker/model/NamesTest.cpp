@@ -1,0 +1,28 @@
+#include "broker/model/Names.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Names, CaseOfLettersDoesNotCount)
+{
+    EXPECT_TRUE(broker::sameName("Zerix_EthernetPort", "zerix_ETHERNETPORT"));
+}
+
+TEST(Names, EveryOtherDifferenceCounts)
+{
+    EXPECT_FALSE(broker::sameName("Name", "Name1"));
+    EXPECT_FALSE(broker::sameName("Name1", "Name"));
+    EXPECT_FALSE(broker::sameName("", "N"));
+    EXPECT_FALSE(broker::sameName("A_B", "A-B"));
+    // Neighbours of the letters, a fixed distance apart as letters of two cases are.
+    EXPECT_FALSE(broker::sameName("[", "{"));
+    EXPECT_FALSE(broker::sameName("@", "`"));
+}
+
+TEST(Names, EmptyNamesAreTheSame)
+{
+    EXPECT_TRUE(broker::sameName("", ""));
+}
+
+}  // namespace

@@ -1,0 +1,251 @@
+#include "broker/model/Workspace.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "broker/Fakes.h"
+#include "broker/Properties.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Workspace : public testing::Test
+{
+protected:
+    Workspace()
+    {
+        m_adapters.set({fakes::adapter(1), fakes::adapter(2)});
+        m_adapters.set({fakes::address(2, "192.0.2.2"), fakes::address(1, "192.0.2.1"),
+                        fakes::address(2, "fe80::2", broker::AddressFamily::IPV6)});
+        m_workspace.begin();
+    }
+
+    std::vector<std::string> valuesOf(const std::string& className, const std::string& property)
+    {
+        std::vector<std::string> result;
+        for (const auto& record : m_workspace.instances(className)->records()) {
+            result.push_back(support::value(*record.instance, property));
+        }
+        return result;
+    }
+
+    core::CimInstance* find(const std::string& path)
+    {
+        const auto* record = m_workspace.find(core::CimPath(path));
+        return record == nullptr ? nullptr : record->instance.get();
+    }
+
+    // The path of the n-th instance of the class.
+    std::string pathOf(const std::string& className, std::size_t index)
+    {
+        return m_workspace.instances(className)->records().at(index).instance->toPathString();
+    }
+
+    fakes::World m_world;
+    fakes::Adapters& m_adapters = m_world.adapters;
+    broker::Workspace m_workspace{m_world.sources()};
+};
+
+TEST_F(Workspace, ServesAdaptersInThePlatformsOrder)
+{
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "Name"), ElementsAre("eth1", "eth2"));
+    EXPECT_THAT(valuesOf("Zerix_EthernetPortStatistics", "BytesReceived"), ElementsAre("1000", "2000"));
+}
+
+TEST_F(Workspace, NamesClassesWithoutCase)
+{
+    EXPECT_EQ(m_workspace.instances("zerix_ethernetport"), m_workspace.instances("Zerix_EthernetPort"));
+}
+
+TEST_F(Workspace, UnknownClassIsNull)
+{
+    EXPECT_EQ(m_workspace.instances("Zerix_Nothing"), nullptr);
+    EXPECT_EQ(find("Zerix_Nothing.Id=1"), nullptr);
+}
+
+TEST_F(Workspace, AsksThePlatformOncePerRequestAndOnlyForWhatIsNeeded)
+{
+    m_workspace.instances("Zerix_SoftwareIdentity");
+    m_workspace.instances("Zerix_RegisteredProfile");
+    EXPECT_EQ(m_adapters.adapterReads, 0);
+    EXPECT_EQ(m_adapters.addressReads, 0);
+    m_workspace.instances("Zerix_EthernetPort");
+    m_workspace.instances("Zerix_EthernetPortStatistics");
+    m_workspace.instances("Zerix_ElementConformsToProfile");
+    EXPECT_EQ(m_adapters.adapterReads, 1);
+    EXPECT_EQ(m_adapters.addressReads, 0);
+    m_workspace.instances("Zerix_PortImplementsEndpoint");
+    m_workspace.instances("Zerix_IPProtocolEndpoint");
+    EXPECT_EQ(m_adapters.adapterReads, 1);
+    EXPECT_EQ(m_adapters.addressReads, 1);
+    m_workspace.begin();
+    m_workspace.instances("Zerix_IPProtocolEndpoint");
+    EXPECT_EQ(m_adapters.adapterReads, 1);
+    EXPECT_EQ(m_adapters.addressReads, 2);
+}
+
+TEST_F(Workspace, InstancesStayAsTheyAreUntilTheNextRequest)
+{
+    const auto* ports = m_workspace.instances("Zerix_EthernetPort");
+    const core::CimInstance* second = ports->records()[1].instance.get();
+    broker::Adapter changed = fakes::adapter(2);
+    changed.mtu = 9000;
+    m_adapters.set({changed});
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ActiveMaximumTransmissionUnit"), ElementsAre("1500", "1500"));
+    m_workspace.begin();
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ActiveMaximumTransmissionUnit"), ElementsAre("9000"));
+    EXPECT_EQ(ports->records()[0].instance.get(), second);
+}
+
+TEST_F(Workspace, StatisticTimeIsThatOfTheReading)
+{
+    m_world.machine.time = 42;
+    EXPECT_THAT(valuesOf("Zerix_EthernetPortStatistics", "StatisticTime"), ElementsAre("at 42", "at 42"));
+}
+
+TEST_F(Workspace, AssociatesEachEndpointWithItsPort)
+{
+    const auto& ports = m_workspace.instances("Zerix_EthernetPort")->records();
+    const auto& endpoints = m_workspace.instances("Zerix_IPProtocolEndpoint")->records();
+    const auto& associations = m_workspace.instances("Zerix_PortImplementsEndpoint")->records();
+    const auto end = [](const auto& record, std::size_t column) {
+        return static_cast<core::CimPropertyRef*>(record.properties[column])->getValue();
+    };
+    ASSERT_EQ(associations.size(), 3U);
+    EXPECT_EQ(end(associations[0], 0), ports[1].instance.get());
+    EXPECT_EQ(end(associations[0], 1), endpoints[0].instance.get());
+    EXPECT_EQ(end(associations[1], 0), ports[0].instance.get());
+    EXPECT_EQ(end(associations[1], 1), endpoints[1].instance.get());
+    EXPECT_EQ(end(associations[2], 0), ports[1].instance.get());
+    EXPECT_EQ(end(associations[2], 1), endpoints[2].instance.get());
+}
+
+TEST_F(Workspace, AddressOfAnAdapterThatIsNotListedHasNoAssociation)
+{
+    m_adapters.set({fakes::adapter(1)});
+    EXPECT_EQ(m_workspace.instances("Zerix_PortImplementsEndpoint")->records().size(), 1U);
+}
+
+TEST_F(Workspace, EveryPortConformsToTheProfile)
+{
+    EXPECT_THAT(valuesOf("Zerix_ElementConformsToProfile", "ConformantStandard"),
+                ElementsAre(pathOf("Zerix_RegisteredProfile", 0), pathOf("Zerix_RegisteredProfile", 0)));
+    EXPECT_THAT(valuesOf("Zerix_ElementConformsToProfile", "ManagedElement"),
+                ElementsAre(pathOf("Zerix_EthernetPort", 0), pathOf("Zerix_EthernetPort", 1)));
+}
+
+TEST_F(Workspace, AssociationsFollowWhenAnAdapterIsReplaced)
+{
+    m_workspace.instances("Zerix_ElementConformsToProfile");
+    m_adapters.set({fakes::adapter(3), fakes::adapter(1)});
+    m_workspace.begin();
+    EXPECT_THAT(valuesOf("Zerix_ElementConformsToProfile", "ManagedElement"),
+                ElementsAre(pathOf("Zerix_EthernetPort", 0), pathOf("Zerix_EthernetPort", 1)));
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "Name"), ElementsAre("eth3", "eth1"));
+}
+
+TEST_F(Workspace, NothingReadIsNothingServed)
+{
+    m_adapters.set(std::vector<broker::Adapter>());
+    m_adapters.set(std::vector<broker::Address>());
+    EXPECT_THAT(m_workspace.instances("Zerix_EthernetPort")->records(), IsEmpty());
+    EXPECT_THAT(m_workspace.instances("Zerix_IPProtocolEndpoint")->records(), IsEmpty());
+    EXPECT_THAT(m_workspace.instances("Zerix_PortImplementsEndpoint")->records(), IsEmpty());
+}
+
+TEST_F(Workspace, FindsEveryInstanceByThePathThatItReports)
+{
+    for (const char* className :
+         {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_IPProtocolEndpoint", "Zerix_SoftwareIdentity",
+          "Zerix_RegisteredProfile", "Zerix_PortImplementsEndpoint", "Zerix_ElementConformsToProfile"})
+    {
+        const auto& records = m_workspace.instances(className)->records();
+        ASSERT_FALSE(records.empty()) << className;
+        for (const auto& record : records) {
+            EXPECT_EQ(find(record.instance->toPathString()), record.instance.get());
+        }
+    }
+}
+
+TEST_F(Workspace, FindsAssociationsByReferencesWithHostAndNamespace)
+{
+    const std::string quotedPort = "{00000002-0000-0000-0000-000000000000}";
+    const std::string port =
+        R"(Zerix_EthernetPort.SystemCreationClassName=\"Win32_ComputerSystem\",SystemName=\"HOST\",)"
+        R"(CreationClassName=\"Zerix_EthernetPort\",DeviceID=\")" +
+        quotedPort + R"(\")";
+    const std::string profile = R"(Zerix_RegisteredProfile.InstanceID=\"Vexal:Profile:EthernetPort\")";
+    const auto association = [](const std::string& standard, const std::string& element) {
+        return "Zerix_ElementConformsToProfile.ManagedElement=\"" + element + "\",ConformantStandard=\"" + standard +
+               "\"";
+    };
+    core::CimInstance* expected =
+        m_workspace.instances("Zerix_ElementConformsToProfile")->records().at(1).instance.get();
+    EXPECT_EQ(find(association(profile, port)), expected);
+    EXPECT_EQ(find(association(R"(\\HOST\root\interop:)" + profile, R"(\\HOST\root\DCIM\vexal:)" + port)), expected);
+    EXPECT_EQ(find(association(R"(\\\\HOST\\root\\interop:)" + profile, port)), expected);
+    EXPECT_EQ(find(association(port, profile)), nullptr);
+    EXPECT_EQ(find(association(profile, "no path")), nullptr);
+}
+
+TEST_F(Workspace, ResolvesOnlyPathsOfInstances)
+{
+    EXPECT_EQ(m_workspace.resolve(pathOf("Zerix_EthernetPort", 1)),
+              m_workspace.instances("Zerix_EthernetPort")->records()[1].instance.get());
+    EXPECT_EQ(m_workspace.resolve("Zerix_RegisteredProfile.InstanceID=\"another\""), nullptr);
+    EXPECT_EQ(m_workspace.resolve(""), nullptr);
+}
+
+TEST_F(Workspace, EveryPortHasItsSetting)
+{
+    m_world.storage.set("Adapters\\" + fakes::adapter(2).guid, "ElementName", "Uplink");
+    EXPECT_THAT(valuesOf("Zerix_AdapterSetting", "ElementName"), ElementsAre("null", "Uplink"));
+    EXPECT_THAT(valuesOf("Zerix_ElementSettingData", "ManagedElement"),
+                ElementsAre(pathOf("Zerix_EthernetPort", 0), pathOf("Zerix_EthernetPort", 1)));
+    EXPECT_THAT(valuesOf("Zerix_ElementSettingData", "SettingData"),
+                ElementsAre(pathOf("Zerix_AdapterSetting", 0), pathOf("Zerix_AdapterSetting", 1)));
+}
+
+TEST_F(Workspace, ReadsSettingsAnewForEachRequest)
+{
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
+    m_world.storage.set("Diagnostics", "SampleCount", "20");
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
+    m_workspace.begin();
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("20"));
+}
+
+TEST_F(Workspace, ShowsJobsAndTheirResults)
+{
+    EXPECT_THAT(m_workspace.instances("Zerix_ConcreteJob")->records(), IsEmpty());
+    EXPECT_THAT(m_workspace.instances("Zerix_DiagnosticResult")->records(), IsEmpty());
+    // Nobody asked for an adapter.
+    EXPECT_EQ(m_adapters.adapterReads, 0);
+    const std::string id = *m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1);
+    m_world.machine.time += 2'000'000;
+    m_world.thread.work->work();
+    m_workspace.begin();
+    EXPECT_THAT(valuesOf("Zerix_ConcreteJob", "InstanceID"), ElementsAre(id));
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticResult", "JobInstanceID"), ElementsAre(id));
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticResult", "ManagedElement"), ElementsAre(pathOf("Zerix_EthernetPort", 1)));
+    m_adapters.set({fakes::adapter(1)});
+    m_workspace.begin();
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticResult", "ManagedElement"), ElementsAre("null"));
+}
+
+TEST_F(Workspace, KnowsTheAdapterOfAPort)
+{
+    const auto& ports = m_workspace.instances("Zerix_EthernetPort")->records();
+    EXPECT_EQ(m_workspace.adapterOf(ports[1]).name, "eth2");
+}
+
+TEST_F(Workspace, KnowsTheInstanceOfAJob)
+{
+    const std::string id = *m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1);
+    EXPECT_EQ(support::value(*m_workspace.job(id), "InstanceID"), id);
+    EXPECT_EQ(m_workspace.job("another"), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,368 @@
+#include "broker/windows/PlatformAdapters.h"
+
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include "Os/Windows/Platform.h"
+
+#include <iphlpapi.h>
+#include <netioapi.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <stdexcept>
+
+#include "Os/Windows/AnsiText.h"
+#include "support/ImportHook.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+
+// The platform's own list, asked for by the test itself.
+class PlatformList
+{
+public:
+    PlatformList()
+    {
+        ULONG size = static_cast<ULONG>(m_buffer.size() * sizeof(std::max_align_t));
+        if (GetAdaptersAddresses(AF_UNSPEC, 0, nullptr, first(), &size) != NO_ERROR) {
+            throw std::runtime_error("the platform tells no adapters");
+        }
+    }
+
+    std::vector<const IP_ADAPTER_ADDRESSES*> adapters()
+    {
+        std::vector<const IP_ADAPTER_ADDRESSES*> result;
+        for (const IP_ADAPTER_ADDRESSES* adapter = first(); adapter != nullptr; adapter = adapter->Next) {
+            if (adapter->IfType != IF_TYPE_SOFTWARE_LOOPBACK) {
+                result.push_back(adapter);
+            }
+        }
+        return result;
+    }
+
+private:
+    IP_ADAPTER_ADDRESSES* first() { return reinterpret_cast<IP_ADAPTER_ADDRESSES*>(m_buffer.data()); }
+
+    std::vector<std::max_align_t> m_buffer = std::vector<std::max_align_t>(65536);
+};
+
+std::string hardwareAddress(const IP_ADAPTER_ADDRESSES& adapter)
+{
+    std::string result;
+    std::array<char, 3> digits{};
+    for (ULONG i = 0; i < adapter.PhysicalAddressLength; ++i) {
+        std::snprintf(digits.data(), digits.size(), "%02X", adapter.PhysicalAddress[i]);
+        result += digits.data();
+    }
+    return result;
+}
+
+// "GUID address/prefix" as the test itself reads it, by another call than the code under test.
+std::string addressLine(const IP_ADAPTER_ADDRESSES& adapter, const IP_ADAPTER_UNICAST_ADDRESS& unicast)
+{
+    std::array<char, INET6_ADDRSTRLEN> text{};
+    const SOCKADDR* address = unicast.Address.lpSockaddr;
+    if (address->sa_family == AF_INET) {
+        inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(address)->sin_addr, text.data(), text.size());
+    } else {
+        inet_ntop(AF_INET6, &reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr, text.data(), text.size());
+    }
+    return std::string(adapter.AdapterName) + " " + text.data() + "/" + std::to_string(unicast.OnLinkPrefixLength);
+}
+
+NETIO_STATUS WINAPI failIfTable(PMIB_IF_TABLE2* /*table*/)
+{
+    return ERROR_ACCESS_DENIED;
+}
+
+ULONG WINAPI failAddresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES /*buffer*/,
+                           PULONG /*size*/)
+{
+    return ERROR_NOT_ENOUGH_MEMORY;
+}
+
+ULONG WINAPI noAddresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES /*buffer*/,
+                         PULONG /*size*/)
+{
+    return ERROR_NO_DATA;
+}
+
+int overflowCalls = 0;
+
+ULONG WINAPI alwaysTooSmall(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES /*buffer*/,
+                            PULONG size)
+{
+    ++overflowCalls;
+    *size += 1024;
+    return ERROR_BUFFER_OVERFLOW;
+}
+
+// One adapter with an address of each origin that the platform knows, and one of a family that is not the internet's.
+std::array<sockaddr_in, 6> fakeSockets{};
+std::array<IP_ADAPTER_UNICAST_ADDRESS, 6> fakeAddresses{};
+constexpr std::array FAKE_ORIGINS{IpPrefixOriginManual, IpPrefixOriginWellKnown,           IpPrefixOriginDhcp,
+                                  IpPrefixOriginOther,  IpPrefixOriginRouterAdvertisement, IpPrefixOriginManual};
+std::array<char, 4> fakeGuid{"{G}"};
+
+ULONG WINAPI addressesOfEachOrigin(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
+                                   PULONG /*size*/)
+{
+    for (std::size_t i = 0; i < fakeAddresses.size(); ++i) {
+        const bool isLast = i + 1 == fakeAddresses.size();
+        fakeSockets[i].sin_family = isLast ? AF_IPX : AF_INET;
+        fakeSockets[i].sin_addr.S_un.S_un_b = {10, 0, 0, static_cast<unsigned char>(i)};
+        fakeAddresses[i].Address.lpSockaddr = reinterpret_cast<SOCKADDR*>(&fakeSockets[i]);
+        fakeAddresses[i].OnLinkPrefixLength = static_cast<UINT8>(24 + i);
+        fakeAddresses[i].PrefixOrigin = FAKE_ORIGINS[i];
+        fakeAddresses[i].Next = isLast ? nullptr : &fakeAddresses[i + 1];
+    }
+    *buffer = {};
+    buffer->AdapterName = fakeGuid.data();
+    buffer->FirstUnicastAddress = fakeAddresses.data();
+    return NO_ERROR;
+}
+
+DWORD setIfEntryResult = NO_ERROR;
+MIB_IFROW lastRow{};
+
+DWORD WINAPI fakeSetIfEntry(PMIB_IFROW row)
+{
+    lastRow = *row;
+    return setIfEntryResult;
+}
+
+std::array<MIB_IF_ROW2, 3> fakeRows{};
+
+NETIO_STATUS WINAPI fakeIfTable(PMIB_IF_TABLE2* table)
+{
+    const std::size_t size = offsetof(MIB_IF_TABLE2, Table) + sizeof(fakeRows);
+    auto* made = static_cast<MIB_IF_TABLE2*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size));
+    made->NumEntries = static_cast<ULONG>(fakeRows.size());
+    std::copy(fakeRows.begin(), fakeRows.end(), made->Table);
+    *table = made;
+    return NO_ERROR;
+}
+
+int tablesFreed = 0;
+
+void WINAPI countingFree(PVOID memory)
+{
+    ++tablesFreed;
+    HeapFree(GetProcessHeap(), 0, memory);
+}
+
+TEST(PlatformAdapters, AdaptersAreThoseOfThePlatform)
+{
+    broker::PlatformAdapters source;
+    const auto adapters = source.readAdapters();
+    PlatformList list;
+    const auto expected = list.adapters();
+    ASSERT_FALSE(expected.empty());
+    ASSERT_EQ(adapters.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(adapters[i].guid, expected[i]->AdapterName);
+        EXPECT_EQ(adapters[i].name, utils::narrow(expected[i]->FriendlyName));
+        EXPECT_EQ(adapters[i].description, utils::narrow(expected[i]->Description));
+        EXPECT_EQ(adapters[i].hardwareAddress, hardwareAddress(*expected[i]));
+        EXPECT_EQ(adapters[i].index, expected[i]->IfIndex);
+        EXPECT_EQ(adapters[i].mtu, expected[i]->Mtu);
+        EXPECT_EQ(adapters[i].type, expected[i]->IfType);
+        EXPECT_EQ(static_cast<int>(adapters[i].operational), static_cast<int>(expected[i]->OperStatus));
+        EXPECT_EQ(adapters[i].luid, expected[i]->Luid.Value);
+    }
+}
+
+TEST(PlatformAdapters, AddressesAreThoseOfThePlatform)
+{
+    broker::PlatformAdapters source;
+    std::vector<std::string> read;
+    for (const broker::Address& address : source.readAddresses()) {
+        read.push_back(address.adapterGuid + " " + address.text + "/" + std::to_string(address.prefixLength));
+        EXPECT_EQ(address.family == broker::AddressFamily::IPV6, address.text.find(':') != std::string::npos);
+    }
+    std::vector<std::string> expected;
+    PlatformList list;
+    for (const IP_ADAPTER_ADDRESSES* adapter : list.adapters()) {
+        for (const auto* unicast = adapter->FirstUnicastAddress; unicast != nullptr; unicast = unicast->Next) {
+            expected.push_back(addressLine(*adapter, *unicast));
+        }
+    }
+    EXPECT_EQ(read, expected);
+}
+
+TEST(PlatformAdapters, OneAdapterIsReadByItsLuid)
+{
+    broker::PlatformAdapters source;
+    for (const broker::Adapter& listed : source.readAdapters()) {
+        const auto read = source.readAdapter(listed.luid);
+        ASSERT_TRUE(read.has_value());
+        EXPECT_EQ(read->guid, listed.guid);
+        EXPECT_EQ(read->name, listed.name);
+        EXPECT_EQ(read->operational, listed.operational);
+        EXPECT_GE(read->counters.bytesReceived, listed.counters.bytesReceived);
+    }
+}
+
+TEST(PlatformAdapters, AdapterThatIsGoneIsEmptyAndAnErrorLine)
+{
+    const support::LogCapture log(1);
+    broker::PlatformAdapters source;
+    EXPECT_FALSE(source.readAdapter(0x6FFFFFF000000ULL).has_value());
+    ASSERT_EQ(log.events().size(), 1U);
+    EXPECT_THAT(log.events()[0],
+                testing::HasSubstr("broker::PlatformAdapters::readAdapter: error: GetIfEntry2 error "));
+}
+
+TEST(PlatformAdapters, FailedTableIsNoAdapterAndOneErrorLine)
+{
+    const support::LogCapture log(1);
+    const support::ImportHook hook("GetIfTable2", &failIfTable);
+    broker::PlatformAdapters source;
+    EXPECT_THAT(source.readAdapters(), IsEmpty());
+    EXPECT_THAT(log.events(),
+                ElementsAre(EndsWith("broker::PlatformAdapters::readAdapters: error: GetIfTable2 error 5\n")));
+}
+
+TEST(PlatformAdapters, FailedAddressesAreNoneAndOneErrorLine)
+{
+    const support::LogCapture log(1);
+    const support::ImportHook hook("GetAdaptersAddresses", &failAddresses);
+    broker::PlatformAdapters source;
+    EXPECT_THAT(source.readAddresses(), IsEmpty());
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::PlatformAdapters::readAddresses: error: "
+                                                   "GetAdaptersAddresses error 8\n")));
+}
+
+TEST(PlatformAdapters, NoAddressesAtAllAreNoError)
+{
+    const support::LogCapture log(1);
+    const support::ImportHook hook("GetAdaptersAddresses", &noAddresses);
+    broker::PlatformAdapters source;
+    EXPECT_THAT(source.readAddresses(), IsEmpty());
+    EXPECT_THAT(log.events(), IsEmpty());
+}
+
+TEST(PlatformAdapters, AddressesTellTheirOriginAndThoseOfOtherFamiliesAreLeftOut)
+{
+    using broker::AddressOrigin;
+    const support::ImportHook hook("GetAdaptersAddresses", &addressesOfEachOrigin);
+    broker::PlatformAdapters source;
+    const auto addresses = source.readAddresses();
+    constexpr std::array ORIGINS{AddressOrigin::MANUAL, AddressOrigin::WELL_KNOWN, AddressOrigin::DHCP,
+                                 AddressOrigin::OTHER, AddressOrigin::ROUTER_ADVERTISEMENT};
+    ASSERT_EQ(addresses.size(), ORIGINS.size());
+    for (std::size_t i = 0; i < ORIGINS.size(); ++i) {
+        EXPECT_EQ(addresses[i].adapterGuid, "{G}");
+        EXPECT_EQ(addresses[i].text, "10.0.0." + std::to_string(i));
+        EXPECT_EQ(addresses[i].prefixLength, 24 + i);
+        EXPECT_EQ(addresses[i].origin, ORIGINS[i]);
+    }
+}
+
+TEST(PlatformAdapters, ListThatKeepsGrowingIsGivenUp)
+{
+    const support::LogCapture log(1);
+    const support::ImportHook hook("GetAdaptersAddresses", &alwaysTooSmall);
+    broker::PlatformAdapters source;
+    EXPECT_THAT(source.readAddresses(), IsEmpty());
+    EXPECT_EQ(overflowCalls, 4);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("GetAdaptersAddresses error 111\n")));
+}
+
+TEST(PlatformAdapters, LoopbackAndFiltersAreLeftOutAndUnknownSpeedsEmpty)
+{
+    const support::ImportHook tableHook("GetIfTable2", &fakeIfTable);
+    const support::ImportHook freeHook("FreeMibTable", &countingFree);
+    fakeRows[0].Type = IF_TYPE_SOFTWARE_LOOPBACK;
+    fakeRows[1].Type = IF_TYPE_ETHERNET_CSMACD;
+    fakeRows[1].InterfaceAndOperStatusFlags.FilterInterface = TRUE;
+    fakeRows[2].Type = IF_TYPE_ETHERNET_CSMACD;
+    fakeRows[2].InterfaceGuid = {0x1234ABCD, 0x12, 0xAB, {1, 2, 3, 4, 5, 6, 7, 0xF0}};
+    fakeRows[2].TransmitLinkSpeed = ~ULONG64{0};
+    fakeRows[2].ReceiveLinkSpeed = 100;
+    fakeRows[2].PhysicalAddressLength = 6;
+    fakeRows[2].PhysicalAddress[0] = 0xAB;
+    fakeRows[2].PermanentPhysicalAddress[5] = 0x0C;
+    fakeRows[2].AdminStatus = NET_IF_ADMIN_STATUS_DOWN;
+    fakeRows[2].OperStatus = IfOperStatusDormant;
+    fakeRows[2].InOctets = 1;
+    fakeRows[2].OutOctets = 2;
+    fakeRows[2].InUcastPkts = 3;
+    fakeRows[2].OutUcastPkts = 4;
+    fakeRows[2].InNUcastPkts = 5;
+    fakeRows[2].OutNUcastPkts = 6;
+    fakeRows[2].InErrors = 7;
+    fakeRows[2].OutErrors = 8;
+    fakeRows[2].InDiscards = 9;
+    fakeRows[2].OutDiscards = 10;
+    broker::PlatformAdapters source;
+    const auto adapters = source.readAdapters();
+    ASSERT_EQ(adapters.size(), 1U);
+    const broker::Adapter& adapter = adapters[0];
+    EXPECT_EQ(adapter.guid, "{1234ABCD-0012-00AB-0102-0304050607F0}");
+    EXPECT_EQ(adapter.hardwareAddress, "AB0000000000");
+    EXPECT_EQ(adapter.permanentAddress, "00000000000C");
+    EXPECT_EQ(adapter.transmitSpeed, std::nullopt);
+    EXPECT_EQ(adapter.receiveSpeed, 100U);
+    EXPECT_EQ(adapter.administrative, broker::AdministrativeState::DOWN);
+    EXPECT_EQ(adapter.operational, broker::OperationalState::DORMANT);
+    const broker::Counters& counters = adapter.counters;
+    EXPECT_EQ(counters.bytesReceived, 1U);
+    EXPECT_EQ(counters.bytesTransmitted, 2U);
+    EXPECT_EQ(counters.unicastPacketsReceived, 3U);
+    EXPECT_EQ(counters.unicastPacketsTransmitted, 4U);
+    EXPECT_EQ(counters.nonUnicastPacketsReceived, 5U);
+    EXPECT_EQ(counters.nonUnicastPacketsTransmitted, 6U);
+    EXPECT_EQ(counters.receiveErrors, 7U);
+    EXPECT_EQ(counters.transmitErrors, 8U);
+    EXPECT_EQ(counters.receiveDiscards, 9U);
+    EXPECT_EQ(counters.transmitDiscards, 10U);
+    EXPECT_EQ(tablesFreed, 1);
+}
+
+TEST(PlatformAdapters, StateChangeAsksForTheAdaptersIndexAndState)
+{
+    const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);
+    broker::PlatformAdapters source;
+    broker::Adapter adapter;
+    adapter.index = 17;
+    setIfEntryResult = NO_ERROR;
+    EXPECT_EQ(source.setAdministrativeState(adapter, broker::AdministrativeState::DOWN), broker::StateChange::DONE);
+    EXPECT_EQ(lastRow.dwIndex, 17U);
+    EXPECT_EQ(lastRow.dwAdminStatus, static_cast<DWORD>(MIB_IF_ADMIN_STATUS_DOWN));
+    source.setAdministrativeState(adapter, broker::AdministrativeState::UP);
+    EXPECT_EQ(lastRow.dwAdminStatus, static_cast<DWORD>(MIB_IF_ADMIN_STATUS_UP));
+}
+
+TEST(PlatformAdapters, StateChangeThatThePlatformLacksIsNotSupported)
+{
+    const support::LogCapture log(1);
+    const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);
+    broker::PlatformAdapters source;
+    setIfEntryResult = ERROR_NOT_SUPPORTED;
+    EXPECT_EQ(source.setAdministrativeState({}, broker::AdministrativeState::UP), broker::StateChange::NOT_SUPPORTED);
+    EXPECT_THAT(log.events(), IsEmpty());
+}
+
+TEST(PlatformAdapters, RefusedStateChangeFailsWithTheReasonLogged)
+{
+    const support::LogCapture log(1);
+    const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);
+    broker::PlatformAdapters source;
+    broker::Adapter adapter;
+    adapter.guid = "{G}";
+    setIfEntryResult = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(source.setAdministrativeState(adapter, broker::AdministrativeState::UP), broker::StateChange::FAILED);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::PlatformAdapters::setAdministrativeState: error: "
+                                                   "SetIfEntry {G} error 5\n")));
+}
+
+}  // namespace

@@ -1,0 +1,172 @@
+#include "broker/windows/RegistryStorage.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "Os/Windows/WindowsRegistry.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+
+// Tests run in processes side by side, on one registry.
+const std::string CHILD = "Test" + std::to_string(GetCurrentProcessId());
+const std::string PARENT = "Software\\Vexal\\DRAVEv2\\" + CHILD;
+const std::string KEY = CHILD + "\\Key";
+
+// A registry whose opening of one path fails, and nothing is written or deleted.
+class RefusingRegistry : public utils::WindowsRegistry
+{
+public:
+    LSTATUS openKey(HKEY root, const char* path, DWORD options, REGSAM access, HKEY* key) override
+    {
+        opened.emplace_back(path);
+        if (opened.size() <= missing) {
+            return ERROR_FILE_NOT_FOUND;
+        }
+        return status != ERROR_SUCCESS ? status : WindowsRegistry::openKey(root, path, options, access, key);
+    }
+    bool setKey(HKEY /*root*/, std::string /*path*/, std::string /*name*/, std::string /*value*/) override
+    {
+        return false;
+    }
+    bool deleteKey(HKEY /*root*/, std::string /*parent*/, std::string /*child*/) override { return false; }
+
+    std::vector<std::string> opened;
+    // How many openings, from the first, find no key.
+    std::size_t missing = 0;
+    LSTATUS status = ERROR_SUCCESS;
+};
+
+class RegistryStorage : public testing::Test
+{
+protected:
+    ~RegistryStorage() override { RegDeleteTreeA(HKEY_LOCAL_MACHINE, PARENT.c_str()); }
+
+    std::vector<std::string> values()
+    {
+        std::vector<std::string> result;
+        for (const auto& [name, value] : m_storage.read(KEY)) {
+            result.push_back(name + "=" + (value.isText ? value.text : "no text"));
+        }
+        return result;
+    }
+
+    void setRaw(const char* name, DWORD type, const std::string& data) const
+    {
+        ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, (PARENT + "\\Key").c_str(), name, type, data.data(),
+                                  static_cast<DWORD>(data.size())),
+                  ERROR_SUCCESS);
+    }
+
+    broker::RegistryStorage m_storage;
+};
+
+TEST_F(RegistryStorage, MissingKeyHasNoValues)
+{
+    const support::LogCapture log(1);
+    EXPECT_THAT(values(), IsEmpty());
+    EXPECT_THAT(log.events(), IsEmpty());
+}
+
+TEST_F(RegistryStorage, KeepsWhatIsWritten)
+{
+    EXPECT_EQ(m_storage.write(KEY, "A", "one"), broker::StoreResult::DONE);
+    EXPECT_EQ(m_storage.write(KEY, "B", ""), broker::StoreResult::DONE);
+    EXPECT_EQ(m_storage.write(KEY, "C", std::string(1000, 'x')), broker::StoreResult::DONE);
+    EXPECT_EQ(m_storage.write(KEY, "A", "two"), broker::StoreResult::DONE);
+    EXPECT_THAT(values(), ElementsAre("A=two", "B=", "C=" + std::string(1000, 'x')));
+}
+
+TEST_F(RegistryStorage, WritesTextsUnderTheMakersKey)
+{
+    m_storage.write(KEY, "A", "one");
+    std::array<char, 8> data{};
+    DWORD size = data.size();
+    EXPECT_EQ(
+        RegGetValueA(HKEY_LOCAL_MACHINE, (PARENT + "\\Key").c_str(), "A", RRF_RT_REG_SZ, nullptr, data.data(), &size),
+        ERROR_SUCCESS);
+    EXPECT_STREQ(data.data(), "one");
+}
+
+TEST_F(RegistryStorage, ValuesOfOtherTypesAreNoTexts)
+{
+    setRaw("Binary", REG_BINARY, "abc");
+    setRaw("Expand", REG_EXPAND_SZ, "%X%");
+    setRaw("Number", REG_DWORD, std::string("\x05\0\0\0", 4));
+    setRaw("Text", REG_SZ, "abc");
+    EXPECT_THAT(values(), ElementsAre("Binary=no text", "Expand=no text", "Number=no text", "Text=abc"));
+}
+
+TEST_F(RegistryStorage, TextEndsAtItsFirstZero)
+{
+    setRaw("Text", REG_SZ, std::string("abc\0def", 7));
+    EXPECT_THAT(values(), ElementsAre("Text=abc"));
+}
+
+TEST_F(RegistryStorage, EraseRemovesTheKey)
+{
+    m_storage.write(KEY, "A", "one");
+    EXPECT_EQ(m_storage.erase(KEY), broker::StoreResult::DONE);
+    EXPECT_THAT(values(), IsEmpty());
+    EXPECT_FALSE(utils::WindowsRegistry::getInstance()->keyExists(PARENT + "\\Key"));
+    EXPECT_EQ(m_storage.erase(KEY), broker::StoreResult::DONE);
+}
+
+TEST_F(RegistryStorage, RefusedWriteTellsWhetherAccessWasDenied)
+{
+    RefusingRegistry registry;
+    registry.status = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(m_storage.write(KEY, "A", "one"), broker::StoreResult::ACCESS_DENIED);
+    registry.status = ERROR_BADDB;
+    EXPECT_EQ(m_storage.write(KEY, "A", "one"), broker::StoreResult::FAILED);
+}
+
+TEST_F(RegistryStorage, RefusedCreationIsJudgedByTheNearestKeyThatExists)
+{
+    RefusingRegistry registry;
+    registry.missing = 2;
+    registry.status = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(m_storage.write(KEY, "A", "one"), broker::StoreResult::ACCESS_DENIED);
+    EXPECT_THAT(registry.opened, ElementsAre(PARENT + "\\Key", PARENT, "Software\\Vexal\\DRAVEv2"));
+}
+
+TEST_F(RegistryStorage, RefusalInAWritableOrAnEmptyRegistryIsAFailure)
+{
+    RefusingRegistry registry;
+    registry.missing = 4;
+    EXPECT_EQ(m_storage.write(KEY, "A", "one"), broker::StoreResult::FAILED);
+    EXPECT_EQ(registry.opened.back(), "Software");
+    registry.opened.clear();
+    registry.missing = 100;
+    EXPECT_EQ(m_storage.write(KEY, "A", "one"), broker::StoreResult::FAILED);
+    EXPECT_EQ(registry.opened.size(), 5U);
+}
+
+TEST_F(RegistryStorage, RefusedEraseIsLogged)
+{
+    const support::LogCapture log(1);
+    RefusingRegistry registry;
+    registry.status = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(m_storage.erase(KEY), broker::StoreResult::ACCESS_DENIED);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::RegistryStorage::erase: error: Could not delete registry "
+                                                   "key " +
+                                                   PARENT + "\\Key\n")));
+}
+
+TEST_F(RegistryStorage, OnlyAMissingKeyIsTakenForErased)
+{
+    RefusingRegistry registry;
+    registry.missing = 100;
+    EXPECT_EQ(m_storage.erase(KEY), broker::StoreResult::DONE);
+    registry.missing = 0;
+    registry.status = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(m_storage.erase(KEY), broker::StoreResult::ACCESS_DENIED);
+}
+
+}  // namespace

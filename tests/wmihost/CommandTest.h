@@ -1,0 +1,118 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tests/wmihost/FakeProvider.h"
+#include "tests/wmihost/Redirected.h"
+#include "tests/wmihost/TestObjects.h"
+#include "wmihost/com/Guard.h"
+#include "wmihost/commands/CommandLine.h"
+
+namespace wmihost {
+
+// Runs command lines in this process, on the fake provider and its classes. It has two things, `one` in state 2 and
+// `two` in state 3, and finds the first by its path.
+class CommandTest : public testing::Test
+{
+protected:
+    CommandTest()
+    {
+        std::ofstream(mof) << fakeMof;
+        SetEnvironmentVariableW(L"COLUMNS", nullptr);
+        _putenv("COLUMNS=");
+        behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
+            deliver(ns, sink, L"one", 2);
+            deliver(ns, sink, L"two", 3);
+            return finish(sink);
+        };
+        behaviour.get = [](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
+            if (path != L"Fake_Thing.Name=\"one\"") {
+                return finish(sink, code(WBEM_E_NOT_FOUND));
+            }
+            deliver(ns, sink, L"one", 2);
+            return finish(sink);
+        };
+    }
+    ~CommandTest() override { std::filesystem::remove(mof); }
+
+    // What a provider makes: an instance of a class, or the outputs of a method.
+    static ComPtr<IWbemClassObject> spawn(IWbemServices& ns, const wchar_t* className)
+    {
+        ComPtr<IWbemClassObject> definition;
+        ComPtr<IWbemClassObject> instance;
+        EXPECT_EQ(ns.GetObject(Bstr(className).get(), 0, nullptr, definition.put(), nullptr), 0);
+        EXPECT_EQ(definition->SpawnInstance(0, instance.put()), 0);
+        return instance;
+    }
+    static ComPtr<IWbemClassObject> spawnOutputs(IWbemServices& ns, const wchar_t* className, const wchar_t* method)
+    {
+        ComPtr<IWbemClassObject> definition;
+        ComPtr<IWbemClassObject> signature;
+        ComPtr<IWbemClassObject> outputs;
+        EXPECT_EQ(ns.GetObject(Bstr(className).get(), 0, nullptr, definition.put(), nullptr), 0);
+        EXPECT_EQ(definition->GetMethod(method, 0, nullptr, signature.put()), 0);
+        EXPECT_EQ(signature->SpawnInstance(0, outputs.put()), 0);
+        return outputs;
+    }
+
+    static void deliver(IWbemObjectSink* sink, const ComPtr<IWbemClassObject>& instance)
+    {
+        IWbemClassObject* object = instance.get();
+        sink->Indicate(1, &object);
+    }
+    static void deliver(IWbemServices& ns, IWbemObjectSink* sink, const wchar_t* name, long state)
+    {
+        const auto thing = spawn(ns, L"Fake_Thing");
+        put(thing, L"Name", Variant::ofText(name));
+        put(thing, L"State", Variant::ofLong(state));
+        deliver(sink, thing);
+    }
+    static HRESULT finish(IWbemObjectSink* sink, HRESULT status = 0)
+    {
+        return sink->SetStatus(WBEM_STATUS_COMPLETE, status, nullptr, nullptr);
+    }
+
+    // Runs the command on the test's MOF; what it writes goes where standard output and standard error lead.
+    int runWithMof(std::vector<std::string> arguments) const
+    {
+        arguments.insert(arguments.begin(), {"--mof", mof.string()});
+        return runCommandLine(arguments);
+    }
+
+    // Declares more than the fake provider's own classes.
+    void addToMof(std::string_view text) const { std::ofstream(mof) << fakeMof << text; }
+
+    int run(std::vector<std::string> arguments)
+    {
+        const Redirected standardOut(STD_OUTPUT_HANDLE);
+        const Redirected standardError(STD_ERROR_HANDLE);
+        const int result = runWithMof(std::move(arguments));
+        out = standardOut.text();
+        error = standardError.text();
+        // What was asked is repeated with the place of the MOF, which differs from run to run.
+        const std::string place = " --mof " + mof.string();
+        if (const std::size_t at = error.find(place); at != std::string::npos) {
+            error.erase(at, place.size());
+        }
+        return result;
+    }
+
+    const std::filesystem::path mof =
+        std::filesystem::temp_directory_path() / ("cli" + std::to_string(GetCurrentProcessId()) + ".mof");
+    const ComApartment apartment;
+    FakeBehaviour behaviour;
+    const FakeProviderScope scope{behaviour};
+    std::string out;
+    std::string error;
+};
+
+}  // namespace wmihost

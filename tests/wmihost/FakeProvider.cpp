@@ -1,0 +1,143 @@
+#include "FakeProvider.h"
+
+#include <gtest/gtest.h>
+
+#include "wmihost/com/Guard.h"
+
+namespace wmihost {
+namespace {
+
+constexpr CLSID fakeClassId = {0x5f3c2a10, 0x7b1e, 0x4d52, {0x9a, 0x31, 0x0c, 0x44, 0x5e, 0x6f, 0x70, 0x81}};
+
+class FakeProvider final : public RefusingServices, public IWbemProviderInit
+{
+public:
+    explicit FakeProvider(FakeBehaviour& behaviour) : m_behaviour(behaviour) { ++m_behaviour.alive; }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
+    {
+        if (iid == __uuidof(IWbemProviderInit)) {
+            *object = static_cast<IWbemProviderInit*>(this);
+            AddRef();
+            return S_OK;
+        }
+        return RefusingServices::QueryInterface(iid, object);
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return RefusingServices::AddRef(); }
+    ULONG STDMETHODCALLTYPE Release() override { return RefusingServices::Release(); }
+
+    HRESULT STDMETHODCALLTYPE Initialize(LPWSTR user, LONG, LPWSTR nameSpace, LPWSTR, IWbemServices* services,
+                                         IWbemContext* context, IWbemProviderInitSink* sink) override
+    {
+        EXPECT_NE(context, nullptr);
+        m_behaviour.user = user;
+        m_behaviour.nameSpace = nameSpace;
+        m_services = ComPtr<IWbemServices>(services);
+        if (m_behaviour.initStatus) {
+            sink->SetStatus(*m_behaviour.initStatus, 0);
+        }
+        return m_behaviour.returnedByInitialize;
+    }
+    HRESULT STDMETHODCALLTYPE CreateInstanceEnumAsync(BSTR name, LONG, IWbemContext* context,
+                                                      IWbemObjectSink* sink) override
+    {
+        return m_behaviour.enumerate ? m_behaviour.enumerate(*m_services.get(), viewOf(name), context, sink)
+                                     : code(WBEM_E_NOT_SUPPORTED);
+    }
+    HRESULT STDMETHODCALLTYPE GetObjectAsync(BSTR path, LONG, IWbemContext*, IWbemObjectSink* sink) override
+    {
+        return m_behaviour.get ? m_behaviour.get(*m_services.get(), viewOf(path), sink) : code(WBEM_E_NOT_SUPPORTED);
+    }
+    HRESULT STDMETHODCALLTYPE PutInstanceAsync(IWbemClassObject* object, LONG flags, IWbemContext*,
+                                               IWbemObjectSink* sink) override
+    {
+        return m_behaviour.put ? m_behaviour.put(object, flags, sink) : code(WBEM_E_NOT_SUPPORTED);
+    }
+    HRESULT STDMETHODCALLTYPE DeleteInstanceAsync(BSTR path, LONG, IWbemContext*, IWbemObjectSink* sink) override
+    {
+        return m_behaviour.remove ? m_behaviour.remove(viewOf(path), sink) : code(WBEM_E_NOT_SUPPORTED);
+    }
+    HRESULT STDMETHODCALLTYPE ExecMethodAsync(BSTR, BSTR method, LONG, IWbemContext*, IWbemClassObject* in,
+                                              IWbemObjectSink* sink) override
+    {
+        return m_behaviour.execMethod ? m_behaviour.execMethod(*m_services.get(), viewOf(method), in, sink)
+                                      : code(WBEM_E_NOT_SUPPORTED);
+    }
+
+private:
+    ~FakeProvider() override { --m_behaviour.alive; }
+
+    FakeBehaviour& m_behaviour;
+    ComPtr<IWbemServices> m_services;
+};
+
+class FakeFactory final : public ComObject<IClassFactory>
+{
+public:
+    explicit FakeFactory(FakeBehaviour& behaviour) : m_behaviour(behaviour) {}
+
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override
+    {
+        const auto provider = ComPtr<FakeProvider>::adopt(new FakeProvider(m_behaviour));
+        return provider->QueryInterface(iid, object);
+    }
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+
+private:
+    FakeBehaviour& m_behaviour;
+};
+
+}  // namespace
+
+FakeProviderScope::FakeProviderScope(FakeBehaviour& behaviour)
+{
+    const auto factory = ComPtr<IClassFactory>::adopt(new FakeFactory(behaviour));
+    EXPECT_EQ(CoRegisterClassObject(fakeClassId, factory.get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie),
+              S_OK);
+}
+
+FakeProviderScope::~FakeProviderScope()
+{
+    CoRevokeClassObject(m_cookie);
+}
+
+const char* const fakeMof = R"(#pragma namespace("\\\\.\\root\\test")
+instance of __Win32Provider as $P
+{
+    Name = "FakeProvider";
+    CLSID = "{5F3C2A10-7B1E-4D52-9A31-0C445E6F7081}";
+};
+instance of __InstanceProviderRegistration
+{
+    Provider = $P;
+    SupportsGet = TRUE;
+    SupportsPut = TRUE;
+    SupportsEnumeration = TRUE;
+};
+instance of __MethodProviderRegistration
+{
+    Provider = "__Win32Provider.Name=\"FakeProvider\"";
+};
+[dynamic, provider("FakeProvider"), Description("A thing.")]
+class Fake_Thing
+{
+    [key, read, Description("Its name.")] string Name;
+    [read, write, MinValue(1), MaxValue(600), Description("How many.")] uint16 Count = 3;
+    [read, ValueMap{"2", "3"}, Values{"Enabled", "Disabled"}, Description("Its state.")] uint16 State;
+    [read, Counter, Units("Bytes"), Description("Bytes so far.")] uint64 Bytes;
+    [implemented, ValueMap{"0", "5"}, Values{"Done", "Invalid"}, Description("Turns it.")]
+    uint32 Turn([in] uint16 Degrees, [out] string Said);
+    [implemented, Description("Rests.")] uint32 Rest();
+};
+[dynamic, provider("AbsentProvider")]
+class Fake_Stray
+{
+    [key] string Name;
+};
+class Fake_Orphan
+{
+    [key] string Name;
+};
+)";
+
+}  // namespace wmihost

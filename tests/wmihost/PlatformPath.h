@@ -1,0 +1,71 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include <wmiutils.h>
+
+#include "wmihost/com/Com.h"
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+
+// A path as the platform's own parser of object paths (wmiutils) understands it.
+struct PlatformPath
+{
+    std::wstring server;     // empty if the path names none
+    std::wstring nameSpace;  // empty if the path names none
+    std::wstring className;
+    // "Class.Key="value",Other=7", put together again from the parsed keys. Wine 8 offers no other way to see them:
+    // its lists of keys implement GetCount, and neither GetKey nor GetKey2.
+    std::wstring relative;
+    ULONG keyCount = 0;
+};
+
+namespace platform_path {
+
+// The class and the interface of the platform's parser; the headers declare them, no library has them.
+inline constexpr CLSID parserClass = {0xcf4cc405, 0xe2c5, 0x4ddd, {0xb3, 0xce, 0x5e, 0x75, 0x82, 0xd8, 0xc9, 0xfa}};
+inline constexpr IID parserInterface = {0x3bc15af2, 0x736c, 0x477e, {0x9e, 0x51, 0x23, 0x8a, 0xf8, 0x66, 0x7d, 0xcc}};
+
+inline std::wstring textFrom(const std::function<HRESULT(ULONG*, LPWSTR)>& call)
+{
+    constexpr ULONG most = 2048;
+    std::wstring text(most, L'\0');
+    ULONG length = most;
+    return call(&length, text.data()) == S_OK ? std::wstring(text.c_str()) : std::wstring();
+}
+
+}  // namespace platform_path
+
+// Fails the running test where the platform does not take the text for a path. Needs COM on this thread.
+inline PlatformPath parsedByPlatform(const std::wstring& text)
+{
+    using platform_path::textFrom;
+    PlatformPath result;
+    ComPtr<IWbemPath> path;
+    EXPECT_EQ(CoCreateInstance(platform_path::parserClass, nullptr, CLSCTX_INPROC_SERVER,
+                               platform_path::parserInterface, reinterpret_cast<void**>(path.put())),
+              S_OK);
+    const HRESULT parsed = path ? path->SetText(WBEMPATH_CREATE_ACCEPT_ALL, text.c_str()) : E_FAIL;
+    EXPECT_EQ(parsed, S_OK) << toUtf8(text);
+    if (parsed != S_OK) {
+        return result;
+    }
+    result.server = textFrom([&](ULONG* length, LPWSTR buffer) { return path->GetServer(length, buffer); });
+    result.nameSpace = textFrom(
+        [&](ULONG* length, LPWSTR buffer) { return path->GetText(WBEMPATH_GET_NAMESPACE_ONLY, length, buffer); });
+    result.className = textFrom([&](ULONG* length, LPWSTR buffer) { return path->GetClassName(length, buffer); });
+    result.relative = textFrom(
+        [&](ULONG* length, LPWSTR buffer) { return path->GetText(WBEMPATH_GET_RELATIVE_ONLY, length, buffer); });
+    ComPtr<IWbemPathKeyList> keys;
+    EXPECT_EQ(path->GetKeyList(keys.put()), S_OK) << toUtf8(text);
+    if (keys) {
+        EXPECT_EQ(keys->GetCount(&result.keyCount), S_OK) << toUtf8(text);
+    }
+    return result;
+}
+
+}  // namespace wmihost

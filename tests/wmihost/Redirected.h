@@ -1,0 +1,54 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <system_error>
+
+#include "wmihost/com/Platform.h"
+
+namespace wmihost {
+
+// Standard output or standard error goes to a file for as long as the scope lives.
+class Redirected
+{
+public:
+    explicit Redirected(DWORD which) : m_which(which), m_file(newFile()), m_before(GetStdHandle(which))
+    {
+        m_handle = CreateFileW(m_file.wstring().c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+        SetStdHandle(which, m_handle);
+    }
+    Redirected(const Redirected&) = delete;
+    Redirected& operator=(const Redirected&) = delete;
+    ~Redirected()
+    {
+        SetStdHandle(m_which, m_before);
+        CloseHandle(m_handle);
+        // A service of Wine's that starts meanwhile inherits the handle and keeps the file; it stays behind then.
+        std::error_code ignored;
+        std::filesystem::remove(m_file, ignored);
+    }
+
+    std::string text() const
+    {
+        std::ifstream stream(m_file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    }
+
+private:
+    static std::filesystem::path newFile()
+    {
+        static int made = 0;
+        return std::filesystem::temp_directory_path() /
+               ("redirected-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++made));
+    }
+
+    DWORD m_which;
+    std::filesystem::path m_file;
+    HANDLE m_before;
+    HANDLE m_handle;
+};
+
+}  // namespace wmihost

@@ -1,0 +1,125 @@
+#include "wmihost/com/CallContext.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace wmihost {
+namespace {
+
+// The level of the token on this thread, or the error that OpenThreadToken gives.
+struct ThreadToken
+{
+    DWORD error = 0;
+    SECURITY_IMPERSONATION_LEVEL level = SecurityAnonymous;
+};
+
+ThreadToken threadToken()
+{
+    ThreadToken result;
+    HANDLE token = nullptr;
+    if (OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) == 0) {
+        result.error = GetLastError();
+        return result;
+    }
+    DWORD size = 0;
+    EXPECT_NE(GetTokenInformation(token, TokenImpersonationLevel, &result.level, sizeof(result.level), &size), 0);
+    CloseHandle(token);
+    return result;
+}
+
+class CallContextTest : public testing::Test
+{
+protected:
+    const ComApartment apartment;
+};
+
+TEST_F(CallContextTest, ImpersonationSetsATokenOfTheChosenLevel)
+{
+    struct Row
+    {
+        Impersonation level;
+        SECURITY_IMPERSONATION_LEVEL expected;
+    };
+    for (const Row& row :
+         {Row{Impersonation::identify, SecurityIdentification}, Row{Impersonation::impersonate, SecurityImpersonation},
+          Row{Impersonation::delegate, SecurityDelegation}})
+    {
+        const CallScope scope(row.level);
+        ASSERT_EQ(CoImpersonateClient(), S_OK);
+        const ThreadToken token = threadToken();
+        EXPECT_EQ(token.error, 0U);
+        EXPECT_EQ(token.level, row.expected);
+        EXPECT_EQ(CoRevertToSelf(), S_OK);
+        EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
+    }
+}
+
+TEST_F(CallContextTest, AnAnonymousTokenCannotBeOpened)
+{
+    const CallScope scope(Impersonation::anonymous);
+    ASSERT_EQ(CoImpersonateClient(), S_OK);
+    EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_CANT_OPEN_ANONYMOUS));
+    EXPECT_EQ(CoRevertToSelf(), S_OK);
+}
+
+TEST_F(CallContextTest, WithoutImpersonationThereIsNoToken)
+{
+    const CallScope scope(Impersonation::none);
+    ASSERT_EQ(CoImpersonateClient(), S_OK);
+    EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
+    EXPECT_EQ(CoRevertToSelf(), S_OK);
+}
+
+TEST_F(CallContextTest, OutsideAScopeThereIsNoCall)
+{
+    {
+        const CallScope scope(Impersonation::impersonate);
+    }
+    EXPECT_EQ(CoImpersonateClient(), RPC_E_CALL_COMPLETE);
+}
+
+TEST_F(CallContextTest, AScopeInsideAnotherGivesTheOuterOneBack)
+{
+    const CallScope outer(Impersonation::identify);
+    {
+        const CallScope inner(Impersonation::impersonate);
+    }
+    ASSERT_EQ(CoImpersonateClient(), S_OK);
+    EXPECT_EQ(threadToken().level, SecurityIdentification);
+    CoRevertToSelf();
+}
+
+TEST_F(CallContextTest, AScopeTakesALeftTokenAway)
+{
+    {
+        const CallScope scope(Impersonation::impersonate);
+        ASSERT_EQ(CoImpersonateClient(), S_OK);
+    }
+    EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
+}
+
+TEST_F(CallContextTest, AScopeIsItsThreadsOwn)
+{
+    const CallScope scope(Impersonation::impersonate);
+    HRESULT elsewhere = S_OK;
+    std::jthread([&elsewhere] {
+        const ComApartment own;
+        elsewhere = CoImpersonateClient();
+    }).join();
+    EXPECT_EQ(elsewhere, RPC_E_CALL_COMPLETE);
+}
+
+TEST_F(CallContextTest, KnowsWhetherItImpersonates)
+{
+    const auto context = ComPtr<IServerSecurity>::adopt(new CallContext(Impersonation::impersonate));
+    EXPECT_FALSE(context->IsImpersonating());
+    EXPECT_EQ(context->ImpersonateClient(), S_OK);
+    EXPECT_TRUE(context->IsImpersonating());
+    EXPECT_EQ(context->RevertToSelf(), S_OK);
+    EXPECT_FALSE(context->IsImpersonating());
+    EXPECT_EQ(context->QueryBlanket(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), E_NOTIMPL);
+}
+
+}  // namespace
+}  // namespace wmihost

@@ -1,0 +1,89 @@
+#include "wmihost/com/NamespaceServices.h"
+
+#include <gtest/gtest.h>
+
+#include "TestObjects.h"
+#include "wmihost/com/Guard.h"
+#include "wmihost/com/ObjectReader.h"
+
+namespace wmihost {
+namespace {
+
+class NamespaceServicesTest : public testing::Test
+{
+protected:
+    HRESULT getObject(const wchar_t* path, LONG flags = 0)
+    {
+        return services->GetObject(Bstr(path).get(), flags, nullptr, object.put(), nullptr);
+    }
+
+    const ClassRepository repository = compiled(
+        "class Here { [key] string K; };\n#pragma namespace(\"root\\\\other\")\nclass There { [key] string K; };");
+    const ComPtr<IWbemServices> services =
+        ComPtr<IWbemServices>::adopt(new NamespaceServices(repository, *repository.findNamespace(L"root\\test")));
+    ComPtr<IWbemClassObject> object;
+};
+
+TEST_F(NamespaceServicesTest, ServesAClassByNameWithoutCase)
+{
+    EXPECT_EQ(getObject(L"hERE"), 0);
+    EXPECT_EQ(textOf(*object.get(), L"__CLASS"), L"Here");
+    EXPECT_EQ(getObject(L"Here", WBEM_FLAG_USE_AMENDED_QUALIFIERS), 0);
+}
+
+TEST_F(NamespaceServicesTest, ServesAClassOfAnotherNamespaceByPath)
+{
+    EXPECT_EQ(getObject(L"There"), code(WBEM_E_NOT_FOUND));
+    EXPECT_EQ(getObject(L"\\\\.\\root\\other:There"), 0);
+    EXPECT_EQ(getObject(L"root\\nowhere:There"), code(WBEM_E_INVALID_NAMESPACE));
+}
+
+TEST_F(NamespaceServicesTest, NullsTheOutputOnFailure)
+{
+    IWbemClassObject* out = nullptr;
+    ASSERT_EQ(getObject(L"Here"), 0);
+    out = object.get();
+    EXPECT_EQ(services->GetObject(Bstr(L"Nope").get(), 0, nullptr, &out, nullptr), code(WBEM_E_NOT_FOUND));
+    EXPECT_EQ(out, nullptr);
+}
+
+TEST_F(NamespaceServicesTest, RefusesWhatIsNoClass)
+{
+    EXPECT_EQ(getObject(L"Here.K=\"x\""), code(WBEM_E_NOT_SUPPORTED));
+    EXPECT_EQ(getObject(L"Here."), code(WBEM_E_INVALID_OBJECT_PATH));
+    EXPECT_EQ(getObject(L"Here", 1), code(WBEM_E_INVALID_PARAMETER));
+    EXPECT_EQ(services->GetObject(nullptr, 0, nullptr, object.put(), nullptr), code(WBEM_E_INVALID_PARAMETER));
+    EXPECT_EQ(services->GetObject(Bstr(L"Here").get(), 0, nullptr, nullptr, nullptr), code(WBEM_E_INVALID_PARAMETER));
+}
+
+TEST_F(NamespaceServicesTest, RefusesEveryOtherRequest)
+{
+    constexpr HRESULT refused = code(WBEM_E_NOT_SUPPORTED);
+    const Bstr text(L"Here");
+    IWbemServices& s = *services.get();
+    EXPECT_EQ(s.OpenNamespace(text.get(), 0, nullptr, nullptr, nullptr), refused);
+    EXPECT_EQ(s.CancelAsyncCall(nullptr), refused);
+    EXPECT_EQ(s.QueryObjectSink(0, nullptr), refused);
+    EXPECT_EQ(s.GetObjectAsync(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.PutClass(nullptr, 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.PutClassAsync(nullptr, 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.DeleteClass(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.DeleteClassAsync(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.CreateClassEnum(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.CreateClassEnumAsync(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.PutInstance(nullptr, 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.PutInstanceAsync(nullptr, 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.DeleteInstance(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.DeleteInstanceAsync(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.CreateInstanceEnum(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.CreateInstanceEnumAsync(text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.ExecQuery(text.get(), text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.ExecQueryAsync(text.get(), text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.ExecNotificationQuery(text.get(), text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.ExecNotificationQueryAsync(text.get(), text.get(), 0, nullptr, nullptr), refused);
+    EXPECT_EQ(s.ExecMethod(text.get(), text.get(), 0, nullptr, nullptr, nullptr, nullptr), refused);
+    EXPECT_EQ(s.ExecMethodAsync(text.get(), text.get(), 0, nullptr, nullptr, nullptr), refused);
+}
+
+}  // namespace
+}  // namespace wmihost

@@ -1,0 +1,81 @@
+#include "wmihost/com/Variant.h"
+
+#include <gtest/gtest.h>
+
+namespace wmihost {
+namespace {
+
+TEST(Variant, IsBornWithoutAValue)
+{
+    EXPECT_EQ(Variant().type(), VT_NULL);
+    EXPECT_TRUE(Variant().isNull());
+}
+
+TEST(Variant, CopiesTextsDeeply)
+{
+    const Variant original = Variant::ofText(L"one");
+    Variant copy = original;
+    EXPECT_NE(copy.get().bstrVal, original.get().bstrVal);
+    EXPECT_TRUE(sameValue(copy.get(), original.get()));
+    copy = Variant::ofLong(7);
+    EXPECT_EQ(viewOf(original.get().bstrVal), L"one");
+}
+
+TEST(Variant, KeepsTheElementsOfAnArrayInOrder)
+{
+    const Variant array = Variant::ofArray(VT_I4, {Variant::ofLong(3), Variant::ofLong(-1)});
+    EXPECT_EQ(array.type(), VT_ARRAY | VT_I4);
+    const auto elements = elementsOf(array.get());
+    ASSERT_EQ(elements.size(), 2U);
+    EXPECT_EQ(elements[0].get().lVal, 3);
+    EXPECT_EQ(elements[1].get().lVal, -1);
+}
+
+TEST(Variant, ReadsTheArrayOfTextsThatIsEmptyOrMissing)
+{
+    EXPECT_TRUE(elementsOf(Variant::ofTexts({}).get()).empty());
+    VARIANT missing;
+    VariantInit(&missing);
+    missing.vt = VT_ARRAY | VT_BSTR;
+    missing.parray = nullptr;
+    EXPECT_TRUE(elementsOf(missing).empty());
+}
+
+TEST(Variant, ReadsAnArrayWhoseLowerBoundIsNotZero)
+{
+    SAFEARRAYBOUND bound{2, 5};
+    VARIANT array;
+    VariantInit(&array);
+    array.vt = VT_ARRAY | VT_I4;
+    array.parray = SafeArrayCreate(VT_I4, 1, &bound);
+    for (LONG i = 5; i < 7; ++i) {
+        LONG value = i * 10;
+        ASSERT_EQ(SafeArrayPutElement(array.parray, &i, &value), S_OK);
+    }
+    const auto elements = elementsOf(array);
+    VariantClear(&array);
+    ASSERT_EQ(elements.size(), 2U);
+    EXPECT_EQ(elements[1].get().lVal, 60);
+}
+
+TEST(Variant, ComparesTypeAndContent)
+{
+    EXPECT_TRUE(sameValue(Variant::ofTexts({L"a", L"b"}).get(), Variant::ofTexts({L"a", L"b"}).get()));
+    EXPECT_FALSE(sameValue(Variant::ofTexts({L"a"}).get(), Variant::ofTexts({L"a", L"b"}).get()));
+    EXPECT_FALSE(sameValue(Variant::ofTexts({L"a"}).get(), Variant::ofTexts({L"A"}).get()));
+    EXPECT_FALSE(sameValue(Variant::ofLong(1).get(), Variant::ofShort(1).get()));
+    EXPECT_TRUE(sameValue(Variant().get(), Variant().get()));
+    EXPECT_FALSE(sameValue(Variant().get(), Variant::ofLong(0).get()));
+}
+
+TEST(Variant, DetachLeavesNoValueBehind)
+{
+    Variant text = Variant::ofText(L"gone");
+    VARIANT taken = text.detach();
+    EXPECT_TRUE(text.isNull());
+    EXPECT_EQ(viewOf(taken.bstrVal), L"gone");
+    VariantClear(&taken);
+}
+
+}  // namespace
+}  // namespace wmihost

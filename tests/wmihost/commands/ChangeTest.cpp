@@ -1,0 +1,183 @@
+#include "tests/wmihost/CommandTest.h"
+#include "wmihost/repository/ObjectPath.h"
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+namespace {
+
+constexpr const char* deletable =
+    "instance of __InstanceProviderRegistration { Provider = \"__Win32Provider.Name=\\\"FakeProvider\\\"\"; "
+    "SupportsDelete = TRUE; };\n";
+
+// A provider that keeps what is put and remembers who asked for what.
+class ChangeTest : public CommandTest
+{
+protected:
+    ChangeTest()
+    {
+        behaviour.get = [this](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
+            requests.push_back(L"get " + std::wstring(path));
+            if (kept) {
+                deliver(sink, kept);
+            } else {
+                deliver(ns, sink, L"one", 2);
+            }
+            return finish(sink);
+        };
+        behaviour.put = [this](IWbemClassObject* object, LONG flags, IWbemObjectSink* sink) {
+            EXPECT_EQ(flags, WBEM_FLAG_UPDATE_ONLY);
+            Bstr text;
+            EXPECT_EQ(object->GetObjectText(0, text.put()), 0);
+            requests.push_back(L"put " + std::wstring(text.view()));
+            kept = ComPtr<IWbemClassObject>(object);
+            return finish(sink);
+        };
+        behaviour.remove = [this](std::wstring_view path, IWbemObjectSink* sink) {
+            requests.push_back(L"delete " + std::wstring(path));
+            return finish(sink);
+        };
+    }
+
+    std::vector<std::wstring> requests;
+    ComPtr<IWbemClassObject> kept;
+};
+
+using Requests = std::vector<std::wstring>;
+
+TEST_F(ChangeTest, SetGetsChangesPutsAndShowsWhatTheProviderKept)
+{
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "count=7", "State=null", "Bytes=18446744073709551615"}), 0);
+    const std::wstring get = L"get Fake_Thing.Name=\"one\"";
+    EXPECT_EQ(requests, (Requests{get,
+                                  L"put instance of Fake_Thing\n{\n    Name = \"one\";\n    Count = 7;\n"
+                                  L"    Bytes = 18446744073709551615;\n};\n",
+                                  get}));
+    EXPECT_EQ(out,
+              "Property  Value\n"
+              "--------  --------------------\n"
+              "Name      one\n"
+              "Count     7\n"
+              "State\n"
+              "Bytes     18446744073709551615\n");
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(ChangeTest, WhatIsShownWasReadAnew)
+{
+    behaviour.put = [](IWbemClassObject*, LONG, IWbemObjectSink* sink) { return finish(sink); };
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "Count=7", "--format", "mof"}), 0);
+    EXPECT_EQ(out, "instance of Fake_Thing\n{\n    Name = \"one\";\n    Count = 3;\n    State = 2;\n};\n");
+}
+
+TEST_F(ChangeTest, SetShowsTheInstanceForProgramsToo)
+{
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "Count=0x10", "--format", "json"}), 0);
+    EXPECT_EQ(out, "{\n  \"__CLASS\": \"Fake_Thing\",\n  \"__PATH\": \"\\\\\\\\" + toUtf8(serverName()) +
+                       "\\\\root\\\\test:Fake_Thing.Name=\\\"one\\\"\",\n  \"Name\": \"one\",\n  \"Count\": 16,\n"
+                       "  \"State\": 2,\n  \"Bytes\": null\n}\n");
+}
+
+TEST_F(ChangeTest, TheElementsOfAnArrayAreSeparatedByCommas)
+{
+    addToMof(
+        "[dynamic, provider(\"FakeProvider\")] class Fake_List { [key] string Name; uint16 Numbers[]; "
+        "string Texts[]; };\n");
+    behaviour.get = [](IWbemServices& ns, std::wstring_view, IWbemObjectSink* sink) {
+        const auto list = spawn(ns, L"Fake_List");
+        put(list, L"Name", Variant::ofText(L"one"));
+        deliver(sink, list);
+        return finish(sink);
+    };
+    EXPECT_EQ(run({"set", "Fake_List=\"one\"", "Numbers=1,2,3", "Texts=a"}), 0);
+    EXPECT_EQ(requests, (Requests{L"put instance of Fake_List\n{\n    Name = \"one\";\n    Numbers = {1, 2, 3};\n"
+                                  L"    Texts = {\"a\"};\n};\n"}));
+}
+
+TEST_F(ChangeTest, AMistakeInOneOfTheValuesCostsNoPut)
+{
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "Count=7", "State=on"}), 2);
+    EXPECT_EQ(error,
+              "wmihost set: State: 'on' is no uint16: a whole number from 0 to 65535\n"
+              "  Example: wmihost set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null\n"
+              "  wmihost set --help shows all that it takes\n");
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "Count=7", "Sate=2"}), 1);
+    EXPECT_EQ(error,
+              "wmihost set Fake_Thing=\"one\" Count=7 Sate=2: failed\n"
+              "  WBEM_E_INVALID_PROPERTY (0x80041031): there is no such property\n"
+              "  Reason: the class Fake_Thing has no property Sate; did you mean State?\n"
+              "  Try: describe the class to see its properties\n");
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "__PATH=x"}), 1);
+    EXPECT_EQ(error,
+              "wmihost set Fake_Thing=\"one\" __PATH=x: failed\n"
+              "  WBEM_E_READ_ONLY (0x80041023): the property is read-only\n"
+              "  Reason: the object takes no such value\n"
+              "  Try: describe the class to see which properties are writable\n");
+    const std::wstring get = L"get Fake_Thing.Name=\"one\"";
+    // A misspelt name costs no request at all.
+    EXPECT_EQ(requests, (Requests{get, get}));
+    EXPECT_EQ(out, "");
+}
+
+TEST_F(ChangeTest, AKeyIsNotChanged)
+{
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "Count=7", "name=two"}), 1);
+    EXPECT_EQ(error,
+              "wmihost set Fake_Thing=\"one\" Count=7 name=two: failed\n"
+              "  WBEM_E_READ_ONLY (0x80041023): the property is read-only\n"
+              "  Reason: Name is a key: it says which instance is meant\n"
+              "  Try: describe the class to see which properties are writable\n");
+    EXPECT_EQ(requests, Requests());
+}
+
+TEST_F(ChangeTest, WhatTheProviderRefusesIsAFailure)
+{
+    behaviour.put = [](IWbemClassObject*, LONG, IWbemObjectSink* sink) {
+        return finish(sink, code(WBEM_E_ACCESS_DENIED));
+    };
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "State=3"}), 1);
+    EXPECT_EQ(error,
+              "wmihost set Fake_Thing=\"one\" State=3: failed\n"
+              "  WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"
+              "  Try: change writable properties only, and ask with --impersonation impersonate as a user with the "
+              "right\n");
+    EXPECT_EQ(out, "");
+}
+
+TEST_F(ChangeTest, AnInstanceThatIsNotThereIsNotPut)
+{
+    behaviour.get = [](IWbemServices&, std::wstring_view, IWbemObjectSink* sink) {
+        return finish(sink, code(WBEM_E_NOT_FOUND));
+    };
+    EXPECT_EQ(run({"set", "Fake_Thing=\"none\"", "Count=7"}), 1);
+    EXPECT_EQ(error,
+              "wmihost set Fake_Thing=\"none\" Count=7: failed\n"
+              "  WBEM_E_NOT_FOUND (0x80041002): there is no such object\n"
+              "  Try: list the class to see the paths and names that exist\n");
+    EXPECT_EQ(requests, Requests());
+}
+
+TEST_F(ChangeTest, DeleteSaysWhatItDeleted)
+{
+    addToMof(deletable);
+    EXPECT_EQ(run({"delete", "Fake_Thing=\"one\""}), 0);
+    EXPECT_EQ(requests, (Requests{L"delete Fake_Thing.Name=\"one\""}));
+    EXPECT_EQ(out, "deleted Fake_Thing.Name=\"one\"\n");
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(ChangeTest, ADeleteThatFailsSaysNothingOfADeletion)
+{
+    addToMof(deletable);
+    behaviour.remove = [](std::wstring_view, IWbemObjectSink* sink) {
+        return finish(sink, code(WBEM_E_NOT_SUPPORTED));
+    };
+    EXPECT_EQ(run({"delete", "Fake_Thing=\"one\""}), 1);
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(error,
+              "wmihost delete Fake_Thing=\"one\": failed\n"
+              "  WBEM_E_NOT_SUPPORTED (0x8004100C): the operation is not supported for this object\n"
+              "  Try: only jobs (Zerix_ConcreteJob) can be deleted; instances cannot be created\n");
+}
+
+}  // namespace
+}  // namespace wmihost

@@ -1,0 +1,226 @@
+#include "wmihost/commands/Output.h"
+
+#include <cstdlib>
+#include <sstream>
+
+#include "tests/wmihost/CommandTest.h"
+#include "wmihost/com/ClassObject.h"
+#include "wmihost/repository/ObjectPath.h"
+#include "wmihost/terminal/Table.h"
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+namespace {
+
+constexpr const char* richMof = R"(
+[dynamic, provider("FakeProvider")]
+class Fake_Rich
+{
+    [key] string CreationClassName;
+    [key] string SystemName;
+    [key] string Name;
+    [Units("Bits per Second")] uint64 Speed;
+    boolean Active;
+    datetime Since;
+    Fake_Thing ref Owner;
+    [ValueMap{"1", "2"}, Values{"Good", "Bad"}] uint16 Codes[];
+    string Notes[];
+    sint64 Balance;
+    real64 Load;
+};
+)";
+
+// One rich thing beside the fake provider's own.
+class OutputTest : public CommandTest
+{
+protected:
+    static ComPtr<IWbemClassObject> richThing(IWbemServices& ns)
+    {
+        const auto rich = spawn(ns, L"Fake_Rich");
+        put(rich, L"CreationClassName", Variant::ofText(L"Fake_Rich"));
+        put(rich, L"SystemName", Variant::ofText(L"here"));
+        put(rich, L"Name", Variant::ofText(L"r\u00FCck"));
+        put(rich, L"Speed", Variant::ofText(L"2500000000"));
+        put(rich, L"Active", Variant::ofBool(true));
+        put(rich, L"Since", Variant::ofText(L"20261121094145.000000+000"));
+        put(rich, L"Owner", Variant::ofText(L"\\\\.\\root\\test:Fake_Thing.Name=\"one\""));
+        put(rich, L"Codes", Variant::ofArray(VT_I4, {Variant::ofLong(2), Variant::ofLong(7)}));
+        put(rich, L"Notes", Variant::ofTexts({L"a", L"b\"c"}));
+        put(rich, L"Balance", Variant::ofText(L"-5"));
+        put(rich, L"Load", Variant::ofDouble(0.5));
+        return rich;
+    }
+
+    void serveRichThing()
+    {
+        addToMof(richMof);
+        behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
+            deliver(sink, richThing(ns));
+            return finish(sink);
+        };
+        behaviour.get = [](IWbemServices& ns, std::wstring_view, IWbemObjectSink* sink) {
+            deliver(sink, richThing(ns));
+            return finish(sink);
+        };
+    }
+
+    const std::string server = toUtf8(serverName());
+    const char* const richPath = "Fake_Rich.CreationClassName=\"Fake_Rich\",Name=\"x\",SystemName=\"here\"";
+};
+
+TEST_F(OutputTest, ListsAsATableWithNumbersToTheRight)
+{
+    EXPECT_EQ(run({"list", "fake_thing"}), 0);
+    EXPECT_EQ(out,
+              "Name  Count  State     Bytes\n"
+              "----  -----  --------  -----\n"
+              "one       3  Enabled\n"
+              "two       3  Disabled\n");
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(OutputTest, ListsAsJson)
+{
+    EXPECT_EQ(run({"list", "Fake_Thing", "--format", "json", "--property", "Name,Count,Bytes"}), 0);
+    const auto thing = [this](const std::string& name) {
+        return "  {\n    \"__CLASS\": \"Fake_Thing\",\n    \"__PATH\": \"\\\\\\\\" + server +
+               "\\\\root\\\\test:Fake_Thing.Name=\\\"" + name + "\\\"\",\n    \"Name\": \"" + name +
+               "\",\n    \"Count\": 3,\n    \"Bytes\": null\n  }";
+    };
+    EXPECT_EQ(out, "[\n" + thing("one") + ",\n" + thing("two") + "\n]\n");
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(OutputTest, ListsAsMof)
+{
+    EXPECT_EQ(run({"list", "Fake_Thing", "--format", "mof"}), 0);
+    EXPECT_EQ(out,
+              "instance of Fake_Thing\n{\n    Name = \"one\";\n    Count = 3;\n    State = 2;\n};\n\n"
+              "instance of Fake_Thing\n{\n    Name = \"two\";\n    Count = 3;\n    State = 3;\n};\n\n");
+}
+
+TEST_F(OutputTest, ATableSpellsEveryKindOfValueForPeople)
+{
+    serveRichThing();
+    // The keys that are the same on every line are left out.
+    EXPECT_EQ(run({"list", "Fake_Rich"}), 0);
+    EXPECT_EQ(
+        out,
+        "Name       Speed  Active  Since                    Owner                  Codes   Notes   Balance  Load\n"
+        "----  ----------  ------  -----------------------  ---------------------  ------  ------  -------  ----\n"
+        "r\xC3\xBC"
+        "ck  2.5 Gbit/s  yes     2026-11-21 09:41:45 UTC  Fake_Thing.Name=\"one\"  Bad, 7  a, b\"c       -5   "
+        "0.5\n");
+    EXPECT_EQ(run({"get", richPath}), 0);
+    EXPECT_EQ(out,
+              "Property           Value\n"
+              "-----------------  -----------------------\n"
+              "CreationClassName  Fake_Rich\n"
+              "SystemName         here\n"
+              "Name               r\xC3\xBC"
+              "ck\n"
+              "Speed              2.5 Gbit/s\n"
+              "Active             yes\n"
+              "Since              2026-11-21 09:41:45 UTC\n"
+              "Owner              Fake_Thing.Name=\"one\"\n"
+              "Codes              Bad, 7\n"
+              "Notes              a, b\"c\n"
+              "Balance            -5\n"
+              "Load               0.5\n");
+}
+
+TEST_F(OutputTest, JsonHasTheValuesThemselves)
+{
+    serveRichThing();
+    EXPECT_EQ(run({"get", richPath, "--format", "json"}), 0);
+    EXPECT_EQ(out,
+              "{\n"
+              "  \"__CLASS\": \"Fake_Rich\",\n"
+              "  \"__PATH\": \"\\\\\\\\" +
+                  server +
+                  "\\\\root\\\\test:Fake_Rich.CreationClassName=\\\"Fake_Rich\\\",Name=\\\"r\xC3\xBC"
+                  "ck\\\",SystemName=\\\"here\\\"\",\n"
+                  "  \"CreationClassName\": \"Fake_Rich\",\n"
+                  "  \"SystemName\": \"here\",\n"
+                  "  \"Name\": \"r\xC3\xBC"
+                  "ck\",\n"
+                  "  \"Speed\": 2500000000,\n"
+                  "  \"Active\": true,\n"
+                  "  \"Since\": \"20261121094145.000000+000\",\n"
+                  "  \"Owner\": \"\\\\\\\\.\\\\root\\\\test:Fake_Thing.Name=\\\"one\\\"\",\n"
+                  "  \"Codes\": [\n    2,\n    7\n  ],\n"
+                  "  \"Notes\": [\n    \"a\",\n    \"b\\\"c\"\n  ],\n"
+                  "  \"Balance\": -5,\n"
+                  "  \"Load\": 0.5\n"
+                  "}\n");
+}
+
+TEST_F(OutputTest, TheMofOfAnInstanceCompilesAgain)
+{
+    serveRichThing();
+    EXPECT_EQ(run({"get", richPath, "--format", "mof"}), 0);
+    EXPECT_EQ(out,
+              "instance of Fake_Rich\n{\n    CreationClassName = \"Fake_Rich\";\n    SystemName = \"here\";\n"
+              "    Name = \"r\xC3\xBC"
+              "ck\";\n    Speed = 2500000000;\n    Active = TRUE;\n"
+              "    Since = \"20261121094145.000000+000\";\n"
+              "    Owner = \"\\\\\\\\.\\\\root\\\\test:Fake_Thing.Name=\\\"one\\\"\";\n    Codes = {2, 7};\n"
+              "    Notes = {\"a\", \"b\\\"c\"};\n    Balance = -5;\n    Load = 0.5;\n};\n");
+    const std::string first = out;
+    addToMof(richMof + first);
+    Workspace again(mof);
+    const auto instances = again.repository().findNamespace(L"root\\test")->instancesOf(L"Fake_Rich");
+    ASSERT_EQ(instances.size(), 1U);
+    EXPECT_EQ(mofOf(*ClassObject::ofInstance(*instances.front()).get()), first);
+}
+
+TEST_F(OutputTest, AnAdapterIsShownAtAGlance)
+{
+    addToMof(R"([dynamic, provider("FakeProvider")] class Zerix_EthernetPort
+                {
+                    [key] string DeviceID; string Name; string PermanentAddress; string Other;
+                    [Units("Bits per Second")] uint64 Speed; uint64 ActiveMaximumTransmissionUnit;
+                    uint16 EnabledState;
+                };)");
+    behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
+        const auto port = spawn(ns, L"Zerix_EthernetPort");
+        put(port, L"DeviceID", Variant::ofText(L"{0}"));
+        put(port, L"Name", Variant::ofText(L"eth0"));
+        put(port, L"PermanentAddress", Variant::ofText(L"02FC00000001"));
+        put(port, L"Speed", Variant::ofText(L"1000000000"));
+        put(port, L"ActiveMaximumTransmissionUnit", Variant::ofText(L"1500"));
+        deliver(sink, port);
+        return finish(sink);
+    };
+    EXPECT_EQ(run({"list", "Zerix_EthernetPort"}), 0);
+    EXPECT_EQ(out,
+              "Name  MAC              Speed   MTU  State  DeviceID\n"
+              "----  ------------  --------  ----  -----  --------\n"
+              "eth0  02FC00000001  1 Gbit/s  1500         {0}\n");
+    // Who asks for a property by name sees it under that name's heading, whatever stands at a glance.
+    EXPECT_EQ(run({"list", "Zerix_EthernetPort", "--property", "Other,PermanentAddress"}), 0);
+    EXPECT_EQ(out, "Other  MAC\n-----  ------------\n       02FC00000001\n");
+}
+
+TEST_F(OutputTest, ATableFitsTheWidthAndSaysWhatItLeavesOut)
+{
+    serveRichThing();
+    SetEnvironmentVariableW(L"COLUMNS", L"60");
+    _putenv("COLUMNS=60");
+    EXPECT_EQ(run({"list", "Fake_Rich"}), 0);
+    EXPECT_EQ(error, "2 more properties do not fit the terminal; --property A,B or --format json shows them\n");
+    std::istringstream lines(out);
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_LE(lengthOf(line), 60U) << line;
+    }
+    EXPECT_EQ(run({"list", "Fake_Rich", "--property", "Name,Active"}), 0);
+    EXPECT_EQ(error, "");
+    SetEnvironmentVariableW(L"COLUMNS", L"12");
+    _putenv("COLUMNS=12");
+    EXPECT_EQ(run({"list", "Fake_Rich", "--property", "Speed,Active"}), 0);
+    EXPECT_EQ(out, "     Speed\n----------\n2.5 Gbit/s\n");
+    EXPECT_EQ(error, "1 more property does not fit the terminal; --property A,B or --format json shows it\n");
+}
+
+}  // namespace
+}  // namespace wmihost

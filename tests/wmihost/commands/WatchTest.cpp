@@ -1,0 +1,160 @@
+#include <functional>
+#include <regex>
+
+#include "tests/wmihost/CommandTest.h"
+
+namespace wmihost {
+namespace {
+
+// What a counter of an instance says at the n-th look, beginning with 0.
+struct Watched
+{
+    std::wstring name;
+    std::function<unsigned(unsigned)> bytes;
+    std::function<unsigned(unsigned)> packets;
+};
+
+class WatchTest : public CommandTest
+{
+protected:
+    WatchTest()
+    {
+        addToMof(R"([dynamic, provider("FakeProvider")] class Fake_Counters
+                    {
+                        [key] string CreationClassName;
+                        [key] string SystemName;
+                        [key] string Name;
+                        [Counter, Units("Bytes")] uint64 Bytes;
+                        [Counter] uint32 Packets;
+                        uint32 Level;
+                    };)");
+        behaviour.enumerate = [this](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
+            for (const Watched& one : watched) {
+                const auto counters = spawn(ns, L"Fake_Counters");
+                put(counters, L"CreationClassName", Variant::ofText(L"Fake_Counters"));
+                put(counters, L"SystemName", Variant::ofText(L"here"));
+                put(counters, L"Name", Variant::ofText(one.name));
+                put(counters, L"Bytes", Variant::ofText(std::to_wstring(one.bytes(looks))));
+                put(counters, L"Packets", Variant::ofLong(static_cast<long>(one.packets(looks))));
+                deliver(sink, counters);
+            }
+            ++looks;
+            return finish(sink, looks == failingLook ? code(WBEM_E_ACCESS_DENIED) : HRESULT{0});
+        };
+    }
+
+    static unsigned still(unsigned /*look*/) { return 7; }
+    static std::function<unsigned(unsigned)> rising(unsigned by)
+    {
+        return [by](unsigned look) { return by * look; };
+    }
+
+    std::vector<Watched> watched;
+    unsigned looks = 0;
+    unsigned failingLook = 0;
+};
+
+TEST_F(WatchTest, ShowsTheRatesOfCountersWithABarThatComparesThem)
+{
+    watched = {{L"fast", rising(4000000), rising(9)}, {L"slow", rising(1000000), still}, {L"still", still, rising(5)}};
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "20"}), 0);
+    EXPECT_EQ(looks, 2U);
+    EXPECT_EQ(error, "");
+    const std::string form = R"(Instance  Activity +Bytes +Packets
+--------  --------------------  -+  -+
+fast      ####################  +([0-9.]+) ([kM])B/s +[0-9.]+ /s
+slow      #####                 +([0-9.]+) ([kM])B/s +0 /s
+still                           +0 B/s +[0-9.]+ /s
+)";
+    std::smatch match;
+    ASSERT_TRUE(std::regex_match(out, match, std::regex(form))) << out;
+    const auto kilobytes = [&match](std::size_t at) {
+        return std::stod(match[at]) * (match[at + 1] == "M" ? 1000 : 1);
+    };
+    // At most four million bytes in 20 ms; four digits of a rate are shown.
+    EXPECT_LE(kilobytes(1), 200000.0);
+    EXPECT_NEAR(kilobytes(1) / kilobytes(3), 4.0, 0.05);
+}
+
+TEST_F(WatchTest, ACounterThatRunsBackwardsHasNoRate)
+{
+    watched = {{L"one", [](unsigned look) { return look == 0 ? 1000U : 10U; }, still}};
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "2", "--interval", "10"}), 0);
+    const std::string table =
+        "Instance  Activity  Bytes  Packets\n"
+        "--------  --------  -----  -------\n"
+        "one                 0 B/s     0 /s\n";
+    EXPECT_EQ(out, table + table);
+    EXPECT_EQ(looks, 3U);
+}
+
+TEST_F(WatchTest, AnInstanceThatHasJustComeHasNoRateYet)
+{
+    watched = {{L"old", still, still}};
+    const auto enumerate = behaviour.enumerate;
+    behaviour.enumerate = [this, enumerate](IWbemServices& ns, std::wstring_view name, IWbemContext* context,
+                                            IWbemObjectSink* sink) {
+        if (looks == 1) {
+            watched.push_back({L"new", rising(5000), still});
+        }
+        return enumerate(ns, name, context, sink);
+    };
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "10"}), 0);
+    EXPECT_EQ(out,
+              "Instance  Activity  Bytes  Packets\n"
+              "--------  --------  -----  -------\n"
+              "old                 0 B/s     0 /s\n"
+              "new                 0 B/s     0 /s\n");
+}
+
+TEST_F(WatchTest, ShowsChosenCountersOfChosenInstances)
+{
+    watched = {{L"fast", rising(4000), rising(9)}, {L"slow", rising(1000), still}};
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "10", "--property", "Packets,Level",
+                   "--where", "name=SLOW"}),
+              0);
+    EXPECT_EQ(out,
+              "Instance  Activity  Packets\n"
+              "--------  --------  -------\n"
+              "slow                   0 /s\n");
+}
+
+TEST_F(WatchTest, OnePropertyThatIsNoCounterIsNothingToWatch)
+{
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--property", "Level"}), 2);
+    EXPECT_EQ(error,
+              "wmihost watch: the class Fake_Counters has no counters to watch among the properties\n"
+              "  Example: wmihost watch Zerix_EthernetPortStatistics --count 10\n"
+              "  wmihost watch --help shows all that it takes\n");
+    EXPECT_EQ(looks, 0U);
+}
+
+TEST_F(WatchTest, AMisspeltNameIsFoundBeforeTheFirstLook)
+{
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--where", "Nome=x"}), 1);
+    EXPECT_EQ(error,
+              "wmihost watch Fake_Counters --count 1 --where Nome=x: failed\n"
+              "  WBEM_E_INVALID_PROPERTY (0x80041031): there is no such property\n"
+              "  Reason: the class Fake_Counters has no property Nome; did you mean Name?\n"
+              "  Try: describe the class to see its properties\n");
+    EXPECT_EQ(looks, 0U);
+}
+
+TEST_F(WatchTest, ARequestThatFailsEndsTheWatch)
+{
+    watched = {{L"one", still, still}};
+    failingLook = 3;
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--interval", "10"}), 1);
+    EXPECT_EQ(out,
+              "Instance  Activity  Bytes  Packets\n"
+              "--------  --------  -----  -------\n"
+              "one                 0 B/s     0 /s\n");
+    EXPECT_EQ(error,
+              "wmihost watch Fake_Counters --interval 10: failed\n"
+              "  WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"
+              "  Try: change writable properties only, and ask with --impersonation impersonate as a user with the "
+              "right\n");
+}
+
+}  // namespace
+}  // namespace wmihost

@@ -1,0 +1,46 @@
+#include "wmihost/terminal/Suggestion.h"
+
+#include <gtest/gtest.h>
+
+namespace wmihost {
+namespace {
+
+const std::vector<std::wstring> classes{L"Zerix_EthernetPortStatistics", L"Zerix_EthernetPort", L"Zerix_ConcreteJob"};
+
+TEST(Suggestion, IsTheNameMostLikeTheMisspeltOne)
+{
+    EXPECT_EQ(suggestion(L"Zerix_EthernetPrt", classes), "; did you mean Zerix_EthernetPort?");
+    EXPECT_EQ(suggestion(L"zerix_ethernetport_statistics", classes), "; did you mean Zerix_EthernetPortStatistics?");
+    EXPECT_EQ(suggestion(L"Zerix_ConcretJobs", classes), "; did you mean Zerix_ConcreteJob?");
+}
+
+TEST(Suggestion, SwappedLettersAreOneMistake)
+{
+    EXPECT_EQ(suggestion(L"Nmae", {L"Speed", L"Name"}), "; did you mean Name?");
+    EXPECT_EQ(suggestion(L"aNem", {L"Name"}), "");
+}
+
+TEST(Suggestion, APieceOfANameIsEnough)
+{
+    EXPECT_EQ(suggestion(L"ethernetport", classes), "; did you mean Zerix_EthernetPort?");
+    EXPECT_EQ(suggestion(L"job", classes), "; did you mean Zerix_ConcreteJob?");
+    EXPECT_EQ(suggestion(L"jo", classes), "");
+}
+
+TEST(Suggestion, OfTwoThatAreAsLikeTheFirstIsMeant)
+{
+    EXPECT_EQ(suggestion(L"abX", {L"abY", L"abZ"}), "; did you mean abY?");
+}
+
+TEST(Suggestion, ThereIsNoneWhereNothingIsLike)
+{
+    EXPECT_EQ(suggestion(L"Win32_Processor", classes), "");
+    // A third of four letters is one.
+    EXPECT_EQ(suggestion(L"abcd", {L"abXY"}), "");
+    EXPECT_EQ(suggestion(L"abcd", {L"abcX"}), "; did you mean abcX?");
+    EXPECT_EQ(suggestion(L"", classes), "");
+    EXPECT_EQ(suggestion(L"Name", {}), "");
+}
+
+}  // namespace
+}  // namespace wmihost
