@@ -5,7 +5,7 @@
 #include <functional>
 #include <map>
 
-#include "TestObjects.h"
+#include "wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/repository/ObjectPath.h"

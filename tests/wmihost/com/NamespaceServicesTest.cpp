@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "TestObjects.h"
+#include "wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
 

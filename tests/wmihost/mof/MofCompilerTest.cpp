@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "TestObjects.h"
+#include "wmihost/TestObjects.h"
 #include "wmihost/session/ProviderRegistration.h"
 #include "wmihost/terminal/Text.h"
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "PlatformPath.h"
-#include "TestObjects.h"
+#include "wmihost/PlatformPath.h"
+#include "wmihost/TestObjects.h"
 #include "wmihost/com/Com.h"
 
 namespace wmihost {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "FakeProvider.h"
-#include "TestObjects.h"
+#include "wmihost/FakeProvider.h"
+#include "wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/RequestError.h"
 

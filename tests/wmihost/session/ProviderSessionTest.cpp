@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "FakeProvider.h"
-#include "TestObjects.h"
+#include "wmihost/FakeProvider.h"
+#include "wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/com/RequestError.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "FakeProvider.h"
+#include "wmihost/FakeProvider.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/RequestError.h"
 
