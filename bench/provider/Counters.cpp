@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "support/RunTimeName.h"
+
 namespace bench {
 
 namespace {
@@ -74,8 +76,8 @@ Counters::Counters(HMODULE provider)
       m_ownWait("WaitForSingleObject", &countedWait),
       m_create("CreateMutexA", &countedCreate, provider),
       m_malloc("malloc", &countedMalloc, provider),
-      m_libraryMalloc("malloc", &countedMalloc, GetModuleHandleA("libstdc++-6.dll")),
-      m_libraryFree("free", &countedFree, GetModuleHandleA("libstdc++-6.dll")),
+      m_libraryMalloc("malloc", &countedMalloc, GetModuleHandleA(support::RUN_TIME)),
+      m_libraryFree("free", &countedFree, GetModuleHandleA(support::RUN_TIME)),
       m_bstr("SysAllocStringLen", &countedBstr, provider),
       m_format("_vsnprintf", &countedFormat, provider)
 {

@@ -36,9 +36,7 @@ int main()
     }
     tellModule("ZerixDRAVEv2Provider.dll");
     tellModule("ZerixCimCore.dll");
-    tellModule("libstdc++-6.dll");
-    tellModule("libgcc_s_seh-1.dll");
-    tellModule("libwinpthread-1.dll");
+    tellModule("ZerixRuntime.dll");
     static_cast<IUnknown*>(created)->Release();
     CoUninitialize();
     return 0;

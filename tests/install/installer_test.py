@@ -34,9 +34,9 @@ SETTINGS_KEY = r"HKEY_LOCAL_MACHINE\Software\Vexal\DRAVEv2"
 MAKER_KEY = r"HKEY_LOCAL_MACHINE\Software\Vexal"
 UNINSTALL_KEY = r"HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Uninstall\{".lower()
 FOLDER = r"C:\Program Files\Vexal\DRAVEv2 Provider"
-MODULES = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "libstdc++-6.dll", "libgcc_s_seh-1.dll",
-           "libwinpthread-1.dll"]
-FILES = sorted(MODULES + ["wmihost.exe", "ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt"])
+DLLS = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "ZerixRuntime.dll"]
+MODULES = DLLS + ["wmihost.exe"]
+FILES = sorted(MODULES + ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt"])
 
 # How Wine's installer ends when an action fails (1627) or a launch condition does (1603); an exit code has 8 bits here.
 ACTION_FAILED = 1627 & 0xFF
@@ -75,12 +75,11 @@ def make_package(binaries, version, output, **more):
 def make_older_binaries(folder):
     """This build with an older version in its modules, so that an upgrade has something to replace."""
     folder.mkdir()
-    for name in MODULES + ["wmihost.exe"]:
+    for name in MODULES:
         content = (CURRENT / name).read_bytes()
         start = content.find(b"\xbd\x04\xef\xfe\x00\x00\x01\x00")
-        if not name.startswith("lib"):
-            content = content[: start + 8] + bytes([0, 0, 2, 0, 9, 0, 0, 0]) + content[start + 16 :]
-        (folder / name).write_bytes(content)
+        (folder / name).write_bytes(content[: start + 8] + bytes([0, 0, 2, 0, 9, 0, 0, 0]) + content[start + 16 :])
+        shutil.copy(CURRENT / (name + ".debug"), folder)
 
 
 def stop(prefix):
@@ -107,8 +106,9 @@ def prepare():
     shutil.copy(WORK / "install_com_probe.exe", probe / "probe.exe")
     # A copy: the packages must stay what they are while somebody builds.
     CURRENT.mkdir()
-    for name in MODULES + ["wmihost.exe"]:
-        shutil.copy(BIN / name, CURRENT / name)
+    for name in MODULES:
+        shutil.copy(BIN / name, CURRENT)
+        shutil.copy(BIN / (name + ".debug"), CURRENT)
     make_package(CURRENT, VERSION, SHARED / "current")
     make_older_binaries(SHARED / "older-binaries")
     make_package(SHARED / "older-binaries", OLDER, SHARED / "older")
@@ -272,7 +272,7 @@ class InstallRepairRemove(Prefix):
 
     def test_6_com_loads_everything_from_the_installed_folder(self):
         code, output = self.wine(r"C:\probe\probe.exe")
-        self.assertEqual((code, output.split("\n")), (0, [f"{FOLDER}\\{name}" for name in MODULES] + [""]))
+        self.assertEqual((code, output.split("\n")), (0, [f"{FOLDER}\\{name}" for name in DLLS] + [""]))
 
     def test_7_the_installed_wmihost_lists_adapters(self):
         code, output = self.wine(FOLDER + r"\wmihost.exe", "list", "Zerix_EthernetPort", "--format", "json")
@@ -473,10 +473,10 @@ class Package(unittest.TestCase):
         with zipfile.ZipFile(package().with_suffix(".zip")) as archive:
             self.assertEqual(sorted(archive.namelist()), FILES)
         with zipfile.ZipFile(SHARED / "current" / f"ZerixDRAVEv2-{VERSION}-x64-symbols.zip") as archive:
-            self.assertEqual(sorted(archive.namelist()),
-                             ["ZerixCimCore.dll.debug", "ZerixDRAVEv2Provider.dll.debug", "wmihost.exe.debug"])
+            self.assertEqual(sorted(archive.namelist()), sorted(name + ".debug" for name in MODULES))
             archive.extractall(self.folder)
-        for name in ("ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "wmihost.exe"):
+        # The run time is made of archives without debug information: its symbols are names alone.
+        for name in sorted(set(MODULES) - {"ZerixRuntime.dll"}):
             (self.folder / name).write_bytes(packaged(name))
             sections = subprocess.run(["x86_64-w64-mingw32-objdump", "-h", self.folder / name], check=True, text=True,
                                       stdout=subprocess.PIPE).stdout
@@ -524,7 +524,7 @@ class Package(unittest.TestCase):
                            ZERIX_SIGNING_PASSWORD="a b'c", SOURCE_DATE_EPOCH=str(int(time.time()) + 60))
         signed = [msi]
         with zipfile.ZipFile(msi.with_suffix(".zip")) as archive:
-            for name in ("ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "wmihost.exe"):
+            for name in MODULES:
                 signed.append(pathlib.Path(archive.extract(name, self.folder / "zip")))
         for path in signed:
             self.assertEqual(self.verify(path, certificate), 0, path.name)

@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
-"""Compares what our modules export, import and carry as resources with the stored lists.
+"""Compares what our modules export, import and carry as resources with the stored lists, and the DLLs they need with
+the ones that every machine has.
 
     module_facts.py BIN
 
 BIN is a build's folder of programs. With ZERIX_ACCEPT_BASELINES=1 in the environment the lists are written anew.
-The functions imported from the C and C++ run time are left out: the compiler chooses them. All others are listed.
+The functions imported from the C and C++ run time are left out, as are those that the run time exports: the compiler
+chooses them. All others are listed.
 """
 
 import difflib
@@ -15,8 +17,19 @@ import subprocess
 import sys
 
 BASELINES = pathlib.Path(__file__).resolve().parent / "baselines"
-MODULES = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "wmihost.exe"]
-RUN_TIME = ["msvcrt.dll", "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"]
+MODULES = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "ZerixRuntime.dll", "wmihost.exe"]
+CPP_RUN_TIME = "ZerixRuntime.dll"
+RUN_TIME = ["msvcrt.dll", CPP_RUN_TIME.lower()]
+# A DLL that is not in this list would have to be shipped, under a name that no other product uses: the loader hands out
+# whichever came first into the process. Storing new baselines does not change it.
+SYSTEM = {"ADVAPI32.dll", "IPHLPAPI.DLL", "KERNEL32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll", "OLEAUT32.dll",
+          "SHELL32.dll", "USER32.dll"}
+NEEDED = {
+    "ZerixDRAVEv2Provider.dll": SYSTEM | {"ZerixCimCore.dll", CPP_RUN_TIME},
+    "ZerixCimCore.dll": SYSTEM | {CPP_RUN_TIME},
+    CPP_RUN_TIME: {"KERNEL32.dll", "msvcrt.dll"},
+    "wmihost.exe": SYSTEM | {CPP_RUN_TIME},
+}
 RESOURCE_TYPES = {11: "message table", 16: "version", 24: "manifest"}
 
 
@@ -55,9 +68,8 @@ def resources(text):
     return sorted(found)
 
 
-def facts(path):
-    text = dump(path)
-    lines = ["exports"] + ["  " + name for name in exports(text)]
+def facts(path, text):
+    lines = ["exports"] + (["  " + name for name in exports(text)] if path.name != CPP_RUN_TIME else [])
     for dll, functions in sorted(imports(text).items(), key=lambda entry: entry[0].lower()):
         lines.append("imports from " + dll)
         lines += [] if dll.lower() in RUN_TIME else ["  " + name for name in functions]
@@ -68,7 +80,12 @@ def facts(path):
 def main():
     failed = False
     for name in MODULES:
-        found, baseline = facts(pathlib.Path(sys.argv[1]) / name), BASELINES / (name + ".txt")
+        path, baseline = pathlib.Path(sys.argv[1]) / name, BASELINES / (name + ".txt")
+        text = dump(path)
+        found = facts(path, text)
+        for dll in sorted(imports(text).keys() - NEEDED[name]):
+            failed = True
+            print(f"{name} needs {dll}, which is neither the platform's nor this product's")
         if os.environ.get("ZERIX_ACCEPT_BASELINES") == "1":
             baseline.write_text(found)
         expected = baseline.read_text() if baseline.exists() else ""

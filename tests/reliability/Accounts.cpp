@@ -6,6 +6,8 @@
 #include <mutex>
 #include <new>
 
+#include "support/RunTimeName.h"
+
 namespace reliability {
 
 namespace {
@@ -99,7 +101,7 @@ ModuleMemory::ModuleMemory(HMODULE module)
     : m_new(std::make_unique<support::ImportHook>("_Znwy", &countedNew, module)),
       m_newNothrow(std::make_unique<support::ImportHook>("_ZnwyRKSt9nothrow_t", &countedNewNothrow, module)),
       // Every module deletes through the one C++ run time.
-      m_free("free", &countedFree, GetModuleHandleA("libstdc++-6.dll"))
+      m_free("free", &countedFree, GetModuleHandleA(support::RUN_TIME))
 {
     addresses().clear();
 }

@@ -8,6 +8,7 @@
 #include "reliability/Surroundings.h"
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
+#include "support/RunTimeName.h"
 
 // What a client gets and what it leaves behind, by what it allows: through the built DLLs.
 namespace {
@@ -181,8 +182,7 @@ public:
           m_folder(std::filesystem::temp_directory_path() / ("planted" + std::to_string(GetCurrentProcessId())))
     {
         std::filesystem::create_directories(m_folder);
-        for (const char* const name :
-             {"libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "ZerixCimCore.dll"}) {
+        for (const char* const name : {support::RUN_TIME, "ZerixCimCore.dll"}) {
             std::ofstream(m_folder / name) << "not a library";
         }
         std::filesystem::current_path(m_folder);
@@ -233,11 +233,10 @@ TEST(SecurityPlantedLibraryTest, DISABLED_loadsFromBesideTheProgram)
     const std::string program = fileOf(nullptr);
     const std::string folder = program.substr(0, program.rfind('\\') + 1);
     ASSERT_NE(std::filesystem::current_path().string() + "\\", folder);
-    ASSERT_TRUE(std::filesystem::exists("libstdc++-6.dll"));
+    ASSERT_TRUE(std::filesystem::exists(support::RUN_TIME));
     const std::string provider = folder + "ZerixDRAVEv2Provider.dll";
     ASSERT_NE(LoadLibraryExA(provider.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH), nullptr);
-    for (const char* const name : {"libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "ZerixCimCore.dll"})
-    {
+    for (const char* const name : {support::RUN_TIME, "ZerixCimCore.dll"}) {
         EXPECT_THAT(fileOf(name), StartsWith(folder)) << name;
     }
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "support/LogCapture.h"
+#include "support/RunTimeName.h"
 
 namespace {
 
@@ -60,7 +61,7 @@ TEST(CapturedModulesTest, aReleasedModulesLinesAreNotCollected)
 TEST(CapturedModulesTest, aModuleWithoutALogIsRefused)
 {
     const support::LogCapture log;
-    EXPECT_THROW(support::captureModule(GetModuleHandleA("libstdc++-6.dll")), std::runtime_error);
+    EXPECT_THROW(support::captureModule(GetModuleHandleA(support::RUN_TIME)), std::runtime_error);
 }
 
 }  // namespace

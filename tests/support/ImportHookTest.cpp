@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "support/RunTimeName.h"
 #include "support/Thrown.h"
 
 namespace {
@@ -54,7 +55,7 @@ TEST(ImportHookTest, theDllMayBeNamedWithoutCase)
 
 TEST(ImportHookTest, otherModulesAreLeftAlone)
 {
-    HMODULE library = GetModuleHandleA("libstdc++-6.dll");
+    HMODULE library = GetModuleHandleA(support::RUN_TIME);
     ASSERT_NE(library, nullptr);
     const DWORD real = processId();
     const support::ImportHook hook("GetLastError", &seven, library);

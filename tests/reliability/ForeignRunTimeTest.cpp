@@ -1,0 +1,80 @@
+#include "Os/Windows/Platform.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "wmihost/commands/CommandLine.h"
+
+// The provider's host process has DLLs of other products in it, and the platform's loader gives a module the DLL that
+// came first under a base name.
+namespace {
+
+using testing::StrCaseEq;
+
+// The compiler's own names for its run time. DLLs of other products bear them too.
+constexpr std::array<const char*, 3> FOREIGN_RUN_TIMES{"libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"};
+
+std::string fileOf(const char* module)
+{
+    std::array<char, MAX_PATH> path{};
+    const HMODULE handle = GetModuleHandleA(module);
+    return handle != nullptr && GetModuleFileNameA(handle, path.data(), static_cast<DWORD>(path.size())) != 0
+               ? path.data()
+               : "";
+}
+
+std::string foreignFile(const char* name)
+{
+    return std::string(ZERIX_FOREIGN) + "\\" + name;
+}
+
+// Has COM find the provider by a manifest: the machine's registry belongs to all tests that run at the moment.
+class ProviderManifest
+{
+public:
+    ProviderManifest()
+    {
+        ACTCTXA description{};
+        description.cbSize = sizeof description;
+        description.lpSource = ZERIX_MANIFEST;
+        m_context = CreateActCtxA(&description);
+        m_active = m_context != INVALID_HANDLE_VALUE && ActivateActCtx(m_context, &m_cookie) != FALSE;
+    }
+    ~ProviderManifest()
+    {
+        if (m_active) {
+            DeactivateActCtx(0, m_cookie);
+        }
+        ReleaseActCtx(m_context);
+    }
+    ProviderManifest(const ProviderManifest&) = delete;
+    ProviderManifest& operator=(const ProviderManifest&) = delete;
+
+    bool active() const noexcept { return m_active; }
+
+private:
+    HANDLE m_context;
+    ULONG_PTR m_cookie = 0;
+    bool m_active;
+};
+
+TEST(ForeignRunTimeTest, loadedFirst_everyRequestIsServed)
+{
+    for (const char* const name : FOREIGN_RUN_TIMES) {
+        ASSERT_EQ(fileOf(name), "") << "the stand-ins have to come first";
+        ASSERT_NE(LoadLibraryA(foreignFile(name).c_str()), nullptr) << foreignFile(name);
+    }
+    const ProviderManifest manifest;
+    ASSERT_TRUE(manifest.active());
+
+    EXPECT_EQ(wmihost::runCommandLine({"--mof", ZERIX_MOF, "self-test"}), 0);
+
+    for (const char* const name : FOREIGN_RUN_TIMES) {
+        EXPECT_THAT(fileOf(name), StrCaseEq(foreignFile(name)));
+    }
+}
+
+}  // namespace
