@@ -21,7 +21,11 @@ broker::Adapter adapter(unsigned number)
     result.receiveSpeed = 1'000'000'000;
     result.mtu = 1500;
     result.type = 6;
+    result.physicalMedium = 14;
+    result.isHardware = true;
+    result.hasConnector = true;
     result.operational = broker::OperationalState::UP;
+    result.media = broker::MediaState::CONNECTED;
     result.counters.bytesReceived = 1000ULL * number;
     result.counters.bytesTransmitted = 10ULL * number;
     return result;

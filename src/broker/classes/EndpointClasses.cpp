@@ -42,16 +42,16 @@ std::optional<std::string> ipv6Address(const EndpointRow& row)
 std::optional<std::string> subnetMask(const EndpointRow& row)
 {
     constexpr std::uint32_t ALL_BITS = 32;
-    if (row.address.family != AddressFamily::IPV4 || row.address.prefixLength > ALL_BITS) {
+    if (row.address.family != AddressFamily::IPV4 || !row.address.prefixLength) {
         return std::nullopt;
     }
     // As 64 bits: shifting a 32-bit number by 32, for the empty prefix, is undefined.
-    const std::uint64_t mask = (0xFFFFFFFFULL << (ALL_BITS - row.address.prefixLength)) & 0xFFFFFFFFULL;
+    const std::uint64_t mask = (0xFFFFFFFFULL << (ALL_BITS - *row.address.prefixLength)) & 0xFFFFFFFFULL;
     const auto byte = [mask](int shift) { return static_cast<int>((mask >> shift) & 0xFFU); };
     return utils::format("%d.%d.%d.%d", byte(24), byte(16), byte(8), byte(0));
 }
 
-std::uint8_t prefixLength(const EndpointRow& row)
+std::optional<std::uint8_t> prefixLength(const EndpointRow& row)
 {
     return row.address.prefixLength;
 }
@@ -63,27 +63,44 @@ std::uint16_t protocolType(const EndpointRow& row)
     return row.address.family == AddressFamily::IPV4 ? IPV4 : IPV6;
 }
 
+// The values of CIM_IPProtocolEndpoint.AddressOrigin.
+enum Origin : std::uint16_t
+{
+    UNKNOWN = 0,
+    OTHER = 1,
+    STATIC = 3,
+    DHCP = 4,
+    IPV4_LINK_LOCAL = 6,
+    DHCPV6 = 7,
+    IPV6_AUTOCONFIG = 8,
+    LINK_LOCAL = 10
+};
+
+// The platform's word for it counts only as far as nothing else that the platform says contradicts it.
 std::uint16_t addressOrigin(const EndpointRow& row)
 {
-    constexpr std::uint16_t OTHER = 1;
-    constexpr std::uint16_t STATIC = 3;
-    constexpr std::uint16_t DHCP = 4;
-    constexpr std::uint16_t IPV4_LINK_LOCAL = 6;
-    constexpr std::uint16_t DHCPV6 = 7;
-    constexpr std::uint16_t IPV6_AUTOCONFIG = 8;
-    constexpr std::uint16_t LINK_LOCAL = 10;
-    const bool isIpv4 = row.address.family == AddressFamily::IPV4;
-    switch (row.address.origin) {
-        case AddressOrigin::MANUAL:
-            return STATIC;
-        case AddressOrigin::WELL_KNOWN:
-            return isIpv4 ? IPV4_LINK_LOCAL : LINK_LOCAL;
+    const Address& address = row.address;
+    const bool isIpv4 = address.family == AddressFamily::IPV4;
+    if (address.origin == AddressOrigin::MANUAL) {
+        return STATIC;
+    }
+    if (address.isLinkLocal) {
+        // Nobody but the machine itself hands out addresses of these ranges.
+        return isIpv4 ? IPV4_LINK_LOCAL : LINK_LOCAL;
+    }
+    switch (address.origin) {
         case AddressOrigin::DHCP:
+            if (!address.isDhcpOn) {
+                return UNKNOWN;
+            }
             return isIpv4 ? DHCP : DHCPV6;
         case AddressOrigin::ROUTER_ADVERTISEMENT:
-            return IPV6_AUTOCONFIG;
-        default:
+            return isIpv4 ? UNKNOWN : IPV6_AUTOCONFIG;
+        case AddressOrigin::OTHER:
+        case AddressOrigin::WELL_KNOWN:
             return OTHER;
+        default:
+            return UNKNOWN;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "broker/classes/JobClasses.h"
 
+#include <algorithm>
 #include <array>
 
 #include "Utils/Time.h"
@@ -110,15 +111,37 @@ std::string resultJobId(const DiagnosticResultRow& row)
     return row.result->jobId;
 }
 
+bool hasSeenTraffic(const DiagnosticResult& result)
+{
+    const auto isSome = [](std::uint32_t bytes) { return bytes != 0; };
+    return std::any_of(result.bytesReceived.begin(), result.bytesReceived.end(), isSome) ||
+           std::any_of(result.bytesTransmitted.begin(), result.bytesTransmitted.end(), isSome);
+}
+
+// The values of CIM_DiagnosticCompletionRecord.CompletionState.
 std::uint16_t completionState(const DiagnosticResultRow& row)
 {
-    constexpr std::uint16_t PASSED = 2;
-    constexpr std::uint16_t FAILED = 4;
-    constexpr std::uint16_t ABORTED = 5;
-    if (row.result->jobState != JobState::COMPLETED) {
-        return ABORTED;
+    constexpr std::uint16_t OK = 2;
+    constexpr std::uint16_t WARNING = 3;
+    constexpr std::uint16_t INCOMPLETE = 4;
+    constexpr std::uint16_t FAILED = 5;
+    constexpr std::uint16_t ABORTED = 6;
+    constexpr std::uint16_t STOPPED = 7;
+    switch (row.result->jobState) {
+        case JobState::TERMINATED:
+            return STOPPED;
+        case JobState::KILLED:
+            return ABORTED;
+        case JobState::COMPLETED:
+            break;
+        default:
+            // The samples that were still to come could not be taken.
+            return INCOMPLETE;
     }
-    return row.result->isPassed ? PASSED : FAILED;
+    if (!row.result->isPassed) {
+        return FAILED;
+    }
+    return hasSeenTraffic(*row.result) ? OK : WARNING;
 }
 
 std::uint8_t passedPercent(const DiagnosticResultRow& row)

@@ -26,7 +26,15 @@ enum class AdministrativeState
     TESTING = 3
 };
 
-// Since the machine started. Octets include framing.
+// Whether the adapter's medium carries: a cable is plugged in, a radio is associated.
+enum class MediaState
+{
+    UNKNOWN = 0,
+    CONNECTED = 1,
+    DISCONNECTED = 2
+};
+
+// Since the machine started, or since the driver did. Bytes include framing.
 struct Counters
 {
     std::uint64_t bytesReceived = 0;
@@ -40,6 +48,15 @@ struct Counters
     std::uint64_t transmitErrors = 0;
     std::uint64_t receiveDiscards = 0;
     std::uint64_t transmitDiscards = 0;
+    // Packets that no protocol of this machine wanted.
+    std::uint64_t unknownProtocolsReceived = 0;
+    // All six are 0 where the driver counts bytes as a whole only.
+    std::uint64_t unicastBytesReceived = 0;
+    std::uint64_t unicastBytesTransmitted = 0;
+    std::uint64_t multicastBytesReceived = 0;
+    std::uint64_t multicastBytesTransmitted = 0;
+    std::uint64_t broadcastBytesReceived = 0;
+    std::uint64_t broadcastBytesTransmitted = 0;
 };
 
 // A network adapter as the platform describes it. Texts are in the ANSI code page.
@@ -52,7 +69,8 @@ struct Adapter
     std::uint32_t index = 0;
     std::string name;
     std::string description;
-    // Upper-case hexadecimal digits without separators; empty for an adapter that has none.
+    // Upper-case hexadecimal digits without separators, as many as the link technology has: six bytes on Ethernet,
+    // twenty on InfiniBand. Empty for an adapter that has none.
     std::string hardwareAddress;
     std::string permanentAddress;
     // Bits per second; empty when unknown.
@@ -61,8 +79,14 @@ struct Adapter
     std::uint32_t mtu = 0;
     // The IANA number of the interface type.
     std::uint32_t type = 0;
+    // The NDIS number of the physical medium; 0 when the driver does not say.
+    std::uint32_t physicalMedium = 0;
+    // Backed by a device, and with a connector or a radio for it.
+    bool isHardware = false;
+    bool hasConnector = false;
     OperationalState operational = OperationalState::UNKNOWN;
     AdministrativeState administrative = AdministrativeState::UP;
+    MediaState media = MediaState::UNKNOWN;
     Counters counters;
 };
 
@@ -72,9 +96,10 @@ enum class AddressFamily
     IPV6
 };
 
-// Where the network prefix of an address comes from.
+// Where the network prefix of an address comes from, as the platform says. It may be wrong: see isDhcpOn.
 enum class AddressOrigin
 {
+    UNKNOWN,
     OTHER,
     MANUAL,
     WELL_KNOWN,
@@ -82,19 +107,26 @@ enum class AddressOrigin
     ROUTER_ADVERTISEMENT
 };
 
-// A unicast address of an adapter.
+// A unicast address of an adapter that is in use: not one that is still being checked for duplicates, is a duplicate,
+// or belongs to an adapter that lost its link.
 struct Address
 {
     std::string adapterGuid;
     AddressFamily family = AddressFamily::IPV4;
     // Without prefix length and zone.
     std::string text;
-    std::uint8_t prefixLength = 0;
-    AddressOrigin origin = AddressOrigin::OTHER;
+    // Empty when the platform gives none that the family could have.
+    std::optional<std::uint8_t> prefixLength;
+    AddressOrigin origin = AddressOrigin::UNKNOWN;
+    // Whether the adapter asks a DHCP server for addresses of this family.
+    bool isDhcpOn = false;
+    // 169.254.0.0/16 or fe80::/10.
+    bool isLinkLocal = false;
 };
 
 enum class StateChange
 {
+    // The platform has accepted the change; whether it has taken effect is not known.
     DONE,
     // The platform does not offer the change.
     NOT_SUPPORTED,
@@ -103,7 +135,7 @@ enum class StateChange
 };
 
 // Platform boundary: the machine's network adapters, read live on every call; nothing is kept between calls.
-// CONTRACT: loopback and the platform's filter interfaces are left out; adapters come in the platform's order.
+// CONTRACT: only what isPort accepts (broker/model/AdapterRules.h); adapters come in the platform's order.
 // A platform call that fails gives an empty result and writes one error line. Any thread, several at once.
 class AdapterSource
 {

@@ -16,6 +16,7 @@
 #include "Os/Windows/AnsiText.h"
 #include "Utils/Log.h"
 #include "Utils/Utils.h"
+#include "broker/model/AdapterRules.h"
 
 namespace broker {
 
@@ -47,16 +48,52 @@ std::string hexDigits(const UCHAR* bytes, ULONG length)
     return result;
 }
 
-// A link that tells no speed tells 0 or all ones.
+// The platform reports an unknown speed as 0 or as all ones.
 std::optional<std::uint64_t> speed(ULONG64 bitsPerSecond)
 {
     return bitsPerSecond == 0 || bitsPerSecond == ~ULONG64{0} ? std::nullopt : std::make_optional(bitsPerSecond);
 }
 
-bool isAdapter(const MIB_IF_ROW2& row)
+// A driver that has no permanent address to tell leaves zeros.
+std::string permanentAddress(const MIB_IF_ROW2& row)
 {
-    // The filters that the platform stacks on an adapter have rows of their own.
-    return row.Type != IF_TYPE_SOFTWARE_LOOPBACK && !row.InterfaceAndOperStatusFlags.FilterInterface;
+    std::string digits = hexDigits(row.PermanentPhysicalAddress, row.PhysicalAddressLength);
+    return digits.find_first_not_of('0') == std::string::npos ? std::string() : digits;
+}
+
+InterfaceTraits traitsOf(const MIB_IF_ROW2& row)
+{
+    return {row.Type, row.InterfaceAndOperStatusFlags.FilterInterface != FALSE, utils::narrow(row.Description),
+            hexDigits(row.PhysicalAddress, row.PhysicalAddressLength)};
+}
+
+InterfaceTraits traitsOf(const IP_ADAPTER_ADDRESSES& adapter)
+{
+    const ULONG length = std::min<ULONG>(adapter.PhysicalAddressLength, MAX_ADAPTER_ADDRESS_LENGTH);
+    return {adapter.IfType, false, utils::narrow(adapter.Description), hexDigits(adapter.PhysicalAddress, length)};
+}
+
+Counters countersFrom(const MIB_IF_ROW2& row)
+{
+    Counters counters;
+    counters.bytesReceived = row.InOctets;
+    counters.bytesTransmitted = row.OutOctets;
+    counters.unicastPacketsReceived = row.InUcastPkts;
+    counters.unicastPacketsTransmitted = row.OutUcastPkts;
+    counters.nonUnicastPacketsReceived = row.InNUcastPkts;
+    counters.nonUnicastPacketsTransmitted = row.OutNUcastPkts;
+    counters.receiveErrors = row.InErrors;
+    counters.transmitErrors = row.OutErrors;
+    counters.receiveDiscards = row.InDiscards;
+    counters.transmitDiscards = row.OutDiscards;
+    counters.unknownProtocolsReceived = row.InUnknownProtos;
+    counters.unicastBytesReceived = row.InUcastOctets;
+    counters.unicastBytesTransmitted = row.OutUcastOctets;
+    counters.multicastBytesReceived = row.InMulticastOctets;
+    counters.multicastBytesTransmitted = row.OutMulticastOctets;
+    counters.broadcastBytesReceived = row.InBroadcastOctets;
+    counters.broadcastBytesTransmitted = row.OutBroadcastOctets;
+    return counters;
 }
 
 Adapter adapterFrom(const MIB_IF_ROW2& row)
@@ -68,29 +105,26 @@ Adapter adapterFrom(const MIB_IF_ROW2& row)
     adapter.name = utils::narrow(row.Alias);
     adapter.description = utils::narrow(row.Description);
     adapter.hardwareAddress = hexDigits(row.PhysicalAddress, row.PhysicalAddressLength);
-    adapter.permanentAddress = hexDigits(row.PermanentPhysicalAddress, row.PhysicalAddressLength);
+    adapter.permanentAddress = permanentAddress(row);
     adapter.transmitSpeed = speed(row.TransmitLinkSpeed);
     adapter.receiveSpeed = speed(row.ReceiveLinkSpeed);
     adapter.mtu = row.Mtu;
     adapter.type = row.Type;
+    adapter.physicalMedium = row.PhysicalMediumType;
+    adapter.isHardware = row.InterfaceAndOperStatusFlags.HardwareInterface != FALSE;
+    adapter.hasConnector = row.InterfaceAndOperStatusFlags.ConnectorPresent != FALSE;
     adapter.operational = static_cast<OperationalState>(row.OperStatus);
     adapter.administrative = static_cast<AdministrativeState>(row.AdminStatus);
-    adapter.counters.bytesReceived = row.InOctets;
-    adapter.counters.bytesTransmitted = row.OutOctets;
-    adapter.counters.unicastPacketsReceived = row.InUcastPkts;
-    adapter.counters.unicastPacketsTransmitted = row.OutUcastPkts;
-    adapter.counters.nonUnicastPacketsReceived = row.InNUcastPkts;
-    adapter.counters.nonUnicastPacketsTransmitted = row.OutNUcastPkts;
-    adapter.counters.receiveErrors = row.InErrors;
-    adapter.counters.transmitErrors = row.OutErrors;
-    adapter.counters.receiveDiscards = row.InDiscards;
-    adapter.counters.transmitDiscards = row.OutDiscards;
+    adapter.media = static_cast<MediaState>(row.MediaConnectState);
+    adapter.counters = countersFrom(row);
     return adapter;
 }
 
 AddressOrigin originFrom(NL_PREFIX_ORIGIN origin)
 {
     switch (origin) {
+        case IpPrefixOriginOther:
+            return AddressOrigin::OTHER;
         case IpPrefixOriginManual:
             return AddressOrigin::MANUAL;
         case IpPrefixOriginWellKnown:
@@ -100,8 +134,20 @@ AddressOrigin originFrom(NL_PREFIX_ORIGIN origin)
         case IpPrefixOriginRouterAdvertisement:
             return AddressOrigin::ROUTER_ADVERTISEMENT;
         default:
-            return AddressOrigin::OTHER;
+            return AddressOrigin::UNKNOWN;
     }
+}
+
+// An adapter that loses its link keeps its addresses in the list, as tentative ones; a duplicate stays there too.
+bool isInUse(const IP_ADAPTER_UNICAST_ADDRESS& unicast)
+{
+    return unicast.DadState == IpDadStatePreferred || unicast.DadState == IpDadStateDeprecated;
+}
+
+// The platform gives 255 for a prefix that it does not know.
+std::optional<std::uint8_t> prefixLength(UINT8 length, std::uint8_t most)
+{
+    return length > most ? std::nullopt : std::make_optional<std::uint8_t>(length);
 }
 
 // Empty for a family that is neither of the two.
@@ -111,17 +157,24 @@ std::optional<Address> addressFrom(const IP_ADAPTER_ADDRESSES& adapter, const IP
     std::array<char, INET6_ADDRSTRLEN> text{};
     const SOCKADDR* socketAddress = unicast.Address.lpSockaddr;
     if (socketAddress->sa_family == AF_INET) {
+        const in_addr& ipv4 = reinterpret_cast<const sockaddr_in*>(socketAddress)->sin_addr;
         address.family = AddressFamily::IPV4;
-        RtlIpv4AddressToStringA(&reinterpret_cast<const sockaddr_in*>(socketAddress)->sin_addr, text.data());
+        address.prefixLength = prefixLength(unicast.OnLinkPrefixLength, 32);
+        address.isDhcpOn = adapter.Dhcpv4Enabled != 0;
+        address.isLinkLocal = ipv4.S_un.S_un_b.s_b1 == 169 && ipv4.S_un.S_un_b.s_b2 == 254;
+        RtlIpv4AddressToStringA(&ipv4, text.data());
     } else if (socketAddress->sa_family == AF_INET6) {
+        const in6_addr& ipv6 = reinterpret_cast<const sockaddr_in6*>(socketAddress)->sin6_addr;
         address.family = AddressFamily::IPV6;
-        RtlIpv6AddressToStringA(&reinterpret_cast<const sockaddr_in6*>(socketAddress)->sin6_addr, text.data());
+        address.prefixLength = prefixLength(unicast.OnLinkPrefixLength, 128);
+        address.isDhcpOn = adapter.Ipv6ManagedAddressConfigurationSupported != 0;
+        address.isLinkLocal = IN6_IS_ADDR_LINKLOCAL(&ipv6) != 0;
+        RtlIpv6AddressToStringA(&ipv6, text.data());
     } else {
         return std::nullopt;
     }
     address.adapterGuid = adapter.AdapterName;
     address.text = text.data();
-    address.prefixLength = unicast.OnLinkPrefixLength;
     address.origin = originFrom(unicast.PrefixOrigin);
     return address;
 }
@@ -158,7 +211,7 @@ std::vector<Adapter> PlatformAdapters::readAdapters()
     std::vector<Adapter> adapters;
     adapters.reserve(table->NumEntries);
     std::for_each(table->Table, table->Table + table->NumEntries, [&adapters](const MIB_IF_ROW2& row) {
-        if (isAdapter(row)) {
+        if (isPort(traitsOf(row))) {
             adapters.push_back(adapterFrom(row));
         }
     });
@@ -182,13 +235,14 @@ std::vector<Address> PlatformAdapters::readAddresses()
     for (const auto* adapter = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(buffer.data()); adapter != nullptr;
          adapter = adapter->Next)
     {
-        if (adapter->IfType == IF_TYPE_SOFTWARE_LOOPBACK) {
+        if (!isPort(traitsOf(*adapter))) {
             continue;
         }
         for (const IP_ADAPTER_UNICAST_ADDRESS* unicast = adapter->FirstUnicastAddress; unicast != nullptr;
              unicast = unicast->Next)
         {
-            if (std::optional<Address> address = addressFrom(*adapter, *unicast)) {
+            std::optional<Address> address = addressFrom(*adapter, *unicast);
+            if (address && isInUse(*unicast)) {
                 addresses.push_back(std::move(*address));
             }
         }

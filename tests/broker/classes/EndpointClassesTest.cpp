@@ -23,7 +23,7 @@ protected:
         return *m_endpoints.records()[0].instance;
     }
 
-    std::string mask(std::uint8_t prefixLength)
+    std::string mask(std::optional<std::uint8_t> prefixLength)
     {
         broker::Address address = fakes::address(4, "192.0.2.2");
         address.prefixLength = prefixLength;
@@ -34,9 +34,13 @@ protected:
     {
         broker::Address address = fakes::address(4, "any", family);
         address.origin = origin;
+        address.isDhcpOn = m_isDhcpOn;
+        address.isLinkLocal = m_isLinkLocal;
         return support::value(endpoint(address), "AddressOrigin");
     }
 
+    bool m_isDhcpOn = false;
+    bool m_isLinkLocal = false;
     broker::DescribedStore<broker::EndpointRow> m_endpoints{broker::ipProtocolEndpointClass};
 };
 
@@ -67,20 +71,53 @@ TEST_F(EndpointClasses, MaskFollowsThePrefixLength)
     EXPECT_EQ(mask(9), "255.128.0.0");
     EXPECT_EQ(mask(31), "255.255.255.254");
     EXPECT_EQ(mask(32), "255.255.255.255");
-    // What the platform gives for a prefix that is not known.
-    EXPECT_EQ(mask(255), "null");
+}
+
+TEST_F(EndpointClasses, UnknownPrefix_isNull)
+{
+    broker::Address address = fakes::address(4, "192.0.2.2");
+    address.prefixLength.reset();
+    EXPECT_EQ(support::value(endpoint(address), "PrefixLength"), "null");
+    EXPECT_EQ(support::value(endpoint(address), "SubnetMask"), "null");
 }
 
 TEST_F(EndpointClasses, OriginFollowsThePlatformsOrigin)
 {
+    m_isDhcpOn = true;
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::UNKNOWN), "0");
     EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::OTHER), "1");
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::WELL_KNOWN), "1");
     EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::MANUAL), "3");
-    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::WELL_KNOWN), "6");
     EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::DHCP), "4");
     EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::MANUAL), "3");
-    EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::WELL_KNOWN), "10");
+    EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::WELL_KNOWN), "1");
     EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::DHCP), "7");
     EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::ROUTER_ADVERTISEMENT), "8");
+}
+
+TEST_F(EndpointClasses, Origin_dhcpThatIsOff_isUnknown)
+{
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::DHCP), "0");
+    EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::DHCP), "0");
+}
+
+TEST_F(EndpointClasses, Origin_routerOfIpv4_isUnknown)
+{
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::ROUTER_ADVERTISEMENT), "0");
+}
+
+TEST_F(EndpointClasses, Origin_linkLocalRange_isLinkLocal)
+{
+    m_isDhcpOn = true;
+    m_isLinkLocal = true;
+    for (const AddressOrigin said : {AddressOrigin::UNKNOWN, AddressOrigin::OTHER, AddressOrigin::WELL_KNOWN,
+                                     AddressOrigin::DHCP, AddressOrigin::ROUTER_ADVERTISEMENT})
+    {
+        EXPECT_EQ(origin(AddressFamily::IPV4, said), "6");
+        EXPECT_EQ(origin(AddressFamily::IPV6, said), "10");
+    }
+    // An administrator may set one.
+    EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::MANUAL), "3");
 }
 
 TEST_F(EndpointClasses, SameAddressOnTwoAdaptersIsTwoEndpoints)

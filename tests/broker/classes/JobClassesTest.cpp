@@ -103,11 +103,25 @@ TEST_F(JobClasses, CompletionStateIsTheVerdict)
         broker::DiagnosticResult shown;
         shown.jobState = state;
         shown.isPassed = isPassed;
+        shown.bytesTransmitted = {0, 1};
         return result(shown)[3];
     };
     EXPECT_EQ(verdict(JobState::COMPLETED, true), "CompletionState=2");
-    EXPECT_EQ(verdict(JobState::COMPLETED, false), "CompletionState=4");
-    EXPECT_EQ(verdict(JobState::EXCEPTION, false), "CompletionState=5");
+    EXPECT_EQ(verdict(JobState::COMPLETED, false), "CompletionState=5");
+    EXPECT_EQ(verdict(JobState::EXCEPTION, false), "CompletionState=4");
+    EXPECT_EQ(verdict(JobState::KILLED, false), "CompletionState=6");
+    EXPECT_EQ(verdict(JobState::TERMINATED, false), "CompletionState=7");
+}
+
+TEST_F(JobClasses, Result_ofAnIdleLink_isAWarning)
+{
+    broker::DiagnosticResult shown;
+    shown.isPassed = true;
+    shown.bytesReceived = {0, 0};
+    shown.bytesTransmitted = {0, 0};
+    EXPECT_EQ(result(shown)[3], "CompletionState=3");
+    shown.isPassed = false;
+    EXPECT_EQ(result(shown)[3], "CompletionState=5");
 }
 
 }  // namespace

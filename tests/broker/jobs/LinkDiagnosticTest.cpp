@@ -66,9 +66,18 @@ TEST_F(LinkDiagnostic, SampleFailsWhileTheLinkIsDown)
     m_adapter.operational = broker::OperationalState::DOWN;
     tested.takeSample(m_adapter, START);
     m_adapter.operational = broker::OperationalState::UP;
-    tested.takeSample(m_adapter, START);
+    tested.takeSample(later(1, 1), START);
     EXPECT_THAT(tested.problems(), ElementsAre("Sample 1: the link is down"));
     EXPECT_EQ(tested.passedPercent(), 50);
+    EXPECT_FALSE(tested.isPassed());
+}
+
+TEST_F(LinkDiagnostic, SampleFailsWithoutCarrier)
+{
+    broker::LinkDiagnostic tested = diagnostic(1);
+    m_adapter.media = broker::MediaState::DISCONNECTED;
+    tested.takeSample(later(1, 1), START);
+    EXPECT_THAT(tested.problems(), ElementsAre("Sample 1: the link is down"));
     EXPECT_FALSE(tested.isPassed());
 }
 
@@ -77,7 +86,8 @@ TEST_F(LinkDiagnostic, SampleFailsWhenPacketsWereLost)
     broker::LinkDiagnostic tested = diagnostic(5);
     const auto sampleAfter = [&](std::uint64_t broker::Counters::*counter, std::uint64_t more) {
         m_adapter.counters.*counter += more;
-        tested.takeSample(m_adapter, START);
+        m_adapter.counters.unicastPacketsReceived += 100;
+        tested.takeSample(later(1, 0), START);
     };
     sampleAfter(&broker::Counters::receiveErrors, 1);
     sampleAfter(&broker::Counters::transmitErrors, 2);
@@ -85,9 +95,62 @@ TEST_F(LinkDiagnostic, SampleFailsWhenPacketsWereLost)
     sampleAfter(&broker::Counters::transmitDiscards, 4);
     sampleAfter(&broker::Counters::receiveErrors, 0);
     EXPECT_THAT(tested.problems(),
-                ElementsAre("Sample 1: 1 packets in error or discarded", "Sample 2: 2 packets in error or discarded",
-                            "Sample 3: 3 packets in error or discarded", "Sample 4: 4 packets in error or discarded"));
+                ElementsAre("Sample 1: 1 packets in error", "Sample 2: 2 packets in error",
+                            "Sample 3: 3 of 100 packets discarded", "Sample 4: 4 of 100 packets discarded"));
     EXPECT_EQ(tested.passedPercent(), 20);
+}
+
+TEST_F(LinkDiagnostic, FewDiscards_failNoSample)
+{
+    broker::LinkDiagnostic tested = diagnostic(2);
+    m_adapter.counters.receiveDiscards += 1;
+    tested.takeSample(later(1, 0), START);
+    m_adapter.counters.transmitDiscards += 3;
+    m_adapter.counters.nonUnicastPacketsTransmitted += 300;
+    tested.takeSample(later(0, 1), START);
+    EXPECT_THAT(tested.problems(), IsEmpty());
+    EXPECT_EQ(tested.passedPercent(), 100);
+}
+
+TEST_F(LinkDiagnostic, RestartOfTheDriver_isNoLoss)
+{
+    m_adapter.counters.receiveErrors = 10;
+    m_adapter.counters.transmitErrors = 10;
+    m_adapter.counters.receiveDiscards = 10;
+    m_adapter.counters.transmitDiscards = 10;
+    broker::LinkDiagnostic tested = diagnostic(1);
+    m_adapter.counters = {};
+    m_adapter.counters.bytesReceived = 1;
+    m_adapter.counters.receiveErrors = 9;
+    m_adapter.counters.transmitErrors = 9;
+    m_adapter.counters.receiveDiscards = 9;
+    m_adapter.counters.transmitDiscards = 9;
+    tested.takeSample(m_adapter, START);
+    EXPECT_THAT(tested.problems(), IsEmpty());
+    EXPECT_TRUE(tested.isPassed());
+}
+
+TEST_F(LinkDiagnostic, IdleLink_saysThatNothingWasSeen)
+{
+    broker::LinkDiagnostic tested = diagnostic(2);
+    tested.takeSample(m_adapter, START);
+    EXPECT_THAT(tested.problems(), IsEmpty());
+    tested.takeSample(m_adapter, START);
+    EXPECT_THAT(tested.problems(),
+                ElementsAre("Nothing was seen: no byte was received or transmitted during the samples"));
+    EXPECT_EQ(tested.passedPercent(), 0);
+    // Nothing failed either.
+    EXPECT_TRUE(tested.isPassed());
+}
+
+TEST_F(LinkDiagnostic, OneSampleWithTraffic_isEnoughToPass)
+{
+    broker::LinkDiagnostic tested = diagnostic(3);
+    tested.takeSample(m_adapter, START);
+    tested.takeSample(later(0, 1), START);
+    tested.takeSample(m_adapter, START);
+    EXPECT_THAT(tested.problems(), IsEmpty());
+    EXPECT_EQ(tested.passedPercent(), 100);
 }
 
 TEST_F(LinkDiagnostic, ThresholdDecides)
@@ -125,7 +188,7 @@ TEST_F(LinkDiagnostic, PercentagesAreOfTheSamplesToTake)
     broker::LinkDiagnostic tested = diagnostic(3);
     EXPECT_EQ(tested.percentComplete(), 0);
     EXPECT_EQ(tested.passedPercent(), 0);
-    tested.takeSample(m_adapter, START);
+    tested.takeSample(later(1, 1), START);
     EXPECT_EQ(tested.percentComplete(), 33);
     EXPECT_EQ(tested.passedPercent(), 33);
     tested.takeSample(m_adapter, START);

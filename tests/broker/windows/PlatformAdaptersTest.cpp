@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <stdexcept>
@@ -105,30 +106,67 @@ ULONG WINAPI alwaysTooSmall(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*
     return ERROR_BUFFER_OVERFLOW;
 }
 
-// One adapter with an address of each origin that the platform knows, and one of a family that is not the internet's.
-std::array<sockaddr_in, 6> fakeSockets{};
-std::array<IP_ADAPTER_UNICAST_ADDRESS, 6> fakeAddresses{};
-constexpr std::array FAKE_ORIGINS{IpPrefixOriginManual, IpPrefixOriginWellKnown,           IpPrefixOriginDhcp,
-                                  IpPrefixOriginOther,  IpPrefixOriginRouterAdvertisement, IpPrefixOriginManual};
+// The platform's answer as the test sets it: one adapter with these addresses.
+std::vector<sockaddr_in6> fakeSockets;
+std::vector<IP_ADAPTER_UNICAST_ADDRESS> fakeAddresses;
+IP_ADAPTER_ADDRESSES fakeAdapter{};
 std::array<char, 4> fakeGuid{"{G}"};
 
-ULONG WINAPI addressesOfEachOrigin(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
-                                   PULONG /*size*/)
+ULONG WINAPI fakeAddressList(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
+                             PULONG /*size*/)
 {
     for (std::size_t i = 0; i < fakeAddresses.size(); ++i) {
-        const bool isLast = i + 1 == fakeAddresses.size();
-        fakeSockets[i].sin_family = isLast ? AF_IPX : AF_INET;
-        fakeSockets[i].sin_addr.S_un.S_un_b = {10, 0, 0, static_cast<unsigned char>(i)};
         fakeAddresses[i].Address.lpSockaddr = reinterpret_cast<SOCKADDR*>(&fakeSockets[i]);
-        fakeAddresses[i].OnLinkPrefixLength = static_cast<UINT8>(24 + i);
-        fakeAddresses[i].PrefixOrigin = FAKE_ORIGINS[i];
-        fakeAddresses[i].Next = isLast ? nullptr : &fakeAddresses[i + 1];
+        fakeAddresses[i].Next = i + 1 == fakeAddresses.size() ? nullptr : &fakeAddresses[i + 1];
     }
-    *buffer = {};
+    *buffer = fakeAdapter;
     buffer->AdapterName = fakeGuid.data();
-    buffer->FirstUnicastAddress = fakeAddresses.data();
+    buffer->FirstUnicastAddress = fakeAddresses.empty() ? nullptr : fakeAddresses.data();
     return NO_ERROR;
 }
+
+class FakeAddresses : public testing::Test
+{
+protected:
+    FakeAddresses()
+    {
+        fakeSockets.clear();
+        fakeAddresses.clear();
+        fakeAdapter = {};
+        fakeAdapter.IfType = IF_TYPE_ETHERNET_CSMACD;
+    }
+
+    // An address in use, as text. The caller changes what it wants otherwise.
+    static IP_ADAPTER_UNICAST_ADDRESS& add(const char* text)
+    {
+        sockaddr_in6 socket{};
+        auto& ipv4 = reinterpret_cast<sockaddr_in&>(socket);
+        if (inet_pton(AF_INET, text, &ipv4.sin_addr) == 1) {
+            ipv4.sin_family = AF_INET;
+        } else {
+            socket.sin6_family = inet_pton(AF_INET6, text, &socket.sin6_addr) == 1 ? AF_INET6 : AF_IPX;
+        }
+        IP_ADAPTER_UNICAST_ADDRESS address{};
+        address.OnLinkPrefixLength = 24;
+        address.DadState = IpDadStatePreferred;
+        address.PrefixOrigin = IpPrefixOriginManual;
+        fakeSockets.push_back(socket);
+        fakeAddresses.push_back(address);
+        return fakeAddresses.back();
+    }
+
+    static std::vector<std::string> texts(const std::vector<broker::Address>& addresses)
+    {
+        std::vector<std::string> result;
+        for (const broker::Address& address : addresses) {
+            result.push_back(address.text);
+        }
+        return result;
+    }
+
+    support::ImportHook m_hook{"GetAdaptersAddresses", &fakeAddressList};
+    broker::PlatformAdapters m_source;
+};
 
 DWORD setIfEntryResult = NO_ERROR;
 MIB_IFROW lastRow{};
@@ -185,7 +223,7 @@ TEST(PlatformAdapters, AddressesAreThoseOfThePlatform)
     broker::PlatformAdapters source;
     std::vector<std::string> read;
     for (const broker::Address& address : source.readAddresses()) {
-        read.push_back(address.adapterGuid + " " + address.text + "/" + std::to_string(address.prefixLength));
+        read.push_back(address.adapterGuid + " " + address.text + "/" + std::to_string(address.prefixLength.value()));
         EXPECT_EQ(address.family == broker::AddressFamily::IPV6, address.text.find(':') != std::string::npos);
     }
     std::vector<std::string> expected;
@@ -250,21 +288,97 @@ TEST(PlatformAdapters, NoAddressesAtAllAreNoError)
     EXPECT_THAT(log.events(), IsEmpty());
 }
 
-TEST(PlatformAdapters, AddressesTellTheirOriginAndThoseOfOtherFamiliesAreLeftOut)
+TEST_F(FakeAddresses, OriginsAreThoseOfThePlatform)
 {
     using broker::AddressOrigin;
-    const support::ImportHook hook("GetAdaptersAddresses", &addressesOfEachOrigin);
-    broker::PlatformAdapters source;
-    const auto addresses = source.readAddresses();
-    constexpr std::array ORIGINS{AddressOrigin::MANUAL, AddressOrigin::WELL_KNOWN, AddressOrigin::DHCP,
-                                 AddressOrigin::OTHER, AddressOrigin::ROUTER_ADVERTISEMENT};
+    constexpr std::array ORIGINS{std::pair{IpPrefixOriginManual, AddressOrigin::MANUAL},
+                                 std::pair{IpPrefixOriginWellKnown, AddressOrigin::WELL_KNOWN},
+                                 std::pair{IpPrefixOriginDhcp, AddressOrigin::DHCP},
+                                 std::pair{IpPrefixOriginOther, AddressOrigin::OTHER},
+                                 std::pair{IpPrefixOriginRouterAdvertisement, AddressOrigin::ROUTER_ADVERTISEMENT},
+                                 std::pair{IpPrefixOriginUnchanged, AddressOrigin::UNKNOWN}};
+    for (const auto& origin : ORIGINS) {
+        add("10.0.0.1").PrefixOrigin = origin.first;
+    }
+    const auto addresses = m_source.readAddresses();
     ASSERT_EQ(addresses.size(), ORIGINS.size());
     for (std::size_t i = 0; i < ORIGINS.size(); ++i) {
         EXPECT_EQ(addresses[i].adapterGuid, "{G}");
-        EXPECT_EQ(addresses[i].text, "10.0.0." + std::to_string(i));
-        EXPECT_EQ(addresses[i].prefixLength, 24 + i);
-        EXPECT_EQ(addresses[i].origin, ORIGINS[i]);
+        EXPECT_EQ(addresses[i].origin, ORIGINS[i].second);
     }
+}
+
+TEST_F(FakeAddresses, OtherFamilies_areLeftOut)
+{
+    add("not of the internet");
+    add("10.0.0.2");
+    EXPECT_THAT(texts(m_source.readAddresses()), ElementsAre("10.0.0.2"));
+}
+
+TEST_F(FakeAddresses, AddressesNotInUse_areLeftOut)
+{
+    add("10.0.0.1").DadState = IpDadStateInvalid;
+    add("10.0.0.2").DadState = IpDadStateTentative;
+    add("10.0.0.3").DadState = IpDadStateDuplicate;
+    add("10.0.0.4").DadState = IpDadStateDeprecated;
+    add("10.0.0.5").DadState = IpDadStatePreferred;
+    EXPECT_THAT(texts(m_source.readAddresses()), ElementsAre("10.0.0.4", "10.0.0.5"));
+}
+
+TEST_F(FakeAddresses, IllegalPrefix_isUnknown)
+{
+    add("10.0.0.1").OnLinkPrefixLength = 255;
+    add("10.0.0.2").OnLinkPrefixLength = 33;
+    add("10.0.0.3").OnLinkPrefixLength = 32;
+    add("fd00::1").OnLinkPrefixLength = 255;
+    add("fd00::2").OnLinkPrefixLength = 128;
+    std::vector<std::optional<std::uint8_t>> prefixes;
+    for (const broker::Address& address : m_source.readAddresses()) {
+        prefixes.push_back(address.prefixLength);
+    }
+    EXPECT_THAT(prefixes, ElementsAre(std::nullopt, std::nullopt, 32, std::nullopt, 128));
+}
+
+TEST_F(FakeAddresses, LinkLocalRanges_areRecognised)
+{
+    add("169.254.0.1");
+    add("169.253.0.1");
+    add("fe80::1");
+    add("febf::1");
+    add("fec0::1");
+    std::vector<bool> local;
+    for (const broker::Address& address : m_source.readAddresses()) {
+        local.push_back(address.isLinkLocal);
+    }
+    EXPECT_THAT(local, ElementsAre(true, false, true, true, false));
+}
+
+TEST_F(FakeAddresses, Dhcp_isThatOfTheFamily)
+{
+    add("10.0.0.1");
+    add("fd00::1");
+    fakeAdapter.Flags = 0;
+    fakeAdapter.Dhcpv4Enabled = 1;
+    auto addresses = m_source.readAddresses();
+    EXPECT_TRUE(addresses[0].isDhcpOn);
+    EXPECT_FALSE(addresses[1].isDhcpOn);
+    fakeAdapter.Flags = 0;
+    fakeAdapter.Ipv6ManagedAddressConfigurationSupported = 1;
+    addresses = m_source.readAddresses();
+    EXPECT_FALSE(addresses[0].isDhcpOn);
+    EXPECT_TRUE(addresses[1].isDhcpOn);
+}
+
+TEST_F(FakeAddresses, OfWhatIsNoPort_areLeftOut)
+{
+    add("fe80::5efe:10.0.0.1");
+    fakeAdapter.IfType = IF_TYPE_TUNNEL;
+    EXPECT_THAT(m_source.readAddresses(), IsEmpty());
+    fakeAdapter.IfType = IF_TYPE_ETHERNET_CSMACD;
+    constexpr std::array<BYTE, 6> REMOTE_ACCESS{0x9C, 0x8A, 0x20, 0x52, 0x41, 0x53};
+    std::copy(REMOTE_ACCESS.begin(), REMOTE_ACCESS.end(), fakeAdapter.PhysicalAddress);
+    fakeAdapter.PhysicalAddressLength = 6;
+    EXPECT_THAT(m_source.readAddresses(), IsEmpty());
 }
 
 TEST(PlatformAdapters, ListThatKeepsGrowingIsGivenUp)
@@ -291,6 +405,16 @@ TEST(PlatformAdapters, LoopbackAndFiltersAreLeftOutAndUnknownSpeedsEmpty)
     fakeRows[2].PhysicalAddressLength = 6;
     fakeRows[2].PhysicalAddress[0] = 0xAB;
     fakeRows[2].PermanentPhysicalAddress[5] = 0x0C;
+    fakeRows[2].PhysicalMediumType = NdisPhysicalMedium802_3;
+    fakeRows[2].InterfaceAndOperStatusFlags.HardwareInterface = TRUE;
+    fakeRows[2].MediaConnectState = MediaConnectStateDisconnected;
+    fakeRows[2].InUnknownProtos = 11;
+    fakeRows[2].InUcastOctets = 12;
+    fakeRows[2].OutUcastOctets = 13;
+    fakeRows[2].InMulticastOctets = 14;
+    fakeRows[2].OutMulticastOctets = 15;
+    fakeRows[2].InBroadcastOctets = 16;
+    fakeRows[2].OutBroadcastOctets = 17;
     fakeRows[2].AdminStatus = NET_IF_ADMIN_STATUS_DOWN;
     fakeRows[2].OperStatus = IfOperStatusDormant;
     fakeRows[2].InOctets = 1;
@@ -314,6 +438,10 @@ TEST(PlatformAdapters, LoopbackAndFiltersAreLeftOutAndUnknownSpeedsEmpty)
     EXPECT_EQ(adapter.receiveSpeed, 100U);
     EXPECT_EQ(adapter.administrative, broker::AdministrativeState::DOWN);
     EXPECT_EQ(adapter.operational, broker::OperationalState::DORMANT);
+    EXPECT_EQ(adapter.media, broker::MediaState::DISCONNECTED);
+    EXPECT_EQ(adapter.physicalMedium, 14U);
+    EXPECT_TRUE(adapter.isHardware);
+    EXPECT_FALSE(adapter.hasConnector);
     const broker::Counters& counters = adapter.counters;
     EXPECT_EQ(counters.bytesReceived, 1U);
     EXPECT_EQ(counters.bytesTransmitted, 2U);
@@ -325,7 +453,27 @@ TEST(PlatformAdapters, LoopbackAndFiltersAreLeftOutAndUnknownSpeedsEmpty)
     EXPECT_EQ(counters.transmitErrors, 8U);
     EXPECT_EQ(counters.receiveDiscards, 9U);
     EXPECT_EQ(counters.transmitDiscards, 10U);
+    EXPECT_EQ(counters.unknownProtocolsReceived, 11U);
+    EXPECT_EQ(counters.unicastBytesReceived, 12U);
+    EXPECT_EQ(counters.unicastBytesTransmitted, 13U);
+    EXPECT_EQ(counters.multicastBytesReceived, 14U);
+    EXPECT_EQ(counters.multicastBytesTransmitted, 15U);
+    EXPECT_EQ(counters.broadcastBytesReceived, 16U);
+    EXPECT_EQ(counters.broadcastBytesTransmitted, 17U);
     EXPECT_EQ(tablesFreed, 1);
+}
+
+TEST(PlatformAdapters, PermanentAddress_ofZeros_isUnknown)
+{
+    const support::ImportHook tableHook("GetIfTable2", &fakeIfTable);
+    const support::ImportHook freeHook("FreeMibTable", &countingFree);
+    fakeRows = {};
+    fakeRows[0].Type = IF_TYPE_ETHERNET_CSMACD;
+    fakeRows[0].PhysicalAddressLength = 6;
+    fakeRows[0].PhysicalAddress[0] = 2;
+    const auto adapters = broker::PlatformAdapters().readAdapters();
+    EXPECT_EQ(adapters.at(0).hardwareAddress, "020000000000");
+    EXPECT_EQ(adapters.at(0).permanentAddress, "");
 }
 
 TEST(PlatformAdapters, StateChangeAsksForTheAdaptersIndexAndState)
