@@ -42,6 +42,22 @@ broker::Address address(unsigned adapterNumber, const std::string& text, broker:
     return result;
 }
 
+broker::IpConfiguration ipConfiguration(unsigned adapterNumber)
+{
+    broker::IpConfiguration result;
+    result.adapterGuid = adapter(adapterNumber).guid;
+    result.gateways = {"192.0.2.1", "fe80::1"};
+    result.dnsServers = {"192.0.2.53", "2001:db8::53"};
+    result.dnsSuffix = "example.org";
+    result.isDhcpOn = true;
+    result.dhcpServer = "192.0.2.67";
+    result.leaseObtained = 1'700'000'000'000'000;
+    result.leaseExpires = 1'700'086'400'000'000;
+    result.ipv4 = {25, 1500};
+    result.ipv6 = {35, 1280};
+    return result;
+}
+
 std::optional<broker::Adapter> Adapters::readAdapter(std::uint64_t luid)
 {
     const std::lock_guard guard(m_mutex);

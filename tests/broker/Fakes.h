@@ -24,6 +24,9 @@ broker::Adapter adapter(unsigned number);
 broker::Address address(unsigned adapterNumber, const std::string& text,
                         broker::AddressFamily family = broker::AddressFamily::IPV4);
 
+// A configuration of the adapter with all that there is.
+broker::IpConfiguration ipConfiguration(unsigned adapterNumber);
+
 // Adapters as the test sets them. Any thread.
 class Adapters : public broker::AdapterSource
 {
@@ -40,6 +43,13 @@ public:
         ++addressReads;
         const std::lock_guard guard(m_mutex);
         return m_addresses;
+    }
+
+    std::vector<broker::IpConfiguration> readIpConfigurations() override
+    {
+        ++ipConfigurationReads;
+        const std::lock_guard guard(m_mutex);
+        return m_ipConfigurations;
     }
 
     std::optional<broker::Adapter> readAdapter(std::uint64_t luid) override;
@@ -59,17 +69,25 @@ public:
         m_addresses = std::move(addresses);
     }
 
+    void set(std::vector<broker::IpConfiguration> configurations)
+    {
+        const std::lock_guard guard(m_mutex);
+        m_ipConfigurations = std::move(configurations);
+    }
+
     // What setAdministrativeState answers, and what it was asked for.
     std::atomic<broker::StateChange> stateChange{broker::StateChange::DONE};
     std::vector<std::pair<std::string, broker::AdministrativeState>> stateChanges;
 
     std::atomic<int> adapterReads{0};
     std::atomic<int> addressReads{0};
+    std::atomic<int> ipConfigurationReads{0};
 
 private:
     std::mutex m_mutex;
     std::vector<broker::Adapter> m_adapters;
     std::vector<broker::Address> m_addresses;
+    std::vector<broker::IpConfiguration> m_ipConfigurations;
 };
 
 class Machine : public broker::Machine

@@ -124,6 +124,32 @@ struct Address
     bool isLinkLocal = false;
 };
 
+// What one family of the internet's protocols goes by on an adapter. Empty when the platform does not say.
+struct FamilyConfiguration
+{
+    // What the interface adds to the metric of a route through it.
+    std::optional<std::uint32_t> metric;
+    std::optional<std::uint32_t> mtu;
+};
+
+// How an adapter is set up for the internet's protocols. Addresses are without zone, in the platform's order.
+struct IpConfiguration
+{
+    std::string adapterGuid;
+    std::vector<std::string> gateways;
+    std::vector<std::string> dnsServers;
+    // Of this connection; empty for none.
+    std::string dnsSuffix;
+    // DHCP for IPv4: the server is empty, and so are the times, when there is no lease. In microseconds since
+    // 1970-01-01 00:00:00 UTC.
+    bool isDhcpOn = false;
+    std::string dhcpServer;
+    std::optional<std::uint64_t> leaseObtained;
+    std::optional<std::uint64_t> leaseExpires;
+    FamilyConfiguration ipv4;
+    FamilyConfiguration ipv6;
+};
+
 enum class StateChange
 {
     // The platform has accepted the change; whether it has taken effect is not known.
@@ -148,6 +174,9 @@ public:
     virtual std::vector<Adapter> readAdapters() = 0;
 
     virtual std::vector<Address> readAddresses() = 0;
+
+    // Of the adapters that a protocol is bound to.
+    virtual std::vector<IpConfiguration> readIpConfigurations() = 0;
 
     // One adapter alone; empty also when it is gone.
     virtual std::optional<Adapter> readAdapter(std::uint64_t luid) = 0;

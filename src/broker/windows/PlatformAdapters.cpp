@@ -6,17 +6,16 @@
 #include "Os/Windows/Platform.h"
 
 #include <iphlpapi.h>
-#include <mstcpip.h>
 #include <netioapi.h>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 
 #include "Os/Windows/AnsiText.h"
 #include "Utils/Log.h"
 #include "Utils/Utils.h"
 #include "broker/model/AdapterRules.h"
+#include "broker/windows/AddressTable.h"
 
 namespace broker {
 
@@ -37,17 +36,6 @@ std::string guidText(const GUID& guid)
                          tail[7]);
 }
 
-std::string hexDigits(const UCHAR* bytes, ULONG length)
-{
-    static constexpr char DIGITS[] = "0123456789ABCDEF";
-    std::string result;
-    for (ULONG i = 0; i < std::min<ULONG>(length, IF_MAX_PHYS_ADDRESS_LENGTH); ++i) {
-        result += DIGITS[bytes[i] >> 4];
-        result += DIGITS[bytes[i] & 0xF];
-    }
-    return result;
-}
-
 // The platform reports an unknown speed as 0 or as all ones.
 std::optional<std::uint64_t> speed(ULONG64 bitsPerSecond)
 {
@@ -65,12 +53,6 @@ InterfaceTraits traitsOf(const MIB_IF_ROW2& row)
 {
     return {row.Type, row.InterfaceAndOperStatusFlags.FilterInterface != FALSE, utils::narrow(row.Description),
             hexDigits(row.PhysicalAddress, row.PhysicalAddressLength)};
-}
-
-InterfaceTraits traitsOf(const IP_ADAPTER_ADDRESSES& adapter)
-{
-    const ULONG length = std::min<ULONG>(adapter.PhysicalAddressLength, MAX_ADAPTER_ADDRESS_LENGTH);
-    return {adapter.IfType, false, utils::narrow(adapter.Description), hexDigits(adapter.PhysicalAddress, length)};
 }
 
 Counters countersFrom(const MIB_IF_ROW2& row)
@@ -154,7 +136,6 @@ std::optional<std::uint8_t> prefixLength(UINT8 length, std::uint8_t most)
 std::optional<Address> addressFrom(const IP_ADAPTER_ADDRESSES& adapter, const IP_ADAPTER_UNICAST_ADDRESS& unicast)
 {
     Address address;
-    std::array<char, INET6_ADDRSTRLEN> text{};
     const SOCKADDR* socketAddress = unicast.Address.lpSockaddr;
     if (socketAddress->sa_family == AF_INET) {
         const in_addr& ipv4 = reinterpret_cast<const sockaddr_in*>(socketAddress)->sin_addr;
@@ -162,38 +143,19 @@ std::optional<Address> addressFrom(const IP_ADAPTER_ADDRESSES& adapter, const IP
         address.prefixLength = prefixLength(unicast.OnLinkPrefixLength, 32);
         address.isDhcpOn = adapter.Dhcpv4Enabled != 0;
         address.isLinkLocal = ipv4.S_un.S_un_b.s_b1 == 169 && ipv4.S_un.S_un_b.s_b2 == 254;
-        RtlIpv4AddressToStringA(&ipv4, text.data());
     } else if (socketAddress->sa_family == AF_INET6) {
         const in6_addr& ipv6 = reinterpret_cast<const sockaddr_in6*>(socketAddress)->sin6_addr;
         address.family = AddressFamily::IPV6;
         address.prefixLength = prefixLength(unicast.OnLinkPrefixLength, 128);
         address.isDhcpOn = adapter.Ipv6ManagedAddressConfigurationSupported != 0;
         address.isLinkLocal = IN6_IS_ADDR_LINKLOCAL(&ipv6) != 0;
-        RtlIpv6AddressToStringA(&ipv6, text.data());
     } else {
         return std::nullopt;
     }
     address.adapterGuid = adapter.AdapterName;
-    address.text = text.data();
+    address.text = addressText(socketAddress);
     address.origin = originFrom(unicast.PrefixOrigin);
     return address;
-}
-
-// The platform's list of adapters with their addresses, in a buffer of the caller's. Returns the platform's code.
-ULONG adaptersAddresses(std::vector<std::max_align_t>& buffer)
-{
-    constexpr ULONG FLAGS = GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
-    // Enough for most machines at the first attempt; the list may grow between two.
-    constexpr ULONG FIRST_SIZE = 16 * 1024;
-    constexpr int ATTEMPTS = 4;
-    ULONG size = FIRST_SIZE;
-    ULONG status = ERROR_BUFFER_OVERFLOW;
-    for (int attempt = 0; attempt < ATTEMPTS && status == ERROR_BUFFER_OVERFLOW; ++attempt) {
-        buffer.resize(size / sizeof(std::max_align_t) + 1);
-        status = GetAdaptersAddresses(AF_UNSPEC, FLAGS, nullptr, reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data()),
-                                      &size);
-    }
-    return status;
 }
 
 }  // namespace
@@ -221,23 +183,13 @@ std::vector<Adapter> PlatformAdapters::readAdapters()
 std::vector<Address> PlatformAdapters::readAddresses()
 {
     static constexpr utils::LogSite here{FILE_NAME, "broker::PlatformAdapters::readAddresses"};
-    std::vector<std::max_align_t> buffer;
-    const ULONG status = adaptersAddresses(buffer);
-    if (status == ERROR_NO_DATA || status == ERROR_ADDRESS_NOT_ASSOCIATED) {
-        // No adapter has an address: that is an answer, not a failure.
-        return {};
-    }
-    if (status != NO_ERROR) {
-        here.error("GetAdaptersAddresses error %d", status);
+    const AddressTable table(GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER);
+    if (table.status() != NO_ERROR) {
+        here.error("GetAdaptersAddresses error %d", table.status());
         return {};
     }
     std::vector<Address> addresses;
-    for (const auto* adapter = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(buffer.data()); adapter != nullptr;
-         adapter = adapter->Next)
-    {
-        if (!isPort(traitsOf(*adapter))) {
-            continue;
-        }
+    for (const IP_ADAPTER_ADDRESSES* adapter : table.ports()) {
         for (const IP_ADAPTER_UNICAST_ADDRESS* unicast = adapter->FirstUnicastAddress; unicast != nullptr;
              unicast = unicast->Next)
         {

@@ -10,6 +10,7 @@ class PlatformAdapters : public AdapterSource
 public:
     std::vector<Adapter> readAdapters() override;
     std::vector<Address> readAddresses() override;
+    std::vector<IpConfiguration> readIpConfigurations() override;
     std::optional<Adapter> readAdapter(std::uint64_t luid) override;
     StateChange setAdministrativeState(const Adapter& adapter, AdministrativeState state) override;
 };

@@ -1,0 +1,79 @@
+#include "broker/windows/AddressTable.h"
+
+#include <ifdef.h>
+#include <mstcpip.h>
+
+#include <algorithm>
+#include <array>
+
+#include "Os/Windows/AnsiText.h"
+
+namespace broker {
+
+namespace {
+
+InterfaceTraits traitsOf(const IP_ADAPTER_ADDRESSES& adapter)
+{
+    const ULONG length = std::min<ULONG>(adapter.PhysicalAddressLength, MAX_ADAPTER_ADDRESS_LENGTH);
+    return {adapter.IfType, false, utils::narrow(adapter.Description), hexDigits(adapter.PhysicalAddress, length)};
+}
+
+}  // namespace
+
+AddressTable::AddressTable(ULONG flags)
+{
+    // Enough for most machines at the first attempt; the list may grow between two.
+    constexpr ULONG FIRST_SIZE = 16 * 1024;
+    constexpr int ATTEMPTS = 4;
+    ULONG size = FIRST_SIZE;
+    m_status = ERROR_BUFFER_OVERFLOW;
+    for (int attempt = 0; attempt < ATTEMPTS && m_status == ERROR_BUFFER_OVERFLOW; ++attempt) {
+        m_buffer.resize(size / sizeof(std::max_align_t) + 1);
+        m_status = GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, first(), &size);
+    }
+    m_isEmpty = m_status != NO_ERROR;
+    if (m_status == ERROR_NO_DATA || m_status == ERROR_ADDRESS_NOT_ASSOCIATED) {
+        // No adapter has an address: that is an answer, not a failure.
+        m_status = NO_ERROR;
+    }
+}
+
+std::vector<const IP_ADAPTER_ADDRESSES*> AddressTable::ports() const
+{
+    std::vector<const IP_ADAPTER_ADDRESSES*> result;
+    if (m_isEmpty) {
+        return result;
+    }
+    for (const auto* adapter = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(m_buffer.data()); adapter != nullptr;
+         adapter = adapter->Next)
+    {
+        if (isPort(traitsOf(*adapter))) {
+            result.push_back(adapter);
+        }
+    }
+    return result;
+}
+
+std::string hexDigits(const UCHAR* bytes, ULONG length)
+{
+    static constexpr char DIGITS[] = "0123456789ABCDEF";
+    std::string result;
+    for (ULONG i = 0; i < std::min<ULONG>(length, IF_MAX_PHYS_ADDRESS_LENGTH); ++i) {
+        result += DIGITS[bytes[i] >> 4];
+        result += DIGITS[bytes[i] & 0xF];
+    }
+    return result;
+}
+
+std::string addressText(const SOCKADDR* address)
+{
+    std::array<char, INET6_ADDRSTRLEN> text{};
+    if (address != nullptr && address->sa_family == AF_INET) {
+        RtlIpv4AddressToStringA(&reinterpret_cast<const sockaddr_in*>(address)->sin_addr, text.data());
+    } else if (address != nullptr && address->sa_family == AF_INET6) {
+        RtlIpv6AddressToStringA(&reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr, text.data());
+    }
+    return text.data();
+}
+
+}  // namespace broker

@@ -1,0 +1,160 @@
+// What PlatformAdapters reads of the adapters' IP configurations: the list of addresses for most of it, and one table
+// more for the two families and for the leases of DHCP.
+
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include "Os/Windows/Platform.h"
+
+#include <iphlpapi.h>
+#include <netioapi.h>
+
+#include <algorithm>
+#include <memory>
+#include <unordered_map>
+
+#include "Os/Windows/AnsiText.h"
+#include "Utils/Log.h"
+#include "broker/windows/AddressTable.h"
+#include "broker/windows/PlatformAdapters.h"
+
+namespace broker {
+
+namespace {
+
+constexpr utils::LogSite here{"IpConfigurations", "broker::PlatformAdapters::readIpConfigurations"};
+
+struct TableFreer
+{
+    void operator()(MIB_IPINTERFACE_TABLE* table) const noexcept { FreeMibTable(table); }
+};
+
+template <class Entry>
+std::vector<std::string> addressTexts(const Entry* first)
+{
+    std::vector<std::string> result;
+    for (const Entry* entry = first; entry != nullptr; entry = entry->Next) {
+        std::string text = addressText(entry->Address.lpSockaddr);
+        if (!text.empty()) {
+            result.push_back(std::move(text));
+        }
+    }
+    return result;
+}
+
+IpConfiguration configurationFrom(const IP_ADAPTER_ADDRESSES& adapter)
+{
+    IpConfiguration result;
+    result.adapterGuid = adapter.AdapterName;
+    result.gateways = addressTexts(adapter.FirstGatewayAddress);
+    result.dnsServers = addressTexts(adapter.FirstDnsServerAddress);
+    result.dnsSuffix = adapter.DnsSuffix == nullptr ? std::string() : utils::narrow(adapter.DnsSuffix);
+    result.isDhcpOn = adapter.Dhcpv4Enabled != 0;
+    result.dhcpServer = addressText(adapter.Dhcpv4Server.lpSockaddr);
+    return result;
+}
+
+// A platform that has no such table, as an emulated one may not, leaves metrics and MTUs unknown. False, and one error
+// line, when there is one that cannot be read.
+bool addFamilies(std::vector<IpConfiguration>& configurations, const std::vector<const IP_ADAPTER_ADDRESSES*>& ports)
+{
+    MIB_IPINTERFACE_TABLE* rows = nullptr;
+    const ULONG status = GetIpInterfaceTable(AF_UNSPEC, &rows);
+    if (status == ERROR_NOT_SUPPORTED || status == ERROR_NOT_FOUND) {
+        return true;
+    }
+    if (status != NO_ERROR) {
+        here.error("GetIpInterfaceTable error %d", status);
+        return false;
+    }
+    const std::unique_ptr<MIB_IPINTERFACE_TABLE, TableFreer> table(rows);
+    std::unordered_map<std::uint64_t, IpConfiguration*> byLuid;
+    for (std::size_t i = 0; i < ports.size(); ++i) {
+        byLuid.emplace(ports[i]->Luid.Value, &configurations[i]);
+    }
+    std::for_each(table->Table, table->Table + table->NumEntries, [&byLuid](const MIB_IPINTERFACE_ROW& row) {
+        const auto found = byLuid.find(row.InterfaceLuid.Value);
+        if (found != byLuid.end()) {
+            FamilyConfiguration& family = row.Family == AF_INET ? found->second->ipv4 : found->second->ipv6;
+            family.metric = row.Metric;
+            family.mtu = row.NlMtu;
+        }
+    });
+    return true;
+}
+
+// The platform's older list, which alone holds the times of the leases, in a buffer of the caller's.
+ULONG adaptersInfo(std::vector<std::max_align_t>& buffer)
+{
+    constexpr ULONG FIRST_SIZE = 16 * 1024;
+    constexpr int ATTEMPTS = 4;
+    ULONG size = FIRST_SIZE;
+    ULONG status = ERROR_BUFFER_OVERFLOW;
+    for (int attempt = 0; attempt < ATTEMPTS && status == ERROR_BUFFER_OVERFLOW; ++attempt) {
+        buffer.resize(size / sizeof(std::max_align_t) + 1);
+        status = GetAdaptersInfo(reinterpret_cast<IP_ADAPTER_INFO*>(buffer.data()), &size);
+    }
+    return status;
+}
+
+// A time in seconds since 1970; empty for none.
+std::optional<std::uint64_t> microseconds(time_t seconds)
+{
+    constexpr std::uint64_t MICROSECONDS_PER_SECOND = 1'000'000;
+    return seconds <= 0 ? std::nullopt
+                        : std::make_optional(static_cast<std::uint64_t>(seconds) * MICROSECONDS_PER_SECOND);
+}
+
+// False, and one error line, when the leases cannot be read.
+bool addLeases(std::vector<IpConfiguration>& configurations)
+{
+    const auto usesDhcp = [](const IpConfiguration& configuration) { return configuration.isDhcpOn; };
+    if (std::none_of(configurations.begin(), configurations.end(), usesDhcp)) {
+        return true;
+    }
+    std::vector<std::max_align_t> buffer;
+    const ULONG status = adaptersInfo(buffer);
+    if (status == ERROR_NO_DATA) {
+        return true;
+    }
+    if (status != NO_ERROR) {
+        here.error("GetAdaptersInfo error %d", status);
+        return false;
+    }
+    for (const auto* info = reinterpret_cast<const IP_ADAPTER_INFO*>(buffer.data()); info != nullptr; info = info->Next)
+    {
+        const auto found = std::find_if(
+            configurations.begin(), configurations.end(),
+            [info](const IpConfiguration& configuration) { return configuration.adapterGuid == info->AdapterName; });
+        if (found != configurations.end() && found->isDhcpOn) {
+            found->leaseObtained = microseconds(info->LeaseObtained);
+            found->leaseExpires = microseconds(info->LeaseExpires);
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+std::vector<IpConfiguration> PlatformAdapters::readIpConfigurations()
+{
+    constexpr ULONG FLAGS =
+        GAA_FLAG_SKIP_UNICAST | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_INCLUDE_GATEWAYS;
+    const AddressTable table(FLAGS);
+    if (table.status() != NO_ERROR) {
+        here.error("GetAdaptersAddresses error %d", table.status());
+        return {};
+    }
+    const std::vector<const IP_ADAPTER_ADDRESSES*> ports = table.ports();
+    std::vector<IpConfiguration> result;
+    result.reserve(ports.size());
+    for (const IP_ADAPTER_ADDRESSES* port : ports) {
+        result.push_back(configurationFrom(*port));
+    }
+    if (!addFamilies(result, ports) || !addLeases(result)) {
+        return {};
+    }
+    return result;
+}
+
+}  // namespace broker

@@ -1,0 +1,250 @@
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include "Os/Windows/Platform.h"
+
+#include <iphlpapi.h>
+#include <netioapi.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+#include "broker/windows/PlatformAdapters.h"
+#include "support/ImportHook.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+
+constexpr std::uint64_t LUID = 0x6008000000000;
+
+// The platform's answers as the test sets them: one adapter.
+struct Platform
+{
+    std::array<char, 4> guid{"{G}"};
+    std::array<wchar_t, 12> suffix{L"example.org"};
+    std::array<sockaddr_in6, 3> sockets{};
+    std::array<IP_ADAPTER_GATEWAY_ADDRESS, 2> gateways{};
+    std::array<IP_ADAPTER_DNS_SERVER_ADDRESS, 2> servers{};
+    IP_ADAPTER_ADDRESSES adapter{};
+    ULONG addressesStatus = NO_ERROR;
+
+    std::array<MIB_IPINTERFACE_ROW, 3> families{};
+    ULONG familiesStatus = NO_ERROR;
+    int tablesFreed = 0;
+
+    std::array<IP_ADAPTER_INFO, 2> infos{};
+    ULONG infoStatus = NO_ERROR;
+    int infoCalls = 0;
+};
+
+Platform platform;
+
+ULONG WINAPI fakeAddresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
+                           PULONG /*size*/)
+{
+    *buffer = platform.adapter;
+    return platform.addressesStatus;
+}
+
+NETIO_STATUS WINAPI fakeFamilies(ADDRESS_FAMILY /*family*/, PMIB_IPINTERFACE_TABLE* table)
+{
+    const std::size_t size = offsetof(MIB_IPINTERFACE_TABLE, Table) + sizeof(platform.families);
+    auto* made = static_cast<MIB_IPINTERFACE_TABLE*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size));
+    made->NumEntries = static_cast<ULONG>(platform.families.size());
+    std::copy(platform.families.begin(), platform.families.end(), made->Table);
+    *table = made;
+    return platform.familiesStatus;
+}
+
+NETIO_STATUS WINAPI refuseFamilies(ADDRESS_FAMILY /*family*/, PMIB_IPINTERFACE_TABLE* /*table*/)
+{
+    return platform.familiesStatus;
+}
+
+void WINAPI countingFree(PVOID memory)
+{
+    ++platform.tablesFreed;
+    HeapFree(GetProcessHeap(), 0, memory);
+}
+
+ULONG WINAPI fakeInfo(PIP_ADAPTER_INFO buffer, PULONG size)
+{
+    ++platform.infoCalls;
+    if (platform.infoStatus == ERROR_BUFFER_OVERFLOW) {
+        *size += 1024;
+    } else if (platform.infoStatus == NO_ERROR) {
+        buffer[0] = platform.infos[0];
+        buffer[1] = platform.infos[1];
+        buffer[0].Next = &buffer[1];
+        buffer[1].Next = nullptr;
+    }
+    return platform.infoStatus;
+}
+
+SOCKADDR* address(std::size_t which, const char* text)
+{
+    sockaddr_in6& socket = platform.sockets.at(which);
+    auto& ipv4 = reinterpret_cast<sockaddr_in&>(socket);
+    if (inet_pton(AF_INET, text, &ipv4.sin_addr) == 1) {
+        ipv4.sin_family = AF_INET;
+    } else {
+        inet_pton(AF_INET6, text, &socket.sin6_addr);
+        socket.sin6_family = AF_INET6;
+    }
+    return reinterpret_cast<SOCKADDR*>(&socket);
+}
+
+class IpConfigurations : public testing::Test
+{
+protected:
+    IpConfigurations()
+    {
+        platform = {};
+        platform.adapter.IfType = IF_TYPE_ETHERNET_CSMACD;
+        platform.adapter.AdapterName = platform.guid.data();
+        platform.adapter.Luid.Value = LUID;
+        for (MIB_IPINTERFACE_ROW& row : platform.families) {
+            row.InterfaceLuid.Value = LUID;
+        }
+        platform.families[0].Family = AF_INET;
+        platform.families[1].Family = AF_INET6;
+        platform.families[2].InterfaceLuid.Value = LUID + 1;
+        std::strcpy(platform.infos[0].AdapterName, "{OTHER}");
+        std::strcpy(platform.infos[1].AdapterName, platform.guid.data());
+    }
+
+    // Of the one adapter.
+    broker::IpConfiguration read() { return m_source.readIpConfigurations().at(0); }
+
+    support::LogCapture m_log{1};
+    support::ImportHook m_addresses{"GetAdaptersAddresses", &fakeAddresses};
+    support::ImportHook m_families{"GetIpInterfaceTable", &fakeFamilies};
+    support::ImportHook m_free{"FreeMibTable", &countingFree};
+    support::ImportHook m_info{"GetAdaptersInfo", &fakeInfo};
+    broker::PlatformAdapters m_source;
+};
+
+TEST_F(IpConfigurations, AdapterWithNothing_hasNothing)
+{
+    const broker::IpConfiguration read = this->read();
+    EXPECT_EQ(read.adapterGuid, "{G}");
+    EXPECT_THAT(read.gateways, IsEmpty());
+    EXPECT_THAT(read.dnsServers, IsEmpty());
+    EXPECT_EQ(read.dnsSuffix, "");
+    EXPECT_FALSE(read.isDhcpOn);
+    EXPECT_EQ(read.dhcpServer, "");
+    EXPECT_EQ(read.leaseObtained, std::nullopt);
+    EXPECT_EQ(platform.infoCalls, 0);
+}
+
+TEST_F(IpConfigurations, Servers_areThoseOfThePlatform)
+{
+    platform.gateways[0].Address.lpSockaddr = address(0, "10.0.0.1");
+    platform.gateways[0].Next = &platform.gateways[1];
+    platform.gateways[1].Address.lpSockaddr = address(1, "fe80::1");
+    platform.adapter.FirstGatewayAddress = platform.gateways.data();
+    platform.servers[0].Address.lpSockaddr = address(2, "10.0.0.53");
+    platform.adapter.FirstDnsServerAddress = platform.servers.data();
+    platform.adapter.DnsSuffix = platform.suffix.data();
+    const broker::IpConfiguration read = this->read();
+    EXPECT_THAT(read.gateways, ElementsAre("10.0.0.1", "fe80::1"));
+    EXPECT_THAT(read.dnsServers, ElementsAre("10.0.0.53"));
+    EXPECT_EQ(read.dnsSuffix, "example.org");
+}
+
+TEST_F(IpConfigurations, Families_haveTheirOwnRows)
+{
+    platform.families[0].Metric = 25;
+    platform.families[0].NlMtu = 1500;
+    platform.families[1].Metric = 35;
+    platform.families[1].NlMtu = 1280;
+    platform.families[2].Metric = 1;
+    const broker::IpConfiguration read = this->read();
+    EXPECT_EQ(read.ipv4.metric, 25U);
+    EXPECT_EQ(read.ipv4.mtu, 1500U);
+    EXPECT_EQ(read.ipv6.metric, 35U);
+    EXPECT_EQ(read.ipv6.mtu, 1280U);
+    EXPECT_EQ(platform.tablesFreed, 1);
+}
+
+TEST_F(IpConfigurations, PlatformWithoutFamilies_leavesThemOpen)
+{
+    platform.familiesStatus = ERROR_NOT_SUPPORTED;
+    const support::ImportHook hook("GetIpInterfaceTable", &refuseFamilies);
+    const broker::IpConfiguration read = this->read();
+    EXPECT_EQ(read.ipv4.metric, std::nullopt);
+    EXPECT_EQ(read.ipv6.mtu, std::nullopt);
+    EXPECT_THAT(m_log.events(), IsEmpty());
+}
+
+TEST_F(IpConfigurations, Lease_isThatOfTheAdapter)
+{
+    platform.adapter.Dhcpv4Enabled = 1;
+    platform.adapter.Dhcpv4Server.lpSockaddr = address(0, "10.0.0.67");
+    platform.infos[0].LeaseObtained = 1;
+    platform.infos[1].LeaseObtained = 1'700'000'000;
+    platform.infos[1].LeaseExpires = 1'700'086'400;
+    const broker::IpConfiguration read = this->read();
+    EXPECT_TRUE(read.isDhcpOn);
+    EXPECT_EQ(read.dhcpServer, "10.0.0.67");
+    EXPECT_EQ(read.leaseObtained, 1'700'000'000'000'000U);
+    EXPECT_EQ(read.leaseExpires, 1'700'086'400'000'000U);
+}
+
+TEST_F(IpConfigurations, DhcpWithoutLease_hasNoTimes)
+{
+    platform.adapter.Dhcpv4Enabled = 1;
+    EXPECT_EQ(read().leaseObtained, std::nullopt);
+    platform.infoStatus = ERROR_NO_DATA;
+    EXPECT_EQ(read().leaseExpires, std::nullopt);
+    EXPECT_THAT(m_log.events(), IsEmpty());
+}
+
+TEST_F(IpConfigurations, Tunnels_areLeftOut)
+{
+    platform.adapter.IfType = IF_TYPE_TUNNEL;
+    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
+}
+
+TEST_F(IpConfigurations, NoAddressesAtAll_areNoError)
+{
+    platform.addressesStatus = ERROR_NO_DATA;
+    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
+    EXPECT_THAT(m_log.events(), IsEmpty());
+}
+
+TEST_F(IpConfigurations, RefusedAddresses_areOneErrorLine)
+{
+    platform.addressesStatus = ERROR_ACCESS_DENIED;
+    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
+    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("broker::PlatformAdapters::readIpConfigurations: error: "
+                                                     "GetAdaptersAddresses error 5\n")));
+}
+
+TEST_F(IpConfigurations, RefusedFamilies_areOneErrorLine)
+{
+    platform.familiesStatus = ERROR_ACCESS_DENIED;
+    const support::ImportHook hook("GetIpInterfaceTable", &refuseFamilies);
+    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
+    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: GetIpInterfaceTable error 5\n")));
+}
+
+TEST_F(IpConfigurations, LeasesThatKeepGrowing_areGivenUp)
+{
+    platform.adapter.Dhcpv4Enabled = 1;
+    platform.infoStatus = ERROR_BUFFER_OVERFLOW;
+    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
+    EXPECT_EQ(platform.infoCalls, 4);
+    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: GetAdaptersInfo error 111\n")));
+}
+
+}  // namespace
