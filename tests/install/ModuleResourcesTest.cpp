@@ -111,6 +111,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(std::tuple("ZerixDRAVEv2Provider.dll", "DRAVEv2 Provider for Vexal(R) Ethernet Adapters", VFT_DLL),
                     std::tuple("ZerixCimCore.dll", "Object broker of the DRAVEv2 Provider", VFT_DLL),
                     std::tuple("ZerixRuntime.dll", "C++ run time of the DRAVEv2 Provider", VFT_DLL),
+                    std::tuple("ZerixSetupAction.exe", "Setup action of the DRAVEv2 Provider", VFT_APP),
                     std::tuple("wmihost.exe", "Command line of the DRAVEv2 Provider", VFT_APP)),
     [](const auto& instance) {
         const std::string file = std::get<0>(instance.param);

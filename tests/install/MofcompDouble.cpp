@@ -1,9 +1,53 @@
+#include <windows.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
+#include <string>
+#include <vector>
 
 // Stands in for WMI's compiler: notes what it is asked to compile in C:\mofcomp.log, and whether that file is there.
-// Fails, with the real one's code for a faulty file, when C:\mofcomp-fails-on holds the file's name.
+// A file with "#pragma autorecover" is added to WMI's list of files to restore, as the real one does; it never takes
+// one out. Fails, with the real one's code for a faulty file, when C:\mofcomp-fails-on holds the file's name.
+namespace {
+
+constexpr const wchar_t* WMI_KEY = L"SOFTWARE\\Microsoft\\WBEM\\CIMOM";
+constexpr const wchar_t* LIST = L"Autorecover MOFs";
+
+std::vector<std::wstring> restoredFiles()
+{
+    std::wstring text(4096, L'\0');
+    DWORD size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+    std::vector<std::wstring> files;
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, WMI_KEY, LIST, RRF_RT_REG_MULTI_SZ, nullptr, text.data(), &size) ==
+        ERROR_SUCCESS) {
+        for (const wchar_t* entry = text.c_str(); *entry != L'\0'; entry += files.back().size() + 1) {
+            files.emplace_back(entry);
+        }
+    }
+    return files;
+}
+
+void restoreLater(const std::wstring& file)
+{
+    std::vector<std::wstring> files = restoredFiles();
+    if (std::find(files.begin(), files.end(), file) != files.end()) {
+        return;
+    }
+    files.push_back(file);
+    std::wstring text;
+    for (const std::wstring& entry : files) {
+        text += entry + L'\0';
+    }
+    text += L'\0';
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, WMI_KEY, LIST, REG_MULTI_SZ, text.data(),
+                    static_cast<DWORD>(text.size() * sizeof(wchar_t)));
+}
+
+}  // namespace
+
 int main(int count, char** arguments)
 {
     if (count != 2) {
@@ -15,5 +59,13 @@ int main(int count, char** arguments)
 
     std::string refused;
     std::ifstream("C:\\mofcomp-fails-on") >> refused;
-    return found && file.filename() != refused ? 0 : 3;
+    if (!found || file.filename() == refused) {
+        return 3;
+    }
+    std::ifstream stream(file);
+    const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    if (text.find("#pragma autorecover") != std::string::npos) {
+        restoreLater(file.wstring());
+    }
+    return 0;
 }

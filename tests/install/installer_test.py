@@ -8,13 +8,16 @@ one with a lower version) and an untouched prefix. Every class of tests works on
 """
 
 import hashlib
+import http.server
 import json
 import os
 import pathlib
 import re
 import shutil
+import struct
 import subprocess
 import sys
+import threading
 import time
 import unittest
 import zipfile
@@ -28,15 +31,22 @@ CURRENT = SHARED / "current-binaries"
 
 VERSION = "2.0.1.10"
 OLDER = "2.0.0.9"
+# Windows Installer compares three numbers: for it this build has the same version.
+LOWER_BUILD = "2.0.1.9"
 CLSID_KEY = r"HKEY_LOCAL_MACHINE\Software\Classes\CLSID\{D39A94C6-35D2-4B40-BB6A-56E279951017}"
 EVENT_KEY = r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Services\EventLog\Application\Vexal DRAVEv2 Provider"
 SETTINGS_KEY = r"HKEY_LOCAL_MACHINE\Software\Vexal\DRAVEv2"
 MAKER_KEY = r"HKEY_LOCAL_MACHINE\Software\Vexal"
+WMI_KEY = r"HKEY_LOCAL_MACHINE\Software\Microsoft\WBEM\CIMOM"
+FOREIGN_MOF = r"%windir%\system32\wbem\cimwin32.mof"
 UNINSTALL_KEY = r"HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Uninstall\{".lower()
 FOLDER = r"C:\Program Files\Vexal\DRAVEv2 Provider"
 DLLS = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "ZerixRuntime.dll"]
 MODULES = DLLS + ["wmihost.exe"]
-FILES = sorted(MODULES + ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt"])
+# The package has it inside; it is not installed.
+SETUP_ACTION = "ZerixSetupAction.exe"
+LEGAL = ["LICENSE.txt", "NOTICES.txt"]
+FILES = sorted(MODULES + LEGAL + ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt"])
 
 # How Wine's installer ends when an action fails (1627) or a launch condition does (1603); an exit code has 8 bits here.
 ACTION_FAILED = 1627 & 0xFF
@@ -65,21 +75,24 @@ def environment(prefix):
     return dict(kept, WINEPREFIX=str(prefix), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="", LC_ALL="C")
 
 
-def make_package(binaries, version, output, **more):
+def make_package(binaries, version, output, *options, **more):
     environ = dict(os.environ, **{"SOURCE_DATE_EPOCH": "1700000000", **more})
-    subprocess.run([TOP / "tools/package", "--binaries", binaries, "--version", version, "--output", output],
+    subprocess.run([TOP / "tools/package", "--binaries", binaries, "--version", version, "--output", output, *options],
                    check=True, env=environ)
     return output / f"ZerixDRAVEv2-{version}-x64.msi"
 
 
-def make_older_binaries(folder):
-    """This build with an older version in its modules, so that an upgrade has something to replace."""
-    folder.mkdir()
+def make_other_package(version, folder):
+    """A package of this build with another version in its modules, so that an upgrade has something to replace."""
+    binaries = SHARED / (folder + "-binaries")
+    shutil.copytree(CURRENT, binaries)
+    major, minor, revision, build = map(int, version.split("."))
     for name in MODULES:
         content = (CURRENT / name).read_bytes()
-        start = content.find(b"\xbd\x04\xef\xfe\x00\x00\x01\x00")
-        (folder / name).write_bytes(content[: start + 8] + bytes([0, 0, 2, 0, 9, 0, 0, 0]) + content[start + 16 :])
-        shutil.copy(CURRENT / (name + ".debug"), folder)
+        place = content.find(b"\xbd\x04\xef\xfe\x00\x00\x01\x00") + 8
+        (binaries / name).write_bytes(
+            content[:place] + struct.pack("<4H", minor, major, build, revision) + content[place + 8 :])
+    make_package(binaries, version, SHARED / folder)
 
 
 def stop(prefix):
@@ -98,6 +111,10 @@ def prepare():
                     "/d", "20971520"], env=environment(PRISTINE), check=True, stdout=subprocess.DEVNULL,
                    stderr=subprocess.DEVNULL)
     subprocess.run(["/usr/lib/wine/wineserver64", "-w"], env=environment(PRISTINE), check=True)
+    subprocess.run([TOP / "tools/wine", "reg", "add", WMI_KEY, "/v", "Autorecover MOFs", "/t", "REG_MULTI_SZ", "/d",
+                    FOREIGN_MOF], env=environment(PRISTINE), check=True, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL)
+    subprocess.run(["/usr/lib/wine/wineserver64", "-w"], env=environment(PRISTINE), check=True)
     compiler = PRISTINE / "drive_c/windows/system32/wbem/mofcomp.exe"
     compiler.replace(SHARED / "wine-mofcomp.exe")
     shutil.copy(WORK / "install_mofcomp_double.exe", compiler)
@@ -106,12 +123,12 @@ def prepare():
     shutil.copy(WORK / "install_com_probe.exe", probe / "probe.exe")
     # A copy: the packages must stay what they are while somebody builds.
     CURRENT.mkdir()
-    for name in MODULES:
+    for name in MODULES + [SETUP_ACTION]:
         shutil.copy(BIN / name, CURRENT)
         shutil.copy(BIN / (name + ".debug"), CURRENT)
     make_package(CURRENT, VERSION, SHARED / "current")
-    make_older_binaries(SHARED / "older-binaries")
-    make_package(SHARED / "older-binaries", OLDER, SHARED / "older")
+    make_other_package(OLDER, "older")
+    make_other_package(LOWER_BUILD, "lower-build")
 
 
 def clean():
@@ -174,7 +191,7 @@ class Prefix(unittest.TestCase):
         return code
 
     def repair(self):
-        # What /fa stands for; Wine has not got /fa.
+        # What /famus stands for; Wine has not got it.
         return self.msiexec("/i", package(), "REINSTALL=ALL", "REINSTALLMODE=amus")
 
     def files(self):
@@ -199,6 +216,12 @@ class Prefix(unittest.TestCase):
         """The values of every entry in the list of installed programs."""
         return [values for key, values in self.registry().items() if key.lower().startswith(UNINSTALL_KEY)]
 
+    def restored_classes(self):
+        """The files that WMI compiles when it rebuilds its repository."""
+        data = self.value(WMI_KEY, "Autorecover MOFs")
+        content = bytes.fromhex(data.removeprefix("hex(7):").replace(",", "")).decode("utf-16-le")
+        return content.rstrip("\0").split("\0")
+
     def compiled(self):
         log = self.c / "mofcomp.log"
         return log.read_text().split("\n")[:-1] if log.exists() else []
@@ -207,7 +230,8 @@ class Prefix(unittest.TestCase):
         folder = self.c / "Program Files/Vexal/DRAVEv2 Provider"
         return sorted(path.name for path in folder.iterdir()) if folder.exists() else []
 
-    def assert_nothing_left(self, files_before, registry_before):
+    def assert_nothing_left(self, files_before, registry_before, empty_keys=()):
+        """`empty_keys`: roots below which keys may be left that hold nothing."""
         files, registry = self.files(), self.registry()
         changed = {name for name in files.keys() | files_before.keys() if files.get(name) != files_before.get(name)}
         self.assertEqual(sorted(changed - KEPT_FILES.keys()), [])
@@ -215,13 +239,21 @@ class Prefix(unittest.TestCase):
         left = []
         for key in sorted(registry.keys() | registry_before.keys()):
             now, then = registry.get(key), registry_before.get(key)
-            if now != then and not (now == {} and is_below(key, KEPT_KEYS)) and not is_below(key, FOREIGN_KEYS):
+            if now != then and not (now == {} and is_below(key, [*KEPT_KEYS, *empty_keys])) and not is_below(key, FOREIGN_KEYS):
                 left.append((key, then, now))
         self.assertEqual(left, [])
 
 
 def package(version=VERSION):
-    return SHARED / ("current" if version == VERSION else "older") / f"ZerixDRAVEv2-{version}-x64.msi"
+    folder = {VERSION: "current", OLDER: "older", LOWER_BUILD: "lower-build"}[version]
+    return SHARED / folder / f"ZerixDRAVEv2-{version}-x64.msi"
+
+
+def table(name, msi=None):
+    """The rows of a table of the package's database: {first column: the others}."""
+    rows = subprocess.run(["msiinfo", "export", msi or package(), name], check=True, text=True,
+                          stdout=subprocess.PIPE).stdout.replace("\r", "").split("\n")[3:]
+    return {row.split("\t")[0]: row.split("\t")[1:] for row in rows if row}
 
 
 def packaged(name, version=VERSION):
@@ -261,6 +293,8 @@ class InstallRepairRemove(Prefix):
         self.assertEqual(registry[EVENT_KEY.lower()],
                          {"EventMessageFile": provider, "TypesSupported": "dword:00000007"})
         self.assertEqual(registry[MAKER_KEY.lower()], {"DRAVEv2 Provider": quoted(FOLDER + "\\")})
+        # Their rights are Windows Installer's to set; Wine does not know the table.
+        self.assertEqual([registry[(SETTINGS_KEY + key).lower()] for key in (r"\Jobs", r"\Results")], [{}, {}])
 
     def test_4_the_programs_list_shows_the_product(self):
         (values,) = self.installed_products()
@@ -269,6 +303,7 @@ class InstallRepairRemove(Prefix):
 
     def test_5_the_classes_were_compiled_once(self):
         self.assertEqual(self.compiled(), ["ZerixDRAVEv2.mof"])
+        self.assertEqual(self.restored_classes(), [FOREIGN_MOF, FOLDER + r"\ZerixDRAVEv2.mof"])
 
     def test_6_com_loads_everything_from_the_installed_folder(self):
         code, output = self.wine(r"C:\probe\probe.exe")
@@ -305,8 +340,8 @@ class InstallRepairRemove(Prefix):
 class Documents(Prefix):
     """The commands that the documents tell people to type."""
 
-    # Wine has not got /fa; InstallRepairRemove repairs by the properties that /fa stands for.
-    UNKNOWN_TO_WINE = "msiexec /fa"
+    # Wine has not got it; InstallRepairRemove repairs by the properties that it stands for.
+    UNKNOWN_TO_WINE = "msiexec /famus"
 
     def commands(self, document, *programs):
         """The indented lines that call one of the programs, without comments, in their order."""
@@ -343,6 +378,12 @@ class Documents(Prefix):
                          ["msiexec /i", "wmihost list", "msiexec /x"])
         self.run_each([install, verify, remove])
 
+    def test_every_repair_writes_files_and_registry(self):
+        # "a" alone brings back files; the machine's registry values need "m".
+        for document in ["docs/windows-install.md", "docs/operations.md", "install/README.txt"]:
+            for command in re.findall(r"msiexec /f\w*", (TOP / document).read_text()):
+                self.assertEqual(command, self.UNKNOWN_TO_WINE, document)
+
     def test_classes_and_methods_in_ready_lines_exist(self):
         mof = (TOP / "install/ZerixDRAVEv2.mof").read_text()
         classes = set(re.findall(r"^class (\w+)", mof, re.MULTILINE))
@@ -377,6 +418,44 @@ class Upgrade(Prefix):
 
         self.assertEqual(self.msiexec("/x", package()), 0)
         self.assert_nothing_left(*before)
+
+
+class LowerBuild(Prefix):
+    def test_a_build_with_a_lower_fourth_number_keeps_its_files(self):
+        before = (self.files(), self.registry())
+        self.assertEqual(self.msiexec("/i", package()), 0)
+        self.assertEqual(self.msiexec("/i", package(LOWER_BUILD)), 0)
+        self.assertEqual(self.program_files(), FILES)
+        folder = self.c / "Program Files/Vexal/DRAVEv2 Provider"
+        for name in FILES:
+            self.assertEqual((folder / name).read_bytes(), packaged(name, LOWER_BUILD), name)
+        self.assertEqual([values["DisplayVersion"] for values in self.installed_products()], [quoted(LOWER_BUILD)])
+        self.assertEqual(self.restored_classes(), [FOREIGN_MOF, FOLDER + r"\ZerixDRAVEv2.mof"])
+        # Wine plans with the files that are there when the older product is gone. Windows plans before, and needs this.
+        self.assertEqual(table("Property")["REINSTALLMODE"], ["amus"])
+        self.assertEqual(self.msiexec("/x", package(LOWER_BUILD)), 0)
+        self.assert_nothing_left(*before)
+
+
+class RemovalFails(Prefix):
+    def test_a_removal_that_fails_loses_no_settings(self):
+        # This build with one more action, which fails at the end of a removal.
+        faulty = self.c / "faulty.msi"
+        shutil.copy(package(), faulty)
+        directory, deferred = 34, 1024
+        subprocess.run(["msibuild", faulty, "-q",
+                        "INSERT INTO `CustomAction` (`Action`, `Type`, `Source`, `Target`) VALUES "
+                        f"('Fail', {directory + deferred}, 'System64Folder', '[System64Folder]cmd.exe /c exit 1')",
+                        "INSERT INTO `InstallExecuteSequence` (`Action`, `Condition`, `Sequence`) VALUES "
+                        "('Fail', 'REMOVE=\"ALL\"', 6550)"], check=True)
+        self.assertEqual(self.msiexec("/i", faulty), 0)
+        for key, name in ((r"\DiagnosticSetting", "SampleCount"), (r"\Jobs\Vexal:Job:1", "State")):
+            self.wine("reg", "add", SETTINGS_KEY + key, "/v", name, "/d", "7")
+
+        self.assertEqual(self.msiexec("/x", faulty), ACTION_FAILED)
+
+        self.assertEqual(self.value(SETTINGS_KEY + r"\DiagnosticSetting", "SampleCount"), quoted("7"))
+        self.assertEqual(self.value(SETTINGS_KEY + r"\Jobs\Vexal:Job:1", "State"), quoted("7"))
 
 
 class SettingsStay(Prefix):
@@ -425,7 +504,9 @@ class CompilerFails(Prefix):
         self.assertEqual([line.split(" ")[0] for line in self.compiled()],
                          ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof"])
         self.assertEqual(self.installed_products(), [])
-        self.assert_nothing_left(*before)
+        # Wine's rollback forgets the keys that were made without a value, those of jobs and results.
+        self.assert_nothing_left(*before, empty_keys=[MAKER_KEY])
+        self.wine("reg", "delete", MAKER_KEY, "/f")
 
     def test_a_failing_compiler_does_not_keep_anybody_from_removing(self):
         before = (self.files(), self.registry())
@@ -448,15 +529,17 @@ class WineCompiler(Prefix):
         self.assert_nothing_left(*before)
 
 
-class Package(unittest.TestCase):
+class PackageTest(unittest.TestCase):
     """The packages themselves; nothing is installed."""
 
     def setUp(self):
-        self.folder = WORK / "package-test"
+        self.folder = WORK / f"package-test-{type(self).__name__}"
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder.mkdir()
 
+
+class Package(PackageTest):
     def test_the_same_build_gives_the_same_bytes_later(self):
         time.sleep(2.1)  # Zip archives count in steps of two seconds.
         make_package(CURRENT, VERSION, self.folder)
@@ -473,7 +556,8 @@ class Package(unittest.TestCase):
         with zipfile.ZipFile(package().with_suffix(".zip")) as archive:
             self.assertEqual(sorted(archive.namelist()), FILES)
         with zipfile.ZipFile(SHARED / "current" / f"ZerixDRAVEv2-{VERSION}-x64-symbols.zip") as archive:
-            self.assertEqual(sorted(archive.namelist()), sorted(name + ".debug" for name in MODULES))
+            self.assertEqual(sorted(archive.namelist()),
+                             sorted([name + ".debug" for name in MODULES + [SETUP_ACTION]] + LEGAL))
             archive.extractall(self.folder)
         # The run time is made of archives without debug information: its symbols are names alone.
         for name in sorted(set(MODULES) - {"ZerixRuntime.dll"}):
@@ -486,25 +570,62 @@ class Package(unittest.TestCase):
                                       text=True, stdout=subprocess.PIPE).stdout
             self.assertIn(".debug_info", sections)
 
-    def test_each_action_on_classes_follows_the_one_that_undoes_it(self):
-        def table(name):
-            rows = subprocess.run(["msiinfo", "export", package(), name], check=True, text=True,
-                                  stdout=subprocess.PIPE).stdout.replace("\r", "").split("\n")[3:]
-            return {row.split("\t")[0]: row.split("\t")[1:] for row in rows if row}
+    def test_licence_and_notices_are_those_of_what_is_in_it(self):
+        self.assertEqual(packaged("LICENSE.txt").replace(b"\r\n", b"\n"), (TOP / "LICENSE").read_bytes())
+        notices = packaged("NOTICES.txt").decode()
+        for library, sentence in {
+            "GCC": "GCC Runtime Library Exception",
+            "MinGW-w64": "mingw-w64-libraries/winpthreads",
+            "CLI11": "CLI11",
+            "JSON for Modern C++": "Niels Lohmann",
+            "PEGTL": "Colin Hirsch",
+        }.items():
+            self.assertIn(sentence, notices, library)
+        with zipfile.ZipFile(SHARED / "current" / f"ZerixDRAVEv2-{VERSION}-x64-symbols.zip") as archive:
+            for name in LEGAL:
+                self.assertEqual(archive.read(name), packaged(name))
 
+    def test_the_provider_has_a_host_process_of_its_own(self):
+        mof = packaged("ZerixDRAVEv2.mof").decode()
+        self.assertEqual(mof.count("instance of __Win32Provider\n"), 2)
+        # What follows the colon names the process: providers of other names are hosted elsewhere.
+        self.assertEqual(re.findall(r"HostingModel = (.*);", mof), ['"NetworkServiceHost:ZerixDRAVEv2"'] * 2)
+
+    def test_folder_and_keys_of_jobs_have_their_rights(self):
+        registry = table("Registry")
+        self.assertEqual({key: registry[key] for key in ("JobsKey", "ResultsKey")}, {
+            "JobsKey": ["2", r"Software\Vexal\DRAVEv2\Jobs", "+", "", "Core"],
+            "ResultsKey": ["2", r"Software\Vexal\DRAVEv2\Results", "+", "", "Core"],
+        })
+        self.assertIn("INSTALLDIR", table("CreateFolder"))
+        # Protected, and for all that comes to lie below: the system and administrators may do everything (FA, KA),
+        # users read (0x1200a9 also runs programs), and NETWORK SERVICE, as which the provider's host runs, writes and
+        # deletes jobs.
+        folder = "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)"
+        key = "D:P(A;CIOI;KA;;;SY)(A;CIOI;KA;;;BA)(A;CIOI;KR;;;BU)(A;CIOI;KRKWSD;;;NS)"
+        self.assertEqual(table("MsiLockPermissionsEx"), {
+            "LockFolder": ["INSTALLDIR", "CreateFolder", folder, ""],
+            "LockJobs": ["JobsKey", "Registry", key, ""],
+            "LockResults": ["ResultsKey", "Registry", key, ""],
+        })
+        self.assertIn('Installed OR NOT (INSTALLDIR >> ":" OR INSTALLDIR >> ":\\")', table("LaunchCondition"))
+
+    def test_each_action_on_classes_follows_the_one_that_undoes_it(self):
         order = {action: int(columns[1]) for action, columns in table("InstallExecuteSequence").items()}
-        chosen = ["InstallInitialize", "RemoveExistingProducts", "UndoRemoveClasses", "RemoveClasses", "RemoveSettings",
+        chosen = ["InstallInitialize", "RemoveExistingProducts", "UndoRemoveClasses", "RemoveClasses", "ForgetClasses",
                   "RemoveRegistryValues", "RemoveFiles", "InstallFiles", "WriteRegistryValues", "UndoCompileClasses",
-                  "CompileClasses", "InstallFinalize"]
+                  "UndoRememberClasses", "CompileClasses", "RemoveSettings", "InstallFinalize"]
         self.assertEqual(sorted(chosen, key=order.get), chosen)
 
-        program, directory, deferred, rollback, as_system, go_on = 50, 34, 1024, 256, 2048, 64
+        inside, program, deferred, rollback, commit, as_system, go_on = 2, 50, 1024, 256, 512, 2048, 64
         self.assertEqual({action: int(columns[0]) for action, columns in table("CustomAction").items()}, {
             "CompileClasses": program + deferred + as_system,
             "UndoCompileClasses": program + deferred + rollback + as_system + go_on,
             "RemoveClasses": program + deferred + as_system + go_on,
             "UndoRemoveClasses": program + deferred + rollback + as_system + go_on,
-            "RemoveSettings": directory + deferred + as_system + go_on,
+            "ForgetClasses": inside + deferred + as_system + go_on,
+            "UndoRememberClasses": inside + deferred + rollback + as_system + go_on,
+            "RemoveSettings": inside + deferred + commit + as_system + go_on,
             "TellCompilerMissing": 51,
         })
 
@@ -513,31 +634,114 @@ class Package(unittest.TestCase):
                                     stdout=subprocess.PIPE).stdout.replace("\r", "").split("\n")
         self.assertIn("SecureCustomProperties\tNEWERVERSION;OLDERVERSION", properties)
 
-    def test_a_certificate_signs_what_is_ours_and_the_installer(self):
-        key, certificate, store = (self.folder / name for name in ("key.pem", "certificate.pem", "store.p12"))
-        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=Vexal test",
-                        "-addext", "extendedKeyUsage=codeSigning", "-days", "3650", "-keyout", key,
+
+class Signatures(PackageTest):
+    """Packages that are signed, with a certificate and a time-stamping service made for the test."""
+
+    def setUp(self):
+        super().setUp()
+        key, self.certificate = self.make_certificate("signer", "codeSigning")
+        self.store = self.folder / "store.p12"
+        subprocess.run(["openssl", "pkcs12", "-export", "-inkey", key, "-in", self.certificate, "-passout",
+                        "pass:a b'c", "-out", self.store], check=True)
+
+    def make_certificate(self, name, purpose):
+        key, certificate = self.folder / f"{name}-key.pem", self.folder / f"{name}.pem"
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", f"/CN=Vexal test {name}",
+                        "-addext", f"extendedKeyUsage=critical,{purpose}", "-days", "3650", "-keyout", key,
                         "-out", certificate], check=True, stderr=subprocess.DEVNULL)
-        subprocess.run(["openssl", "pkcs12", "-export", "-inkey", key, "-in", certificate, "-passout", "pass:a b'c",
-                        "-out", store], check=True)
-        msi = make_package(CURRENT, VERSION, self.folder / "out", ZERIX_SIGNING_CERTIFICATE=str(store),
+        return key, certificate
+
+    def signed_files(self, *options):
+        """Everything in a signed package that can carry a signature, and the package itself."""
+        msi = make_package(CURRENT, VERSION, self.folder / "out", *options, ZERIX_SIGNING_CERTIFICATE=str(self.store),
                            ZERIX_SIGNING_PASSWORD="a b'c", SOURCE_DATE_EPOCH=str(int(time.time()) + 60))
-        signed = [msi]
         with zipfile.ZipFile(msi.with_suffix(".zip")) as archive:
-            for name in MODULES:
-                signed.append(pathlib.Path(archive.extract(name, self.folder / "zip")))
-        for path in signed:
-            self.assertEqual(self.verify(path, certificate), 0, path.name)
-        self.assertNotEqual(self.verify(package(), certificate), 0, "an unsigned package must not pass")
+            files = [pathlib.Path(archive.extract(name, self.folder / "zip")) for name in MODULES]
+        action = self.folder / SETUP_ACTION
+        with open(action, "wb") as out:
+            subprocess.run(["msiinfo", "extract", msi, "Binary.SetupAction"], check=True, stdout=out)
+        return files + [action, msi]
 
-        content = bytearray(signed[1].read_bytes())
+    def verify(self, path, *options):
+        """Exit code and text of a verification."""
+        done = subprocess.run(["osslsigncode", "verify", "-CAfile", self.certificate, *options, "-in", path],
+                              check=False, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        return done.returncode, done.stdout
+
+    def test_every_program_and_the_installer_are_signed(self):
+        files = self.signed_files()
+        for path in files:
+            self.assertEqual(self.verify(path)[0], 0, path.name)
+        self.assertNotEqual(self.verify(package())[0], 0, "an unsigned package must not pass")
+
+        content = bytearray(files[0].read_bytes())
         content[0x800] ^= 1
-        signed[1].write_bytes(content)
-        self.assertNotEqual(self.verify(signed[1], certificate), 0, "a changed file must not pass")
+        files[0].write_bytes(content)
+        self.assertNotEqual(self.verify(files[0])[0], 0, "a changed file must not pass")
 
-    def verify(self, path, certificate):
-        return subprocess.run(["osslsigncode", "verify", "-CAfile", certificate, "-in", path], check=False,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode
+    def test_a_service_stamps_the_time_of_every_signature(self):
+        with TimeStampService(self.folder, *self.make_certificate("stamper", "timeStamping")) as service:
+            files = self.signed_files("--timestamp", service.address)
+            for path in files:
+                code, text = self.verify(path, "-TSA-CAfile", service.certificate)
+                self.assertEqual(code, 0, path.name)
+                self.assertIn("Vexal test stamper", text, path.name)
+            self.assertEqual(service.answered, len(files))
+
+
+class TimeStampService:
+    """A time-stamping service (RFC 3161) on this machine, for as long as the scope lasts."""
+
+    CONFIGURATION = """
+[tsa]
+default_tsa = service
+[service]
+serial = {folder}/serial
+signer_cert = {certificate}
+signer_key = {key}
+signer_digest = sha256
+default_policy = 1.2.3.4
+digests = sha256, sha384, sha512
+ess_cert_id_alg = sha256
+"""
+
+    def __init__(self, folder, key, certificate):
+        self.folder, self.certificate, self.answered = folder, certificate, 0
+        (folder / "serial").write_text("01")
+        (folder / "tsa.cnf").write_text(self.CONFIGURATION.format(folder=folder, certificate=certificate, key=key))
+        service = self
+
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_POST(self):
+                query = self.rfile.read(int(self.headers["Content-Length"]))
+                answer = service.answer(query)
+                self.send_response(200)
+                self.send_header("Content-Type", "application/timestamp-reply")
+                self.send_header("Content-Length", str(len(answer)))
+                self.end_headers()
+                self.wfile.write(answer)
+
+            def log_message(self, *_):
+                pass
+
+        self.server = http.server.HTTPServer(("127.0.0.1", 0), Handler)
+        self.address = f"http://127.0.0.1:{self.server.server_port}/"
+
+    def answer(self, query):
+        (self.folder / "query").write_bytes(query)
+        subprocess.run(["openssl", "ts", "-reply", "-config", self.folder / "tsa.cnf", "-queryfile",
+                        self.folder / "query", "-out", self.folder / "reply"], check=True, stderr=subprocess.DEVNULL)
+        self.answered += 1
+        return (self.folder / "reply").read_bytes()
+
+    def __enter__(self):
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+        return self
+
+    def __exit__(self, *_):
+        self.server.shutdown()
+        self.server.server_close()
 
 
 if __name__ == "__main__":

@@ -17,7 +17,7 @@ import subprocess
 import sys
 
 BASELINES = pathlib.Path(__file__).resolve().parent / "baselines"
-MODULES = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "ZerixRuntime.dll", "wmihost.exe"]
+MODULES = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "ZerixRuntime.dll", "ZerixSetupAction.exe", "wmihost.exe"]
 CPP_RUN_TIME = "ZerixRuntime.dll"
 RUN_TIME = ["msvcrt.dll", CPP_RUN_TIME.lower()]
 # A DLL that is not in this list would have to be shipped, under a name that no other product uses: the loader hands out
@@ -28,6 +28,8 @@ NEEDED = {
     "ZerixDRAVEv2Provider.dll": SYSTEM | {"ZerixCimCore.dll", CPP_RUN_TIME},
     "ZerixCimCore.dll": SYSTEM | {CPP_RUN_TIME},
     CPP_RUN_TIME: {"KERNEL32.dll", "msvcrt.dll"},
+    # The installer runs it where the product's own DLLs may be gone.
+    "ZerixSetupAction.exe": {"ADVAPI32.dll", "KERNEL32.dll", "msvcrt.dll"},
     "wmihost.exe": SYSTEM | {CPP_RUN_TIME},
 }
 RESOURCE_TYPES = {11: "message table", 16: "version", 24: "manifest"}
