@@ -181,6 +181,7 @@ private:
     {
         CommandOptions result = m_options;
         result.nameSpace = toWide(m_nameSpace);
+        result.output = toWide(m_output);
         for (const std::string& name : m_properties) {
             result.properties.push_back(toWide(name));
         }
@@ -267,6 +268,26 @@ private:
         sub->add_option("path", m_path, "the instance: Class.Key=\"value\",Other=7")->type_name("")->required();
     }
 
+    void addMetrics()
+    {
+        CLI::App* metrics = command("metrics", "Writes the adapters' counters and states for Prometheus",
+                                    "metrics --output C:\\metrics\\zerix.prom --every 15",
+                                    [](Workspace& w, const CommandOptions& o) { return runMetrics(w, o); });
+        CLI::Option* output =
+            metrics->add_option("--output", m_output, "replace this file, whose name ends in .prom, in one step")
+                ->type_name("FILE");
+        CLI::Option* every =
+            metrics->add_option("--every", m_options.everySeconds, "read again after so many seconds, and keep on")
+                ->type_name("SECONDS")
+                ->check(between(1, 86400))
+                ->needs(output);
+        metrics->add_option("--count", m_options.count, "read so many times, then end")
+            ->type_name("N")
+            ->check(between(1, 1000000))
+            ->needs(every);
+        addImpersonation(metrics);
+    }
+
     void addCommands()
     {
         CLI::App* classes = command("classes", "Lists the classes of the MOF", "classes",
@@ -344,6 +365,8 @@ private:
         addConditions(watch);
         addImpersonation(watch);
 
+        addMetrics();
+
         CLI::App* selfTest = command("self-test", "Makes a request of each kind, and gives each a verdict", "self-test",
                                      [](Workspace& w, const CommandOptions& o) { return runSelfTest(w, o); });
         addImpersonation(selfTest);
@@ -359,6 +382,7 @@ private:
     CLI::App m_app{"Plays WMI's provider host for one provider, and asks it like a client.", "wmihost"};
     std::string m_mof;
     std::string m_nameSpace;
+    std::string m_output;
     std::string m_class;
     std::string m_path;
     std::string m_method;

@@ -39,8 +39,10 @@ struct CommandOptions
     std::vector<Assignment> conditions;
     unsigned threads = 1;
     unsigned repeat = 1;
-    unsigned count = 0;  // samples of `watch`; 0: until it is interrupted
+    unsigned count = 0;  // samples of `watch`, readings of `metrics`; 0: until it is interrupted
     unsigned intervalMilliseconds = 1000;
+    std::wstring output;        // of `metrics`; empty: standard output
+    unsigned everySeconds = 0;  // 0: one reading
     bool wait = false;
 };
 
@@ -57,6 +59,7 @@ int runSet(Workspace& workspace, const std::wstring& path, const std::vector<Ass
 int runDelete(Workspace& workspace, const std::wstring& path, const CommandOptions& options);
 int runInvoke(Workspace& workspace, const std::wstring& path, const std::wstring& method,
               const std::vector<Assignment>& arguments, const CommandOptions& options);
+int runMetrics(Workspace& workspace, const CommandOptions& options);
 int runWatch(Workspace& workspace, const std::wstring& className, const CommandOptions& options);
 int runSelfTest(Workspace& workspace, const CommandOptions& options);
 

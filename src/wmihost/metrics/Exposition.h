@@ -1,0 +1,32 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "wmihost/metrics/PrometheusText.h"
+
+namespace wmihost {
+
+// What a collector is shown: the metrics of the last good reading of this process, how the latest reading went, how
+// long it took, and when the last good one was. Used by one thread at a time.
+class Exposition
+{
+public:
+    void succeeded(std::vector<MetricFamily> metrics, std::chrono::duration<double> took,
+                   std::chrono::system_clock::time_point when);
+    // The metrics of the last good reading stay.
+    void failed(std::chrono::duration<double> took);
+
+    // In Prometheus' text format. At least one reading must have been reported.
+    std::string text() const;
+
+private:
+    std::vector<MetricFamily> m_metrics;
+    bool m_success = false;
+    std::chrono::duration<double> m_took{};
+    std::optional<std::chrono::system_clock::time_point> m_lastSuccess;
+};
+
+}  // namespace wmihost

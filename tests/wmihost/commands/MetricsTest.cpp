@@ -1,0 +1,173 @@
+#include <filesystem>
+#include <regex>
+
+#include "tests/wmihost/CommandTest.h"
+
+namespace wmihost {
+namespace {
+
+// The provider has one port, whose MTU is the number of the reading; a reading in `failing` is refused.
+class MetricsTest : public CommandTest
+{
+protected:
+    MetricsTest()
+    {
+        addToMof(R"([dynamic, provider("FakeProvider"), Description("A port.")] class Zerix_EthernetPort
+                    {
+                        [key] string DeviceID; string Name; string PermanentAddress; string Description;
+                        uint16 EnabledState; uint64 Speed; uint64 ActiveMaximumTransmissionUnit;
+                    };
+                    [dynamic, provider("FakeProvider")] class Zerix_EthernetPortStatistics
+                    {
+                        [key] string InstanceID;
+                    };
+                    [dynamic, provider("FakeProvider")] class Zerix_IPProtocolEndpoint
+                    {
+                        [key] string Name; string IPv4Address; string IPv6Address; uint16 AddressOrigin;
+                    };
+                    [dynamic, provider("FakeProvider")] class Zerix_ConcreteJob
+                    {
+                        [key] string InstanceID; uint16 JobState;
+                    };)");
+        behaviour.enumerate = [this](IWbemServices& ns, std::wstring_view name, IWbemContext*, IWbemObjectSink* sink) {
+            if (name != L"Zerix_EthernetPort") {
+                return finish(sink);
+            }
+            ++readings;
+            shown.push_back(textOfFile());
+            if (readings >= firstFailing && readings <= lastFailing) {
+                return finish(sink, code(WBEM_E_ACCESS_DENIED));
+            }
+            const auto port = spawn(ns, L"Zerix_EthernetPort");
+            put(port, L"DeviceID", Variant::ofText(L"{A}"));
+            put(port, L"ActiveMaximumTransmissionUnit", Variant::ofText(std::to_wstring(readings)));
+            deliver(sink, port);
+            return finish(sink);
+        };
+        std::filesystem::create_directory(folder);
+    }
+    ~MetricsTest() override { std::filesystem::remove_all(folder); }
+
+    std::string textOfFile() const
+    {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    }
+
+    // The lines that differ from reading to reading.
+    static std::string figures(const std::string& text)
+    {
+        std::string result;
+        const std::regex wanted("(zerix_port_mtu_bytes|zerix_read_success|zerix_read_last_success)[^ \n]* [0-9.]+\n");
+        for (std::sregex_iterator match(text.begin(), text.end(), wanted), end; match != end; ++match) {
+            result += match->str();
+        }
+        return result;
+    }
+
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("prom" + std::to_string(GetCurrentProcessId()));
+    const std::filesystem::path file = folder / "zerix.prom";
+    int readings = 0;
+    int firstFailing = 0;
+    int lastFailing = 0;
+    std::vector<std::string> shown;  // what the file held when each reading began
+};
+
+const std::string deniedReport =
+    "wmihost metrics: the machine cannot be read: WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n";
+
+TEST_F(MetricsTest, WithoutAFile_theTextGoesToStandardOutput)
+{
+    EXPECT_EQ(run({"metrics"}), 0);
+    EXPECT_EQ(error, "");
+    const std::regex form(
+        R"(# HELP zerix_port_info A port\.
+# TYPE zerix_port_info gauge
+zerix_port_info\{guid="\{A\}",name="",mac="",description=""\} 1
+(.*\n)*zerix_port_mtu_bytes\{guid="\{A\}"\} 1
+(.*\n)*zerix_read_success 1
+# HELP zerix_read_duration_seconds .*
+# TYPE zerix_read_duration_seconds gauge
+zerix_read_duration_seconds [0-9.]+
+# HELP zerix_read_last_success_timestamp_seconds .*
+# TYPE zerix_read_last_success_timestamp_seconds gauge
+zerix_read_last_success_timestamp_seconds [0-9]{10}\.?[0-9]*
+)");
+    EXPECT_TRUE(std::regex_match(out, form)) << out;
+    EXPECT_EQ(out.find('\r'), std::string::npos);
+}
+
+TEST_F(MetricsTest, File_isReplacedAtEachReading)
+{
+    EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1", "--count", "2"}), 0);
+    EXPECT_EQ(error, "");
+    EXPECT_EQ(out, "");
+    ASSERT_EQ(shown.size(), 2U);
+    EXPECT_EQ(shown[0], "");
+    EXPECT_TRUE(figures(shown[1]).starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 1\nzerix_read_success 1\n"));
+    EXPECT_TRUE(figures(textOfFile()).starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 2\nzerix_read_success 1\n"));
+}
+
+TEST_F(MetricsTest, FailedReading_keepsTheLastGoodValues)
+{
+    firstFailing = lastFailing = 2;
+    EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1", "--count", "3"}), 0);
+    EXPECT_EQ(error, deniedReport);
+    ASSERT_EQ(shown.size(), 3U);
+    const std::string before = figures(shown[1]);
+    EXPECT_TRUE(before.starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 1\nzerix_read_success 1\n")) << before;
+    // The same values and the same time.
+    EXPECT_EQ(figures(shown[2]), std::regex_replace(before, std::regex("success 1"), "success 0"));
+    EXPECT_TRUE(figures(textOfFile()).starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 3\nzerix_read_success 1\n"));
+}
+
+TEST_F(MetricsTest, OnlyReadingThatFails_saysSoInTheFile)
+{
+    firstFailing = lastFailing = 1;
+    EXPECT_EQ(run({"metrics", "--output", file.string()}), 1);
+    EXPECT_EQ(error, deniedReport);
+    EXPECT_EQ(figures(textOfFile()), "zerix_read_success 0\n");
+}
+
+TEST_F(MetricsTest, FileThatCannotBeWritten_isReported)
+{
+    const std::string absent = (folder / "absent" / "zerix.prom").string();
+    EXPECT_EQ(run({"metrics", "--output", absent}), 1);
+    EXPECT_TRUE(error.starts_with("wmihost metrics: " + absent + ".tmp cannot be written: ")) << error;
+    EXPECT_EQ(out, "");
+}
+
+TEST_F(MetricsTest, FileThatCollectorsDoNotRead_isRefused)
+{
+    EXPECT_EQ(run({"metrics", "--output", "zerix.txt"}), 2);
+    EXPECT_EQ(error,
+              "wmihost metrics: 'zerix.txt' does not end in .prom; collectors read no other files\n"
+              "  Example: wmihost metrics --output C:\\metrics\\zerix.prom --every 15\n"
+              "  wmihost metrics --help shows all that it takes\n");
+    EXPECT_EQ(readings, 0);
+}
+
+TEST_F(MetricsTest, RepetitionWithoutAFile_isRefused)
+{
+    EXPECT_EQ(run({"metrics", "--every", "1"}), 2);
+    EXPECT_EQ(error,
+              "wmihost metrics: --every requires --output\n"
+              "  Example: wmihost metrics --output C:\\metrics\\zerix.prom --every 15\n"
+              "  wmihost metrics --help shows all that it takes\n");
+}
+
+TEST_F(MetricsTest, MofWithoutTheClasses_isRefusedBeforeTheFirstReading)
+{
+    addToMof("");
+    EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1"}), 1);
+    EXPECT_EQ(error, "wmihost metrics --output " + file.string() +
+                         " --every 1: failed\n"
+                         "  WBEM_E_INVALID_CLASS (0x80041010): there is no such class\n"
+                         "  Reason: the MOF declares no class Zerix_EthernetPort\n"
+                         "  Try: 'wmihost classes' shows the classes\n");
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+}  // namespace
+}  // namespace wmihost
