@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Runs the built wmihost with the built provider, as a user does, and compares exit codes and whole texts.
 
-    program_test.py BIN WORK
+    program_test.py BIN WORK PROMTOOL
 
-BIN is a build's folder of programs. The tests have a Wine prefix of their own below WORK, which is made when it is
+BIN is a build's folder of programs, PROMTOOL Prometheus' tool that checks metrics. The tests have a Wine prefix of their own below WORK, which is made when it is
 missing and kept: other tests register the provider, and take its registration away, while these run.
 """
 
@@ -19,6 +19,7 @@ import unittest
 TOP = pathlib.Path(__file__).resolve().parents[2]
 BIN = pathlib.Path(sys.argv[1]).resolve()
 PREFIX = pathlib.Path(sys.argv[2]).resolve() / "program-prefix"
+PROMTOOL = pathlib.Path(sys.argv[3]).resolve()
 
 PROFILE = 'Zerix_RegisteredProfile="Vexal:Profile:EthernetPort"'
 SETTING = 'Zerix_DiagnosticSetting="Vexal:DiagnosticSetting"'
@@ -217,6 +218,21 @@ AdvertiseTypes          Not Advertised
                                       r"[0-9.e+]+ [kMG]?/s$")
         self.assertEqual(half - 2, len(wmihost("list", "Zerix_EthernetPort")[1].split("\n")) - 3)
 
+    def test_metrics_are_what_prometheus_reads(self):
+        code, out, error = wmihost("metrics")
+        self.assertEqual((code, error), (0, ""))
+        checked = subprocess.run([PROMTOOL, "check", "metrics"], input=out, text=True, capture_output=True, check=False)
+        self.assertEqual((checked.returncode, checked.stdout + checked.stderr), (0, ""), out)
+        self.assertNotIn("\r", out)
+        ports = len(wmihost("list", "Zerix_EthernetPort")[1].split("\n")) - 3
+        self.assertEqual(out.count("\nzerix_port_info{"), ports)
+        self.assertIn("\nzerix_read_success 1\n", out)
+        # Alerts on a metric that nobody writes would never be raised.
+        rules = (TOP / "install" / "prometheus" / "zerix.rules.yml").read_text(encoding="utf-8")
+        asked = set(re.findall(r"zerix_[a-z_]+", re.sub(r"#.*", "", rules)))
+        self.assertGreater(len(asked), 9)
+        self.assertLessEqual(asked, set(re.findall(r"^# TYPE (\S+) ", out, re.M)))
+
     def test_the_self_test_passes_every_kind_of_request(self):
         _, out, _ = wmihost("list", "Zerix_EthernetPort", "--format", "json")
         ports = json.loads(out)
@@ -292,4 +308,4 @@ wmihost delete: path is required
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)
+    unittest.main(argv=[sys.argv[0], *sys.argv[4:]], verbosity=2)

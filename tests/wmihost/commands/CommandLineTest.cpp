@@ -297,6 +297,7 @@ TEST_F(CommandLineTest, TheHelpNamesEveryCommandWithAnExample)
               "  delete                      Deletes an instance\n"
               "  invoke                      Runs a method of an instance\n"
               "  watch                       Shows the rates of a class's counters\n"
+              "  metrics                     Writes the adapters' counters and states for Prometheus\n"
               "  self-test                   Makes a request of each kind, and gives each a verdict\n"
               "\n"
               "Without a command, the network adapters are listed.\n"
@@ -310,6 +311,7 @@ TEST_F(CommandLineTest, TheHelpNamesEveryCommandWithAnExample)
               "  wmihost delete 'Zerix_ConcreteJob.InstanceID=\"...\"'\n"
               "  wmihost invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait\n"
               "  wmihost watch Zerix_EthernetPortStatistics --count 10\n"
+              "  wmihost metrics --output C:\\metrics\\zerix.prom --every 15\n"
               "  wmihost self-test\n"
               "\n");
     EXPECT_EQ(error, "");
