@@ -291,13 +291,13 @@ delete     FAILED   there is no job to delete
                 _, out, error = wmihost(*arguments, folder=PREFIX)
                 self.assertEqual((out + error).replace("\\\\" + host + "\\", "\\\\VM\\").rstrip("\n"),
                                  expected.rstrip("\n"))
-        self.assertLessEqual({"classes", "describe", "list", "get", "set", "delete", "invoke", "watch", "self-test"},
-                             asked)
+        self.assertLessEqual({"classes", "describe", "list", "get", "set", "delete", "invoke", "watch", "metrics",
+                              "self-test"}, asked)
 
     def test_wrong_usage_has_exit_code_2(self):
         self.expect(["lst"], 2, "", """\
 wmihost: there is no command 'lst'; did you mean list?
-  Commands: classes, describe, list, get, set, delete, invoke, watch, self-test
+  Commands: classes, describe, list, get, set, delete, invoke, watch, metrics, self-test
   wmihost --help explains them
 """)
         self.expect(["delete"], 2, "", """\

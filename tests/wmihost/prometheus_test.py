@@ -231,11 +231,13 @@ def check_changes(programs):
     event("up again")
     ip("link", "set", "w0", "up")
     wait_for("v0 has its carrier back", lambda: states() == [1, 1])
+    time.sleep(5 * SCRAPE_SECONDS)  # for the graph alone
     event("x0 and y0 removed")
     ip("link", "delete", "x0")
     wait_for("x0 is down", lambda: query(of_ports("zerix_port_up")).get("x0") == 0)
     # Wine goes on listing adapters that are gone until its server ends.
     programs.restart_wine()
+    event("Wine started anew")
     wait_for("x0 and y0 have disappeared", lambda: set(query("zerix_port_info")) == {"v0", "w0"})
     if set(query(of_ports("zerix_port_received_bytes_total"))) != {"v0", "w0"}:
         raise SystemExit("a port that has disappeared still has counters")

@@ -106,18 +106,21 @@ std::optional<double> scaled(IWbemClassObject& row, std::wstring_view property, 
 void addPortStates(std::vector<MetricFamily>& families, const ClassRows& ports)
 {
     const ClassDefinition& definition = *ports.definition;
+    const std::string speedRemark = "In bytes a second; absent while it is unknown.";
+    const auto addQuantity = [&](const char* name, const wchar_t* property, double divisor, const std::string& remark) {
+        const auto read = [&](IWbemClassObject& port) { return scaled(port, property, divisor); };
+        families.push_back(portGauge(ports, name, helpOf(definition, property, remark), read));
+    };
     families.push_back(portInfo(ports));
+    families.push_back(portGauge(ports, "zerix_port_up",
+                                 helpOf(definition, L"EnabledState", "1: Enabled; 0: any other state."), isUp));
     families.push_back(
-        portGauge(ports, "zerix_port_up", helpOf(definition, L"EnabledState", "1 if so, otherwise 0."), isUp));
-    families.push_back(portGauge(ports, "zerix_port_carrier",
-                                 helpOf(definition, L"EnabledState", "0: no link. Absent while it is not switched on."),
-                                 hasCarrier));
-    families.push_back(portGauge(ports, "zerix_port_speed_bytes_per_second",
-                                 helpOf(definition, L"Speed", "In bytes; absent when it is unknown."),
-                                 [](IWbemClassObject& port) { return scaled(port, L"Speed", bitsPerByte); }));
-    families.push_back(
-        portGauge(ports, "zerix_port_mtu_bytes", helpOf(definition, L"ActiveMaximumTransmissionUnit"),
-                  [](IWbemClassObject& port) { return scaled(port, L"ActiveMaximumTransmissionUnit", 1); }));
+        portGauge(ports, "zerix_port_carrier",
+                  helpOf(definition, L"EnabledState", "1: Enabled; 0: Enabled but Offline; absent in any other state."),
+                  hasCarrier));
+    addQuantity("zerix_port_speed_bytes_per_second", L"Speed", bitsPerByte, speedRemark);
+    addQuantity("zerix_port_receive_speed_bytes_per_second", L"ReceiveLinkSpeed", bitsPerByte, speedRemark);
+    addQuantity("zerix_port_mtu_bytes", L"ActiveMaximumTransmissionUnit", 1, "");
 }
 
 // "TotalRxErrors" is "total", "rx", "errors"; "IPBytes" is "ip", "bytes".

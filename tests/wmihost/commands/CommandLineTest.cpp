@@ -58,6 +58,7 @@ const std::map<std::string, std::string>& examples()
         {"wmihost invoke",
          "wmihost invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait"},
         {"wmihost watch", "wmihost watch Zerix_EthernetPortStatistics --count 10"},
+        {"wmihost metrics", "wmihost metrics --output C:\\metrics\\zerix.prom --every 15"},
         {"wmihost self-test", "wmihost self-test"},
     };
     return lines;
@@ -85,7 +86,7 @@ TEST_P(WrongUsages, AreExplainedWithAnExample)
     const std::string command = reason.substr(0, reason.find(':'));
     const std::string help =
         command == "wmihost"
-            ? "  Commands: classes, describe, list, get, set, delete, invoke, watch, self-test\n"
+            ? "  Commands: classes, describe, list, get, set, delete, invoke, watch, metrics, self-test\n"
               "  wmihost --help explains them\n"
             : "  Example: " + examples().at(command) + "\n  " + command + " --help shows all that it takes\n";
     EXPECT_EQ(run(GetParam().arguments), 2);

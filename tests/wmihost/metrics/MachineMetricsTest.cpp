@@ -19,6 +19,7 @@ const char* const mof = R"([Description("A port.")] class Port
     string Description;
     [Description("Whether it is on.")] uint16 EnabledState;
     [Description("Its speed."), Units("Bits per Second")] uint64 Speed;
+    [Description("Its other speed."), Units("Bits per Second")] uint64 ReceiveLinkSpeed;
     [Description("Its MTU."), Units("Bytes")] uint64 ActiveMaximumTransmissionUnit;
 };
 class Statistics
@@ -118,30 +119,37 @@ TEST_F(MachineMetricsTest, EachState_saysUpAndCarrier)
     addPort(L"{test}", 7);
     add(rows.ports, {{L"DeviceID", words(L"{null}")}});
     EXPECT_EQ(linesOf("zerix_port_up"),
-              "# HELP zerix_port_up Whether it is on. 1 if so, otherwise 0.\n"
+              "# HELP zerix_port_up Whether it is on. 1: Enabled; 0: any other state.\n"
               "# TYPE zerix_port_up gauge\n"
               "zerix_port_up{guid=\"{unknown}\"} 0\n"
               "zerix_port_up{guid=\"{enabled}\"} 1\n"
               "zerix_port_up{guid=\"{disabled}\"} 0\n"
               "zerix_port_up{guid=\"{offline}\"} 0\n"
               "zerix_port_up{guid=\"{test}\"} 0\n");
-    EXPECT_EQ(linesOf("zerix_port_carrier"),
-              "# HELP zerix_port_carrier Whether it is on. 0: no link. Absent while it is not switched on.\n"
-              "# TYPE zerix_port_carrier gauge\n"
-              "zerix_port_carrier{guid=\"{enabled}\"} 1\n"
-              "zerix_port_carrier{guid=\"{offline}\"} 0\n");
+    EXPECT_EQ(
+        linesOf("zerix_port_carrier"),
+        "# HELP zerix_port_carrier Whether it is on. 1: Enabled; 0: Enabled but Offline; absent in any other state.\n"
+        "# TYPE zerix_port_carrier gauge\n"
+        "zerix_port_carrier{guid=\"{enabled}\"} 1\n"
+        "zerix_port_carrier{guid=\"{offline}\"} 0\n");
 }
 
 TEST_F(MachineMetricsTest, SpeedAndMtu_areInBytes)
 {
     add(rows.ports, {{L"DeviceID", words(L"{A}")},
                      {L"Speed", words(L"2500000000")},
+                     {L"ReceiveLinkSpeed", words(L"1000000001")},
                      {L"ActiveMaximumTransmissionUnit", words(L"1500")}});
     add(rows.ports, {{L"DeviceID", words(L"{B}")}});
     EXPECT_EQ(linesOf("zerix_port_speed_bytes_per_second"),
-              "# HELP zerix_port_speed_bytes_per_second Its speed. In bytes; absent when it is unknown.\n"
+              "# HELP zerix_port_speed_bytes_per_second Its speed. In bytes a second; absent while it is unknown.\n"
               "# TYPE zerix_port_speed_bytes_per_second gauge\n"
               "zerix_port_speed_bytes_per_second{guid=\"{A}\"} 312500000\n");
+    EXPECT_EQ(linesOf("zerix_port_receive_speed_bytes_per_second"),
+              "# HELP zerix_port_receive_speed_bytes_per_second Its other speed. In bytes a second; absent while it is "
+              "unknown.\n"
+              "# TYPE zerix_port_receive_speed_bytes_per_second gauge\n"
+              "zerix_port_receive_speed_bytes_per_second{guid=\"{A}\"} 125000000.125\n");
     EXPECT_EQ(linesOf("zerix_port_mtu_bytes"),
               "# HELP zerix_port_mtu_bytes Its MTU.\n"
               "# TYPE zerix_port_mtu_bytes gauge\n"
