@@ -18,21 +18,30 @@ template <class T>
 class Singleton
 {
 public:
-    // The current instance, created on first use; never null. No lock is taken. Threads that meet on the first use may
-    // each create an instance: the later one becomes current and both live until the module is unloaded.
+    // The current instance, created on first use; never null. No lock is taken. A thread that finds another one at work
+    // on the first instance waits for it, and tries in its turn when that constructor throws. The constructor itself
+    // gets the instance at once, as far as it is made.
     static T* getInstance()
     {
-        while (T* instance = current()) {
-            // An instance registers itself before its own constructor has run: wait until it is whole. It is gone
-            // where that constructor has thrown, so look again.
-            while (s_creations.load(std::memory_order_acquire) != 0) {
+        for (;;) {
+            unsigned turn = s_turn.load(std::memory_order_acquire);
+            if (isTaken(turn)) {
+                if (s_creator.load(std::memory_order_relaxed) == std::this_thread::get_id()) {
+                    return current();
+                }
                 std::this_thread::yield();
+                continue;
             }
-            if (current() == instance) {
+            // An instance registers itself before it is whole. Nobody has begun one in the meantime where the turn is
+            // still the same.
+            T* const instance = current();
+            if (instance != nullptr && s_turn.load(std::memory_order_acquire) == turn) {
                 return instance;
             }
+            if (instance == nullptr && s_turn.compare_exchange_strong(turn, turn + 1, std::memory_order_acq_rel)) {
+                return create();
+            }
         }
-        return create();
     }
 
 protected:
@@ -55,12 +64,21 @@ public:
     Singleton& operator=(const Singleton&) = delete;
 
 private:
-    // Counts a construction in progress, also when it throws.
-    struct Creation
+    // The calling thread's turn to create the instance; ends also when the constructor throws.
+    class Turn
     {
-        Creation() { s_creations.fetch_add(1, std::memory_order_acq_rel); }
-        ~Creation() { s_creations.fetch_sub(1, std::memory_order_acq_rel); }
+    public:
+        Turn() { s_creator.store(std::this_thread::get_id(), std::memory_order_relaxed); }
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        ~Turn()
+        {
+            s_creator.store(std::thread::id(), std::memory_order_relaxed);
+            s_turn.fetch_add(1, std::memory_order_release);
+        }
     };
+
+    static bool isTaken(unsigned turn) noexcept { return turn % 2 != 0; }
 
     static void logCreation() noexcept
     {
@@ -74,9 +92,10 @@ private:
         }
     }
 
+    // The turn is the calling thread's.
     static T* create()
     {
-        const Creation creation;
+        const Turn turn;
         new T;
         std::atexit(&Singleton::deleteAll);
         return current();
@@ -91,7 +110,9 @@ private:
     }
 
     static inline std::atomic<Singleton*> s_current{nullptr};
-    static inline std::atomic<int> s_creations{0};
+    // Odd while a thread creates the instance.
+    static inline std::atomic<unsigned> s_turn{0};
+    static inline std::atomic<std::thread::id> s_creator{};
 
     Singleton* m_previous;
 };

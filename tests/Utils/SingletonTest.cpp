@@ -4,9 +4,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "support/LockCount.h"
@@ -116,35 +119,83 @@ TEST(SingletonTest, aConstructorThatThrowsLeavesNoInstanceBehind)
     EXPECT_THAT(Failing::getInstance(), NotNull());
 }
 
-class FailingFirst : public utils::AutoSingleton<FailingFirst>
+// Where threads meet: one is inside a constructor, and the others call getInstance. The constructor goes on once each
+// of them waits, or has come back without waiting.
+class Meeting
 {
 public:
-    static constexpr const char* qualifiedName = "wa::FailingFirst";
+    explicit Meeting(int visitors) : m_missing(visitors) { current = this; }
+    Meeting(const Meeting&) = delete;
+    Meeting& operator=(const Meeting&) = delete;
+    ~Meeting() { current = nullptr; }
 
-    FailingFirst()
+    // For the constructor: lets the visitors come, and waits for them.
+    void hold()
     {
-        if (constructions.fetch_add(1) == 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            throw std::runtime_error("not the first time");
+        m_begun.set_value();
+        m_everybodyIsHere.get_future().wait();
+    }
+
+    // For the test: until a constructor has begun.
+    void waitForConstructor() { m_begun.get_future().wait(); }
+
+    // For each visitor, when it waits or has come back; only its first call counts.
+    void arrive()
+    {
+        if (!std::exchange(counted, true) && m_missing.fetch_sub(1) == 1) {
+            m_everybodyIsHere.set_value();
         }
     }
 
-    static inline std::atomic<int> constructions{0};
+    static inline std::atomic<Meeting*> current{nullptr};
 
-    int value = 4711;
+private:
+    static inline thread_local bool counted = false;
+
+    std::atomic<int> m_missing;
+    std::promise<void> m_begun;
+    std::promise<void> m_everybodyIsHere;
 };
 
-TEST(SingletonTest, aThreadThatWaitsForAnotherThreadsConstructionMakesItsOwnWhenThatThrows)
+}  // namespace
+
+// A thread that waits for another one's turn gives up its own time. The linker puts this in the place of the platform's
+// function for the whole program.
+extern "C" int __wrap_sched_yield()
 {
-    std::thread first([] { EXPECT_THROW(FailingFirst::getInstance(), std::runtime_error); });
-    while (FailingFirst::constructions == 0) {
-        std::this_thread::yield();
+    if (Meeting* const meeting = Meeting::current) {
+        meeting->arrive();
     }
-    FailingFirst* const instance = FailingFirst::getInstance();
-    first.join();
-    EXPECT_EQ(FailingFirst::constructions, 2);
-    EXPECT_EQ(instance->value, 4711);
-    EXPECT_EQ(FailingFirst::getInstance(), instance);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return 0;
+}
+
+namespace {
+
+constexpr int VISITORS = 7;
+
+// Lets several threads ask for the instance while one constructs it. What the visitors got.
+template <class T>
+std::vector<T*> meetInConstructorOf(const std::function<void()>& maker)
+{
+    Meeting meeting(VISITORS);
+    std::thread making(maker);
+    meeting.waitForConstructor();
+    std::vector<T*> found(VISITORS);
+    std::vector<std::thread> visitors;
+    for (T*& instance : found) {
+        visitors.emplace_back([&instance, &meeting] {
+            T* const asked = T::getInstance();
+            // Read before the constructor goes on, had this thread not waited for it.
+            instance = asked->whole ? asked : nullptr;
+            meeting.arrive();
+        });
+    }
+    for (std::thread& visitor : visitors) {
+        visitor.join();
+    }
+    making.join();
+    return found;
 }
 
 class Slow : public utils::AutoSingleton<Slow>
@@ -154,28 +205,79 @@ public:
 
     Slow()
     {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ++constructions;
+        Meeting::current.load()->hold();
         whole = true;
     }
 
-    bool whole = false;
+    static inline std::atomic<int> constructions{0};
+
+    std::atomic<bool> whole{false};
 };
 
-TEST(SingletonTest, threadsThatMeetOnTheFirstUseGetWholeObjects)
+TEST(SingletonTest, ThreadsThatMeetAConstruction_waitForIt)
 {
-    std::vector<char> whole(8);
-    std::vector<std::thread> threads;
-    for (char& found : whole) {
-        threads.emplace_back([&found] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5 * (reinterpret_cast<std::uintptr_t>(&found) % 8)));
-            found = static_cast<char>(Slow::getInstance()->whole);
-        });
+    const std::vector<Slow*> found = meetInConstructorOf<Slow>([] { Slow::getInstance(); });
+    EXPECT_THAT(found, Each(Slow::getInstance()));
+    EXPECT_EQ(Slow::constructions, 1);
+}
+
+class FailingFirst : public utils::AutoSingleton<FailingFirst>
+{
+public:
+    static constexpr const char* qualifiedName = "wa::FailingFirst";
+
+    FailingFirst()
+    {
+        if (constructions.fetch_add(1) == 0) {
+            Meeting::current.load()->hold();
+            throw std::runtime_error("not the first time");
+        }
+        whole = true;
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_THAT(whole, Each(1));
-    EXPECT_TRUE(Slow::getInstance()->whole);
+
+    static inline std::atomic<int> constructions{0};
+
+    std::atomic<bool> whole{false};
+};
+
+TEST(SingletonTest, ConstructorThatThrows_letsTheNextThreadTry)
+{
+    const std::vector<FailingFirst*> found =
+        meetInConstructorOf<FailingFirst>([] { EXPECT_THROW(FailingFirst::getInstance(), std::runtime_error); });
+    EXPECT_THAT(found, Each(FailingFirst::getInstance()));
+    EXPECT_EQ(FailingFirst::constructions, 2);
+}
+
+class AsksForItself : public utils::AutoSingleton<AsksForItself>
+{
+public:
+    static constexpr const char* qualifiedName = "wa::AsksForItself";
+
+    AsksForItself() : itself(getInstance()) {}
+
+    AsksForItself* itself;
+};
+
+TEST(SingletonTest, ConstructingThread_getsTheInstanceAtOnce)
+{
+    AsksForItself* const instance = AsksForItself::getInstance();
+    EXPECT_EQ(instance->itself, instance);
+}
+
+class HoldsAnother : public utils::AutoSingleton<HoldsAnother>
+{
+public:
+    static constexpr const char* qualifiedName = "wa::HoldsAnother";
+
+    HoldsAnother() : lazy(Lazy::getInstance()) {}
+
+    Lazy* lazy;
+};
+
+TEST(SingletonTest, Constructor_mayUseAnotherSingleton)
+{
+    EXPECT_EQ(HoldsAnother::getInstance()->lazy, Lazy::getInstance());
 }
 
 }  // namespace
