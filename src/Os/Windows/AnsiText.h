@@ -8,7 +8,8 @@
 // Wide text exists only at the WMI boundary. Both directions use the process's ANSI code page, never UTF-8.
 namespace utils {
 
-// A zero-terminated wide text; characters outside the code page become '?'. Null is an empty text.
+// A zero-terminated wide text. A character outside the code page becomes '?', never one that looks like it. Null is an
+// empty text.
 std::string narrow(const wchar_t* text);
 
 // The same for a BSTR, by its length.

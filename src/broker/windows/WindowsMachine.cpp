@@ -5,6 +5,7 @@
 #include <array>
 #include <chrono>
 
+#include "Os/Windows/AnsiText.h"
 #include "Os/Windows/ComputerName.h"
 #include "Os/Windows/Platform.h"
 
@@ -17,9 +18,9 @@ std::string WindowsMachine::computerName()
 
 std::string WindowsMachine::userName()
 {
-    std::array<char, UNLEN + 1> name{};
+    std::array<wchar_t, UNLEN + 1> name{};
     DWORD size = static_cast<DWORD>(name.size());
-    return GetUserNameA(name.data(), &size) ? name.data() : std::string();
+    return GetUserNameW(name.data(), &size) ? utils::narrow(name.data()) : std::string();
 }
 
 std::uint64_t WindowsMachine::now()

@@ -88,28 +88,84 @@ TEST(WideTextTest, mayHoldZerosOfItsOwn)
     EXPECT_EQ(text.length(), 3);
 }
 
-UINT WINAPI utf8()
+// Runs the process under another ANSI code page, as far as the conversions ask for it.
+template <UINT CodePage>
+UINT WINAPI codePageIs()
 {
-    return CP_UTF8;
+    return CodePage;
 }
 
-LPCSTR replacementAsked = "not called";
-
-int WINAPI noteReplacement(UINT /*codePage*/, DWORD /*flags*/, LPCWSTR /*text*/, int length, LPSTR /*out*/,
-                           int /*size*/, LPCSTR replacement, LPBOOL /*used*/)
+using CodePageHook = UINT(WINAPI*)();
+struct CodePage
 {
-    replacementAsked = replacement;
-    return length;
+    const char* name;
+    CodePageHook hook;
+};
+
+class EveryCodePageTest : public testing::TestWithParam<CodePage>
+{
+protected:
+    support::ImportHook m_codePage{"GetACP", GetParam().hook};
+};
+
+// "?" alone, or a text that turns back into the very character: never one that only looks like it.
+TEST_P(EveryCodePageTest, Character_isItselfOrAQuestionMark)
+{
+    for (unsigned code = 0; code <= 0xFFFF; ++code) {
+        const std::wstring character(1, static_cast<wchar_t>(code));
+        const BSTR text = SysAllocStringLen(character.data(), 1);
+        const std::string made = narrowBstr(text);
+        SysFreeString(text);
+        ASSERT_TRUE(made == "?" || wide(made) == character) << std::hex << code << " became '" << made << "'";
+        if (code != 0) {
+            ASSERT_EQ(narrow(character.c_str()), made);
+        }
+    }
 }
 
-TEST(AnsiTextTest, noReplacementIsAskedForWhereTheCodePageIsUtf8)
+TEST_P(EveryCodePageTest, Ascii_isItselfBesideOthers)
 {
-    const support::ImportHook convert("WideCharToMultiByte", &noteReplacement);
-    narrow(L"\u0434");
-    EXPECT_STREQ(replacementAsked, "?");
-    const support::ImportHook codePage("GetACP", &utf8);
-    narrow(L"\u0434");
-    EXPECT_EQ(replacementAsked, nullptr);
+    for (wchar_t c = 1; c < 128; ++c) {
+        const std::wstring text{L'\u4e2d', c};
+        EXPECT_EQ(narrow(text.c_str()).back(), static_cast<char>(c));
+        EXPECT_EQ(wide(narrow(text.c_str())).back(), c);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(CodePages, EveryCodePageTest,
+                         testing::Values(CodePage{"cp1252", &codePageIs<1252>}, CodePage{"cp1250", &codePageIs<1250>},
+                                         CodePage{"cp1251", &codePageIs<1251>}, CodePage{"cp1253", &codePageIs<1253>},
+                                         CodePage{"cp1254", &codePageIs<1254>}, CodePage{"cp1258", &codePageIs<1258>},
+                                         CodePage{"cp874", &codePageIs<874>}, CodePage{"cp932", &codePageIs<932>},
+                                         CodePage{"cp936", &codePageIs<936>}, CodePage{"cp949", &codePageIs<949>},
+                                         CodePage{"cp950", &codePageIs<950>}, CodePage{"utf8", &codePageIs<CP_UTF8>}),
+                         [](const testing::TestParamInfo<CodePage>& instance) {
+                             return std::string(instance.param.name);
+                         });
+
+TEST(AnsiTextTest, Lookalikes_areNotTaken)
+{
+    ASSERT_EQ(GetACP(), 1252U) << "run with LC_ALL=C.UTF-8";
+    // Best fits would be J, a quote, a full stop, I and a backslash.
+    EXPECT_EQ(narrow(L"\u0134 \uFF02 \uFF0E \uFF29 \uFF3C"), "? ? ? ? ?");
+}
+
+TEST(AnsiTextTest, Pairs_ofSurrogates_areOneCharacter)
+{
+    EXPECT_EQ(narrow(L"a\U0001F600b"), "a??b") << "a question mark for each half";
+    const support::ImportHook codePage("GetACP", &codePageIs<CP_UTF8>);
+    EXPECT_EQ(narrow(L"a\U0001F600b"),
+              "a\xF0\x9F\x98\x80"
+              "b");
+    EXPECT_EQ(narrow(L"\xD83D\U0001F600\xDE00 \xDE00\xD83D"), "?\xF0\x9F\x98\x80? ??");
+}
+
+TEST(AnsiTextTest, Bytes_ofTheCodePage_comeThroughBothWays)
+{
+    for (int byte = 1; byte < 256; ++byte) {
+        const std::string text(1, static_cast<char>(byte));
+        EXPECT_EQ(narrow(wide(text).c_str()), text) << byte;
+    }
 }
 
 BSTR WINAPI allocateNothing(const OLECHAR* /*text*/, UINT /*size*/)

@@ -5,13 +5,14 @@
 
 #include <array>
 #include <cstdlib>
+#include <cwchar>
 
 #include "Os/Windows/Platform.h"
 #include "support/ImportHook.h"
 
 namespace {
 
-BOOL WINAPI noUserName(LPSTR /*name*/, LPDWORD /*size*/)
+BOOL WINAPI noUserName(LPWSTR /*name*/, LPDWORD /*size*/)
 {
     return FALSE;
 }
@@ -36,9 +37,22 @@ TEST(WindowsMachine, UserNameIsThatOfTheThread)
 
 TEST(WindowsMachine, UserNameThatThePlatformDoesNotTellIsEmpty)
 {
-    const support::ImportHook hook("GetUserNameA", &noUserName);
+    const support::ImportHook hook("GetUserNameW", &noUserName);
     broker::WindowsMachine machine;
     EXPECT_EQ(machine.userName(), "");
+}
+
+BOOL WINAPI lookalikeName(LPWSTR name, LPDWORD size)
+{
+    *size = static_cast<DWORD>(std::wcslen(std::wcscpy(name, L"\u0134oe")) + 1);
+    return TRUE;
+}
+
+TEST(WindowsMachine, UserName_outsideTheCodePage_hasQuestionMarks)
+{
+    const support::ImportHook hook("GetUserNameW", &lookalikeName);
+    broker::WindowsMachine machine;
+    EXPECT_EQ(machine.userName(), "?oe");
 }
 
 TEST(WindowsMachine, NowIsThePlatformsTime)
