@@ -74,7 +74,7 @@ utils::SafeList<core::CimInstance*> Broker::getInstances(const std::string& /*cl
 
 void Broker::modifyInstance(core::CimPath& /*path*/, core::CimPropertyList& /*properties*/) {}
 
-std::uint32_t Broker::invokeMethod(core::CimPath& /*path*/, const std::string& /*methodName*/,
+std::uint32_t Broker::invokeMethod(core::CimPath& /*path*/, std::string /*methodName*/,
                                    core::CimPropertyList& /*inArguments*/, core::CimPropertyList& /*outArguments*/,
                                    core::CimInstance*& /*job*/)
 {

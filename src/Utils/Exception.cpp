@@ -13,7 +13,7 @@ constexpr const char* CONSTRUCTOR = "utils::Exception::Exception";
 
 }  // namespace
 
-Exception::Exception(const std::string& message) : m_message("DRAVEv2: " + message)
+Exception::Exception(const std::string& message) : m_message(std::string(PREFIX) + message)
 {
     logError(FILE_NAME, CONSTRUCTOR, __LINE__, message);
 }

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <string_view>
 
 namespace utils {
 
@@ -10,7 +11,10 @@ namespace utils {
 class Exception : public std::exception
 {
 public:
-    // what() is "DRAVEv2: " and the message; the logged text has no prefix.
+    // What the first constructor puts in front of the message, and whoever passes a message on takes off first.
+    static constexpr std::string_view PREFIX = "DRAVEv2: ";
+
+    // what() is the prefix and the message; the logged text has no prefix.
     explicit Exception(const std::string& message);
 
     // what() is the formatted text, without the prefix. A string literal alone picks this one. Administrators' filters

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <memory>
+#include <string_view>
 
 #include "Utils/Exception.h"
 #include "Utils/Log.h"
@@ -16,6 +17,16 @@ constexpr const char* FILE_NAME = "ObjectBroker";
 utils::ENotFound notFound(const core::CimPath& path)
 {
     return utils::ENotFound("Instance " + path.getModelPath() + " does not exist");
+}
+
+// The exception's message, ready to be passed on in an exception that puts the prefix in front of it again.
+std::string messageOf(const std::exception& exception)
+{
+    std::string_view text = exception.what();
+    if (text.starts_with(utils::Exception::PREFIX)) {
+        text.remove_prefix(utils::Exception::PREFIX.size());
+    }
+    return std::string(text);
 }
 
 }  // namespace
@@ -79,11 +90,11 @@ void ObjectBroker::modifyInstance(core::CimPath& path, core::CimPropertyList& pr
         throw;
     } catch (const std::exception& exception) {
         // Callers know these five and no other.
-        throw utils::EFailed(exception.what());
+        throw utils::EFailed(messageOf(exception));
     }
 }
 
-std::uint32_t ObjectBroker::invokeMethod(core::CimPath& path, const std::string& methodName,
+std::uint32_t ObjectBroker::invokeMethod(core::CimPath& path, std::string methodName,
                                          core::CimPropertyList& inArguments, core::CimPropertyList& outArguments,
                                          core::CimInstance*& job)
 {

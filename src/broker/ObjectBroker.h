@@ -39,7 +39,7 @@ public:
 
     void modifyInstance(core::CimPath& path, core::CimPropertyList& properties) override;
 
-    std::uint32_t invokeMethod(core::CimPath& path, const std::string& methodName, core::CimPropertyList& inArguments,
+    std::uint32_t invokeMethod(core::CimPath& path, std::string methodName, core::CimPropertyList& inArguments,
                                core::CimPropertyList& outArguments, core::CimInstance*& job) override;
 
     // What core::CimBroker::getInstanceByPath gives.

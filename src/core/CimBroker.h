@@ -37,7 +37,7 @@ public:
     // to the job that carries on the work, or stays null. Returns the method's return value. Throws
     // wa::EMethodNotSupported for an unknown method, wa::EInvalidParameter for a bad argument, utils::ENotFound when
     // the instance does not exist.
-    virtual std::uint32_t invokeMethod(CimPath& path, const std::string& methodName, CimPropertyList& inArguments,
+    virtual std::uint32_t invokeMethod(CimPath& path, std::string methodName, CimPropertyList& inArguments,
                                        CimPropertyList& outArguments, CimInstance*& job) = 0;
 
     // The instance whose class and keys match, or null. Class and key names are compared without case, values exactly,

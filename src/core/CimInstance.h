@@ -27,8 +27,9 @@ public:
 
     virtual std::string getClassName() const { return m_className; }
 
-    // Over the properties that are not overridden, in order.
-    CimPropertyList::Iterator propertyIterator() { return getProperties().getIterator(); }
+    // Over the properties that are not overridden, in order. Reads the list itself: the provider calls none of the
+    // virtual operations in front of getClassName, which belong to the broker.
+    CimPropertyList::Iterator propertyIterator() { return m_properties.getIterator(); }
 
     // Asks the broker to remove the instance; nothing is removed here.
     void markForDeletion(bool marked) { m_deleted.store(marked); }

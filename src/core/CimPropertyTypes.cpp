@@ -109,13 +109,11 @@ std::string CimPropertyRef::toString() const
 void CimPropertyRef::setValue(CimInstance* instance) noexcept
 {
     m_instance = instance;
-    m_path.clear();
     setIsNull(false);
 }
 
 void CimPropertyRef::setValue(std::string path) noexcept
 {
-    m_instance = nullptr;
     m_path = std::move(path);
     setIsNull(false);
 }

@@ -181,7 +181,8 @@ public:
     EPropertyType getType() const override { return EPT_DATETIME; }
 };
 
-// A reference to another instance: the instance itself, or only its path as a client wrote it.
+// A reference to another instance: the instance itself, or its path as a client wrote it. The two are stored apart,
+// each by its own setter; where both are there the instance wins.
 class CimPropertyRef : public CimProperty
 {
 public:
@@ -195,9 +196,9 @@ public:
     CimInstance* getValue() const noexcept { return m_instance; }
     const std::string& getPath() const noexcept { return m_path; }
 
-    // Refers to the instance, which stays its owner's and must live as long as this value is read.
+    // Stores the instance, which stays its owner's and must live as long as this value is read. Null takes it away.
     void setValue(CimInstance* instance) noexcept;
-    // Refers to whatever the text names; it is neither parsed nor looked up.
+    // Stores a path text, which is neither parsed nor looked up.
     void setValue(std::string path) noexcept;
 
 private:

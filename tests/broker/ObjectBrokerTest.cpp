@@ -24,6 +24,12 @@ public:
     std::vector<broker::Adapter> readAdapters() override { throw std::runtime_error("out of order"); }
 };
 
+class AssertingAdapters : public fakes::Adapters
+{
+public:
+    std::vector<broker::Adapter> readAdapters() override { throw utils::Exception(std::string("Assertion failed")); }
+};
+
 template <class Property>
 std::unique_ptr<core::CimProperty> copyOf(const core::CimProperty& property)
 {
@@ -254,6 +260,15 @@ TEST_F(ObjectBroker, ChangeThrowsNothingThatItsCallersDoNotKnow)
     core::CimPropertyList values;
     core::CimPath path("Zerix_AdapterSetting.InstanceID=\"x\"");
     EXPECT_EQ(thrown([&] { broker.modifyInstance(path, values); }), "EFailed DRAVEv2: out of order");
+}
+
+TEST_F(ObjectBroker, Failure_passedOn_keepsOnePrefix)
+{
+    AssertingAdapters asserting;
+    broker::ObjectBroker broker({asserting, m_machine, m_storage, m_thread});
+    core::CimPropertyList values;
+    core::CimPath path("Zerix_AdapterSetting.InstanceID=\"x\"");
+    EXPECT_EQ(thrown([&] { broker.modifyInstance(path, values); }), "EFailed DRAVEv2: Assertion failed");
 }
 
 TEST_F(ObjectBroker, EveryInstanceMayBePutBackAsItIs)

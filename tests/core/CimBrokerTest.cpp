@@ -13,6 +13,11 @@ static_assert(std::is_abstract_v<core::CimBroker>);
 static_assert(!std::is_copy_constructible_v<core::CimBroker>);
 static_assert(std::is_same_v<decltype(&core::CimBroker::getInstances),
                              utils::SafeList<core::CimInstance*> (core::CimBroker::*)(const std::string&)>);
+static_assert(std::is_same_v<decltype(&core::CimBroker::modifyInstance),
+                             void (core::CimBroker::*)(core::CimPath&, core::CimPropertyList&)>);
+static_assert(std::is_same_v<decltype(&core::CimBroker::invokeMethod),
+                             std::uint32_t (core::CimBroker::*)(core::CimPath&, std::string, core::CimPropertyList&,
+                                                                core::CimPropertyList&, core::CimInstance*&)>);
 static_assert(std::is_same_v<decltype(&core::CimBroker::getInstanceByPath),
                              core::CimInstance* (core::CimBroker::*)(core::CimPath&)>);
 

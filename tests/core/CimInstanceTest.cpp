@@ -181,4 +181,38 @@ TEST(CimInstancePathTest, whatIsRenderedParsesBackToTheSameKeys)
     EXPECT_EQ(*path.find("Other"), "plain");
 }
 
+// The operations in front of getClassName belong to the broker: the provider must not call one.
+class Trapping : public core::CimInstance
+{
+public:
+    using CimInstance::CimInstance;
+
+    core::CimPropertyList& getProperties() override
+    {
+        if (armed) {
+            ADD_FAILURE() << "getProperties was called";
+        }
+        return CimInstance::getProperties();
+    }
+    bool isMarkedForDeletion() const override
+    {
+        ADD_FAILURE() << "isMarkedForDeletion was called";
+        return false;
+    }
+
+    bool armed = false;
+};
+
+TEST(CimInstanceTest, Operations_ofTheProvider_callNoneOfTheFirstSlots)
+{
+    Trapping instance("Port");
+    addKey(instance, "Name", "a");
+    instance.armed = true;
+    EXPECT_EQ(instance.getClassName(), "Port");
+    EXPECT_EQ(instance.propertyIterator().first()->getName(), "Name");
+    EXPECT_EQ(instance.toPathString(), "Port.Name=\"a\"");
+    instance.markForDeletion(true);
+    instance.armed = false;
+}
+
 }  // namespace

@@ -127,6 +127,16 @@ TEST(CimPathTest, aValueThatEndsInABackslashSwallowsItsClosingQuoteAndWhatFollow
     EXPECT_THAT(keysOf(CimPath(R"(Port.k="a\",l="b")")), ElementsAre(Pair("k", R"(a",l="b)")));
 }
 
+TEST(CimPathTest, ThreePieces_stripNoNamespace)
+{
+    const support::LogCapture log;
+    EXPECT_EQ(refusalOf("a:b:Port.k=1"), "model path not found: 'a:b:Port.k=1'");
+    EXPECT_THAT(log.messages(),
+                ElementsAre("debug|CimPath|core::CimPath::CimPath|Creating path a:b:Port.k=1",
+                            "error|Exception|utils::Exception::Exception|ESyntaxError:model path not found: "
+                            "'a:b:Port.k=1'"));
+}
+
 struct Refusal
 {
     const char* text;

@@ -178,6 +178,20 @@ TEST(VerifyPropertyTest, logsTheNumberOfListeners)
     EXPECT_THAT(log.numberedMessages(), ElementsAre("debug|CimProperty:403|core::verifyProperty|size: 3"));
 }
 
+TEST(VerifyPropertyTest, Size_isLoggedBeforeTheListenersAreAsked)
+{
+    const support::LogCapture log;
+    MockListener refusing;
+    core::CimPropertyUint8 property("P");
+    const core::CimPropertyUint8 newValue("P");
+    property.addListener(&refusing);
+    std::vector<std::string> before;
+    EXPECT_CALL(refusing, onVerify).WillOnce([&](CimProperty*, const CimProperty*) { before = log.messages(); });
+    core::verifyProperty(&property, &newValue);
+    EXPECT_THAT(before, ElementsAre("debug|CimProperty|core::verifyProperty|size: 3"));
+    EXPECT_EQ(log.messages().size(), 1U);
+}
+
 TEST(VerifyPropertyTest, asksListenersInOrderAndStopsAtTheFirstThatThrows)
 {
     MockListener first;
@@ -355,6 +369,8 @@ TEST(VerifyTypeTest, withoutAPropertyOrANewValueItFailsItsAssertions)
 {
     core::CimPropertyUint8 property("P");
     CimProperty::Listener* const listener = property.listeners()[1];
+    EXPECT_EQ(thrownBy([&] { listener->onVerify(nullptr, nullptr); }),
+              "DRAVEv2: CimProperty:137: Assertion failed: 'property != NULL'");
     EXPECT_EQ(thrownBy([&] { listener->onVerify(nullptr, &property); }),
               "DRAVEv2: CimProperty:137: Assertion failed: 'property != NULL'");
     EXPECT_EQ(thrownBy([&] { listener->onVerify(&property, nullptr); }),

@@ -342,6 +342,10 @@ TEST_F(LengthTest, theListenersFailTheirAssertionsWithoutAPropertyOrANewValue)
     m_property.registerLengthListeners();
     CimProperty::Listener* const minimum = m_property.listeners()[2];
     CimProperty::Listener* const maximum = m_property.listeners()[3];
+    EXPECT_EQ(thrownBy([&] { minimum->onVerify(nullptr, nullptr); }),
+              "DRAVEv2: CimProperty:153: Assertion failed: 'property != NULL'");
+    EXPECT_EQ(thrownBy([&] { maximum->onVerify(nullptr, nullptr); }),
+              "DRAVEv2: CimProperty:172: Assertion failed: 'property != NULL'");
     EXPECT_EQ(thrownBy([&] { minimum->onVerify(nullptr, &m_property); }),
               "DRAVEv2: CimProperty:153: Assertion failed: 'property != NULL'");
     EXPECT_EQ(thrownBy([&] { minimum->onVerify(&m_property, nullptr); }),
@@ -394,12 +398,18 @@ TEST_F(RefTest, ofAPathIsTheTextUnparsed)
     EXPECT_EQ(m_property.toString(), "no path at all");
 }
 
-TEST_F(RefTest, refersToWhatItWasSetToLast)
+TEST_F(RefTest, Setters_storeTheirOwnField_andAnInstanceWins)
 {
     m_property.setValue(&m_instance);
     m_property.setValue(std::string("Other.k=1"));
+    EXPECT_EQ(m_property.getValue(), &m_instance);
+    EXPECT_EQ(m_property.getPath(), "Other.k=1");
+    EXPECT_EQ(m_property.toString(), R"(Port.Name="a")");
+    m_property.setValue(nullptr);
+    EXPECT_EQ(m_property.getPath(), "Other.k=1");
     EXPECT_EQ(m_property.toString(), "Other.k=1");
     m_property.setValue(&m_instance);
+    EXPECT_EQ(m_property.getPath(), "Other.k=1");
     EXPECT_EQ(m_property.toString(), R"(Port.Name="a")");
 }
 

@@ -40,9 +40,8 @@ void FakeBroker::modifyInstance(core::CimPath& path, core::CimPropertyList& prop
     }
 }
 
-std::uint32_t FakeBroker::invokeMethod(core::CimPath& path, const std::string& methodName,
-                                       core::CimPropertyList& inArguments, core::CimPropertyList& outArguments,
-                                       core::CimInstance*& job)
+std::uint32_t FakeBroker::invokeMethod(core::CimPath& path, std::string methodName, core::CimPropertyList& inArguments,
+                                       core::CimPropertyList& outArguments, core::CimInstance*& job)
 {
     m_calls.add("broker.invokeMethod(" + path.getModelPath() + ", " + methodName + ", {" + describe(inArguments) +
                 "}, {" + describe(outArguments) + "}, " + (job == nullptr ? "null" : "a job") + ")");

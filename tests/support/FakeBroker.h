@@ -26,7 +26,7 @@ public:
 
     utils::SafeList<core::CimInstance*> getInstances(const std::string& className) override;
     void modifyInstance(core::CimPath& path, core::CimPropertyList& properties) override;
-    std::uint32_t invokeMethod(core::CimPath& path, const std::string& methodName, core::CimPropertyList& inArguments,
+    std::uint32_t invokeMethod(core::CimPath& path, std::string methodName, core::CimPropertyList& inArguments,
                                core::CimPropertyList& outArguments, core::CimInstance*& job) override;
     core::CimInstance* find(core::CimPath& path);
 

@@ -1,11 +1,25 @@
 #pragma once
 
+#include <comdef.h>
+
+#include <new>
 #include <string>
 
 #include "Os/Windows/ComScope.h"
 #include "Os/Windows/Platform.h"
 
 namespace wa {
+
+// Runs what copies the name of a client's property. Throws _com_error(E_OUTOFMEMORY) when there is no memory for it.
+template <class Copy>
+void copyName(const Copy& copy)
+{
+    try {
+        copy();
+    } catch (const std::bad_alloc&) {
+        throw _com_error(E_OUTOFMEMORY);
+    }
+}
 
 // One walk over the properties of a WMI object; ends the object's enumeration on every way out.
 class PropertyEnumeration
@@ -29,13 +43,14 @@ public:
     bool begun() const noexcept { return SUCCEEDED(m_status); }
 
     // Reads the next property's name; false at the end, and after any status but 0, the end being a success code.
+    // Throws _com_error(E_OUTOFMEMORY) when there is no memory for the name.
     bool nextName(std::string& name)
     {
         utils::ScopedBstr text;
         if (m_object->Next(0, text.out(), nullptr, nullptr, nullptr) != WBEM_S_NO_ERROR) {
             return false;
         }
-        name = utils::narrowBstr(text.get());
+        copyName([&] { name = utils::narrowBstr(text.get()); });
         return true;
     }
 
@@ -46,7 +61,7 @@ public:
         if (m_object->Next(0, text.out(), value.address(), &cimType, &flavor) != WBEM_S_NO_ERROR) {
             return false;
         }
-        name = utils::narrowBstr(text.get());
+        copyName([&] { name = utils::narrowBstr(text.get()); });
         return true;
     }
 

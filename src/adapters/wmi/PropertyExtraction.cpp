@@ -41,7 +41,7 @@ void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemCla
         std::string name;
         PropertyEnumeration enumeration(wmiInst, WBEM_FLAG_KEYS_ONLY);
         while (enumeration.begun() && enumeration.nextName(name)) {
-            keys.set(name, true);
+            copyName([&] { keys.set(name, true); });
         }
     }
     PropertyEnumeration enumeration(wmiInst, WBEM_FLAG_NONSYSTEM_ONLY);
