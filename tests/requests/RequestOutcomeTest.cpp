@@ -1,6 +1,8 @@
 #include <comdef.h>
 
+#include <algorithm>
 #include <new>
+#include <set>
 #include <stdexcept>
 
 #include "core/MethodErrors.h"
@@ -18,6 +20,26 @@ using support::Lines;
 using support::operator+;
 using support::thrownBy;
 using support::withoutLine;
+
+// The operations in front of getClassName belong to the broker: here the provider would end in one of them.
+class TrappingInstance : public core::CimInstance
+{
+public:
+    using CimInstance::CimInstance;
+
+    core::CimPropertyList& getProperties() override
+    {
+        EXPECT_FALSE(armed) << "getProperties was called";
+        return CimInstance::getProperties();
+    }
+    bool isMarkedForDeletion() const override
+    {
+        EXPECT_FALSE(armed) << "isMarkedForDeletion was called";
+        return CimInstance::isMarkedForDeletion();
+    }
+
+    bool armed = false;
+};
 
 const Lines ACTED{"call.ImpersonateClient()"};
 const Lines ENDED{"call.RevertToSelf()"};
@@ -57,22 +79,24 @@ TEST_F(RequestOutcomeTest, AnEnumerationDeliversEveryInstanceInOrder)
                              "sink.SetStatus(0, 0x00000000, null, null)"}));
 }
 
-TEST_F(RequestOutcomeTest, TheProgressOfALargeEnumerationKeepsTheLowSixteenBits)
+TEST_F(RequestOutcomeTest, Progress_keepsTheLowSixteenBitsOfTotalAndIndex)
 {
     // Without properties, so that the many objects cost little.
     core::CimInstance bare("Zerix_EthernetPort");
     broker.onGetInstances = [&] {
         utils::SafeList<core::CimInstance*> list;
-        for (int i = 0; i < 40000; ++i) {
+        for (int i = 0; i < 65538; ++i) {
             list.append(&bare);
         }
         return list;
     };
     EXPECT_EQ(enumerate(), 0);
     const Lines lines = sent();
-    ASSERT_EQ(lines.size(), 80001U);
-    EXPECT_EQ(lines.at(1), "sink.SetStatus(2, 0x9C400000, null, null)");
-    EXPECT_EQ(lines.at(79999), "sink.SetStatus(2, 0x9C409C3F, null, null)");
+    ASSERT_EQ(lines.size(), 131077U);
+    EXPECT_EQ(lines.at(1), "sink.SetStatus(2, 0x00020000, null, null)");
+    EXPECT_EQ(lines.at(131071), "sink.SetStatus(2, 0x0002FFFF, null, null)");
+    EXPECT_EQ(lines.at(131073), "sink.SetStatus(2, 0x00020000, null, null)");
+    EXPECT_EQ(lines.at(131075), "sink.SetStatus(2, 0x00020001, null, null)");
 }
 
 TEST_F(RequestOutcomeTest, AGetDeliversTheObject)
@@ -88,6 +112,26 @@ TEST_F(RequestOutcomeTest, AGetDeliversTheObject)
                                        "sink.Indicate(1, Zerix_EthernetPort#1)", "Zerix_EthernetPort#1 released",
                                        "sink.SetStatus(0, 0x00000000, null, null)"}) +
                                 ENDED);
+}
+
+TEST_F(RequestOutcomeTest, Path_withALookalike_namesAnotherInstance)
+{
+    // Best fits would make the class's name and the key whole: a deletion would hit a job that nobody named.
+    for (const wchar_t* const text :
+         {L"Zerix_ConcreteJob\uFF0EInstanceID=\"7\"", L"Zerix_Concrete\u0134ob.InstanceID=\"7\"",
+          L"Zerix_ConcreteJob.InstanceID=\uFF027\uFF02", L"Zerix_ConcreteJob.InstanceID=\"\uFF17\""})
+    {
+        const BSTR path = SysAllocString(text);
+        try {
+            provider->DeleteInstanceAsync(path, 0, &context, &sink);
+        } catch (const utils::ESyntaxError&) {
+            // Not a path at all.
+        }
+        SysFreeString(path);
+        for (const std::string& line : calls.take()) {
+            EXPECT_EQ(line.find("broker.getInstanceByPath(Zerix_ConcreteJob.InstanceID=\"7\")"), std::string::npos);
+        }
+    }
 }
 
 TEST_F(RequestOutcomeTest, TheBrokerIsAskedUnderTheClientsIdentity)
@@ -188,6 +232,41 @@ TEST_F(RequestOutcomeTest, AMethodIndicatesItsResultAndEachExceptionOfTheBrokerH
     EXPECT_EQ(answerTo([] { throw utils::ENotFound("x"); }), "0x80041001");
     EXPECT_EQ(answerTo([] { throw std::bad_alloc(); }), "0x80041001");
     EXPECT_EQ(answerTo([] { throw 7; }), "0x80041001");
+}
+
+TEST_F(RequestOutcomeTest, Instances_areAskedForNothingButTheirClass)
+{
+    TrappingInstance trapping("Zerix_ConcreteJob");
+    TrappingInstance referring("Zerix_EthernetPort");
+    samples::addKey(trapping, "InstanceID", "7");
+    samples::addKey(referring, "DeviceID", "a");
+    samples::add<core::CimPropertyRef>(referring, "Job", &trapping);
+    trapping.armed = true;
+    referring.armed = true;
+    broker.onGetInstances = [&] {
+        utils::SafeList<core::CimInstance*> list;
+        list.append(&referring);
+        return list;
+    };
+    broker.onFind = [&] { return &trapping; };
+    broker.onInvoke = [&](core::CimPropertyList&, core::CimInstance*& started) {
+        started = &trapping;
+        return 4096U;
+    };
+    EXPECT_EQ(enumerate(), 0);
+    EXPECT_EQ(get(JOB_PATH), 0);
+    EXPECT_EQ(remove(), 0);
+    EXPECT_EQ(execute(), 0);
+    const Lines lines = calls.take();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(),
+                         "Zerix_EthernetPort#1.Put(Job, 0, VT_BSTR "
+                         "'\\\\TESTHOST\\root\\DCIM\\vexal:Zerix_ConcreteJob.InstanceID=\"7\"', 0)"),
+              1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(),
+                         "Run.out#2.Put(Job, 0, VT_BSTR 'Zerix_ConcreteJob.InstanceID=\"7\"', 0)"),
+              1);
+    trapping.armed = false;
+    EXPECT_TRUE(trapping.isMarkedForDeletion());
 }
 
 TEST_F(RequestOutcomeTest, ADeniedClientIsToldSoByEveryRequest)
@@ -340,6 +419,43 @@ TEST_F(BoundaryTest, ADeleteLetsWhatIsNoPathPassAndWhatIsNotOfTheFamily)
     broker.onFind = []() -> core::CimInstance* { throw _com_error(E_OUTOFMEMORY); };
     EXPECT_EQ(comErrorOf([&] { remove(); }), "0x8007000E");
     expectOnlyRevert();
+}
+
+// Allocations of the provider until one fails; none fails while it is negative.
+int allocationsLeft = -1;
+bool allocationFailed = false;
+
+void* newUntilNoneIsLeft(std::size_t size)
+{
+    if (allocationsLeft >= 0 && allocationsLeft-- == 0) {
+        allocationFailed = true;
+        throw std::bad_alloc();
+    }
+    return ::operator new(size);
+}
+
+TEST_F(BoundaryTest, Put_nameWithoutMemory_isTheComErrorOfThat)
+{
+    // Nothing but their names is copied: one is a key, and the other has a type that is not taken.
+    object.add("AKeyThatIsTooLongToBeKeptWithoutABlock", samples::bstr("a"), CIM_STRING, 0, true);
+    object.add("ANameThatIsTooLongToBeKeptWithoutABlock", samples::i4(1), CIM_SINT32);
+    std::multiset<std::string> outcomes;
+    allocationFailed = true;
+    for (int allocation = 0; allocationFailed; ++allocation) {
+        allocationFailed = false;
+        object.onNext = [&, armed = false]() mutable {
+            if (!armed) {
+                allocationsLeft = allocation;
+                armed = true;
+            }
+        };
+        broker.onModify = [&](core::CimPropertyList&) { allocationsLeft = -1; };
+        const support::ImportHook hook("_Znwy", &newUntilNoneIsLeft, module.handle());
+        outcomes.insert(comErrorOf([&] { put(); }));
+        calls.take();
+    }
+    EXPECT_GE(outcomes.count("0x8007000E"), 3U) << "the key's name, its copy in the set, and the other name twice";
+    EXPECT_EQ(outcomes.count("something else was thrown"), 0U);
 }
 
 }  // namespace

@@ -42,11 +42,14 @@ HRESULT FakeClassObject::Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* 
     const std::string text = utils::narrow(name);
     record(utils::format("Get(%s, %ld, %s, %s)", text.c_str(), flags, type == nullptr ? "null" : "type",
                          flavor == nullptr ? "null" : "flavor"));
+    if (onGet) {
+        onGet();
+    }
     if (text != "__PATH" || path.get().vt == VT_EMPTY) {
         return static_cast<HRESULT>(WBEM_E_NOT_FOUND);
     }
     *value = copyOf(path);
-    return WBEM_S_NO_ERROR;
+    return pathStatus;
 }
 
 HRESULT FakeClassObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type)
@@ -75,6 +78,9 @@ HRESULT FakeClassObject::Next(LONG flags, BSTR* name, VARIANT* value, CIMTYPE* t
     if (!m_begun || flags != 0) {
         record("unexpected Next");
         return static_cast<HRESULT>(WBEM_E_UNEXPECTED);
+    }
+    if (onNext) {
+        onNext();
     }
     while (m_position < m_properties.size() && m_keysOnly && !m_properties[m_position].key) {
         ++m_position;

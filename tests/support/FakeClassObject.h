@@ -32,11 +32,15 @@ public:
 
     // "__PATH"; VT_EMPTY fails the read and leaves the caller's VARIANT untouched.
     utils::ScopedVariant path;
+    // The answer where the path is there.
+    HRESULT pathStatus = WBEM_S_NO_ERROR;
 
     // Output signatures by method name. One that is missing answers WBEM_E_NOT_FOUND; null is given as null.
     std::map<std::string, FakeClassObject*> methods;
 
-    // Runs when something is put, before the answer.
+    // Run when something is read, walked to or put, before the answer.
+    std::function<void()> onGet;
+    std::function<void()> onNext;
     std::function<void()> onPut;
 
     std::deque<FakeClassObject>& spawned() noexcept { return m_spawned; }

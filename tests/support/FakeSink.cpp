@@ -35,12 +35,18 @@ HRESULT FakeSink::SetStatus(LONG flags, HRESULT result, BSTR text, IWbemClassObj
 {
     record("SetStatus(" + std::to_string(flags) + ", " + hex(result) + (text == nullptr ? ", null" : ", text") +
            (object == nullptr ? ", null)" : ", object)"));
+    if (onStatus) {
+        onStatus();
+    }
     return nextOf(statusAnswers);
 }
 
 HRESULT FakeInitSink::SetStatus(LONG status, LONG flags)
 {
     record("SetStatus(" + hex(status) + ", " + std::to_string(flags) + ")");
+    if (onStatus) {
+        onStatus();
+    }
     return WBEM_S_NO_ERROR;
 }
 

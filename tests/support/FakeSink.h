@@ -16,6 +16,8 @@ public:
     // The answers of the next calls, in order; 0 once they are used up.
     std::deque<HRESULT> indicateAnswers;
     std::deque<HRESULT> statusAnswers;
+    // Runs for each status, before the answer.
+    std::function<void()> onStatus;
     // Runs for each object that is indicated.
     std::function<void(IWbemClassObject*)> onIndicate;
 
@@ -28,6 +30,9 @@ class FakeInitSink final : public FakeUnknown<IWbemProviderInitSink>
 {
 public:
     explicit FakeInitSink(CallLog& calls) : FakeUnknown(calls, "initSink") {}
+
+    // Runs for each status.
+    std::function<void()> onStatus;
 
     HRESULT STDMETHODCALLTYPE SetStatus(LONG status, LONG flags) override;
 };

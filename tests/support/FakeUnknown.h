@@ -11,8 +11,9 @@ namespace support {
 
 // The part that every fake COM object shares: it belongs to its test, counts its references, and tells when the last
 // one goes. It answers QueryInterface for nothing but its own interface and IUnknown.
-template <class Interface>
-class FakeUnknown : public Interface
+// Base is what it derives from where that is more than the interface.
+template <class Interface, class Base = Interface>
+class FakeUnknown : public Base
 {
 public:
     FakeUnknown(CallLog& calls, std::string name, bool recordsRelease = true)

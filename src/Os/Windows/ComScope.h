@@ -1,6 +1,7 @@
 #pragma once
 
 #include <utility>
+#include <vector>
 
 #include "Os/Windows/AnsiText.h"
 #include "Os/Windows/Platform.h"
@@ -43,6 +44,44 @@ public:
 
 private:
     T* m_object = nullptr;
+};
+
+// Owns a sequence of references, and gives back those that are left, the first one first.
+template <class T>
+class ComReferences
+{
+public:
+    ComReferences() = default;
+    // Takes over every reference.
+    explicit ComReferences(std::vector<T*>&& owned) noexcept : m_objects(std::move(owned)) {}
+    ComReferences(const ComReferences&) = delete;
+    ComReferences& operator=(const ComReferences&) = delete;
+    ~ComReferences()
+    {
+        while (m_next < m_objects.size()) {
+            releaseNext();
+        }
+    }
+
+    // Takes over the reference, also when it throws.
+    void append(ComReference<T> object)
+    {
+        m_objects.push_back(object.get());
+        object.detach();
+    }
+
+    std::size_t size() const noexcept { return m_objects.size(); }
+
+    // The first one that is left, where a call reads it as an array of one. There must be one.
+    T** next() noexcept { return &m_objects[m_next]; }
+    void releaseNext() noexcept { m_objects[m_next++]->Release(); }
+
+    // Hands every reference to the caller. None may have been released before.
+    std::vector<T*> detach() noexcept { return std::exchange(m_objects, {}); }
+
+private:
+    std::vector<T*> m_objects;
+    std::size_t m_next = 0;
 };
 
 class ScopedBstr

@@ -70,6 +70,46 @@ std::string arrayToString(const VARIANT& value)
 
 }  // namespace
 
+VARIANT byteVariant(std::uint8_t value) noexcept
+{
+    VARIANT variant{};
+    variant.vt = VT_UI1;
+    variant.bVal = value;
+    return variant;
+}
+
+VARIANT numberVariant(std::int32_t value) noexcept
+{
+    VARIANT variant{};
+    variant.vt = VT_I4;
+    variant.lVal = value;
+    return variant;
+}
+
+VARIANT boolVariant(bool value) noexcept
+{
+    VARIANT variant{};
+    variant.vt = VT_BOOL;
+    variant.boolVal = value ? 1 : 0;
+    return variant;
+}
+
+VARIANT textVariant(const std::string& text)
+{
+    VARIANT variant{};
+    variant.bstrVal = toBstr(text);
+    variant.vt = VT_BSTR;
+    return variant;
+}
+
+VARIANT arrayVariant(VARTYPE elements, SAFEARRAY* array) noexcept
+{
+    VARIANT variant{};
+    variant.vt = static_cast<VARTYPE>(VT_ARRAY | elements);
+    variant.parray = array;
+    return variant;
+}
+
 SAFEARRAY* arrayOf(const VARIANT& value) noexcept
 {
     if ((value.vt & VT_BYREF) == 0) {

@@ -1,11 +1,22 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "Os/Windows/Platform.h"
 
 namespace utils {
+
+// VARIANTs of a value. The caller owns what one owns, and clears it.
+VARIANT byteVariant(std::uint8_t value) noexcept;
+VARIANT numberVariant(std::int32_t value) noexcept;
+// True is 1, not VARIANT_TRUE.
+VARIANT boolVariant(bool value) noexcept;
+// A text in the ANSI code page. Throws _com_error(E_OUTOFMEMORY) when it cannot be allocated.
+VARIANT textVariant(const std::string& text);
+// Takes over the array, which may be null: a VARIANT of the type without a value.
+VARIANT arrayVariant(VARTYPE elements, SAFEARRAY* array) noexcept;
 
 // The array of a VARIANT of an array type, which stays its owner; null where there is none: a VARIANT by reference may
 // point to nothing.

@@ -21,6 +21,28 @@ std::uint32_t rootNumber(HKEY root) noexcept
     return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(root));
 }
 
+// A key that is closed with the scope, unless it was never opened.
+class ScopedKey
+{
+public:
+    ScopedKey() = default;
+    ScopedKey(const ScopedKey&) = delete;
+    ScopedKey& operator=(const ScopedKey&) = delete;
+    ~ScopedKey()
+    {
+        if (m_key != nullptr) {
+            RegCloseKey(m_key);
+        }
+    }
+
+    HKEY get() const noexcept { return m_key; }
+    // Where a call stores the key that it opens.
+    HKEY* out() noexcept { return &m_key; }
+
+private:
+    HKEY m_key = nullptr;
+};
+
 }  // namespace
 
 LSTATUS WindowsRegistry::openKey(HKEY root, const char* path, DWORD options, REGSAM access, HKEY* key)
@@ -56,12 +78,8 @@ LSTATUS WindowsRegistry::closeKey(HKEY key)
 
 bool WindowsRegistry::keyExists(std::string path)
 {
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
-        return false;
-    }
-    RegCloseKey(key);
-    return true;
+    ScopedKey key;
+    return RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, key.out()) == ERROR_SUCCESS;
 }
 
 bool WindowsRegistry::setKey(HKEY root, std::string path, std::string name, std::string value)
@@ -69,31 +87,29 @@ bool WindowsRegistry::setKey(HKEY root, std::string path, std::string name, std:
     static constexpr LogSite here{FILE_NAME, "utils::WindowsRegistry::setKey"};
     here.debug("Creating REG_SZ registry key '%X\\%s' with value '%s'", rootNumber(root), path.c_str(), value.c_str());
     ASSERT(here, path.size() > 0);
-    HKEY key = nullptr;
-    LSTATUS status =
-        RegCreateKeyExA(root, path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr, &key, nullptr);
+    ScopedKey key;
+    LSTATUS status = RegCreateKeyExA(root, path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr,
+                                     key.out(), nullptr);
     if (status != ERROR_SUCCESS) {
         here.error("RegCreateKeyEx %d, %s, %s error %d", rootNumber(root), path.c_str(), value.c_str(), status);
         return false;
     }
-    status = RegSetValueExA(key, name.empty() ? nullptr : name.c_str(), 0, REG_SZ,
+    status = RegSetValueExA(key.get(), name.empty() ? nullptr : name.c_str(), 0, REG_SZ,
                             reinterpret_cast<const BYTE*>(value.c_str()), static_cast<DWORD>(value.size() + 1));
     if (status != ERROR_SUCCESS) {
         here.error("RegSetValueEx %d, %s, %s error %d", rootNumber(root), path.c_str(), value.c_str(), status);
     }
-    RegCloseKey(key);
     return status == ERROR_SUCCESS;
 }
 
 bool WindowsRegistry::deleteKey(HKEY root, std::string parent, std::string child)
 {
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(root, parent.c_str(), 0, KEY_WRITE, &key) != ERROR_SUCCESS) {
+    ScopedKey key;
+    if (RegOpenKeyExA(root, parent.c_str(), 0, KEY_WRITE, key.out()) != ERROR_SUCCESS) {
         return false;
     }
     // Its result does not count: a child that is missing, or that has subkeys, is no failure of a removal.
-    RegDeleteKeyA(key, child.c_str());
-    RegCloseKey(key);
+    RegDeleteKeyA(key.get(), child.c_str());
     return true;
 }
 

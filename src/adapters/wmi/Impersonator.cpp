@@ -37,7 +37,7 @@ DWORD impersonationLevel() noexcept
     }
 }
 
-void report(IWbemObjectSink* sink, HRESULT status) noexcept
+void report(IWbemObjectSink* sink, HRESULT status)
 {
     if (sink != nullptr) {
         sink->SetStatus(WBEM_STATUS_COMPLETE, status, nullptr, nullptr);
@@ -46,7 +46,8 @@ void report(IWbemObjectSink* sink, HRESULT status) noexcept
 
 }  // namespace
 
-Impersonator::Impersonator(IWbemObjectSink* sink) noexcept
+// Delegates, so that the destructor runs when the sink throws.
+Impersonator::Impersonator(IWbemObjectSink* sink) : Impersonator()
 {
     static constexpr utils::LogSite here{FILE_NAME, "Impersonator::Impersonator"};
     here.debug("Impersonating");

@@ -1,4 +1,5 @@
 #include "Os/Windows/ComScope.h"
+#include "Os/Windows/Variants.h"
 #include "Utils/Assert.h"
 #include "adapters/wmi/Names.h"
 #include "adapters/wmi/OutParameters.h"
@@ -101,9 +102,7 @@ void WmiConverter::addUint32ToResponseHandler(const std::string& name, std::uint
 {
     static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::addUint32ToResponseHandler"};
     here.debug("Here");
-    utils::ScopedVariant variant;
-    variant.address()->vt = VT_I4;
-    variant.address()->lVal = static_cast<LONG>(value);
+    utils::ScopedVariant variant(utils::numberVariant(static_cast<std::int32_t>(value)));
     here.debug("Set UINT32 %s: %d", name.c_str(), value);
     putOutParameter(here, name, variant, pOutParams);
 }
@@ -113,9 +112,7 @@ void WmiConverter::addStringToResponseHandler(const std::string& name, const std
 {
     static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::addStringToResponseHandler"};
     here.debug("Here");
-    utils::ScopedVariant variant;
-    variant.address()->bstrVal = utils::toBstr(value);
-    variant.address()->vt = VT_BSTR;
+    utils::ScopedVariant variant(utils::textVariant(value));
     here.debug("Set BSTR %s: %s", name.c_str(), value.c_str());
     putOutParameter(here, name, variant, pOutParams);
 }

@@ -1,7 +1,5 @@
 #include "adapters/wmi/PropertyConverters.h"
 
-#include <comdef.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -10,6 +8,7 @@
 
 #include "Os/Windows/ComScope.h"
 #include "Os/Windows/ComputerName.h"
+#include "Os/Windows/SafeArrays.h"
 #include "Os/Windows/Variants.h"
 #include "Utils/Assert.h"
 #include "Utils/Utils.h"
@@ -23,56 +22,18 @@ namespace {
 
 constexpr const char* FILE_NAME = "WmiConverter";
 
-VARIANT bstrVariant(const std::string& text)
-{
-    VARIANT variant{};
-    variant.bstrVal = utils::toBstr(text);
-    variant.vt = VT_BSTR;
-    return variant;
-}
-
-// Every array that goes out is one-dimensional and starts at 0. Null, and an error line, when it cannot be created.
-SAFEARRAY* createArray(const utils::LogSite& here, VARTYPE elements, std::size_t count)
-{
-    SAFEARRAY* array = SafeArrayCreateVector(elements, 0, static_cast<ULONG>(count));
-    if (array == nullptr) {
-        here.error("Could not create SAFEARRAY");
-    }
-    return array;
-}
-
-void putElement(const utils::LogSite& here, SAFEARRAY* array, std::size_t position, void* element)
-{
-    LONG index = static_cast<LONG>(position);
-    const HRESULT hr = SafeArrayPutElement(array, &index, element);
-    if (FAILED(hr)) {
-        here.error("SafeArrayPutElement error #%d", hr);
-    }
-}
-
 // Numbers of any width up to 32 bits, as an array of VT_I4. Goes on without an array when it cannot be created: each
 // element is then reported lost, and the client gets the type without a value rather than nothing.
 template <class Number>
 VARIANT numberArrayVariant(const utils::LogSite& here, const std::vector<Number>& numbers)
 {
-    utils::ScopedVariant variant;
-    variant.address()->vt = VT_ARRAY | VT_I4;
-    variant.address()->parray = createArray(here, VT_I4, numbers.size());
+    utils::ScopedVariant variant(utils::arrayVariant(VT_I4, utils::createArray(here, VT_I4, numbers.size())));
     for (std::size_t i = 0; i < numbers.size(); ++i) {
         auto number = static_cast<LONG>(numbers[i]);
         here.debug("converting array element %d", number);
-        putElement(here, variant.get().parray, i, &number);
+        utils::putElement(here, variant.get().parray, i, &number);
     }
     return variant.detach();
-}
-
-// The type tests of arrays look at single bits of the VARIANT's type, and clients may declare what they like: what the
-// array really holds is what decides whether its elements can be read at all.
-void refuseElements(const SAFEARRAY* array, bool readable)
-{
-    if (array->cDims != 1 || !readable) {
-        throw _com_error(DISP_E_TYPEMISMATCH);
-    }
 }
 
 // True, with the property null and the line written, when the VARIANT holds no value.
@@ -85,73 +46,6 @@ bool takeNull(const utils::LogSite& here, core::CimProperty& property, const VAR
     here.debug("Property %s value is NULL", property.getName().c_str());
     return true;
 }
-
-// A copy of an array of texts; unlocked and destroyed with the scope. Throws _com_error where a call fails.
-class ScopedTextArray
-{
-public:
-    explicit ScopedTextArray(SAFEARRAY* original)
-    {
-        check(SafeArrayCopy(original, &m_array));
-        // The platform copies no array at all into none: what an empty sequence goes out as.
-        if (m_array == nullptr) {
-            return;
-        }
-        try {
-            refuseElements(m_array, (m_array->fFeatures & FADF_BSTR) != 0);
-            check(SafeArrayLock(m_array));
-        } catch (...) {
-            SafeArrayDestroy(m_array);
-            throw;
-        }
-    }
-    ScopedTextArray(const ScopedTextArray&) = delete;
-    ScopedTextArray& operator=(const ScopedTextArray&) = delete;
-    ~ScopedTextArray()
-    {
-        if (m_array != nullptr) {
-            SafeArrayUnlock(m_array);
-            SafeArrayDestroy(m_array);
-        }
-    }
-
-    bool exists() const noexcept { return m_array != nullptr; }
-
-    LONG lowerBound() const
-    {
-        LONG bound = 0;
-        check(SafeArrayGetLBound(m_array, 1, &bound));
-        return bound;
-    }
-
-    LONG upperBound() const
-    {
-        LONG bound = 0;
-        check(SafeArrayGetUBound(m_array, 1, &bound));
-        return bound;
-    }
-
-    // Reads both bounds anew and throws _com_error(E_INVALIDARG) for an index outside them.
-    std::string at(LONG index) const
-    {
-        if (index < lowerBound() || index > upperBound()) {
-            throw _com_error(E_INVALIDARG);
-        }
-        utils::ScopedBstr element;
-        check(SafeArrayGetElement(m_array, &index, element.out()));
-        return utils::narrowBstr(element.get());
-    }
-
-private:
-    static void check(HRESULT hr)
-    {
-        if (FAILED(hr)) {
-            throw _com_error(hr);
-        }
-    }
-
-    SAFEARRAY* m_array = nullptr;
-};
 
 // Profiles live in the namespace that all vendors share, everything else in the maker's own.
 const char* namespaceOf(const core::CimInstance* instance)
@@ -168,7 +62,7 @@ VARIANT StringPropertyConverter::propertyToVariant(core::CimProperty* property)
     static constexpr utils::LogSite here{FILE_NAME, "wa::StringPropertyConverter::propertyToVariant"};
     ASSERT(here, property != NULL);
     ASSERT(here, property->getType() == core::CimProperty::EPT_STRING);
-    return bstrVariant(static_cast<core::CimPropertyString*>(property)->getValue());
+    return utils::textVariant(static_cast<core::CimPropertyString*>(property)->getValue());
 }
 
 core::CimProperty* StringPropertyConverter::variantToProperty(std::string name, const VARIANT* variant)
@@ -191,12 +85,11 @@ VARIANT StringArrayPropertyConverter::propertyToVariant(core::CimProperty* prope
     ASSERT(here, property != NULL);
     ASSERT(here, property->getType() == core::CimProperty::EPT_STRING_ARR);
     const std::vector<std::string>& texts = static_cast<core::CimPropertyString_arr*>(property)->getValue();
-    utils::ScopedVariant variant;
-    variant.address()->vt = VT_ARRAY | VT_BSTR;
-    variant.address()->parray = texts.empty() ? nullptr : createArray(here, VT_BSTR, texts.size());
+    utils::ScopedVariant variant(
+        utils::arrayVariant(VT_BSTR, texts.empty() ? nullptr : utils::createArray(here, VT_BSTR, texts.size())));
     for (std::size_t i = 0; i < texts.size(); ++i) {
         const utils::ScopedBstr text(texts[i]);
-        putElement(here, variant.get().parray, i, text.get());
+        utils::putElement(here, variant.get().parray, i, text.get());
     }
     return variant.detach();
 }
@@ -214,7 +107,7 @@ core::CimProperty* StringArrayPropertyConverter::variantToProperty(std::string n
     here.debug("Converting %s", name.c_str());
     property->clear();
     std::vector<std::string> texts;
-    const ScopedTextArray array(utils::arrayOf(*variant));
+    const utils::TextArrayCopy array(utils::arrayOf(*variant));
     if (array.exists()) {
         // The bound is the largest index there is at most, hence the wider counter.
         for (LONGLONG index = array.lowerBound(); index <= array.upperBound(); ++index) {
@@ -232,9 +125,7 @@ VARIANT Uint8PropertyConverter::propertyToVariant(core::CimProperty* property)
     static constexpr utils::LogSite here{FILE_NAME, "wa::Uint8PropertyConverter::propertyToVariant"};
     ASSERT(here, property != NULL);
     ASSERT(here, property->getType() == core::CimProperty::EPT_UINT8);
-    VARIANT variant{};
-    variant.vt = VT_UI1;
-    variant.bVal = static_cast<core::CimPropertyUint8*>(property)->getValue();
+    const VARIANT variant = utils::byteVariant(static_cast<core::CimPropertyUint8*>(property)->getValue());
     here.debug("Uint8 property '%s' value is %d", property->getName().c_str(), variant.bVal);
     return variant;
 }
@@ -258,9 +149,7 @@ VARIANT Uint16PropertyConverter::propertyToVariant(core::CimProperty* property)
     static constexpr utils::LogSite here{FILE_NAME, "wa::Uint16PropertyConverter::propertyToVariant"};
     ASSERT(here, property != NULL);
     ASSERT(here, property->getType() == core::CimProperty::EPT_UINT16);
-    VARIANT variant{};
-    variant.vt = VT_I4;
-    variant.lVal = static_cast<core::CimPropertyUint16*>(property)->getValue();
+    const VARIANT variant = utils::numberVariant(static_cast<core::CimPropertyUint16*>(property)->getValue());
     here.debug("uint16 property '%s' value is %d", property->getName().c_str(), variant.lVal);
     return variant;
 }
@@ -305,7 +194,7 @@ core::CimProperty* Uint16ArrayPropertyConverter::variantToProperty(std::string n
     LONG upper = -1;
     if (array != nullptr) {
         static constexpr USHORT OWNING = FADF_BSTR | FADF_UNKNOWN | FADF_DISPATCH | FADF_VARIANT | FADF_RECORD;
-        refuseElements(array, (array->fFeatures & OWNING) == 0 && array->cbElements <= sizeof(LONGLONG));
+        utils::requireElements(array, (array->fFeatures & OWNING) == 0 && array->cbElements <= sizeof(LONGLONG));
         SafeArrayGetUBound(array, 1, &upper);
     }
     std::vector<std::uint16_t> numbers;
@@ -328,10 +217,7 @@ VARIANT Uint32PropertyConverter::propertyToVariant(core::CimProperty* property)
     static constexpr utils::LogSite here{FILE_NAME, "wa::Uint32PropertyConverter::propertyToVariant"};
     ASSERT(here, property != NULL);
     ASSERT(here, property->getType() == core::CimProperty::EPT_UINT32);
-    VARIANT variant{};
-    variant.vt = VT_I4;
-    variant.lVal = static_cast<LONG>(static_cast<core::CimPropertyUint32*>(property)->getValue());
-    return variant;
+    return utils::numberVariant(static_cast<std::int32_t>(static_cast<core::CimPropertyUint32*>(property)->getValue()));
 }
 
 core::CimProperty* Uint32PropertyConverter::variantToProperty(std::string name, const VARIANT* variant)
@@ -363,7 +249,7 @@ VARIANT Uint64PropertyConverter::propertyToVariant(core::CimProperty* property)
     ASSERT(here, property->getType() == core::CimProperty::EPT_UINT64);
     const std::string text = std::to_string(static_cast<core::CimPropertyUint64*>(property)->getValue());
     here.debug("uint64 property value is %s", text.c_str());
-    return bstrVariant(text);
+    return utils::textVariant(text);
 }
 
 core::CimProperty* Uint64PropertyConverter::variantToProperty(std::string name, const VARIANT* variant)
@@ -385,10 +271,7 @@ VARIANT BoolPropertyConverter::propertyToVariant(core::CimProperty* property)
     static constexpr utils::LogSite here{FILE_NAME, "wa::BoolPropertyConverter::propertyToVariant"};
     ASSERT(here, property != NULL);
     ASSERT(here, property->getType() == core::CimProperty::EPT_BOOL);
-    VARIANT variant{};
-    variant.vt = VT_BOOL;
-    variant.boolVal = static_cast<core::CimPropertyBool*>(property)->getValue() ? 1 : 0;
-    return variant;
+    return utils::boolVariant(static_cast<core::CimPropertyBool*>(property)->getValue());
 }
 
 VARIANT DatetimePropertyConverter::propertyToVariant(core::CimProperty* property)
@@ -399,12 +282,12 @@ VARIANT DatetimePropertyConverter::propertyToVariant(core::CimProperty* property
     const utils::Time time = static_cast<core::CimPropertyDatetime*>(property)->getValue();
     if (time.isPeriod()) {
         const utils::Time::Period period = time.decomposePeriod();
-        return bstrVariant(
+        return utils::textVariant(
             utils::format("%08d%02d%02d%02d.000000:000", period.days, period.hours, period.minutes, period.seconds));
     }
     const utils::Time::Fields fields = time.decomposeTimestamp();
-    return bstrVariant(utils::format("%04d%02d%02d%02d%02d%02d.000000+000", fields.year, fields.month, fields.day,
-                                     fields.hour, fields.minute, fields.second));
+    return utils::textVariant(utils::format("%04d%02d%02d%02d%02d%02d.000000+000", fields.year, fields.month,
+                                            fields.day, fields.hour, fields.minute, fields.second));
 }
 
 VARIANT RefPropertyConverter::propertyToVariant(core::CimProperty* property)
@@ -418,7 +301,7 @@ VARIANT RefPropertyConverter::propertyToVariant(core::CimProperty* property)
     text += namespaceOf(value);
     text += ":";
     text += value->toPathString();
-    return bstrVariant(text);
+    return utils::textVariant(text);
 }
 
 core::CimProperty* RefPropertyConverter::variantToProperty(std::string name, const VARIANT* variant)

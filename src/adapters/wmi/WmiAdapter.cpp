@@ -2,16 +2,16 @@
 
 #include <exception>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "Os/Windows/AnsiText.h"
 #include "Os/Windows/ComScope.h"
 #include "Utils/Exception.h"
+#include "adapters/wmi/Escape.h"
 #include "adapters/wmi/Impersonator.h"
 #include "adapters/wmi/InstanceModifier.h"
 #include "adapters/wmi/InstanceRemover.h"
 #include "adapters/wmi/ServerState.h"
+#include "adapters/wmi/Status.h"
 #include "adapters/wmi/WmiConverter.h"
 #include "core/MethodErrors.h"
 
@@ -24,6 +24,14 @@ HRESULT complete(IWbemObjectSink* sink, HRESULT status)
     return sink->SetStatus(WBEM_STATUS_COMPLETE, status, nullptr, nullptr);
 }
 
+// Runs the rest of a request as its client. A client that cannot be acted for has had its answer when this returns.
+template <class Work>
+HRESULT asClient(IWbemObjectSink* sink, const Work& work)
+{
+    const Impersonator impersonator(sink);
+    return impersonator.succeeded() ? work() : wa::hresult(WBEM_E_ACCESS_DENIED);
+}
+
 // The total in the high word, the index of the object just delivered in the low one.
 HRESULT progressOf(std::size_t total, std::size_t index) noexcept
 {
@@ -31,28 +39,61 @@ HRESULT progressOf(std::size_t total, std::size_t index) noexcept
                                 (static_cast<std::uint32_t>(index) & 0xFFFFU));
 }
 
-// The objects of an enumeration that are not delivered yet; releases them on every way out.
-class Undelivered
+using Objects = utils::ComReferences<IWbemClassObject>;
+
+// Says Indicate for a status too: filters know this one text.
+void logSinkRefusal(const utils::LogSite& here, HRESULT answer)
 {
-public:
-    explicit Undelivered(std::vector<IWbemClassObject*>&& objects) noexcept : m_objects(std::move(objects)) {}
-    Undelivered(const Undelivered&) = delete;
-    Undelivered& operator=(const Undelivered&) = delete;
-    ~Undelivered()
-    {
-        while (m_next < m_objects.size()) {
-            releaseNext();
-        }
+    if (answer != 0) {
+        here.error("pHandler->Indicate() error 0x%X", answer);
     }
+}
 
-    std::size_t total() const noexcept { return m_objects.size(); }
-    IWbemClassObject*& next() noexcept { return m_objects[m_next]; }
-    void releaseNext() noexcept { m_objects[m_next++]->Release(); }
+void logSinkAnswer(const utils::LogSite& here, HRESULT answer, const char* success)
+{
+    if (answer != 0) {
+        logSinkRefusal(here, answer);
+    } else {
+        here.debug("%s", success);
+    }
+}
 
-private:
-    std::vector<IWbemClassObject*> m_objects;
-    std::size_t m_next = 0;
-};
+// Hands over each object and a progress report behind it.
+void deliver(const utils::LogSite& here, Objects& objects, IWbemObjectSink* sink)
+{
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        logSinkAnswer(here, sink->Indicate(1, objects.next()), "Indicate .. OK");
+        objects.releaseNext();
+        logSinkAnswer(here, sink->SetStatus(WBEM_STATUS_PROGRESS, progressOf(objects.size(), i), nullptr, nullptr),
+                      "SetStatus .. OK");
+    }
+}
+
+// The status that answers a method call which ended as the invocation does.
+template <class Invocation>
+HRESULT statusOf(const utils::LogSite& here, const Invocation& invocation)
+{
+    const auto failed = [&](const std::exception& exception, WBEMSTATUS status) {
+        here.error("Exception: '%s'", exception.what());
+        return wa::hresult(status);
+    };
+    try {
+        invocation();
+        return WBEM_S_NO_ERROR;
+    } catch (const wa::EInvalidParameter& exception) {
+        return failed(exception, WBEM_E_INVALID_PARAMETER);
+    } catch (const wa::EMethodNotSupported& exception) {
+        return failed(exception, WBEM_E_METHOD_NOT_IMPLEMENTED);
+    } catch (const wa::EWmiNotFound& exception) {
+        // What was not found is something that a parameter names.
+        return failed(exception, WBEM_E_INVALID_METHOD_PARAMETERS);
+    } catch (const utils::Exception& exception) {
+        return failed(exception, WBEM_E_FAILED);
+    } catch (...) {
+        here.error("Unspecified error");
+        return wa::hresult(WBEM_E_FAILED);
+    }
+}
 
 }  // namespace
 
@@ -112,6 +153,11 @@ HRESULT WmiInstanceProvider::Initialize(LPWSTR /*wszUser*/, LONG /*lFlags*/, LPW
                                         IWbemServices* pNamespace, IWbemContext* /*pCtx*/,
                                         IWbemProviderInitSink* pInitSink)
 {
+    return wa::leave(wa::contain([=, this] { return start(wszNamespace, pNamespace, pInitSink); }));
+}
+
+HRESULT WmiInstanceProvider::start(LPCWSTR wszNamespace, IWbemServices* pNamespace, IWbemProviderInitSink* pInitSink)
+{
     static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::Initialize"};
     here.debug("Initializing");
     if (pNamespace == nullptr) {
@@ -134,51 +180,59 @@ HRESULT WmiInstanceProvider::Initialize(LPWSTR /*wszUser*/, LONG /*lFlags*/, LPW
     return WBEM_S_NO_ERROR;
 }
 
-// Has no handler of its own: what the conversion layer throws passes through to the caller, and only the identity is
-// given back on the way.
 HRESULT WmiInstanceProvider::CreateInstanceEnumAsync(BSTR strClass, LONG /*lFlags*/, IWbemContext* pCtx,
                                                      IWbemObjectSink* pResponseHandler)
 {
-    static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::CreateInstanceEnumAsync"};
-    here.debug("Here");
-    const Impersonator impersonator(pResponseHandler);
-    if (!impersonator.succeeded()) {
-        return wa::hresult(WBEM_E_ACCESS_DENIED);
-    }
-    if (pResponseHandler == nullptr || m_namespace == nullptr) {
-        here.debug("INVALID PARAMETER");
-        return wa::hresult(WBEM_E_INVALID_PARAMETER);
-    }
-    Undelivered objects(wa::WmiConverter::getInstance()->getInstances(m_namespace, strClass, pCtx));
-    here.debug("Delivering instances to WMI");
-    for (std::size_t i = 0; i < objects.total(); ++i) {
-        HRESULT hr = pResponseHandler->Indicate(1, &objects.next());
-        if (hr != 0) {
-            here.error("pHandler->Indicate() error 0x%X", hr);
-        } else {
-            here.debug("Indicate .. OK");
-        }
-        objects.releaseNext();
-        hr = pResponseHandler->SetStatus(WBEM_STATUS_PROGRESS, progressOf(objects.total(), i), nullptr, nullptr);
-        if (hr != 0) {
-            // Says Indicate as well, like every failed report of a status: filters know this one text.
-            here.error("pHandler->Indicate() error 0x%X", hr);
-        } else {
-            here.debug("SetStatus .. OK");
-        }
-    }
-    here.debug("%d instances delivered ", static_cast<int>(objects.total()));
-    const HRESULT hr = complete(pResponseHandler, WBEM_S_NO_ERROR);
-    if (hr != 0) {
-        here.error("pHandler->Indicate() error 0x%X", hr);
-    } else {
-        here.debug("SetStatus .. OK");
-    }
-    return WBEM_S_NO_ERROR;
+    return wa::leave(wa::contain([=, this] { return enumerate(strClass, pCtx, pResponseHandler); }));
 }
 
 HRESULT WmiInstanceProvider::GetObjectAsync(BSTR strObjectPath, LONG /*lFlags*/, IWbemContext* pCtx,
                                             IWbemObjectSink* pResponseHandler)
+{
+    return wa::leave(wa::contain([=, this] { return get(strObjectPath, pCtx, pResponseHandler); }));
+}
+
+HRESULT WmiInstanceProvider::PutInstanceAsync(IWbemClassObject* pInst, LONG lFlags, IWbemContext* /*pCtx*/,
+                                              IWbemObjectSink* pResponseHandler)
+{
+    return wa::leave(wa::contain([=, this] { return put(pInst, lFlags, pResponseHandler); }));
+}
+
+HRESULT WmiInstanceProvider::DeleteInstanceAsync(BSTR strObjectPath, LONG /*lFlags*/, IWbemContext* /*pCtx*/,
+                                                 IWbemObjectSink* pResponseHandler)
+{
+    return wa::leave(wa::contain([=, this] { return remove(strObjectPath, pResponseHandler); }));
+}
+
+HRESULT WmiInstanceProvider::ExecMethodAsync(BSTR strObjectPath, BSTR strMethodName, LONG /*lFlags*/,
+                                             IWbemContext* pCtx, IWbemClassObject* pInParams,
+                                             IWbemObjectSink* pResponseHandler)
+{
+    return wa::leave(
+        wa::contain([=, this] { return execute(strObjectPath, strMethodName, pCtx, pInParams, pResponseHandler); }));
+}
+
+// Has no handler of its own: what the conversion layer throws leaves the request, and only the identity is given back
+// on the way. The same holds for an update and a deletion.
+HRESULT WmiInstanceProvider::enumerate(BSTR strClass, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::CreateInstanceEnumAsync"};
+    here.debug("Here");
+    return asClient(pResponseHandler, [=, this]() -> HRESULT {
+        if (pResponseHandler == nullptr || m_namespace == nullptr) {
+            here.debug("INVALID PARAMETER");
+            return wa::hresult(WBEM_E_INVALID_PARAMETER);
+        }
+        Objects objects(wa::WmiConverter::getInstance()->getInstances(m_namespace, strClass, pCtx));
+        here.debug("Delivering instances to WMI");
+        deliver(here, objects, pResponseHandler);
+        here.debug("%d instances delivered ", static_cast<int>(objects.size()));
+        logSinkAnswer(here, complete(pResponseHandler, WBEM_S_NO_ERROR), "SetStatus .. OK");
+        return WBEM_S_NO_ERROR;
+    });
+}
+
+HRESULT WmiInstanceProvider::get(BSTR strObjectPath, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler)
 {
     static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::GetObjectAsync"};
     if (strObjectPath == nullptr || pResponseHandler == nullptr || m_namespace == nullptr) {
@@ -188,114 +242,79 @@ HRESULT WmiInstanceProvider::GetObjectAsync(BSTR strObjectPath, LONG /*lFlags*/,
     }
     const std::string path = utils::narrowBstr(strObjectPath);
     here.debug("Get instance: %s", path.c_str());
-    const Impersonator impersonator(pResponseHandler);
-    if (!impersonator.succeeded()) {
-        return wa::hresult(WBEM_E_ACCESS_DENIED);
-    }
-    HRESULT hr = WBEM_S_NO_ERROR;
-    try {
-        utils::ComReference<IWbemClassObject> found;
-        hr = wa::WmiConverter::getInstance()->getInstanceByPath(path, m_namespace, found.out(), pCtx);
-        if (hr == WBEM_S_NO_ERROR) {
-            IWbemClassObject* object = found.get();
-            pResponseHandler->Indicate(1, &object);
+    return asClient(pResponseHandler, [&] {
+        HRESULT hr = WBEM_S_NO_ERROR;
+        try {
+            utils::ComReference<IWbemClassObject> found;
+            hr = wa::WmiConverter::getInstance()->getInstanceByPath(path, m_namespace, found.out(), pCtx);
+            if (hr == WBEM_S_NO_ERROR) {
+                IWbemClassObject* object = found.get();
+                pResponseHandler->Indicate(1, &object);
+            }
+        } catch (const std::exception& exception) {
+            here.error("Exception: '%s'", exception.what());
+            hr = wa::hresult(WBEM_E_FAILED);
+        } catch (...) {
+            // COM errors among them: they are no std::exception.
+            here.error("Unspecified error");
+            hr = wa::hresult(WBEM_E_FAILED);
         }
-    } catch (const std::exception& exception) {
-        here.error("Exception: '%s'", exception.what());
-        hr = wa::hresult(WBEM_E_FAILED);
-    } catch (...) {
-        // COM errors among them: they are no std::exception.
-        here.error("Unspecified error");
-        hr = wa::hresult(WBEM_E_FAILED);
-    }
-    complete(pResponseHandler, hr);
-    return hr;
+        complete(pResponseHandler, hr);
+        return hr;
+    });
 }
 
-HRESULT WmiInstanceProvider::PutInstanceAsync(IWbemClassObject* pInst, LONG lFlags, IWbemContext* /*pCtx*/,
-                                              IWbemObjectSink* pResponseHandler)
+HRESULT WmiInstanceProvider::put(IWbemClassObject* pInst, LONG lFlags, IWbemObjectSink* pResponseHandler)
 {
     static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::PutInstanceAsync"};
     if (pResponseHandler == nullptr || m_namespace == nullptr) {
         return wa::hresult(WBEM_E_INVALID_PARAMETER);
     }
-    // Only this bit is looked at; whatever else is asked for, an update is what happens.
+    // WMI defines more flags; this provider only updates, so it ignores them.
     if ((lFlags & WBEM_FLAG_UPDATE_ONLY) == 0) {
         here.error("Provider supports only 'WBEM_FLAG_UPDATE_ONLY' modifyInstance mode");
         return wa::hresult(WBEM_E_PROVIDER_NOT_CAPABLE);
     }
-    const Impersonator impersonator(pResponseHandler);
-    if (!impersonator.succeeded()) {
-        return wa::hresult(WBEM_E_ACCESS_DENIED);
-    }
-    const HRESULT hr = wa::InstanceModifier::getInstance()->modifyInstance(pInst);
-    const HRESULT reported = complete(pResponseHandler, hr);
-    if (reported != 0) {
-        here.error("pHandler->Indicate() error 0x%X", reported);
-    }
-    return hr;
+    return asClient(pResponseHandler, [=] {
+        const HRESULT hr = wa::InstanceModifier::getInstance()->modifyInstance(pInst);
+        logSinkRefusal(here, complete(pResponseHandler, hr));
+        return hr;
+    });
 }
 
-HRESULT WmiInstanceProvider::DeleteInstanceAsync(BSTR strObjectPath, LONG /*lFlags*/, IWbemContext* /*pCtx*/,
-                                                 IWbemObjectSink* pResponseHandler)
+HRESULT WmiInstanceProvider::remove(BSTR strObjectPath, IWbemObjectSink* pResponseHandler)
 {
     static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::DeleteInstanceAsync"};
     if (strObjectPath == nullptr || pResponseHandler == nullptr || m_namespace == nullptr) {
         return wa::hresult(WBEM_E_INVALID_PARAMETER);
     }
-    const Impersonator impersonator(pResponseHandler);
-    if (!impersonator.succeeded()) {
-        return wa::hresult(WBEM_E_ACCESS_DENIED);
-    }
-    const HRESULT hr = wa::InstanceRemover::getInstance()->deleteInstance(utils::narrowBstr(strObjectPath));
-    const HRESULT reported = complete(pResponseHandler, hr);
-    if (reported != 0) {
-        here.error("pHandler->Indicate() error 0x%X", reported);
-    }
-    return hr;
+    return asClient(pResponseHandler, [=] {
+        const HRESULT hr = wa::InstanceRemover::getInstance()->deleteInstance(utils::narrowBstr(strObjectPath));
+        logSinkRefusal(here, complete(pResponseHandler, hr));
+        return hr;
+    });
 }
 
-HRESULT WmiInstanceProvider::ExecMethodAsync(BSTR strObjectPath, BSTR strMethodName, LONG /*lFlags*/,
-                                             IWbemContext* pCtx, IWbemClassObject* pInParams,
-                                             IWbemObjectSink* pResponseHandler)
+HRESULT WmiInstanceProvider::execute(BSTR strObjectPath, BSTR strMethodName, IWbemContext* pCtx,
+                                     IWbemClassObject* pInParams, IWbemObjectSink* pResponseHandler)
 {
     static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::ExecMethodAsync"};
     here.debug("Here");
-    HRESULT hr = WBEM_S_NO_ERROR;
-    const Impersonator impersonator(pResponseHandler);
-    if (!impersonator.succeeded()) {
-        return wa::hresult(WBEM_E_ACCESS_DENIED);
-    }
-    // Arguments are not checked here: the conversion's own preconditions refuse what is missing.
-    const std::string path = utils::narrowBstr(strObjectPath);
-    const std::string method = utils::narrowBstr(strMethodName);
-    wa::WmiConverter* const converter = wa::WmiConverter::getInstance();
-    // The invocation alone is answered for; without the memory to begin it the exception passes to the caller.
-    try {
-        converter->InvokeMethod(path, method, m_namespace, pCtx, pInParams, pResponseHandler);
-    } catch (const wa::EInvalidParameter& exception) {
-        here.error("Exception: '%s'", exception.what());
-        hr = wa::hresult(WBEM_E_INVALID_PARAMETER);
-    } catch (const wa::EMethodNotSupported& exception) {
-        here.error("Exception: '%s'", exception.what());
-        hr = wa::hresult(WBEM_E_METHOD_NOT_IMPLEMENTED);
-    } catch (const wa::EWmiNotFound& exception) {
-        here.error("Exception: '%s'", exception.what());
-        // What was not found is something that a parameter names.
-        hr = wa::hresult(WBEM_E_INVALID_METHOD_PARAMETERS);
-    } catch (const utils::Exception& exception) {
-        here.error("Exception: '%s'", exception.what());
-        hr = wa::hresult(WBEM_E_FAILED);
-    } catch (...) {
-        here.error("Unspecified error");
-        hr = wa::hresult(WBEM_E_FAILED);
-    }
-    here.debug("Set status: #%X", hr);
-    if (pResponseHandler != nullptr) {
-        const HRESULT reported = complete(pResponseHandler, hr);
-        if (reported != 0) {
-            here.error("pResponseHandler->Indicate() error 0x%X", reported);
+    return asClient(pResponseHandler, [=, this] {
+        // Arguments are not checked here: the conversion's own preconditions refuse what is missing.
+        const std::string path = utils::narrowBstr(strObjectPath);
+        const std::string method = utils::narrowBstr(strMethodName);
+        wa::WmiConverter* const converter = wa::WmiConverter::getInstance();
+        // Only the invocation turns exceptions into a status; without the memory to begin it the exception leaves.
+        const HRESULT hr = statusOf(
+            here, [&] { converter->InvokeMethod(path, method, m_namespace, pCtx, pInParams, pResponseHandler); });
+        here.debug("Set status: #%X", hr);
+        if (pResponseHandler != nullptr) {
+            const HRESULT reported = complete(pResponseHandler, hr);
+            if (reported != 0) {
+                here.error("pResponseHandler->Indicate() error 0x%X", reported);
+            }
         }
-    }
-    return hr;
+        return hr;
+    });
 }

@@ -17,34 +17,6 @@ namespace {
 
 constexpr const char* FILE_NAME = "WmiConverter";
 
-// The objects of an enumeration while it is being built; released unless it is handed over whole.
-class ObjectsInMaking
-{
-public:
-    ObjectsInMaking() = default;
-    ObjectsInMaking(const ObjectsInMaking&) = delete;
-    ObjectsInMaking& operator=(const ObjectsInMaking&) = delete;
-    ~ObjectsInMaking()
-    {
-        for (IWbemClassObject* object : m_objects) {
-            object->Release();
-        }
-    }
-
-    // Takes over the reference, also when it throws.
-    void append(IWbemClassObject* object)
-    {
-        utils::ComReference<IWbemClassObject> owned(object);
-        m_objects.push_back(object);
-        owned.detach();
-    }
-
-    std::vector<IWbemClassObject*> handOver() noexcept { return std::exchange(m_objects, {}); }
-
-private:
-    std::vector<IWbemClassObject*> m_objects;
-};
-
 }  // namespace
 
 WmiConverter::WmiConverter()
@@ -188,7 +160,7 @@ std::vector<IWbemClassObject*> WmiConverter::getInstances(IWbemServices* pNamesp
     if (here.debugOn()) {
         here.debug("%d instances found", static_cast<int>(instances.size()));
     }
-    ObjectsInMaking objects;
+    utils::ComReferences<IWbemClassObject> objects;
     utils::SafeList<core::CimInstance*>::Iterator iterator = instances.getIterator();
     // Instances of one class share its name as a BSTR.
     std::string sharedName;
@@ -200,11 +172,11 @@ std::vector<IWbemClassObject*> WmiConverter::getInstances(IWbemServices* pNamesp
             *sharedBstr.out() = utils::toBstr(instanceClass);
             sharedName = std::move(instanceClass);
         }
-        IWbemClassObject* object = createWmiInstance(sharedName, sharedBstr.get(), pNamespace, pCtx);
-        objects.append(object);
+        IWbemClassObject* const object = createWmiInstance(sharedName, sharedBstr.get(), pNamespace, pCtx);
+        objects.append(utils::ComReference<IWbemClassObject>(object));
         copyProperties(object, instance);
     }
-    return objects.handOver();
+    return objects.detach();
 }
 
 HRESULT WmiConverter::getInstanceByPath(const std::string& objectPath, IWbemServices* pNamespace,

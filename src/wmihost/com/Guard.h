@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <new>
 
 #include "wmihost/com/Platform.h"
@@ -22,7 +21,8 @@ HRESULT guarded(Body body)
         return body();
     } catch (const std::bad_alloc&) {
         return code(WBEM_E_OUT_OF_MEMORY);
-    } catch (const std::exception&) {
+    } catch (...) {
+        // COM errors among them, which are no std::exception.
         return code(WBEM_E_CRITICAL_ERROR);
     }
 }

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <vector>
+
 #include "support/ImportHook.h"
 
 namespace {
@@ -143,6 +146,34 @@ TEST(ScopedVariantTest, clearsWhatItTookOverAndWhatWasStoredInIt)
         stored.address()->vt = VT_I4;
     }
     EXPECT_EQ(clearedVariants, 2);
+}
+
+TEST(ComReferencesTest, Rest_isReleasedAtTheEnd)
+{
+    std::array<Counted, 3> objects;
+    {
+        utils::ComReferences<Counted> references({&objects[0], &objects[1], &objects[2]});
+        EXPECT_EQ(references.size(), 3U);
+        EXPECT_EQ(*references.next(), &objects[0]);
+        references.releaseNext();
+        EXPECT_EQ(objects[0].releases, 1);
+        EXPECT_EQ(*references.next(), &objects[1]);
+        EXPECT_EQ(references.size(), 3U) << "the released one still counts";
+    }
+    for (const Counted& object : objects) {
+        EXPECT_EQ(object.releases, 1);
+    }
+}
+
+TEST(ComReferencesTest, Detached_areTheCallers)
+{
+    Counted object;
+    {
+        utils::ComReferences<Counted> references;
+        references.append(Reference(&object));
+        EXPECT_EQ(references.detach(), std::vector<Counted*>{&object});
+    }
+    EXPECT_EQ(object.releases, 0);
 }
 
 }  // namespace

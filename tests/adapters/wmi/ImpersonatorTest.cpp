@@ -120,6 +120,16 @@ TEST_F(ImpersonatorTest, WithoutASinkTheReportIsSkipped)
     EXPECT_EQ(impersonate(ClientToken::impersonation, nullptr, E_ACCESSDENIED), expected);
 }
 
+TEST_F(ImpersonatorTest, SinkThatThrows_passes_andTheIdentityIsGivenBack)
+{
+    const CallContext call(calls, ClientToken::identification);
+    sink.onStatus = [] { throw 7; };
+    EXPECT_THROW(const Impersonator impersonator(&sink), int);
+    EXPECT_FALSE(support::threadHasToken());
+    EXPECT_EQ(support::takeMessages(log), denied(2).messages);
+    EXPECT_EQ(calls.take(), denied(2).calls);
+}
+
 TEST_F(ImpersonatorTest, OutsideACallThereIsNoClientToActFor)
 {
     {

@@ -17,6 +17,7 @@ TEST(Guard, ExceptionsBecomeCodes)
 {
     EXPECT_EQ(guarded([]() -> HRESULT { throw std::bad_alloc(); }), code(WBEM_E_OUT_OF_MEMORY));
     EXPECT_EQ(guarded([]() -> HRESULT { throw std::runtime_error("x"); }), code(WBEM_E_CRITICAL_ERROR));
+    EXPECT_EQ(guarded([]() -> HRESULT { throw 7; }), code(WBEM_E_CRITICAL_ERROR)) << "not a std::exception";
 }
 
 }  // namespace
