@@ -17,6 +17,19 @@ public:
     static inline int made = 0;
 };
 
+// Another static object has made it before the holder's turn comes.
+class HeldEarly : public utils::AutoSingleton<HeldEarly>
+{
+public:
+    static constexpr const char* qualifiedName = "wa::HeldEarly";
+
+    HeldEarly() { ++made; }
+
+    static inline int made = 0;
+};
+
+HeldEarly* const earlier = HeldEarly::getInstance();
+
 // There is no memory for it while the module is loaded.
 class HeldLate : public utils::AutoSingleton<HeldLate>
 {
@@ -36,6 +49,7 @@ public:
 }  // namespace
 
 template class utils::AutoSingleton<Held>;
+template class utils::AutoSingleton<HeldEarly>;
 template class utils::AutoSingleton<HeldLate>;
 
 namespace {
@@ -45,6 +59,12 @@ TEST(AutoSingletonTest, anAutomaticHolderMakesTheInstanceBeforeAnyUse)
     EXPECT_EQ(Held::made, 1);
     EXPECT_NE(Held::getInstance(), nullptr);
     EXPECT_EQ(Held::made, 1);
+}
+
+TEST(AutoSingletonTest, Holder_takesTheInstanceThatIsThere)
+{
+    EXPECT_EQ(HeldEarly::made, 1);
+    EXPECT_EQ(HeldEarly::getInstance(), earlier);
 }
 
 TEST(AutoSingletonTest, aLaterInstanceStandsInForTheHeldOneWhileItLives)

@@ -228,6 +228,13 @@ TEST_F(SafeListTest, theLockIsHeldForEachStepAndDroppedBetweenThem)
     EXPECT_EQ(locksTakenBy([&] { list.clear(); }), 1U);
 }
 
+TEST_F(SafeListTest, Destruction_holdsTheLock)
+{
+    auto list = std::make_unique<Elements>();
+    list->append(&m_first);
+    EXPECT_EQ(locksTakenBy([&] { list.reset(); }), 1U);
+}
+
 TEST_F(SafeListTest, anotherThreadMayAppendWhileTheCallerWorksOnAnElement)
 {
     Elements list;

@@ -4,12 +4,28 @@
 
 #include <cstdlib>
 
+#include "support/ImportHook.h"
+
 namespace {
 
 TEST(ComputerNameTest, isTheEnvironmentsName)
 {
     _putenv_s("COMPUTERNAME", "SERVER-7");
     EXPECT_EQ(utils::computerName(), "SERVER-7");
+}
+
+char emptyName[] = "";
+
+char* emptyVariable(const char* /*name*/)
+{
+    return emptyName;
+}
+
+TEST(ComputerNameTest, EmptyVariable_isNoName)
+{
+    // The run time cannot set an empty variable, but a host's environment may hold one.
+    const support::ImportHook hook("getenv", &emptyVariable);
+    EXPECT_EQ(utils::computerName(), "localhost");
 }
 
 TEST(ComputerNameTest, isLocalhostWithoutOne)

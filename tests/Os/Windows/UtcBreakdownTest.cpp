@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "Os/Windows/Platform.h"
+#include "Utils/Time.h"
+#include "support/ImportHook.h"
+
 namespace {
 
 TEST(UtcBreakdownTest, breaksDownInUtc)
@@ -23,6 +27,33 @@ TEST(UtcBreakdownTest, isNullFromEightHoursIntoTheYear3001On)
 TEST(UtcBreakdownTest, isNullBeforeThePlatformsFirstTime)
 {
     EXPECT_EQ(utils::utcBreakdown(-86'400'000), nullptr);
+}
+
+// The storage that the run time's breakdowns share. Whoever does not hold the lock finds another one's result there.
+std::tm shared{};
+decltype(&ReleaseMutex) releaseMutex = nullptr;
+
+std::tm* sharedBreakdown(const __time64_t* /*seconds*/)
+{
+    shared = {};
+    shared.tm_year = 77;
+    shared.tm_mday = 5;
+    return &shared;
+}
+
+BOOL WINAPI releaseAndOverwrite(HANDLE mutex)
+{
+    shared.tm_year = 0;
+    return releaseMutex(mutex);
+}
+
+TEST(UtcBreakdownTest, Result_isCopiedBeforeTheLockIsGivenBack)
+{
+    const support::ImportHook breakdown("_gmtime64", &sharedBreakdown);
+    const support::ImportHook release("ReleaseMutex", &releaseAndOverwrite);
+    releaseMutex = release.original<decltype(&ReleaseMutex)>();
+    EXPECT_EQ(utils::Time::timestamp(0).decomposeTimestamp().year, 1977U);
+    EXPECT_EQ(shared.tm_year, 0) << "the lock was given back";
 }
 
 }  // namespace

@@ -155,6 +155,34 @@ TEST_F(WindowsRegistryTest, setKeyLogsAFailedCreationWithPathAndValue)
                     line("error", "setKey", "RegCreateKeyEx -2147483646, " + KEY + ", text error 5")));
 }
 
+struct Creation
+{
+    DWORD reserved;
+    bool typed;
+    DWORD options;
+    REGSAM access;
+    bool secured;
+    bool asksForDisposition;
+
+    bool operator==(const Creation&) const = default;
+};
+
+Creation created{};
+
+LSTATUS WINAPI noteCreation(HKEY /*key*/, LPCSTR /*path*/, DWORD reserved, LPSTR type, DWORD options, REGSAM access,
+                            const LPSECURITY_ATTRIBUTES security, PHKEY /*result*/, LPDWORD disposition)
+{
+    created = {reserved, type != nullptr, options, access, security != nullptr, disposition != nullptr};
+    return accessDenied();
+}
+
+TEST_F(WindowsRegistryTest, SetKey_createsAKeyThatLasts_forWritingAlone)
+{
+    const ImportHook hook("RegCreateKeyExA", &noteCreation);
+    EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
+    EXPECT_EQ(created, (Creation{0, false, REG_OPTION_NON_VOLATILE, 0x20006, false, false}));
+}
+
 LSTATUS WINAPI refuseSet(HKEY /*key*/, LPCSTR /*name*/, DWORD /*reserved*/, DWORD /*type*/, const BYTE* /*data*/,
                          DWORD /*size*/)
 {

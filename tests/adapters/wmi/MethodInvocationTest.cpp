@@ -312,6 +312,49 @@ TEST_F(MethodInvocationTest, APutThatFailsIsLoggedForReturnValueAndJobOnly)
                errorLine(PUT_TEXT, "pOutParams->Put() error 0x80041005"), debugLine(INDICATE, "Indicate results")}));
 }
 
+TEST_F(MethodInvocationTest, OutputPut_successCodeButZero_isLogged)
+{
+    signature.add("ReturnValue", samples::null(), CIM_UINT32);
+    signature.putStatus["ReturnValue"] = 1;
+    signature.putStatus["Job"] = 2;
+    converter.addUint32ToResponseHandler("ReturnValue", 7, &signature);
+    converter.addStringToResponseHandler("Job", "path", &signature);
+    EXPECT_EQ(takeMessages(),
+              (Lines{debugLine(PUT_NUMBER, "Here"), debugLine(PUT_NUMBER, "Set UINT32 ReturnValue: 7"),
+                     errorLine(PUT_NUMBER, "pOutParams->Put() error 0x1"), debugLine(PUT_TEXT, "Here"),
+                     debugLine(PUT_TEXT, "Set BSTR Job: path"), errorLine(PUT_TEXT, "pOutParams->Put() error 0x2")}));
+}
+
+TEST_F(MethodInvocationTest, OutputNames_matchWhole)
+{
+    signature.add("ReturnValueX", samples::bstr("a"), CIM_STRING);
+    signature.add("JobX", samples::bstr("b"), CIM_STRING);
+    signature.add("ReturnValu", samples::bstr("c"), CIM_STRING);
+    signature.add("Jo", samples::bstr("d"), CIM_STRING);
+    signature.add("job", samples::bstr("e"), CIM_STRING);
+    broker.onInvoke = [&](core::CimPropertyList&, core::CimInstance*& started) {
+        started = &job;
+        return 5U;
+    };
+    invoke();
+    EXPECT_EQ(callsBehindBroker(),
+              SPAWNED_AGAIN +
+                  (Lines{"Run.out#2.Put(ReturnValueX, 0, VT_BSTR 'a', 0)", "Run.out#2.Put(JobX, 0, VT_BSTR 'b', 0)",
+                         "Run.out#2.Put(ReturnValu, 0, VT_BSTR 'c', 0)", "Run.out#2.Put(Jo, 0, VT_BSTR 'd', 0)",
+                         "Run.out#2.Put(job, 0, VT_BSTR 'e', 0)", "sink.Indicate(1, Run.out#2)"}) +
+                  GIVEN_BACK);
+}
+
+TEST_F(MethodInvocationTest, Results_areAnnouncedBeforeTheyAreIndicated)
+{
+    Lines before;
+    sink.onIndicate = [&](IWbemClassObject*) { before = takeMessages(); };
+    invoke();
+    ASSERT_FALSE(before.empty());
+    EXPECT_EQ(before.back(), debugLine(INDICATE, "Indicate results"));
+    EXPECT_EQ(takeMessages(), Lines{});
+}
+
 TEST_F(MethodInvocationTest, AnyAnswerOfTheSinkButZeroIsOnlyLogged)
 {
     sink.indicateAnswers = {1};

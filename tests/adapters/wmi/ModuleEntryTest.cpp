@@ -126,6 +126,19 @@ TEST_F(ModuleEntryTest, ALiveProviderKeepsTheModuleAndALiveFactoryDoesNot)
     made->Release();
 }
 
+TEST_F(ModuleEntryTest, CanUnload_judgesEachCounterAlone)
+{
+    WmiProviderFactory* const made = factory();
+    void* provider = nullptr;
+    ASSERT_EQ(made->CreateInstance(nullptr, IID_IUnknown, &provider), S_OK);
+    made->LockServer(FALSE);
+    EXPECT_EQ(DllCanUnloadNow(), S_FALSE) << "one object and minus one lock are not nothing";
+    made->LockServer(TRUE);
+    static_cast<IUnknown*>(provider)->Release();
+    EXPECT_EQ(DllCanUnloadNow(), S_OK);
+    made->Release();
+}
+
 TEST_F(ModuleEntryTest, EveryLockHasToBeUndone)
 {
     WmiProviderFactory* const made = factory();

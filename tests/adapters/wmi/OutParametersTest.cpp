@@ -86,6 +86,15 @@ TEST_F(OutParametersTest, TheSpawnComesBeforeTheStatusOfTheMethodIsJudged)
                      errorLine("wa::Caller", "pClass->GetMethod() error 0x80041001")}));
 }
 
+TEST_F(OutParametersTest, GetMethod_successCodeButZero_isAnError)
+{
+    classObject.getMethodStatus = 1;
+    EXPECT_FALSE(spawns());
+    EXPECT_EQ(takeMessages(),
+              (Lines{debugLine("wa::Caller", "Get object for Zerix_X"), debugLine("wa::Caller", "Get method Run"),
+                     errorLine("wa::Caller", "pClass->GetMethod() error 0x1")}));
+}
+
 TEST_F(OutParametersTest, AMethodWithoutOutputEndsQuietly)
 {
     classObject.methods["Run"] = nullptr;

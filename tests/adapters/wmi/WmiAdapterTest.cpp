@@ -320,6 +320,24 @@ TEST_F(WmiAdapterTest, InitialisingKeepsTheNamespaceAndReportsSuccess)
               (Lines{said("Initialize", "Initializing"), said("Initialize", "Namespace: root\\DCIM\\vexal")}));
 }
 
+TEST_F(WmiAdapterTest, Initialize_reportsOnceTheNamespaceIsStored)
+{
+    uninitialize();
+    support::FakeInitSink initSink(calls);
+    Lines before;
+    HRESULT answer = E_FAIL;
+    initSink.onStatus = [&] {
+        before = takeMessages();
+        EXPECT_EQ(wmiNamespace.references(), 1);
+        answer = enumerate(&sink);
+    };
+    std::wstring name = L"root";
+    provider->Initialize(nullptr, 0, name.data(), nullptr, &wmiNamespace, &context, &initSink);
+    EXPECT_EQ(hex(answer), "0x00000000") << "a request that comes at once is served";
+    EXPECT_EQ(before, Lines{said("Initialize", "Initializing")});
+    EXPECT_EQ(adapterMessages().back(), said("Initialize", "Namespace: root"));
+}
+
 TEST_F(WmiAdapterTest, InitialisingWithoutANamespaceReportsFailureAndStillSucceeds)
 {
     uninitialize();
@@ -395,6 +413,36 @@ TEST_F(WmiAdapterTest, AnEnumerationReleasesAnObjectAfterTheLineOfItsDelivery)
     EXPECT_EQ(adapterMessages(), (Lines{said(function, "SetStatus .. OK"), said(function, "1 instances delivered "),
                                         said(function, "SetStatus .. OK")}) +
                                      REVERTED);
+}
+
+TEST_F(WmiAdapterTest, Enumeration_countsBeforeItsFinalStatus)
+{
+    Lines before;
+    sink.onStatus = [&] { before = adapterMessages(); };
+    EXPECT_EQ(enumerate(&sink), 0);
+    ASSERT_FALSE(before.empty());
+    EXPECT_EQ(before.back(), said("CreateInstanceEnumAsync", "0 instances delivered "));
+    EXPECT_EQ(adapterMessages(), Lines{said("CreateInstanceEnumAsync", "SetStatus .. OK")} + REVERTED);
+}
+
+TEST_F(WmiAdapterTest, Requests_ignoreFlagsAndContextThatTheyDoNotUse)
+{
+    const ScopedBstr name("Zerix_EthernetPort");
+    const ScopedBstr path(PATH);
+    const ScopedBstr jobPath(JOB_PATH);
+    const ScopedBstr method("Run");
+    *object.path.address() = samples::bstr(PATH);
+    broker.onFind = [&] { return &instance; };
+    for (const LONG flags : {0x10L, 0x80L, 0x7FFFFFFFL, -1L}) {
+        EXPECT_EQ(hex(provider->CreateInstanceEnumAsync(name.get(), flags, &context, &sink)), "0x00000000") << flags;
+        EXPECT_EQ(hex(provider->GetObjectAsync(path.get(), flags, &context, &sink)), "0x00000000") << flags;
+        EXPECT_EQ(hex(provider->PutInstanceAsync(&object, flags | WBEM_FLAG_UPDATE_ONLY, nullptr, &sink)), "0x00000000")
+            << flags;
+        EXPECT_EQ(hex(provider->DeleteInstanceAsync(jobPath.get(), flags, nullptr, &sink)), "0x00000000") << flags;
+        EXPECT_EQ(hex(provider->ExecMethodAsync(path.get(), method.get(), flags, &context, &object, &sink)),
+                  "0x00000000")
+            << flags;
+    }
 }
 
 TEST_F(WmiAdapterTest, AnEnumerationOfNothingSendsNoObjectAndNoProgress)

@@ -353,6 +353,22 @@ TEST_F(WmiConverterTest, EachObjectIsOfItsInstancesOwnClassFetchedAnewInBrokerOr
               (Lines{"Zerix_EthernetPort#1", "Zerix_IPProtocolEndpoint#1", "Zerix_EthernetPort#2"}));
 }
 
+TEST_F(WmiConverterTest, ClassNames_ofOneLength_areTwoClasses)
+{
+    core::CimInstance other("Zerix_EthernetPorT");
+    support::FakeClassObject otherClass(calls, "Zerix_EthernetPorT");
+    wmiNamespace.classes["Zerix_EthernetPorT"] = &otherClass;
+    broker.onGetInstances = [&] {
+        utils::SafeList<core::CimInstance*> list;
+        list.append(&instance);
+        list.append(&other);
+        return list;
+    };
+    const utils::ScopedBstr name("CIM_Anything");
+    const std::vector<IWbemClassObject*> objects = converter.getInstances(&wmiNamespace, name.get(), &context);
+    EXPECT_EQ(namesAndRelease(objects), (Lines{"Zerix_EthernetPort#1", "Zerix_EthernetPorT#1"}));
+}
+
 TEST_F(WmiConverterTest, WhatIsBuiltIsReleasedWhenALaterInstanceThrows)
 {
     core::CimInstance unknown("Zerix_Unknown");
@@ -490,6 +506,13 @@ TEST_F(WmiConverterTest, ThePathOfAnObjectIsItsSystemProperty)
 TEST_F(WmiConverterTest, AnObjectThatCannotSayItsPathHasAnEmptyOne)
 {
     EXPECT_EQ(thrownBy<utils::ESyntaxError>([&] { converter.getPath(&object); }), "DRAVEv2: ESyntaxError:empty path");
+}
+
+TEST_F(WmiConverterTest, Path_readWithAFailure_isTakenAllTheSame)
+{
+    *object.path.address() = samples::bstr("Zerix_X.k=1");
+    object.pathStatus = static_cast<HRESULT>(WBEM_E_FAILED);
+    EXPECT_EQ(converter.getPath(&object).getModelPath(), "Zerix_X.k=1");
 }
 
 TEST_F(WmiConverterTest, AnObjectWhosePathIsNullHasNoneThatParses)
