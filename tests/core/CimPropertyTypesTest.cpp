@@ -189,10 +189,37 @@ TYPED_TEST(ModifyTest, logsTheNumberOfListeners)
     EXPECT_THAT(log.numberedMessages(), ElementsAre("debug|CimProperty:421|core::modifyProperty|size: 2"));
 }
 
+TYPED_TEST(ModifyTest, Size_isLoggedBeforeTheListenersHear)
+{
+    class Listening : public CimProperty::Listener
+    {
+    public:
+        explicit Listening(const support::LogCapture& log) : m_log(log) {}
+        void onModify(CimProperty* /*property*/, const CimProperty* /*newValue*/) override
+        {
+            linesBefore = m_log.messages().size();
+        }
+
+        std::size_t linesBefore = 0;
+
+    private:
+        const support::LogCapture& m_log;
+    };
+
+    const support::LogCapture log;
+    Listening listener(log);
+    this->m_property.addListener(&listener);
+    const typename TypeParam::Class newValue("P");
+    this->m_property.modify(&newValue);
+    EXPECT_EQ(listener.linesBefore, 1U);
+}
+
 TYPED_TEST(ModifyTest, withoutAPropertyOrANewValueItFailsItsAssertions)
 {
     const typename TypeParam::Class newValue("P");
     typename TypeParam::Class* const none = nullptr;
+    EXPECT_EQ(thrownBy([&] { core::modifyProperty(none, nullptr); }),
+              "DRAVEv2: CimProperty:418: Assertion failed: 'property != NULL'");
     EXPECT_EQ(thrownBy([&] { core::modifyProperty(none, &newValue); }),
               "DRAVEv2: CimProperty:418: Assertion failed: 'property != NULL'");
     EXPECT_EQ(thrownBy([&] { this->m_property.modify(nullptr); }),
