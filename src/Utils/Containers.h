@@ -77,6 +77,10 @@ public:
         m_entries[key] = value;
     }
 
+    // As set, without taking the mutex; returns the value that it replaces, null or false where there was none.
+    // REQUIRES: no other thread can reach the map yet.
+    V exchangeUnshared(const K& key, V value) { return std::exchange(m_entries[key], value); }
+
 private:
     Mutex m_mutex;
     // Entries are never removed one by one, so that they may share blocks instead of taking one each.
@@ -224,6 +228,13 @@ public:
     void append(T element)
     {
         const MutexGuard guard(m_mutex);
+        appendUnshared(element);
+    }
+
+    // As append, without taking the mutex. A lock is a call of the kernel, and nobody contends for a list in making.
+    // REQUIRES: no other thread can reach the list yet.
+    void appendUnshared(T element)
+    {
         if (m_elements.size() >= m_elements.max_size()) {
             throw std::length_error("list<T> too long");
         }

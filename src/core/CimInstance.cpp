@@ -21,6 +21,16 @@ CimInstance::CimInstance(std::string className) : m_className(std::move(classNam
     m_properties.setOwnsElements(true);
 }
 
+void CimInstance::fill(std::vector<std::unique_ptr<CimProperty>> properties)
+{
+    for (std::unique_ptr<CimProperty>& property : properties) {
+        m_properties.addUnshared(property.get());
+        property->m_owner = this;
+        // Owned by the list from here on.
+        property.release();  // NOLINT(bugprone-unused-return-value)
+    }
+}
+
 std::string CimInstance::toPathString()
 {
     static constexpr utils::LogSite here{"CimInstance", "core::CimInstance::toPathString"};

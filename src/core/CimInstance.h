@@ -1,7 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "core/CimPropertyList.h"
 
@@ -26,6 +28,11 @@ public:
     virtual bool isMarkedForDeletion() const { return m_deleted.load(); }
 
     virtual std::string getClassName() const { return m_className; }
+
+    // Gives the instance properties that were made without an owner, in their order, as if each had joined it when it
+    // was made; takes no lock. When it throws, the instance must not be used any more.
+    // REQUIRES: no other thread can reach the instance's properties yet.
+    void fill(std::vector<std::unique_ptr<CimProperty>> properties);
 
     // Over the properties that are not overridden, in order. Reads the list itself: the provider calls none of the
     // virtual operations in front of getClassName, which belong to the broker.

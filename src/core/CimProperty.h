@@ -121,6 +121,9 @@ protected:
     void setIsNull(bool isNull) noexcept { m_isNull = isNull; }
 
 private:
+    // Makes itself the owner of the properties that fill it.
+    friend class CimInstance;
+
     // Refuses a change of a property that is not modifiable. Has rules for uint8, uint16, uint64 and string only:
     // every other type is refused, changed or not.
     class IsModifyEnabledListener : public Listener

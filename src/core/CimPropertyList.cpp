@@ -38,6 +38,16 @@ void CimPropertyList::add(CimProperty* newProperty)
     append(newProperty);
 }
 
+void CimPropertyList::addUnshared(CimProperty* newProperty)
+{
+    static constexpr utils::LogSite here{"CimPropertyList", "core::CimPropertyList::addUnshared"};
+    ASSERT(here, newProperty != NULL);
+    if (CimProperty* const overridenProperty = m_index.exchangeUnshared(newProperty->getName(), newProperty)) {
+        overridenProperty->setOverriden(true);
+    }
+    appendUnshared(newProperty);
+}
+
 CimProperty* CimPropertyList::findProperty(const std::string& name)
 {
     // Asked first, since the index inserts a null under a name that it is asked to get and does not have.

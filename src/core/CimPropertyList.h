@@ -32,6 +32,10 @@ public:
     // Throws utils::Exception for null, and where the index holds a null under the property's name.
     void add(CimProperty* property);
 
+    // As add, without taking a lock.
+    // REQUIRES: no other thread can reach the list yet.
+    void addUnshared(CimProperty* property);
+
     // The newest property of the name, or null.
     CimProperty* findProperty(const std::string& name);
 

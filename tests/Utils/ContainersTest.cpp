@@ -123,6 +123,19 @@ TEST(SafeMapTest, everyOperationTakesTheLockOnce)
     EXPECT_EQ(support::locksTaken() - support::locksReleased(), balance);
 }
 
+TEST(SafeMapTest, UnsharedExchange_takesNoLock)
+{
+    utils::SafeMap<std::string, int*> map;
+    int one = 1;
+    int two = 2;
+    EXPECT_EQ(locksTakenBy([&] {
+                  EXPECT_THAT(map.exchangeUnshared("a", &one), IsNull());
+                  EXPECT_EQ(map.exchangeUnshared("a", &two), &one);
+              }),
+              0U);
+    EXPECT_EQ(map.get("a"), &two);
+}
+
 TEST(SafeMapTest, destroyingAMapOfPointersLeavesTheObjectsAlive)
 {
     int deletions = 0;
@@ -233,6 +246,14 @@ TEST_F(SafeListTest, Destruction_holdsTheLock)
     auto list = std::make_unique<Elements>();
     list->append(&m_first);
     EXPECT_EQ(locksTakenBy([&] { list.reset(); }), 1U);
+}
+
+TEST_F(SafeListTest, UnsharedAppend_takesNoLock)
+{
+    Elements list;
+    EXPECT_EQ(locksTakenBy([&] { list.appendUnshared(&m_first); }), 0U);
+    EXPECT_EQ(list.size(), 1U);
+    EXPECT_EQ(list.getIterator().next(), &m_first);
 }
 
 TEST_F(SafeListTest, anotherThreadMayAppendWhileTheCallerWorksOnAnElement)

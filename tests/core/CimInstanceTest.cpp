@@ -2,10 +2,14 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "core/CimPath.h"
 #include "core/CimPropertyTypes.h"
+#include "support/LockCount.h"
 #include "support/SlotOf.h"
 #include "support/Thrown.h"
 
@@ -51,6 +55,48 @@ TEST(CimInstanceTest, propertiesJoinTheirOwnersListAndAnEarlierOneOfTheNameIsSki
     EXPECT_EQ(iterator.next(), later);
     EXPECT_THAT(iterator.next(), IsNull());
     EXPECT_EQ(instance.getProperties().size(), 3U);
+}
+
+std::vector<std::unique_ptr<core::CimProperty>> threeProperties()
+{
+    std::vector<std::unique_ptr<core::CimProperty>> result;
+    result.push_back(std::make_unique<core::CimPropertyString>("Name"));
+    result.push_back(std::make_unique<core::CimPropertyUint8>("Speed"));
+    result.push_back(std::make_unique<core::CimPropertyUint16>("Name"));
+    return result;
+}
+
+TEST(CimInstanceTest, FilledInstance_isAsIfEachHadJoined)
+{
+    core::CimInstance instance("Port");
+    auto properties = threeProperties();
+    const core::CimProperty* earlier = properties[0].get();
+    core::CimProperty* other = properties[1].get();
+    core::CimProperty* later = properties[2].get();
+    instance.fill(std::move(properties));
+    EXPECT_TRUE(earlier->isOverriden());
+    EXPECT_EQ(later->getOwner(), &instance);
+    core::CimPropertyList::Iterator iterator = instance.propertyIterator();
+    EXPECT_EQ(iterator.next(), other);
+    EXPECT_EQ(iterator.next(), later);
+    EXPECT_THAT(iterator.next(), IsNull());
+    EXPECT_EQ(instance.getProperties().size(), 3U);
+    EXPECT_EQ(instance.getProperties().findProperty("Name"), later);
+}
+
+TEST(CimInstanceTest, Fill_takesNoLock)
+{
+    core::CimInstance instance("Port");
+    auto properties = threeProperties();
+    EXPECT_EQ(support::locksTakenBy([&] { instance.fill(std::move(properties)); }), 0U);
+}
+
+TEST(CimInstanceTest, Fill_withoutAPropertyIsRefused)
+{
+    core::CimInstance instance("Port");
+    std::vector<std::unique_ptr<core::CimProperty>> properties(1);
+    EXPECT_THAT(support::thrownBy([&] { instance.fill(std::move(properties)); }),
+                testing::HasSubstr("Assertion failed: 'newProperty != NULL'"));
 }
 
 TEST(CimInstanceTest, deletesItsPropertiesHiddenOnesIncluded)
