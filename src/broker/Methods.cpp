@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "Utils/Utils.h"
+#include "broker/classes/ClassNames.h"
 #include "broker/model/Names.h"
 #include "core/MethodErrors.h"
 
@@ -139,20 +140,20 @@ std::uint32_t Methods::requestJobState(Workspace& /*workspace*/, const MethodCal
         return INVALID_PARAMETER;
     }
     const JobState state = requested == TERMINATE ? JobState::TERMINATED : JobState::KILLED;
-    return m_jobs.end(call.target.identity, state) ? COMPLETED : INVALID_STATE_TRANSITION;
+    return m_jobs.end(call.target.id, state) ? COMPLETED : INVALID_STATE_TRANSITION;
 }
 
 std::uint32_t Methods::getError(Workspace& /*workspace*/, const MethodCall& call)
 {
     expectNoArgument(call.inArguments);
-    setOutput(call.outArguments, "Error", m_jobs.error(call.target.identity));
+    setOutput(call.outArguments, "Error", m_jobs.error(call.target.id));
     return COMPLETED;
 }
 
 std::uint32_t Methods::restoreDefaults(Workspace& /*workspace*/, const MethodCall& call)
 {
     expectNoArgument(call.inArguments);
-    return m_settings.erase(call.target.identity) ? COMPLETED : FAILED;
+    return m_settings.erase(DiagnosticSetting::KEY) ? COMPLETED : FAILED;
 }
 
 }  // namespace broker

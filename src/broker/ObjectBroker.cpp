@@ -1,7 +1,6 @@
 #include "broker/ObjectBroker.h"
 
 #include <exception>
-#include <memory>
 #include <string_view>
 
 #include "Utils/Exception.h"
@@ -35,9 +34,7 @@ ObjectBroker::ObjectBroker(const Platform& platform)
     : m_settings(platform.settings),
       m_jobs(platform.adapters, platform.machine, platform.jobThread, platform.settings),
       m_methods(platform.adapters, m_settings, m_jobs),
-      m_workspaces([this, platform] {
-          return std::make_unique<Workspace>(Sources{platform.adapters, platform.machine, m_settings, m_jobs});
-      })
+      m_workspaces({platform.adapters, platform.machine, m_settings, m_jobs})
 {
 }
 
@@ -53,17 +50,11 @@ ObjectBroker::~ObjectBroker()
 
 utils::SafeList<core::CimInstance*> ObjectBroker::getInstances(const std::string& className)
 {
-    static constexpr utils::LogSite here{FILE_NAME, "broker::ObjectBroker::getInstances"};
     utils::SafeList<core::CimInstance*> result;
-    try {
-        if (const InstanceStore* store = beginRequest().instances(className)) {
-            for (const InstanceStore::Record& record : store->records()) {
-                result.append(record.instance.get());
-            }
+    if (const InstanceStore* store = beginRequest(className).instances(className)) {
+        for (const InstanceStore::Record& record : store->records()) {
+            result.appendUnshared(record.instance.get());
         }
-    } catch (const std::exception& exception) {
-        here.error("Reading of class %s failed: %s", className.c_str(), exception.what());
-        result.clear();
     }
     return result;
 }
@@ -71,7 +62,7 @@ utils::SafeList<core::CimInstance*> ObjectBroker::getInstances(const std::string
 void ObjectBroker::modifyInstance(core::CimPath& path, core::CimPropertyList& properties)
 {
     try {
-        Workspace& workspace = beginRequest();
+        Workspace& workspace = beginRequest(path.getClassName());
         const InstanceStore* store = workspace.instances(path.getClassName());
         const InstanceStore::Record* record = store == nullptr ? nullptr : store->find(path, workspace);
         if (record == nullptr) {
@@ -98,7 +89,7 @@ std::uint32_t ObjectBroker::invokeMethod(core::CimPath& path, std::string method
                                          core::CimPropertyList& inArguments, core::CimPropertyList& outArguments,
                                          core::CimInstance*& job)
 {
-    Workspace& workspace = beginRequest();
+    Workspace& workspace = beginRequest(path.getClassName());
     const InstanceStore::Record* target = workspace.find(path);
     if (target == nullptr) {
         throw notFound(path);
@@ -108,15 +99,15 @@ std::uint32_t ObjectBroker::invokeMethod(core::CimPath& path, std::string method
 
 core::CimInstance* ObjectBroker::findInstance(const core::CimPath& path)
 {
-    const InstanceStore::Record* record = beginRequest().find(path);
+    const InstanceStore::Record* record = beginRequest(path.getClassName()).find(path);
     return record == nullptr ? nullptr : record->instance.get();
 }
 
-Workspace& ObjectBroker::beginRequest()
+Workspace& ObjectBroker::beginRequest(const std::string& className)
 {
     m_jobs.sweep();
-    Workspace& workspace = m_workspaces.lease();
-    workspace.begin();
+    Workspace& workspace = m_workspaces.ofThisThread();
+    workspace.begin(className);
     return workspace;
 }
 

@@ -3,7 +3,7 @@
 #include "broker/Methods.h"
 #include "broker/jobs/JobTable.h"
 #include "broker/model/SettingsStore.h"
-#include "broker/model/WorkspacePool.h"
+#include "broker/model/ThreadWorkspaces.h"
 #include "broker/platform/AdapterSource.h"
 #include "broker/platform/JobThread.h"
 #include "broker/platform/Machine.h"
@@ -21,8 +21,8 @@ struct Platform
     JobThread& jobThread;
 };
 
-// The broker over the live machine. Every operation first leases a workspace to the calling thread and brings the
-// classes up to date that it needs; no lock is held meanwhile, so requests of several threads run side by side.
+// The broker over the live machine. Every operation takes the calling thread's workspace and brings the classes up to
+// date that it needs; no lock is held meanwhile, so requests of several threads run side by side.
 class ObjectBroker : public core::CimBroker
 {
 public:
@@ -33,8 +33,7 @@ public:
     ObjectBroker(const ObjectBroker&) = delete;
     ObjectBroker& operator=(const ObjectBroker&) = delete;
 
-    // Never throws for a class that cannot be read: the reason is logged and the list empty. (What is left is a list
-    // that cannot be made at all, for want of memory or of a mutex.)
+    // Throws where the class cannot be read: a list without its instances would be a wrong answer.
     utils::SafeList<core::CimInstance*> getInstances(const std::string& className) override;
 
     void modifyInstance(core::CimPath& path, core::CimPropertyList& properties) override;
@@ -46,14 +45,14 @@ public:
     core::CimInstance* findInstance(const core::CimPath& path);
 
 private:
-    // The calling thread's workspace at the begin of a request; jobs that are to go are gone.
-    Workspace& beginRequest();
+    // The calling thread's workspace at the begin of a request about the class; jobs that are to go are gone.
+    Workspace& beginRequest(const std::string& className);
 
     SettingsStore m_settings;
     JobTable m_jobs;
     Methods m_methods;
     // The last member: the instances that show jobs end before the jobs.
-    WorkspacePool m_workspaces;
+    ThreadWorkspaces m_workspaces;
 };
 
 }  // namespace broker

@@ -24,7 +24,8 @@ class CimBroker
 public:
     virtual ~CimBroker() = default;
 
-    // All instances of exactly this class, named without case; an empty list for a class that is not served.
+    // All instances of exactly this class, named without case; an empty list for a class that is not served. Throws
+    // utils::EFailed when the machine cannot be read.
     virtual utils::SafeList<CimInstance*> getInstances(const std::string& className) = 0;
 
     // Applies the values to the instance; what is not in the list stays. Nothing is changed when it throws:
@@ -40,8 +41,9 @@ public:
     virtual std::uint32_t invokeMethod(CimPath& path, std::string methodName, CimPropertyList& inArguments,
                                        CimPropertyList& outArguments, CimInstance*& job) = 0;
 
-    // The instance whose class and keys match, or null. Class and key names are compared without case, values exactly,
-    // keys in any order; all keys and no others must be given.
+    // The instance whose class and keys match, or null. Class and key names are compared without case, in any order,
+    // and so are values that are GUIDs or the names of classes and hosts, other values exactly; all keys and no others
+    // must be given. Throws utils::EFailed when the machine cannot be read.
     CimInstance* getInstanceByPath(CimPath& path);
 
     CimBroker(const CimBroker&) = delete;

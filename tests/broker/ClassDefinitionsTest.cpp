@@ -85,8 +85,8 @@ TEST(ClassDefinitions, AreThoseOfTheServedInstances)
     world.machine.time += 2'000'000;
     world.thread.work->work();
     broker::Workspace workspace(world.sources());
-    workspace.begin();
     for (const auto& [className, expected] : defined) {
+        workspace.begin(className);
         const auto* instances = workspace.instances(className);
         ASSERT_NE(instances, nullptr) << className;
         ASSERT_FALSE(instances->records().empty()) << className;

@@ -94,9 +94,11 @@ class Machine : public broker::Machine
 {
 public:
     std::string computerName() override { return "HOST"; }
-    std::string userName() override { return "admin"; }
+    std::string userName() override { return user; }
     std::uint64_t now() override { return time; }
 
+    // Set before threads ask.
+    std::string user = "admin";
     std::atomic<std::uint64_t> time{1'700'000'000'000'000};
 };
 

@@ -35,7 +35,7 @@ protected:
     // Calls the method of the class's instance of that index.
     std::uint32_t invoke(const std::string& className, const std::string& method, std::size_t index = 0)
     {
-        m_workspace.begin();
+        m_workspace.begin(className);
         const auto& records = m_workspace.instances(className)->records();
         return m_methods.invoke(m_workspace, method, {records.at(index), m_in, m_out, m_job});
     }
@@ -184,7 +184,7 @@ TEST_F(Methods, GetErrorAddsTheOutputWhereNoneFits)
     other.setOwnsElements(true);
     auto* misfit = new core::CimPropertyUint8("Error");
     other.add(misfit);
-    m_workspace.begin();
+    m_workspace.begin("Zerix_ConcreteJob");
     const auto& jobs = m_workspace.instances("Zerix_ConcreteJob")->records();
     m_methods.invoke(m_workspace, "GetError", {jobs[0], m_in, other, m_job});
     EXPECT_TRUE(misfit->isOverriden());

@@ -21,6 +21,17 @@ using testing::IsEmpty;
 class FailingAdapters : public fakes::Adapters
 {
 public:
+    std::vector<broker::Adapter> readAdapters() override
+    {
+        return isFailing ? throw utils::EFailed("out of order") : fakes::Adapters::readAdapters();
+    }
+
+    bool isFailing = true;
+};
+
+class BrokenAdapters : public fakes::Adapters
+{
+public:
     std::vector<broker::Adapter> readAdapters() override { throw std::runtime_error("out of order"); }
 };
 
@@ -127,16 +138,41 @@ TEST_F(ObjectBroker, UnknownClassIsAnEmptyList)
     EXPECT_EQ(m_broker.getInstances("").size(), 0U);
 }
 
-TEST_F(ObjectBroker, ClassThatCannotBeReadIsAnEmptyListAndAnErrorLine)
+TEST_F(ObjectBroker, UnreadableMachine_isAFailure)
 {
-    const support::LogCapture log(1);
     FailingAdapters failing;
     broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
-    EXPECT_EQ(broker.getInstances("Zerix_EthernetPort").size(), 0U);
-    ASSERT_EQ(log.events().size(), 1U);
-    EXPECT_THAT(log.events()[0], testing::EndsWith("broker::ObjectBroker::getInstances: error: Reading of class "
-                                                   "Zerix_EthernetPort failed: out of order\n"));
-    EXPECT_EQ(broker.getInstances("Zerix_RegisteredProfile").size(), 1U);
+    core::CimPath port("Zerix_EthernetPort.DeviceID=\"a\"");
+    core::CimPropertyList none;
+    core::CimInstance* job = nullptr;
+    for (const char* className : {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_AdapterSetting",
+                                  "Zerix_PortImplementsEndpoint", "Zerix_ElementSettingData"})
+    {
+        EXPECT_THROW(broker.getInstances(className), utils::EFailed) << className;
+    }
+    EXPECT_THROW(broker.findInstance(port), utils::EFailed);
+    EXPECT_THROW(broker.modifyInstance(port, none), utils::EFailed);
+    EXPECT_THROW(broker.invokeMethod(port, "RunLinkDiagnostic", none, none, job), utils::EFailed);
+}
+
+TEST_F(ObjectBroker, UnreadableMachine_leavesOtherClasses)
+{
+    FailingAdapters failing;
+    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
+    for (const char* className : {"Zerix_RegisteredProfile", "Zerix_SoftwareIdentity", "Zerix_DiagnosticSetting"}) {
+        EXPECT_EQ(broker.getInstances(className).size(), 1U) << className;
+    }
+    EXPECT_EQ(broker.getInstances("Zerix_ConcreteJob").size(), 0U);
+}
+
+TEST_F(ObjectBroker, MachineReadableAgain_isServed)
+{
+    FailingAdapters failing;
+    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
+    EXPECT_THROW(broker.getInstances("Zerix_EthernetPort"), utils::EFailed);
+    failing.isFailing = false;
+    failing.set({fakes::adapter(1)});
+    EXPECT_EQ(broker.getInstances("Zerix_EthernetPort").size(), 1U);
 }
 
 TEST_F(ObjectBroker, FindsInstancesThroughTheSharedInterface)
@@ -162,6 +198,22 @@ TEST_F(ObjectBroker, InstancesOfAThreadOutliveTheRequestsOfOthers)
     EXPECT_EQ(support::value(*listedAgain.getIterator().next(), "Name"), "eth3");
 }
 
+// Whether the values are of two adapters: a fake one makes its name and index from the same number.
+bool isMixedPort(core::CimInstance& port)
+{
+    return "eth" + support::value(port, "InterfaceIndex") != support::value(port, "Name");
+}
+
+// Whether the ends are of two adapters.
+bool isMixedAssociation(core::CimInstance& association)
+{
+    const auto end = [&association](const char* role) -> core::CimInstance& {
+        return *static_cast<core::CimPropertyRef*>(association.getProperties().findProperty(role))->getValue();
+    };
+    return "Vexal:AdapterSetting:" + support::value(end("ManagedElement"), "DeviceID") !=
+           support::value(end("SettingData"), "InstanceID");
+}
+
 TEST_F(ObjectBroker, ServesManyThreadsAtOnceWhileAdaptersChange)
 {
     constexpr int THREADS = 8;
@@ -171,24 +223,14 @@ TEST_F(ObjectBroker, ServesManyThreadsAtOnceWhileAdaptersChange)
     for (int i = 0; i < THREADS; ++i) {
         threads.emplace_back([this, i, &wrong] {
             for (int request = 0; request < REQUESTS; ++request) {
-                // An adapter's name, index and address all come from its number: a mixture shows.
                 m_adapters.set({fakes::adapter(static_cast<unsigned>(request % 7 + 1)), fakes::adapter(20),
                                 fakes::adapter(static_cast<unsigned>(i + 30))});
-                auto ports =
-                    m_broker.getInstances(i % 2 == 0 ? "Zerix_EthernetPort" : "Zerix_ElementConformsToProfile");
-                auto iterator = ports.getIterator();
+                auto listed = m_broker.getInstances(i % 2 == 0 ? "Zerix_EthernetPort" : "Zerix_ElementSettingData");
+                auto iterator = listed.getIterator();
                 while (core::CimInstance* instance = iterator.next()) {
-                    core::CimInstance* port = instance;
-                    if (i % 2 != 0) {
-                        port =
-                            static_cast<core::CimPropertyRef*>(instance->getProperties().findProperty("ManagedElement"))
-                                ->getValue();
-                    }
-                    if ("eth" + support::value(*port, "InterfaceIndex") != support::value(*port, "Name")) {
-                        ++wrong;
-                    }
+                    wrong += i % 2 == 0 ? isMixedPort(*instance) : isMixedAssociation(*instance);
                 }
-                if (ports.size() != 3) {
+                if (listed.size() != 3) {
                     ++wrong;
                 }
             }
@@ -255,7 +297,7 @@ TEST_F(ObjectBroker, ChangeOfAnInstanceThatDoesNotExistIsNotFoundWhateverIsPut)
 
 TEST_F(ObjectBroker, ChangeThrowsNothingThatItsCallersDoNotKnow)
 {
-    FailingAdapters failing;
+    BrokenAdapters failing;
     broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
     core::CimPropertyList values;
     core::CimPath path("Zerix_AdapterSetting.InstanceID=\"x\"");

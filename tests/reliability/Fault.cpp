@@ -194,8 +194,7 @@ constexpr auto noSlot = [](auto&&...) { return FLS_OUT_OF_INDEXES; };
 const std::vector<FaultPoint>& brokerTable()
 {
     static const std::vector<FaultPoint> points{
-        {"CreateMutexA", "null", UNCHANGED | EXCEPTION | NOT_THERE, 0,
-         FaultyCall<decltype(CreateMutexA), noHandle>::install},
+        {"CreateMutexA", "null", UNCHANGED | EXCEPTION, 0, FaultyCall<decltype(CreateMutexA), noHandle>::install},
         {"WaitForSingleObject", "failed", UNCHANGED, 0, FaultyCall<decltype(WaitForSingleObject), waitFailed>::install},
         {"WaitForSingleObject", "abandoned", UNCHANGED, 0,
          FaultyCall<decltype(WaitForSingleObject), waitAbandoned>::install},
@@ -210,15 +209,16 @@ const std::vector<FaultPoint>& brokerTable()
         {"GetModuleHandleExA", "module not found", VALUE_LOST, 0,
          FaultyCall<decltype(GetModuleHandleExA), falseWithError<ERROR_MOD_NOT_FOUND>>::install},
         {"FlsAlloc", "no slot left", EXCEPTION, 0, FaultyCall<decltype(FlsAlloc), noSlot>::install},
-        {"FlsSetValue", "out of memory", NOT_THERE | OUT_OF_MEMORY, 0,
+        {"FlsSetValue", "out of memory", OUT_OF_MEMORY, 0,
          FaultyCall<decltype(FlsSetValue), falseWithError<ERROR_NOT_ENOUGH_MEMORY>>::install},
         {"GetUserNameW", "no logon session", UNCHANGED, 0,
          FaultyCall<decltype(GetUserNameW), falseWithError<ERROR_NO_SUCH_LOGON_SESSION>>::install},
-        {"GetIfTable2", "out of memory", NOT_THERE | EXCEPTION, 0,
+        // A table that is refused is asked for once more.
+        {"GetIfTable2", "out of memory", UNCHANGED, 0,
          FaultyCall<decltype(GetIfTable2), adapterError<ERROR_NOT_ENOUGH_MEMORY>>::install},
         {"GetAdaptersAddresses", "no data", NOT_THERE, 0,
          FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_NO_DATA>>::install},
-        {"GetAdaptersAddresses", "out of memory", NOT_THERE, 0,
+        {"GetAdaptersAddresses", "out of memory", UNCHANGED, 0,
          FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_NOT_ENOUGH_MEMORY>>::install},
         // The list has grown since its size was told: asked for once more.
         {"GetAdaptersAddresses", "buffer overflow", UNCHANGED, 0,
@@ -242,7 +242,7 @@ const std::vector<FaultPoint>& brokerTable()
         {"RegDeleteKeyA", "access denied", UNCHANGED | VALUE_LOST, 0,
          FaultyCall<decltype(RegDeleteKeyA), accessDenied>::install},
         {"RegCloseKey", "invalid handle", UNCHANGED, 0, FaultyCall<decltype(RegCloseKey), closedButInvalid>::install},
-        {"_Znwy", "std::bad_alloc", UNCHANGED | NOT_THERE | OUT_OF_MEMORY, 0, FaultyCall<PlainNew, noMemory>::install},
+        {"_Znwy", "std::bad_alloc", UNCHANGED | OUT_OF_MEMORY, 0, FaultyCall<PlainNew, noMemory>::install},
         {"_ZnwyRKSt9nothrow_t", "null", UNCHANGED, 0, FaultyCall<NothrowNew, noBlock>::install},
         {"malloc", "null", UNCHANGED, 0, FaultyCall<PlainNew, noBlock>::install},
         {"calloc", "null", UNCHANGED, 0, FaultyCall<ClearedBlock, noBlock>::install},

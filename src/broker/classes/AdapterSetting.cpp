@@ -1,68 +1,57 @@
-#include "broker/classes/SettingClasses.h"
-
 #include <array>
+
+#include "broker/classes/ClassNames.h"
+#include "broker/classes/ServedClasses.h"
+#include "broker/model/Workspace.h"
 
 namespace broker {
 
 namespace {
 
-template <const Range& Limit>
-void limitTo(core::CimProperty& property)
+struct Row
 {
-    // One for all properties of the column: it holds nothing but the range.
-    static RangeListener listener(Limit);
-    property.addListener(&listener);
+    std::string adapterGuid;
+    AdapterSetting setting;
+};
+
+std::vector<Row> rows(Workspace& workspace)
+{
+    std::vector<Row> result;
+    for (const Adapter& adapter : workspace.adapters()) {
+        result.push_back({adapter.guid, workspace.sources().settings.adapterSetting(adapter.guid)});
+    }
+    return result;
 }
 
-template <const Lengths& Limit>
-void limitTo(core::CimProperty& property)
+std::string id(const Row& row)
 {
-    limitLength(property, Limit);
+    return row.adapterGuid;
 }
 
-std::string adapterSettingId(const AdapterSettingRow& row)
+std::string instanceId(const Row& row)
 {
     return "Vexal:AdapterSetting:" + row.adapterGuid;
 }
-const std::optional<std::string>& label(const AdapterSettingRow& row)
+const std::optional<std::string>& label(const Row& row)
 {
     return row.setting.elementName;
 }
-const std::optional<std::string>& tag(const AdapterSettingRow& row)
+const std::optional<std::string>& tag(const Row& row)
 {
     return row.setting.tag;
 }
 
-constexpr std::array adapterSettingColumns{
-    key<&adapterSettingId>("InstanceID"),
+constexpr std::array columns{
+    key<&instanceId>("InstanceID"),
     writable<&label>("ElementName", &limitTo<AdapterSetting::LABEL_LENGTHS>),
     writable<&tag>("Tag", &limitTo<AdapterSetting::TAG_LENGTHS>),
 };
 
-std::string diagnosticSettingId(const DiagnosticSetting& /*row*/)
-{
-    return "Vexal:DiagnosticSetting";
-}
-
-constexpr std::array diagnosticSettingColumns{
-    key<&diagnosticSettingId>("InstanceID"),
-    writable<&DiagnosticSetting::sampleCount>("SampleCount", &limitTo<DiagnosticSetting::SAMPLE_COUNTS>),
-    writable<&DiagnosticSetting::samplePeriodMilliseconds>("SamplePeriodMilliseconds",
-                                                           &limitTo<DiagnosticSetting::SAMPLE_PERIODS>),
-    writable<&DiagnosticSetting::passThresholdPercent>("PassThresholdPercent",
-                                                       &limitTo<DiagnosticSetting::PASS_THRESHOLDS>),
-    writable<&DiagnosticSetting::jobRetentionSeconds>("JobRetentionSeconds", nullptr),
-    writable<&DiagnosticSetting::elementName>("ElementName", nullptr),
-};
+constexpr ClassDescription<Row> definition{
+    .name = ADAPTER_SETTING, .columns = columns, .id = &id, .rows = &rows, .storageKey = &AdapterSetting::key};
 
 }  // namespace
 
-const ClassDescription<AdapterSettingRow> adapterSettingClass{
-    ADAPTER_SETTING, adapterSettingColumns,
-    [](const AdapterSettingRow& row) { return AdapterSetting::key(row.adapterGuid); }};
-
-const ClassDescription<DiagnosticSetting> diagnosticSettingClass{
-    DIAGNOSTIC_SETTING, diagnosticSettingColumns,
-    [](const DiagnosticSetting& /*row*/) { return std::string(DiagnosticSetting::KEY); }};
+const ServedClass adapterSetting = serve<definition>();
 
 }  // namespace broker

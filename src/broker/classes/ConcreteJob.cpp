@@ -1,28 +1,50 @@
-#include "broker/classes/JobClasses.h"
-
-#include <algorithm>
 #include <array>
 
 #include "Utils/Time.h"
+#include "broker/classes/ClassNames.h"
+#include "broker/classes/ServedClasses.h"
+#include "broker/model/Workspace.h"
 
 namespace broker {
 
 namespace {
 
-std::string jobId(const JobRow& row)
+struct Row
+{
+    JobTable& table;
+    JobTable::Entry entry;
+};
+
+std::vector<Row> rows(Workspace& workspace)
+{
+    std::vector<Row> result;
+    JobTable& table = workspace.sources().jobs;
+    for (JobTable::Entry& entry : table.jobs()) {
+        result.push_back({table, std::move(entry)});
+    }
+    return result;
+}
+
+// Marks the job for deletion when it is marked itself.
+std::unique_ptr<core::CimInstance> makeInstance(const Row& row)
+{
+    return row.table.makeInstance(row.entry.job, CONCRETE_JOB);
+}
+
+std::string jobId(const Row& row)
 {
     return row.entry.status.id;
 }
-std::string jobName(const JobRow& /*row*/)
+std::string jobName(const Row& /*row*/)
 {
     return "Link Diagnostic";
 }
-std::string jobDescription(const JobRow& row)
+std::string jobDescription(const Row& row)
 {
     return "Link diagnostic of " + row.entry.status.adapterName;
 }
 
-std::string jobStatus(const JobRow& row)
+std::string jobStatus(const Row& row)
 {
     switch (row.entry.status.state) {
         case JobState::RUNNING:
@@ -38,22 +60,22 @@ std::string jobStatus(const JobRow& row)
     }
 }
 
-std::optional<std::string> jobOwner(const JobRow& row)
+std::optional<std::string> jobOwner(const Row& row)
 {
     const std::string& owner = row.entry.status.owner;
     return owner.empty() ? std::nullopt : std::make_optional(owner);
 }
 
-std::uint16_t jobState(const JobRow& row)
+std::uint16_t jobState(const Row& row)
 {
     return static_cast<std::uint16_t>(row.entry.status.state);
 }
-std::uint16_t percentComplete(const JobRow& row)
+std::uint16_t percentComplete(const Row& row)
 {
     return row.entry.status.percentComplete;
 }
 
-std::uint16_t errorCode(const JobRow& row)
+std::uint16_t errorCode(const Row& row)
 {
     constexpr std::uint16_t NO_ERROR_FOUND = 0;
     constexpr std::uint16_t ADAPTER_NOT_READ = 1;
@@ -61,28 +83,28 @@ std::uint16_t errorCode(const JobRow& row)
 }
 
 // All jobs are of the same urgency.
-std::uint32_t priority(const JobRow& /*row*/)
+std::uint32_t priority(const Row& /*row*/)
 {
     return 0;
 }
-utils::Time jobStart(const JobRow& row)
+utils::Time jobStart(const Row& row)
 {
     return utils::Time::timestamp(row.entry.status.startTime);
 }
-utils::Time elapsedTime(const JobRow& row)
+utils::Time elapsedTime(const Row& row)
 {
     return utils::Time::period(row.entry.status.elapsed);
 }
-utils::Time timeBeforeRemoval(const JobRow& row)
+utils::Time timeBeforeRemoval(const Row& row)
 {
     return utils::Time::period(row.entry.status.retention);
 }
-bool deleteOnCompletion(const JobRow& /*row*/)
+bool deleteOnCompletion(const Row& /*row*/)
 {
     return true;
 }
 
-constexpr std::array jobColumns{
+constexpr std::array columns{
     key<&jobId>("InstanceID"),
     column<&jobName>("Name"),
     column<&jobDescription>("Description"),
@@ -98,99 +120,11 @@ constexpr std::array jobColumns{
     column<&deleteOnCompletion>("DeleteOnCompletion"),
 };
 
-std::string resultId(const DiagnosticResultRow& row)
-{
-    return row.result->id;
-}
-core::CimInstance* port(const DiagnosticResultRow& row)
-{
-    return row.port;
-}
-std::string resultJobId(const DiagnosticResultRow& row)
-{
-    return row.result->jobId;
-}
-
-bool hasSeenTraffic(const DiagnosticResult& result)
-{
-    const auto isSome = [](std::uint32_t bytes) { return bytes != 0; };
-    return std::any_of(result.bytesReceived.begin(), result.bytesReceived.end(), isSome) ||
-           std::any_of(result.bytesTransmitted.begin(), result.bytesTransmitted.end(), isSome);
-}
-
-// The values of CIM_DiagnosticCompletionRecord.CompletionState.
-std::uint16_t completionState(const DiagnosticResultRow& row)
-{
-    constexpr std::uint16_t OK = 2;
-    constexpr std::uint16_t WARNING = 3;
-    constexpr std::uint16_t INCOMPLETE = 4;
-    constexpr std::uint16_t FAILED = 5;
-    constexpr std::uint16_t ABORTED = 6;
-    constexpr std::uint16_t STOPPED = 7;
-    switch (row.result->jobState) {
-        case JobState::TERMINATED:
-            return STOPPED;
-        case JobState::KILLED:
-            return ABORTED;
-        case JobState::COMPLETED:
-            break;
-        default:
-            // The samples that were still to come could not be taken.
-            return INCOMPLETE;
-    }
-    if (!row.result->isPassed) {
-        return FAILED;
-    }
-    return hasSeenTraffic(*row.result) ? OK : WARNING;
-}
-
-std::uint8_t passedPercent(const DiagnosticResultRow& row)
-{
-    return row.result->passedPercent;
-}
-utils::Time resultStart(const DiagnosticResultRow& row)
-{
-    return utils::Time::timestamp(row.result->startTime);
-}
-utils::Time duration(const DiagnosticResultRow& row)
-{
-    return utils::Time::period(row.result->duration);
-}
-const std::vector<std::uint32_t>& bytesReceived(const DiagnosticResultRow& row)
-{
-    return row.result->bytesReceived;
-}
-
-const std::vector<std::uint32_t>& bytesTransmitted(const DiagnosticResultRow& row)
-{
-    return row.result->bytesTransmitted;
-}
-
-const std::vector<std::string>& errorMessages(const DiagnosticResultRow& row)
-{
-    return row.result->errors;
-}
-
-constexpr std::array resultColumns{
-    key<&resultId>("InstanceID"),
-    // The adapter may go between a client's reading and its put.
-    column<&port>("ManagedElement", PutRule::VOLATILE),
-    column<&resultJobId>("JobInstanceID"),
-    column<&completionState>("CompletionState"),
-    column<&passedPercent>("PassedPercent"),
-    column<&resultStart>("StartTime"),
-    column<&duration>("Duration"),
-    column<&bytesReceived>("SampleBytesReceived"),
-    column<&bytesTransmitted>("SampleBytesTransmitted"),
-    column<&errorMessages>("ErrorMessages"),
-};
+constexpr ClassDescription<Row> definition{
+    .name = CONCRETE_JOB, .columns = columns, .id = &jobId, .rows = &rows, .make = &makeInstance};
 
 }  // namespace
 
-const ClassDescription<JobRow> concreteJobClass{CONCRETE_JOB, jobColumns, &jobId, [](const JobRow& row) {
-                                                    return row.table.makeInstance(row.entry.job, CONCRETE_JOB);
-                                                }};
-
-const ClassDescription<DiagnosticResultRow> diagnosticResultClass{DIAGNOSTIC_RESULT, resultColumns, &resultId};
+const ServedClass concreteJob = serve<definition>();
 
 }  // namespace broker

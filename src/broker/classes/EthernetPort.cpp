@@ -1,14 +1,36 @@
-#include "broker/classes/PortClasses.h"
-
 #include <array>
 
-#include "Utils/Time.h"
 #include "Utils/Utils.h"
+#include "broker/classes/ClassNames.h"
+#include "broker/classes/ServedClasses.h"
 #include "broker/model/AdapterRules.h"
+#include "broker/model/Workspace.h"
 
 namespace broker {
 
 namespace {
+
+// Refers to what the workspace has read for the request.
+struct Row
+{
+    const Adapter& adapter;
+    const std::string& systemName;
+};
+
+std::vector<Row> rows(Workspace& workspace)
+{
+    std::vector<Row> result;
+    for (const Adapter& adapter : workspace.adapters()) {
+        result.push_back({adapter, workspace.systemName()});
+    }
+    return result;
+}
+
+// The adapter's GUID.
+std::string id(const Row& row)
+{
+    return row.adapter.guid;
+}
 
 // The IANA numbers of the interface types that the classes know by name.
 constexpr std::uint32_t TYPE_ETHERNET = 6;
@@ -30,36 +52,36 @@ std::optional<std::string> known(const std::string& text)
     return text.empty() ? std::nullopt : std::make_optional(text);
 }
 
-const std::string& systemClassName(const PortRow& /*row*/)
+const char* systemClassName(const Row& /*row*/)
 {
-    return computerSystemClass();
+    return COMPUTER_SYSTEM;
 }
-const std::string& systemName(const PortRow& row)
+const std::string& systemName(const Row& row)
 {
     return row.systemName;
 }
-std::string className(const PortRow& /*row*/)
+const char* className(const Row& /*row*/)
 {
     return ETHERNET_PORT;
 }
-const std::string& deviceId(const PortRow& row)
+const std::string& deviceId(const Row& row)
 {
     return row.adapter.guid;
 }
-const std::string& name(const PortRow& row)
+const std::string& name(const Row& row)
 {
     return row.adapter.name;
 }
-const std::string& description(const PortRow& row)
+const std::string& description(const Row& row)
 {
     return row.adapter.description;
 }
-std::optional<std::string> permanentAddress(const PortRow& row)
+std::optional<std::string> permanentAddress(const Row& row)
 {
     return known(row.adapter.permanentAddress);
 }
 
-std::vector<std::string> networkAddresses(const PortRow& row)
+std::vector<std::string> networkAddresses(const Row& row)
 {
     return row.adapter.hardwareAddress.empty() ? std::vector<std::string>() : std::vector{row.adapter.hardwareAddress};
 }
@@ -80,7 +102,7 @@ enum LinkTechnology : std::uint16_t
 };
 
 // Radios often present themselves to the protocols as Ethernet, so the medium is asked first.
-std::uint16_t linkTechnology(const PortRow& row)
+std::uint16_t linkTechnology(const Row& row)
 {
     switch (row.adapter.physicalMedium) {
         case MEDIUM_WIRELESS_LAN:
@@ -113,45 +135,45 @@ std::uint16_t linkTechnology(const PortRow& row)
     }
 }
 
-std::uint16_t portType(const PortRow& row)
+std::uint16_t portType(const Row& row)
 {
     // The platform tells an Ethernet adapter's speed, not its medium: that kind stays unknown rather than guessed.
     return row.adapter.type == TYPE_ETHERNET ? 0 : 1;
 }
 
-std::uint32_t interfaceIndex(const PortRow& row)
+std::uint32_t interfaceIndex(const Row& row)
 {
     return row.adapter.index;
 }
-std::optional<std::uint64_t> speed(const PortRow& row)
+std::optional<std::uint64_t> speed(const Row& row)
 {
     return row.adapter.transmitSpeed;
 }
 
-std::optional<std::uint64_t> receiveSpeed(const PortRow& row)
+std::optional<std::uint64_t> receiveSpeed(const Row& row)
 {
     return row.adapter.receiveSpeed;
 }
 
-bool hardwareInterface(const PortRow& row)
+bool hardwareInterface(const Row& row)
 {
     return row.adapter.isHardware;
 }
-bool connectorPresent(const PortRow& row)
+bool connectorPresent(const Row& row)
 {
     return row.adapter.hasConnector;
 }
-std::uint32_t physicalMedium(const PortRow& row)
+std::uint32_t physicalMedium(const Row& row)
 {
     return row.adapter.physicalMedium;
 }
 
-std::uint64_t mtu(const PortRow& row)
+std::uint64_t mtu(const Row& row)
 {
     return row.adapter.mtu;
 }
 
-std::uint16_t enabledState(const PortRow& row)
+std::uint16_t enabledState(const Row& row)
 {
     constexpr std::uint16_t ENABLED = 2;
     constexpr std::uint16_t DISABLED = 3;
@@ -168,7 +190,7 @@ std::uint16_t enabledState(const PortRow& row)
 }
 
 // What was last asked for is what the platform holds as the administrative state.
-std::uint16_t requestedState(const PortRow& row)
+std::uint16_t requestedState(const Row& row)
 {
     constexpr std::uint16_t UNKNOWN = 0;
     constexpr std::uint16_t ENABLED = 2;
@@ -186,7 +208,7 @@ std::uint16_t requestedState(const PortRow& row)
     }
 }
 
-std::uint16_t healthState(const PortRow& row)
+std::uint16_t healthState(const Row& row)
 {
     constexpr std::uint16_t UNKNOWN = 0;
     constexpr std::uint16_t OK = 5;
@@ -233,7 +255,7 @@ std::uint16_t primaryStatus(const Adapter& adapter)
     }
 }
 
-std::vector<std::uint16_t> operationalStatus(const PortRow& row)
+std::vector<std::uint16_t> operationalStatus(const Row& row)
 {
     return {primaryStatus(row.adapter)};
 }
@@ -255,7 +277,7 @@ std::vector<Identification> identifications(const Adapter& adapter)
     return result;
 }
 
-std::vector<std::string> otherIdentifyingInfo(const PortRow& row)
+std::vector<std::string> otherIdentifyingInfo(const Row& row)
 {
     std::vector<std::string> result;
     for (Identification& entry : identifications(row.adapter)) {
@@ -264,7 +286,7 @@ std::vector<std::string> otherIdentifyingInfo(const PortRow& row)
     return result;
 }
 
-std::vector<std::string> identifyingDescriptions(const PortRow& row)
+std::vector<std::string> identifyingDescriptions(const Row& row)
 {
     std::vector<std::string> result;
     for (const Identification& entry : identifications(row.adapter)) {
@@ -273,11 +295,11 @@ std::vector<std::string> identifyingDescriptions(const PortRow& row)
     return result;
 }
 
-constexpr std::array portColumns{
-    key<&systemClassName>("SystemCreationClassName"),
-    key<&systemName>("SystemName"),
-    key<&className>("CreationClassName"),
-    key<&deviceId>("DeviceID"),
+constexpr std::array columns{
+    keyWithoutCase<&systemClassName>("SystemCreationClassName"),
+    keyWithoutCase<&systemName>("SystemName"),
+    keyWithoutCase<&className>("CreationClassName"),
+    keyWithoutCase<&deviceId>("DeviceID"),
     column<&name>("Name"),
     column<&name>("ElementName"),
     column<&description>("Caption"),
@@ -301,123 +323,10 @@ constexpr std::array portColumns{
     column<&identifyingDescriptions>("IdentifyingDescriptions"),
 };
 
-template <std::uint64_t Counters::*Counter>
-std::uint64_t counter(const StatisticsRow& row)
-{
-    return row.adapter.counters.*Counter;
-}
-
-template <std::uint64_t Counters::*First, std::uint64_t Counters::*Second>
-std::uint64_t sum(const StatisticsRow& row)
-{
-    return row.adapter.counters.*First + row.adapter.counters.*Second;
-}
-
-// The counters of one direction, as far as the kinds of packets are concerned.
-struct Direction
-{
-    std::uint64_t Counters::*bytes;
-    std::uint64_t Counters::*nonUnicastPackets;
-    std::uint64_t Counters::*unicastBytes;
-    std::uint64_t Counters::*multicastBytes;
-    std::uint64_t Counters::*broadcastBytes;
-};
-
-constexpr Direction RECEIVED{&Counters::bytesReceived, &Counters::nonUnicastPacketsReceived,
-                             &Counters::unicastBytesReceived, &Counters::multicastBytesReceived,
-                             &Counters::broadcastBytesReceived};
-constexpr Direction TRANSMITTED{&Counters::bytesTransmitted, &Counters::nonUnicastPacketsTransmitted,
-                                &Counters::unicastBytesTransmitted, &Counters::multicastBytesTransmitted,
-                                &Counters::broadcastBytesTransmitted};
-
-// A driver that counts bytes as a whole only leaves 0 for each kind, although bytes have moved.
-bool countsKinds(const Counters& counters, const Direction& direction)
-{
-    return counters.*direction.bytes == 0 || counters.*direction.unicastBytes != 0 ||
-           counters.*direction.multicastBytes != 0 || counters.*direction.broadcastBytes != 0;
-}
-
-template <const Direction& Of, std::uint64_t Counters::*Direction::*Kind>
-std::optional<std::uint64_t> bytesOfKind(const StatisticsRow& row)
-{
-    const Counters& counters = row.adapter.counters;
-    return countsKinds(counters, Of) ? std::make_optional(counters.*(Of.*Kind)) : std::nullopt;
-}
-
-// The platform counts the packets of both kinds together. Each is known where the bytes show that there were none of
-// one kind.
-template <const Direction& Of, std::uint64_t Counters::*Direction::*Kind, std::uint64_t Counters::*Direction::*Other>
-std::optional<std::uint64_t> packetsOfKind(const StatisticsRow& row)
-{
-    const Counters& counters = row.adapter.counters;
-    if (!countsKinds(counters, Of)) {
-        return std::nullopt;
-    }
-    if (counters.*(Of.*Kind) == 0) {
-        return 0;
-    }
-    return counters.*(Of.*Other) == 0 ? std::make_optional(counters.*Of.nonUnicastPackets) : std::nullopt;
-}
-
-template <const Direction& Of>
-constexpr auto multicastPackets = &packetsOfKind<Of, &Direction::multicastBytes, &Direction::broadcastBytes>;
-template <const Direction& Of>
-constexpr auto broadcastPackets = &packetsOfKind<Of, &Direction::broadcastBytes, &Direction::multicastBytes>;
-
-std::string statisticsId(const StatisticsRow& row)
-{
-    return "Vexal:PortStatistics:" + row.adapter.guid;
-}
-utils::Time statisticTime(const StatisticsRow& row)
-{
-    return utils::Time::timestamp(row.time);
-}
-
-template <auto Read>
-constexpr auto counted(const char* name)
-{
-    return column<Read>(name, PutRule::VOLATILE);
-}
-
-constexpr std::array statisticsColumns{
-    key<&statisticsId>("InstanceID"),
-    counted<&sum<&Counters::bytesReceived, &Counters::bytesTransmitted>>("BytesTotal"),
-    counted<&counter<&Counters::bytesReceived>>("BytesReceived"),
-    counted<&counter<&Counters::bytesTransmitted>>("BytesTransmitted"),
-    counted<&sum<&Counters::unicastPacketsReceived, &Counters::nonUnicastPacketsReceived>>("PacketsReceived"),
-    counted<&sum<&Counters::unicastPacketsTransmitted, &Counters::nonUnicastPacketsTransmitted>>("PacketsTransmitted"),
-    counted<&counter<&Counters::unicastPacketsReceived>>("UnicastPacketsReceived"),
-    counted<&counter<&Counters::unicastPacketsTransmitted>>("UnicastPacketsTransmitted"),
-    counted<multicastPackets<RECEIVED>>("MulticastPacketsReceived"),
-    counted<multicastPackets<TRANSMITTED>>("MulticastPacketsTransmitted"),
-    counted<broadcastPackets<RECEIVED>>("BroadcastPacketsReceived"),
-    counted<broadcastPackets<TRANSMITTED>>("BroadcastPacketsTransmitted"),
-    counted<&bytesOfKind<RECEIVED, &Direction::unicastBytes>>("UnicastBytesReceived"),
-    counted<&bytesOfKind<TRANSMITTED, &Direction::unicastBytes>>("UnicastBytesTransmitted"),
-    counted<&bytesOfKind<RECEIVED, &Direction::multicastBytes>>("MulticastBytesReceived"),
-    counted<&bytesOfKind<TRANSMITTED, &Direction::multicastBytes>>("MulticastBytesTransmitted"),
-    counted<&bytesOfKind<RECEIVED, &Direction::broadcastBytes>>("BroadcastBytesReceived"),
-    counted<&bytesOfKind<TRANSMITTED, &Direction::broadcastBytes>>("BroadcastBytesTransmitted"),
-    counted<&counter<&Counters::unknownProtocolsReceived>>("UnknownProtocolPacketsReceived"),
-    counted<&counter<&Counters::receiveErrors>>("TotalRxErrors"),
-    counted<&counter<&Counters::transmitErrors>>("TotalTxErrors"),
-    counted<&counter<&Counters::receiveDiscards>>("RxDiscards"),
-    counted<&counter<&Counters::transmitDiscards>>("TxDiscards"),
-    counted<&statisticTime>("StatisticTime"),
-};
+constexpr ClassDescription<Row> definition{.name = ETHERNET_PORT, .columns = columns, .id = &id, .rows = &rows};
 
 }  // namespace
 
-const std::string& computerSystemClass()
-{
-    static const std::string name = "Win32_ComputerSystem";
-    return name;
-}
-
-const ClassDescription<PortRow> ethernetPortClass{ETHERNET_PORT, portColumns,
-                                                  [](const PortRow& row) { return row.adapter.guid; }};
-
-const ClassDescription<StatisticsRow> ethernetPortStatisticsClass{
-    ETHERNET_PORT_STATISTICS, statisticsColumns, [](const StatisticsRow& row) { return row.adapter.guid; }};
+const ServedClass ethernetPort = serve<definition>();
 
 }  // namespace broker

@@ -1,45 +1,63 @@
-#include "broker/classes/EndpointClasses.h"
-
 #include <array>
 
 #include "Utils/Utils.h"
-#include "broker/classes/PortClasses.h"
+#include "broker/classes/ClassNames.h"
+#include "broker/classes/ServedClasses.h"
+#include "broker/model/Workspace.h"
 
 namespace broker {
 
 namespace {
+
+// Refers to what the workspace has read for the request.
+struct Row
+{
+    const Address& address;
+    const std::string& systemName;
+};
+
+// In the order of the addresses, one each.
+std::vector<Row> rows(Workspace& workspace)
+{
+    std::vector<Row> result;
+    for (const Address& address : workspace.addresses()) {
+        result.push_back({address, workspace.systemName()});
+    }
+    return result;
+}
 
 std::optional<std::string> textOfFamily(const Address& address, AddressFamily family)
 {
     return address.family == family ? std::make_optional(address.text) : std::nullopt;
 }
 
-const std::string& systemClassName(const EndpointRow& /*row*/)
+const char* systemClassName(const Row& /*row*/)
 {
-    return computerSystemClass();
+    return COMPUTER_SYSTEM;
 }
-const std::string& systemName(const EndpointRow& row)
+const std::string& systemName(const Row& row)
 {
     return row.systemName;
 }
-std::string className(const EndpointRow& /*row*/)
+const char* className(const Row& /*row*/)
 {
     return IP_PROTOCOL_ENDPOINT;
 }
-std::string name(const EndpointRow& row)
+// Unique on the machine, without quote or backslash: an adapter carries an address once.
+std::string name(const Row& row)
 {
-    return endpointName(row.address);
+    return row.address.adapterGuid + ":" + row.address.text;
 }
-std::optional<std::string> ipv4Address(const EndpointRow& row)
+std::optional<std::string> ipv4Address(const Row& row)
 {
     return textOfFamily(row.address, AddressFamily::IPV4);
 }
-std::optional<std::string> ipv6Address(const EndpointRow& row)
+std::optional<std::string> ipv6Address(const Row& row)
 {
     return textOfFamily(row.address, AddressFamily::IPV6);
 }
 
-std::optional<std::string> subnetMask(const EndpointRow& row)
+std::optional<std::string> subnetMask(const Row& row)
 {
     constexpr std::uint32_t ALL_BITS = 32;
     if (row.address.family != AddressFamily::IPV4 || !row.address.prefixLength) {
@@ -51,12 +69,12 @@ std::optional<std::string> subnetMask(const EndpointRow& row)
     return utils::format("%d.%d.%d.%d", byte(24), byte(16), byte(8), byte(0));
 }
 
-std::optional<std::uint8_t> prefixLength(const EndpointRow& row)
+std::optional<std::uint8_t> prefixLength(const Row& row)
 {
     return row.address.prefixLength;
 }
 
-std::uint16_t protocolType(const EndpointRow& row)
+std::uint16_t protocolType(const Row& row)
 {
     constexpr std::uint16_t IPV4 = 4096;
     constexpr std::uint16_t IPV6 = 4097;
@@ -77,7 +95,7 @@ enum Origin : std::uint16_t
 };
 
 // The platform's word for it counts only as far as nothing else that the platform says contradicts it.
-std::uint16_t addressOrigin(const EndpointRow& row)
+std::uint16_t addressOrigin(const Row& row)
 {
     const Address& address = row.address;
     const bool isIpv4 = address.family == AddressFamily::IPV4;
@@ -104,11 +122,11 @@ std::uint16_t addressOrigin(const EndpointRow& row)
     }
 }
 
-constexpr std::array endpointColumns{
-    key<&systemClassName>("SystemCreationClassName"),
-    key<&systemName>("SystemName"),
-    key<&className>("CreationClassName"),
-    key<&name>("Name"),
+constexpr std::array columns{
+    keyWithoutCase<&systemClassName>("SystemCreationClassName"),
+    keyWithoutCase<&systemName>("SystemName"),
+    keyWithoutCase<&className>("CreationClassName"),
+    keyWithoutCase<&name>("Name"),
     column<&ipv4Address>("IPv4Address"),
     column<&ipv6Address>("IPv6Address"),
     column<&subnetMask>("SubnetMask"),
@@ -117,13 +135,11 @@ constexpr std::array endpointColumns{
     column<&addressOrigin>("AddressOrigin"),
 };
 
+constexpr ClassDescription<Row> definition{
+    .name = IP_PROTOCOL_ENDPOINT, .columns = columns, .id = &name, .rows = &rows};
+
 }  // namespace
 
-const ClassDescription<EndpointRow> ipProtocolEndpointClass{IP_PROTOCOL_ENDPOINT, endpointColumns, &name};
-
-std::string endpointName(const Address& address)
-{
-    return address.adapterGuid + ":" + address.text;
-}
+const ServedClass ipProtocolEndpoint = serve<definition>();
 
 }  // namespace broker

@@ -1,36 +1,35 @@
-#include "broker/classes/AssociationClasses.h"
-
 #include <array>
+
+#include "broker/classes/Association.h"
+#include "broker/classes/ClassNames.h"
+#include "broker/classes/ServedClasses.h"
+#include "broker/model/Workspace.h"
 
 namespace broker {
 
 namespace {
 
-core::CimInstance* first(const AssociationRow& row)
+std::vector<Association> rows(Workspace& workspace)
 {
-    return row.first.instance.get();
-}
-core::CimInstance* second(const AssociationRow& row)
-{
-    return row.second.instance.get();
+    std::vector<Association> result;
+    const InstanceStore& ports = workspace.references(ETHERNET_PORT);
+    const std::vector<InstanceStore::Record>& endpoints = workspace.references(IP_PROTOCOL_ENDPOINT).records();
+    for (std::size_t i = 0; i < endpoints.size(); ++i) {
+        // Adapters and addresses are read by two calls: an adapter may come between them.
+        if (const InstanceStore::Record* port = ports.withId(workspace.addresses()[i].adapterGuid)) {
+            result.push_back({*port, endpoints[i]});
+        }
+    }
+    return result;
 }
 
-// An identity holds no blank, so the two cannot run together in another way.
-std::string identity(const AssociationRow& row)
-{
-    return row.first.identity + " " + row.second.identity;
-}
+constexpr std::array columns{key<&firstEnd>("Antecedent"), key<&secondEnd>("Dependent")};
 
-constexpr std::array implementsColumns{key<&first>("Antecedent"), key<&second>("Dependent")};
-constexpr std::array conformsColumns{key<&first>("ConformantStandard"), key<&second>("ManagedElement")};
-constexpr std::array settingDataColumns{key<&first>("ManagedElement"), key<&second>("SettingData")};
+constexpr ClassDescription<Association> definition{
+    .name = "Zerix_PortImplementsEndpoint", .columns = columns, .id = &associationId, .rows = &rows};
 
 }  // namespace
 
-const ClassDescription<AssociationRow> portImplementsEndpointClass{PORT_IMPLEMENTS_ENDPOINT, implementsColumns,
-                                                                   &identity};
-const ClassDescription<AssociationRow> elementConformsToProfileClass{ELEMENT_CONFORMS_TO_PROFILE, conformsColumns,
-                                                                     &identity};
-const ClassDescription<AssociationRow> elementSettingDataClass{ELEMENT_SETTING_DATA, settingDataColumns, &identity};
+const ServedClass portImplementsEndpoint = serve<definition>();
 
 }  // namespace broker

@@ -1,13 +1,23 @@
-#include "broker/classes/SoftwareClasses.h"
-
 #include <array>
 #include <string_view>
 
 #include "Utils/ProductVersion.h"
+#include "broker/classes/ServedClasses.h"
+#include "broker/model/Workspace.h"
 
 namespace broker {
 
 namespace {
+
+// The product states these values itself: there is one row and nothing to read.
+struct Row
+{
+};
+
+std::vector<Row> rows(Workspace& /*workspace*/)
+{
+    return std::vector<Row>(1);
+}
 
 constexpr std::array<std::uint16_t, 4> parts(std::string_view version)
 {
@@ -25,77 +35,45 @@ constexpr std::array<std::uint16_t, 4> parts(std::string_view version)
 
 constexpr std::array<std::uint16_t, 4> VERSION = parts(utils::PRODUCT_VERSION);
 
-std::string softwareId(const SoftwareRow& /*row*/)
+std::string instanceId(const Row& /*row*/)
 {
     return "Vexal:Software:DRAVEv2Provider";
 }
 
 template <std::size_t Part>
-std::uint16_t versionPart(const SoftwareRow& /*row*/)
+std::uint16_t versionPart(const Row& /*row*/)
 {
     return VERSION[Part];
 }
 
-std::string versionText(const SoftwareRow& /*row*/)
+std::string versionText(const Row& /*row*/)
 {
     return utils::PRODUCT_VERSION;
 }
 
-std::string manufacturer(const SoftwareRow& /*row*/)
+std::string manufacturer(const Row& /*row*/)
 {
     return "Vexal";
 }
 
-std::vector<std::uint16_t> classifications(const SoftwareRow& /*row*/)
+std::vector<std::uint16_t> classifications(const Row& /*row*/)
 {
     constexpr std::uint16_t INSTRUMENTATION = 5;
     return {INSTRUMENTATION};
 }
 
-constexpr std::array softwareColumns{
-    key<&softwareId>("InstanceID"),          column<&versionPart<0>>("MajorVersion"),
+constexpr std::array columns{
+    key<&instanceId>("InstanceID"),          column<&versionPart<0>>("MajorVersion"),
     column<&versionPart<1>>("MinorVersion"), column<&versionPart<2>>("RevisionNumber"),
     column<&versionPart<3>>("BuildNumber"),  column<&versionText>("VersionString"),
     column<&manufacturer>("Manufacturer"),   column<&classifications>("Classifications"),
 };
 
-std::string profileId(const ProfileRow& /*row*/)
-{
-    return "Vexal:Profile:EthernetPort";
-}
-
-std::uint16_t organization(const ProfileRow& /*row*/)
-{
-    constexpr std::uint16_t DMTF = 2;
-    return DMTF;
-}
-
-std::string profileName(const ProfileRow& /*row*/)
-{
-    return "Ethernet Port";
-}
-std::string profileVersion(const ProfileRow& /*row*/)
-{
-    return "1.0.1";
-}
-
-std::vector<std::uint16_t> advertiseTypes(const ProfileRow& /*row*/)
-{
-    constexpr std::uint16_t NOT_ADVERTISED = 2;
-    return {NOT_ADVERTISED};
-}
-
-constexpr std::array profileColumns{
-    key<&profileId>("InstanceID"),
-    column<&organization>("RegisteredOrganization"),
-    column<&profileName>("RegisteredName"),
-    column<&profileVersion>("RegisteredVersion"),
-    column<&advertiseTypes>("AdvertiseTypes"),
-};
+constexpr ClassDescription<Row> definition{
+    .name = "Zerix_SoftwareIdentity", .columns = columns, .id = &instanceId, .rows = &rows};
 
 }  // namespace
 
-const ClassDescription<SoftwareRow> softwareIdentityClass{SOFTWARE_IDENTITY, softwareColumns, &softwareId};
-const ClassDescription<ProfileRow> registeredProfileClass{REGISTERED_PROFILE, profileColumns, &profileId};
+const ServedClass softwareIdentity = serve<definition>();
 
 }  // namespace broker

@@ -70,11 +70,15 @@ public:
     // The instances that show it, in whichever workspaces.
     std::vector<const core::CimInstance*> instances;
 
+    // An instance that showed it was marked for deletion and is gone.
+    bool wasMarkedForDeletion = false;
+
     bool isRunning() const noexcept { return status.state == JobState::RUNNING; }
 
     bool isMarkedForDeletion() const
     {
-        return std::any_of(instances.begin(), instances.end(),
+        return wasMarkedForDeletion ||
+               std::any_of(instances.begin(), instances.end(),
                            [](const core::CimInstance* instance) { return instance->isMarkedForDeletion(); });
     }
 };
@@ -93,6 +97,7 @@ public:
     {
         const utils::MutexGuard guard(m_table.m_mutex);
         std::erase(m_job->instances, this);
+        m_job->wasMarkedForDeletion = m_job->wasMarkedForDeletion || isMarkedForDeletion();
     }
 
     JobInstance(const JobInstance&) = delete;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -29,9 +30,11 @@ struct Column
 {
     const char* name;
     bool isKey;
+    // Whether a path may write the key's value in any case.
+    bool ignoresCase;
     PutRule rule;
-    // Makes the property, null, as a member of the instance, which owns it.
-    core::CimProperty* (*make)(const char* name, core::CimInstance& owner);
+    // Makes the property, null and without an owner.
+    std::unique_ptr<core::CimProperty> (*make)(const char* name);
     // Sets the property from the row where the two differ. The property must come from this column.
     void (*refresh)(core::CimProperty& property, const Row& row);
     // Adds the listeners that limit a writable property; null where there are none.
@@ -78,6 +81,11 @@ struct PropertyOf<std::uint64_t>
 };
 template <>
 struct PropertyOf<std::string>
+{
+    using Type = core::CimPropertyString;
+};
+template <>
+struct PropertyOf<const char*>
 {
     using Type = core::CimPropertyString;
 };
@@ -153,9 +161,9 @@ inline void assign(core::CimPropertyRef& property, core::CimInstance* value)
 }
 
 template <class Property>
-core::CimProperty* make(const char* name, core::CimInstance& owner)
+std::unique_ptr<core::CimProperty> make(const char* name)
 {
-    return new Property(name, &owner);
+    return std::make_unique<Property>(name);
 }
 
 }  // namespace detail
@@ -169,6 +177,7 @@ constexpr auto column(const char* name, PutRule rule = PutRule::READ_ONLY)
     using Value = std::remove_cvref_t<std::invoke_result_t<decltype(Read), const Row&>>;
     using Property = typename detail::PropertyOf<Value>::Type;
     return Column<Row>{name,
+                       false,
                        false,
                        rule,
                        &detail::make<Property>,
@@ -184,6 +193,15 @@ constexpr auto key(const char* name)
 {
     auto result = column<Read>(name);
     result.isKey = true;
+    return result;
+}
+
+// A key that is the name of a class or a host, or is made of GUIDs and addresses: its value matches without case.
+template <auto Read>
+constexpr auto keyWithoutCase(const char* name)
+{
+    auto result = key<Read>(name);
+    result.ignoresCase = true;
     return result;
 }
 

@@ -14,21 +14,17 @@ public:
 
     const std::string& name() const noexcept { return *m_name; }
 
-    bool equals(const core::CimProperty& property, ReferenceResolver& references)
+    bool equals(const core::CimProperty& property, bool ignoresCase, ReferenceResolver& references)
     {
-        switch (property.getType()) {
-            case core::CimProperty::EPT_STRING:
-                return static_cast<const core::CimPropertyString&>(property).getValue() == *m_text;
-            case core::CimProperty::EPT_REF:
-                if (!m_isResolved) {
-                    m_instance = references.resolve(*m_text);
-                    m_isResolved = true;
-                }
-                return m_instance != nullptr &&
-                       static_cast<const core::CimPropertyRef&>(property).getValue() == m_instance;
-            default:
-                return property.toString() == *m_text;
+        if (property.getType() == core::CimProperty::EPT_REF) {
+            if (!m_isResolved) {
+                m_instance = references.resolve(*m_text);
+                m_isResolved = true;
+            }
+            return m_instance != nullptr && static_cast<const core::CimPropertyRef&>(property).getValue() == m_instance;
         }
+        const std::string value = property.toString();
+        return ignoresCase ? sameName(value, *m_text) : value == *m_text;
     }
 
 private:
@@ -38,25 +34,19 @@ private:
     bool m_isResolved = false;
 };
 
-bool matches(const InstanceStore::Record& record, std::vector<KeyValue>& keys, ReferenceResolver& references)
+}  // namespace
+
+const InstanceStore::Record* InstanceStore::withId(const std::string& id) const
 {
-    std::size_t matched = 0;
-    for (const core::CimProperty* property : record.properties) {
-        if (!property->isKey()) {
-            continue;
-        }
-        const auto key = std::find_if(keys.begin(), keys.end(), [property](const KeyValue& candidate) {
-            return sameName(candidate.name(), property->getName());
-        });
-        if (key == keys.end() || !key->equals(*property, references)) {
-            return false;
-        }
-        ++matched;
-    }
-    return matched == keys.size();
+    const auto index = m_indexOfId.find(id);
+    return index == m_indexOfId.end() ? nullptr : &m_records[index->second];
 }
 
-}  // namespace
+void InstanceStore::clear() noexcept
+{
+    m_records.clear();
+    m_indexOfId.clear();
+}
 
 const InstanceStore::Record* InstanceStore::find(const core::CimPath& path, ReferenceResolver& references) const
 {
@@ -64,9 +54,24 @@ const InstanceStore::Record* InstanceStore::find(const core::CimPath& path, Refe
     for (const auto& [name, value] : path) {
         keys.emplace_back(name, value);
     }
-    const auto record = std::find_if(m_records.begin(), m_records.end(), [&keys, &references](const Record& candidate) {
-        return matches(candidate, keys, references);
-    });
+    const auto matches = [&](const Record& record) {
+        std::size_t matched = 0;
+        for (std::size_t i = 0; i < record.properties.size(); ++i) {
+            const core::CimProperty& property = *record.properties[i];
+            if (!property.isKey()) {
+                continue;
+            }
+            const auto key = std::find_if(keys.begin(), keys.end(), [&property](const KeyValue& candidate) {
+                return sameName(candidate.name(), property.getName());
+            });
+            if (key == keys.end() || !key->equals(property, ignoresCase(i), references)) {
+                return false;
+            }
+            ++matched;
+        }
+        return matched == keys.size();
+    };
+    const auto record = std::find_if(m_records.begin(), m_records.end(), matches);
     return record == m_records.end() ? nullptr : &*record;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -13,12 +14,14 @@
 
 namespace broker {
 
+class Workspace;
+
 // Finds what a reference points to.
 class ReferenceResolver
 {
 public:
-    // The instance that a path names, with or without host and namespace; null when there is none or the text is no
-    // path.
+    // The instance that references to the path's target point at; null when there is no target or the text is no path.
+    // The path may have a host and a namespace.
     virtual core::CimInstance* resolve(const std::string& path) = 0;
 
     ReferenceResolver(const ReferenceResolver&) = delete;
@@ -29,14 +32,24 @@ protected:
     ~ReferenceResolver() = default;
 };
 
-// The instances of one class in one workspace. Belongs to the thread that has leased the workspace.
+// What the instances of a store hold.
+enum class Shape
+{
+    // Every property: what clients are given.
+    WHOLE,
+    // The keys alone: what references point at. A path is made of keys, and each step over a property is a lock.
+    KEYS
+};
+
+// The instances of one class in one workspace. Belongs to the thread that the workspace belongs to.
 class InstanceStore
 {
 public:
     // An instance with its properties in the order of the columns: a property list costs a lock per step.
     struct Record
     {
-        std::string identity;
+        // A stable id of what the instance shows, such as the adapter's GUID; unique in the class.
+        std::string id;
         std::unique_ptr<core::CimInstance> instance;
         std::vector<core::CimProperty*> properties;
     };
@@ -48,28 +61,51 @@ public:
     // In the order of the rows.
     const std::vector<Record>& records() const noexcept { return m_records; }
 
-    // The record whose keys are those of the path, or null. Key names are compared without case, values exactly; all
-    // keys and no others must be given. The path's class is not looked at.
+    // The record of the id, or null.
+    const Record* withId(const std::string& id) const;
+
+    // The record whose keys are those of the path, or null. Key names are compared without case, values as their
+    // columns say; all keys and no others must be given. The path's class is not looked at.
     const Record* find(const core::CimPath& path, ReferenceResolver& references) const;
+
+    // Makes the instances match what the class's rows are now. When it throws, the store is empty.
+    virtual void update(Workspace& workspace) = 0;
+
+    // Deletes the instances.
+    void clear() noexcept;
 
     // What becomes of values put to the properties, in the order of the columns.
     virtual PutRule putRule(std::size_t column) const = 0;
 
+    // The key under which the settings store keeps what clients change. Only for a class with writable properties.
+    virtual std::string storageKey(const Record& record) const = 0;
+
 protected:
     InstanceStore() = default;
 
+    virtual bool ignoresCase(std::size_t column) const = 0;
+
     std::vector<Record> m_records;
+    std::unordered_map<std::string, std::size_t> m_indexOfId;
 };
 
+// All that makes a class, whose rows are of the type.
 template <class Row>
 struct ClassDescription
 {
+    using RowType = Row;
+
     const char* name;
     std::span<const Column<Row>> columns;
-    // Tells the rows of one moment apart, and is the same for one thing at all times.
-    std::string (*identity)(const Row& row);
-    // Null: a plain instance will do.
+    // A stable id of what the row describes, unique in the class.
+    std::string (*id)(const Row& row);
+    // What there is now. Rows may refer to what the workspace has read for the request.
+    std::vector<Row> (*rows)(Workspace& workspace);
+    // Makes an instance without properties; null where a plain instance will do.
     std::unique_ptr<core::CimInstance> (*make)(const Row& row) = nullptr;
+    // The key under which the settings store keeps what clients change in the instance of the id; null for a class
+    // that clients cannot change.
+    std::string (*storageKey)(const std::string& id) = nullptr;
 };
 
 // The store of a class that is described by columns.
@@ -78,77 +114,110 @@ class DescribedStore : public InstanceStore
 {
 public:
     // The description must outlive the store.
-    explicit DescribedStore(const ClassDescription<Row>& description) noexcept : m_description(&description) {}
+    explicit DescribedStore(const ClassDescription<Row>& description, Shape shape = Shape::WHOLE)
+        : m_description(&description), m_shape(shape)
+    {
+        for (const Column<Row>& column : description.columns) {
+            if (shape == Shape::WHOLE || column.isKey) {
+                m_columns.push_back(&column);
+            }
+        }
+    }
+
+    void update(Workspace& workspace) override
+    {
+        try {
+            show(m_description->rows(workspace));
+        } catch (...) {
+            clear();
+            throw;
+        }
+    }
 
     // Makes the instances match the rows. An instance whose row is still there stays, and only its values that differ
-    // are set: making a property costs several kernel locks. When it throws, the store is empty.
-    void refresh(const std::vector<Row>& rows)
+    // are set. When it throws, the instances are unspecified until the next call or clear().
+    void show(const std::vector<Row>& rows)
     {
-        std::vector<Record> before = std::exchange(m_records, {});
-        std::vector<Record> after;
-        after.reserve(rows.size());
-        std::size_t expected = 0;
+        std::vector<std::string> ids;
+        ids.reserve(rows.size());
         for (const Row& row : rows) {
-            std::string identity = m_description->identity(row);
-            const std::size_t found = position(before, identity, expected);
-            if (found != before.size()) {
-                expected = found + 1;
-                after.push_back(std::move(before[found]));
-            } else {
-                after.push_back(make(row, std::move(identity)));
-            }
-            assign(after.back(), row);
+            ids.push_back(m_description->id(row));
         }
-        m_records = std::move(after);
+        const bool areTheSame = std::equal(ids.begin(), ids.end(), m_records.begin(), m_records.end(),
+                                           [](const std::string& id, const Record& record) { return id == record.id; });
+        if (!areTheSame) {
+            arrange(rows, std::move(ids));
+        }
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            assign(m_records[i], rows[i]);
+        }
     }
 
-    PutRule putRule(std::size_t column) const override { return m_description->columns[column].rule; }
+    PutRule putRule(std::size_t column) const override { return m_columns[column]->rule; }
+
+    std::string storageKey(const Record& record) const override { return m_description->storageKey(record.id); }
+
+protected:
+    bool ignoresCase(std::size_t column) const override { return m_columns[column]->ignoresCase; }
 
 private:
-    // Where the record of the identity stands, looking first where the platform's order lets it be expected.
-    static std::size_t position(const std::vector<Record>& records, const std::string& identity, std::size_t expected)
+    // Makes the records those of the ids, one for each row. What is gone is deleted before anything new is made, since
+    // each instance holds handles.
+    void arrange(const std::vector<Row>& rows, std::vector<std::string> ids)
     {
-        const auto matches = [&identity](const Record& record) {
-            return record.instance != nullptr && record.identity == identity;
-        };
-        const auto middle = records.begin() + static_cast<std::ptrdiff_t>(expected);
-        auto found = std::find_if(middle, records.end(), matches);
-        if (found == records.end()) {
-            found = std::find_if(records.begin(), middle, matches);
-            if (found == middle) {
-                return records.size();
+        std::unordered_map<std::string, std::size_t> indexOfId;
+        for (std::size_t i = 0; i < ids.size(); ++i) {
+            indexOfId.emplace(ids[i], i);
+        }
+        std::vector<Record> arranged(rows.size());
+        for (Record& record : std::exchange(m_records, {})) {
+            const auto index = indexOfId.find(record.id);
+            if (index != indexOfId.end()) {
+                arranged[index->second] = std::move(record);
             }
         }
-        return static_cast<std::size_t>(found - records.begin());
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            if (arranged[i].instance == nullptr) {
+                arranged[i] = make(rows[i], std::move(ids[i]));
+            }
+        }
+        m_records = std::move(arranged);
+        m_indexOfId = std::move(indexOfId);
     }
 
-    Record make(const Row& row, std::string identity) const
+    Record make(const Row& row, std::string id) const
     {
-        Record record;
-        record.identity = std::move(identity);
-        record.instance = m_description->make != nullptr ? m_description->make(row)
-                                                         : std::make_unique<core::CimInstance>(m_description->name);
-        record.properties.reserve(m_description->columns.size());
-        for (const Column<Row>& column : m_description->columns) {
-            core::CimProperty* property = column.make(column.name, *record.instance);
-            property->setKey(column.isKey);
-            property->setModifiable(column.rule == PutRule::WRITABLE);
-            if (column.limit != nullptr) {
-                column.limit(*property);
+        std::vector<std::unique_ptr<core::CimProperty>> properties;
+        properties.reserve(m_columns.size());
+        Record record{std::move(id), nullptr, {}};
+        record.properties.reserve(m_columns.size());
+        for (const Column<Row>* column : m_columns) {
+            properties.push_back(column->make(column->name));
+            core::CimProperty& property = *properties.back();
+            property.setKey(column->isKey);
+            property.setModifiable(column->rule == PutRule::WRITABLE);
+            if (column->limit != nullptr) {
+                column->limit(property);
             }
-            record.properties.push_back(property);
+            record.properties.push_back(&property);
         }
+        record.instance = m_description->make != nullptr && m_shape == Shape::WHOLE
+                              ? m_description->make(row)
+                              : std::make_unique<core::CimInstance>(m_description->name);
+        record.instance->fill(std::move(properties));
         return record;
     }
 
     void assign(Record& record, const Row& row) const
     {
         for (std::size_t i = 0; i < record.properties.size(); ++i) {
-            m_description->columns[i].refresh(*record.properties[i], row);
+            m_columns[i]->refresh(*record.properties[i], row);
         }
     }
 
     const ClassDescription<Row>* m_description;
+    Shape m_shape;
+    std::vector<const Column<Row>*> m_columns;
 };
 
 }  // namespace broker

@@ -40,4 +40,19 @@ private:
 // Lets the property, which must be a text, refuse texts of other lengths.
 void limitLength(core::CimProperty& property, Lengths lengths);
 
+// The limits in the form that a column takes.
+template <const Range& Limit>
+void limitTo(core::CimProperty& property)
+{
+    // One for all properties of the column: it holds nothing but the range.
+    static RangeListener listener(Limit);
+    property.addListener(&listener);
+}
+
+template <const Lengths& Limit>
+void limitTo(core::CimProperty& property)
+{
+    limitLength(property, Limit);
+}
+
 }  // namespace broker

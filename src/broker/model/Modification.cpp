@@ -152,7 +152,7 @@ void modify(const InstanceStore& store, const InstanceStore::Record& record, cor
         stored.emplace_back(change.property->getName(), change.value->toString());
     }
     // Stored first: that can fail, and the properties then still are what they were.
-    settings.write(record.identity, stored);
+    settings.write(store.storageKey(record), stored);
     for (const Change& change : asked) {
         change.property->modify(change.value);
     }

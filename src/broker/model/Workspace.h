@@ -1,20 +1,12 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
-#include "broker/classes/AssociationClasses.h"
-#include "broker/classes/EndpointClasses.h"
-#include "broker/classes/JobClasses.h"
-#include "broker/classes/PortClasses.h"
-#include "broker/classes/SettingClasses.h"
-#include "broker/classes/SoftwareClasses.h"
 #include "broker/jobs/JobTable.h"
-#include "broker/model/InstanceStore.h"
+#include "broker/model/ServedClass.h"
 #include "broker/model/SettingsStore.h"
 #include "broker/platform/AdapterSource.h"
 #include "broker/platform/Machine.h"
@@ -30,26 +22,40 @@ struct Sources
     JobTable& jobs;
 };
 
-// All instances that one request may read, with the references between them. Kept from request to request, so that an
-// instance is built once and later only brought up to date. Belongs to one thread at a time.
+// The instances that one thread's requests read, with the references between them. Belongs to one thread.
 //
 // A request begins with begin(). After that each class is brought up to date when it is first asked for, together with
-// the classes it refers to, and the platform is asked at most once for each kind of thing.
+// what it refers to, and the platform is asked at most once for each kind of thing. Instances are kept from request to
+// request, but since each holds two handles of the process, begin() deletes what its request does not need.
 class Workspace final : public ReferenceResolver
 {
 public:
-    explicit Workspace(const Sources& sources) noexcept : m_sources(sources) {}
+    // So few instances are kept whatever the next request needs.
+    static constexpr std::size_t KEPT_INSTANCES = 16;
 
-    // Starts a request: whatever was read for the one before counts as out of date.
-    void begin() noexcept;
+    explicit Workspace(const Sources& sources);
+
+    // Starts a request that is about the class, named without case: what was read for the one before counts as out of
+    // date, and of the instances, those of the class and what they refer to are kept.
+    void begin(const std::string& className) noexcept;
 
     // The instances of the class, up to date; null for a class that is not served. Names are compared without case.
     const InstanceStore* instances(const std::string& className);
+
+    // What references to the class's instances point at, up to date: for each, an instance that holds the keys alone.
+    const InstanceStore& references(const char* className);
 
     // The record that the path names, up to date; null when there is none.
     const InstanceStore::Record* find(const core::CimPath& path);
 
     core::CimInstance* resolve(const std::string& path) override;
+
+    const Sources& sources() const noexcept { return m_sources; }
+
+    // What this request has read of the machine.
+    const std::string& systemName();
+    const std::vector<Adapter>& adapters();
+    const std::vector<Address>& addresses();
 
     // What this request has read about the adapter of a port.
     const Adapter& adapterOf(const InstanceStore::Record& port);
@@ -59,66 +65,30 @@ public:
 
 private:
     // A store and the number of the request that has brought it up to date.
-    template <class Row>
     struct Slot
     {
-        explicit Slot(const ClassDescription<Row>& description) noexcept : store(description) {}
-
-        DescribedStore<Row> store;
+        std::unique_ptr<InstanceStore> store;
         std::uint64_t request = 0;
     };
 
-    struct ServedClass
+    struct Class
     {
         const char* name;
-        const InstanceStore& (Workspace::*instances)();
+        Slot instances;
+        Slot references;
     };
 
-    static const std::array<ServedClass, 12> servedClasses;
-
-    const InstanceStore& ports();
-    const InstanceStore& statistics();
-    const InstanceStore& endpoints();
-    const InstanceStore& software();
-    const InstanceStore& profiles();
-    const InstanceStore& adapterSettings();
-    const InstanceStore& diagnosticSettings();
-    const InstanceStore& jobs();
-    const InstanceStore& results();
-    const InstanceStore& portImplementsEndpoint();
-    const InstanceStore& elementConformsToProfile();
-    const InstanceStore& elementSettingData();
-
-    // Brings the slot up to date unless this request has done so; `makeRows` is called only then.
-    template <class Row, class MakeRows>
-    const InstanceStore& current(Slot<Row>& slot, MakeRows makeRows);
-
-    const std::string& systemName();
-    const std::vector<Adapter>& adapters();
-    const std::vector<Address>& addresses();
-
-    // The records of the ports by the GUIDs of their adapters.
-    std::unordered_map<std::string, const InstanceStore::Record*> portsByGuid();
+    // Null for a class that is not served.
+    Class* classOf(std::string_view name) noexcept;
+    const InstanceStore& current(Slot& slot);
 
     Sources m_sources;
     std::uint64_t m_request = 0;
+    std::vector<Class> m_classes;
     // What this request has read.
     std::optional<std::string> m_systemName;
     std::optional<std::vector<Adapter>> m_adapters;
     std::optional<std::vector<Address>> m_addresses;
-
-    Slot<PortRow> m_ports{ethernetPortClass};
-    Slot<StatisticsRow> m_statistics{ethernetPortStatisticsClass};
-    Slot<EndpointRow> m_endpoints{ipProtocolEndpointClass};
-    Slot<SoftwareRow> m_software{softwareIdentityClass};
-    Slot<ProfileRow> m_profiles{registeredProfileClass};
-    Slot<AdapterSettingRow> m_adapterSettings{adapterSettingClass};
-    Slot<DiagnosticSetting> m_diagnosticSettings{diagnosticSettingClass};
-    Slot<JobRow> m_jobs{concreteJobClass};
-    Slot<DiagnosticResultRow> m_results{diagnosticResultClass};
-    Slot<AssociationRow> m_portImplementsEndpoint{portImplementsEndpointClass};
-    Slot<AssociationRow> m_elementConformsToProfile{elementConformsToProfileClass};
-    Slot<AssociationRow> m_elementSettingData{elementSettingDataClass};
 };
 
 }  // namespace broker

@@ -162,7 +162,8 @@ enum class StateChange
 
 // Platform boundary: the machine's network adapters, read live on every call; nothing is kept between calls.
 // CONTRACT: only what isPort accepts (broker/model/AdapterRules.h); adapters come in the platform's order.
-// A platform call that fails gives an empty result and writes one error line. Any thread, several at once.
+// A table that the platform refuses is asked for once more and then is a failure, which is thrown: none is an answer,
+// and a wrong one here. Any thread, several at once.
 class AdapterSource
 {
 public:
@@ -171,14 +172,16 @@ public:
     AdapterSource(const AdapterSource&) = delete;
     AdapterSource& operator=(const AdapterSource&) = delete;
 
+    // Throws utils::EFailed.
     virtual std::vector<Adapter> readAdapters() = 0;
 
+    // Throws utils::EFailed.
     virtual std::vector<Address> readAddresses() = 0;
 
-    // Of the adapters that a protocol is bound to.
+    // Of the adapters that a protocol is bound to. Throws utils::EFailed.
     virtual std::vector<IpConfiguration> readIpConfigurations() = 0;
 
-    // One adapter alone; empty also when it is gone.
+    // One adapter alone; empty, and one error line, when it is gone or cannot be read.
     virtual std::optional<Adapter> readAdapter(std::uint64_t luid) = 0;
 
     // Switches the adapter on or off, under the identity of the calling thread.

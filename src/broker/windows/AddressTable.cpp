@@ -7,6 +7,9 @@
 #include <array>
 
 #include "Os/Windows/AnsiText.h"
+#include "Utils/Exception.h"
+#include "Utils/Utils.h"
+#include "broker/windows/TableAnswer.h"
 
 namespace broker {
 
@@ -22,20 +25,25 @@ InterfaceTraits traitsOf(const IP_ADAPTER_ADDRESSES& adapter)
 
 AddressTable::AddressTable(ULONG flags)
 {
+    const ULONG status = asked([this, flags] { return read(flags); });
+    if (status != NO_ERROR && !meansNone(status)) {
+        throw utils::EFailed(utils::format("GetAdaptersAddresses error %d", static_cast<int>(status)));
+    }
+    m_isEmpty = status != NO_ERROR;
+}
+
+ULONG AddressTable::read(ULONG flags)
+{
     // Enough for most machines at the first attempt; the list may grow between two.
     constexpr ULONG FIRST_SIZE = 16 * 1024;
     constexpr int ATTEMPTS = 4;
     ULONG size = FIRST_SIZE;
-    m_status = ERROR_BUFFER_OVERFLOW;
-    for (int attempt = 0; attempt < ATTEMPTS && m_status == ERROR_BUFFER_OVERFLOW; ++attempt) {
+    ULONG status = ERROR_BUFFER_OVERFLOW;
+    for (int attempt = 0; attempt < ATTEMPTS && status == ERROR_BUFFER_OVERFLOW; ++attempt) {
         m_buffer.resize(size / sizeof(std::max_align_t) + 1);
-        m_status = GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, first(), &size);
+        status = GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, first(), &size);
     }
-    m_isEmpty = m_status != NO_ERROR;
-    if (m_status == ERROR_NO_DATA || m_status == ERROR_ADDRESS_NOT_ASSOCIATED) {
-        // No adapter has an address: that is an answer, not a failure.
-        m_status = NO_ERROR;
-    }
+    return status;
 }
 
 std::vector<const IP_ADAPTER_ADDRESSES*> AddressTable::ports() const

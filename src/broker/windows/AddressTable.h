@@ -20,19 +20,18 @@ namespace broker {
 class AddressTable
 {
 public:
+    // Throws utils::EFailed when the platform refuses the list twice. A machine without any address is no failure.
     explicit AddressTable(ULONG flags);
 
-    // The platform's code. A machine without any address is no failure.
-    ULONG status() const noexcept { return m_status; }
-
-    // Those that are ports, in the platform's order; none after a failure. They live as long as the table.
+    // Those that are ports, in the platform's order. They live as long as the table.
     std::vector<const IP_ADAPTER_ADDRESSES*> ports() const;
 
 private:
+    // Fills the buffer and returns the platform's code.
+    ULONG read(ULONG flags);
     IP_ADAPTER_ADDRESSES* first() noexcept { return reinterpret_cast<IP_ADAPTER_ADDRESSES*>(m_buffer.data()); }
 
     std::vector<std::max_align_t> m_buffer;
-    ULONG m_status = NO_ERROR;
     bool m_isEmpty = true;
 };
 

@@ -14,15 +14,15 @@
 #include <unordered_map>
 
 #include "Os/Windows/AnsiText.h"
-#include "Utils/Log.h"
+#include "Utils/Exception.h"
+#include "Utils/Utils.h"
 #include "broker/windows/AddressTable.h"
 #include "broker/windows/PlatformAdapters.h"
+#include "broker/windows/TableAnswer.h"
 
 namespace broker {
 
 namespace {
-
-constexpr utils::LogSite here{"IpConfigurations", "broker::PlatformAdapters::readIpConfigurations"};
 
 struct TableFreer
 {
@@ -54,18 +54,17 @@ IpConfiguration configurationFrom(const IP_ADAPTER_ADDRESSES& adapter)
     return result;
 }
 
-// A platform that has no such table, as an emulated one may not, leaves metrics and MTUs unknown. False, and one error
-// line, when there is one that cannot be read.
-bool addFamilies(std::vector<IpConfiguration>& configurations, const std::vector<const IP_ADAPTER_ADDRESSES*>& ports)
+// A platform that has no such table, as an emulated one may not, leaves metrics and MTUs unknown. Throws utils::EFailed
+// when there is one that cannot be read.
+void addFamilies(std::vector<IpConfiguration>& configurations, const std::vector<const IP_ADAPTER_ADDRESSES*>& ports)
 {
     MIB_IPINTERFACE_TABLE* rows = nullptr;
-    const ULONG status = GetIpInterfaceTable(AF_UNSPEC, &rows);
-    if (status == ERROR_NOT_SUPPORTED || status == ERROR_NOT_FOUND) {
-        return true;
+    const ULONG status = asked([&rows] { return GetIpInterfaceTable(AF_UNSPEC, &rows); });
+    if (status == ERROR_NOT_SUPPORTED || status == ERROR_NOT_FOUND || meansNone(status)) {
+        return;
     }
     if (status != NO_ERROR) {
-        here.error("GetIpInterfaceTable error %d", status);
-        return false;
+        throw utils::EFailed(utils::format("GetIpInterfaceTable error %d", static_cast<int>(status)));
     }
     const std::unique_ptr<MIB_IPINTERFACE_TABLE, TableFreer> table(rows);
     std::unordered_map<std::uint64_t, IpConfiguration*> byLuid;
@@ -80,7 +79,6 @@ bool addFamilies(std::vector<IpConfiguration>& configurations, const std::vector
             family.mtu = row.NlMtu;
         }
     });
-    return true;
 }
 
 // The platform's older list, which alone holds the times of the leases, in a buffer of the caller's.
@@ -105,21 +103,20 @@ std::optional<std::uint64_t> microseconds(time_t seconds)
                         : std::make_optional(static_cast<std::uint64_t>(seconds) * MICROSECONDS_PER_SECOND);
 }
 
-// False, and one error line, when the leases cannot be read.
-bool addLeases(std::vector<IpConfiguration>& configurations)
+// Throws utils::EFailed when the leases cannot be read.
+void addLeases(std::vector<IpConfiguration>& configurations)
 {
     const auto usesDhcp = [](const IpConfiguration& configuration) { return configuration.isDhcpOn; };
     if (std::none_of(configurations.begin(), configurations.end(), usesDhcp)) {
-        return true;
+        return;
     }
     std::vector<std::max_align_t> buffer;
-    const ULONG status = adaptersInfo(buffer);
-    if (status == ERROR_NO_DATA) {
-        return true;
+    const ULONG status = asked([&buffer] { return adaptersInfo(buffer); });
+    if (meansNone(status)) {
+        return;
     }
     if (status != NO_ERROR) {
-        here.error("GetAdaptersInfo error %d", status);
-        return false;
+        throw utils::EFailed(utils::format("GetAdaptersInfo error %d", static_cast<int>(status)));
     }
     for (const auto* info = reinterpret_cast<const IP_ADAPTER_INFO*>(buffer.data()); info != nullptr; info = info->Next)
     {
@@ -131,7 +128,6 @@ bool addLeases(std::vector<IpConfiguration>& configurations)
             found->leaseExpires = microseconds(info->LeaseExpires);
         }
     }
-    return true;
 }
 
 }  // namespace
@@ -141,19 +137,14 @@ std::vector<IpConfiguration> PlatformAdapters::readIpConfigurations()
     constexpr ULONG FLAGS =
         GAA_FLAG_SKIP_UNICAST | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_INCLUDE_GATEWAYS;
     const AddressTable table(FLAGS);
-    if (table.status() != NO_ERROR) {
-        here.error("GetAdaptersAddresses error %d", table.status());
-        return {};
-    }
     const std::vector<const IP_ADAPTER_ADDRESSES*> ports = table.ports();
     std::vector<IpConfiguration> result;
     result.reserve(ports.size());
     for (const IP_ADAPTER_ADDRESSES* port : ports) {
         result.push_back(configurationFrom(*port));
     }
-    if (!addFamilies(result, ports) || !addLeases(result)) {
-        return {};
-    }
+    addFamilies(result, ports);
+    addLeases(result);
     return result;
 }
 

@@ -12,10 +12,12 @@
 #include <memory>
 
 #include "Os/Windows/AnsiText.h"
+#include "Utils/Exception.h"
 #include "Utils/Log.h"
 #include "Utils/Utils.h"
 #include "broker/model/AdapterRules.h"
 #include "broker/windows/AddressTable.h"
+#include "broker/windows/TableAnswer.h"
 
 namespace broker {
 
@@ -162,12 +164,13 @@ std::optional<Address> addressFrom(const IP_ADAPTER_ADDRESSES& adapter, const IP
 
 std::vector<Adapter> PlatformAdapters::readAdapters()
 {
-    static constexpr utils::LogSite here{FILE_NAME, "broker::PlatformAdapters::readAdapters"};
     MIB_IF_TABLE2* rows = nullptr;
-    const ULONG status = GetIfTable2(&rows);
-    if (status != NO_ERROR) {
-        here.error("GetIfTable2 error %d", status);
+    const ULONG status = asked([&rows] { return GetIfTable2(&rows); });
+    if (meansNone(status)) {
         return {};
+    }
+    if (status != NO_ERROR) {
+        throw utils::EFailed(utils::format("GetIfTable2 error %d", static_cast<int>(status)));
     }
     const std::unique_ptr<MIB_IF_TABLE2, TableFreer> table(rows);
     std::vector<Adapter> adapters;
@@ -182,12 +185,7 @@ std::vector<Adapter> PlatformAdapters::readAdapters()
 
 std::vector<Address> PlatformAdapters::readAddresses()
 {
-    static constexpr utils::LogSite here{FILE_NAME, "broker::PlatformAdapters::readAddresses"};
     const AddressTable table(GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER);
-    if (table.status() != NO_ERROR) {
-        here.error("GetAdaptersAddresses error %d", table.status());
-        return {};
-    }
     std::vector<Address> addresses;
     for (const IP_ADAPTER_ADDRESSES* adapter : table.ports()) {
         for (const IP_ADAPTER_UNICAST_ADDRESS* unicast = adapter->FirstUnicastAddress; unicast != nullptr;

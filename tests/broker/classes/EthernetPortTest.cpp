@@ -1,10 +1,4 @@
-#include "broker/classes/PortClasses.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "broker/Fakes.h"
-#include "broker/Properties.h"
+#include "broker/ClassTest.h"
 
 namespace {
 
@@ -12,30 +6,18 @@ using broker::AdministrativeState;
 using broker::OperationalState;
 using testing::ElementsAre;
 
-const std::string SYSTEM = "HOST";
-
-class PortClasses : public testing::Test
+class EthernetPort : public fakes::ClassTest
 {
 protected:
+    EthernetPort() : ClassTest("Zerix_EthernetPort") {}
+
     core::CimInstance& port()
     {
-        m_ports.refresh({{m_adapter, SYSTEM}});
-        return *m_ports.records()[0].instance;
+        m_world.adapters.set({m_adapter});
+        return instance();
     }
 
     std::string value(const std::string& name) { return support::value(port(), name); }
-
-    std::vector<std::string> statistics()
-    {
-        m_statistics.refresh({{m_adapter, 1'700'000'000'000'000}});
-        return support::values(*m_statistics.records()[0].instance);
-    }
-
-    std::string statistic(const std::string& name)
-    {
-        m_statistics.refresh({{m_adapter, 1}});
-        return support::value(*m_statistics.records()[0].instance, name);
-    }
 
     std::string status(OperationalState operational, AdministrativeState administrative)
     {
@@ -46,11 +28,9 @@ protected:
     }
 
     broker::Adapter m_adapter = fakes::adapter(4);
-    broker::DescribedStore<broker::PortRow> m_ports{broker::ethernetPortClass};
-    broker::DescribedStore<broker::StatisticsRow> m_statistics{broker::ethernetPortStatisticsClass};
 };
 
-TEST_F(PortClasses, PortShowsTheAdapter)
+TEST_F(EthernetPort, Port_showsTheAdapter)
 {
     m_adapter.transmitSpeed = 100;
     m_adapter.receiveSpeed = 300;
@@ -69,7 +49,7 @@ TEST_F(PortClasses, PortShowsTheAdapter)
               "CreationClassName=\"Zerix_EthernetPort\",DeviceID=\"{00000004-0000-0000-0000-000000000000}\"");
 }
 
-TEST_F(PortClasses, PortWithoutHardwareAddressHasNullForIt)
+TEST_F(EthernetPort, AddressThatIsMissing_isNull)
 {
     m_adapter.hardwareAddress.clear();
     m_adapter.permanentAddress.clear();
@@ -79,7 +59,7 @@ TEST_F(PortClasses, PortWithoutHardwareAddressHasNullForIt)
     EXPECT_EQ(value("IdentifyingDescriptions"), "{Interface LUID}");
 }
 
-TEST_F(PortClasses, UnknownSpeedIsNull)
+TEST_F(EthernetPort, UnknownSpeed_isNull)
 {
     m_adapter.transmitSpeed.reset();
     EXPECT_EQ(value("Speed"), "null");
@@ -88,7 +68,7 @@ TEST_F(PortClasses, UnknownSpeedIsNull)
     EXPECT_EQ(value("ReceiveLinkSpeed"), "null");
 }
 
-TEST_F(PortClasses, LinkTechnologyFollowsTheInterfaceType)
+TEST_F(EthernetPort, LinkTechnology_followsTheInterfaceType)
 {
     const auto technology = [this](std::uint32_t type) {
         m_adapter.type = type;
@@ -105,7 +85,7 @@ TEST_F(PortClasses, LinkTechnologyFollowsTheInterfaceType)
     EXPECT_EQ(technology(53), "1 1");
 }
 
-TEST_F(PortClasses, Radio_thatPosesAsEthernet_isARadio)
+TEST_F(EthernetPort, Radio_thatPosesAsEthernet_isARadio)
 {
     const auto technology = [this](std::uint32_t medium) {
         m_adapter.physicalMedium = medium;
@@ -116,20 +96,20 @@ TEST_F(PortClasses, Radio_thatPosesAsEthernet_isARadio)
     EXPECT_EQ(technology(10), "10");
 }
 
-TEST_F(PortClasses, Address_ofTwentyBytes_isShownWhole)
+TEST_F(EthernetPort, Address_ofTwentyBytes_isShownWhole)
 {
     m_adapter.hardwareAddress = "80000208FE800000000000000002C9030000283D";
     EXPECT_EQ(value("NetworkAddresses"), "{80000208FE800000000000000002C9030000283D}");
 }
 
-TEST_F(PortClasses, Adapter_withoutDevice_saysSo)
+TEST_F(EthernetPort, Adapter_withoutDevice_saysSo)
 {
     m_adapter.isHardware = false;
     m_adapter.hasConnector = false;
     EXPECT_EQ(value("HardwareInterface") + " " + value("ConnectorPresent"), "false false");
 }
 
-TEST_F(PortClasses, StatesFollowThePlatformsStates)
+TEST_F(EthernetPort, States_followThePlatforms)
 {
     EXPECT_EQ(status(OperationalState::UP, AdministrativeState::UP), "{2} 2 2 5");
     EXPECT_EQ(status(OperationalState::DOWN, AdministrativeState::UP), "{0} 6 2 0");
@@ -141,86 +121,36 @@ TEST_F(PortClasses, StatesFollowThePlatformsStates)
     EXPECT_EQ(status(static_cast<OperationalState>(99), static_cast<AdministrativeState>(99)), "{0} 6 0 0");
 }
 
-TEST_F(PortClasses, SwitchedOff_isStopped_presentOrNot)
+TEST_F(EthernetPort, SwitchedOff_isStopped_presentOrNot)
 {
     EXPECT_EQ(status(OperationalState::DOWN, AdministrativeState::DOWN), "{10} 3 3 0");
     EXPECT_EQ(status(OperationalState::NOT_PRESENT, AdministrativeState::DOWN), "{10} 3 3 0");
     EXPECT_EQ(status(OperationalState::LOWER_LAYER_DOWN, AdministrativeState::DOWN), "{10} 3 3 0");
 }
 
-TEST_F(PortClasses, WithoutCarrier_isOffline)
+TEST_F(EthernetPort, WithoutCarrier_isOffline)
 {
     m_adapter.media = broker::MediaState::DISCONNECTED;
     EXPECT_EQ(status(OperationalState::UP, AdministrativeState::UP), "{15} 6 2 0");
     EXPECT_EQ(status(OperationalState::DOWN, AdministrativeState::UP), "{15} 6 2 0");
 }
 
-TEST_F(PortClasses, UnknownMedium_isNoReasonToBeOffline)
+TEST_F(EthernetPort, UnknownMedium_isNoReasonToBeOffline)
 {
     m_adapter.media = broker::MediaState::UNKNOWN;
     EXPECT_EQ(status(OperationalState::UP, AdministrativeState::UP), "{2} 2 2 5");
 }
 
-TEST_F(PortClasses, StatisticsShowTheCounters)
-{
-    m_adapter.counters = {1, 20, 300, 4000, 50000, 600000, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17};
-    EXPECT_THAT(
-        statistics(),
-        ElementsAre("InstanceID=Vexal:PortStatistics:{00000004-0000-0000-0000-000000000000}", "BytesTotal=21",
-                    "BytesReceived=1", "BytesTransmitted=20", "PacketsReceived=50300", "PacketsTransmitted=604000",
-                    "UnicastPacketsReceived=300", "UnicastPacketsTransmitted=4000", "MulticastPacketsReceived=null",
-                    "MulticastPacketsTransmitted=null", "BroadcastPacketsReceived=null",
-                    "BroadcastPacketsTransmitted=null", "UnicastBytesReceived=12", "UnicastBytesTransmitted=13",
-                    "MulticastBytesReceived=14", "MulticastBytesTransmitted=15", "BroadcastBytesReceived=16",
-                    "BroadcastBytesTransmitted=17", "UnknownProtocolPacketsReceived=11", "TotalRxErrors=7",
-                    "TotalTxErrors=8", "RxDiscards=9", "TxDiscards=10", "StatisticTime=at 1700000000000000"));
-}
-
-TEST_F(PortClasses, Kinds_thatAreNotCounted_areNull)
-{
-    m_adapter.counters = {};
-    m_adapter.counters.bytesReceived = 1;
-    m_adapter.counters.bytesTransmitted = 1;
-    for (const char* direction : {"Received", "Transmitted"}) {
-        EXPECT_EQ(statistic(std::string("UnicastBytes") + direction), "null");
-        EXPECT_EQ(statistic(std::string("MulticastBytes") + direction), "null");
-        EXPECT_EQ(statistic(std::string("BroadcastBytes") + direction), "null");
-        EXPECT_EQ(statistic(std::string("MulticastPackets") + direction), "null");
-        EXPECT_EQ(statistic(std::string("BroadcastPackets") + direction), "null");
-    }
-}
-
-TEST_F(PortClasses, Kinds_beforeAnythingMoved_areZero)
-{
-    m_adapter.counters = {};
-    EXPECT_EQ(statistic("BroadcastBytesReceived"), "0");
-    EXPECT_EQ(statistic("MulticastPacketsReceived"), "0");
-    EXPECT_EQ(statistic("BroadcastPacketsTransmitted"), "0");
-}
-
-TEST_F(PortClasses, OneKind_thatNeverCame_provesTheOther)
-{
-    m_adapter.counters = {};
-    m_adapter.counters.bytesReceived = 100;
-    m_adapter.counters.broadcastBytesReceived = 100;
-    m_adapter.counters.nonUnicastPacketsReceived = 2;
-    EXPECT_EQ(statistic("MulticastPacketsReceived"), "0");
-    EXPECT_EQ(statistic("BroadcastPacketsReceived"), "2");
-    std::swap(m_adapter.counters.broadcastBytesReceived, m_adapter.counters.multicastBytesReceived);
-    EXPECT_EQ(statistic("MulticastPacketsReceived"), "2");
-    EXPECT_EQ(statistic("BroadcastPacketsReceived"), "0");
-}
-
-TEST_F(PortClasses, AdaptersOfOneAddressAreTwoPorts)
+TEST_F(EthernetPort, AdaptersOfOneAddress_areTwoPorts)
 {
     broker::Adapter twin = m_adapter;
     twin.guid = fakes::adapter(5).guid;
-    m_ports.refresh({{m_adapter, SYSTEM}, {twin, SYSTEM}});
-    ASSERT_EQ(m_ports.records().size(), 2U);
-    EXPECT_NE(m_ports.records()[0].instance->toPathString(), m_ports.records()[1].instance->toPathString());
+    m_world.adapters.set({m_adapter, twin});
+    ASSERT_EQ(records().size(), 2U);
+    EXPECT_NE(records()[0].instance->toPathString(), records()[1].instance->toPathString());
 }
 
-TEST_F(PortClasses, RenamedAdapterStaysItsInstance)
+TEST_F(EthernetPort, RenamedAdapter_staysItsInstance)
 {
     const core::CimInstance* before = &port();
     m_adapter.name = "uplink";

@@ -1,10 +1,4 @@
-#include "broker/classes/EndpointClasses.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "broker/Fakes.h"
-#include "broker/Properties.h"
+#include "broker/ClassTest.h"
 
 namespace {
 
@@ -12,15 +6,15 @@ using broker::AddressFamily;
 using broker::AddressOrigin;
 using testing::ElementsAre;
 
-const std::string SYSTEM = "HOST";
-
-class EndpointClasses : public testing::Test
+class IPProtocolEndpoint : public fakes::ClassTest
 {
 protected:
+    IPProtocolEndpoint() : ClassTest("Zerix_IPProtocolEndpoint") {}
+
     core::CimInstance& endpoint(const broker::Address& address)
     {
-        m_endpoints.refresh({{address, SYSTEM}});
-        return *m_endpoints.records()[0].instance;
+        m_world.adapters.set({address});
+        return instance();
     }
 
     std::string mask(std::optional<std::uint8_t> prefixLength)
@@ -41,10 +35,9 @@ protected:
 
     bool m_isDhcpOn = false;
     bool m_isLinkLocal = false;
-    broker::DescribedStore<broker::EndpointRow> m_endpoints{broker::ipProtocolEndpointClass};
 };
 
-TEST_F(EndpointClasses, Ipv4EndpointShowsTheAddress)
+TEST_F(IPProtocolEndpoint, Ipv4_showsTheAddress)
 {
     EXPECT_THAT(support::values(endpoint(fakes::address(4, "192.0.2.2"))),
                 ElementsAre("SystemCreationClassName=Win32_ComputerSystem", "SystemName=HOST",
@@ -54,7 +47,7 @@ TEST_F(EndpointClasses, Ipv4EndpointShowsTheAddress)
                             "AddressOrigin=3"));
 }
 
-TEST_F(EndpointClasses, Ipv6EndpointHasNoMask)
+TEST_F(IPProtocolEndpoint, Ipv6_hasNoMask)
 {
     EXPECT_THAT(
         support::values(endpoint(fakes::address(4, "fd00::2", AddressFamily::IPV6))),
@@ -64,7 +57,7 @@ TEST_F(EndpointClasses, Ipv6EndpointHasNoMask)
                     "ProtocolIFType=4097", "AddressOrigin=3"));
 }
 
-TEST_F(EndpointClasses, MaskFollowsThePrefixLength)
+TEST_F(IPProtocolEndpoint, Mask_followsThePrefixLength)
 {
     EXPECT_EQ(mask(0), "0.0.0.0");
     EXPECT_EQ(mask(1), "128.0.0.0");
@@ -73,7 +66,7 @@ TEST_F(EndpointClasses, MaskFollowsThePrefixLength)
     EXPECT_EQ(mask(32), "255.255.255.255");
 }
 
-TEST_F(EndpointClasses, UnknownPrefix_isNull)
+TEST_F(IPProtocolEndpoint, UnknownPrefix_isNull)
 {
     broker::Address address = fakes::address(4, "192.0.2.2");
     address.prefixLength.reset();
@@ -81,7 +74,7 @@ TEST_F(EndpointClasses, UnknownPrefix_isNull)
     EXPECT_EQ(support::value(endpoint(address), "SubnetMask"), "null");
 }
 
-TEST_F(EndpointClasses, OriginFollowsThePlatformsOrigin)
+TEST_F(IPProtocolEndpoint, Origin_followsThePlatforms)
 {
     m_isDhcpOn = true;
     EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::UNKNOWN), "0");
@@ -95,18 +88,18 @@ TEST_F(EndpointClasses, OriginFollowsThePlatformsOrigin)
     EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::ROUTER_ADVERTISEMENT), "8");
 }
 
-TEST_F(EndpointClasses, Origin_dhcpThatIsOff_isUnknown)
+TEST_F(IPProtocolEndpoint, Origin_dhcpThatIsOff_isUnknown)
 {
     EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::DHCP), "0");
     EXPECT_EQ(origin(AddressFamily::IPV6, AddressOrigin::DHCP), "0");
 }
 
-TEST_F(EndpointClasses, Origin_routerOfIpv4_isUnknown)
+TEST_F(IPProtocolEndpoint, Origin_routerOfIpv4_isUnknown)
 {
     EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::ROUTER_ADVERTISEMENT), "0");
 }
 
-TEST_F(EndpointClasses, Origin_linkLocalRange_isLinkLocal)
+TEST_F(IPProtocolEndpoint, Origin_linkLocalRange_isLinkLocal)
 {
     m_isDhcpOn = true;
     m_isLinkLocal = true;
@@ -120,11 +113,13 @@ TEST_F(EndpointClasses, Origin_linkLocalRange_isLinkLocal)
     EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::MANUAL), "3");
 }
 
-TEST_F(EndpointClasses, SameAddressOnTwoAdaptersIsTwoEndpoints)
+TEST_F(IPProtocolEndpoint, AddressOnTwoAdapters_isTwoEndpoints)
 {
     const broker::Address one = fakes::address(4, "fe80::1", AddressFamily::IPV6);
     const broker::Address other = fakes::address(5, "fe80::1", AddressFamily::IPV6);
-    EXPECT_NE(broker::endpointName(one), broker::endpointName(other));
+    m_world.adapters.set({one, other});
+    ASSERT_EQ(records().size(), 2U);
+    EXPECT_NE(records()[0].instance->toPathString(), records()[1].instance->toPathString());
 }
 
 }  // namespace

@@ -16,6 +16,11 @@ struct Row
     std::optional<std::string> text;
 };
 
+const char* fixedText(const Row& /*row*/)
+{
+    return "fixed";
+}
+
 std::uint32_t doubled(const Row& row)
 {
     return row.small * 2U;
@@ -25,8 +30,7 @@ std::uint32_t doubled(const Row& row)
 template <class AnyColumn>
 std::string refreshed(const AnyColumn& column, const Row& row, const Row* later = nullptr)
 {
-    core::CimInstance owner("Class");
-    core::CimProperty* property = column.make(column.name, owner);
+    const std::unique_ptr<core::CimProperty> property = column.make(column.name);
     column.refresh(*property, row);
     if (later != nullptr) {
         column.refresh(*property, *later);
@@ -36,10 +40,7 @@ std::string refreshed(const AnyColumn& column, const Row& row, const Row* later 
 
 TEST(Column, MakesAPropertyOfTheTypeThatItReads)
 {
-    core::CimInstance owner("Class");
-    const auto typeOf = [&owner](const broker::Column<Row>& column) {
-        return column.make(column.name, owner)->getType();
-    };
+    const auto typeOf = [](const broker::Column<Row>& column) { return column.make(column.name)->getType(); };
     EXPECT_EQ(typeOf(broker::column<&Row::small>("a")), core::CimProperty::EPT_UINT8);
     EXPECT_EQ(typeOf(broker::column<&Row::big>("b")), core::CimProperty::EPT_UINT64);
     EXPECT_EQ(typeOf(broker::column<&Row::texts>("c")), core::CimProperty::EPT_STRING_ARR);
@@ -48,12 +49,12 @@ TEST(Column, MakesAPropertyOfTheTypeThatItReads)
     EXPECT_EQ(typeOf(broker::column<&doubled>("f")), core::CimProperty::EPT_UINT32);
 }
 
-TEST(Column, PropertyJoinsItsInstanceAndStartsNull)
+TEST(Column, Property_startsNullAndAlone)
 {
-    core::CimInstance owner("Class");
     const auto column = broker::column<&Row::small>("Name");
-    const core::CimProperty* property = column.make(column.name, owner);
-    EXPECT_EQ(owner.getProperties().findProperty("Name"), property);
+    const std::unique_ptr<core::CimProperty> property = column.make(column.name);
+    EXPECT_EQ(property->getName(), "Name");
+    EXPECT_EQ(property->getOwner(), nullptr);
     EXPECT_TRUE(property->isNull());
 }
 
@@ -61,6 +62,7 @@ TEST(Column, ReadsMembersAndFunctions)
 {
     EXPECT_EQ(refreshed(broker::column<&Row::small>("a"), Row{}), "1");
     EXPECT_EQ(refreshed(broker::column<&doubled>("a"), Row{}), "2");
+    EXPECT_EQ(refreshed(broker::column<&fixedText>("a"), Row{}), "fixed");
 }
 
 TEST(Column, EmptyOptionalIsNullAlsoAfterAValue)

@@ -7,7 +7,9 @@
 #include <map>
 #include <stdexcept>
 
+#include "broker/Fakes.h"
 #include "broker/Properties.h"
+#include "support/LockCount.h"
 
 namespace {
 
@@ -30,10 +32,25 @@ std::uint32_t value(const Row& row)
     return row.number * 10U;
 }
 
+constexpr std::array namedColumns{broker::keyWithoutCase<&Row::id>("Id")};
+
 constexpr std::array columns{broker::key<&Row::id>("Id"), broker::key<&Row::number>("Number"),
                              broker::key<&Row::other>("Other"), broker::column<&value>("Value")};
 
-const broker::ClassDescription<Row> description{"Class", columns, [](const Row& row) { return row.id; }};
+std::string id(const Row& row)
+{
+    return row.id;
+}
+
+// What a workspace would read.
+std::vector<Row> rowsNow;
+
+std::vector<Row> rows(broker::Workspace& /*workspace*/)
+{
+    return rowsNow;
+}
+
+const broker::ClassDescription<Row> description{.name = "Class", .columns = columns, .id = &id, .rows = &rows};
 
 class Resolver : public broker::ReferenceResolver
 {
@@ -74,29 +91,29 @@ protected:
 
 TEST_F(InstanceStoreTest, InstanceHasTheClassAndThePropertiesOfTheDescription)
 {
-    m_store.refresh({{"a", 4, &m_other}});
+    m_store.show({{"a", 4, &m_other}});
     ASSERT_EQ(m_store.records().size(), 1U);
     core::CimInstance& instance = *m_store.records()[0].instance;
     EXPECT_EQ(instance.getClassName(), "Class");
     EXPECT_THAT(support::values(instance), ElementsAre("Id=a", "Number=4", "Other=Other.", "Value=40"));
     EXPECT_EQ(instance.toPathString(), "Class.Id=\"a\",Number=4,Other=\"Other.\"");
-    EXPECT_EQ(m_store.records()[0].identity, "a");
+    EXPECT_EQ(m_store.records()[0].id, "a");
 }
 
 TEST_F(InstanceStoreTest, KeepsTheOrderOfTheRows)
 {
-    m_store.refresh({{"b"}, {"a"}, {"c"}});
+    m_store.show({{"b"}, {"a"}, {"c"}});
     EXPECT_THAT(ids(), ElementsAre("b", "a", "c"));
-    m_store.refresh({{"c"}, {"b"}, {"a"}});
+    m_store.show({{"c"}, {"b"}, {"a"}});
     EXPECT_THAT(ids(), ElementsAre("c", "b", "a"));
 }
 
 TEST_F(InstanceStoreTest, KeepsInstancesWhoseRowsAreStillThereAndRefreshesTheirValues)
 {
-    m_store.refresh({{"a", 1}, {"b", 2}, {"c", 3}});
+    m_store.show({{"a", 1}, {"b", 2}, {"c", 3}});
     const core::CimInstance* a = m_store.records()[0].instance.get();
     const core::CimInstance* c = m_store.records()[2].instance.get();
-    m_store.refresh({{"c", 33}, {"d", 4}, {"a", 1}});
+    m_store.show({{"c", 33}, {"d", 4}, {"a", 1}});
     ASSERT_THAT(ids(), ElementsAre("c", "d", "a"));
     EXPECT_EQ(m_store.records()[0].instance.get(), c);
     EXPECT_EQ(m_store.records()[2].instance.get(), a);
@@ -106,23 +123,62 @@ TEST_F(InstanceStoreTest, KeepsInstancesWhoseRowsAreStillThereAndRefreshesTheirV
 
 TEST_F(InstanceStoreTest, DropsAllWhenThereAreNoRows)
 {
-    m_store.refresh({{"a"}});
-    m_store.refresh({});
+    m_store.show({{"a"}});
+    m_store.show({});
     EXPECT_THAT(m_store.records(), IsEmpty());
 }
 
-TEST_F(InstanceStoreTest, IsEmptyAfterAFailedRefresh)
+TEST_F(InstanceStoreTest, FailedUpdate_leavesItEmpty)
 {
-    m_store.refresh({{"a"}, {"b"}});
-    EXPECT_THROW(m_store.refresh({{"a"}, {"b", 0, nullptr, true}}), std::runtime_error);
+    fakes::World world;
+    broker::Workspace workspace(world.sources());
+    rowsNow = {{"a"}, {"b"}};
+    m_store.update(workspace);
+    EXPECT_THAT(ids(), ElementsAre("a", "b"));
+    rowsNow = {{"a"}, {"b", 0, nullptr, true}};
+    EXPECT_THROW(m_store.update(workspace), std::runtime_error);
     EXPECT_THAT(m_store.records(), IsEmpty());
-    m_store.refresh({{"b"}});
+    EXPECT_EQ(m_store.withId("a"), nullptr);
+    rowsNow = {{"b"}};
+    m_store.update(workspace);
     EXPECT_THAT(ids(), ElementsAre("b"));
+}
+
+TEST_F(InstanceStoreTest, Record_isFoundByItsId)
+{
+    m_store.show({{"b"}, {"a"}});
+    EXPECT_EQ(m_store.withId("a"), &m_store.records()[1]);
+    EXPECT_EQ(m_store.withId("c"), nullptr);
+    m_store.show({{"a"}});
+    EXPECT_EQ(m_store.withId("a"), m_store.records().data());
+    EXPECT_EQ(m_store.withId("b"), nullptr);
+    m_store.clear();
+    EXPECT_EQ(m_store.withId("a"), nullptr);
+}
+
+TEST_F(InstanceStoreTest, TwoRowsOfOneId_areTwoInstances)
+{
+    m_store.show({{"a", 1}, {"a", 2}});
+    m_store.show({{"a", 3}, {"a", 4}, {"b", 5}});
+    ASSERT_THAT(ids(), ElementsAre("a", "a", "b"));
+    EXPECT_EQ(support::value(*m_store.records()[1].instance, "Value"), "40");
+}
+
+TEST_F(InstanceStoreTest, KeysShape_leavesOutTheRest)
+{
+    broker::DescribedStore<Row> keys(description, broker::Shape::KEYS);
+    keys.show({{"a", 4, &m_other}});
+    EXPECT_THAT(support::values(*keys.records()[0].instance), ElementsAre("Id=a", "Number=4", "Other=Other."));
+}
+
+TEST_F(InstanceStoreTest, InstancesAreMadeAndShown_withoutALock)
+{
+    EXPECT_EQ(support::locksTakenBy([this] { m_store.show({{"a", 1}, {"b", 2}}); }), 0U);
 }
 
 TEST_F(InstanceStoreTest, FindsByAllKeysInAnyOrderWithNamesInAnyCase)
 {
-    m_store.refresh({{"a", 1, &m_other}, {"b", 2, &m_other}});
+    m_store.show({{"a", 1, &m_other}, {"b", 2, &m_other}});
     m_resolver.instances["Other.Id=1"] = &m_other;
     EXPECT_EQ(find("Class.Id=\"b\",Number=2,Other=\"Other.Id=1\""), &m_store.records()[1]);
     EXPECT_EQ(find("Class.OTHER=\"Other.Id=1\",number=2,iD=\"b\""), &m_store.records()[1]);
@@ -130,15 +186,25 @@ TEST_F(InstanceStoreTest, FindsByAllKeysInAnyOrderWithNamesInAnyCase)
 
 TEST_F(InstanceStoreTest, ValuesMustMatchExactly)
 {
-    m_store.refresh({{"a", 1, &m_other}});
+    m_store.show({{"a", 1, &m_other}});
     m_resolver.instances["Other.Id=1"] = &m_other;
     EXPECT_EQ(find("Class.Id=\"A\",Number=1,Other=\"Other.Id=1\""), nullptr);
     EXPECT_EQ(find("Class.Id=\"a\",Number=01,Other=\"Other.Id=1\""), nullptr);
 }
 
+TEST_F(InstanceStoreTest, KeyWithoutCase_matchesInAnyCase)
+{
+    const broker::ClassDescription<Row> named{.name = "Class", .columns = namedColumns, .id = &id, .rows = &rows};
+    broker::DescribedStore<Row> store(named);
+    store.show({{"Host-A"}});
+    EXPECT_NE(store.find(core::CimPath("Class.Id=\"hOST-a\""), m_resolver), nullptr);
+    EXPECT_EQ(store.find(core::CimPath("Class.Id=\"Host-B\""), m_resolver), nullptr);
+    EXPECT_EQ(store.find(core::CimPath("Class.Id=\"Host-\""), m_resolver), nullptr);
+}
+
 TEST_F(InstanceStoreTest, NeedsEveryKeyAndNoOther)
 {
-    m_store.refresh({{"a", 1, &m_other}});
+    m_store.show({{"a", 1, &m_other}});
     m_resolver.instances["Other.Id=1"] = &m_other;
     EXPECT_EQ(find("Class.Id=\"a\",Number=1"), nullptr);
     EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"Other.Id=1\",Value=10"), nullptr);
@@ -148,7 +214,7 @@ TEST_F(InstanceStoreTest, NeedsEveryKeyAndNoOther)
 
 TEST_F(InstanceStoreTest, ReferenceMatchesWhatItsPathLeadsTo)
 {
-    m_store.refresh({{"a", 1, &m_other}});
+    m_store.show({{"a", 1, &m_other}});
     m_resolver.instances["one way"] = &m_other;
     m_resolver.instances["another way"] = &m_other;
     m_resolver.instances["elsewhere"] = &m_third;
@@ -160,13 +226,13 @@ TEST_F(InstanceStoreTest, ReferenceMatchesWhatItsPathLeadsTo)
 
 TEST_F(InstanceStoreTest, ReferenceThatLeadsNowhereIsNoNullReference)
 {
-    m_store.refresh({{"a", 1, nullptr}});
+    m_store.show({{"a", 1, nullptr}});
     EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"nowhere\""), nullptr);
 }
 
 TEST_F(InstanceStoreTest, ResolvesAReferenceOncePerLookup)
 {
-    m_store.refresh({{"a", 1, &m_third}, {"a", 1, &m_third}, {"a", 1, &m_third}});
+    m_store.show({{"a", 1, &m_third}, {"a", 1, &m_third}, {"a", 1, &m_third}});
     m_resolver.instances["it"] = &m_other;
     find("Class.Id=\"a\",Number=1,Other=\"it\"");
     EXPECT_EQ(m_resolver.calls, 1);

@@ -60,8 +60,11 @@ constexpr std::array columns{
     broker::writable<&Row::unset>("Unset", nullptr),
 };
 
-const broker::ClassDescription<Row> description{"Class", columns,
-                                                [](const Row& /*row*/) { return std::string("Key"); }};
+const broker::ClassDescription<Row> description{.name = "Class",
+                                                .columns = columns,
+                                                .id = [](const Row& row) { return row.id; },
+                                                .rows = nullptr,
+                                                .storageKey = [](const std::string& id) { return "Key of " + id; }};
 
 class Modification : public testing::Test, public broker::ReferenceResolver
 {
@@ -69,7 +72,7 @@ protected:
     Modification()
     {
         m_row.other = &m_other;
-        m_store.refresh({m_row});
+        m_store.show({m_row});
     }
 
     template <class Property, class Value>
@@ -150,7 +153,7 @@ TEST_F(Modification, ChangesAreStoredAndShown)
     put<core::CimPropertyString>("writabletext", std::string("two"));
     put<core::CimPropertyString>("Unset", std::string("set"));
     EXPECT_EQ(modify(), "done");
-    EXPECT_THAT(m_storage.values("Key"), ElementsAre("Unset=set", "WritableNumber=2", "WritableText=two"));
+    EXPECT_THAT(m_storage.values("Key of x"), ElementsAre("Unset=set", "WritableNumber=2", "WritableText=two"));
     EXPECT_EQ(value("WritableNumber"), "2");
     EXPECT_EQ(value("WritableText"), "two");
     EXPECT_EQ(value("Unset"), "set");
@@ -209,7 +212,7 @@ TEST_F(Modification, OneForbiddenPropertyKeepsAllAsTheyWere)
     put<core::CimPropertyString>("Text", std::string("other"));
     EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Modyfying of Text property is not allowed");
     EXPECT_EQ(value("WritableText"), "one");
-    EXPECT_THAT(m_storage.values("Key"), IsEmpty());
+    EXPECT_THAT(m_storage.values("Key of x"), IsEmpty());
 }
 
 TEST_F(Modification, UnknownNullIsIgnoredAndAnUnknownValueInvalid)
@@ -238,12 +241,12 @@ TEST_F(Modification, FailedStoreKeepsAllAsTheyWere)
     m_storage.failingName = "WritableText";
     put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{2});
     put<core::CimPropertyString>("WritableText", std::string("two"));
-    EXPECT_EQ(modify(), "DRAVEv2: Setting Key could not be stored");
+    EXPECT_EQ(modify(), "DRAVEv2: Setting Key of x could not be stored");
     EXPECT_EQ(value("WritableNumber"), "1");
     EXPECT_EQ(value("WritableText"), "one");
-    EXPECT_THAT(m_storage.values("Key"), IsEmpty());
+    EXPECT_THAT(m_storage.values("Key of x"), IsEmpty());
     m_storage.failure = broker::StoreResult::ACCESS_DENIED;
-    EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Setting Key could not be stored: access denied");
+    EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Setting Key of x could not be stored: access denied");
 }
 
 TEST_F(Modification, NoTextsAndAnEmptyArrayOfThemAreTheSame)

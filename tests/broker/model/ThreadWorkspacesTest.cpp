@@ -1,4 +1,4 @@
-#include "broker/model/WorkspacePool.h"
+#include "broker/model/ThreadWorkspaces.h"
 
 #include <gtest/gtest.h>
 
@@ -8,81 +8,66 @@
 
 namespace {
 
-class WorkspacePool : public testing::Test
+class ThreadWorkspaces : public testing::Test
 {
 protected:
-    std::unique_ptr<broker::WorkspacePool> newPool()
+    // A deletion flag is noticed by the job table when its instance goes: so a workspace shows that it has ended.
+    void markTheJob(broker::ThreadWorkspaces& workspaces)
     {
-        return std::make_unique<broker::WorkspacePool>([this] {
-            ++m_made;
-            return std::make_unique<broker::Workspace>(m_world.sources());
-        });
+        broker::Workspace& workspace = workspaces.ofThisThread();
+        workspace.begin("Zerix_ConcreteJob");
+        workspace.job(m_job)->markForDeletion(true);
     }
 
     fakes::World m_world;
-    int m_made = 0;
+    std::string m_job = *m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 1);
 };
 
-TEST_F(WorkspacePool, ThreadKeepsItsWorkspace)
+TEST_F(ThreadWorkspaces, Thread_keepsItsWorkspace)
 {
-    const auto pool = newPool();
-    const broker::Workspace* first = &pool->lease();
-    EXPECT_EQ(&pool->lease(), first);
-    EXPECT_EQ(m_made, 1);
+    broker::ThreadWorkspaces workspaces(m_world.sources());
+    const broker::Workspace* first = &workspaces.ofThisThread();
+    EXPECT_EQ(&workspaces.ofThisThread(), first);
 }
 
-TEST_F(WorkspacePool, ThreadsHaveWorkspacesOfTheirOwn)
+TEST_F(ThreadWorkspaces, TwoThreads_haveOneEach)
 {
-    const auto pool = newPool();
-    const broker::Workspace* mine = &pool->lease();
+    broker::ThreadWorkspaces workspaces(m_world.sources());
+    const broker::Workspace* mine = &workspaces.ofThisThread();
     const broker::Workspace* others = nullptr;
-    std::thread([&] { others = &pool->lease(); }).join();
+    std::thread([&] { others = &workspaces.ofThisThread(); }).join();
     EXPECT_NE(others, mine);
-    EXPECT_EQ(m_made, 2);
 }
 
-TEST_F(WorkspacePool, EndedThreadsWorkspaceIsLeasedAgain)
+TEST_F(ThreadWorkspaces, TwoOfThem_doNotMeet)
 {
-    const auto pool = newPool();
-    const broker::Workspace* first = nullptr;
-    const broker::Workspace* second = nullptr;
-    std::thread([&] { first = &pool->lease(); }).join();
-    std::thread([&] { second = &pool->lease(); }).join();
-    EXPECT_EQ(second, first);
-    EXPECT_EQ(m_made, 1);
+    broker::ThreadWorkspaces workspaces(m_world.sources());
+    broker::ThreadWorkspaces others(m_world.sources());
+    const broker::Workspace* mine = &workspaces.ofThisThread();
+    EXPECT_NE(&others.ofThisThread(), mine);
+    EXPECT_EQ(&workspaces.ofThisThread(), mine);
 }
 
-TEST_F(WorkspacePool, LeasesOfTwoPoolsDoNotMeet)
+TEST_F(ThreadWorkspaces, ThreadsEnd_endsItsWorkspace)
 {
-    const auto pool = newPool();
-    const auto otherPool = newPool();
-    const broker::Workspace* mine = &pool->lease();
-    EXPECT_NE(&otherPool->lease(), mine);
-    EXPECT_EQ(&pool->lease(), mine);
+    broker::ThreadWorkspaces workspaces(m_world.sources());
+    std::thread([&] { markTheJob(workspaces); }).join();
+    m_world.jobs.sweep();
+    EXPECT_TRUE(m_world.jobs.jobs().empty());
 }
 
-TEST_F(WorkspacePool, ThreadMayEndAfterThePool)
+TEST_F(ThreadWorkspaces, Thread_mayEndLater)
 {
     std::thread([&] {
-        newPool()->lease();
-        // The pool is gone; the thread leases from another one and then ends.
-        newPool()->lease();
-    }).join();
-    EXPECT_EQ(m_made, 2);
-}
-
-TEST_F(WorkspacePool, FailedConstructionLeavesThePoolUsable)
-{
-    bool fails = true;
-    broker::WorkspacePool pool([&] {
-        if (fails) {
-            throw std::bad_alloc();
+        {
+            broker::ThreadWorkspaces workspaces(m_world.sources());
+            markTheJob(workspaces);
         }
-        return std::make_unique<broker::Workspace>(m_world.sources());
-    });
-    EXPECT_THROW(pool.lease(), std::bad_alloc);
-    fails = false;
-    EXPECT_NO_THROW(pool.lease());
+        m_world.jobs.sweep();
+        EXPECT_TRUE(m_world.jobs.jobs().empty());
+        // The first is gone; the thread uses another one and then ends.
+        broker::ThreadWorkspaces(m_world.sources()).ofThisThread();
+    }).join();
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cctype>
+
 #include "broker/Fakes.h"
 #include "broker/Properties.h"
 
@@ -19,7 +21,7 @@ protected:
         m_adapters.set({fakes::adapter(1), fakes::adapter(2)});
         m_adapters.set({fakes::address(2, "192.0.2.2"), fakes::address(1, "192.0.2.1"),
                         fakes::address(2, "fe80::2", broker::AddressFamily::IPV6)});
-        m_workspace.begin();
+        m_workspace.begin("");
     }
 
     std::vector<std::string> valuesOf(const std::string& className, const std::string& property)
@@ -80,7 +82,7 @@ TEST_F(Workspace, AsksThePlatformOncePerRequestAndOnlyForWhatIsNeeded)
     m_workspace.instances("Zerix_IPProtocolEndpoint");
     EXPECT_EQ(m_adapters.adapterReads, 1);
     EXPECT_EQ(m_adapters.addressReads, 1);
-    m_workspace.begin();
+    m_workspace.begin("");
     m_workspace.instances("Zerix_IPProtocolEndpoint");
     EXPECT_EQ(m_adapters.adapterReads, 1);
     EXPECT_EQ(m_adapters.addressReads, 2);
@@ -94,7 +96,7 @@ TEST_F(Workspace, InstancesStayAsTheyAreUntilTheNextRequest)
     changed.mtu = 9000;
     m_adapters.set({changed});
     EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ActiveMaximumTransmissionUnit"), ElementsAre("1500", "1500"));
-    m_workspace.begin();
+    m_workspace.begin("");
     EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ActiveMaximumTransmissionUnit"), ElementsAre("9000"));
     EXPECT_EQ(ports->records()[0].instance.get(), second);
 }
@@ -103,47 +105,6 @@ TEST_F(Workspace, StatisticTimeIsThatOfTheReading)
 {
     m_world.machine.time = 42;
     EXPECT_THAT(valuesOf("Zerix_EthernetPortStatistics", "StatisticTime"), ElementsAre("at 42", "at 42"));
-}
-
-TEST_F(Workspace, AssociatesEachEndpointWithItsPort)
-{
-    const auto& ports = m_workspace.instances("Zerix_EthernetPort")->records();
-    const auto& endpoints = m_workspace.instances("Zerix_IPProtocolEndpoint")->records();
-    const auto& associations = m_workspace.instances("Zerix_PortImplementsEndpoint")->records();
-    const auto end = [](const auto& record, std::size_t column) {
-        return static_cast<core::CimPropertyRef*>(record.properties[column])->getValue();
-    };
-    ASSERT_EQ(associations.size(), 3U);
-    EXPECT_EQ(end(associations[0], 0), ports[1].instance.get());
-    EXPECT_EQ(end(associations[0], 1), endpoints[0].instance.get());
-    EXPECT_EQ(end(associations[1], 0), ports[0].instance.get());
-    EXPECT_EQ(end(associations[1], 1), endpoints[1].instance.get());
-    EXPECT_EQ(end(associations[2], 0), ports[1].instance.get());
-    EXPECT_EQ(end(associations[2], 1), endpoints[2].instance.get());
-}
-
-TEST_F(Workspace, AddressOfAnAdapterThatIsNotListedHasNoAssociation)
-{
-    m_adapters.set({fakes::adapter(1)});
-    EXPECT_EQ(m_workspace.instances("Zerix_PortImplementsEndpoint")->records().size(), 1U);
-}
-
-TEST_F(Workspace, EveryPortConformsToTheProfile)
-{
-    EXPECT_THAT(valuesOf("Zerix_ElementConformsToProfile", "ConformantStandard"),
-                ElementsAre(pathOf("Zerix_RegisteredProfile", 0), pathOf("Zerix_RegisteredProfile", 0)));
-    EXPECT_THAT(valuesOf("Zerix_ElementConformsToProfile", "ManagedElement"),
-                ElementsAre(pathOf("Zerix_EthernetPort", 0), pathOf("Zerix_EthernetPort", 1)));
-}
-
-TEST_F(Workspace, AssociationsFollowWhenAnAdapterIsReplaced)
-{
-    m_workspace.instances("Zerix_ElementConformsToProfile");
-    m_adapters.set({fakes::adapter(3), fakes::adapter(1)});
-    m_workspace.begin();
-    EXPECT_THAT(valuesOf("Zerix_ElementConformsToProfile", "ManagedElement"),
-                ElementsAre(pathOf("Zerix_EthernetPort", 0), pathOf("Zerix_EthernetPort", 1)));
-    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "Name"), ElementsAre("eth3", "eth1"));
 }
 
 TEST_F(Workspace, NothingReadIsNothingServed)
@@ -166,6 +127,36 @@ TEST_F(Workspace, FindsEveryInstanceByThePathThatItReports)
         for (const auto& record : records) {
             EXPECT_EQ(find(record.instance->toPathString()), record.instance.get());
         }
+    }
+}
+
+// The text with every letter of its quoted values in the other case.
+std::string withValuesInTheOtherCase(std::string path)
+{
+    bool isQuoted = false;
+    for (char& c : path) {
+        isQuoted = (c == '"') != isQuoted;
+        if (isQuoted && std::isalpha(static_cast<unsigned char>(c)) != 0) {
+            c = static_cast<char>(c ^ 0x20);
+        }
+    }
+    return path;
+}
+
+TEST_F(Workspace, GuidsAndNames_matchInAnyCase)
+{
+    m_adapters.set({fakes::address(1, "fe80::ab", broker::AddressFamily::IPV6)});
+    for (const char* className : {"Zerix_EthernetPort", "Zerix_IPProtocolEndpoint"}) {
+        EXPECT_NE(find(withValuesInTheOtherCase(pathOf(className, 0))), nullptr) << className;
+    }
+}
+
+TEST_F(Workspace, InstanceIds_matchExactly)
+{
+    for (const char* className : {"Zerix_EthernetPortStatistics", "Zerix_SoftwareIdentity", "Zerix_RegisteredProfile",
+                                  "Zerix_AdapterSetting", "Zerix_DiagnosticSetting"})
+    {
+        EXPECT_EQ(find(withValuesInTheOtherCase(pathOf(className, 0))), nullptr) << className;
     }
 }
 
@@ -193,19 +184,10 @@ TEST_F(Workspace, FindsAssociationsByReferencesWithHostAndNamespace)
 TEST_F(Workspace, ResolvesOnlyPathsOfInstances)
 {
     EXPECT_EQ(m_workspace.resolve(pathOf("Zerix_EthernetPort", 1)),
-              m_workspace.instances("Zerix_EthernetPort")->records()[1].instance.get());
+              m_workspace.references("Zerix_EthernetPort").records()[1].instance.get());
     EXPECT_EQ(m_workspace.resolve("Zerix_RegisteredProfile.InstanceID=\"another\""), nullptr);
+    EXPECT_EQ(m_workspace.resolve("Zerix_Nothing.Id=1"), nullptr);
     EXPECT_EQ(m_workspace.resolve(""), nullptr);
-}
-
-TEST_F(Workspace, EveryPortHasItsSetting)
-{
-    m_world.storage.set("Adapters\\" + fakes::adapter(2).guid, "ElementName", "Uplink");
-    EXPECT_THAT(valuesOf("Zerix_AdapterSetting", "ElementName"), ElementsAre("null", "Uplink"));
-    EXPECT_THAT(valuesOf("Zerix_ElementSettingData", "ManagedElement"),
-                ElementsAre(pathOf("Zerix_EthernetPort", 0), pathOf("Zerix_EthernetPort", 1)));
-    EXPECT_THAT(valuesOf("Zerix_ElementSettingData", "SettingData"),
-                ElementsAre(pathOf("Zerix_AdapterSetting", 0), pathOf("Zerix_AdapterSetting", 1)));
 }
 
 TEST_F(Workspace, ReadsSettingsAnewForEachRequest)
@@ -213,7 +195,7 @@ TEST_F(Workspace, ReadsSettingsAnewForEachRequest)
     EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
     m_world.storage.set("Diagnostics", "SampleCount", "20");
     EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
-    m_workspace.begin();
+    m_workspace.begin("");
     EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("20"));
 }
 
@@ -226,13 +208,61 @@ TEST_F(Workspace, ShowsJobsAndTheirResults)
     const std::string id = *m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1);
     m_world.machine.time += 2'000'000;
     m_world.thread.work->work();
-    m_workspace.begin();
+    m_workspace.begin("");
     EXPECT_THAT(valuesOf("Zerix_ConcreteJob", "InstanceID"), ElementsAre(id));
     EXPECT_THAT(valuesOf("Zerix_DiagnosticResult", "JobInstanceID"), ElementsAre(id));
     EXPECT_THAT(valuesOf("Zerix_DiagnosticResult", "ManagedElement"), ElementsAre(pathOf("Zerix_EthernetPort", 1)));
     m_adapters.set({fakes::adapter(1)});
-    m_workspace.begin();
+    m_workspace.begin("");
     EXPECT_THAT(valuesOf("Zerix_DiagnosticResult", "ManagedElement"), ElementsAre("null"));
+}
+
+// More adapters than a handful, an address each.
+void setManyAdapters(fakes::Adapters& adapters)
+{
+    std::vector<broker::Adapter> many;
+    std::vector<broker::Address> addresses;
+    for (unsigned number = 1; number <= 20; ++number) {
+        many.push_back(fakes::adapter(number));
+        addresses.push_back(fakes::address(number, "192.0.2." + std::to_string(number)));
+    }
+    adapters.set(many);
+    adapters.set(addresses);
+}
+
+TEST_F(Workspace, Begin_deletesWhatItsRequestDoesNotNeed)
+{
+    setManyAdapters(m_adapters);
+    m_workspace.begin("Zerix_EthernetPort");
+    const auto& ports = m_workspace.instances("Zerix_EthernetPort")->records();
+    EXPECT_EQ(ports.size(), 20U);
+    m_workspace.begin("Zerix_EthernetPortStatistics");
+    EXPECT_THAT(ports, IsEmpty());
+    const auto& statistics = m_workspace.instances("Zerix_EthernetPortStatistics")->records();
+    EXPECT_EQ(statistics.size(), 20U);
+    m_workspace.begin("Zerix_Nothing");
+    EXPECT_THAT(statistics, IsEmpty());
+}
+
+TEST_F(Workspace, Begin_keepsTheClassAndWhatItRefersTo)
+{
+    setManyAdapters(m_adapters);
+    m_workspace.begin("Zerix_PortImplementsEndpoint");
+    const auto kept = [this] {
+        return std::vector{m_workspace.instances("Zerix_PortImplementsEndpoint")->records()[7].instance.get(),
+                           m_workspace.references("Zerix_EthernetPort").records()[7].instance.get(),
+                           m_workspace.references("Zerix_IPProtocolEndpoint").records()[7].instance.get()};
+    };
+    const auto before = kept();
+    m_workspace.begin("zerix_portimplementsendpoint");
+    EXPECT_EQ(kept(), before);
+}
+
+TEST_F(Workspace, Begin_keepsAHandful)
+{
+    const auto& ports = m_workspace.instances("Zerix_EthernetPort")->records();
+    m_workspace.begin("Zerix_SoftwareIdentity");
+    EXPECT_EQ(ports.size(), 2U);
 }
 
 TEST_F(Workspace, KnowsTheAdapterOfAPort)

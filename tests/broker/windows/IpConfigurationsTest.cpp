@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "Utils/Exception.h"
 #include "broker/windows/PlatformAdapters.h"
 #include "support/ImportHook.h"
 #include "support/LogCapture.h"
@@ -222,19 +223,18 @@ TEST_F(IpConfigurations, NoAddressesAtAll_areNoError)
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
 
-TEST_F(IpConfigurations, RefusedAddresses_areOneErrorLine)
+TEST_F(IpConfigurations, RefusedAddresses_areAFailure)
 {
     platform.addressesStatus = ERROR_ACCESS_DENIED;
-    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
-    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("broker::PlatformAdapters::readIpConfigurations: error: "
-                                                     "GetAdaptersAddresses error 5\n")));
+    EXPECT_THROW(m_source.readIpConfigurations(), utils::EFailed);
+    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: GetAdaptersAddresses error 5\n")));
 }
 
-TEST_F(IpConfigurations, RefusedFamilies_areOneErrorLine)
+TEST_F(IpConfigurations, RefusedFamilies_areAFailure)
 {
     platform.familiesStatus = ERROR_ACCESS_DENIED;
     const support::ImportHook hook("GetIpInterfaceTable", &refuseFamilies);
-    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
+    EXPECT_THROW(m_source.readIpConfigurations(), utils::EFailed);
     EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: GetIpInterfaceTable error 5\n")));
 }
 
@@ -242,8 +242,8 @@ TEST_F(IpConfigurations, LeasesThatKeepGrowing_areGivenUp)
 {
     platform.adapter.Dhcpv4Enabled = 1;
     platform.infoStatus = ERROR_BUFFER_OVERFLOW;
-    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
-    EXPECT_EQ(platform.infoCalls, 4);
+    EXPECT_THROW(m_source.readIpConfigurations(), utils::EFailed);
+    EXPECT_EQ(platform.infoCalls, 8);
     EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: GetAdaptersInfo error 111\n")));
 }
 

@@ -17,6 +17,7 @@
 #include <stdexcept>
 
 #include "Os/Windows/AnsiText.h"
+#include "Utils/Exception.h"
 #include "support/ImportHook.h"
 #include "support/LogCapture.h"
 
@@ -79,9 +80,15 @@ std::string addressLine(const IP_ADAPTER_ADDRESSES& adapter, const IP_ADAPTER_UN
     return std::string(adapter.AdapterName) + " " + text.data() + "/" + std::to_string(unicast.OnLinkPrefixLength);
 }
 
-NETIO_STATUS WINAPI failIfTable(PMIB_IF_TABLE2* /*table*/)
+int refusals = 0;
+int tableCalls = 0;
+NETIO_STATUS refusal = ERROR_ACCESS_DENIED;
+
+// Refuses as often as `refusals` says.
+NETIO_STATUS WINAPI refuseIfTable(PMIB_IF_TABLE2* table)
 {
-    return ERROR_ACCESS_DENIED;
+    ++tableCalls;
+    return tableCalls <= refusals ? refusal : GetIfTable2Ex(MibIfTableNormal, table);
 }
 
 ULONG WINAPI failAddresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES /*buffer*/,
@@ -259,24 +266,50 @@ TEST(PlatformAdapters, AdapterThatIsGoneIsEmptyAndAnErrorLine)
                 testing::HasSubstr("broker::PlatformAdapters::readAdapter: error: GetIfEntry2 error "));
 }
 
-TEST(PlatformAdapters, FailedTableIsNoAdapterAndOneErrorLine)
+TEST(PlatformAdapters, RefusedTable_isAskedForOnceMore)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("GetIfTable2", &failIfTable);
+    const support::ImportHook hook("GetIfTable2", &refuseIfTable);
+    refusals = 1;
     broker::PlatformAdapters source;
-    EXPECT_THAT(source.readAdapters(), IsEmpty());
-    EXPECT_THAT(log.events(),
-                ElementsAre(EndsWith("broker::PlatformAdapters::readAdapters: error: GetIfTable2 error 5\n")));
+    EXPECT_FALSE(source.readAdapters().empty());
+    EXPECT_EQ(tableCalls, 2);
+    EXPECT_THAT(log.events(), IsEmpty());
 }
 
-TEST(PlatformAdapters, FailedAddressesAreNoneAndOneErrorLine)
+TEST(PlatformAdapters, TableRefusedTwice_isAFailure)
+{
+    const support::LogCapture log(1);
+    const support::ImportHook hook("GetIfTable2", &refuseIfTable);
+    refusals = 2;
+    broker::PlatformAdapters source;
+    EXPECT_THROW(source.readAdapters(), utils::EFailed);
+    EXPECT_EQ(tableCalls, 2);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("error: GetIfTable2 error 5\n")));
+}
+
+TEST(PlatformAdapters, TableWithoutARow_isNoFailure)
+{
+    const support::LogCapture log(1);
+    const support::ImportHook hook("GetIfTable2", &refuseIfTable);
+    broker::PlatformAdapters source;
+    for (const NETIO_STATUS none : {ERROR_NO_DATA, ERROR_ADDRESS_NOT_ASSOCIATED}) {
+        refusal = none;
+        refusals = 1;
+        tableCalls = 0;
+        EXPECT_THAT(source.readAdapters(), IsEmpty());
+        EXPECT_EQ(tableCalls, 1);
+    }
+    EXPECT_THAT(log.events(), IsEmpty());
+}
+
+TEST(PlatformAdapters, AddressesRefusedTwice_areAFailure)
 {
     const support::LogCapture log(1);
     const support::ImportHook hook("GetAdaptersAddresses", &failAddresses);
     broker::PlatformAdapters source;
-    EXPECT_THAT(source.readAddresses(), IsEmpty());
-    EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::PlatformAdapters::readAddresses: error: "
-                                                   "GetAdaptersAddresses error 8\n")));
+    EXPECT_THROW(source.readAddresses(), utils::EFailed);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("error: GetAdaptersAddresses error 8\n")));
 }
 
 TEST(PlatformAdapters, NoAddressesAtAllAreNoError)
@@ -386,8 +419,8 @@ TEST(PlatformAdapters, ListThatKeepsGrowingIsGivenUp)
     const support::LogCapture log(1);
     const support::ImportHook hook("GetAdaptersAddresses", &alwaysTooSmall);
     broker::PlatformAdapters source;
-    EXPECT_THAT(source.readAddresses(), IsEmpty());
-    EXPECT_EQ(overflowCalls, 4);
+    EXPECT_THROW(source.readAddresses(), utils::EFailed);
+    EXPECT_EQ(overflowCalls, 8);
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("GetAdaptersAddresses error 111\n")));
 }
 

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "broker/model/InstanceStore.h"
+
+// What the classes of associations share.
+namespace broker {
+
+// The two ends of an association: records of the same workspace, brought up to date before the row is made.
+struct Association
+{
+    const InstanceStore::Record& first;
+    const InstanceStore::Record& second;
+};
+
+inline core::CimInstance* firstEnd(const Association& row)
+{
+    return row.first.instance.get();
+}
+
+inline core::CimInstance* secondEnd(const Association& row)
+{
+    return row.second.instance.get();
+}
+
+// The ids of the ends. None holds a blank, so that no other two make the same id.
+inline std::string associationId(const Association& row)
+{
+    return row.first.id + " " + row.second.id;
+}
+
+}  // namespace broker

@@ -1,0 +1,62 @@
+#include <array>
+
+#include "broker/classes/ClassNames.h"
+#include "broker/classes/ServedClasses.h"
+#include "broker/model/Workspace.h"
+
+namespace broker {
+
+namespace {
+
+// The product states these values itself: there is one row and nothing to read.
+struct Row
+{
+};
+
+std::vector<Row> rows(Workspace& /*workspace*/)
+{
+    return std::vector<Row>(1);
+}
+
+std::string instanceId(const Row& /*row*/)
+{
+    return "Vexal:Profile:EthernetPort";
+}
+
+std::uint16_t organization(const Row& /*row*/)
+{
+    constexpr std::uint16_t DMTF = 2;
+    return DMTF;
+}
+
+std::string profileName(const Row& /*row*/)
+{
+    return "Ethernet Port";
+}
+std::string profileVersion(const Row& /*row*/)
+{
+    return "1.0.1";
+}
+
+std::vector<std::uint16_t> advertiseTypes(const Row& /*row*/)
+{
+    constexpr std::uint16_t NOT_ADVERTISED = 2;
+    return {NOT_ADVERTISED};
+}
+
+constexpr std::array columns{
+    key<&instanceId>("InstanceID"),
+    column<&organization>("RegisteredOrganization"),
+    column<&profileName>("RegisteredName"),
+    column<&profileVersion>("RegisteredVersion"),
+    column<&advertiseTypes>("AdvertiseTypes"),
+};
+
+constexpr ClassDescription<Row> definition{
+    .name = REGISTERED_PROFILE, .columns = columns, .id = &instanceId, .rows = &rows};
+
+}  // namespace
+
+const ServedClass registeredProfile = serve<definition>();
+
+}  // namespace broker

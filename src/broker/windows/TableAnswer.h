@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Os/Windows/Platform.h"
+
+// What the platform answers when it is asked for a table.
+namespace broker {
+
+// The table has no row: an answer, not a failure.
+inline bool meansNone(ULONG status) noexcept
+{
+    return status == ERROR_NO_DATA || status == ERROR_ADDRESS_NOT_ASSOCIATED;
+}
+
+// The platform's answer, or the second one where the first is a failure: tables change while they are read.
+template <class Ask>
+ULONG asked(Ask ask)
+{
+    const ULONG status = ask();
+    return status == NO_ERROR || meansNone(status) ? status : ask();
+}
+
+}  // namespace broker

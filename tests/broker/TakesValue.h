@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Utils/Exception.h"
+#include "core/CimInstance.h"
+
+namespace support {
+
+// Whether the property takes the value; every way of refusing it is the same here.
+template <class Property, class Value>
+bool takes(core::CimInstance& instance, const char* name, Value value)
+{
+    Property newValue(name);
+    newValue.setValue(value);
+    try {
+        instance.getProperties().findProperty(name)->verify(&newValue);
+        return true;
+    } catch (const utils::EInvalidParameter&) {
+        return false;
+    }
+}
+
+}  // namespace support

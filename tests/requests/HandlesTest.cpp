@@ -1,0 +1,370 @@
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include "Os/Windows/Platform.h"
+
+#include <iphlpapi.h>
+#include <netioapi.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "requests/RequestTest.h"
+#include "support/ImportHook.h"
+#include "wmihost/com/NamespaceServices.h"
+#include "wmihost/com/ResponseSink.h"
+#include "wmihost/mof/MofCompiler.h"
+
+// How many kernel mutexes the built provider and its broker hold, and how often they take one, on machines of many
+// adapters: WMI ends a host that passes 4,096 handles, and nobody sees it here, where there is no such quota.
+namespace {
+
+// Mutexes are numbers here and counted: a kernel's would cost minutes. The threads of these tests take turns.
+std::atomic<int> openMutexes{0};
+std::atomic<int> mostMutexes{0};
+std::atomic<int> lockPairs{0};
+std::atomic<std::uintptr_t> nextMutex{1U << 30U};
+
+bool isStandIn(HANDLE handle)
+{
+    return reinterpret_cast<std::uintptr_t>(handle) >= 1U << 30U;
+}
+
+HANDLE WINAPI makeMutex(LPSECURITY_ATTRIBUTES, BOOL, LPCSTR)
+{
+    mostMutexes = std::max<int>(mostMutexes, ++openMutexes);
+    return reinterpret_cast<HANDLE>(nextMutex++);
+}
+
+DWORD WINAPI waitFor(HANDLE handle, DWORD timeout)
+{
+    if (!isStandIn(handle)) {
+        return WaitForSingleObjectEx(handle, timeout, FALSE);
+    }
+    ++lockPairs;
+    return WAIT_OBJECT_0;
+}
+
+BOOL WINAPI releaseMutex(HANDLE)
+{
+    return TRUE;
+}
+
+BOOL WINAPI closeHandle(HANDLE handle)
+{
+    if (isStandIn(handle)) {
+        --openMutexes;
+        return TRUE;
+    }
+    return DuplicateHandle(GetCurrentProcess(), handle, nullptr, nullptr, 0, FALSE, DUPLICATE_CLOSE_SOURCE);
+}
+
+struct CountedMutexes
+{
+    explicit CountedMutexes(HMODULE module)
+        : make("CreateMutexA", &makeMutex, module),
+          wait("WaitForSingleObject", &waitFor, module),
+          release("ReleaseMutex", &releaseMutex, module),
+          close("CloseHandle", &closeHandle, module)
+    {
+    }
+
+    void abandon() noexcept
+    {
+        for (support::ImportHook* hook : {&make, &wait, &release, &close}) {
+            hook->abandon();
+        }
+    }
+
+    support::ImportHook make;
+    support::ImportHook wait;
+    support::ImportHook release;
+    support::ImportHook close;
+};
+
+// The machine that the broker is shown.
+std::size_t adapterCount = 0;
+std::size_t addressesOfEach = 1;
+
+GUID guidOf(std::size_t number)
+{
+    return {static_cast<ULONG>(number), 0, 0, {}};
+}
+
+NETIO_STATUS WINAPI ifTable(PMIB_IF_TABLE2* result)
+{
+    const std::size_t size = offsetof(MIB_IF_TABLE2, Table) + adapterCount * sizeof(MIB_IF_ROW2);
+    auto* table = static_cast<MIB_IF_TABLE2*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size));
+    table->NumEntries = static_cast<ULONG>(adapterCount);
+    for (std::size_t i = 0; i < adapterCount; ++i) {
+        MIB_IF_ROW2& row = table->Table[i];
+        row.InterfaceGuid = guidOf(i);
+        row.InterfaceLuid.Value = i + 1;
+        row.InterfaceIndex = static_cast<NET_IFINDEX>(i + 1);
+        row.Type = IF_TYPE_ETHERNET_CSMACD;
+        row.OperStatus = IfOperStatusUp;
+        row.AdminStatus = NET_IF_ADMIN_STATUS_UP;
+        row.MediaConnectState = MediaConnectStateConnected;
+        row.PhysicalAddressLength = 6;
+    }
+    *result = table;
+    return NO_ERROR;
+}
+
+void WINAPI freeTable(PVOID table)
+{
+    HeapFree(GetProcessHeap(), 0, table);
+}
+
+// What GetAdaptersAddresses points at; it lives for as long as the program.
+struct AdapterAddresses
+{
+    IP_ADAPTER_ADDRESSES adapter{};
+    std::array<char, 39> guid{};
+    std::array<wchar_t, 2> name{L"a"};
+    std::array<IP_ADAPTER_UNICAST_ADDRESS, 4> unicast{};
+    std::array<sockaddr_in, 4> sockets{};
+};
+
+ULONG WINAPI adaptersAddresses(ULONG, ULONG, PVOID, PIP_ADAPTER_ADDRESSES buffer, PULONG)
+{
+    static std::vector<AdapterAddresses> all;
+    all = std::vector<AdapterAddresses>(adapterCount);
+    for (std::size_t i = 0; i < adapterCount; ++i) {
+        AdapterAddresses& entry = all[i];
+        std::array<wchar_t, 39> text{};
+        StringFromGUID2(guidOf(i), text.data(), static_cast<int>(text.size()));
+        std::copy(text.begin(), text.end(), entry.guid.begin());
+        entry.adapter.AdapterName = entry.guid.data();
+        entry.adapter.FriendlyName = entry.name.data();
+        entry.adapter.Description = entry.name.data();
+        entry.adapter.DnsSuffix = entry.name.data();
+        entry.adapter.IfType = IF_TYPE_ETHERNET_CSMACD;
+        entry.adapter.IfIndex = static_cast<ULONG>(i + 1);
+        entry.adapter.Luid.Value = i + 1;
+        entry.adapter.Next = i + 1 == adapterCount ? nullptr : &all[i + 1].adapter;
+        for (std::size_t j = 0; j < addressesOfEach; ++j) {
+            entry.sockets[j].sin_family = AF_INET;
+            entry.sockets[j].sin_addr.S_un.S_addr = static_cast<ULONG>(10U + (j << 8U) + (i << 16U));
+            entry.unicast[j].Address = {reinterpret_cast<SOCKADDR*>(&entry.sockets[j]), sizeof(sockaddr_in)};
+            entry.unicast[j].OnLinkPrefixLength = 24;
+            entry.unicast[j].DadState = IpDadStatePreferred;
+            entry.unicast[j].Next = j == 0 ? nullptr : &entry.unicast[j - 1];
+        }
+        entry.adapter.FirstUnicastAddress = addressesOfEach == 0 ? nullptr : &entry.unicast[addressesOfEach - 1];
+    }
+    // The caller's buffer holds the first; the others are where its chain leads.
+    *buffer = all.front().adapter;
+    return NO_ERROR;
+}
+
+// The provider over the counted mutexes and the made-up machine.
+class Handles : public testing::Test
+{
+protected:
+    Handles()
+    {
+        wmihost::compileMofFile(std::filesystem::path(ZERIX_MOF), m_repository);
+        m_own = m_repository.findNamespace(L"root\\DCIM\\vexal");
+        m_services =
+            wmihost::ComPtr<wmihost::NamespaceServices>::adopt(new wmihost::NamespaceServices(m_repository, *m_own));
+        *m_provider.out() = m_module.createProvider();
+        utils::ComReference<IWbemProviderInit> init;
+        m_provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
+        std::wstring name = L"root\\DCIM\\vexal";
+        init->Initialize(nullptr, 0, name.data(), nullptr, m_services.get(), &m_context, nullptr);
+        addressesOfEach = 1;
+    }
+
+    // What is closed while the modules are unloaded are stand-ins too.
+    ~Handles() override
+    {
+        m_provider.reset();
+        m_ofProvider.abandon();
+        m_ofCore.abandon();
+    }
+
+    // What the broker serves in this namespace.
+    std::vector<std::string> classNames() const
+    {
+        std::vector<std::string> result;
+        for (const auto& definition : m_own->classes()) {
+            const std::wstring& name = definition->name;
+            if (name.rfind(L"Zerix_", 0) == 0) {
+                result.emplace_back(name.begin(), name.end());
+            }
+        }
+        return result;
+    }
+
+    // The calling thread's request; returns how many objects came.
+    std::size_t enumerate(const std::string& className)
+    {
+        support::CallLog calls;
+        const support::CallContext call(calls);
+        const auto response = std::make_shared<wmihost::Response>(nullptr);
+        const auto sink = wmihost::ComPtr<wmihost::ResponseSink>::adopt(new wmihost::ResponseSink(response));
+        const utils::ScopedBstr name(className);
+        EXPECT_EQ(m_provider->CreateInstanceEnumAsync(name.get(), 0, &m_context, sink.get()), 0) << className;
+        return response->takeObjects().size();
+    }
+
+    void enumerateAllAndThen(const std::string& last)
+    {
+        for (const std::string& name : classNames()) {
+            if (name != last) {
+                enumerate(name);
+            }
+        }
+        EXPECT_GE(enumerate(last), adapterCount);
+    }
+
+    // The mutexes that so many living threads hold when each has asked for every class once, this one at the end.
+    int heldByThreads(int count, const std::string& last)
+    {
+        std::vector<std::thread> threads;
+        std::mutex mutex;
+        std::condition_variable changed;
+        int done = 0;
+        bool mayEnd = false;
+        const int before = openMutexes;
+        for (int i = 0; i < count; ++i) {
+            threads.emplace_back([&, i] {
+                CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+                std::unique_lock lock(mutex);
+                changed.wait(lock, [&] { return done == i; });
+                enumerateAllAndThen(last);
+                ++done;
+                changed.notify_all();
+                changed.wait(lock, [&] { return mayEnd; });
+                CoUninitialize();
+            });
+        }
+        {
+            std::unique_lock lock(mutex);
+            changed.wait(lock, [&] { return done == count; });
+        }
+        const int held = openMutexes - before;
+        {
+            const std::lock_guard lock(mutex);
+            mayEnd = true;
+        }
+        changed.notify_all();
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        return held;
+    }
+
+    // The lock pairs of one enumeration by the calling thread.
+    int pairsOf(const std::string& className)
+    {
+        const int before = lockPairs;
+        enumerate(className);
+        return lockPairs - before;
+    }
+
+    ComApartment m_apartment;
+    support::LogCapture m_log{0};
+    support::CallLog m_calls;
+    support::FakeContext m_context{m_calls};
+    ProviderModule m_module;
+    HMODULE m_core = GetModuleHandleA("ZerixCimCore.dll");
+    CountedMutexes m_ofProvider{m_module.handle()};
+    CountedMutexes m_ofCore{m_core};
+    support::ImportHook m_ifTable{"GetIfTable2", &ifTable, m_core};
+    support::ImportHook m_freeTable{"FreeMibTable", &freeTable, m_core};
+    support::ImportHook m_addresses{"GetAdaptersAddresses", &adaptersAddresses, m_core};
+    wmihost::ClassRepository m_repository;
+    const wmihost::Namespace* m_own = nullptr;
+    wmihost::ComPtr<wmihost::NamespaceServices> m_services;
+    utils::ComReference<IWbemServices> m_provider;
+};
+
+constexpr const char* ASSOCIATIONS[]{"Zerix_PortImplementsEndpoint", "Zerix_ElementConformsToProfile",
+                                     "Zerix_ElementSettingData"};
+
+TEST_F(Handles, EightThreads_afterAnAssociation)
+{
+    adapterCount = 50;
+    for (const char* last : ASSOCIATIONS) {
+        const int held = heldByThreads(8, last);
+        RecordProperty(last, held);
+        EXPECT_LE(held, 2600) << last;
+    }
+}
+
+TEST_F(Handles, EightThreads_afterThePorts)
+{
+    adapterCount = 50;
+    const int held = heldByThreads(8, "Zerix_EthernetPort");
+    RecordProperty("held", held);
+    EXPECT_LE(held, 900);
+}
+
+TEST_F(Handles, ThreadsEnd_freesAll)
+{
+    adapterCount = 50;
+    // What exists once is made, and what this thread holds is little.
+    enumerateAllAndThen("Zerix_EthernetPort");
+    enumerate("Zerix_SoftwareIdentity");
+    const int before = openMutexes;
+    heldByThreads(3, "Zerix_PortImplementsEndpoint");
+    EXPECT_EQ(openMutexes, before);
+}
+
+TEST_F(Handles, FiveHundredAdapters_atNoMoment)
+{
+    adapterCount = 500;
+    for (const char* last : ASSOCIATIONS) {
+        enumerateAllAndThen(last);
+        enumerateAllAndThen(last);
+    }
+    enumerateAllAndThen("Zerix_EthernetPort");
+    RecordProperty("most", mostMutexes);
+    EXPECT_LE(mostMutexes, 3200);
+}
+
+TEST_F(Handles, Addresses_countAsAdaptersDo)
+{
+    adapterCount = 20;
+    addressesOfEach = 4;
+    enumerate("Zerix_SoftwareIdentity");
+    const int before = openMutexes;
+    enumerate("Zerix_PortImplementsEndpoint");
+    // Two for each association, for each endpoint that one refers to and for each port.
+    EXPECT_EQ(openMutexes - before, 2 * (80 + 80 + 20));
+}
+
+TEST_F(Handles, FirstAnswer_takesHardlyMoreLocks)
+{
+    adapterCount = 50;
+    for (const std::string& name : classNames()) {
+        enumerate("Zerix_SoftwareIdentity");
+        const int first = pairsOf(name);
+        const int later = pairsOf(name);
+        RecordProperty(name, std::to_string(first) + ", later " + std::to_string(later));
+        EXPECT_LE(first * 10, later * 11) << name;
+    }
+}
+
+TEST_F(Handles, Port_takesALockForEachProperty)
+{
+    const std::size_t properties = m_own->findClass(L"Zerix_EthernetPort")->properties.size();
+    adapterCount = 1;
+    const int one = pairsOf("Zerix_EthernetPort");
+    adapterCount = 51;
+    enumerate("Zerix_EthernetPort");
+    EXPECT_LE(pairsOf("Zerix_EthernetPort") - one, 50 * static_cast<int>(properties + 3));
+}
+
+}  // namespace
