@@ -77,10 +77,11 @@ std::string typeName(core::CimProperty::EPropertyType type)
 TEST(ClassDefinitions, AreThoseOfTheServedInstances)
 {
     const Classes defined = definedClasses();
-    ASSERT_EQ(defined.size(), 12U);
+    ASSERT_EQ(defined.size(), 14U);
     fakes::World world;
     world.adapters.set({fakes::adapter(1)});
     world.adapters.set({fakes::address(1, "192.0.2.1")});
+    world.adapters.set({fakes::ipConfiguration(1)});
     world.jobs.startDiagnostic(fakes::adapter(1), {}, 1);
     world.machine.time += 2'000'000;
     world.thread.work->work();

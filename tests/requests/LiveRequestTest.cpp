@@ -112,10 +112,10 @@ TEST_F(LiveRequestTest, EachPortIsFoundAgainUnderItsPath)
 
 TEST_F(LiveRequestTest, EveryClassIsEnumeratedWithoutAnErrorLine)
 {
-    for (const char* const name :
-         {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_IPProtocolEndpoint",
-          "Zerix_PortImplementsEndpoint", "Zerix_SoftwareIdentity", "Zerix_AdapterSetting", "Zerix_ElementSettingData",
-          "Zerix_DiagnosticSetting", "Zerix_ConcreteJob", "Zerix_DiagnosticResult"})
+    for (const char* const name : {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_IPProtocolEndpoint",
+                                   "Zerix_PortImplementsEndpoint", "Zerix_IPConfiguration", "Zerix_PortIPConfiguration",
+                                   "Zerix_SoftwareIdentity", "Zerix_AdapterSetting", "Zerix_ElementSettingData",
+                                   "Zerix_DiagnosticSetting", "Zerix_ConcreteJob", "Zerix_DiagnosticResult"})
     {
         enumerate(name);
         EXPECT_EQ(log.events(), support::Lines{}) << name;

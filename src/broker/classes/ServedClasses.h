@@ -9,6 +9,7 @@
     CLASS(ethernetPort)              \
     CLASS(ethernetPortStatistics)    \
     CLASS(ipProtocolEndpoint)        \
+    CLASS(ipConfiguration)           \
     CLASS(softwareIdentity)          \
     CLASS(registeredProfile)         \
     CLASS(adapterSetting)            \
@@ -16,6 +17,7 @@
     CLASS(concreteJob)               \
     CLASS(diagnosticResult)          \
     CLASS(portImplementsEndpoint)    \
+    CLASS(portIPConfiguration)       \
     CLASS(elementConformsToProfile)  \
     CLASS(elementSettingData)
 // clang-format on

@@ -247,6 +247,38 @@ std::string markdownCell(const std::string& text)
     return cell;
 }
 
+// The names of the property in classes that others define, of the DMTF's or of the platform's own, for a cell of a
+// table.
+std::string namesElsewhere(const Property& property, bool inDmtfClasses)
+{
+    std::string names;
+    const Qualifier* mapping = findQualifier(property.qualifiers, L"MappingStrings");
+    if (mapping == nullptr || !mapping->value.isArray()) {
+        return names;
+    }
+    for (const Variant& element : elementsOf(mapping->value.get())) {
+        const std::string name = toUtf8(scalarText(element.get(), CIM_STRING));
+        if (name.starts_with("CIM_") == inDmtfClasses) {
+            names += (names.empty() ? "`" : ", `") + name + "`";
+        }
+    }
+    return names;
+}
+
+// A table of the properties that other classes have as well; empty when there is none.
+std::string mappingTable(const ClassDefinition& definition)
+{
+    std::string rows;
+    for (const Property& property : definition.properties) {
+        const std::string dmtf = namesElsewhere(property, true);
+        const std::string platform = namesElsewhere(property, false);
+        if (!dmtf.empty() || !platform.empty()) {
+            rows += "| `" + toUtf8(property.name) + "` | " + dmtf + " | " + platform + " |\n";
+        }
+    }
+    return rows.empty() ? rows : "\n| property | as the DMTF has it | as Windows has it |\n|---|---|---|\n" + rows;
+}
+
 // The head of the reference of all classes: what wrote it, and a list that leads to each class.
 void writeReferenceHead(const std::vector<ClassTarget>& classes)
 {
@@ -274,6 +306,7 @@ void describeMarkdown(const ClassTarget& target)
         text += "| `" + toUtf8(property.name) + "` | " + typeOf(property) + " | " + accessOf(property) + " | " +
                 rangeText(property) + " | " + markdownCell(remarks(property)) + " |\n";
     }
+    text += mappingTable(definition);
     for (const Method& method : definition.methods) {
         text += "\n### " + toUtf8(method.name) + "\n\n`" + returnType(method) + " " + toUtf8(method.name) + "(" +
                 parameterList(method) + ")`. " + description(method.qualifiers) + "\n";

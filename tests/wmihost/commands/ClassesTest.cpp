@@ -98,6 +98,34 @@ TEST_F(ClassesTest, DescribesForMarkdownPages)
               "Returns: 0 Done, 1 Failed.\n");
 }
 
+TEST_F(ClassesTest, Mapping_isATableOfItsOwn)
+{
+    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n"
+                       << R"(class Mapped {
+        [key] string Own;
+        [MappingStrings{"CIM_Port.Speed", "MSFT_Port.Fast", "Win32_Port.Speed"}] uint16 Speed;
+        [MappingStrings{"MSFT_Port.Name"}] string Name;
+        [MappingStrings("no array")] string Text;
+    };)";
+    EXPECT_EQ(run({"describe", "Mapped", "--format", "markdown"}), 0);
+    EXPECT_EQ(out,
+              "## Mapped\n"
+              "\n"
+              "`root\\test`. \n"
+              "\n"
+              "| property | type | access | range | meaning |\n"
+              "|---|---|---|---|---|\n"
+              "| `Own` | string | key |  |  |\n"
+              "| `Speed` | uint16 |  |  |  |\n"
+              "| `Name` | string |  |  |  |\n"
+              "| `Text` | string |  |  |  |\n"
+              "\n"
+              "| property | as the DMTF has it | as Windows has it |\n"
+              "|---|---|---|\n"
+              "| `Speed` | `CIM_Port.Speed` | `MSFT_Port.Fast`, `Win32_Port.Speed` |\n"
+              "| `Name` |  | `MSFT_Port.Name` |\n");
+}
+
 TEST_F(ClassesTest, DescribesForPrograms)
 {
     std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << richClass;

@@ -1,0 +1,34 @@
+#include <array>
+
+#include "broker/classes/Association.h"
+#include "broker/classes/ClassNames.h"
+#include "broker/classes/ServedClasses.h"
+#include "broker/model/Workspace.h"
+
+namespace broker {
+
+namespace {
+
+std::vector<Association> rows(Workspace& workspace)
+{
+    std::vector<Association> result;
+    const InstanceStore& ports = workspace.references(ETHERNET_PORT);
+    for (const InstanceStore::Record& configuration : workspace.references("Zerix_IPConfiguration").records()) {
+        // Adapters and configurations are read by two calls: an adapter may come between them.
+        if (const InstanceStore::Record* port = ports.withId(configuration.id)) {
+            result.push_back({*port, configuration});
+        }
+    }
+    return result;
+}
+
+constexpr std::array columns{key<&firstEnd>("ManagedElement"), key<&secondEnd>("SettingData")};
+
+constexpr ClassDescription<Association> definition{
+    .name = "Zerix_PortIPConfiguration", .columns = columns, .id = &associationId, .rows = &rows};
+
+}  // namespace
+
+const ServedClass portIPConfiguration = serve<definition>();
+
+}  // namespace broker
