@@ -20,6 +20,7 @@ import sys
 import threading
 import time
 import unittest
+import xml.etree.ElementTree
 import zipfile
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
@@ -46,7 +47,8 @@ MODULES = DLLS + ["wmihost.exe"]
 # The package has it inside; it is not installed.
 SETUP_ACTION = "ZerixSetupAction.exe"
 LEGAL = ["LICENSE.txt", "NOTICES.txt"]
-FILES = sorted(MODULES + LEGAL + ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt"])
+FILES = sorted(MODULES + LEGAL + ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt", "metrics-task.xml",
+                                  "zerix.rules.yml"])
 
 # How Wine's installer ends when an action fails (1627) or a launch condition does (1603); an exit code has 8 bits here.
 ACTION_FAILED = 1627 & 0xFF
@@ -72,7 +74,9 @@ FOREIGN_KEYS = {
 def environment(prefix):
     # Nothing of the caller's may help the product to find its DLLs.
     kept = {name: value for name, value in os.environ.items() if name in ("HOME", "PATH", "USER")}
-    return dict(kept, WINEPREFIX=str(prefix), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="", LC_ALL="C")
+    # Wine would run its own schtasks in place of the one that the tests put into its folder.
+    return dict(kept, WINEPREFIX=str(prefix), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="", LC_ALL="C",
+                WINEDLLOVERRIDES="schtasks.exe=n")
 
 
 def make_package(binaries, version, output, *options, **more):
@@ -118,6 +122,9 @@ def prepare():
     compiler = PRISTINE / "drive_c/windows/system32/wbem/mofcomp.exe"
     compiler.replace(SHARED / "wine-mofcomp.exe")
     shutil.copy(WORK / "install_mofcomp_double.exe", compiler)
+    scheduler = PRISTINE / "drive_c/windows/system32/schtasks.exe"
+    scheduler.replace(SHARED / "wine-schtasks.exe")
+    shutil.copy(WORK / "install_schtasks_double.exe", scheduler)
     probe = PRISTINE / "drive_c/probe"
     probe.mkdir()
     shutil.copy(WORK / "install_com_probe.exe", probe / "probe.exe")
@@ -196,7 +203,7 @@ class Prefix(unittest.TestCase):
 
     def files(self):
         """{path below C: : digest}, folders with the digest None."""
-        own = {"msi.log", "registry.reg", "mofcomp.log", "mofcomp-fails-on"}
+        own = {"msi.log", "registry.reg", "mofcomp.log", "mofcomp-fails-on", "schtasks.log", "schtasks-fails"}
         found = {}
         for path in self.c.rglob("*"):
             name = str(path.relative_to(self.c))
@@ -225,6 +232,13 @@ class Prefix(unittest.TestCase):
     def compiled(self):
         log = self.c / "mofcomp.log"
         return log.read_text().split("\n")[:-1] if log.exists() else []
+
+    def scheduled(self):
+        """What was asked of the task scheduler since the last look."""
+        log = self.c / "schtasks.log"
+        lines = log.read_text().split("\n")[:-1] if log.exists() else []
+        log.unlink(missing_ok=True)
+        return lines
 
     def program_files(self):
         folder = self.c / "Program Files/Vexal/DRAVEv2 Provider"
@@ -469,6 +483,67 @@ class SettingsStay(Prefix):
         self.assertEqual(self.value(SETTINGS_KEY + r"\DiagnosticSetting", "SampleCount"), quoted("7"))
 
 
+class MetricsTask(Prefix):
+    """The scheduled task that writes metrics: there when it was asked for, and as long as the product."""
+
+    TASK = r"/TN Vexal\DRAVEv2 metrics"
+    RUN, END, REMOVE = "/Run " + TASK, "/End " + TASK, "/Delete /F " + TASK
+
+    def registered(self, folder):
+        return [
+            f"/Create /F {self.TASK} /XML {folder}\\metrics-task.xml",
+            f'/Change {self.TASK} /RU SYSTEM /TR "{folder}\\wmihost.exe" metrics --every 15 --output '
+            r'"C:\Program Files\windows_exporter\textfile_inputs\zerix.prom"',
+            self.RUN,
+        ]
+
+    def test_nobody_asks_for_it(self):
+        self.assertEqual(self.msiexec("/i", package()), 0)
+        self.assertEqual(self.scheduled(), [self.RUN])
+        self.assertEqual(self.msiexec("/x", package()), 0)
+        self.assertEqual(self.scheduled(), [self.END, self.REMOVE])
+
+    def test_it_stays_with_an_upgrade_and_goes_with_the_product(self):
+        folder = r"C:\Metrics here"
+        self.assertEqual(self.msiexec("/i", package(OLDER), "METRICS=1", "INSTALLDIR=" + folder), 0)
+        self.assertEqual(self.scheduled(), self.registered(folder))
+        # The two halves of an upgrade: Wine does not tell the older product that it makes room for another one.
+        self.assertEqual(self.msiexec("/x", package(OLDER), "UPGRADINGPRODUCTCODE={00000000-0000-0000-0000-000000000001}"), 0)
+        self.assertEqual(self.scheduled(), [self.END])
+        self.assertEqual(self.msiexec("/i", package(), "INSTALLDIR=" + folder), 0)
+        self.assertEqual(self.scheduled(), [self.RUN])
+        self.assertEqual(self.repair(), 0)
+        self.assertEqual(self.scheduled(), [self.END, self.RUN])
+        metrics = self.c / "Program Files/windows_exporter/textfile_inputs/zerix.prom"
+        metrics.parent.mkdir(parents=True)
+        metrics.touch()
+        (metrics.parent / "other.prom").touch()
+        self.assertEqual(self.msiexec("/x", package()), 0)
+        self.assertEqual(self.scheduled(), [self.END, self.REMOVE])
+        self.assertEqual([file.name for file in metrics.parent.iterdir()], ["other.prom"])
+
+    def test_an_installation_that_cannot_register_it_is_undone(self):
+        (self.c / "schtasks-fails").touch()
+        self.addCleanup((self.c / "schtasks-fails").unlink)
+        self.assertEqual(self.msiexec("/i", package(), "METRICS=1"), ACTION_FAILED)
+        self.assertEqual(self.program_files(), [])
+        self.assertEqual(self.scheduled(), [*self.registered(FOLDER)[:1], self.REMOVE])
+
+    def test_its_definition_names_what_is_installed(self):
+        name = "{http://schemas.microsoft.com/windows/2004/02/mit/task}"
+        task = xml.etree.ElementTree.fromstring(packaged("metrics-task.xml"))
+        expanded = {element.tag.removeprefix(name): (element.text or "").replace("%ProgramFiles%", r"C:\Program Files")
+                    for element in task.iter()}
+        action = f'"{expanded["Command"]}" {expanded["Arguments"]}'
+        self.assertEqual(f"/Change {self.TASK} /RU SYSTEM /TR {action}", self.registered(FOLDER)[1])
+        # Without a limit and as the system, which may write into that folder.
+        self.assertEqual([expanded[tag] for tag in ("ExecutionTimeLimit", "UserId", "MultipleInstancesPolicy")],
+                         ["PT0S", "S-1-5-18", "IgnoreNew"])
+        (self.c / "task.xml").write_bytes(packaged("metrics-task.xml"))
+        shutil.copy(SHARED / "wine-schtasks.exe", self.c)
+        self.assertEqual(self.wine(r"C:\wine-schtasks.exe", "/Create", "/F", "/TN", "Test", "/XML", r"C:\task.xml")[0], 0)
+
+
 class CompilerMissing(Prefix):
     MESSAGE = "TellCompilerMissing. mofcomp.exe was not found: the classes are not registered with WMI."
 
@@ -613,11 +688,12 @@ class Package(PackageTest):
     def test_each_action_on_classes_follows_the_one_that_undoes_it(self):
         order = {action: int(columns[1]) for action, columns in table("InstallExecuteSequence").items()}
         chosen = ["InstallInitialize", "RemoveExistingProducts", "UndoRemoveClasses", "RemoveClasses", "ForgetClasses",
-                  "RemoveRegistryValues", "RemoveFiles", "InstallFiles", "WriteRegistryValues", "UndoCompileClasses",
-                  "UndoRememberClasses", "CompileClasses", "RemoveSettings", "InstallFinalize"]
+                  "EndTask", "RemoveRegistryValues", "RemoveFiles", "InstallFiles", "WriteRegistryValues", "UndoCompileClasses",
+                  "UndoRememberClasses", "CompileClasses", "UndoRegisterTask", "RegisterTask", "PointTask", "RunTask",
+                  "RemoveTask", "RemoveSettings", "InstallFinalize"]
         self.assertEqual(sorted(chosen, key=order.get), chosen)
 
-        inside, program, deferred, rollback, commit, as_system, go_on = 2, 50, 1024, 256, 512, 2048, 64
+        inside, directory, program, deferred, rollback, commit, as_system, go_on = 2, 34, 50, 1024, 256, 512, 2048, 64
         self.assertEqual({action: int(columns[0]) for action, columns in table("CustomAction").items()}, {
             "CompileClasses": program + deferred + as_system,
             "UndoCompileClasses": program + deferred + rollback + as_system + go_on,
@@ -627,12 +703,18 @@ class Package(PackageTest):
             "UndoRememberClasses": inside + deferred + rollback + as_system + go_on,
             "RemoveSettings": inside + deferred + commit + as_system + go_on,
             "TellCompilerMissing": 51,
+            "EndTask": directory + deferred + as_system + go_on,
+            "RegisterTask": directory + deferred + as_system,
+            "UndoRegisterTask": directory + deferred + rollback + as_system + go_on,
+            "PointTask": directory + deferred + as_system,
+            "RunTask": directory + deferred + as_system + go_on,
+            "RemoveTask": directory + deferred + commit + as_system + go_on,
         })
 
     def test_no_caller_can_choose_the_program_that_the_system_runs(self):
         properties = subprocess.run(["msiinfo", "export", package(), "Property"], check=True, text=True,
                                     stdout=subprocess.PIPE).stdout.replace("\r", "").split("\n")
-        self.assertIn("SecureCustomProperties\tNEWERVERSION;OLDERVERSION", properties)
+        self.assertIn("SecureCustomProperties\tNEWERVERSION;OLDERVERSION;METRICS", properties)
 
 
 class Signatures(PackageTest):
