@@ -12,6 +12,7 @@ namespace wmihost {
 
 // A class or an instance as WMI hands it to providers and clients: IWbemClassObject with WMI's documented
 // behaviour. Not supported, and answered so: PutMethod, DeleteMethod, and changes of qualifiers.
+// Embedded objects are copied when they are put and when they are handed out.
 // Used by one thread at a time; objects of one class share its definition, which never changes.
 class ClassObject final : public ComObject<IWbemClassObject>
 {
@@ -53,7 +54,6 @@ private:
     // A property as Get and Next show it.
     struct Item
     {
-        std::wstring name;
         Variant value;
         CIMTYPE type;
         LONG flavor;
@@ -63,13 +63,7 @@ private:
 
     bool isInstance() const { return m_values.has_value(); }
     const Variant& valueAt(std::size_t place) const;
-    std::optional<std::wstring> path() const;
-    std::optional<Item> systemItem(std::wstring_view name) const;
     std::optional<Item> item(std::wstring_view name) const;
-    bool selects(LONG flags, const Property& property) const;
-    // The names that BeginEnumeration and GetNames choose; null for flags that contradict each other.
-    std::optional<std::vector<std::wstring>> chosenNames(LONG flags) const;
-    HRESULT putToClass(std::wstring_view name, const VARIANT& value, CIMTYPE type);
     void replaceDefinition(ClassDefinition definition);
     static HRESULT signatures(const Method& method, IWbemClassObject** in, IWbemClassObject** out);
 

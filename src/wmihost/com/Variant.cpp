@@ -1,7 +1,9 @@
 #include "wmihost/com/Variant.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace wmihost {
@@ -44,6 +46,72 @@ void* elementAddress(VARIANT& value)
         default:
             return &value.ullVal;
     }
+}
+
+// Where SafeArrayGetElement may write an element of that type.
+void* elementSlot(VARIANT& slot, VARTYPE type)
+{
+    switch (type) {
+        case VT_VARIANT:
+            return &slot;
+        case VT_DECIMAL:
+            return &slot.decVal;
+        default:
+            return &slot.ullVal;
+    }
+}
+
+// The largest element for which that slot has room.
+std::size_t slotSize(VARTYPE type)
+{
+    switch (type) {
+        case VT_VARIANT:
+            return sizeof(VARIANT);
+        case VT_DECIMAL:
+            return sizeof(DECIMAL);
+        default:
+            return sizeof(VARIANT::ullVal);
+    }
+}
+
+VARTYPE elementTypeIn(const VARIANT& array)
+{
+    return static_cast<VARTYPE>(array.vt & VT_TYPEMASK);
+}
+
+Variant elementAt(const VARIANT& list, LONG index)
+{
+    const VARTYPE type = elementTypeIn(list);
+    Variant element;
+    VARIANT* slot = element.put();
+    check(SafeArrayGetElement(list.parray, &index, elementSlot(*slot, type)));
+    if (type != VT_VARIANT) {
+        slot->vt = type;
+    }
+    return element;
+}
+
+bool sameElements(const VARIANT& left, const VARIANT& right)
+{
+    if (!isList(left) || !isList(right)) {
+        return false;
+    }
+    const auto a = elementsOf(left);
+    const auto b = elementsOf(right);
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](const Variant& x, const Variant& y) { return sameValue(x.get(), y.get()); });
+}
+
+bool sameObject(IUnknown* left, IUnknown* right)
+{
+    ComPtr<IWbemClassObject> a;
+    ComPtr<IWbemClassObject> b;
+    if (left == right || left == nullptr || right == nullptr) {
+        return left == right;
+    }
+    return SUCCEEDED(left->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(a.put()))) &&
+           SUCCEEDED(right->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(b.put()))) &&
+           a->CompareTo(0, b.get()) == WBEM_S_SAME;
 }
 
 }  // namespace
@@ -123,6 +191,16 @@ Variant Variant::ofDouble(double value)
     return result;
 }
 
+Variant Variant::ofObject(ComPtr<IWbemClassObject> object)
+{
+    Variant result;
+    if (object) {
+        result.m_value.vt = VT_UNKNOWN;
+        result.m_value.punkVal = object.detach();
+    }
+    return result;
+}
+
 Variant Variant::ofArray(VARTYPE elementType, const std::vector<Variant>& elements)
 {
     Variant result;
@@ -164,23 +242,40 @@ std::wstring_view viewOf(BSTR text)
     return text == nullptr ? std::wstring_view() : std::wstring_view(text, SysStringLen(text));
 }
 
-std::vector<Variant> elementsOf(const VARIANT& array)
+std::optional<Variant> dereferenced(const VARIANT& value)
 {
+    Variant result;
+    if (FAILED(VariantCopyInd(result.put(), const_cast<VARIANT*>(&value)))) {
+        return std::nullopt;
+    }
+    return result;
+}
+
+bool isList(const VARIANT& value)
+{
+    if ((value.vt & VT_ARRAY) == 0 || (value.vt & VT_BYREF) != 0) {
+        return false;
+    }
+    // A null array has no elements.
+    return value.parray == nullptr ||
+           (SafeArrayGetDim(value.parray) == 1 && SafeArrayGetElemsize(value.parray) <= slotSize(elementTypeIn(value)));
+}
+
+std::vector<Variant> elementsOf(const VARIANT& list)
+{
+    if (!isList(list)) {
+        throw std::invalid_argument("the value is not an array of one dimension");
+    }
     std::vector<Variant> elements;
-    if (array.parray == nullptr) {
+    if (list.parray == nullptr) {
         return elements;
     }
     LONG low = 0;
     LONG high = -1;
-    check(SafeArrayGetLBound(array.parray, 1, &low));
-    check(SafeArrayGetUBound(array.parray, 1, &high));
+    check(SafeArrayGetLBound(list.parray, 1, &low));
+    check(SafeArrayGetUBound(list.parray, 1, &high));
     for (LONG i = low; i <= high; ++i) {
-        Variant element;
-        VARIANT* slot = element.put();
-        // The slot is large enough for every element type, and its members all start at the same place.
-        check(SafeArrayGetElement(array.parray, &i, &slot->ullVal));
-        slot->vt = static_cast<VARTYPE>(array.vt & ~VT_ARRAY);
-        elements.push_back(std::move(element));
+        elements.push_back(elementAt(list, i));
     }
     return elements;
 }
@@ -191,17 +286,7 @@ bool sameValue(const VARIANT& left, const VARIANT& right)
         return false;
     }
     if ((left.vt & VT_ARRAY) != 0) {
-        const auto a = elementsOf(left);
-        const auto b = elementsOf(right);
-        if (a.size() != b.size()) {
-            return false;
-        }
-        for (std::size_t i = 0; i < a.size(); ++i) {
-            if (!sameValue(a[i].get(), b[i].get())) {
-                return false;
-            }
-        }
-        return true;
+        return sameElements(left, right);
     }
     switch (left.vt) {
         case VT_NULL:
@@ -221,7 +306,7 @@ bool sameValue(const VARIANT& left, const VARIANT& right)
         case VT_R8:
             return left.dblVal == right.dblVal;
         case VT_UNKNOWN:
-            return left.punkVal == right.punkVal;
+            return sameObject(left.punkVal, right.punkVal);
         default:
             return false;
     }

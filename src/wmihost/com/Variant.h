@@ -1,10 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "wmihost/com/Platform.h"
+#include "wmihost/com/Com.h"
 
 namespace wmihost {
 
@@ -27,6 +28,8 @@ public:
     static Variant ofShort(short value);
     static Variant ofFloat(float value);
     static Variant ofDouble(double value);
+    // Takes over the reference; a null object is no value.
+    static Variant ofObject(ComPtr<IWbemClassObject> object);
     // An array with lower bound 0 whose elements are all of the given type.
     static Variant ofArray(VARTYPE elementType, const std::vector<Variant>& elements);
     static Variant ofTexts(const std::vector<std::wstring>& texts);
@@ -50,10 +53,17 @@ private:
 // The text of a BSTR; a null one is empty.
 std::wstring_view viewOf(BSTR text);
 
-// The elements of an array in order, each as a VARIANT of the element type. Throws std::bad_alloc.
-std::vector<Variant> elementsOf(const VARIANT& array);
+// The value itself where a VARIANT only points at one (VT_BYREF); a copy. None if it points at nothing usable.
+std::optional<Variant> dereferenced(const VARIANT& value);
 
-// Whether two values have the same type and the same content; texts byte for byte.
+// Whether the value is an array of one dimension whose elements a VARIANT can hold. WMI knows no others.
+bool isList(const VARIANT& value);
+
+// The elements of a list in order, each as a VARIANT of the element type, or of its own type in an array of VARIANTs.
+// Throws std::invalid_argument if the value is not a list, std::bad_alloc without memory.
+std::vector<Variant> elementsOf(const VARIANT& list);
+
+// Whether two values have the same type and the same content: texts byte for byte, objects as CompareTo says.
 bool sameValue(const VARIANT& left, const VARIANT& right);
 
 // A BSTR that owns its text.

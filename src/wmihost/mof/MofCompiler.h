@@ -2,7 +2,9 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "wmihost/repository/ClassRepository.h"
 
@@ -22,5 +24,14 @@ void compileMofFile(const std::filesystem::path& file, ClassRepository& reposito
 
 // The same for a text in UTF-8; `name` is what errors call it, and where relative includes are looked for.
 void compileMofText(std::string_view text, const std::filesystem::path& name, ClassRepository& repository);
+
+// Compiles a file as compileMofFile does, and checks the rules of DSP0004 that the platform's compiler does not
+// enforce. Returns what violates them, as "file:line:column: what is wrong" in UTF-8 and in the order of the text.
+// Throws MofError for what neither compiler accepts.
+std::vector<std::string> checkMofFile(const std::filesystem::path& file, ClassRepository& repository);
+
+// The same for a text in UTF-8.
+std::vector<std::string> checkMofText(std::string_view text, const std::filesystem::path& name,
+                                      ClassRepository& repository);
 
 }  // namespace wmihost

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstddef>
+
 #include <tao/pegtl.hpp>
+#include <tao/pegtl/contrib/limit_depth.hpp>
 #include <tao/pegtl/contrib/parse_tree.hpp>
 
-// The grammar of MOF text. Rules that stand behind a must<> have a message below, which says what was
-// expected at the place where the rule did not match.
+// The grammar of MOF text. Each rule that stands behind a must<> has a message in MofMessages.h, which says what
+// was expected at the place where the rule did not match.
 
 namespace wmihost::mof {
 
@@ -22,8 +25,12 @@ template <char C> struct mark : p::seq<p::one<C>, gap> {};
 template <class Leaf> struct token : p::seq<Leaf, gap> {};
 template <class Leaf> struct expected : p::seq<p::must<Leaf>, gap> {};
 
-struct name : p::identifier {};
-template <class Spelling> struct keyword : p::seq<Spelling, p::not_at<p::identifier_other>, gap> {};
+// Names may hold letters outside ASCII; the bytes of their UTF-8 form are 0x80 and above.
+struct name_first : p::sor<p::identifier_first, p::not_range<'\0', '\x7F'>> {};
+struct name_other : p::sor<p::identifier_other, p::not_range<'\0', '\x7F'>> {};
+struct identifier : p::seq<name_first, p::star<name_other>> {};
+struct name : identifier {};
+template <class Spelling> struct keyword : p::seq<Spelling, p::not_at<name_other>, gap> {};
 
 struct kw_class : keyword<TAO_PEGTL_ISTRING("class")> {};
 struct kw_instance : keyword<TAO_PEGTL_ISTRING("instance")> {};
@@ -54,19 +61,33 @@ struct character : p::seq<p::one<'\''>, p::must<char_body, char_end>, gap> {};
 
 // Numbers.
 struct sign : p::opt<p::one<'+', '-'>> {};
-struct number_end : p::not_at<p::identifier_other> {};
+struct number_end : p::not_at<name_other> {};
 struct exponent : p::seq<p::one<'e', 'E'>, sign, p::plus<p::digit>> {};
-struct real : p::seq<sign, p::star<p::digit>, p::one<'.'>, p::plus<p::digit>, p::opt<exponent>, number_end> {};
+struct fraction : p::sor<p::seq<p::star<p::digit>, p::one<'.'>, p::plus<p::digit>>,
+                         p::seq<p::plus<p::digit>, p::one<'.'>>> {};
+struct real : p::seq<sign, p::sor<p::seq<fraction, p::opt<exponent>>, p::seq<p::plus<p::digit>, exponent>>,
+                     number_end> {};
 struct binary : p::seq<sign, p::plus<p::one<'0', '1'>>, p::one<'b', 'B'>, number_end> {};
 struct hexadecimal : p::seq<sign, p::one<'0'>, p::one<'x', 'X'>, p::plus<p::xdigit>, number_end> {};
 struct octal : p::seq<sign, p::one<'0'>, p::plus<p::range<'0', '7'>>, number_end> {};
 struct decimal : p::seq<sign, p::plus<p::digit>, number_end> {};
 
-struct alias : p::seq<p::one<'$'>, p::identifier> {};
+struct alias : p::seq<p::one<'$'>, identifier> {};
+
+// An instance that is the value of a property. Its assignments hold values again.
+struct assignment;
+struct class_name : identifier {};
+struct instance_alias : p::seq<p::one<'$'>, identifier> {};
+struct of_word : p::seq<kw_of> {};
+struct body_begin : mark<'{'> {};
+struct instance_body : p::seq<kw_instance, p::must<of_word>, expected<class_name>,
+                              p::opt<kw_as, expected<instance_alias>>,
+                              p::must<body_begin>, p::until<mark<'}'>, assignment>> {};
+struct embedded_instance : p::seq<instance_body> {};
 
 // Values.
-struct scalar : p::sor<text, character, token<real>, token<binary>, token<hexadecimal>, token<octal>, token<decimal>,
-                       kw_true, kw_false, kw_null, token<alias>> {};
+struct scalar : p::sor<text, character, embedded_instance, token<real>, token<binary>, token<hexadecimal>,
+                       token<octal>, token<decimal>, kw_true, kw_false, kw_null, token<alias>> {};
 struct scalar_value : p::seq<scalar> {};
 struct list_end : mark<'}'> {};
 struct list : p::seq<mark<'{'>, p::opt<scalar, p::star<mark<','>, p::must<scalar_value>>>, p::must<list_end>> {};
@@ -75,56 +96,53 @@ struct value : p::sor<list, scalar> {};
 // Qualifiers.
 struct qualifier_value_end : mark<')'> {};
 struct qualifier_value : p::sor<p::seq<mark<'('>, p::must<value, qualifier_value_end>>, list> {};
-struct flavor : p::identifier {};
+struct flavor : identifier {};
 struct flavors : p::plus<token<flavor>> {};
-struct qualifier_name : p::identifier {};
+struct qualifier_name : identifier {};
 struct qualifier : p::seq<token<qualifier_name>, p::opt<qualifier_value>, p::opt<mark<':'>, p::must<flavors>>> {};
 struct qualifiers_end : mark<']'> {};
 struct qualifiers : p::seq<mark<'['>, p::must<qualifier>, p::star<mark<','>, p::must<qualifier>>, p::must<qualifiers_end>> {};
 
 // Members of a class.
-struct type_name : p::identifier {};
+struct type_name : identifier {};
 struct type_class : p::seq<mark<':'>, expected<type_name>> {};
 struct ref_mark : p::seq<kw_ref> {};
 struct type : p::seq<token<type_name>, p::opt<type_class>, p::opt<ref_mark>> {};
 struct array_mark : p::seq<mark<'['>, p::opt<token<decimal>>, p::must<qualifiers_end>> {};
-struct parameter_name : p::identifier {};
+struct default_value : p::seq<mark<'='>, p::must<value>> {};
+struct parameter_name : identifier {};
 struct parameter_type : p::seq<type> {};
-struct parameter : p::seq<p::opt<qualifiers>, p::must<parameter_type>, expected<parameter_name>, p::opt<array_mark>> {};
+struct parameter : p::seq<p::opt<qualifiers>, p::must<parameter_type>, expected<parameter_name>, p::opt<array_mark>,
+                          p::opt<default_value>> {};
 struct parameters_end : mark<')'> {};
 struct parameters : p::seq<mark<'('>, p::sor<mark<')'>, p::seq<parameter, p::star<mark<','>, parameter>, p::must<parameters_end>>>> {};
 struct member_type : p::seq<type> {};
-struct member_name : p::identifier {};
+struct member_name : identifier {};
 struct member_end : mark<';'> {};
-struct default_value : p::seq<mark<'='>, p::must<value>> {};
 struct member : p::seq<p::opt<qualifiers>, p::must<member_type>, expected<member_name>,
                        p::sor<parameters, p::seq<p::opt<array_mark>, p::opt<default_value>>>, p::must<member_end>> {};
 
 // Classes and instances.
-struct class_name : p::identifier {};
-struct superclass_name : p::identifier {};
-struct body_begin : mark<'{'> {};
+struct superclass_name : identifier {};
 struct declaration_end : mark<';'> {};
-struct class_declaration : p::seq<kw_class, expected<class_name>, p::opt<mark<':'>, expected<superclass_name>>,
-                                  p::must<body_begin>, p::until<mark<'}'>, member>, p::must<declaration_end>> {};
-struct property_name : p::identifier {};
+struct class_alias : p::opt<kw_as, expected<instance_alias>> {};
+struct class_declaration : p::seq<kw_class, expected<class_name>, class_alias,
+                                  p::opt<mark<':'>, expected<superclass_name>, class_alias>, p::must<body_begin>,
+                                  p::until<mark<'}'>, member>, p::must<declaration_end>> {};
+struct property_name : identifier {};
 struct assignment_mark : mark<'='> {};
 struct assignment : p::seq<p::opt<qualifiers>, expected<property_name>, p::must<assignment_mark, value, member_end>> {};
-struct instance_alias : p::seq<p::one<'$'>, p::identifier> {};
-struct of_word : p::seq<kw_of> {};
-struct instance_declaration : p::seq<kw_instance, p::must<of_word>, expected<class_name>,
-                                     p::opt<kw_as, expected<instance_alias>>,
-                                     p::must<body_begin>, p::until<mark<'}'>, assignment>, p::must<declaration_end>> {};
+struct instance_declaration : p::seq<instance_body, p::must<declaration_end>> {};
 struct declared : p::sor<class_declaration, instance_declaration> {};
 struct declared_after_qualifiers : p::seq<declared> {};
 struct declaration : p::sor<p::seq<qualifiers, p::must<declared_after_qualifiers>>, declared> {};
 
 // Declarations of qualifiers.
-struct declared_qualifier : p::identifier {};
+struct declared_qualifier : identifier {};
 struct qualifier_colon : mark<':'> {};
-struct qualifier_type : p::identifier {};
+struct qualifier_type : identifier {};
 struct words_begin : mark<'('> {};
-struct scope_word : p::identifier {};
+struct scope_word : identifier {};
 struct scope_end : mark<')'> {};
 struct scope : p::seq<kw_scope, p::must<words_begin>, expected<scope_word>, p::star<mark<','>, expected<scope_word>>,
                       p::must<scope_end>> {};
@@ -135,14 +153,15 @@ struct default_flavor : p::seq<kw_flavor, p::must<words_begin>, expected<flavor_
 struct scope_or_flavor : p::sor<scope, default_flavor> {};
 struct qualifier_declaration_end : mark<';'> {};
 struct qualifier_declaration : p::seq<kw_qualifier, expected<declared_qualifier>, p::must<qualifier_colon>,
-                                      expected<qualifier_type>, p::opt<array_mark>, p::opt<default_value>,
+                                      expected<qualifier_type>, p::star<token<flavor>>, p::opt<array_mark>,
+                                      p::opt<default_value>,
                                       p::star<mark<','>, p::must<scope_or_flavor>>,
                                       p::must<qualifier_declaration_end>> {};
 
 // Directives.
 struct include_text : p::seq<text> {};
 struct include : p::seq<TAO_PEGTL_ISTRING("#include"), gap, p::must<include_text>> {};
-struct pragma_name : p::identifier {};
+struct pragma_name : identifier {};
 struct pragma_argument : p::sor<text, token<name>> {};
 struct pragma_end : mark<')'> {};
 struct pragma_arguments : p::seq<mark<'('>, p::must<pragma_argument>, p::star<mark<','>, p::must<pragma_argument>>, p::must<pragma_end>> {};
@@ -154,108 +173,18 @@ struct file : p::seq<gap, p::star<statement>, p::must<file_end>> {};
 
 // clang-format on
 
+// Instances in instances beyond this depth would exhaust the stack.
+constexpr std::size_t deepestInstance = 64;
+
 template <class Rule>
-inline constexpr const char* message = nullptr;
-
-template <>
-inline constexpr auto message<comment_end> = "expected */ to end the comment";
-template <>
-inline constexpr auto message<escape_code> =
-    "expected one of b t n f r \" ' \\ or x and a hexadecimal number after the backslash";
-template <>
-inline constexpr auto message<text_end> = "expected \" to end the text on the line where it begins";
-template <>
-inline constexpr auto message<char_body> = "expected a character after '";
-template <>
-inline constexpr auto message<char_end> = "expected ' to end the character";
-template <>
-inline constexpr auto message<scalar_value> = "expected a value after ,";
-template <>
-inline constexpr auto message<list_end> = "expected , or } in the list of values";
-template <>
-inline constexpr auto message<value> = "expected a value";
-template <>
-inline constexpr auto message<qualifier_value_end> = "expected ) after the qualifier's value";
-template <>
-inline constexpr auto message<flavors> = "expected a flavor after :";
-template <>
-inline constexpr auto message<qualifier> = "expected the name of a qualifier";
-template <>
-inline constexpr auto message<qualifiers_end> = "expected ]";
-template <>
-inline constexpr auto message<type_name> = "expected the name of a class after :";
-template <>
-inline constexpr auto message<parameter_type> = "expected the type of a parameter";
-template <>
-inline constexpr auto message<parameter_name> = "expected the name of a parameter";
-template <>
-inline constexpr auto message<parameters_end> = "expected , or ) after the parameter";
-template <>
-inline constexpr auto message<member_type> = "expected the type of a property or method, or }";
-template <>
-inline constexpr auto message<member_name> = "expected the name of a property or method";
-template <>
-inline constexpr auto message<member_end> = "expected ;";
-template <>
-inline constexpr auto message<class_name> = "expected the name of a class";
-template <>
-inline constexpr auto message<superclass_name> = "expected the name of the superclass after :";
-template <>
-inline constexpr auto message<body_begin> = "expected {";
-template <>
-inline constexpr auto message<declaration_end> = "expected ; after }";
-template <>
-inline constexpr auto message<property_name> = "expected the name of a property, or }";
-template <>
-inline constexpr auto message<assignment_mark> = "expected = after the name of the property";
-template <>
-inline constexpr auto message<instance_alias> = "expected an alias that begins with $";
-template <>
-inline constexpr auto message<of_word> = "expected 'of' after 'instance'";
-template <>
-inline constexpr auto message<declared_after_qualifiers> = "expected 'class' or 'instance' after the qualifiers";
-template <>
-inline constexpr auto message<declared_qualifier> = "expected the name of a qualifier";
-template <>
-inline constexpr auto message<qualifier_colon> = "expected : and the type of the qualifier";
-template <>
-inline constexpr auto message<qualifier_type> = "expected the type of the qualifier";
-template <>
-inline constexpr auto message<words_begin> = "expected (";
-template <>
-inline constexpr auto message<scope_word> = "expected where the qualifier may stand";
-template <>
-inline constexpr auto message<scope_end> = "expected , or ) after the scope";
-template <>
-inline constexpr auto message<flavor_word> = "expected a flavor";
-template <>
-inline constexpr auto message<flavor_end> = "expected , or ) after the flavor";
-template <>
-inline constexpr auto message<scope_or_flavor> = "expected 'Scope' or 'Flavor' after ,";
-template <>
-inline constexpr auto message<qualifier_declaration_end> = "expected , or ; after the declaration of the qualifier";
-template <>
-inline constexpr auto message<include_text> = "expected the name of a file between quotes";
-template <>
-inline constexpr auto message<pragma_name> = "expected the name of a pragma";
-template <>
-inline constexpr auto message<pragma_argument> = "expected a text or a name";
-template <>
-inline constexpr auto message<pragma_end> = "expected , or ) after the argument of the pragma";
-template <>
-inline constexpr auto message<file_end> = "expected a class, an instance, a qualifier or a directive";
-
-struct Messages
+struct action : p::nothing<Rule>
 {
-    template <class Rule>
-    static constexpr const char* message = mof::message<Rule>;
-    // A rule fails quietly wherever an alternative is left; only a must<> speaks.
-    template <class Rule>
-    static constexpr bool raise_on_failure = false;
 };
 
-template <class Rule>
-using control = p::must_if<Messages>::control<Rule>;
+template <>
+struct action<embedded_instance> : p::limit_depth<deepestInstance>
+{
+};
 
 // The nodes that the parse tree keeps; only these keep their text.
 template <class Rule>
@@ -265,7 +194,7 @@ using selector = p::parse_tree::selector<
         pragma, pragma_name, include, class_declaration, class_name, superclass_name, member, type_name, type_class,
         ref_mark, member_name, array_mark, parameters, parameter, parameter_name, default_value, instance_declaration,
         instance_alias, assignment, property_name, declaration, qualifiers, qualifier, qualifier_name, flavor,
-        qualifier_declaration, declared_qualifier, qualifier_type, scope_word, list, text, text_body, character, real,
-        binary, hexadecimal, octal, decimal, kw_true, kw_false, kw_null, alias, name>>;
+        qualifier_declaration, declared_qualifier, qualifier_type, scope_word, embedded_instance, list, text, text_body,
+        character, real, binary, hexadecimal, octal, decimal, kw_true, kw_false, kw_null, alias, name>>;
 
 }  // namespace wmihost::mof

@@ -1,6 +1,7 @@
 #include "wmihost/mof/MofText.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 #include "wmihost/terminal/Text.h"
@@ -8,10 +9,10 @@
 namespace wmihost {
 namespace {
 
-// What the type and the order of the parameters say already is not written as a qualifier.
+// What the type says already is not written as a qualifier.
 bool isImplied(const Qualifier& qualifier)
 {
-    return sameName(qualifier.name, L"CIMTYPE") || sameName(qualifier.name, L"ID");
+    return sameName(qualifier.name, L"CIMTYPE");
 }
 
 std::wstring flavorText(long flavor)
@@ -35,8 +36,8 @@ std::wstring flavorText(long flavor)
 std::wstring qualifierText(const Qualifier& qualifier, bool withFlavors)
 {
     std::wstring text = qualifier.name;
-    const bool plainTrue = qualifier.type == CIM_BOOLEAN && qualifier.value.get().boolVal != VARIANT_FALSE;
-    if (isArray(qualifier.type)) {
+    const bool plainTrue = qualifier.value.type() == VT_BOOL && qualifier.value.get().boolVal != VARIANT_FALSE;
+    if (qualifier.value.isArray()) {
         text += mofLiteral(qualifier.value.get(), qualifier.type);
     } else if (!plainTrue) {
         text += L"(" + mofLiteral(qualifier.value.get(), qualifier.type) + L")";
@@ -60,6 +61,16 @@ std::wstring qualifiersText(const Qualifiers& qualifiers, bool withFlavors, cons
 std::wstring declarator(const Property& property)
 {
     return typeText(property) + L" " + property.name + (isArray(property.type) ? L"[]" : L"");
+}
+
+// " = 5" for a property or parameter that has a default, or that takes away the one that it inherits.
+std::wstring defaultText(const Property& property)
+{
+    const bool hidesDefault = property.overridden && !property.overridden->defaultValue.isNull();
+    if (property.defaultValue.isNull() && !hidesDefault) {
+        return L"";
+    }
+    return L" = " + mofLiteral(property.defaultValue.get(), property.type);
 }
 
 long parameterId(const Property& parameter)
@@ -90,18 +101,103 @@ std::vector<const Property*> parametersOf(const Method& method)
     return result;
 }
 
+// A parameter at that place of the list. Its place says its ID, unless the MOF chose another.
+std::wstring parameterText(const Property& parameter, long place, bool withFlavors)
+{
+    Qualifiers shown = parameter.qualifiers;
+    if (parameterId(parameter) == place) {
+        std::erase_if(shown, [](const Qualifier& qualifier) { return sameName(qualifier.name, L"ID"); });
+    }
+    return qualifiersText(shown, withFlavors, L" ") + declarator(parameter) + defaultText(parameter);
+}
+
 std::wstring methodText(const Method& method, bool withFlavors)
 {
     const Property* returnValue = method.out ? method.out->findProperty(L"ReturnValue") : nullptr;
     std::wstring text = L"    " + qualifiersText(method.qualifiers, withFlavors, L" ");
     text += (returnValue == nullptr ? L"void" : typeText(*returnValue)) + L" " + method.name + L"(";
-    bool first = true;
+    long place = 0;
     for (const Property* parameter : parametersOf(method)) {
-        text +=
-            (first ? L"" : L", ") + qualifiersText(parameter->qualifiers, withFlavors, L" ") + declarator(*parameter);
-        first = false;
+        text += (place == 0 ? L"" : L", ") + parameterText(*parameter, place, withFlavors);
+        ++place;
     }
     return text + L");\n";
+}
+
+// A character that a text cannot hold as it is: a control character, or half of a pair that stands alone.
+bool needsNumber(std::wstring_view text, std::size_t place)
+{
+    const wchar_t c = text[place];
+    const bool leads = IS_HIGH_SURROGATE(c);
+    const bool trails = IS_LOW_SURROGATE(c);
+    if (leads) {
+        return place + 1 == text.size() || !IS_LOW_SURROGATE(text[place + 1]);
+    }
+    if (trails) {
+        return place == 0 || !IS_HIGH_SURROGATE(text[place - 1]);
+    }
+    return c < L' ' || c == 0x7F;
+}
+
+std::wstring escapedByNumber(wchar_t c)
+{
+    constexpr std::wstring_view digits = L"0123456789ABCDEF";
+    std::wstring text = L"\\x";
+    // Always four digits, so that a digit that follows does not count as one of them.
+    for (int shift = 12; shift >= 0; shift -= 4) {
+        text += digits[static_cast<std::size_t>(c >> shift) & 0xF];
+    }
+    return text;
+}
+
+// A real in a form that every MOF compiler takes: with a point, and digits on both sides of it.
+std::wstring realLiteral(const VARIANT& value, CIMTYPE type)
+{
+    if (!std::isfinite(value.vt == VT_R4 ? value.fltVal : value.dblVal)) {
+        return L"NULL";
+    }
+    std::wstring text = scalarText(value, type);
+    if (text.find(L'.') == std::wstring::npos) {
+        text.insert(std::min(text.find(L'e'), text.size()), L".0");
+    }
+    return text;
+}
+
+// The text of an object as a value: without the semicolon and the line end of a declaration.
+std::wstring objectLiteral(IUnknown* unknown)
+{
+    ComPtr<IWbemClassObject> object;
+    Bstr text;
+    if (unknown == nullptr ||
+        FAILED(unknown->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(object.put()))) ||
+        FAILED(object->GetObjectText(0, text.put())))
+    {
+        return L"NULL";
+    }
+    std::wstring_view declaration = text.view();
+    declaration.remove_suffix(declaration.size() - 1 - declaration.rfind(L'}'));
+    std::wstring result;
+    for (const wchar_t c : declaration) {
+        result += c;
+        if (c == L'\n') {
+            result += L"    ";
+        }
+    }
+    return result;
+}
+
+std::wstring listLiteral(const VARIANT& list, CIMTYPE type)
+{
+    std::wstring text = L"{";
+    for (const Variant& element : elementsOf(list)) {
+        const std::wstring literal = mofLiteral(element.get(), elementTypeOf(type));
+        if (literal == L"NULL") {
+            // No list holds an element without a value.
+            return literal;
+        }
+        text += (text.size() > 1 ? L", " : L"") + literal;
+    }
+    return text + L"}";
 }
 
 }  // namespace
@@ -129,11 +225,8 @@ std::wstring classText(const ClassDefinition& definition, bool withFlavors)
         if (!property.local) {
             continue;
         }
-        text += L"    " + qualifiersText(property.qualifiers, withFlavors, L" ") + declarator(property);
-        if (!property.defaultValue.isNull()) {
-            text += L" = " + mofLiteral(property.defaultValue.get(), property.type);
-        }
-        text += L";\n";
+        text += L"    " + qualifiersText(property.qualifiers, withFlavors, L" ") + declarator(property) +
+                defaultText(property) + L";\n";
     }
     for (const Method& method : definition.methods) {
         if (method.local) {
@@ -147,12 +240,50 @@ std::wstring instanceText(const ClassDefinition& definition, const std::vector<V
 {
     std::wstring text = L"instance of " + definition.name + L"\n{\n";
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (!values[i].isNull()) {
-            const Property& property = definition.properties[i];
+        const Property& property = definition.properties[i];
+        if (!values[i].isNull() || !property.defaultValue.isNull()) {
             text += L"    " + property.name + L" = " + mofLiteral(values[i].get(), property.type) + L";\n";
         }
     }
     return text + L"};\n";
+}
+
+std::wstring mofQuoted(std::wstring_view text)
+{
+    constexpr std::wstring_view special = L"\"\\\n\r\t\b\f";
+    constexpr std::wstring_view letters = L"\"\\nrtbf";
+    std::wstring quoted = L"\"";
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const std::size_t found = special.find(text[i]);
+        if (found != std::wstring_view::npos) {
+            quoted += L'\\';
+            quoted += letters[found];
+        } else {
+            quoted += needsNumber(text, i) ? escapedByNumber(text[i]) : std::wstring(1, text[i]);
+        }
+    }
+    return quoted + L"\"";
+}
+
+std::wstring mofLiteral(const VARIANT& value, CIMTYPE type)
+{
+    switch (value.vt) {
+        case VT_NULL:
+        case VT_EMPTY:
+            return L"NULL";
+        case VT_R4:
+        case VT_R8:
+            return realLiteral(value, type);
+        case VT_UNKNOWN:
+            return objectLiteral(value.punkVal);
+        default:
+            break;
+    }
+    if ((value.vt & VT_ARRAY) != 0) {
+        return listLiteral(value, type);
+    }
+    const bool quoted = type == CIM_STRING || type == CIM_DATETIME || type == CIM_REFERENCE;
+    return quoted ? mofQuoted(viewOf(value.bstrVal)) : scalarText(value, type);
 }
 
 }  // namespace wmihost

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <utility>
@@ -46,6 +48,33 @@ std::optional<Variant> changed(const VARIANT& value, VARTYPE type)
     return result;
 }
 
+std::optional<unsigned long long> unsignedOf(const VARIANT& value)
+{
+    const auto number = changed(value, VT_UI8);
+    return number ? std::optional<unsigned long long>(number->get().ullVal) : std::nullopt;
+}
+
+std::optional<long long> signedOf(const VARIANT& value)
+{
+    const auto number = changed(value, VT_I8);
+    return number ? std::optional<long long>(number->get().llVal) : std::nullopt;
+}
+
+// A class object behind any of its interfaces. An interface that is null is no value.
+std::optional<Variant> classObjectOf(const VARIANT& value)
+{
+    if (value.vt != VT_UNKNOWN && value.vt != VT_DISPATCH) {
+        return std::nullopt;
+    }
+    ComPtr<IWbemClassObject> object;
+    if (value.punkVal != nullptr &&
+        FAILED(value.punkVal->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(object.put()))))
+    {
+        return std::nullopt;
+    }
+    return Variant::ofObject(std::move(object));
+}
+
 std::optional<Variant> coerceScalar(const VARIANT& value, CIMTYPE type)
 {
     switch (type) {
@@ -54,22 +83,14 @@ std::optional<Variant> coerceScalar(const VARIANT& value, CIMTYPE type)
         case CIM_DATETIME:
         case CIM_REFERENCE:
             return value.vt == VT_BSTR ? std::optional(Variant(value)) : std::nullopt;
-        case CIM_UINT64:
-            if (value.vt == VT_BSTR) {
-                return parseUnsigned(viewOf(value.bstrVal)) ? std::optional(Variant(value)) : std::nullopt;
-            }
-            if (const auto number = changed(value, VT_UI8)) {
-                return Variant::ofText(std::to_wstring(number->get().ullVal));
-            }
-            return std::nullopt;
-        case CIM_SINT64:
-            if (value.vt == VT_BSTR) {
-                return parseSigned(viewOf(value.bstrVal)) ? std::optional(Variant(value)) : std::nullopt;
-            }
-            if (const auto number = changed(value, VT_I8)) {
-                return Variant::ofText(std::to_wstring(number->get().llVal));
-            }
-            return std::nullopt;
+        case CIM_UINT64: {
+            const auto number = value.vt == VT_BSTR ? parseUnsigned(viewOf(value.bstrVal)) : unsignedOf(value);
+            return number ? std::optional(Variant::ofText(std::to_wstring(*number))) : std::nullopt;
+        }
+        case CIM_SINT64: {
+            const auto number = value.vt == VT_BSTR ? parseSigned(viewOf(value.bstrVal)) : signedOf(value);
+            return number ? std::optional(Variant::ofText(std::to_wstring(*number))) : std::nullopt;
+        }
         case CIM_UINT32:
             if (value.vt == VT_I4) {
                 return Variant(value);
@@ -93,12 +114,31 @@ std::optional<Variant> coerceScalar(const VARIANT& value, CIMTYPE type)
             }
             return std::nullopt;
         case CIM_OBJECT:
-            return value.vt == VT_UNKNOWN ? std::optional(Variant(value)) : std::nullopt;
+            return classObjectOf(value);
         default: {
             const VARTYPE wanted = infoOf(type).variant;
             return value.vt == wanted ? Variant(value) : changed(value, wanted);
         }
     }
+}
+
+template <class Real>
+std::wstring realText(Real number)
+{
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    return std::wstring(text.data(), end);
+}
+
+// The number that a text spells in decimal, with or without fraction and exponent; none if it does not fit.
+template <class Real>
+std::optional<Real> realFromText(std::wstring_view wide)
+{
+    const std::string text = toUtf8(wide.starts_with(L'+') ? wide.substr(1) : wide);
+    Real number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool complete = end == text.data() + text.size();
+    return error == std::errc() && complete && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
 // The values of an integer type as a user reads them.
@@ -204,13 +244,15 @@ Variant scalarFromText(std::wstring_view text, CIMTYPE type)
             }
             return Variant::ofText(text);
         case CIM_REAL32:
-        case CIM_REAL64: {
-            const auto number = changed(Variant::ofText(text).get(), infoOf(type).variant);
-            if (!number) {
-                fail(text, toUtf8(infoOf(type).name) + ": a number such as 1.5");
+            if (const auto number = realFromText<float>(text)) {
+                return Variant::ofFloat(*number);
             }
-            return *number;
-        }
+            fail(text, "real32: a number such as 1.5");
+        case CIM_REAL64:
+            if (const auto number = realFromText<double>(text)) {
+                return Variant::ofDouble(*number);
+            }
+            fail(text, "real64: a number such as 1.5");
         case CIM_STRING:
         case CIM_REFERENCE:
             return Variant::ofText(text);
@@ -243,8 +285,13 @@ const CimTypeInfo& infoOf(CIMTYPE type)
     return *found;
 }
 
-std::optional<Variant> coerce(const VARIANT& value, CIMTYPE type)
+std::optional<Variant> coerce(const VARIANT& given, CIMTYPE type)
 {
+    const auto read = dereferenced(given);
+    if (!read) {
+        return std::nullopt;
+    }
+    const VARIANT& value = read->get();
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) {
         return Variant();
     }
@@ -254,10 +301,14 @@ std::optional<Variant> coerce(const VARIANT& value, CIMTYPE type)
     if (!isArray(type)) {
         return coerceScalar(value, type);
     }
+    if (!isList(value)) {
+        return std::nullopt;
+    }
     std::vector<Variant> elements;
     for (const Variant& element : elementsOf(value)) {
-        auto coerced = coerceScalar(element.get(), elementTypeOf(type));
-        if (!coerced) {
+        auto coerced = element.isArray() ? std::nullopt : coerce(element.get(), elementTypeOf(type));
+        // The elements of an array are values; none of them may be missing.
+        if (!coerced || coerced->isNull()) {
             return std::nullopt;
         }
         elements.push_back(std::move(*coerced));
@@ -283,54 +334,15 @@ std::wstring scalarText(const VARIANT& value, CIMTYPE type)
         case VT_I4:
             return elementTypeOf(type) == CIM_UINT32 ? std::to_wstring(static_cast<unsigned long>(value.lVal))
                                                      : std::to_wstring(value.lVal);
+        case VT_R4:
+            return realText(value.fltVal);
+        case VT_R8:
+            return realText(value.dblVal);
         default: {
             const auto text = changed(value, VT_BSTR);
             return text ? std::wstring(viewOf(text->get().bstrVal)) : L"(object)";
         }
     }
-}
-
-std::wstring mofQuoted(std::wstring_view text)
-{
-    std::wstring quoted = L"\"";
-    for (const wchar_t c : text) {
-        switch (c) {
-            case L'"':
-                quoted += L"\\\"";
-                break;
-            case L'\\':
-                quoted += L"\\\\";
-                break;
-            case L'\n':
-                quoted += L"\\n";
-                break;
-            case L'\r':
-                quoted += L"\\r";
-                break;
-            case L'\t':
-                quoted += L"\\t";
-                break;
-            default:
-                quoted += c;
-        }
-    }
-    return quoted + L"\"";
-}
-
-std::wstring mofLiteral(const VARIANT& value, CIMTYPE type)
-{
-    if (value.vt == VT_NULL || value.vt == VT_EMPTY) {
-        return L"NULL";
-    }
-    if ((value.vt & VT_ARRAY) != 0) {
-        std::wstring list = L"{";
-        for (const Variant& element : elementsOf(value)) {
-            list += (list.size() > 1 ? L", " : L"") + mofLiteral(element.get(), elementTypeOf(type));
-        }
-        return list + L"}";
-    }
-    const bool quoted = type == CIM_STRING || type == CIM_DATETIME || type == CIM_REFERENCE;
-    return quoted ? mofQuoted(viewOf(value.bstrVal)) : scalarText(value, type);
 }
 
 Variant valueFromText(std::wstring_view text, CIMTYPE type)

@@ -44,17 +44,13 @@ constexpr CIMTYPE elementTypeOf(CIMTYPE type)
 
 // The value as WMI stores it in a property of that type, or nothing where WMI answers WBEM_E_TYPE_MISMATCH.
 // A value that has the right type already is stored as it is, so VT_BOOL 1 stays 1 and a text keeps its
-// bytes; any other is converted as VariantChangeType would. No value (VT_NULL, VT_EMPTY) fits every type.
+// bytes; any other is converted as VariantChangeType would. Texts of 64-bit numbers become plain decimals, arrays
+// of VARIANTs arrays of the type, and a value by reference is read. No value (VT_NULL, VT_EMPTY) fits every type.
 std::optional<Variant> coerce(const VARIANT& value, CIMTYPE type);
 
-// A stored scalar as plain text: unsigned types without sign, booleans as TRUE and FALSE.
+// A stored scalar as plain text: unsigned types without sign, booleans as TRUE and FALSE, reals in the fewest digits
+// that give the same number again.
 std::wstring scalarText(const VARIANT& value, CIMTYPE type);
-
-// A stored value as the MOF spells it: quoted texts, {lists}, NULL.
-std::wstring mofLiteral(const VARIANT& value, CIMTYPE type);
-
-// A text between quotes, escaped as the MOF wants it.
-std::wstring mofQuoted(std::wstring_view text);
 
 // The value that a user's text means for a property of that type. Elements of an array are separated by
 // commas; an empty text is an array without elements. Throws ValueError.

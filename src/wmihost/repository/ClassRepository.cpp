@@ -4,10 +4,37 @@
 #include <cstddef>
 #include <utility>
 
+#include "wmihost/repository/ObjectPath.h"
 #include "wmihost/repository/SystemClasses.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
+namespace {
+
+std::optional<ObjectPath> parsedPath(std::wstring_view text)
+{
+    try {
+        return ObjectPath::parse(text);
+    } catch (const PathError&) {
+        return std::nullopt;
+    }
+}
+
+// Whether two paths of one class name the same object. A key without a name is the only key of its class.
+bool sameObject(const ObjectPath& left, const ObjectPath& right)
+{
+    if (left.singleton != right.singleton || left.keys.size() != right.keys.size()) {
+        return false;
+    }
+    return std::all_of(left.keys.begin(), left.keys.end(), [&right](const PathKey& key) {
+        return std::any_of(right.keys.begin(), right.keys.end(), [&key](const PathKey& other) {
+            const bool sameKey = key.name.empty() || other.name.empty() || sameName(key.name, other.name);
+            return sameKey && key.value == other.value;
+        });
+    });
+}
+
+}  // namespace
 
 ClassPointer Namespace::findClass(std::wstring_view className) const
 {
@@ -34,6 +61,66 @@ void Namespace::addClass(ClassPointer definition)
     } else {
         m_classes[place->second] = std::move(definition);
     }
+}
+
+std::optional<std::size_t> Namespace::placeOf(std::wstring_view path) const
+{
+    const auto wanted = parsedPath(path);
+    if (!wanted) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < m_instances.size(); ++i) {
+        const InstanceData& instance = m_instances[i];
+        const bool sameClass = sameName(instance.definition->name, wanted->className);
+        const auto own = sameClass ? relativePath(*instance.definition, instance.values) : std::nullopt;
+        if (own && sameObject(*wanted, ObjectPath::parse(*own))) {
+            return i;
+        }
+    }
+    return std::nullopt;
+}
+
+const InstanceData* Namespace::findInstance(std::wstring_view path) const
+{
+    const auto place = placeOf(path);
+    return place ? &m_instances[*place] : nullptr;
+}
+
+void Namespace::addInstance(InstanceData instance)
+{
+    const auto path = relativePath(*instance.definition, instance.values);
+    const auto place = path ? placeOf(*path) : std::nullopt;
+    if (place) {
+        m_instances[*place] = std::move(instance);
+    } else {
+        m_instances.push_back(std::move(instance));
+    }
+}
+
+bool Namespace::removeClass(std::wstring_view className)
+{
+    const auto found = m_index.find(foldName(className));
+    if (found == m_index.end()) {
+        return false;
+    }
+    const std::size_t place = found->second;
+    std::erase_if(m_instances,
+                  [&](const InstanceData& instance) { return sameName(instance.definition->name, className); });
+    m_index.erase(found);
+    m_classes.erase(m_classes.begin() + static_cast<std::ptrdiff_t>(place));
+    for (auto& [name, other] : m_index) {
+        other -= other > place ? 1 : 0;
+    }
+    return true;
+}
+
+bool Namespace::removeInstance(std::wstring_view path)
+{
+    const auto place = placeOf(path);
+    if (place) {
+        m_instances.erase(m_instances.begin() + static_cast<std::ptrdiff_t>(*place));
+    }
+    return place.has_value();
 }
 
 const Namespace* ClassRepository::findNamespace(std::wstring_view name) const

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,12 +27,22 @@ public:
     const std::vector<ClassPointer>& classes() const { return m_classes; }
     // The stored instances of exactly that class.
     std::vector<const InstanceData*> instancesOf(std::wstring_view className) const;
+    // The stored instance of that relative path, in any spelling of it. Null if there is none, or if the text is not
+    // a path.
+    const InstanceData* findInstance(std::wstring_view path) const;
 
     // A class of the same name is replaced.
     void addClass(ClassPointer definition);
-    void addInstance(InstanceData instance) { m_instances.push_back(std::move(instance)); }
+    // An instance of the same path is replaced. Instances of classes without keys have no path.
+    void addInstance(InstanceData instance);
+    // Returns whether there was one. The instances of a removed class go with it.
+    bool removeClass(std::wstring_view className);
+    bool removeInstance(std::wstring_view path);
 
 private:
+    // The place of that instance in m_instances; none if there is no such instance.
+    std::optional<std::size_t> placeOf(std::wstring_view path) const;
+
     std::wstring m_name;
     std::vector<ClassPointer> m_classes;
     std::map<std::wstring, std::size_t> m_index;  // folded name -> place in m_classes

@@ -1,7 +1,7 @@
 #include "wmihost/repository/SystemClasses.h"
 
-#include <initializer_list>
 #include <utility>
+#include <vector>
 
 namespace wmihost {
 namespace {
@@ -10,87 +10,245 @@ struct Member
 {
     const wchar_t* name;
     CIMTYPE type;
-    bool key = false;
     Variant defaultValue = {};
+    const wchar_t* className = L"";  // of a reference or an embedded object
+    bool key = false;
 };
 
-// Properties of the system's classes carry the qualifiers that the host looks at, and no others.
-ClassPointer makeClass(const Namespace& target, const wchar_t* name, const ClassDefinition* superclass,
-                       std::initializer_list<Member> members)
+struct SystemClass
 {
-    ClassDefinition result = superclass == nullptr ? ClassDefinition() : derivedFrom(*superclass, name);
-    result.name = name;
-    result.nameSpace = target.name();
-    for (const Member& member : members) {
-        Property property;
-        property.name = member.name;
-        property.type = member.type;
-        property.origin = name;
-        property.defaultValue = member.defaultValue;
-        property.qualifiers = standardQualifiers(member.type, L"");
-        if (member.key) {
-            property.qualifiers.push_back(keyQualifier());
-        }
-        result.properties.push_back(std::move(property));
+    const wchar_t* name;
+    const wchar_t* superclass;  // empty for none; stands above
+    std::vector<Member> members;
+};
+
+constexpr CIMTYPE texts = CIM_STRING | CIM_FLAG_ARRAY;
+constexpr CIMTYPE bytes = CIM_UINT8 | CIM_FLAG_ARRAY;
+
+Member key(const wchar_t* name, CIMTYPE type, const wchar_t* className = L"")
+{
+    return {name, type, {}, className, true};
+}
+
+Member flag(const wchar_t* name, bool defaultValue)
+{
+    return {name, CIM_BOOLEAN, Variant::ofBool(defaultValue)};
+}
+
+Member number(const wchar_t* name, long defaultValue)
+{
+    return {name, CIM_SINT32, Variant::ofLong(defaultValue)};
+}
+
+Member object(const wchar_t* name, const wchar_t* className = L"")
+{
+    return {name, CIM_OBJECT, {}, className};
+}
+
+std::vector<SystemClass> generalClasses()
+{
+    return {
+        {L"__SystemClass", L"", {}},
+        {L"__PARAMETERS", L"", {}},
+        {L"__NAMESPACE", L"__SystemClass", {key(L"Name", CIM_STRING)}},
+        {L"__ThisNAMESPACE", L"__SystemClass", {{L"SECURITY_DESCRIPTOR", bytes}}},
+        {L"__NotifyStatus", L"", {{L"StatusCode", CIM_UINT32}}},
+        {L"__ExtendedStatus",
+         L"__NotifyStatus",
+         {{L"Description", CIM_STRING},
+          {L"Operation", CIM_STRING},
+          {L"ParameterInfo", CIM_STRING},
+          {L"ProviderName", CIM_STRING}}},
+        {L"__SecurityRelatedClass", L"", {}},
+        {L"__Trustee",
+         L"__SecurityRelatedClass",
+         {{L"Domain", CIM_STRING},
+          {L"Name", CIM_STRING},
+          {L"SID", bytes},
+          {L"SidLength", CIM_UINT32},
+          {L"SIDString", CIM_STRING}}},
+        {L"__ACE",
+         L"__SecurityRelatedClass",
+         {{L"AccessMask", CIM_UINT32},
+          {L"AceFlags", CIM_UINT32},
+          {L"AceType", CIM_UINT32},
+          {L"GuidInheritedObjectType", CIM_STRING},
+          {L"GuidObjectType", CIM_STRING},
+          object(L"Trustee", L"__Trustee")}},
+        {L"__SecurityDescriptor",
+         L"__SecurityRelatedClass",
+         {{L"ControlFlags", CIM_UINT32},
+          {L"DACL", CIM_OBJECT | CIM_FLAG_ARRAY, {}, L"__ACE"},
+          object(L"Group", L"__Trustee"),
+          object(L"Owner", L"__Trustee"),
+          {L"SACL", CIM_OBJECT | CIM_FLAG_ARRAY, {}, L"__ACE"}}},
+    };
+}
+
+std::vector<SystemClass> providerClasses()
+{
+    return {
+        {L"__Provider", L"__SystemClass", {key(L"Name", CIM_STRING)}},
+        {L"__Win32Provider",
+         L"__Provider",
+         {{L"CLSID", CIM_STRING},
+          {L"ClientLoadableCLSID", CIM_STRING},
+          {L"Concurrency", CIM_SINT32},
+          {L"DefaultMachineName", CIM_STRING},
+          {L"Enabled", CIM_BOOLEAN},
+          {L"HostingModel", CIM_STRING},
+          number(L"ImpersonationLevel", 0),
+          number(L"InitializationReentrancy", 0),
+          {L"InitializationTimeoutInterval", CIM_DATETIME},
+          {L"InitializeAsAdminFirst", CIM_BOOLEAN},
+          {L"OperationTimeoutInterval", CIM_DATETIME},
+          flag(L"PerLocaleInitialization", false),
+          flag(L"PerUserInitialization", false),
+          flag(L"Pure", true),
+          {L"SecurityDescriptor", CIM_STRING},
+          {L"SupportsExplicitShutdown", CIM_BOOLEAN},
+          {L"SupportsExtendedStatus", CIM_BOOLEAN},
+          {L"SupportsQuotas", CIM_BOOLEAN},
+          {L"SupportsSendStatus", CIM_BOOLEAN},
+          {L"SupportsShutdown", CIM_BOOLEAN},
+          {L"SupportsThrottling", CIM_BOOLEAN},
+          {L"UnloadTimeout", CIM_DATETIME},
+          {L"Version", CIM_UINT32}}},
+        {L"__ProviderRegistration", L"__SystemClass", {key(L"Provider", CIM_REFERENCE)}},
+        {L"__ObjectProviderRegistration",
+         L"__ProviderRegistration",
+         {number(L"InteractionType", 0),
+          {L"QuerySupportLevels", texts},
+          flag(L"SupportsBatching", false),
+          flag(L"SupportsDelete", false),
+          flag(L"SupportsEnumeration", false),
+          flag(L"SupportsGet", false),
+          flag(L"SupportsPut", false),
+          flag(L"SupportsTransactions", false)}},
+        {L"__InstanceProviderRegistration", L"__ObjectProviderRegistration", {}},
+        {L"__ClassProviderRegistration",
+         L"__ObjectProviderRegistration",
+         {{L"CacheRefreshInterval", CIM_DATETIME},
+          flag(L"PerUserSchema", false),
+          {L"ReferencedSetQueries", texts},
+          {L"ResultSetQueries", texts},
+          flag(L"ReSynchroniseOnNamespaceOpen", false),
+          {L"UnsupportedQueries", texts},
+          {L"Version", CIM_UINT32}}},
+        {L"__MethodProviderRegistration", L"__ProviderRegistration", {}},
+        {L"__PropertyProviderRegistration",
+         L"__ProviderRegistration",
+         {flag(L"SupportsGet", false), flag(L"SupportsPut", false)}},
+        {L"__EventProviderRegistration", L"__ProviderRegistration", {{L"EventQueryList", texts}}},
+        {L"__EventConsumerProviderRegistration", L"__ProviderRegistration", {{L"ConsumerClassNames", texts}}},
+    };
+}
+
+std::vector<SystemClass> eventClasses()
+{
+    return {
+        {L"__IndicationRelated", L"__SystemClass", {}},
+        {L"__Event", L"__IndicationRelated", {{L"SECURITY_DESCRIPTOR", bytes}, {L"TIME_CREATED", CIM_UINT64}}},
+        {L"__ExtrinsicEvent", L"__Event", {}},
+        {L"__SystemEvent", L"__ExtrinsicEvent", {}},
+        {L"__EventDroppedEvent",
+         L"__SystemEvent",
+         {object(L"Event", L"__Event"), {L"IntendedConsumer", CIM_REFERENCE, {}, L"__EventConsumer"}}},
+        {L"__EventQueueOverflowEvent", L"__EventDroppedEvent", {{L"CurrentQueueSize", CIM_UINT32}}},
+        {L"__QOSFailureEvent", L"__EventDroppedEvent", {{L"ErrorCode", CIM_UINT32}, {L"ErrorDescription", CIM_STRING}}},
+        {L"__ConsumerFailureEvent",
+         L"__EventDroppedEvent",
+         {{L"ErrorCode", CIM_UINT32}, {L"ErrorDescription", CIM_STRING}, object(L"ErrorObject", L"__ExtendedStatus")}},
+        {L"__NamespaceOperationEvent", L"__Event", {object(L"TargetNamespace", L"__NAMESPACE")}},
+        {L"__NamespaceCreationEvent", L"__NamespaceOperationEvent", {}},
+        {L"__NamespaceDeletionEvent", L"__NamespaceOperationEvent", {}},
+        {L"__NamespaceModificationEvent", L"__NamespaceOperationEvent", {object(L"PreviousNamespace", L"__NAMESPACE")}},
+        {L"__ClassOperationEvent", L"__Event", {object(L"TargetClass")}},
+        {L"__ClassCreationEvent", L"__ClassOperationEvent", {}},
+        {L"__ClassDeletionEvent", L"__ClassOperationEvent", {}},
+        {L"__ClassModificationEvent", L"__ClassOperationEvent", {object(L"PreviousClass")}},
+        {L"__InstanceOperationEvent", L"__Event", {object(L"TargetInstance")}},
+        {L"__InstanceCreationEvent", L"__InstanceOperationEvent", {}},
+        {L"__InstanceDeletionEvent", L"__InstanceOperationEvent", {}},
+        {L"__InstanceModificationEvent", L"__InstanceOperationEvent", {object(L"PreviousInstance")}},
+        {L"__MethodInvocationEvent",
+         L"__InstanceOperationEvent",
+         {{L"Method", CIM_STRING}, object(L"Parameters"), {L"PreCall", CIM_BOOLEAN}}},
+        {L"__TimerEvent", L"__Event", {{L"NumFirings", CIM_UINT32}, {L"TimerId", CIM_STRING}}},
+        {L"__AggregateEvent", L"__IndicationRelated", {{L"NumberOfEvents", CIM_UINT32}, object(L"Representative")}},
+    };
+}
+
+std::vector<SystemClass> consumerClasses()
+{
+    return {
+        {L"__EventConsumer",
+         L"__IndicationRelated",
+         {{L"CreatorSID", bytes}, {L"MachineName", CIM_STRING}, {L"MaximumQueueSize", CIM_UINT32}}},
+        {L"__EventFilter",
+         L"__IndicationRelated",
+         {{L"CreatorSID", bytes},
+          {L"EventAccess", CIM_STRING},
+          {L"EventNamespace", CIM_STRING},
+          key(L"Name", CIM_STRING),
+          {L"Query", CIM_STRING},
+          {L"QueryLanguage", CIM_STRING}}},
+        {L"__FilterToConsumerBinding",
+         L"__IndicationRelated",
+         {key(L"Consumer", CIM_REFERENCE, L"__EventConsumer"),
+          {L"CreatorSID", bytes},
+          {L"DeliveryQoS", CIM_UINT32},
+          flag(L"DeliverSynchronously", false),
+          key(L"Filter", CIM_REFERENCE, L"__EventFilter"),
+          flag(L"MaintainSecurityContext", false),
+          flag(L"SlowDownProviders", false)}},
+        {L"__EventGenerator", L"__IndicationRelated", {}},
+        {L"__TimerInstruction", L"__EventGenerator", {flag(L"SkipIfPassed", false), key(L"TimerId", CIM_STRING)}},
+        {L"__AbsoluteTimerInstruction", L"__TimerInstruction", {{L"EventDateTime", CIM_DATETIME}}},
+        {L"__IntervalTimerInstruction", L"__TimerInstruction", {{L"IntervalBetweenEvents", CIM_UINT32}}},
+        {L"__TimerNextFiring",
+         L"__IndicationRelated",
+         {{L"NextEvent64BitTime", CIM_SINT64}, key(L"TimerId", CIM_STRING)}},
+    };
+}
+
+// Properties of the system's classes carry the qualifiers that the host looks at, and no others.
+Property propertyOf(const Member& member, const wchar_t* origin)
+{
+    Property property;
+    property.name = member.name;
+    property.type = member.type;
+    property.className = member.className;
+    property.origin = origin;
+    property.defaultValue = member.defaultValue;
+    property.qualifiers = standardQualifiers(member.type, member.className);
+    if (member.key) {
+        property.qualifiers.push_back(keyQualifier());
     }
-    return std::make_shared<const ClassDefinition>(std::move(result));
+    return property;
+}
+
+void add(Namespace& target, const SystemClass& systemClass)
+{
+    const ClassPointer superclass = target.findClass(systemClass.superclass);
+    ClassDefinition definition = superclass ? derivedFrom(*superclass, systemClass.name) : ClassDefinition();
+    definition.name = systemClass.name;
+    definition.nameSpace = target.name();
+    for (const Member& member : systemClass.members) {
+        definition.properties.push_back(propertyOf(member, systemClass.name));
+    }
+    target.addClass(std::make_shared<const ClassDefinition>(std::move(definition)));
 }
 
 }  // namespace
 
 void addSystemClasses(Namespace& target)
 {
-    const auto add = [&target](const wchar_t* name, const ClassPointer& superclass,
-                               std::initializer_list<Member> members) {
-        ClassPointer made = makeClass(target, name, superclass.get(), members);
-        target.addClass(made);
-        return made;
-    };
-    constexpr CIMTYPE texts = CIM_STRING | CIM_FLAG_ARRAY;
-
-    const ClassPointer systemClass = add(L"__SystemClass", nullptr, {});
-    add(L"__PARAMETERS", nullptr, {});
-    add(L"__NAMESPACE", systemClass, {{L"Name", CIM_STRING, true}});
-
-    const ClassPointer provider = add(L"__Provider", systemClass, {{L"Name", CIM_STRING, true}});
-    add(L"__Win32Provider", provider,
-        {{L"CLSID", CIM_STRING},
-         {L"ClientLoadableCLSID", CIM_STRING},
-         {L"Concurrency", CIM_SINT32},
-         {L"DefaultMachineName", CIM_STRING},
-         {L"Enabled", CIM_BOOLEAN},
-         {L"HostingModel", CIM_STRING},
-         {L"ImpersonationLevel", CIM_SINT32, false, Variant::ofLong(0)},
-         {L"InitializationReentrancy", CIM_SINT32, false, Variant::ofLong(0)},
-         {L"InitializationTimeoutInterval", CIM_DATETIME},
-         {L"InitializeAsAdminFirst", CIM_BOOLEAN},
-         {L"OperationTimeoutInterval", CIM_DATETIME},
-         {L"PerLocaleInitialization", CIM_BOOLEAN, false, Variant::ofBool(false)},
-         {L"PerUserInitialization", CIM_BOOLEAN, false, Variant::ofBool(false)},
-         {L"Pure", CIM_BOOLEAN, false, Variant::ofBool(true)},
-         {L"SecurityDescriptor", CIM_STRING},
-         {L"SupportsExplicitShutdown", CIM_BOOLEAN},
-         {L"SupportsExtendedStatus", CIM_BOOLEAN},
-         {L"SupportsQuotas", CIM_BOOLEAN},
-         {L"SupportsSendStatus", CIM_BOOLEAN},
-         {L"SupportsShutdown", CIM_BOOLEAN},
-         {L"SupportsThrottling", CIM_BOOLEAN},
-         {L"UnloadTimeout", CIM_DATETIME},
-         {L"Version", CIM_UINT32}});
-
-    const ClassPointer registration = add(L"__ProviderRegistration", systemClass, {{L"Provider", CIM_REFERENCE, true}});
-    const ClassPointer objectRegistration =
-        add(L"__ObjectProviderRegistration", registration,
-            {{L"InteractionType", CIM_SINT32, false, Variant::ofLong(0)},
-             {L"QuerySupportLevels", texts},
-             {L"SupportsBatching", CIM_BOOLEAN, false, Variant::ofBool(false)},
-             {L"SupportsDelete", CIM_BOOLEAN, false, Variant::ofBool(false)},
-             {L"SupportsEnumeration", CIM_BOOLEAN, false, Variant::ofBool(false)},
-             {L"SupportsGet", CIM_BOOLEAN, false, Variant::ofBool(false)},
-             {L"SupportsPut", CIM_BOOLEAN, false, Variant::ofBool(false)},
-             {L"SupportsTransactions", CIM_BOOLEAN, false, Variant::ofBool(false)}});
-    add(L"__InstanceProviderRegistration", objectRegistration, {});
-    add(L"__MethodProviderRegistration", registration, {});
+    for (const auto& group : {generalClasses(), providerClasses(), eventClasses(), consumerClasses()}) {
+        for (const SystemClass& systemClass : group) {
+            add(target, systemClass);
+        }
+    }
 }
 
 }  // namespace wmihost

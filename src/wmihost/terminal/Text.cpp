@@ -1,5 +1,6 @@
 #include "wmihost/terminal/Text.h"
 
+#include <charconv>
 #include <cstddef>
 #include <limits>
 
@@ -44,31 +45,12 @@ bool nameBefore(std::wstring_view left, std::wstring_view right)
 
 std::optional<unsigned long long> parseUnsigned(std::wstring_view text)
 {
-    unsigned base = 10;
-    if (text.size() > 2 && text[0] == L'0' && (text[1] == L'x' || text[1] == L'X')) {
-        base = 16;
-        text.remove_prefix(2);
-    }
-    if (text.empty()) {
-        return std::nullopt;
-    }
-    constexpr auto limit = std::numeric_limits<unsigned long long>::max();
+    const bool hexadecimal = text.starts_with(L"0x") || text.starts_with(L"0X");
+    const std::string digits = toUtf8(hexadecimal ? text.substr(2) : text);
+    const char* end = digits.data() + digits.size();
     unsigned long long value = 0;
-    for (const wchar_t c : text) {
-        unsigned digit = base;
-        if (c >= L'0' && c <= L'9') {
-            digit = static_cast<unsigned>(c - L'0');
-        } else if (c >= L'a' && c <= L'f') {
-            digit = static_cast<unsigned>(c - L'a') + 10;
-        } else if (c >= L'A' && c <= L'F') {
-            digit = static_cast<unsigned>(c - L'A') + 10;
-        }
-        if (digit >= base || value > (limit - digit) / base) {
-            return std::nullopt;
-        }
-        value = value * base + digit;
-    }
-    return value;
+    const auto read = std::from_chars(digits.data(), end, value, hexadecimal ? 16 : 10);
+    return read.ec == std::errc() && read.ptr == end ? std::optional(value) : std::nullopt;
 }
 
 std::optional<long long> parseSigned(std::wstring_view text)

@@ -8,6 +8,7 @@
 #include "wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
+#include "wmihost/mof/MofText.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/terminal/Text.h"
 
@@ -143,6 +144,28 @@ const std::vector<Row>& rows()
          [](Scene& s) { return s.definition->Put(L"Number", 0, nullptr, CIM_STRING); }, mismatch},
         {"Put", "class", "name of a class that has one",
          [](Scene& s) { return put(s.definition, L"__CLASS", Variant::ofText(L"X")); }, code(WBEM_E_READ_ONLY)},
+        {"Put", "class", "new property that begins with an underscore",
+         [](Scene& s) { return s.definition->Put(L"_New", 0, nullptr, CIM_UINT16); }, invalid},
+        {"Put", "class", "new property that ends with an underscore",
+         [](Scene& s) { return s.definition->Put(L"New_", 0, nullptr, CIM_UINT16); }, invalid},
+        {"Put", "class", "new property that begins with a digit",
+         [](Scene& s) { return s.definition->Put(L"1st", 0, nullptr, CIM_UINT16); }, invalid},
+        {"Put", "class", "new property with a blank",
+         [](Scene& s) { return s.definition->Put(L"a b", 0, nullptr, CIM_UINT16); }, invalid},
+        {"Put", "class", "new property with a letter outside ASCII",
+         [](Scene& s) { return s.definition->Put(L"Gr\u00F6\u00DFe", 0, nullptr, CIM_UINT16); }, ok},
+        {"Put", "derived class", "a name that is not one",
+         [](Scene& s) {
+             s.definition->SpawnDerivedClass(0, s.object.put());
+             return put(s.object, L"__CLASS", Variant::ofText(L"not a name"));
+         },
+         invalid},
+        {"GetObjectText", "class without a name", "",
+         [](Scene& s) {
+             s.definition->SpawnDerivedClass(0, s.object.put());
+             return s.object->GetObjectText(0, s.text.put());
+         },
+         code(WBEM_E_INCOMPLETE_CLASS)},
         {"Delete", "instance", "null name", [](Scene& s) { return s.instance->Delete(nullptr); }, invalid},
         {"Delete", "instance", "property", [](Scene& s) { return s.instance->Delete(L"Number"); },
          code(WBEM_E_INVALID_OPERATION)},
@@ -531,7 +554,7 @@ const std::vector<Delivery>& deliveries()
         {"Put", "instance", "uint32, text", [](Scene& s) { return after(s, L"Number", Variant::ofText(L"7")); },
          "VT_I4 7 of type 19"},
         {"Put", "instance", "uint64, text", [](Scene& s) { return after(s, L"Large", Variant::ofText(L"007")); },
-         "VT_BSTR 007 of type 21"},
+         "VT_BSTR 7 of type 21"},
         {"Put", "instance", "uint64, VT_I4", [](Scene& s) { return after(s, L"Large", Variant::ofLong(7)); },
          "VT_BSTR 7 of type 21"},
         {"Put", "instance", "boolean, VT_I4", [](Scene& s) { return after(s, L"Flag", Variant::ofLong(2)); },
@@ -1001,6 +1024,92 @@ TEST_F(ClassObjectTest, TheTextOfAnObjectIsMofThatCompilesAgain)
     EXPECT_EQ(s.text.view(),
               L"instance of Derived\n{\n    Name = \"a\\\"b\\\\c\";\n    Inherited = 5;\n    Small = 2;\n"
               L"    List = {1, 2};\n};\n");
+}
+
+class EmbeddedObjectTest : public testing::Test
+{
+protected:
+    static Variant objectVariant(const ComPtr<IWbemClassObject>& object) { return Variant::ofObject(object); }
+
+    static ComPtr<IWbemClassObject> objectIn(const ComPtr<IWbemClassObject>& holder, const wchar_t* name)
+    {
+        const Variant value = valueOf(*holder.get(), name);
+        ComPtr<IWbemClassObject> object;
+        if (value.type() == VT_UNKNOWN) {
+            value.get().punkVal->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(object.put()));
+        }
+        return object;
+    }
+
+    ClassRepository repository = compiled(R"(
+        class Point { sint32 X; };
+        class Place : Point { string Name; };
+        class Other { sint32 X; };
+        class Map { object Any; object:Point Start; object:Point Corners[]; };)");
+    const ComPtr<IWbemClassObject> map = instanceOf(repository, L"Map");
+    const ComPtr<IWbemClassObject> point = instanceOf(repository, L"Point");
+};
+
+TEST_F(EmbeddedObjectTest, Put_storesACopy)
+{
+    put(point, L"X", Variant::ofLong(1));
+    ASSERT_EQ(put(map, L"Start", objectVariant(point)), ok);
+    put(point, L"X", Variant::ofLong(2));
+    EXPECT_EQ(valueOf(*objectIn(map, L"Start").get(), L"X").get().lVal, 1);
+}
+
+TEST_F(EmbeddedObjectTest, Get_handsOutACopy)
+{
+    put(point, L"X", Variant::ofLong(1));
+    ASSERT_EQ(put(map, L"Start", objectVariant(point)), ok);
+    put(objectIn(map, L"Start"), L"X", Variant::ofLong(2));
+    EXPECT_EQ(valueOf(*objectIn(map, L"Start").get(), L"X").get().lVal, 1);
+}
+
+TEST_F(EmbeddedObjectTest, ObjectOfAnotherClass_isRefused)
+{
+    const auto place = instanceOf(repository, L"Place");
+    const auto other = instanceOf(repository, L"Other");
+    EXPECT_EQ(put(map, L"Start", objectVariant(place)), ok);
+    EXPECT_EQ(put(map, L"Start", objectVariant(other)), mismatch);
+    EXPECT_EQ(put(map, L"Any", objectVariant(other)), ok);
+    EXPECT_EQ(put(map, L"Corners", Variant::ofArray(VT_UNKNOWN, {objectVariant(point), objectVariant(place)})), ok);
+    EXPECT_EQ(put(map, L"Corners", Variant::ofArray(VT_UNKNOWN, {objectVariant(point), objectVariant(other)})),
+              mismatch);
+}
+
+TEST_F(EmbeddedObjectTest, InterfaceThatIsNoClassObject_isRefused)
+{
+    ComPtr<IWbemQualifierSet> qualifiers;
+    ASSERT_EQ(map->GetQualifierSet(qualifiers.put()), ok);
+    VARIANT value;
+    value.vt = VT_UNKNOWN;
+    value.punkVal = qualifiers.get();
+    EXPECT_EQ(map->Put(L"Any", 0, &value, 0), mismatch);
+}
+
+TEST_F(EmbeddedObjectTest, CompareTo_looksIntoEmbeddedObjects)
+{
+    put(map, L"Start", objectVariant(point));
+    ComPtr<IWbemClassObject> copy;
+    ASSERT_EQ(map->Clone(copy.put()), ok);
+    EXPECT_EQ(map->CompareTo(0, copy.get()), WBEM_S_SAME);
+    put(point, L"X", Variant::ofLong(5));
+    put(copy, L"Start", objectVariant(point));
+    EXPECT_EQ(map->CompareTo(0, copy.get()), WBEM_S_DIFFERENT);
+}
+
+TEST_F(EmbeddedObjectTest, GetObjectText_compilesAgain)
+{
+    put(point, L"X", Variant::ofLong(1));
+    put(map, L"Start", objectVariant(point));
+    put(map, L"Corners", Variant::ofArray(VT_UNKNOWN, {objectVariant(point)}));
+    Bstr text;
+    ASSERT_EQ(map->GetObjectText(0, text.put()), ok);
+    compileMofText("#pragma namespace(\"root\\\\test\")\n" + toUtf8(text.view()), "again.mof", repository);
+    const auto stored = repository.findNamespace(L"root\\test")->instancesOf(L"Map");
+    ASSERT_EQ(stored.size(), 1U);
+    EXPECT_EQ(map->CompareTo(0, ClassObject::ofInstance(*stored.front()).get()), WBEM_S_SAME);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <iterator>
 
 #include "wmihost/TestObjects.h"
-#include "wmihost/session/ProviderRegistration.h"
+#include "wmihost/mof/MofText.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
@@ -120,8 +120,6 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"BadDatetime", "class A { datetime N = \"now\"; };",
                 "bad.mof:1:24: 'now' is no datetime: yyyymmddhhmmss.ffffff+uuu or, for an interval, "
                 "ddddddddhhmmss.ffffff:000"},
-        Mistake{"ParameterWithoutDirection", "class A { uint32 M(string S); };",
-                "bad.mof:1:20: the parameter 'S' is neither [in] nor [out]"},
         Mistake{"ReferenceToAType", "class A { uint8 ref N; };",
                 "bad.mof:1:11: a reference is to a class, not to the type 'uint8'"},
         Mistake{"UnknownClassOfAnInstance", "instance of A { };",
@@ -185,7 +183,7 @@ TEST(MofCompiler, KnowsEveryTypeAndItsArray)
     check(L"g", CIM_SINT64, L"-9223372036854775808");
     check(L"h", CIM_UINT64, L"18446744073709551615");
     check(L"i", CIM_REAL32, L"1.5");
-    check(L"j", CIM_REAL64, L"-2500");
+    check(L"j", CIM_REAL64, L"-2500.0");
     check(L"k", CIM_BOOLEAN, L"TRUE");
     check(L"l", CIM_STRING, L"\"xy\"");
     check(L"m", CIM_DATETIME, L"\"00000001010101.000000:000\"");
@@ -362,86 +360,6 @@ TEST(MofCompiler, SkipsPragmasItHasNoUseFor)
     const ClassRepository repository = compiled(
         "#pragma autorecover\n#pragma classflags(\"forceupdate\")\n#pragma deleteclass(\"A\", nofail)\nclass A { };");
     EXPECT_NE(classIn(repository, L"A"), nullptr);
-}
-
-std::filesystem::path installed(const char* name)
-{
-    return std::filesystem::path(ZERIX_INSTALL_FOLDER) / name;
-}
-
-TEST(InstalledMof, DeclaresEveryClassWithKeysDescriptionsAndARegisteredProvider)
-{
-    ClassRepository repository;
-    compileMofFile(installed("ZerixDRAVEv2.mof"), repository);
-    int classes = 0;
-    for (const Namespace* nameSpace : repository.namespaces()) {
-        for (const ClassPointer& definition : nameSpace->classes()) {
-            if (definition->name.starts_with(L"__")) {
-                continue;
-            }
-            ++classes;
-            const std::string name = toUtf8(definition->name);
-            EXPECT_EQ(findRegistration(*nameSpace, *definition).name, L"ZerixDRAVEv2Provider") << name;
-            EXPECT_TRUE(hasQualifier(definition->qualifiers, L"dynamic")) << name;
-            EXPECT_NE(qualifierText(definition->qualifiers, L"Description"), L"") << name;
-            int keys = 0;
-            for (const Property& property : definition->properties) {
-                keys += property.isKey() ? 1 : 0;
-                EXPECT_TRUE(hasQualifier(property.qualifiers, L"read")) << name << "." << toUtf8(property.name);
-                EXPECT_NE(qualifierText(property.qualifiers, L"Description"), L"")
-                    << name << "." << toUtf8(property.name);
-            }
-            EXPECT_GT(keys, 0) << name;
-            for (const Method& method : definition->methods) {
-                EXPECT_TRUE(hasQualifier(method.qualifiers, L"implemented")) << name;
-                // The provider needs an instance for every method.
-                EXPECT_FALSE(hasQualifier(method.qualifiers, L"static")) << name;
-            }
-        }
-    }
-    EXPECT_EQ(classes, 12);
-}
-
-TEST(InstalledMof, WordsAndNumbersOfEveryValueMapComeInPairs)
-{
-    ClassRepository repository;
-    compileMofFile(installed("ZerixDRAVEv2.mof"), repository);
-    const auto check = [](const Qualifiers& qualifiers, const std::wstring& where) {
-        const Qualifier* words = findQualifier(qualifiers, L"Values");
-        const Qualifier* numbers = findQualifier(qualifiers, L"ValueMap");
-        ASSERT_EQ(words == nullptr, numbers == nullptr) << toUtf8(where);
-        if (words != nullptr) {
-            EXPECT_EQ(elementsOf(words->value.get()).size(), elementsOf(numbers->value.get()).size()) << toUtf8(where);
-        }
-    };
-    for (const Namespace* nameSpace : repository.namespaces()) {
-        for (const ClassPointer& definition : nameSpace->classes()) {
-            for (const Property& property : definition->properties) {
-                check(property.qualifiers, definition->name + L"." + property.name);
-            }
-            for (const Method& method : definition->methods) {
-                check(method.qualifiers, definition->name + L"." + method.name);
-            }
-        }
-    }
-}
-
-TEST(InstalledMof, TheRemovalDeletesEveryClassThatIsInstalled)
-{
-    ClassRepository repository;
-    compileMofFile(installed("ZerixDRAVEv2.mof"), repository);
-    std::ifstream stream(installed("ZerixDRAVEv2-uninstall.mof"));
-    const std::string removal{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    ClassRepository nothing;
-    EXPECT_NO_THROW(compileMofText(removal, "removal.mof", nothing));
-    for (const Namespace* nameSpace : repository.namespaces()) {
-        for (const ClassPointer& definition : nameSpace->classes()) {
-            if (!definition->name.starts_with(L"__")) {
-                const std::string line = "#pragma deleteclass(\"" + toUtf8(definition->name) + "\", nofail)";
-                EXPECT_NE(removal.find(line), std::string::npos) << line;
-            }
-        }
-    }
 }
 
 // A folder of files for one test.

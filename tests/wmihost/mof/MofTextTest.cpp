@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "wmihost/TestObjects.h"
 
 namespace wmihost {
@@ -50,6 +52,37 @@ TEST(MofText, AnInstanceShowsThePropertiesThatHaveAValue)
     data.values[0] = Variant::ofText(L"n");
     EXPECT_EQ(instanceText(*data.definition, data.values),
               L"instance of Derived\n{\n    Name = \"n\";\n    Kept = 1;\n    Numbers = {1, 2};\n};\n");
+}
+
+TEST(MofText, WritesLiteralsAsTheMofSpellsThem)
+{
+    EXPECT_EQ(mofLiteral(Variant::ofText(L"a\"b\\c\n").get(), CIM_STRING), L"\"a\\\"b\\\\c\\n\"");
+    EXPECT_EQ(mofLiteral(Variant::ofText(L"42").get(), CIM_UINT64), L"42");
+    EXPECT_EQ(mofLiteral(Variant::ofLong(-1).get(), CIM_UINT32), L"4294967295");
+    EXPECT_EQ(mofLiteral(Variant::ofLong(-1).get(), CIM_SINT32), L"-1");
+    EXPECT_EQ(mofLiteral(Variant::ofBool(false).get(), CIM_BOOLEAN), L"FALSE");
+    EXPECT_EQ(mofLiteral(Variant().get(), CIM_STRING), L"NULL");
+    EXPECT_EQ(mofLiteral(Variant::ofTexts({L"a", L"b"}).get(), CIM_STRING | CIM_FLAG_ARRAY), L"{\"a\", \"b\"}");
+}
+
+TEST(MofText, ControlCharactersAndLoneSurrogates_areEscaped)
+{
+    EXPECT_EQ(mofQuoted(std::wstring(L"\x1"
+                                     L"2\b\f\t\x7F")),
+              L"\"\\x00012\\b\\f\\t\\x007F\"");
+    EXPECT_EQ(mofQuoted(std::wstring{0xD834, 0xDD1E}), (std::wstring{L'"', 0xD834, 0xDD1E, L'"'}));
+    EXPECT_EQ(mofQuoted(std::wstring{0xD834}), L"\"\\xD834\"");
+    EXPECT_EQ(mofQuoted(std::wstring{0xDD1E, L'a'}), L"\"\\xDD1Ea\"");
+}
+
+TEST(MofText, Reals_haveAPointWithDigitsOnBothSides)
+{
+    EXPECT_EQ(mofLiteral(Variant::ofDouble(1e300).get(), CIM_REAL64), L"1.0e+300");
+    EXPECT_EQ(mofLiteral(Variant::ofDouble(-7).get(), CIM_REAL64), L"-7.0");
+    EXPECT_EQ(mofLiteral(Variant::ofDouble(std::numeric_limits<double>::infinity()).get(), CIM_REAL64), L"NULL");
+    EXPECT_EQ(mofLiteral(Variant::ofArray(VT_R4, {Variant::ofFloat(std::numeric_limits<float>::quiet_NaN())}).get(),
+                         CIM_REAL32 | CIM_FLAG_ARRAY),
+              L"NULL");
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ const std::vector<CoerceRow>& coerceRows()
         {"Sint32TakesAShort", Variant::ofShort(-7), CIM_SINT32, Variant::ofLong(-7)},
         {"Sint8TakesItsRange", Variant::ofLong(-128), CIM_SINT8, Variant::ofShort(-128)},
         {"Sint8RefusesMore", Variant::ofLong(128), CIM_SINT8, std::nullopt},
-        {"Uint64KeepsTheBytesOfItsText", Variant::ofText(L"007"), CIM_UINT64, Variant::ofText(L"007")},
+        {"Uint64BecomesThePlainDecimal", Variant::ofText(L"007"), CIM_UINT64, Variant::ofText(L"7")},
         {"Uint64RefusesOtherText", Variant::ofText(L"x"), CIM_UINT64, std::nullopt},
         {"Uint64TakesALong", Variant::ofLong(5), CIM_UINT64, Variant::ofText(L"5")},
         {"Uint64RefusesANegativeLong", Variant::ofLong(-5), CIM_UINT64, std::nullopt},
@@ -91,15 +91,93 @@ TEST(CimType, KnowsTypesByNameWithoutCase)
     EXPECT_FALSE(isCimType(77));
 }
 
-TEST(CimType, WritesLiteralsAsTheMofSpellsThem)
+TEST(CimType, ArrayOfVariants_becomesAnArrayOfTheType)
 {
-    EXPECT_EQ(mofLiteral(Variant::ofText(L"a\"b\\c\n").get(), CIM_STRING), L"\"a\\\"b\\\\c\\n\"");
-    EXPECT_EQ(mofLiteral(Variant::ofText(L"42").get(), CIM_UINT64), L"42");
-    EXPECT_EQ(mofLiteral(Variant::ofLong(-1).get(), CIM_UINT32), L"4294967295");
-    EXPECT_EQ(mofLiteral(Variant::ofLong(-1).get(), CIM_SINT32), L"-1");
-    EXPECT_EQ(mofLiteral(Variant::ofBool(false).get(), CIM_BOOLEAN), L"FALSE");
-    EXPECT_EQ(mofLiteral(Variant().get(), CIM_STRING), L"NULL");
-    EXPECT_EQ(mofLiteral(Variant::ofTexts({L"a", L"b"}).get(), CIM_STRING | CIM_FLAG_ARRAY), L"{\"a\", \"b\"}");
+    SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, 3);
+    const std::vector<Variant> elements{Variant::ofLong(1), Variant::ofText(L"2"), Variant::ofByte(3)};
+    for (LONG i = 0; i < 3; ++i) {
+        ASSERT_EQ(SafeArrayPutElement(array, &i, elements[static_cast<std::size_t>(i)].in()), S_OK);
+    }
+    VARIANT value;
+    value.vt = VT_ARRAY | VT_VARIANT;
+    value.parray = array;
+    const Variant given(value);
+    VariantClear(&value);
+    const auto numbers = coerce(given.get(), CIM_UINT16 | CIM_FLAG_ARRAY);
+    ASSERT_TRUE(numbers);
+    EXPECT_TRUE(sameValue(numbers->get(),
+                          Variant::ofArray(VT_I4, {Variant::ofLong(1), Variant::ofLong(2), Variant::ofLong(3)}).get()));
+    const auto texts = coerce(given.get(), CIM_STRING | CIM_FLAG_ARRAY);
+    ASSERT_TRUE(texts);
+    EXPECT_TRUE(sameValue(texts->get(), Variant::ofTexts({L"1", L"2", L"3"}).get()));
+}
+
+TEST(CimType, ArrayOfVariants_withAnEmptyElement_doesNotFit)
+{
+    VARIANT value;
+    value.vt = VT_ARRAY | VT_VARIANT;
+    value.parray = SafeArrayCreateVector(VT_VARIANT, 0, 1);
+    EXPECT_FALSE(coerce(value, CIM_UINT16 | CIM_FLAG_ARRAY));
+    VariantClear(&value);
+}
+
+TEST(CimType, ArrayOfTwoDimensions_doesNotFit)
+{
+    SAFEARRAYBOUND bounds[2] = {{2, 0}, {2, 0}};
+    VARIANT value;
+    value.vt = VT_ARRAY | VT_I4;
+    value.parray = SafeArrayCreate(VT_I4, 2, bounds);
+    EXPECT_FALSE(coerce(value, CIM_UINT32 | CIM_FLAG_ARRAY));
+    VariantClear(&value);
+}
+
+TEST(CimType, ValueByReference_isRead)
+{
+    long number = 7;
+    VARIANT byReference;
+    byReference.vt = VT_BYREF | VT_I4;
+    byReference.plVal = &number;
+    EXPECT_EQ(coerce(byReference, CIM_UINT16)->get().lVal, 7);
+
+    VARIANT outer;
+    outer.vt = VT_BYREF | VT_VARIANT;
+    VARIANT inner = Variant::ofText(L"text").detach();
+    outer.pvarVal = &inner;
+    EXPECT_EQ(viewOf(coerce(outer, CIM_STRING)->get().bstrVal), L"text");
+    VariantClear(&inner);
+
+    VARIANT list = Variant::ofTexts({L"a"}).detach();
+    VARIANT listByReference;
+    listByReference.vt = VT_BYREF | VT_ARRAY | VT_BSTR;
+    listByReference.pparray = &list.parray;
+    EXPECT_TRUE(sameValue(coerce(listByReference, CIM_STRING | CIM_FLAG_ARRAY)->get(), list));
+    VariantClear(&list);
+}
+
+TEST(CimType, TextOfA64BitNumber_becomesItsDecimal)
+{
+    const auto stored = [](const wchar_t* text, CIMTYPE type) {
+        const auto value = coerce(Variant::ofText(text).get(), type);
+        return value ? std::wstring(viewOf(value->get().bstrVal)) : L"does not fit";
+    };
+    EXPECT_EQ(stored(L"007", CIM_UINT64), L"7");
+    EXPECT_EQ(stored(L"0xFFFFFFFFFFFFFFFF", CIM_UINT64), L"18446744073709551615");
+    EXPECT_EQ(stored(L"+5", CIM_SINT64), L"5");
+    EXPECT_EQ(stored(L"-0", CIM_SINT64), L"0");
+    EXPECT_EQ(stored(L"-0x10", CIM_SINT64), L"-16");
+    EXPECT_EQ(stored(L"18446744073709551616", CIM_UINT64), L"does not fit");
+    EXPECT_EQ(stored(L" 5", CIM_UINT64), L"does not fit");
+}
+
+TEST(CimType, Reals_areWrittenInTheFewestDigits)
+{
+    EXPECT_EQ(scalarText(Variant::ofDouble(0.1).get(), CIM_REAL64), L"0.1");
+    EXPECT_EQ(scalarText(Variant::ofFloat(0.1F).get(), CIM_REAL32), L"0.1");
+    EXPECT_EQ(scalarText(Variant::ofDouble(1e300).get(), CIM_REAL64), L"1e+300");
+    EXPECT_EQ(valueFromText(L"-1.7976931348623157E+308", CIM_REAL64).get().dblVal, -1.7976931348623157e308);
+    EXPECT_THROW(valueFromText(L"1e999", CIM_REAL64), ValueError);
+    EXPECT_THROW(valueFromText(L"1.5x", CIM_REAL64), ValueError);
+    EXPECT_THROW(valueFromText(L"nan", CIM_REAL64), ValueError);
 }
 
 TEST(CimType, ReadsAUsersTextByType)

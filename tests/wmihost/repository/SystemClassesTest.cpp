@@ -15,20 +15,53 @@ protected:
     Namespace nameSpace{L"root\\test"};
 };
 
-TEST_F(SystemClassesTest, AreThoseOfARegistration)
+// The class, and the classes from which it is derived: "A : B : C".
+std::wstring lineage(const Namespace& nameSpace, std::wstring_view name)
 {
-    std::vector<std::wstring> lineage;
-    for (const ClassPointer& definition : nameSpace.classes()) {
-        lineage.push_back(definition->name +
-                          (definition->ancestors.empty() ? L"" : L" : " + definition->ancestors.front()));
-        EXPECT_EQ(definition->nameSpace, L"root\\test");
+    const ClassPointer definition = nameSpace.findClass(name);
+    std::wstring text = definition ? definition->name : L"no such class";
+    for (const std::wstring& ancestor : definition ? definition->ancestors : std::vector<std::wstring>()) {
+        text += L" : " + ancestor;
     }
-    EXPECT_EQ(lineage, (std::vector<std::wstring>{L"__SystemClass", L"__PARAMETERS", L"__NAMESPACE : __SystemClass",
-                                                  L"__Provider : __SystemClass", L"__Win32Provider : __Provider",
-                                                  L"__ProviderRegistration : __SystemClass",
-                                                  L"__ObjectProviderRegistration : __ProviderRegistration",
-                                                  L"__InstanceProviderRegistration : __ObjectProviderRegistration",
-                                                  L"__MethodProviderRegistration : __ProviderRegistration"}));
+    return text;
+}
+
+TEST_F(SystemClassesTest, StandInTheirHierarchy)
+{
+    for (const wchar_t* expected :
+         {L"__NAMESPACE : __SystemClass", L"__PARAMETERS", L"__Win32Provider : __Provider : __SystemClass",
+          L"__InstanceProviderRegistration : __ObjectProviderRegistration : __ProviderRegistration : __SystemClass",
+          L"__ClassProviderRegistration : __ObjectProviderRegistration : __ProviderRegistration : __SystemClass",
+          L"__MethodProviderRegistration : __ProviderRegistration : __SystemClass",
+          L"__PropertyProviderRegistration : __ProviderRegistration : __SystemClass",
+          L"__EventProviderRegistration : __ProviderRegistration : __SystemClass",
+          L"__EventConsumerProviderRegistration : __ProviderRegistration : __SystemClass",
+          L"__ExtrinsicEvent : __Event : __IndicationRelated : __SystemClass",
+          L"__InstanceModificationEvent : __InstanceOperationEvent : __Event : __IndicationRelated : __SystemClass",
+          L"__QOSFailureEvent : __EventDroppedEvent : __SystemEvent : __ExtrinsicEvent : __Event : "
+          L"__IndicationRelated : __SystemClass",
+          L"__EventFilter : __IndicationRelated : __SystemClass",
+          L"__FilterToConsumerBinding : __IndicationRelated : __SystemClass",
+          L"__IntervalTimerInstruction : __TimerInstruction : __EventGenerator : __IndicationRelated : __SystemClass",
+          L"__ExtendedStatus : __NotifyStatus", L"__SecurityDescriptor : __SecurityRelatedClass"})
+    {
+        const std::wstring text = expected;
+        EXPECT_EQ(lineage(nameSpace, text.substr(0, text.find(L' '))), text);
+    }
+}
+
+TEST_F(SystemClassesTest, NameTheirSuperclassesAndTheirNamespace)
+{
+    EXPECT_EQ(nameSpace.classes().size(), 51U);
+    for (const ClassPointer& definition : nameSpace.classes()) {
+        EXPECT_EQ(definition->nameSpace, L"root\\test");
+        for (const std::wstring& ancestor : definition->ancestors) {
+            EXPECT_NE(nameSpace.findClass(ancestor), nullptr);
+        }
+        for (const Property& property : definition->properties) {
+            EXPECT_TRUE(property.className.empty() || nameSpace.findClass(property.className));
+        }
+    }
 }
 
 TEST_F(SystemClassesTest, HaveTheKeysByWhichTheyAreFound)

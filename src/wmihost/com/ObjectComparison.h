@@ -1,0 +1,11 @@
+#pragma once
+
+#include "wmihost/com/Platform.h"
+
+namespace wmihost {
+
+// What IWbemClassObject::CompareTo answers for two objects of any implementation: WBEM_S_SAME, WBEM_S_DIFFERENT, or
+// the failure of one of them.
+HRESULT compare(IWbemClassObject& left, IWbemClassObject& right, LONG flags);
+
+}  // namespace wmihost

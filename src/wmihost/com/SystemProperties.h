@@ -1,0 +1,31 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "wmihost/repository/ClassDefinition.h"
+
+namespace wmihost {
+
+// The system properties in the order in which WMI enumerates them.
+extern const std::array<std::wstring_view, 10> systemPropertyNames;
+
+// Whether the name begins as those of system properties do, and whether it is the name of one.
+bool isSystemName(std::wstring_view name);
+bool isSystemProperty(std::wstring_view name);
+
+struct SystemValue
+{
+    Variant value;
+    CIMTYPE type;
+};
+
+// The value of a system property of a class, or of its instance with those values. Nothing if there is no such
+// property.
+std::optional<SystemValue> systemValue(const ClassDefinition& definition,
+                                       const std::optional<std::vector<Variant>>& values, std::wstring_view name);
+
+}  // namespace wmihost

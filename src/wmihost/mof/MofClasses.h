@@ -1,0 +1,10 @@
+#pragma once
+
+#include "wmihost/mof/MofContext.h"
+
+namespace wmihost::mof {
+
+// Adds the class that the node declares to the current namespace. `classQualifiers` may be null. Throws MofError.
+void declareClass(Context& context, const Node& node, const Node* classQualifiers);
+
+}  // namespace wmihost::mof

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "wmihost/mof/MofGrammar.h"
+
+// What everything that reads the parse tree of a MOF text needs.
+
+namespace wmihost::mof {
+
+using Node = p::parse_tree::node;
+
+// "file:line:column: reason"
+std::string at(const p::position& where, std::string_view reason);
+
+// Throws MofError with the place and the reason.
+[[noreturn]] void fail(const p::position& where, std::string_view reason);
+[[noreturn]] void fail(const Node& node, std::string_view reason);
+
+// The name between quotes, in UTF-8.
+std::string inQuotes(std::wstring_view name);
+std::string inQuotes(const Node& name);
+
+// The text of a node.
+std::wstring nameOf(const Node& node);
+
+// The first child that the rule made; null if there is none.
+template <class Rule>
+const Node* childOf(const Node& node)
+{
+    for (const auto& child : node.children) {
+        if (child->is_type<Rule>()) {
+            return child.get();
+        }
+    }
+    return nullptr;
+}
+
+// The text of that child; empty if there is none.
+template <class Rule>
+std::wstring nameIn(const Node& node)
+{
+    const Node* child = childOf<Rule>(node);
+    return child == nullptr ? std::wstring() : nameOf(*child);
+}
+
+}  // namespace wmihost::mof

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "wmihost/mof/MofNode.h"
+#include "wmihost/repository/ClassDefinition.h"
+
+namespace wmihost::mof {
+
+// The kinds of elements that carry qualifiers, as a declaration's Scope names them.
+enum Scope : unsigned
+{
+    scopeClass = 1,
+    scopeAssociation = 2,
+    scopeIndication = 4,
+    scopeProperty = 8,
+    scopeReference = 16,
+    scopeMethod = 32,
+    scopeParameter = 64,
+    scopeAny = 127
+};
+
+// What the declaration of a qualifier says about each use of it.
+struct QualifierDeclaration
+{
+    // None where the declaration names flavors alone, as in "Qualifier Description : ToSubclass Amended;".
+    std::optional<CIMTYPE> type;
+    Variant defaultValue;
+    long flavor = 0;  // WBEM_FLAVOR_ bits
+    unsigned scopes = scopeAny;
+    // Belongs to the standard and not to the file, which may declare it again.
+    bool isStandard = false;
+};
+
+// The flavors that a list of words gives to a qualifier that has `flavor` without them. Throws MofError for a word
+// that is not a flavor.
+long withFlavors(long flavor, const Node& node);
+
+// Whether the word is a flavor.
+bool isFlavor(std::wstring_view word);
+
+// The declarations of qualifiers of one compilation, and the qualifiers of elements as these declare them.
+class QualifierTable
+{
+public:
+    // Reads the value that the node spells for a type.
+    using ReadValue = std::function<Variant(const Node&, CIMTYPE)>;
+
+    explicit QualifierTable(ReadValue readValue) : m_readValue(std::move(readValue)) {}
+
+    // Null if the qualifier is not declared.
+    const QualifierDeclaration* find(std::wstring_view name) const;
+
+    // Adds a declaration that is not in the text.
+    void add(std::wstring_view name, QualifierDeclaration declaration);
+
+    // Adds the declaration that the node spells. Throws MofError.
+    void declare(const Node& node);
+
+    // The qualifiers of an element: those of `list`, which may be null, over those that the element inherits.
+    // Throws MofError.
+    Qualifiers read(const Node* list, Qualifiers inherited = {}) const;
+
+    // Whether a parameter that says nothing about In is an input, although it is an output. True where a file
+    // declares In with the default TRUE, as the schema of the DMTF does.
+    bool outputsAreInputs() const;
+
+private:
+    Qualifier qualifier(const Node& node) const;
+
+    ReadValue m_readValue;
+    std::map<std::wstring, QualifierDeclaration> m_declarations;  // by folded name
+};
+
+}  // namespace wmihost::mof

@@ -1,0 +1,44 @@
+#include "wmihost/mof/MofSource.h"
+
+#include <cstddef>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost::mof {
+namespace {
+
+constexpr std::string_view utf16LittleMark = "\xFF\xFE";
+constexpr std::string_view utf16BigMark = "\xFE\xFF";
+constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
+
+std::string fromUtf16(std::string_view bytes, bool bigEndian)
+{
+    std::wstring wide;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        const auto first = static_cast<unsigned char>(bytes[i]);
+        const auto second = static_cast<unsigned char>(bytes[i + 1]);
+        wide += static_cast<wchar_t>(bigEndian ? (first << 8) | second : (second << 8) | first);
+    }
+    return toUtf8(wide);
+}
+
+}  // namespace
+
+std::optional<std::string> readSource(const std::filesystem::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
+        return std::nullopt;
+    }
+    const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    if (text.starts_with(utf16LittleMark) || text.starts_with(utf16BigMark)) {
+        const std::string_view bytes = std::string_view(text).substr(utf16LittleMark.size());
+        return fromUtf16(bytes, text.starts_with(utf16BigMark));
+    }
+    return text.starts_with(utf8Mark) ? text.substr(utf8Mark.size()) : text;
+}
+
+}  // namespace wmihost::mof
