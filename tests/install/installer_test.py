@@ -86,10 +86,18 @@ def make_package(binaries, version, output, *options, **more):
     return output / f"ZerixDRAVEv2-{version}-x64.msi"
 
 
+def copy_without_symbols(folder):
+    """This build with empty files in place of its symbols, which take most of a package's time."""
+    folder.mkdir()
+    for name in MODULES + [SETUP_ACTION]:
+        shutil.copy(CURRENT / name, folder)
+        (folder / (name + ".debug")).touch()
+
+
 def make_other_package(version, folder):
     """A package of this build with another version in its modules, so that an upgrade has something to replace."""
     binaries = SHARED / (folder + "-binaries")
-    shutil.copytree(CURRENT, binaries)
+    copy_without_symbols(binaries)
     major, minor, revision, build = map(int, version.split("."))
     for name in MODULES:
         content = (CURRENT / name).read_bytes()
@@ -360,7 +368,8 @@ class Documents(Prefix):
     def commands(self, document, *programs):
         """The indented lines that call one of the programs, without comments, in their order."""
         for line in (TOP / document).read_text().split("\n"):
-            words = line.strip().replace("<version>", VERSION).split(" ")
+            line = line.replace('& "$env:ProgramFiles\\Vexal\\DRAVEv2 Provider\\wmihost.exe"', "wmihost")
+            words = line.strip().removeprefix(".\\").replace("<version>", VERSION).split(" ")
             if line.startswith("  ") and words[0] in programs and not line.strip().startswith(self.UNKNOWN_TO_WINE):
                 yield words
 
@@ -736,7 +745,8 @@ class Signatures(PackageTest):
 
     def signed_files(self, *options):
         """Everything in a signed package that can carry a signature, and the package itself."""
-        msi = make_package(CURRENT, VERSION, self.folder / "out", *options, ZERIX_SIGNING_CERTIFICATE=str(self.store),
+        copy_without_symbols(self.folder / "binaries")
+        msi = make_package(self.folder / "binaries", VERSION, self.folder / "out", *options, ZERIX_SIGNING_CERTIFICATE=str(self.store),
                            ZERIX_SIGNING_PASSWORD="a b'c", SOURCE_DATE_EPOCH=str(int(time.time()) + 60))
         with zipfile.ZipFile(msi.with_suffix(".zip")) as archive:
             files = [pathlib.Path(archive.extract(name, self.folder / "zip")) for name in MODULES]
