@@ -1,9 +1,12 @@
 #include "broker/Methods.h"
 
 #include <algorithm>
-#include <memory>
 #include <optional>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
+#include "Utils/Exception.h"
 #include "Utils/Utils.h"
 #include "broker/classes/ClassNames.h"
 #include "broker/model/Names.h"
@@ -18,14 +21,16 @@ constexpr std::uint32_t COMPLETED = 0;
 constexpr std::uint32_t NOT_SUPPORTED = 1;
 constexpr std::uint32_t FAILED = 4;
 constexpr std::uint32_t INVALID_PARAMETER = 5;
+constexpr std::uint32_t IN_USE = 6;
 constexpr std::uint32_t JOB_STARTED = 4096;
 constexpr std::uint32_t INVALID_STATE_TRANSITION = 4097;
 
 // The one input argument of a method; none when it is missing or null. An argument of another name is an error unless
 // it is null.
-std::optional<std::uint16_t> onlyArgument(core::CimPropertyList& arguments, const char* name)
+template <class Property>
+auto onlyArgument(core::CimPropertyList& arguments, const char* name, core::CimProperty::EPropertyType type)
 {
-    std::optional<std::uint16_t> result;
+    std::optional<std::decay_t<decltype(std::declval<const Property&>().getValue())>> result;
     auto iterator = arguments.getIterator();
     while (const core::CimProperty* argument = iterator.next()) {
         if (argument->isNull()) {
@@ -34,43 +39,37 @@ std::optional<std::uint16_t> onlyArgument(core::CimPropertyList& arguments, cons
         if (!sameName(argument->getName(), name)) {
             throw wa::EInvalidParameter("Unknown argument " + argument->getName());
         }
-        if (argument->getType() != core::CimProperty::EPT_UINT16) {
+        if (argument->getType() != type) {
             throw wa::EInvalidParameter(
                 utils::format("Argument %s is of type %d", argument->getName().c_str(), argument->getType()));
         }
-        result = static_cast<const core::CimPropertyUint16*>(argument)->getValue();
+        result = static_cast<const Property*>(argument)->getValue();
     }
     return result;
 }
 
+std::optional<std::uint16_t> numberArgument(core::CimPropertyList& arguments, const char* name)
+{
+    return onlyArgument<core::CimPropertyUint16>(arguments, name, core::CimProperty::EPT_UINT16);
+}
+
 std::uint16_t requiredArgument(core::CimPropertyList& arguments, const char* name)
 {
-    const std::optional<std::uint16_t> value = onlyArgument(arguments, name);
+    const std::optional<std::uint16_t> value = numberArgument(arguments, name);
     if (!value) {
         throw wa::EInvalidParameter(std::string("Argument ") + name + " is missing");
     }
     return *value;
 }
 
-void expectNoArgument(core::CimPropertyList& arguments)
+// The name, as the class spells it, of the property that clients may change; empty when there is none of that name.
+std::string writableProperty(const InstanceStore::Record& record, const std::string& name)
 {
-    onlyArgument(arguments, "");
-}
-
-// Sets the output that the list holds, or adds one, which a list that owns its elements then owns.
-void setOutput(core::CimPropertyList& outputs, const char* name, const std::optional<std::string>& value)
-{
-    core::CimProperty* output = outputs.findProperty(name);
-    if (output == nullptr || output->getType() != core::CimProperty::EPT_STRING) {
-        auto added = std::make_unique<core::CimPropertyString>(name);
-        outputs.add(added.get());
-        output = added.release();
-    }
-    if (value) {
-        static_cast<core::CimPropertyString*>(output)->setValue(*value);
-    } else {
-        output->setNull();
-    }
+    const auto found =
+        std::find_if(record.properties.begin(), record.properties.end(), [&name](const core::CimProperty* property) {
+            return property->isModifiable() && sameName(property->getName(), name);
+        });
+    return found == record.properties.end() ? std::string() : (*found)->getName();
 }
 
 }  // namespace
@@ -79,7 +78,7 @@ const std::array<Methods::Method, 5> Methods::all{{
     {ETHERNET_PORT, "RunLinkDiagnostic", &Methods::runLinkDiagnostic},
     {ETHERNET_PORT, "RequestStateChange", &Methods::requestPortState},
     {CONCRETE_JOB, "RequestStateChange", &Methods::requestJobState},
-    {CONCRETE_JOB, "GetError", &Methods::getError},
+    {ADAPTER_SETTING, "RestoreDefaults", &Methods::restoreDefaults},
     {DIAGNOSTIC_SETTING, "RestoreDefaults", &Methods::restoreDefaults},
 }};
 
@@ -97,19 +96,22 @@ std::uint32_t Methods::invoke(Workspace& workspace, const std::string& methodNam
 
 std::uint32_t Methods::runLinkDiagnostic(Workspace& workspace, const MethodCall& call)
 {
-    const std::optional<std::uint16_t> argument = onlyArgument(call.inArguments, "SampleCount");
+    const std::optional<std::uint16_t> argument = numberArgument(call.inArguments, "SampleCount");
     const DiagnosticSetting setting = m_settings.diagnosticSetting();
     const std::uint16_t sampleCount = argument.value_or(setting.sampleCount);
     if (!DiagnosticSetting::SAMPLE_COUNTS.contains(sampleCount)) {
         throw wa::EInvalidParameter(utils::format("Argument SampleCount is %d", sampleCount));
     }
-    const std::optional<std::string> id =
-        m_jobs.startDiagnostic(workspace.adapterOf(call.target), setting, sampleCount);
-    if (!id) {
-        return FAILED;
+    const Jobs::Start start = m_jobs.startDiagnostic(workspace.adapterOf(call.target), setting, sampleCount);
+    switch (start.outcome) {
+        case StartOutcome::STARTED:
+            call.job = workspace.job(start.id);
+            return JOB_STARTED;
+        case StartOutcome::IN_USE:
+            return IN_USE;
+        default:
+            return FAILED;
     }
-    call.job = workspace.job(*id);
-    return JOB_STARTED;
 }
 
 std::uint32_t Methods::requestPortState(Workspace& workspace, const MethodCall& call)
@@ -140,20 +142,51 @@ std::uint32_t Methods::requestJobState(Workspace& /*workspace*/, const MethodCal
         return INVALID_PARAMETER;
     }
     const JobState state = requested == TERMINATE ? JobState::TERMINATED : JobState::KILLED;
-    return m_jobs.end(call.target.id, state) ? COMPLETED : INVALID_STATE_TRANSITION;
-}
-
-std::uint32_t Methods::getError(Workspace& /*workspace*/, const MethodCall& call)
-{
-    expectNoArgument(call.inArguments);
-    setOutput(call.outArguments, "Error", m_jobs.error(call.target.id));
-    return COMPLETED;
+    const std::string& id = call.target.id;
+    if (!m_jobs.isOwned(id) && !m_settings.mayWrite()) {
+        throw utils::EForbidden("Ending of " + id + " is not allowed: it was started by somebody else");
+    }
+    switch (m_jobs.end(id, state)) {
+        case EndOutcome::ENDED:
+            return COMPLETED;
+        case EndOutcome::NOT_RUNNING:
+            return INVALID_STATE_TRANSITION;
+        default:
+            return FAILED;
+    }
 }
 
 std::uint32_t Methods::restoreDefaults(Workspace& /*workspace*/, const MethodCall& call)
 {
-    expectNoArgument(call.inArguments);
-    return m_settings.erase(DiagnosticSetting::KEY) ? COMPLETED : FAILED;
+    const std::optional<std::vector<std::string>> given =
+        onlyArgument<core::CimPropertyString_arr>(call.inArguments, "Names", core::CimProperty::EPT_STRING_ARR);
+    if (given && given->empty()) {
+        return INVALID_PARAMETER;
+    }
+    bool isAll = !given;
+    std::vector<std::string> names;
+    for (const std::string& name : given.value_or(std::vector<std::string>())) {
+        if (name == "*") {
+            isAll = true;
+            continue;
+        }
+        names.push_back(writableProperty(call.target, name));
+        if (names.back().empty()) {
+            return INVALID_PARAMETER;
+        }
+    }
+    const std::string key = call.target.instance->getClassName() == ADAPTER_SETTING
+                                ? AdapterSetting::key(call.target.id)
+                                : DiagnosticSetting::KEY;
+    try {
+        m_settings.restoreDefaults(key, isAll ? std::vector<std::string>() : names);
+        return COMPLETED;
+    } catch (const utils::EForbidden&) {
+        // Logged, as the next one.
+        return FAILED;
+    } catch (const utils::EFailed&) {
+        return FAILED;
+    }
 }
 
 }  // namespace broker

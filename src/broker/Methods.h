@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "broker/jobs/JobTable.h"
+#include "broker/jobs/Jobs.h"
 #include "broker/model/SettingsStore.h"
 #include "broker/model/Workspace.h"
 #include "core/CimPropertyList.h"
@@ -25,14 +25,14 @@ class Methods
 {
 public:
     // All must outlive this.
-    Methods(AdapterSource& adapters, SettingsStore& settings, JobTable& jobs) noexcept
+    Methods(AdapterSource& adapters, SettingsStore& settings, Jobs& jobs) noexcept
         : m_adapters(adapters), m_settings(settings), m_jobs(jobs)
     {
     }
 
     // Runs the method, named without case, of the target in the calling thread's workspace; returns its return value.
     // Throws wa::EMethodNotSupported when the class has no such method and wa::EInvalidParameter for an argument that
-    // is unknown, missing, or of a wrong type or range.
+    // is unknown, missing, or of a wrong type or range, and utils::EForbidden for ending somebody else's job.
     std::uint32_t invoke(Workspace& workspace, const std::string& methodName, const MethodCall& call);
 
 private:
@@ -48,12 +48,11 @@ private:
     std::uint32_t runLinkDiagnostic(Workspace& workspace, const MethodCall& call);
     std::uint32_t requestPortState(Workspace& workspace, const MethodCall& call);
     std::uint32_t requestJobState(Workspace& workspace, const MethodCall& call);
-    std::uint32_t getError(Workspace& workspace, const MethodCall& call);
     std::uint32_t restoreDefaults(Workspace& workspace, const MethodCall& call);
 
     AdapterSource& m_adapters;
     SettingsStore& m_settings;
-    JobTable& m_jobs;
+    Jobs& m_jobs;
 };
 
 }  // namespace broker

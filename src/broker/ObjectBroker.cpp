@@ -4,14 +4,11 @@
 #include <string_view>
 
 #include "Utils/Exception.h"
-#include "Utils/Log.h"
 #include "broker/model/Modification.h"
 
 namespace broker {
 
 namespace {
-
-constexpr const char* FILE_NAME = "ObjectBroker";
 
 utils::ENotFound notFound(const core::CimPath& path)
 {
@@ -32,20 +29,10 @@ std::string messageOf(const std::exception& exception)
 
 ObjectBroker::ObjectBroker(const Platform& platform)
     : m_settings(platform.settings),
-      m_jobs(platform.adapters, platform.machine, platform.jobThread, platform.settings),
+      m_jobs({platform.adapters, platform.machine, platform.settings, platform.jobThread, platform.jobHosts}),
       m_methods(platform.adapters, m_settings, m_jobs),
       m_workspaces({platform.adapters, platform.machine, m_settings, m_jobs})
 {
-}
-
-ObjectBroker::~ObjectBroker()
-{
-    static constexpr utils::LogSite here{FILE_NAME, "broker::ObjectBroker::~ObjectBroker"};
-    try {
-        m_jobs.sweep();
-    } catch (const std::exception& exception) {
-        here.error("Jobs marked for deletion stay: %s", exception.what());
-    }
 }
 
 utils::SafeList<core::CimInstance*> ObjectBroker::getInstances(const std::string& className)
@@ -105,7 +92,6 @@ core::CimInstance* ObjectBroker::findInstance(const core::CimPath& path)
 
 Workspace& ObjectBroker::beginRequest(const std::string& className)
 {
-    m_jobs.sweep();
     Workspace& workspace = m_workspaces.ofThisThread();
     workspace.begin(className);
     return workspace;

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "broker/Methods.h"
-#include "broker/jobs/JobTable.h"
+#include "broker/jobs/Jobs.h"
 #include "broker/model/SettingsStore.h"
 #include "broker/model/ThreadWorkspaces.h"
 #include "broker/platform/AdapterSource.h"
+#include "broker/platform/JobHosts.h"
 #include "broker/platform/JobThread.h"
 #include "broker/platform/Machine.h"
 #include "broker/platform/SettingsStorage.h"
@@ -19,6 +20,7 @@ struct Platform
     Machine& machine;
     SettingsStorage& settings;
     JobThread& jobThread;
+    JobHosts& jobHosts;
 };
 
 // The broker over the live machine. Every operation takes the calling thread's workspace and brings the classes up to
@@ -28,8 +30,6 @@ class ObjectBroker : public core::CimBroker
 public:
     explicit ObjectBroker(const Platform& platform);
 
-    // Drops the jobs that the last request has marked for deletion: no request comes after it.
-    ~ObjectBroker() override;
     ObjectBroker(const ObjectBroker&) = delete;
     ObjectBroker& operator=(const ObjectBroker&) = delete;
 
@@ -45,11 +45,11 @@ public:
     core::CimInstance* findInstance(const core::CimPath& path);
 
 private:
-    // The calling thread's workspace at the begin of a request about the class; jobs that are to go are gone.
+    // The calling thread's workspace at the begin of a request about the class.
     Workspace& beginRequest(const std::string& className);
 
     SettingsStore m_settings;
-    JobTable m_jobs;
+    Jobs m_jobs;
     Methods m_methods;
     // The last member: the instances that show jobs end before the jobs.
     ThreadWorkspaces m_workspaces;

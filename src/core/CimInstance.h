@@ -9,6 +9,21 @@
 
 namespace core {
 
+// Learns that an instance was marked for deletion, or that the mark was taken back.
+class DeletionListener
+{
+public:
+    DeletionListener(const DeletionListener&) = delete;
+    DeletionListener& operator=(const DeletionListener&) = delete;
+
+    // Called on the thread that marks, after the mark is stored. Waits two seconds at most.
+    virtual void onMarked(bool marked) noexcept = 0;
+
+protected:
+    DeletionListener() = default;
+    ~DeletionListener() = default;
+};
+
 // An instance of a CIM class with its properties, which it owns. Made and owned by the broker; the provider only reads
 // it, except for the delete flag. Used by one request at a time, but for the delete flag, which any thread may set and
 // read.
@@ -38,8 +53,17 @@ public:
     // virtual operations in front of getClassName, which belong to the broker.
     CimPropertyList::Iterator propertyIterator() { return m_properties.getIterator(); }
 
-    // Asks the broker to remove the instance; nothing is removed here.
-    void markForDeletion(bool marked) { m_deleted.store(marked); }
+    // Asks the broker to remove the instance, which stays as it is: stores the mark and tells the listener, if any.
+    void markForDeletion(bool marked)
+    {
+        m_deleted.store(marked);
+        if (m_deletionListener != nullptr) {
+            m_deletionListener->onMarked(marked);
+        }
+    }
+
+    // Null for none. Not owned; set before the instance is handed out.
+    void setDeletionListener(DeletionListener* listener) noexcept { m_deletionListener = listener; }
 
     // The object path: class name, ".", and the key properties as name=value joined by ",". Texts and references are
     // quoted, numbers are not. Without keys it is the class name and the ".", which no parser takes.
@@ -49,6 +73,7 @@ private:
     std::string m_className;
     CimPropertyList m_properties;
     std::atomic<bool> m_deleted{false};
+    DeletionListener* m_deletionListener = nullptr;
 };
 
 }  // namespace core

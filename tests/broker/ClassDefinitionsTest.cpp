@@ -83,8 +83,8 @@ TEST(ClassDefinitions, AreThoseOfTheServedInstances)
     world.adapters.set({fakes::address(1, "192.0.2.1")});
     world.adapters.set({fakes::ipConfiguration(1)});
     world.jobs.startDiagnostic(fakes::adapter(1), {}, 1);
-    world.machine.time += 2'000'000;
-    world.thread.work->work();
+    world.machine.pass(std::chrono::seconds{2});
+    world.thread.play();
     broker::Workspace workspace(world.sources());
     for (const auto& [className, expected] : defined) {
         workspace.begin(className);

@@ -1,7 +1,7 @@
 #include "broker/Fakes.h"
 
 #include <algorithm>
-#include <chrono>
+#include <utility>
 
 #include "Utils/Utils.h"
 
@@ -73,20 +73,107 @@ broker::StateChange Adapters::setAdministrativeState(const broker::Adapter& adap
     return stateChange;
 }
 
-std::map<std::string, broker::StoredValue> Storage::read(const std::string& key)
+namespace {
+
+thread_local bool isJobThread = false;
+
+bool belongsToJobs(const std::string& key)
 {
-    const std::lock_guard guard(m_mutex);
-    const auto found = m_keys.find(key);
-    return found == m_keys.end() ? std::map<std::string, broker::StoredValue>() : found->second;
+    return key == "Jobs" || key == "Results";
 }
 
-std::vector<std::string> Storage::children(const std::string& key)
+// A flag for real threads.
+class RealFlag final : public broker::Signal
 {
-    const std::lock_guard guard(m_mutex);
+public:
+    void raise() noexcept override
+    {
+        const std::lock_guard guard(m_mutex);
+        m_isRaised = true;
+        m_changed.notify_all();
+    }
+
+    bool wait(std::chrono::milliseconds limit) noexcept override
+    {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, std::min(limit, std::chrono::milliseconds{std::chrono::hours{1}}),
+                                  [this] { return m_isRaised; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_isRaised = false;
+};
+
+}  // namespace
+
+AsJobThread::AsJobThread() noexcept : m_before(std::exchange(isJobThread, true)) {}
+
+AsJobThread::~AsJobThread()
+{
+    isJobThread = m_before;
+}
+
+class Storage::Watch final : public broker::ChangeWatch
+{
+public:
+    Watch(std::shared_ptr<StoredKeys> stored, std::string key) : m_stored(std::move(stored)), m_key(std::move(key)) {}
+
+    bool hasChanged() override
+    {
+        const std::lock_guard guard(m_stored->mutex);
+        int now = 0;
+        for (const auto& [name, changes] : m_stored->changes) {
+            if (name == m_key || name.starts_with(m_key + "\\")) {
+                now += changes;
+            }
+        }
+        return std::exchange(m_seen, now) != now;
+    }
+
+private:
+    std::shared_ptr<StoredKeys> m_stored;
+    std::string m_key;
+    int m_seen = -1;
+};
+
+std::optional<broker::StoreResult> Storage::refusal(const std::string& key)
+{
+    const int change = ++changes;
+    if (change > lifetime) {
+        return broker::StoreResult::DONE;
+    }
+    if (!isWritable || (belongsToJobs(key) && !isJobThread)) {
+        return broker::StoreResult::ACCESS_DENIED;
+    }
+    if (change >= firstFailing && change <= lastFailing) {
+        return failure;
+    }
+    return std::nullopt;
+}
+
+std::optional<broker::StoredValues> Storage::read(const std::string& key)
+{
+    ++reads;
+    if (!isReadable) {
+        return std::nullopt;
+    }
+    const std::lock_guard guard(m_stored->mutex);
+    const auto found = m_stored->keys.find(key);
+    return found == m_stored->keys.end() ? broker::StoredValues() : found->second;
+}
+
+std::optional<std::vector<std::string>> Storage::children(const std::string& key)
+{
+    if (!isReadable) {
+        return std::nullopt;
+    }
+    const std::lock_guard guard(m_stored->mutex);
     std::vector<std::string> result;
     const std::string prefix = key + "\\";
-    for (const auto& [name, values] : m_keys) {
-        if (name.rfind(prefix, 0) == 0) {
+    for (const auto& [name, values] : m_stored->keys) {
+        if (name.starts_with(prefix)) {
             result.push_back(name.substr(prefix.size()));
         }
     }
@@ -100,37 +187,138 @@ bool Storage::canWrite(const std::string& /*key*/)
 
 broker::StoreResult Storage::write(const std::string& key, const std::string& name, const std::string& text)
 {
-    const std::lock_guard guard(m_mutex);
-    ++writes;
-    if (name == failingName) {
-        return failure;
+    if (const auto refused = refusal(key)) {
+        return *refused;
     }
-    m_keys[key][name] = {true, text};
+    set(key, name, text);
     return broker::StoreResult::DONE;
 }
 
 broker::StoreResult Storage::erase(const std::string& key)
 {
-    const std::lock_guard guard(m_mutex);
-    if (eraseResult == broker::StoreResult::DONE) {
-        m_keys.erase(key);
+    if (const auto refused = refusal(key)) {
+        return *refused;
     }
-    return eraseResult;
+    const std::lock_guard guard(m_stored->mutex);
+    m_stored->keys.erase(key);
+    ++m_stored->changes[key];
+    return broker::StoreResult::DONE;
+}
+
+broker::StoreResult Storage::eraseValue(const std::string& key, const std::string& name)
+{
+    if (const auto refused = refusal(key)) {
+        return *refused;
+    }
+    const std::lock_guard guard(m_stored->mutex);
+    m_stored->keys[key].erase(name);
+    ++m_stored->changes[key];
+    return broker::StoreResult::DONE;
+}
+
+std::unique_ptr<broker::ChangeWatch> Storage::watch(const std::string& key)
+{
+    return std::make_unique<Watch>(m_stored, key);
 }
 
 void Storage::set(const std::string& key, const std::string& name, const std::string& text, bool isText)
 {
-    const std::lock_guard guard(m_mutex);
-    m_keys[key][name] = {isText, text};
+    const std::lock_guard guard(m_stored->mutex);
+    m_stored->keys[key][name] = {isText, text};
+    ++m_stored->changes[key];
 }
 
 std::vector<std::string> Storage::values(const std::string& key)
 {
+    const std::lock_guard guard(m_stored->mutex);
     std::vector<std::string> result;
-    for (const auto& [name, value] : read(key)) {
+    const auto found = m_stored->keys.find(key);
+    if (found == m_stored->keys.end()) {
+        return result;
+    }
+    for (const auto& [name, value] : found->second) {
         result.push_back(name + "=" + value.text);
     }
     return result;
+}
+
+bool Hosts::announce() noexcept
+{
+    if (canAnnounce) {
+        const std::lock_guard guard(m_table->mutex);
+        m_table->alive.insert(m_name);
+    }
+    return canAnnounce;
+}
+
+bool Hosts::isAlive(const std::string& host)
+{
+    const std::lock_guard guard(m_table->mutex);
+    return m_table->alive.contains(host);
+}
+
+void Hosts::lock() noexcept
+{
+    m_table->jobs.lock();
+}
+
+void Hosts::unlock() noexcept
+{
+    m_table->jobs.unlock();
+}
+
+void Hosts::end()
+{
+    const std::lock_guard guard(m_table->mutex);
+    m_table->alive.erase(m_name);
+}
+
+class ManualThread::Flag final : public broker::Signal
+{
+public:
+    explicit Flag(ManualThread& thread) : m_thread(thread) {}
+
+    void raise() noexcept override { m_isRaised = true; }
+
+    bool wait(std::chrono::milliseconds limit) noexcept override
+    {
+        m_thread.limits.push_back(limit);
+        if (!m_isRaised && (m_thread.worksWhileWaited || limit == std::chrono::milliseconds::max())) {
+            m_thread.play();
+        }
+        return m_isRaised;
+    }
+
+private:
+    ManualThread& m_thread;
+    bool m_isRaised = false;
+};
+
+bool ManualThread::start(broker::JobWork& jobWork) noexcept
+{
+    ++starts;
+    if (canStart) {
+        m_work = &jobWork;
+    }
+    return canStart;
+}
+
+std::unique_ptr<broker::Signal> ManualThread::makeSignal()
+{
+    return std::make_unique<Flag>(*this);
+}
+
+std::optional<std::chrono::milliseconds> ManualThread::play()
+{
+    if (m_work == nullptr) {
+        return std::nullopt;
+    }
+    const AsJobThread as;
+    const auto pause = m_work->work();
+    if (!pause) {
+        m_work = nullptr;
+    }
+    return pause;
 }
 
 void RealThread::join()
@@ -140,7 +328,7 @@ void RealThread::join()
     }
 }
 
-bool RealThread::start(broker::JobWork& work)
+bool RealThread::start(broker::JobWork& work) noexcept
 {
     const std::lock_guard guard(m_mutex);
     // The thread before has nothing left to do, or none would be started: it takes no lock any more.
@@ -156,11 +344,17 @@ void RealThread::wake() noexcept
     m_wakeUp.notify_all();
 }
 
+std::unique_ptr<broker::Signal> RealThread::makeSignal()
+{
+    return std::make_unique<RealFlag>();
+}
+
 void RealThread::run(broker::JobWork& work)
 {
+    const AsJobThread as;
     while (const auto pause = work.work()) {
         std::unique_lock lock(m_mutex);
-        m_wakeUp.wait_for(lock, std::chrono::milliseconds(*pause), [this] { return m_isAwake; });
+        m_wakeUp.wait_for(lock, *pause, [this] { return m_isAwake; });
         m_isAwake = false;
     }
 }

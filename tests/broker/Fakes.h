@@ -1,9 +1,14 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <climits>
 #include <condition_variable>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -11,6 +16,7 @@
 
 #include "broker/model/Workspace.h"
 #include "broker/platform/AdapterSource.h"
+#include "broker/platform/JobHosts.h"
 #include "broker/platform/JobThread.h"
 #include "broker/platform/Machine.h"
 #include "broker/platform/SettingsStorage.h"
@@ -90,62 +96,182 @@ private:
     std::vector<broker::IpConfiguration> m_ipConfigurations;
 };
 
+// Two clocks that stand still until the test moves them.
 class Machine : public broker::Machine
 {
 public:
     std::string computerName() override { return "HOST"; }
-    std::string userName() override { return user; }
-    std::uint64_t now() override { return time; }
+    std::string userName() override
+    {
+        const std::lock_guard guard(m_mutex);
+        return m_user;
+    }
+    broker::WallTime now() noexcept override { return broker::WallTime{std::chrono::microseconds{wall}}; }
+    broker::SteadyTime steadyNow() noexcept override { return broker::SteadyTime{std::chrono::microseconds{steady}}; }
 
-    // Set before threads ask.
-    std::string user = "admin";
-    std::atomic<std::uint64_t> time{1'700'000'000'000'000};
+    // Time goes by.
+    void pass(std::chrono::microseconds time)
+    {
+        wall += time.count();
+        steady += time.count();
+    }
+
+    // Somebody sets the clock.
+    void setClock(std::chrono::microseconds change) { wall += change.count(); }
+
+    void setUser(const std::string& user)
+    {
+        const std::lock_guard guard(m_mutex);
+        m_user = user;
+    }
+
+    std::atomic<std::int64_t> wall{1'700'000'000'000'000};
+    std::atomic<std::int64_t> steady{5'000'000'000};
+
+private:
+    std::mutex m_mutex;
+    std::string m_user = "HOST\\admin";
 };
 
-// Settings in memory. Any thread.
+// What one machine has stored, for all of its processes. Any thread.
+class StoredKeys
+{
+public:
+    using Keys = std::map<std::string, broker::StoredValues>;
+
+    Keys copy()
+    {
+        const std::lock_guard guard(mutex);
+        return keys;
+    }
+
+    std::mutex mutex;
+    Keys keys;
+    // How often each key was changed.
+    std::map<std::string, int> changes;
+};
+
+// The storage as one process sees it. Jobs and results may be written by the job thread alone: a client's identity has
+// no right to. Any thread.
 class Storage : public broker::SettingsStorage
 {
 public:
-    std::map<std::string, broker::StoredValue> read(const std::string& key) override;
-    std::vector<std::string> children(const std::string& key) override;
+    // A storage that is empty, or one that other processes use too.
+    explicit Storage(std::shared_ptr<StoredKeys> stored = std::make_shared<StoredKeys>()) : m_stored(std::move(stored))
+    {
+    }
+
+    std::optional<broker::StoredValues> read(const std::string& key) override;
+    std::optional<std::vector<std::string>> children(const std::string& key) override;
     bool canWrite(const std::string& key) override;
     broker::StoreResult write(const std::string& key, const std::string& name, const std::string& text) override;
     broker::StoreResult erase(const std::string& key) override;
+    broker::StoreResult eraseValue(const std::string& key, const std::string& name) override;
+    std::unique_ptr<broker::ChangeWatch> watch(const std::string& key) override;
+
+    const std::shared_ptr<StoredKeys>& stored() const noexcept { return m_stored; }
 
     void set(const std::string& key, const std::string& name, const std::string& text, bool isText = true);
 
     // "name=text" of each value of the key.
     std::vector<std::string> values(const std::string& key);
 
-    // What a write of the value of this name answers; others succeed.
-    std::string failingName;
+    // How many changes were asked for, those that failed included.
+    std::atomic<int> changes{0};
+    // Changes from this one to the last one fail; 0 is none.
+    int firstFailing = 0;
+    int lastFailing = 0;
     broker::StoreResult failure = broker::StoreResult::FAILED;
-    broker::StoreResult eraseResult = broker::StoreResult::DONE;
-    int writes = 0;
-    bool isWritable = true;
+    // The process ends before the change after these; what it does then reaches nobody.
+    int lifetime = INT_MAX;
+    std::atomic<bool> isWritable{true};
+    std::atomic<bool> isReadable{true};
+    std::atomic<int> reads{0};
 
 private:
-    std::mutex m_mutex;
-    std::map<std::string, std::map<std::string, broker::StoredValue>> m_keys;
+    class Watch;
+
+    // What is to be answered at once, if anything.
+    std::optional<broker::StoreResult> refusal(const std::string& key);
+
+    std::shared_ptr<StoredKeys> m_stored;
 };
 
-// A thread that the test plays: it runs when the test says so.
+// While it lives, the calling thread is a job thread.
+class AsJobThread
+{
+public:
+    AsJobThread() noexcept;
+    ~AsJobThread();
+    AsJobThread(const AsJobThread&) = delete;
+    AsJobThread& operator=(const AsJobThread&) = delete;
+
+private:
+    bool m_before;
+};
+
+// The processes of a machine.
+class HostTable
+{
+public:
+    std::mutex mutex;
+    std::set<std::string> alive;
+    // Held by the host that changes what is stored.
+    std::recursive_mutex jobs;
+};
+
+// One of them, alive from its announcement to its end.
+class Hosts : public broker::JobHosts
+{
+public:
+    explicit Hosts(std::shared_ptr<HostTable> table = std::make_shared<HostTable>(), std::string name = "10-1")
+        : m_table(std::move(table)), m_name(std::move(name))
+    {
+    }
+    ~Hosts() override { end(); }
+    Hosts(const Hosts&) = delete;
+    Hosts& operator=(const Hosts&) = delete;
+
+    std::string own() override { return m_name; }
+    bool announce() noexcept override;
+    bool isAlive(const std::string& host) override;
+    void lock() noexcept override;
+    void unlock() noexcept override;
+
+    void end();
+
+    bool canAnnounce = true;
+
+private:
+    std::shared_ptr<HostTable> m_table;
+    std::string m_name;
+};
+
+// A thread that the test plays: while a request waits for it, or when the test says so.
 class ManualThread : public broker::JobThread
 {
 public:
-    bool start(broker::JobWork& jobWork) override
-    {
-        ++starts;
-        work = &jobWork;
-        return canStart;
-    }
-
+    bool start(broker::JobWork& jobWork) noexcept override;
     void wake() noexcept override { ++wakes; }
+    std::unique_ptr<broker::Signal> makeSignal() override;
 
-    broker::JobWork* work = nullptr;
+    // What the thread would do now; how long it would wait then.
+    std::optional<std::chrono::milliseconds> play();
+
+    bool isRunning() const noexcept { return m_work != nullptr; }
+
     bool canStart = true;
+    // Whether the thread works while somebody waits; otherwise it is busy elsewhere until play().
+    bool worksWhileWaited = true;
     int starts = 0;
     int wakes = 0;
+    // How long the waits were at most.
+    std::vector<std::chrono::milliseconds> limits;
+
+private:
+    class Flag;
+
+    broker::JobWork* m_work = nullptr;
 };
 
 // A real thread.
@@ -157,8 +283,9 @@ public:
     // Waits until nothing is left to do. Call before what the thread works on ends.
     void join();
 
-    bool start(broker::JobWork& work) override;
+    bool start(broker::JobWork& work) noexcept override;
     void wake() noexcept override;
+    std::unique_ptr<broker::Signal> makeSignal() override;
 
 private:
     void run(broker::JobWork& work);
@@ -179,8 +306,9 @@ public:
     Machine machine;
     Storage storage;
     ManualThread thread;
+    Hosts hosts;
     broker::SettingsStore settings{storage};
-    broker::JobTable jobs{adapters, machine, thread, storage};
+    broker::Jobs jobs{{adapters, machine, storage, thread, hosts}};
 };
 
 }  // namespace fakes

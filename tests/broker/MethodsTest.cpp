@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Utils/Exception.h"
 #include "broker/ArgumentList.h"
 #include "broker/Fakes.h"
 #include "broker/Properties.h"
@@ -31,6 +32,8 @@ protected:
     {
         argument<core::CimPropertyUint16, std::uint16_t>(name, value);
     }
+
+    void names(const std::vector<std::string>& names) { argument<core::CimPropertyString_arr>("Names", names); }
 
     // Calls the method of the class's instance of that index.
     std::uint32_t invoke(const std::string& className, const std::string& method, std::size_t index = 0)
@@ -81,12 +84,11 @@ TEST_F(Methods, RunLinkDiagnosticStartsAJobForThePort)
 
 TEST_F(Methods, RunLinkDiagnosticTakesTheSettingsCountWhenNoneIsGiven)
 {
-    m_world.storage.set("Diagnostics", "SampleCount", "1");
-    m_world.storage.set("Diagnostics", "SamplePeriodMilliseconds", "10");
+    m_world.storage.set("Diagnostics", "Setting", "SampleCount=1;SamplePeriodMilliseconds=10");
     m_in->add(new core::CimPropertyUint16("SampleCount"));
     EXPECT_EQ(invoke("Zerix_EthernetPort", "RunLinkDiagnostic"), 4096U);
-    m_world.machine.time += 10'000;
-    m_world.thread.work->work();
+    m_world.machine.pass(std::chrono::milliseconds{10});
+    m_world.thread.play();
     ASSERT_EQ(m_world.jobs.results().size(), 1U);
     EXPECT_EQ(m_world.jobs.results()[0]->bytesReceived.size(), 1U);
 }
@@ -140,10 +142,18 @@ TEST_F(Methods, OtherPortStatesAreInvalid)
               "DRAVEv2: EInvalidParameter:Argument RequestedState is missing");
 }
 
+TEST_F(Methods, RunLinkDiagnostic_ofABusyPort_isInUse)
+{
+    EXPECT_EQ(invoke("Zerix_EthernetPort", "RunLinkDiagnostic"), 4096U);
+    m_job = nullptr;
+    EXPECT_EQ(invoke("Zerix_EthernetPort", "RunLinkDiagnostic"), 6U);
+    EXPECT_EQ(m_job, nullptr);
+}
+
 TEST_F(Methods, RunningJobIsEndedOnce)
 {
-    invoke("Zerix_EthernetPort", "RunLinkDiagnostic");
-    invoke("Zerix_EthernetPort", "RunLinkDiagnostic");
+    invoke("Zerix_EthernetPort", "RunLinkDiagnostic", 0);
+    invoke("Zerix_EthernetPort", "RunLinkDiagnostic", 1);
     argument("RequestedState", 4);
     EXPECT_EQ(invoke("Zerix_ConcreteJob", "RequestStateChange", 0), 0U);
     EXPECT_EQ(invoke("Zerix_ConcreteJob", "RequestStateChange", 0), 4097U);
@@ -153,58 +163,76 @@ TEST_F(Methods, RunningJobIsEndedOnce)
     m_in.startAnew();
     argument("RequestedState", 2);
     EXPECT_EQ(invoke("Zerix_ConcreteJob", "RequestStateChange", 1), 5U);
-    EXPECT_EQ(m_world.jobs.jobs()[0].status.state, broker::JobState::TERMINATED);
-    EXPECT_EQ(m_world.jobs.jobs()[1].status.state, broker::JobState::KILLED);
+    EXPECT_EQ(m_world.jobs.jobs()[0].state, broker::JobState::TERMINATED);
+    EXPECT_EQ(m_world.jobs.jobs()[1].state, broker::JobState::KILLED);
 }
 
-TEST_F(Methods, GetErrorSetsTheOutputInPlace)
+TEST_F(Methods, JobOfSomebodyElse_isEndedByWhoMayWriteSettings)
 {
     invoke("Zerix_EthernetPort", "RunLinkDiagnostic");
-    auto* prefilled = new core::CimPropertyString("Error");
-    m_out->add(prefilled);
-    prefilled->setValue("default");
-    EXPECT_EQ(invoke("Zerix_ConcreteJob", "GetError"), 0U);
-    EXPECT_TRUE(prefilled->isNull());
-    m_world.machine.time += 1'000'000;
-    m_world.adapters.set(std::vector<broker::Adapter>());
-    m_world.thread.work->work();
-    EXPECT_EQ(invoke("Zerix_ConcreteJob", "GetError"), 0U);
-    EXPECT_EQ(prefilled->getValue(), "The adapter is gone or cannot be read");
-    EXPECT_EQ(m_out->size(), 1U);
+    argument("RequestedState", 4);
+    m_world.machine.setUser("HOST\\guest");
+    m_world.storage.isWritable = false;
+    EXPECT_THROW(invoke("Zerix_ConcreteJob", "RequestStateChange"), utils::EForbidden);
+    EXPECT_TRUE(m_world.jobs.jobs()[0].isRunning());
+    m_world.storage.isWritable = true;
+    EXPECT_EQ(invoke("Zerix_ConcreteJob", "RequestStateChange"), 0U);
 }
 
-TEST_F(Methods, GetErrorAddsTheOutputWhereNoneFits)
+TEST_F(Methods, RestoreDefaults_withoutNames_restoresAll)
 {
-    invoke("Zerix_EthernetPort", "RunLinkDiagnostic");
-    invoke("Zerix_ConcreteJob", "GetError");
-    ASSERT_EQ(m_out->size(), 1U);
-    EXPECT_TRUE(m_out->findProperty("Error")->isNull());
-    m_out.startAnew();
-    core::CimPropertyList other;
-    other.setOwnsElements(true);
-    auto* misfit = new core::CimPropertyUint8("Error");
-    other.add(misfit);
-    m_workspace.begin("Zerix_ConcreteJob");
-    const auto& jobs = m_workspace.instances("Zerix_ConcreteJob")->records();
-    m_methods.invoke(m_workspace, "GetError", {jobs[0], m_in, other, m_job});
-    EXPECT_TRUE(misfit->isOverriden());
-    EXPECT_EQ(other.findProperty("Error")->getType(), core::CimProperty::EPT_STRING);
+    const auto restored = [this] {
+        m_world.storage.set("Diagnostics", "Setting", "SampleCount=5;PassThresholdPercent=1");
+        EXPECT_EQ(invoke("Zerix_DiagnosticSetting", "RestoreDefaults"), 0U);
+        m_in.startAnew();
+        return m_world.storage.values("Diagnostics");
+    };
+    EXPECT_THAT(restored(), IsEmpty());
+    m_in->add(new core::CimPropertyString_arr("Names"));
+    EXPECT_THAT(restored(), IsEmpty());
+    names({"*"});
+    EXPECT_THAT(restored(), IsEmpty());
+    names({"samplecount", "*"});
+    EXPECT_THAT(restored(), IsEmpty());
+    names({"samplecount"});
+    EXPECT_THAT(restored(), ElementsAre("Setting=PassThresholdPercent=1"));
 }
 
-TEST_F(Methods, GetErrorTakesNoArgument)
+TEST_F(Methods, RestoreDefaults_ofNoOrUnknownNames_isInvalid)
 {
-    invoke("Zerix_EthernetPort", "RunLinkDiagnostic");
-    argument("Any", 1);
-    EXPECT_EQ(refusal("Zerix_ConcreteJob", "GetError"), "DRAVEv2: EInvalidParameter:Unknown argument Any");
+    m_world.storage.set("Diagnostics", "Setting", "SampleCount=5");
+    for (const std::vector<std::string>& given :
+         {std::vector<std::string>{}, {"Nothing"}, {"SampleCount", ""}, {"InstanceID"}})
+    {
+        m_in.startAnew();
+        names(given);
+        EXPECT_EQ(invoke("Zerix_DiagnosticSetting", "RestoreDefaults"), 5U);
+    }
+    EXPECT_THAT(m_world.storage.values("Diagnostics"), ElementsAre("Setting=SampleCount=5"));
+    m_in.startAnew();
+    argument("Names", 5);
+    EXPECT_EQ(refusal("Zerix_DiagnosticSetting", "RestoreDefaults"),
+              "DRAVEv2: EInvalidParameter:Argument Names is of type 4");
 }
 
-TEST_F(Methods, RestoreDefaultsForgetsWhatWasStored)
+TEST_F(Methods, RestoreDefaults_takesAnAdaptersLabelAway)
 {
-    m_world.storage.set("Diagnostics", "SampleCount", "5");
-    EXPECT_EQ(invoke("Zerix_DiagnosticSetting", "RestoreDefaults"), 0U);
-    EXPECT_EQ(m_world.settings.diagnosticSetting().sampleCount, 10);
-    m_world.storage.eraseResult = broker::StoreResult::FAILED;
+    const std::string key = "Adapters\\" + fakes::adapter(2).guid;
+    m_world.storage.set(key, "Setting", "ElementName=Uplink;Tag=7");
+    names({"Tag"});
+    EXPECT_EQ(invoke("Zerix_AdapterSetting", "RestoreDefaults", 1), 0U);
+    EXPECT_THAT(m_world.storage.values(key), ElementsAre("Setting=ElementName=Uplink"));
+    m_in.startAnew();
+    EXPECT_EQ(invoke("Zerix_AdapterSetting", "RestoreDefaults", 1), 0U);
+    EXPECT_EQ(m_world.settings.adapterSetting(fakes::adapter(2).guid).elementName, std::nullopt);
+}
+
+TEST_F(Methods, RestoreDefaults_refusedByTheStorage_fails)
+{
+    m_world.storage.isWritable = false;
     EXPECT_EQ(invoke("Zerix_DiagnosticSetting", "RestoreDefaults"), 4U);
+    m_world.storage.isReadable = false;
+    EXPECT_EQ(m_world.storage.values("Diagnostics").size(), 0U);
 }
 
 TEST_F(Methods, MethodThatTheClassLacksIsNotSupported)

@@ -110,8 +110,8 @@ protected:
     void takeAllSamples()
     {
         for (int i = 0; i < 10; ++i) {
-            m_machine.time += 1'000'000;
-            m_thread.work->work();
+            m_machine.pass(std::chrono::seconds{1});
+            m_thread.play();
         }
     }
 
@@ -119,7 +119,8 @@ protected:
     fakes::Machine m_machine;
     fakes::Storage m_storage;
     fakes::ManualThread m_thread;
-    broker::ObjectBroker m_broker{{m_adapters, m_machine, m_storage, m_thread}};
+    fakes::Hosts m_hosts;
+    broker::ObjectBroker m_broker{{m_adapters, m_machine, m_storage, m_thread, m_hosts}};
 };
 
 TEST_F(ObjectBroker, ListsAllInstancesOfExactlyTheClass)
@@ -141,7 +142,7 @@ TEST_F(ObjectBroker, UnknownClassIsAnEmptyList)
 TEST_F(ObjectBroker, UnreadableMachine_isAFailure)
 {
     FailingAdapters failing;
-    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
+    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
     core::CimPath port("Zerix_EthernetPort.DeviceID=\"a\"");
     core::CimPropertyList none;
     core::CimInstance* job = nullptr;
@@ -158,7 +159,7 @@ TEST_F(ObjectBroker, UnreadableMachine_isAFailure)
 TEST_F(ObjectBroker, UnreadableMachine_leavesOtherClasses)
 {
     FailingAdapters failing;
-    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
+    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
     for (const char* className : {"Zerix_RegisteredProfile", "Zerix_SoftwareIdentity", "Zerix_DiagnosticSetting"}) {
         EXPECT_EQ(broker.getInstances(className).size(), 1U) << className;
     }
@@ -168,11 +169,22 @@ TEST_F(ObjectBroker, UnreadableMachine_leavesOtherClasses)
 TEST_F(ObjectBroker, MachineReadableAgain_isServed)
 {
     FailingAdapters failing;
-    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
+    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
     EXPECT_THROW(broker.getInstances("Zerix_EthernetPort"), utils::EFailed);
     failing.isFailing = false;
     failing.set({fakes::adapter(1)});
     EXPECT_EQ(broker.getInstances("Zerix_EthernetPort").size(), 1U);
+}
+
+TEST_F(ObjectBroker, StorageThatMayNotBeRead_isAFailure)
+{
+    const support::LogCapture log(1);
+    m_storage.isReadable = false;
+    for (const char* className : {"Zerix_ConcreteJob", "Zerix_DiagnosticResult", "Zerix_DiagnosticSetting"}) {
+        EXPECT_THROW(m_broker.getInstances(className), utils::EFailed) << className;
+    }
+    core::CimPath path("Zerix_ConcreteJob.InstanceID=\"x\"");
+    EXPECT_THROW(m_broker.findInstance(path), utils::EFailed);
 }
 
 TEST_F(ObjectBroker, FindsInstancesThroughTheSharedInterface)
@@ -298,7 +310,7 @@ TEST_F(ObjectBroker, ChangeOfAnInstanceThatDoesNotExistIsNotFoundWhateverIsPut)
 TEST_F(ObjectBroker, ChangeThrowsNothingThatItsCallersDoNotKnow)
 {
     BrokenAdapters failing;
-    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread});
+    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
     core::CimPropertyList values;
     core::CimPath path("Zerix_AdapterSetting.InstanceID=\"x\"");
     EXPECT_EQ(thrown([&] { broker.modifyInstance(path, values); }), "EFailed DRAVEv2: out of order");
@@ -307,7 +319,7 @@ TEST_F(ObjectBroker, ChangeThrowsNothingThatItsCallersDoNotKnow)
 TEST_F(ObjectBroker, Failure_passedOn_keepsOnePrefix)
 {
     AssertingAdapters asserting;
-    broker::ObjectBroker broker({asserting, m_machine, m_storage, m_thread});
+    broker::ObjectBroker broker({asserting, m_machine, m_storage, m_thread, m_hosts});
     core::CimPropertyList values;
     core::CimPath path("Zerix_AdapterSetting.InstanceID=\"x\"");
     EXPECT_EQ(thrown([&] { broker.modifyInstance(path, values); }), "EFailed DRAVEv2: Assertion failed");
@@ -334,7 +346,7 @@ TEST_F(ObjectBroker, EveryInstanceMayBePutBackAsItIs)
             values.add(copyAsAClientSeesIt(*property).release());
         }
         // Time goes by between the reading and the writing.
-        m_machine.time += 1'500'000;
+        m_machine.pass(std::chrono::milliseconds{1500});
         broker::Adapter busier = fakes::adapter(1);
         busier.counters.bytesReceived += 99;
         m_adapters.set({busier, fakes::adapter(2)});
@@ -348,7 +360,7 @@ TEST_F(ObjectBroker, MethodOfAnInstanceThatDoesNotExistIsNotFound)
     core::CimPropertyList in;
     core::CimPropertyList out;
     core::CimInstance* job = nullptr;
-    EXPECT_EQ(thrown([&] { m_broker.invokeMethod(path, "GetError", in, out, job); }),
+    EXPECT_EQ(thrown([&] { m_broker.invokeMethod(path, "RequestStateChange", in, out, job); }),
               "ENotFound DRAVEv2: Instance Zerix_ConcreteJob.InstanceID=\"x\" does not exist");
 }
 
@@ -364,17 +376,16 @@ TEST_F(ObjectBroker, UnknownMethodIsNotSupported)
 TEST_F(ObjectBroker, JobIsFollowedByItsPath)
 {
     core::CimPath path(startJob()->toPathString());
-    m_machine.time += 1'000'000;
-    m_thread.work->work();
+    m_machine.pass(std::chrono::seconds{1});
+    m_thread.play();
     EXPECT_EQ(support::value(*m_broker.findInstance(path), "PercentComplete"), "10");
 }
 
-TEST_F(ObjectBroker, FlaggedJobIsGoneBeforeTheNextRequestOfAnyThread)
+TEST_F(ObjectBroker, FlaggedJob_isGoneAtOnceForEveryThread)
 {
     core::CimInstance* job = startJob();
     job->markForDeletion(true);
     std::thread([this] { EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U); }).join();
-    EXPECT_EQ(m_thread.wakes, 1);
     // This thread's instance stays until its own next call.
     EXPECT_EQ(support::value(*job, "JobState"), "4");
     EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U);
@@ -385,39 +396,14 @@ TEST_F(ObjectBroker, JobThatTheLastRequestFlaggedIsGoneForTheNextProcess)
     core::CimPath path(startJob()->toPathString());
     takeAllSamples();
     {
-        broker::ObjectBroker later({m_adapters, m_machine, m_storage, m_thread});
+        broker::ObjectBroker later({m_adapters, m_machine, m_storage, m_thread, m_hosts});
         core::CimInstance* job = later.findInstance(path);
         ASSERT_NE(job, nullptr);
         job->markForDeletion(true);
     }
-    broker::ObjectBroker last({m_adapters, m_machine, m_storage, m_thread});
+    broker::ObjectBroker last({m_adapters, m_machine, m_storage, m_thread, m_hosts});
     EXPECT_EQ(last.findInstance(path), nullptr);
     EXPECT_EQ(last.getInstances("Zerix_DiagnosticResult").size(), 1U);
-}
-
-class StoppedClock : public fakes::Machine
-{
-public:
-    std::uint64_t now() override
-    {
-        return isStopped ? throw std::runtime_error("out of order") : fakes::Machine::now();
-    }
-
-    bool isStopped = false;
-};
-
-TEST_F(ObjectBroker, JobsThatCannotBeSweptAtItsEndStayAndAreAnErrorLine)
-{
-    const support::LogCapture log(1);
-    startJob();
-    takeAllSamples();
-    StoppedClock machine;
-    {
-        broker::ObjectBroker later({m_adapters, machine, m_storage, m_thread});
-        machine.isStopped = true;
-    }
-    EXPECT_THAT(log.events(), ElementsAre(testing::EndsWith("broker::ObjectBroker::~ObjectBroker: error: "
-                                                            "Jobs marked for deletion stay: out of order\n")));
 }
 
 TEST_F(ObjectBroker, JobPastItsTimeGoesTheSameWay)
@@ -425,7 +411,7 @@ TEST_F(ObjectBroker, JobPastItsTimeGoesTheSameWay)
     core::CimPath path(startJob()->toPathString());
     takeAllSamples();
     EXPECT_EQ(support::value(*m_broker.findInstance(path), "JobState"), "7");
-    m_machine.time += 300'000'000;
+    m_machine.pass(std::chrono::seconds{300});
     EXPECT_EQ(m_broker.findInstance(path), nullptr);
 }
 

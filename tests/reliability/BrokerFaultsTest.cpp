@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -57,24 +58,22 @@ public:
     void fill() const
     {
         RegDeleteTreeA(m_root, SETTINGS_KEY);
-        store("Diagnostics", {{"SampleCount", "1"}, {"SamplePeriodMilliseconds", "10"}});
-        store((std::string("Jobs\\") + STORED_JOB).c_str(), {{"AdapterName", "eth"},
-                                                             {"Owner", "admin"},
-                                                             {"JobState", "7"},
-                                                             {"PercentComplete", "100"},
-                                                             {"Error", ""},
-                                                             {"StartTime", "1"},
-                                                             {"EndTime", "2"},
-                                                             {"Retention", "18446744073709551615"}});
+        store("Diagnostics", "Setting", "SampleCount=1;SamplePeriodMilliseconds=10");
+        // Ended yesterday, and kept for a year.
+        const auto yesterday = std::chrono::system_clock::now() - std::chrono::hours{24};
+        const std::string time =
+            std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(yesterday.time_since_epoch()).count());
+        store("Jobs", STORED_JOB,
+              "JobState=7;AdapterName=eth;AdapterGuid={};Owner=HOST\\admin;Host=1-1;PercentComplete=100;Error=;"
+              "StartTime=1;EndTime=" +
+                  time + ";Elapsed=1;Retention=31536000000000");
     }
 
 private:
-    void store(const char* key, std::initializer_list<std::pair<const char*, const char*>> values) const
+    void store(const char* key, const char* name, const std::string& text) const
     {
         const std::string path = std::string(SETTINGS_KEY) + "\\" + key;
-        for (const auto& [name, text] : values) {
-            RegSetKeyValueA(m_root, path.c_str(), name, REG_SZ, text, static_cast<DWORD>(std::string(text).size() + 1));
-        }
+        RegSetKeyValueA(m_root, path.c_str(), name, REG_SZ, text.c_str(), static_cast<DWORD>(text.size() + 1));
     }
 
     std::string m_name;

@@ -6,6 +6,7 @@
 
 #include <iphlpapi.h>
 #include <netioapi.h>
+#include <sddl.h>
 
 #include <atomic>
 #include <new>
@@ -211,8 +212,16 @@ const std::vector<FaultPoint>& brokerTable()
         {"FlsAlloc", "no slot left", EXCEPTION, 0, FaultyCall<decltype(FlsAlloc), noSlot>::install},
         {"FlsSetValue", "out of memory", OUT_OF_MEMORY, 0,
          FaultyCall<decltype(FlsSetValue), falseWithError<ERROR_NOT_ENOUGH_MEMORY>>::install},
-        {"GetUserNameW", "no logon session", UNCHANGED, 0,
-         FaultyCall<decltype(GetUserNameW), falseWithError<ERROR_NO_SUCH_LOGON_SESSION>>::install},
+        {"LookupAccountSidW", "no logon session", UNCHANGED, 0,
+         FaultyCall<decltype(LookupAccountSidW), falseWithError<ERROR_NO_SUCH_LOGON_SESSION>>::install},
+        {"OpenMutexA", "null", UNCHANGED, 0, FaultyCall<decltype(OpenMutexA), noHandle>::install},
+        {"ConvertStringSecurityDescriptorToSecurityDescriptorA", "out of memory", UNCHANGED, 0,
+         FaultyCall<decltype(ConvertStringSecurityDescriptorToSecurityDescriptorA),
+                    falseWithError<ERROR_NOT_ENOUGH_MEMORY>>::install},
+        {"RegNotifyChangeKeyValue", "access denied", UNCHANGED, 0,
+         FaultyCall<decltype(RegNotifyChangeKeyValue), accessDenied>::install},
+        {"RegDeleteValueA", "access denied", UNCHANGED, 0,
+         FaultyCall<decltype(RegDeleteValueA), accessDenied>::install},
         // A table that is refused is asked for once more.
         {"GetIfTable2", "out of memory", UNCHANGED, 0,
          FaultyCall<decltype(GetIfTable2), adapterError<ERROR_NOT_ENOUGH_MEMORY>>::install},
@@ -227,17 +236,17 @@ const std::vector<FaultPoint>& brokerTable()
          FaultyCall<decltype(GetIfEntry2), adapterError<ERROR_FILE_NOT_FOUND>>::install},
         {"SetIfEntry", "access denied", VALUE_LOST, 0,
          FaultyCall<decltype(SetIfEntry), adapterError<ERROR_ACCESS_DENIED>>::install},
-        {"RegOpenKeyExA", "access denied", UNCHANGED | VALUE_LOST | NOT_THERE, 0,
+        {"RegOpenKeyExA", "access denied", UNCHANGED | VALUE_LOST | NOT_THERE | EXCEPTION, 0,
          FaultyCall<decltype(RegOpenKeyExA), accessDenied>::install},
         {"RegCreateKeyExA", "access denied", UNCHANGED | EXCEPTION, 0,
          FaultyCall<decltype(RegCreateKeyExA), accessDenied>::install},
         {"RegSetValueExA", "access denied", UNCHANGED | EXCEPTION, 0,
          FaultyCall<decltype(RegSetValueExA), accessDenied>::install},
-        {"RegQueryInfoKeyA", "access denied", UNCHANGED | NOT_THERE, 0,
+        {"RegQueryInfoKeyA", "access denied", UNCHANGED | NOT_THERE | VALUE_LOST | EXCEPTION, 0,
          FaultyCall<decltype(RegQueryInfoKeyA), accessDenied>::install},
-        {"RegEnumKeyExA", "access denied", UNCHANGED | NOT_THERE, 0,
+        {"RegEnumKeyExA", "access denied", UNCHANGED | NOT_THERE | VALUE_LOST | EXCEPTION, 0,
          FaultyCall<decltype(RegEnumKeyExA), accessDenied>::install},
-        {"RegEnumValueA", "access denied", UNCHANGED | NOT_THERE, 0,
+        {"RegEnumValueA", "access denied", UNCHANGED | NOT_THERE | VALUE_LOST | EXCEPTION, 0,
          FaultyCall<decltype(RegEnumValueA), accessDenied>::install},
         {"RegDeleteKeyA", "access denied", UNCHANGED | VALUE_LOST, 0,
          FaultyCall<decltype(RegDeleteKeyA), accessDenied>::install},

@@ -165,10 +165,15 @@ AdvertiseTypes          Not Advertised
         changed = {line.split()[0]: line.split(None, 1)[1:] for line in out.split("\n") if line}
         self.assertEqual((changed["SampleCount"], changed["ElementName"]), (["7"], ["Nightly"]))
         self.expect(["get", SETTING], 0, out)
-        self.expect(["invoke", SETTING, "RestoreDefaults"], 0,
+        self.expect(["invoke", SETTING, "RestoreDefaults", "Names=*"], 0,
                     "Output       Value\n-----------  ---------------------------\n"
                     "ReturnValue  0 (Completed with No Error)\n")
         self.assertEqual(wmihost("get", SETTING), before)
+
+    def test_a_method_without_any_argument_gets_no_object_and_fails(self):
+        code, out, error = wmihost("invoke", SETTING, "RestoreDefaults")
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("WBEM_E_FAILED", error)
 
     def test_a_value_out_of_range_is_refused(self):
         self.expect(["set", SETTING, "SampleCount=601"], 1, "", "wmihost set " + SETTING + """ SampleCount=601: failed

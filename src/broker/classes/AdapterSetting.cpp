@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 
 #include "broker/classes/ClassNames.h"
@@ -14,11 +15,25 @@ struct Row
     AdapterSetting setting;
 };
 
+bool isThere(Workspace& workspace, const std::string& adapterGuid)
+{
+    const std::vector<Adapter>& adapters = workspace.adapters();
+    return std::any_of(adapters.begin(), adapters.end(),
+                       [&adapterGuid](const Adapter& adapter) { return adapter.guid == adapterGuid; });
+}
+
 std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
     for (const Adapter& adapter : workspace.adapters()) {
         result.push_back({adapter.guid, workspace.sources().settings.adapterSetting(adapter.guid)});
+    }
+    // And those of adapters that are gone, perhaps for good.
+    for (const std::string& guid : workspace.sources().settings.adaptersWithSetting()) {
+        AdapterSetting setting = workspace.sources().settings.adapterSetting(guid);
+        if (!isThere(workspace, guid) && (setting.elementName || setting.tag)) {
+            result.push_back({guid, std::move(setting)});
+        }
     }
     return result;
 }

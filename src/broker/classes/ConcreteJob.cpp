@@ -1,8 +1,8 @@
 #include <array>
 
-#include "Utils/Time.h"
 #include "broker/classes/ClassNames.h"
 #include "broker/classes/ServedClasses.h"
+#include "broker/classes/Times.h"
 #include "broker/model/Workspace.h"
 
 namespace broker {
@@ -11,29 +11,29 @@ namespace {
 
 struct Row
 {
-    JobTable& table;
-    JobTable::Entry entry;
+    Jobs& jobs;
+    JobStatus status;
 };
 
 std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
-    JobTable& table = workspace.sources().jobs;
-    for (JobTable::Entry& entry : table.jobs()) {
-        result.push_back({table, std::move(entry)});
+    Jobs& jobs = workspace.sources().jobs;
+    for (JobStatus& status : jobs.jobs()) {
+        result.push_back({jobs, std::move(status)});
     }
     return result;
 }
 
-// Marks the job for deletion when it is marked itself.
+// Deletes the job when it is marked for deletion.
 std::unique_ptr<core::CimInstance> makeInstance(const Row& row)
 {
-    return row.table.makeInstance(row.entry.job, CONCRETE_JOB);
+    return row.jobs.makeInstance(row.status.id, CONCRETE_JOB);
 }
 
 std::string jobId(const Row& row)
 {
-    return row.entry.status.id;
+    return row.status.id;
 }
 std::string jobName(const Row& /*row*/)
 {
@@ -41,12 +41,12 @@ std::string jobName(const Row& /*row*/)
 }
 std::string jobDescription(const Row& row)
 {
-    return "Link diagnostic of " + row.entry.status.adapterName;
+    return "Link diagnostic of " + row.status.adapterName;
 }
 
 std::string jobStatus(const Row& row)
 {
-    switch (row.entry.status.state) {
+    switch (row.status.state) {
         case JobState::RUNNING:
             return "Running";
         case JobState::COMPLETED:
@@ -56,30 +56,36 @@ std::string jobStatus(const Row& row)
         case JobState::KILLED:
             return "Killed";
         default:
-            return "Failed: " + row.entry.status.error;
+            return "Failed: " + row.status.error;
     }
 }
 
 std::optional<std::string> jobOwner(const Row& row)
 {
-    const std::string& owner = row.entry.status.owner;
+    const std::string& owner = row.status.owner;
     return owner.empty() ? std::nullopt : std::make_optional(owner);
 }
 
 std::uint16_t jobState(const Row& row)
 {
-    return static_cast<std::uint16_t>(row.entry.status.state);
+    return static_cast<std::uint16_t>(row.status.state);
 }
 std::uint16_t percentComplete(const Row& row)
 {
-    return row.entry.status.percentComplete;
+    return row.status.percentComplete;
 }
 
 std::uint16_t errorCode(const Row& row)
 {
     constexpr std::uint16_t NO_ERROR_FOUND = 0;
     constexpr std::uint16_t ADAPTER_NOT_READ = 1;
-    return row.entry.status.state == JobState::EXCEPTION ? ADAPTER_NOT_READ : NO_ERROR_FOUND;
+    return row.status.state == JobState::EXCEPTION ? ADAPTER_NOT_READ : NO_ERROR_FOUND;
+}
+
+std::optional<std::string> errorDescription(const Row& row)
+{
+    const std::string& error = row.status.error;
+    return error.empty() ? std::nullopt : std::make_optional(error);
 }
 
 // All jobs are of the same urgency.
@@ -89,15 +95,15 @@ std::uint32_t priority(const Row& /*row*/)
 }
 utils::Time jobStart(const Row& row)
 {
-    return utils::Time::timestamp(row.entry.status.startTime);
+    return timestamp(row.status.startTime);
 }
 utils::Time elapsedTime(const Row& row)
 {
-    return utils::Time::period(row.entry.status.elapsed);
+    return period(row.status.elapsed);
 }
 utils::Time timeBeforeRemoval(const Row& row)
 {
-    return utils::Time::period(row.entry.status.retention);
+    return period(row.status.retention);
 }
 bool deleteOnCompletion(const Row& /*row*/)
 {
@@ -113,6 +119,7 @@ constexpr std::array columns{
     column<&jobState>("JobState", PutRule::VOLATILE),
     column<&percentComplete>("PercentComplete", PutRule::VOLATILE),
     column<&errorCode>("ErrorCode", PutRule::VOLATILE),
+    column<&errorDescription>("ErrorDescription", PutRule::VOLATILE),
     column<&priority>("Priority"),
     column<&jobStart>("StartTime"),
     column<&elapsedTime>("ElapsedTime", PutRule::VOLATILE),

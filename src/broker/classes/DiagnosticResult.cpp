@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <array>
 
-#include "Utils/Time.h"
 #include "broker/classes/ClassNames.h"
 #include "broker/classes/ServedClasses.h"
+#include "broker/classes/Times.h"
 #include "broker/model/Workspace.h"
 
 namespace broker {
@@ -80,11 +80,11 @@ std::uint8_t passedPercent(const Row& row)
 }
 utils::Time resultStart(const Row& row)
 {
-    return utils::Time::timestamp(row.result->startTime);
+    return timestamp(row.result->startTime);
 }
 utils::Time duration(const Row& row)
 {
-    return utils::Time::period(row.result->duration);
+    return period(row.result->duration);
 }
 const std::vector<std::uint32_t>& bytesReceived(const Row& row)
 {

@@ -25,8 +25,8 @@ constexpr std::array columns{
                                                            &limitTo<DiagnosticSetting::SAMPLE_PERIODS>),
     writable<&DiagnosticSetting::passThresholdPercent>("PassThresholdPercent",
                                                        &limitTo<DiagnosticSetting::PASS_THRESHOLDS>),
-    writable<&DiagnosticSetting::jobRetentionSeconds>("JobRetentionSeconds", nullptr),
-    writable<&DiagnosticSetting::elementName>("ElementName", nullptr),
+    writable<&DiagnosticSetting::jobRetentionSeconds>("JobRetentionSeconds", &limitTo<DiagnosticSetting::RETENTIONS>),
+    writable<&DiagnosticSetting::elementName>("ElementName", &limitTo<DiagnosticSetting::NAME_LENGTHS>),
 };
 
 std::string storageKey(const std::string& /*id*/)

@@ -1,5 +1,6 @@
 #include <array>
 
+#include "Utils/Exception.h"
 #include "Utils/Utils.h"
 #include "broker/classes/ClassNames.h"
 #include "broker/classes/ServedClasses.h"
@@ -15,13 +16,25 @@ struct Row
 {
     const Adapter& adapter;
     const std::string& systemName;
+    // What the administrator calls the adapter, if anything.
+    std::optional<std::string> label;
 };
+
+std::optional<std::string> labelOf(const Adapter& adapter, SettingsStore& settings)
+{
+    try {
+        return settings.adapterSetting(adapter.guid).elementName;
+    } catch (const utils::EFailed&) {
+        // Logged. A port is worth showing without its label.
+        return std::nullopt;
+    }
+}
 
 std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
     for (const Adapter& adapter : workspace.adapters()) {
-        result.push_back({adapter, workspace.systemName()});
+        result.push_back({adapter, workspace.systemName(), labelOf(adapter, workspace.sources().settings)});
     }
     return result;
 }
@@ -71,6 +84,10 @@ const std::string& deviceId(const Row& row)
 const std::string& name(const Row& row)
 {
     return row.adapter.name;
+}
+const std::string& elementName(const Row& row)
+{
+    return row.label ? *row.label : row.adapter.name;
 }
 const std::string& description(const Row& row)
 {
@@ -301,7 +318,7 @@ constexpr std::array columns{
     keyWithoutCase<&className>("CreationClassName"),
     keyWithoutCase<&deviceId>("DeviceID"),
     column<&name>("Name"),
-    column<&name>("ElementName"),
+    column<&elementName>("ElementName"),
     column<&description>("Caption"),
     column<&description>("Description"),
     column<&permanentAddress>("PermanentAddress"),

@@ -20,7 +20,7 @@ std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
     const std::vector<Adapter>& adapters = workspace.adapters();
-    const std::uint64_t now = workspace.sources().machine.now();
+    const auto now = static_cast<std::uint64_t>(workspace.sources().machine.now().time_since_epoch().count());
     result.reserve(adapters.size());
     for (const Adapter& adapter : adapters) {
         result.push_back({adapter, now});

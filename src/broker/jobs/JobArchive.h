@@ -1,52 +1,65 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "Utils/Mutex.h"
 #include "broker/jobs/JobStatus.h"
 #include "broker/platform/SettingsStorage.h"
 
 namespace broker {
 
-// Ended jobs and the results of diagnostics in the storage, so that a client still finds them when the host has
-// unloaded the module in between. What cannot be stored is kept in memory only: a host whose identity may not write is
-// no failure of the job. Any thread; never throws.
+// What is stored of jobs and of the results of diagnostics: one value an entry, named like what it is an entry of. It
+// is shared with the other processes that carry on jobs. Any thread; acts under the identity of the calling thread.
 class JobArchive
 {
 public:
-    struct EndedJob
+    static constexpr char JOBS[] = "Jobs";
+    static constexpr char RESULTS[] = "Results";
+
+    // All that is stored, in no order.
+    struct Contents
     {
-        JobStatus status;
-        std::uint64_t endTime = 0;
+        std::vector<StoredJob> jobs;
+        std::vector<std::shared_ptr<const DiagnosticResult>> results;
+        // The names of entries that cannot be understood.
+        std::vector<std::string> unreadableJobs;
+        std::vector<std::string> unreadableResults;
     };
 
     // The storage must outlive the archive.
-    explicit JobArchive(SettingsStorage& storage) noexcept : m_storage(storage) {}
+    explicit JobArchive(SettingsStorage& storage) : m_storage(storage) {}
 
-    void keep(const EndedJob& job) noexcept;
-    void keep(const DiagnosticResult& result) noexcept;
+    // To be held from reading or writing here until the registry of jobs says the same.
+    utils::Mutex& mutex() noexcept { return m_mutex; }
 
-    // What is not there is dropped all the same.
-    void dropJob(const std::string& id) noexcept;
-    void dropResult(const std::string& id) noexcept;
+    // What is stored, or nothing when no process has changed it since it was read last. Throws utils::EFailed when it
+    // cannot be read; the next call then reads again.
+    std::optional<Contents> readIfChanged();
 
-    // What earlier processes kept, the oldest first. An entry that cannot be understood is ignored with one error line.
-    std::vector<EndedJob> jobs() noexcept;
-    std::vector<std::shared_ptr<const DiagnosticResult>> results() noexcept;
+    // The next call of readIfChanged() reads, whatever the platform says about changes.
+    void readAgain();
+
+    // Each writes an error line and returns false when it fails; none throws.
+    bool store(const StoredJob& job) noexcept;
+    bool store(const DiagnosticResult& result) noexcept;
+    bool dropJob(const std::string& id) noexcept;
+    bool dropResult(const std::string& id) noexcept;
 
 private:
-    using Values = std::vector<std::pair<const char*, std::string>>;
-
-    template <class MakeValues>
-    void store(const char* parent, const std::string& id, MakeValues makeValues) noexcept;
-    template <class Take>
-    void load(const char* parent, Take take) noexcept;
-    void drop(const char* parent, const std::string& id) noexcept;
+    template <class Entry>
+    bool store(const char* key, const Entry& entry, const std::string& id) noexcept;
+    bool drop(const char* key, const std::string& id) noexcept;
+    StoredValues read(const char* key);
+    void noteChanges();
 
     SettingsStorage& m_storage;
+    utils::Mutex m_mutex;
+    std::unique_ptr<ChangeWatch> m_jobsWatch;
+    std::unique_ptr<ChangeWatch> m_resultsWatch;
+    bool m_isRead = false;
 };
 
 }  // namespace broker

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "broker/platform/Machine.h"
 
 namespace broker {
 
@@ -15,20 +18,33 @@ enum class JobState : std::uint16_t
     EXCEPTION = 10
 };
 
-// A job at one moment. Times are in microseconds.
+// A job at one moment.
 struct JobStatus
 {
     std::string id;
     std::string adapterName;
+    std::string adapterGuid;
     std::string owner;
     JobState state = JobState::RUNNING;
     std::uint16_t percentComplete = 0;
     // Empty unless the state is EXCEPTION.
     std::string error;
-    std::uint64_t startTime = 0;
-    std::uint64_t elapsed = 0;
+    WallTime startTime;
+    std::chrono::microseconds elapsed{0};
     // How long the job is kept once it has ended.
-    std::uint64_t retention = 0;
+    std::chrono::microseconds retention{0};
+
+    bool isRunning() const noexcept { return state == JobState::RUNNING; }
+};
+
+// A job as it is stored.
+struct StoredJob
+{
+    JobStatus status;
+    // The process that carries it on, or did.
+    std::string host;
+    // Means nothing while the job runs.
+    WallTime endTime;
 };
 
 // What a diagnostic found; never changes.
@@ -40,8 +56,8 @@ struct DiagnosticResult
     JobState jobState = JobState::COMPLETED;
     bool isPassed = false;
     std::uint8_t passedPercent = 0;
-    std::uint64_t startTime = 0;
-    std::uint64_t duration = 0;
+    WallTime startTime;
+    std::chrono::microseconds duration{0};
     std::vector<std::uint32_t> bytesReceived;
     std::vector<std::uint32_t> bytesTransmitted;
     std::vector<std::string> errors;

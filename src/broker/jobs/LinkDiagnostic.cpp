@@ -10,7 +10,6 @@ namespace broker {
 
 namespace {
 
-constexpr std::uint64_t MICROSECONDS_PER_MILLISECOND = 1000;
 constexpr std::size_t ALL_PERCENT = 100;
 
 // How far a counter of bytes or packets has come. After a restart of the driver it counts from 0 again.
@@ -68,16 +67,16 @@ std::string problem(const Adapter& before, const Adapter& now)
 }  // namespace
 
 LinkDiagnostic::LinkDiagnostic(const DiagnosticSetting& setting, std::uint16_t sampleCount, Adapter start,
-                               std::uint64_t startTime)
+                               SteadyTime startTime)
     : m_sampleCount(sampleCount),
-      m_period(setting.samplePeriodMilliseconds * MICROSECONDS_PER_MILLISECOND),
+      m_period(setting.samplePeriodMilliseconds),
       m_thresholdPercent(setting.passThresholdPercent),
       m_last(std::move(start)),
       m_nextDue(startTime + m_period)
 {
 }
 
-bool LinkDiagnostic::takeSample(const std::optional<Adapter>& reading, std::uint64_t time)
+bool LinkDiagnostic::takeSample(const std::optional<Adapter>& reading, SteadyTime time)
 {
     // Another adapter may have taken the place of the one that is gone.
     if (!reading || reading->guid != m_last.guid) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,25 +8,26 @@
 
 #include "broker/model/SettingsStore.h"
 #include "broker/platform/AdapterSource.h"
+#include "broker/platform/Machine.h"
 
 namespace broker {
 
 // Samples the state and the counters of an adapter. Pure: the caller passes in the time and what was read. A sample
 // passes when the adapter has a link and since the sample before no packet was in error and at most one, or one in a
-// hundred, was discarded. Times are in microseconds.
+// hundred, was discarded.
 class LinkDiagnostic
 {
 public:
     // `start` is the adapter at the start of the job, from which the first sample counts.
-    LinkDiagnostic(const DiagnosticSetting& setting, std::uint16_t sampleCount, Adapter start, std::uint64_t startTime);
+    LinkDiagnostic(const DiagnosticSetting& setting, std::uint16_t sampleCount, Adapter start, SteadyTime startTime);
 
     const Adapter& adapter() const noexcept { return m_last; }
 
     // When the next sample is due.
-    std::uint64_t nextDue() const noexcept { return m_nextDue; }
+    SteadyTime nextDue() const noexcept { return m_nextDue; }
 
     // Takes what was read at the time. False when there is nothing to sample: the adapter is gone or cannot be read.
-    bool takeSample(const std::optional<Adapter>& reading, std::uint64_t time);
+    bool takeSample(const std::optional<Adapter>& reading, SteadyTime time);
 
     bool isComplete() const noexcept { return m_bytesReceived.size() == m_sampleCount; }
     std::uint16_t percentComplete() const noexcept;
@@ -48,10 +50,10 @@ private:
     std::uint8_t unfailedPercent() const noexcept;
 
     std::size_t m_sampleCount;
-    std::uint64_t m_period;
+    std::chrono::milliseconds m_period;
     std::uint8_t m_thresholdPercent;
     Adapter m_last;
-    std::uint64_t m_nextDue;
+    SteadyTime m_nextDue;
     std::vector<std::uint32_t> m_bytesReceived;
     std::vector<std::uint32_t> m_bytesTransmitted;
     std::size_t m_failedSamples = 0;

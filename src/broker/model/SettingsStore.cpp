@@ -4,6 +4,7 @@
 
 #include "Utils/Exception.h"
 #include "Utils/Log.h"
+#include "broker/model/Fields.h"
 
 namespace broker {
 
@@ -11,138 +12,196 @@ namespace {
 
 constexpr const char* FILE_NAME = "SettingsStore";
 
-// The stored values of a key. What does not fit is left out, so that the default holds.
-class StoredValues
+std::optional<std::uint64_t> numberIn(const std::string& text)
+{
+    std::uint64_t number = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end ? std::make_optional(number) : std::nullopt;
+}
+
+void expectDone(StoreResult result, const std::string& key)
+{
+    const std::string message = "Setting " + key + " could not be stored";
+    if (result == StoreResult::ACCESS_DENIED) {
+        throw utils::EForbidden(message + ": access denied");
+    }
+    if (result != StoreResult::DONE) {
+        throw utils::EFailed(message);
+    }
+}
+
+}  // namespace
+
+// Reads the fields of a setting. What does not fit is left out, so that the default holds.
+class SettingsStore::Reader
 {
 public:
-    StoredValues(const std::string& key, SettingsStorage& storage) : m_key(key), m_values(storage.read(key)) {}
+    Reader(SettingsStore& store, const std::string& key) : m_store(store), m_key(key), m_fields(store.fields(key)) {}
 
     void read(const char* name, Lengths lengths, std::optional<std::string>& result) const
     {
-        if (const StoredValue* value = find(name)) {
-            if (value->isText && lengths.contain(value->text.size())) {
-                result = value->text;
-            } else {
-                ignore(name, *value);
-            }
+        const auto field = m_fields.find(name);
+        if (field == m_fields.end()) {
+            return;
+        }
+        if (lengths.contain(field->second.size()) && field->second.find('\0') == std::string::npos) {
+            result = field->second;
+        } else {
+            ignore(name, field->second);
         }
     }
 
-    void read(const char* name, std::string& result) const
+    void read(const char* name, Lengths lengths, std::string& result) const
     {
         std::optional<std::string> text;
-        read(name, Lengths{0, 0}, text);
-        if (text) {
-            result = *text;
-        }
+        read(name, lengths, text);
+        result = text.value_or(result);
     }
 
     template <class Number>
     void read(const char* name, Range range, Number& result) const
     {
-        if (const StoredValue* value = find(name)) {
-            const std::optional<std::uint64_t> number = numberIn(*value);
-            if (number && range.contains(*number)) {
-                result = static_cast<Number>(*number);
-            } else {
-                ignore(name, *value);
-            }
+        const auto field = m_fields.find(name);
+        if (field == m_fields.end()) {
+            return;
+        }
+        const std::optional<std::uint64_t> number = numberIn(field->second);
+        if (number && range.contains(*number)) {
+            result = static_cast<Number>(*number);
+        } else {
+            ignore(name, field->second);
         }
     }
 
 private:
-    const StoredValue* find(const char* name) const
+    void ignore(const char* name, const std::string& text) const
     {
-        const auto value = m_values.find(name);
-        return value == m_values.end() ? nullptr : &value->second;
-    }
-
-    static std::optional<std::uint64_t> numberIn(const StoredValue& value)
-    {
-        std::uint64_t number = 0;
-        const char* end = value.text.data() + value.text.size();
-        const auto [stop, error] = std::from_chars(value.text.data(), end, number);
-        return value.isText && error == std::errc() && stop == end ? std::make_optional(number) : std::nullopt;
-    }
-
-    void ignore(const char* name, const StoredValue& value) const
-    {
-        static constexpr utils::LogSite here{FILE_NAME, "broker::StoredValues::ignore"};
-        if (value.isText) {
-            here.error("Value '%s' of %s\\%s is out of range and is ignored", value.text.c_str(), m_key.c_str(), name);
-        } else {
-            here.error("Value of %s\\%s is no text and is ignored", m_key.c_str(), name);
+        static constexpr utils::LogSite here{FILE_NAME, "broker::SettingsStore::Reader::ignore"};
+        if (m_store.isNew(m_key + "\\" + name + "=" + text)) {
+            here.error("Value '%s' of %s in %s is out of range and is ignored", text.c_str(), name, m_key.c_str());
         }
     }
 
-    std::string m_key;
-    std::map<std::string, StoredValue> m_values;
+    SettingsStore& m_store;
+    const std::string& m_key;
+    const Fields& m_fields;
 };
-
-}  // namespace
 
 AdapterSetting SettingsStore::adapterSetting(const std::string& adapterGuid)
 {
+    const utils::MutexGuard guard(m_mutex);
     const std::string key = AdapterSetting::key(adapterGuid);
-    const StoredValues values(key, m_storage);
+    const Reader reader(*this, key);
     AdapterSetting setting;
-    values.read("ElementName", AdapterSetting::LABEL_LENGTHS, setting.elementName);
-    values.read("Tag", AdapterSetting::TAG_LENGTHS, setting.tag);
+    reader.read("ElementName", AdapterSetting::LABEL_LENGTHS, setting.elementName);
+    reader.read("Tag", AdapterSetting::TAG_LENGTHS, setting.tag);
     return setting;
 }
 
 DiagnosticSetting SettingsStore::diagnosticSetting()
 {
-    const StoredValues values(DiagnosticSetting::KEY, m_storage);
+    const utils::MutexGuard guard(m_mutex);
+    const std::string key = DiagnosticSetting::KEY;
+    const Reader reader(*this, key);
     DiagnosticSetting setting;
-    values.read("SampleCount", DiagnosticSetting::SAMPLE_COUNTS, setting.sampleCount);
-    values.read("SamplePeriodMilliseconds", DiagnosticSetting::SAMPLE_PERIODS, setting.samplePeriodMilliseconds);
-    values.read("PassThresholdPercent", DiagnosticSetting::PASS_THRESHOLDS, setting.passThresholdPercent);
-    values.read("JobRetentionSeconds", Range{0, UINT64_MAX}, setting.jobRetentionSeconds);
-    values.read("ElementName", setting.elementName);
+    reader.read("SampleCount", DiagnosticSetting::SAMPLE_COUNTS, setting.sampleCount);
+    reader.read("SamplePeriodMilliseconds", DiagnosticSetting::SAMPLE_PERIODS, setting.samplePeriodMilliseconds);
+    reader.read("PassThresholdPercent", DiagnosticSetting::PASS_THRESHOLDS, setting.passThresholdPercent);
+    reader.read("JobRetentionSeconds", DiagnosticSetting::RETENTIONS, setting.jobRetentionSeconds);
+    reader.read("ElementName", DiagnosticSetting::NAME_LENGTHS, setting.elementName);
     return setting;
 }
 
-void SettingsStore::write(const std::string& key, const std::vector<std::pair<std::string, std::string>>& values)
+std::vector<std::string> SettingsStore::adaptersWithSetting()
 {
-    const utils::MutexGuard guard(m_changes);
-    const std::map<std::string, StoredValue> before = m_storage.read(key);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const StoreResult result = m_storage.write(key, values[i].first, values[i].second);
-        if (result == StoreResult::DONE) {
-            continue;
+    const utils::MutexGuard guard(m_mutex);
+    Group& group = current(m_adapters.key);
+    if (!group.children) {
+        group.children = m_storage.children(group.key);
+        if (!group.children) {
+            throw utils::EFailed("Settings of adapters could not be read");
         }
-        if (i != 0) {
-            restore(key, before);
-        }
-        const std::string message = "Setting " + key + " could not be stored";
-        if (result == StoreResult::ACCESS_DENIED) {
-            throw utils::EForbidden(message + ": access denied");
-        }
-        throw utils::EFailed(message);
     }
+    return *group.children;
 }
 
-bool SettingsStore::erase(const std::string& key)
+void SettingsStore::write(const std::string& key, const std::vector<std::pair<std::string, std::string>>& changes)
 {
-    const utils::MutexGuard guard(m_changes);
-    return m_storage.erase(key) == StoreResult::DONE;
-}
-
-void SettingsStore::restore(const std::string& key, const std::map<std::string, StoredValue>& values)
-{
-    static constexpr utils::LogSite here{FILE_NAME, "broker::SettingsStore::restore"};
-    // The storage takes back no single value, and one that was not there before must go.
-    bool isRestored = m_storage.erase(key) == StoreResult::DONE;
-    for (const auto& [name, value] : values) {
-        // What was no text was ignored before and stays out.
-        if (value.isText) {
-            isRestored = m_storage.write(key, name, value.text) == StoreResult::DONE && isRestored;
+    for (const auto& [name, text] : changes) {
+        if (text.find('\0') != std::string::npos) {
+            throw utils::EInvalidParameter("Value of " + name + " property has a zero in it");
         }
     }
-    if (!isRestored) {
-        here.error("Setting %s could not be put back as it was", key.c_str());
+    const utils::MutexGuard guard(m_mutex);
+    Fields changed = fields(key);
+    for (const auto& [name, text] : changes) {
+        changed[name] = text;
     }
+    store(key, changed);
+}
+
+void SettingsStore::restoreDefaults(const std::string& key, const std::vector<std::string>& names)
+{
+    const utils::MutexGuard guard(m_mutex);
+    if (names.empty()) {
+        current(key).known.clear();
+        expectDone(m_storage.erase(key), key);
+        return;
+    }
+    Fields left = fields(key);
+    for (const std::string& name : names) {
+        left.erase(name);
+    }
+    store(key, left);
+}
+
+SettingsStore::Group& SettingsStore::current(const std::string& key)
+{
+    Group& group = key == m_diagnostics.key ? m_diagnostics : m_adapters;
+    if (group.watch == nullptr) {
+        group.watch = m_storage.watch(group.key);
+    }
+    if (group.watch->hasChanged()) {
+        group.known.clear();
+        group.children.reset();
+    }
+    return group;
+}
+
+const SettingsStore::Fields& SettingsStore::fields(const std::string& key)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::SettingsStore::fields"};
+    std::map<std::string, Fields>& known = current(key).known;
+    const auto found = known.find(key);
+    if (found != known.end()) {
+        return found->second;
+    }
+    const std::optional<StoredValues> values = m_storage.read(key);
+    if (!values) {
+        throw utils::EFailed("Setting " + key + " could not be read");
+    }
+    const auto value = values->find(VALUE);
+    std::optional<Fields> fields = Fields();
+    if (value != values->end()) {
+        fields = value->second.isText ? splitFields(value->second.text) : std::nullopt;
+    }
+    if (!fields && isNew(key + "=" + value->second.text)) {
+        here.error("Setting %s cannot be understood and is ignored", key.c_str());
+    }
+    return known[key] = std::move(fields).value_or(Fields());
+}
+
+void SettingsStore::store(const std::string& key, const Fields& fields)
+{
+    // What is known may be old from here on, whatever comes of it.
+    current(key).known.clear();
+    expectDone(m_storage.write(key, VALUE, joinFields({fields.begin(), fields.end()})), key);
+}
+
+bool SettingsStore::isNew(const std::string& misfit)
+{
+    return m_reported.insert(misfit).second;
 }
 
 }  // namespace broker

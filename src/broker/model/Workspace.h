@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "broker/jobs/JobTable.h"
+#include "broker/jobs/Jobs.h"
 #include "broker/model/ServedClass.h"
 #include "broker/model/SettingsStore.h"
 #include "broker/platform/AdapterSource.h"
@@ -19,7 +19,7 @@ struct Sources
     AdapterSource& adapters;
     Machine& machine;
     SettingsStore& settings;
-    JobTable& jobs;
+    Jobs& jobs;
 };
 
 // The instances that one thread's requests read, with the references between them. Belongs to one thread.

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,7 +13,11 @@ struct StoredValue
 {
     bool isText = false;
     std::string text;
+
+    friend bool operator==(const StoredValue&, const StoredValue&) = default;
 };
+
+using StoredValues = std::map<std::string, StoredValue>;
 
 enum class StoreResult
 {
@@ -20,9 +26,25 @@ enum class StoreResult
     FAILED
 };
 
+// Tells whether a key has changed, whoever changed it.
+// CONTRACT: one thread at a time. Never fails: where the platform cannot tell, the answer is "changed".
+class ChangeWatch
+{
+public:
+    ChangeWatch() = default;
+    virtual ~ChangeWatch() = default;
+    ChangeWatch(const ChangeWatch&) = delete;
+    ChangeWatch& operator=(const ChangeWatch&) = delete;
+
+    // Whether the key, its values or a key below it may have changed since the call before. True at the first call.
+    // What changes after the call is seen by the next one, so ask first and read then.
+    virtual bool hasChanged() = 0;
+};
+
 // Platform boundary: values that survive the process, as texts by name, grouped under keys. A key is a relative path
 // of parts separated by backslashes.
-// CONTRACT: acts under the identity of the calling thread. Failures are results and are logged. Any thread.
+// CONTRACT: acts under the identity of the calling thread. Failures are results, and each writes one error line unless
+// it says otherwise. Any thread.
 class SettingsStorage
 {
 public:
@@ -31,20 +53,26 @@ public:
     SettingsStorage(const SettingsStorage&) = delete;
     SettingsStorage& operator=(const SettingsStorage&) = delete;
 
-    // All values of the key; none when it does not exist or cannot be read.
-    virtual std::map<std::string, StoredValue> read(const std::string& key) = 0;
+    // All values of the key as they were at one moment, none when it does not exist; empty when they could not be read.
+    virtual std::optional<StoredValues> read(const std::string& key) = 0;
 
-    // The names of the keys below the key; none when it does not exist or cannot be read.
-    virtual std::vector<std::string> children(const std::string& key) = 0;
+    // The names of the keys below the key, none when it does not exist; empty when they could not be read.
+    virtual std::optional<std::vector<std::string>> children(const std::string& key) = 0;
 
     // Whether the key, or what is missing of it, could be written. Logs nothing.
     virtual bool canWrite(const std::string& key) = 0;
 
-    // Creates the key where it is missing.
+    // Sets one value, which from then on is there as a whole. Creates the key where it is missing.
     virtual StoreResult write(const std::string& key, const std::string& name, const std::string& text) = 0;
 
     // Removes the key with its values. A key that does not exist is done.
     virtual StoreResult erase(const std::string& key) = 0;
+
+    // Removes one value. A value or a key that does not exist is done.
+    virtual StoreResult eraseValue(const std::string& key, const std::string& name) = 0;
+
+    // A watch of the key, which may not exist yet. Ends before the storage.
+    virtual std::unique_ptr<ChangeWatch> watch(const std::string& key) = 0;
 };
 
 }  // namespace broker

@@ -2,6 +2,7 @@
 #include "broker/ObjectBroker.h"
 #include "broker/windows/PlatformAdapters.h"
 #include "broker/windows/RegistryStorage.h"
+#include "broker/windows/WindowsJobHosts.h"
 #include "broker/windows/WindowsJobThread.h"
 #include "broker/windows/WindowsMachine.h"
 
@@ -14,7 +15,8 @@ struct BrokerModule
     broker::WindowsMachine machine;
     broker::RegistryStorage settings;
     broker::WindowsJobThread jobThread;
-    broker::ObjectBroker broker{{adapters, machine, settings, jobThread}};
+    broker::WindowsJobHosts jobHosts;
+    broker::ObjectBroker broker{{adapters, machine, settings, jobThread, jobHosts}};
 };
 
 // Ends with the module, but not with the process: there, threads are gone wherever they stood.

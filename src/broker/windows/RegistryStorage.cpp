@@ -5,6 +5,7 @@
 
 #include "Os/Windows/WindowsRegistry.h"
 #include "Utils/Log.h"
+#include "broker/windows/RegistryWatch.h"
 
 namespace broker {
 
@@ -88,34 +89,46 @@ StoreResult failureOf(const std::string& path)
     return writeStatus(path) == ERROR_ACCESS_DENIED ? StoreResult::ACCESS_DENIED : StoreResult::FAILED;
 }
 
-}  // namespace
-
-std::map<std::string, StoredValue> RegistryStorage::read(const std::string& key)
+// What shows whether the values of a key have changed, and how much room they take.
+struct KeyState
 {
-    std::map<std::string, StoredValue> result;
-    const OpenKey opened(fullPath(key), KEY_READ);
+    explicit KeyState(HKEY key)
+        : status(registry().queryInfoKey(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values,
+                                         &maxNameLength, &maxDataLength, nullptr, &lastWrite))
+    {
+    }
+
+    bool operator!=(const KeyState& other) const noexcept
+    {
+        return status != other.status || values != other.values || maxNameLength != other.maxNameLength ||
+               maxDataLength != other.maxDataLength || CompareFileTime(&lastWrite, &other.lastWrite) != 0;
+    }
+
+    DWORD values = 0;
     DWORD maxNameLength = 0;
     DWORD maxDataLength = 0;
-    if (opened.status() != ERROR_SUCCESS ||
-        registry().queryInfoKey(opened.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                &maxNameLength, &maxDataLength, nullptr, nullptr) != ERROR_SUCCESS)
-    {
-        return result;
-    }
+    FILETIME lastWrite{};
+    // The last member: the ones before it are filled in while this one is made.
+    LSTATUS status;
+};
+
+// ERROR_NO_MORE_ITEMS when all of them were read.
+LSTATUS readValues(HKEY key, const KeyState& state, StoredValues& values)
+{
     // The lengths are those of the longest wide texts; in the code page a character may take more than one byte.
     constexpr DWORD BYTES_PER_CHARACTER = 4;
-    std::string name(maxNameLength * BYTES_PER_CHARACTER + 1, '\0');
-    std::string data(maxDataLength * BYTES_PER_CHARACTER, '\0');
+    std::string name(state.maxNameLength * BYTES_PER_CHARACTER + 1, '\0');
+    std::string data(state.maxDataLength * BYTES_PER_CHARACTER, '\0');
     for (DWORD index = 0;; ++index) {
         DWORD nameLength = static_cast<DWORD>(name.size());
         DWORD dataLength = static_cast<DWORD>(data.size());
         DWORD type = REG_NONE;
-        if (registry().enumValue(opened.get(), index, name.data(), &nameLength, nullptr, &type,
-                                 reinterpret_cast<LPBYTE>(data.data()), &dataLength) != ERROR_SUCCESS)
-        {
-            return result;
+        const LSTATUS status = registry().enumValue(key, index, name.data(), &nameLength, nullptr, &type,
+                                                    reinterpret_cast<LPBYTE>(data.data()), &dataLength);
+        if (status != ERROR_SUCCESS) {
+            return status;
         }
-        StoredValue& value = result[name.substr(0, nameLength)];
+        StoredValue& value = values[name.substr(0, nameLength)];
         value.isText = type == REG_SZ;
         if (value.isText) {
             // A stored text may lack its terminator, or hold something behind it.
@@ -124,23 +137,63 @@ std::map<std::string, StoredValue> RegistryStorage::read(const std::string& key)
     }
 }
 
-std::vector<std::string> RegistryStorage::children(const std::string& key)
+}  // namespace
+
+std::optional<StoredValues> RegistryStorage::read(const std::string& key)
 {
+    static constexpr utils::LogSite here{FILE_NAME, "broker::RegistryStorage::read"};
+    const std::string path = fullPath(key);
+    const OpenKey opened(path, KEY_READ);
+    LSTATUS status = opened.status();
+    if (status == ERROR_FILE_NOT_FOUND) {
+        return StoredValues();
+    }
+    // Others may write meanwhile; what was read counts only when nothing has changed from the first call to the last.
+    constexpr int MAX_ATTEMPTS = 10;
+    for (int attempt = 0; status == ERROR_SUCCESS && attempt < MAX_ATTEMPTS; ++attempt) {
+        const KeyState before(opened.get());
+        status = before.status;
+        if (status != ERROR_SUCCESS) {
+            break;
+        }
+        StoredValues values;
+        const LSTATUS readStatus = readValues(opened.get(), before, values);
+        if (KeyState(opened.get()) != before) {
+            continue;
+        }
+        if (readStatus == ERROR_NO_MORE_ITEMS) {
+            return values;
+        }
+        status = readStatus;
+    }
+    here.error("Could not read registry key %s. Error %d", path.c_str(), static_cast<int>(status));
+    return std::nullopt;
+}
+
+std::optional<std::vector<std::string>> RegistryStorage::children(const std::string& key)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::RegistryStorage::children"};
     std::vector<std::string> result;
-    const OpenKey opened(fullPath(key), KEY_READ);
-    if (opened.status() != ERROR_SUCCESS) {
+    const std::string path = fullPath(key);
+    const OpenKey opened(path, KEY_READ);
+    LSTATUS status = opened.status();
+    if (status == ERROR_FILE_NOT_FOUND) {
         return result;
     }
     // The platform's limit for the name of a key is 255 characters, each of four bytes at most.
     std::array<char, 255 * 4 + 1> name{};
-    for (DWORD index = 0;; ++index) {
+    for (DWORD index = 0; status == ERROR_SUCCESS; ++index) {
         DWORD length = static_cast<DWORD>(name.size());
-        if (registry().enumKey(opened.get(), index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) !=
-            ERROR_SUCCESS) {
+        status = registry().enumKey(opened.get(), index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+        if (status == ERROR_NO_MORE_ITEMS) {
             return result;
         }
-        result.emplace_back(name.data(), length);
+        if (status == ERROR_SUCCESS) {
+            result.emplace_back(name.data(), length);
+        }
     }
+    here.error("Could not read registry key %s. Error %d", path.c_str(), static_cast<int>(status));
+    return std::nullopt;
 }
 
 bool RegistryStorage::canWrite(const std::string& key)
@@ -169,6 +222,31 @@ StoreResult RegistryStorage::erase(const std::string& key)
     }
     here.error("Could not delete registry key %s", path.c_str());
     return failureOf(path);
+}
+
+StoreResult RegistryStorage::eraseValue(const std::string& key, const std::string& name)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::RegistryStorage::eraseValue"};
+    const std::string path = fullPath(key);
+    LSTATUS status = ERROR_SUCCESS;
+    {
+        const OpenKey opened(path, KEY_SET_VALUE);
+        status = opened.status();
+        if (status == ERROR_SUCCESS) {
+            status = RegDeleteValueA(opened.get(), name.c_str());
+        }
+    }
+    if (status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND) {
+        return StoreResult::DONE;
+    }
+    here.error("Could not delete registry value %s of %s. Error %d", name.c_str(), path.c_str(),
+               static_cast<int>(status));
+    return status == ERROR_ACCESS_DENIED ? StoreResult::ACCESS_DENIED : StoreResult::FAILED;
+}
+
+std::unique_ptr<ChangeWatch> RegistryStorage::watch(const std::string& key)
+{
+    return std::make_unique<RegistryWatch>(fullPath(key));
 }
 
 }  // namespace broker

@@ -8,11 +8,13 @@ namespace broker {
 class RegistryStorage : public SettingsStorage
 {
 public:
-    std::map<std::string, StoredValue> read(const std::string& key) override;
-    std::vector<std::string> children(const std::string& key) override;
+    std::optional<StoredValues> read(const std::string& key) override;
+    std::optional<std::vector<std::string>> children(const std::string& key) override;
     bool canWrite(const std::string& key) override;
     StoreResult write(const std::string& key, const std::string& name, const std::string& text) override;
     StoreResult erase(const std::string& key) override;
+    StoreResult eraseValue(const std::string& key, const std::string& name) override;
+    std::unique_ptr<ChangeWatch> watch(const std::string& key) override;
 };
 
 }  // namespace broker

@@ -1,7 +1,7 @@
 #include "broker/windows/WindowsJobThread.h"
 
-#include "Utils/Exception.h"
 #include "Utils/Log.h"
+#include "broker/windows/WindowsSignal.h"
 
 namespace broker {
 
@@ -19,19 +19,14 @@ HMODULE holdThisModule() noexcept
 
 }  // namespace
 
-WindowsJobThread::WindowsJobThread() : m_wakeUp(CreateEventA(nullptr, FALSE, FALSE, nullptr))
-{
-    if (m_wakeUp == nullptr) {
-        throw utils::Exception("Could not create event. Error %d", static_cast<int>(GetLastError()));
-    }
-}
+WindowsJobThread::WindowsJobThread() : m_wakeUp(makeEvent(EventKind::ONE_WAIT)) {}
 
 WindowsJobThread::~WindowsJobThread()
 {
     CloseHandle(m_wakeUp);
 }
 
-bool WindowsJobThread::start(JobWork& work)
+bool WindowsJobThread::start(JobWork& work) noexcept
 {
     static constexpr utils::LogSite here{FILE_NAME, "broker::WindowsJobThread::start"};
     m_work = &work;
@@ -50,6 +45,11 @@ bool WindowsJobThread::start(JobWork& work)
     return true;
 }
 
+std::unique_ptr<Signal> WindowsJobThread::makeSignal()
+{
+    return std::make_unique<WindowsSignal>();
+}
+
 void WindowsJobThread::wake() noexcept
 {
     SetEvent(m_wakeUp);
@@ -66,8 +66,8 @@ DWORD WINAPI WindowsJobThread::run(void* self)
 
 void WindowsJobThread::runWork() const
 {
-    while (const std::optional<std::uint32_t> pause = m_work->work()) {
-        WaitForSingleObject(m_wakeUp, *pause);
+    while (const std::optional<std::chrono::milliseconds> pause = m_work->work()) {
+        WaitForSingleObject(m_wakeUp, static_cast<DWORD>(pause->count()));
     }
 }
 

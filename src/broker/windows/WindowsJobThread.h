@@ -14,8 +14,9 @@ public:
     WindowsJobThread();
     ~WindowsJobThread() override;
 
-    bool start(JobWork& work) override;
+    bool start(JobWork& work) noexcept override;
     void wake() noexcept override;
+    std::unique_ptr<Signal> makeSignal() override;
 
 private:
     static DWORD WINAPI run(void* self);

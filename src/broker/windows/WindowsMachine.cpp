@@ -4,12 +4,20 @@
 
 #include <array>
 #include <chrono>
+#include <cstddef>
 
 #include "Os/Windows/AnsiText.h"
 #include "Os/Windows/ComputerName.h"
 #include "Os/Windows/Platform.h"
 
 namespace broker {
+
+namespace {
+
+// DNS names are the longest that a domain may have.
+constexpr std::size_t MAX_DOMAIN_LENGTH = 255;
+
+}  // namespace
 
 std::string WindowsMachine::computerName()
 {
@@ -18,15 +26,38 @@ std::string WindowsMachine::computerName()
 
 std::string WindowsMachine::userName()
 {
+    // The client's token while one is impersonated, and the process's otherwise.
+    HANDLE token = nullptr;
+    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) &&
+        !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token))
+    {
+        return {};
+    }
+    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> user{};
+    DWORD size = static_cast<DWORD>(user.size());
+    const bool isKnown = GetTokenInformation(token, TokenUser, user.data(), size, &size) != FALSE;
+    CloseHandle(token);
     std::array<wchar_t, UNLEN + 1> name{};
-    DWORD size = static_cast<DWORD>(name.size());
-    return GetUserNameW(name.data(), &size) ? utils::narrow(name.data()) : std::string();
+    std::array<wchar_t, MAX_DOMAIN_LENGTH + 1> domain{};
+    DWORD nameSize = static_cast<DWORD>(name.size());
+    DWORD domainSize = static_cast<DWORD>(domain.size());
+    SID_NAME_USE use{};
+    if (!isKnown || !LookupAccountSidW(nullptr, reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, name.data(),
+                                       &nameSize, domain.data(), &domainSize, &use))
+    {
+        return {};
+    }
+    return utils::narrow(domain.data()) + "\\" + utils::narrow(name.data());
 }
 
-std::uint64_t WindowsMachine::now()
+WallTime WindowsMachine::now() noexcept
 {
-    const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(sinceEpoch).count());
+    return std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::system_clock::now());
+}
+
+SteadyTime WindowsMachine::steadyNow() noexcept
+{
+    return std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::steady_clock::now());
 }
 
 }  // namespace broker

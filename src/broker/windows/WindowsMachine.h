@@ -9,7 +9,8 @@ class WindowsMachine : public Machine
 public:
     std::string computerName() override;
     std::string userName() override;
-    std::uint64_t now() override;
+    WallTime now() noexcept override;
+    SteadyTime steadyNow() noexcept override;
 };
 
 }  // namespace broker

@@ -59,13 +59,6 @@ Property systemText(const wchar_t* name)
     return property;
 }
 
-// The object into which the arguments go; an empty one for a method without inputs.
-ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method)
-{
-    const ClassPointer signature = method.in ? method.in : target.nameSpace->findClass(L"__PARAMETERS");
-    return ClassObject::ofInstance(InstanceData(signature));
-}
-
 }  // namespace
 
 Objects enumerateInstances(Workspace& workspace, const ClassTarget& target, const CommandOptions& options)
@@ -105,7 +98,11 @@ void deleteInstance(Workspace& workspace, const InstanceTarget& instance, const 
 ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget& instance, const Method& method,
                                       const std::vector<Assignment>& arguments, const CommandOptions& options)
 {
-    const auto in = makeArguments(instance.target, method);
+    // WMI hands the provider a null object when the client gave none or the method takes none, and so does this.
+    ComPtr<IWbemClassObject> in;
+    if (method.in && !arguments.empty()) {
+        in = ClassObject::ofInstance(InstanceData(method.in));
+    }
     for (const Assignment& argument : arguments) {
         if (!method.in || method.in->findProperty(argument.first) == nullptr) {
             throw RequestError(

@@ -14,7 +14,7 @@ protected:
 TEST_F(AdapterSetting, Setting_isThatOfTheAdapter)
 {
     const std::string guid = fakes::adapter(1).guid;
-    m_world.storage.set("Adapters\\" + guid, "ElementName", "Uplink");
+    m_world.storage.set("Adapters\\" + guid, "Setting", "ElementName=Uplink");
     EXPECT_THAT(values(), ElementsAre("InstanceID=Vexal:AdapterSetting:" + guid, "ElementName=Uplink", "Tag=null"));
 }
 

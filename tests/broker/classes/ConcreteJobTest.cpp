@@ -11,13 +11,13 @@ protected:
     ConcreteJob() : ClassTest("Zerix_ConcreteJob") { m_world.adapters.set({fakes::adapter(1)}); }
 
     // Starts a job of five samples, a second apart.
-    void start() { m_id = *m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 5); }
+    void start() { m_id = m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 5).id; }
 
     void takeSamples(int count)
     {
         for (int i = 0; i < count; ++i) {
-            m_world.machine.time += 1'000'000;
-            m_world.thread.work->work();
+            m_world.machine.pass(std::chrono::seconds{1});
+            m_world.thread.play();
         }
     }
 
@@ -28,11 +28,11 @@ TEST_F(ConcreteJob, RunningJob_showsItsProgress)
 {
     start();
     takeSamples(2);
-    EXPECT_THAT(values(),
-                ElementsAre("InstanceID=Vexal:Job:1700000000000000-1", "Name=Link Diagnostic",
-                            "Description=Link diagnostic of eth1", "JobStatus=Running", "Owner=admin", "JobState=4",
-                            "PercentComplete=40", "ErrorCode=0", "Priority=0", "StartTime=at 1700000000000000",
-                            "ElapsedTime=for 2000000", "TimeBeforeRemoval=for 300000000", "DeleteOnCompletion=true"));
+    EXPECT_THAT(values(), ElementsAre("InstanceID=Vexal:Job:1700000000000000-1", "Name=Link Diagnostic",
+                                      "Description=Link diagnostic of eth1", "JobStatus=Running", "Owner=HOST\\admin",
+                                      "JobState=4", "PercentComplete=40", "ErrorCode=0", "ErrorDescription=null",
+                                      "Priority=0", "StartTime=at 1700000000000000", "ElapsedTime=for 2000000",
+                                      "TimeBeforeRemoval=for 300000000", "DeleteOnCompletion=true"));
 }
 
 TEST_F(ConcreteJob, CompletedJob_saysSo)
@@ -66,11 +66,12 @@ TEST_F(ConcreteJob, FailedJob_saysWhy)
     takeSamples(1);
     EXPECT_EQ(value("JobStatus"), "Failed: The adapter is gone or cannot be read");
     EXPECT_EQ(value("ErrorCode"), "1");
+    EXPECT_EQ(value("ErrorDescription"), "The adapter is gone or cannot be read");
 }
 
 TEST_F(ConcreteJob, UnknownOwner_isNull)
 {
-    m_world.machine.user.clear();
+    m_world.machine.setUser("");
     start();
     EXPECT_EQ(value("Owner"), "null");
 }
@@ -79,19 +80,6 @@ TEST_F(ConcreteJob, MarkedInstance_deletesTheJob)
 {
     start();
     instance().markForDeletion(true);
-    m_world.jobs.sweep();
-    EXPECT_TRUE(m_world.jobs.jobs().empty());
-}
-
-TEST_F(ConcreteJob, MarkedInstance_deletesTheJobWhenItIsGone)
-{
-    start();
-    {
-        broker::Workspace other(m_world.sources());
-        other.begin("Zerix_ConcreteJob");
-        other.job(m_id)->markForDeletion(true);
-    }
-    m_world.jobs.sweep();
     EXPECT_TRUE(m_world.jobs.jobs().empty());
 }
 

@@ -13,9 +13,9 @@ protected:
 
     void takeSample()
     {
-        m_world.machine.time += 1'000'000;
+        m_world.machine.pass(std::chrono::seconds{1});
         m_world.adapters.set({m_adapter});
-        m_world.thread.work->work();
+        m_world.thread.play();
     }
 
     broker::Adapter m_adapter = fakes::adapter(1);
@@ -66,9 +66,9 @@ TEST_F(DiagnosticResult, LinkThatIsDown_hasFailed)
 TEST_F(DiagnosticResult, LostAdapter_leavesItIncomplete)
 {
     start(2);
-    m_world.machine.time += 1'000'000;
+    m_world.machine.pass(std::chrono::seconds{1});
     m_world.adapters.set(std::vector<broker::Adapter>());
-    m_world.thread.work->work();
+    m_world.thread.play();
     EXPECT_EQ(value("CompletionState"), "4");
     EXPECT_EQ(value("ErrorMessages"), "{The adapter is gone or cannot be read}");
 }

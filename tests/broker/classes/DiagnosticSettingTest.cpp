@@ -41,8 +41,10 @@ TEST_F(DiagnosticSetting, Numbers_haveLimits)
     EXPECT_TRUE(support::takes<core::CimPropertyUint8>(setting, "PassThresholdPercent", std::uint8_t{0}));
     EXPECT_TRUE(support::takes<core::CimPropertyUint8>(setting, "PassThresholdPercent", std::uint8_t{100}));
     EXPECT_FALSE(support::takes<core::CimPropertyUint8>(setting, "PassThresholdPercent", std::uint8_t{101}));
-    EXPECT_TRUE(support::takes<core::CimPropertyUint64>(setting, "JobRetentionSeconds", UINT64_MAX));
-    EXPECT_TRUE(support::takes<core::CimPropertyString>(setting, "ElementName", std::string(300, 'x')));
+    EXPECT_TRUE(support::takes<core::CimPropertyUint64>(setting, "JobRetentionSeconds", std::uint64_t{31'536'000}));
+    EXPECT_FALSE(support::takes<core::CimPropertyUint64>(setting, "JobRetentionSeconds", std::uint64_t{31'536'001}));
+    EXPECT_TRUE(support::takes<core::CimPropertyString>(setting, "ElementName", std::string(256, 'x')));
+    EXPECT_FALSE(support::takes<core::CimPropertyString>(setting, "ElementName", std::string(257, 'x')));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::uint64_t START = 1'000'000;
+constexpr broker::SteadyTime START{std::chrono::seconds{1}};
 
 class LinkDiagnostic : public testing::Test
 {
@@ -178,9 +178,9 @@ TEST_F(LinkDiagnostic, NextSampleIsDueAPeriodAfterTheLast)
 {
     m_setting.samplePeriodMilliseconds = 20;
     broker::LinkDiagnostic tested = diagnostic(2);
-    EXPECT_EQ(tested.nextDue(), START + 20'000);
-    tested.takeSample(m_adapter, START + 500'000);
-    EXPECT_EQ(tested.nextDue(), START + 520'000);
+    EXPECT_EQ(tested.nextDue(), START + std::chrono::milliseconds{20});
+    tested.takeSample(m_adapter, START + std::chrono::milliseconds{500});
+    EXPECT_EQ(tested.nextDue(), START + std::chrono::milliseconds{520});
 }
 
 TEST_F(LinkDiagnostic, PercentagesAreOfTheSamplesToTake)

@@ -144,7 +144,7 @@ TEST_F(Modification, EverythingAsItIsIsNoChange)
     put<core::CimPropertyString>("WritableText", std::string("one"));
     putNull<core::CimPropertyString>("Unset");
     EXPECT_EQ(modify(), "done");
-    EXPECT_EQ(m_storage.writes, 0);
+    EXPECT_EQ(m_storage.changes, 0);
 }
 
 TEST_F(Modification, ChangesAreStoredAndShown)
@@ -153,7 +153,7 @@ TEST_F(Modification, ChangesAreStoredAndShown)
     put<core::CimPropertyString>("writabletext", std::string("two"));
     put<core::CimPropertyString>("Unset", std::string("set"));
     EXPECT_EQ(modify(), "done");
-    EXPECT_THAT(m_storage.values("Key of x"), ElementsAre("Unset=set", "WritableNumber=2", "WritableText=two"));
+    EXPECT_THAT(m_storage.values("Key of x"), ElementsAre("Setting=Unset=set;WritableNumber=2;WritableText=two"));
     EXPECT_EQ(value("WritableNumber"), "2");
     EXPECT_EQ(value("WritableText"), "two");
     EXPECT_EQ(value("Unset"), "set");
@@ -176,7 +176,7 @@ TEST_F(Modification, ReadOnlyPropertiesOfEveryTypeAreForbidden)
     EXPECT_EQ(putAlone<core::CimPropertyDatetime>("Time", utils::Time::timestamp(6'000'000)), refusal("Time"));
     EXPECT_EQ(putAlone<core::CimPropertyRef>("Other", std::string("another")), refusal("Other"));
     EXPECT_EQ(putAlone<core::CimPropertyUint32>("Number32", 9U), "DRAVEv2: EForbidden:Unsupported type: 8");
-    EXPECT_EQ(m_storage.writes, 0);
+    EXPECT_EQ(m_storage.changes, 0);
 }
 
 TEST_F(Modification, NullOverAReadOnlyValueIsForbidden)
@@ -203,7 +203,7 @@ TEST_F(Modification, ValueOutOfRangeIsInvalidAndNothingChanges)
     put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{3});
     EXPECT_EQ(modify(), "DRAVEv2: EInvalidParameter:Value of WritableNumber property has to be from 0 to 2");
     EXPECT_EQ(value("WritableText"), "one");
-    EXPECT_EQ(m_storage.writes, 0);
+    EXPECT_EQ(m_storage.changes, 0);
 }
 
 TEST_F(Modification, OneForbiddenPropertyKeepsAllAsTheyWere)
@@ -238,7 +238,8 @@ TEST_F(Modification, VolatileValueOfAnotherTypeIsRefused)
 
 TEST_F(Modification, FailedStoreKeepsAllAsTheyWere)
 {
-    m_storage.failingName = "WritableText";
+    m_storage.firstFailing = 1;
+    m_storage.lastFailing = 2;
     put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{2});
     put<core::CimPropertyString>("WritableText", std::string("two"));
     EXPECT_EQ(modify(), "DRAVEv2: Setting Key of x could not be stored");

@@ -43,15 +43,12 @@ TEST_F(SettingsStore, MissingValuesHaveTheirDefaults)
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
 
-TEST_F(SettingsStore, ReadsWhatIsStored)
+TEST_F(SettingsStore, Stored_isRead)
 {
-    m_storage.set("Adapters\\{G}", "ElementName", "Uplink");
-    m_storage.set("Adapters\\{G}", "Tag", "");
-    m_storage.set("Diagnostics", "SampleCount", "600");
-    m_storage.set("Diagnostics", "SamplePeriodMilliseconds", "10");
-    m_storage.set("Diagnostics", "PassThresholdPercent", "0");
-    m_storage.set("Diagnostics", "JobRetentionSeconds", "18446744073709551615");
-    m_storage.set("Diagnostics", "ElementName", "Mine");
+    m_storage.set("Adapters\\{G}", "Setting", "ElementName=Uplink;Tag=");
+    m_storage.set("Diagnostics", "Setting",
+                  "SampleCount=600;SamplePeriodMilliseconds=10;PassThresholdPercent=0;JobRetentionSeconds=31536000;"
+                  "ElementName=Mine%3B");
     EXPECT_EQ(m_store.adapterSetting("{G}").elementName, "Uplink");
     EXPECT_EQ(m_store.adapterSetting("{G}").tag, "");
     EXPECT_EQ(m_store.adapterSetting("{H}").elementName, std::nullopt);
@@ -59,95 +56,133 @@ TEST_F(SettingsStore, ReadsWhatIsStored)
     EXPECT_EQ(diagnostic.sampleCount, 600);
     EXPECT_EQ(diagnostic.samplePeriodMilliseconds, 10);
     EXPECT_EQ(diagnostic.passThresholdPercent, 0);
-    EXPECT_EQ(diagnostic.jobRetentionSeconds, UINT64_MAX);
-    EXPECT_EQ(diagnostic.elementName, "Mine");
+    EXPECT_EQ(diagnostic.jobRetentionSeconds, 31'536'000U);
+    EXPECT_EQ(diagnostic.elementName, "Mine;");
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
 
-TEST_F(SettingsStore, EachValueThatDoesNotFitIsIgnoredWithOneErrorLine)
+TEST_F(SettingsStore, Stored_isReadAgainOnlyWhenChanged)
 {
-    m_storage.set("Adapters\\{G}", "ElementName", "");
-    m_storage.set("Adapters\\{G}", "Tag", std::string(33, 'x'));
-    EXPECT_EQ(m_store.adapterSetting("{G}").elementName, std::nullopt);
-    EXPECT_EQ(m_store.adapterSetting("{G}").tag, std::nullopt);
-    m_log.clear();
-    m_store.adapterSetting("{G}");
-    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: Value '' of Adapters\\{G}\\ElementName is out of range "
-                                                     "and is ignored\n"),
-                                            EndsWith("' of Adapters\\{G}\\Tag is out of range and is ignored\n")));
+    broker::SettingsStore other(m_storage);
+    m_store.diagnosticSetting();
+    const int reads = m_storage.reads;
+    m_store.diagnosticSetting();
+    EXPECT_EQ(m_storage.reads, reads);
+    other.write("Diagnostics", {{"SampleCount", "7"}});
+    EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 7);
 }
 
-TEST_F(SettingsStore, NumbersOutOfRangeAndTextsThatAreNoNumberAreIgnored)
+TEST_F(SettingsStore, Misfit_isIgnoredAndReportedOnce)
+{
+    m_storage.set("Adapters\\{G}", "Setting", "ElementName=;Tag=" + std::string(33, 'x'));
+    EXPECT_EQ(m_store.adapterSetting("{G}").elementName, std::nullopt);
+    EXPECT_EQ(m_store.adapterSetting("{G}").tag, std::nullopt);
+    // Something else changes, so all is read again.
+    m_storage.set("Adapters\\{H}", "Setting", "Tag=1");
+    m_store.adapterSetting("{G}");
+    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: Value '' of ElementName in Adapters\\{G} is out of range "
+                                                     "and is ignored\n"),
+                                            EndsWith("' of Tag in Adapters\\{G} is out of range and is ignored\n")));
+}
+
+TEST_F(SettingsStore, Number_outOfRangeOrNone_isIgnored)
 {
     for (const char* text : {"0", "601", "-1", "70000", "99999999999999999999999", "", "5x", " 5", "0x5"}) {
-        m_storage.set("Diagnostics", "SampleCount", text);
+        m_storage.set("Diagnostics", "Setting", std::string("SampleCount=") + text);
         m_log.clear();
         EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 10) << text;
         EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: Value '" + std::string(text) +
-                                                         "' of Diagnostics\\SampleCount is out of range and is "
+                                                         "' of SampleCount in Diagnostics is out of range and is "
                                                          "ignored\n")));
+    }
+    for (const char* setting : {"JobRetentionSeconds=31536001", "ElementName=a%00b"}) {
+        m_storage.set("Diagnostics", "Setting", setting);
+        EXPECT_EQ(m_store.diagnosticSetting().jobRetentionSeconds, 300U) << setting;
+        EXPECT_EQ(m_store.diagnosticSetting().elementName, "Link Diagnostics") << setting;
     }
 }
 
-TEST_F(SettingsStore, ValueThatIsNoTextIsIgnored)
+TEST_F(SettingsStore, Setting_notUnderstood_isIgnored)
 {
-    m_storage.set("Diagnostics", "SampleCount", "", false);
-    EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 10);
-    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: Value of Diagnostics\\SampleCount is no text and is "
-                                                     "ignored\n")));
+    for (const bool isText : {true, false}) {
+        m_log.clear();
+        m_storage.set("Diagnostics", "Setting", isText ? "SampleCount" : "", isText);
+        EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 10);
+        EXPECT_THAT(m_log.events(),
+                    ElementsAre(EndsWith("error: Setting Diagnostics cannot be understood and is ignored\n")));
+    }
 }
 
-TEST_F(SettingsStore, WritesAllValues)
+TEST_F(SettingsStore, Unreadable_isAFailureAndErasesNothing)
 {
-    m_store.write("K", {{"A", "1"}, {"B", "2"}});
-    EXPECT_THAT(m_storage.values("K"), ElementsAre("A=1", "B=2"));
+    m_storage.set("Diagnostics", "Setting", "SampleCount=5");
+    m_storage.isReadable = false;
+    EXPECT_THROW(m_store.diagnosticSetting(), utils::EFailed);
+    EXPECT_THROW(m_store.adapterSetting("{G}"), utils::EFailed);
+    EXPECT_THROW(m_store.adaptersWithSetting(), utils::EFailed);
+    EXPECT_THROW(m_store.write("Diagnostics", {{"PassThresholdPercent", "1"}}), utils::EFailed);
+    EXPECT_THROW(m_store.restoreDefaults("Diagnostics", {"PassThresholdPercent"}), utils::EFailed);
+    EXPECT_THAT(m_storage.values("Diagnostics"), ElementsAre("Setting=SampleCount=5"));
+    m_storage.isReadable = true;
+    EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 5);
 }
 
-TEST_F(SettingsStore, FailedWriteLeavesWhatWasThere)
+TEST_F(SettingsStore, Change_isOneWrite)
 {
-    m_storage.set("K", "A", "old");
-    m_storage.set("K", "C", "other");
-    m_storage.failingName = "B";
+    m_storage.set("K", "Setting", "B=old;C=other");
+    const int changes = m_storage.changes;
+    m_store.write("K", {{"A", "1"}, {"B", "x;y"}});
+    EXPECT_THAT(m_storage.values("K"), ElementsAre("Setting=A=1;B=x%3By;C=other"));
+    EXPECT_EQ(m_storage.changes, changes + 1);
+}
+
+TEST_F(SettingsStore, TextWithAZero_isRefused)
+{
+    m_storage.set("K", "Setting", "A=old");
+    EXPECT_THROW(m_store.write("K", {{"B", "1"}, {"A", std::string("a\0b", 3)}}), utils::EInvalidParameter);
+    EXPECT_THAT(m_storage.values("K"), ElementsAre("Setting=A=old"));
+}
+
+TEST_F(SettingsStore, FailedWrite_changesNothing)
+{
+    m_storage.set("K", "Setting", "A=old");
+    m_storage.firstFailing = 1;
+    m_storage.lastFailing = 2;
     try {
-        m_store.write("K", {{"A", "1"}, {"N", "new"}, {"B", "2"}});
+        m_store.write("K", {{"A", "1"}});
         FAIL();
     } catch (const utils::EFailed& exception) {
         EXPECT_STREQ(exception.what(), "DRAVEv2: Setting K could not be stored");
     }
-    EXPECT_THAT(m_storage.values("K"), ElementsAre("A=old", "C=other"));
-}
-
-TEST_F(SettingsStore, DeniedWriteIsForbiddenAndTouchesNothing)
-{
-    m_storage.set("K", "A", "old");
-    m_storage.failingName = "A";
     m_storage.failure = broker::StoreResult::ACCESS_DENIED;
     try {
-        m_store.write("K", {{"A", "1"}, {"B", "2"}});
+        m_store.write("K", {{"A", "1"}});
         FAIL();
     } catch (const utils::EForbidden& exception) {
         EXPECT_STREQ(exception.what(), "DRAVEv2: EForbidden:Setting K could not be stored: access denied");
     }
-    EXPECT_THAT(m_storage.values("K"), ElementsAre("A=old"));
-    EXPECT_EQ(m_storage.writes, 1);
+    EXPECT_THAT(m_storage.values("K"), ElementsAre("Setting=A=old"));
 }
 
-TEST_F(SettingsStore, FailureToPutBackIsLogged)
+TEST_F(SettingsStore, RestoreDefaults_takesNamedFieldsOrAll)
 {
-    m_storage.failingName = "B";
-    m_storage.eraseResult = broker::StoreResult::FAILED;
-    EXPECT_THROW(m_store.write("K", {{"A", "1"}, {"B", "2"}}), utils::EFailed);
-    EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: Setting K could not be put back as it was\n"),
-                                            EndsWith("error: Setting K could not be stored\n")));
+    m_storage.set("Diagnostics", "Setting", "PassThresholdPercent=1;SampleCount=5");
+    m_store.restoreDefaults("Diagnostics", {"SampleCount"});
+    EXPECT_THAT(m_storage.values("Diagnostics"), ElementsAre("Setting=PassThresholdPercent=1"));
+    m_store.restoreDefaults("Diagnostics", {});
+    EXPECT_THAT(m_storage.values("Diagnostics"), IsEmpty());
+    EXPECT_EQ(m_store.diagnosticSetting().passThresholdPercent, 90);
+    m_storage.isWritable = false;
+    EXPECT_THROW(m_store.restoreDefaults("Diagnostics", {}), utils::EForbidden);
 }
 
-TEST_F(SettingsStore, EraseBringsTheDefaultsBack)
+TEST_F(SettingsStore, AdaptersWithSetting_areListed)
 {
-    m_storage.set("Diagnostics", "SampleCount", "5");
-    EXPECT_TRUE(m_store.erase("Diagnostics"));
-    EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 10);
-    m_storage.eraseResult = broker::StoreResult::ACCESS_DENIED;
-    EXPECT_FALSE(m_store.erase("Diagnostics"));
+    m_store.write("Adapters\\{G}", {{"Tag", "1"}});
+    m_store.write("Adapters\\{H}", {{"Tag", "2"}});
+    EXPECT_THAT(m_store.adaptersWithSetting(), ElementsAre("{G}", "{H}"));
+    m_store.restoreDefaults("Adapters\\{G}", {});
+    EXPECT_THAT(m_store.adaptersWithSetting(), ElementsAre("{H}"));
 }
 
 }  // namespace

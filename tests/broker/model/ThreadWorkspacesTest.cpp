@@ -20,7 +20,7 @@ protected:
     }
 
     fakes::World m_world;
-    std::string m_job = *m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 1);
+    std::string m_job = m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 1).id;
 };
 
 TEST_F(ThreadWorkspaces, Thread_keepsItsWorkspace)
@@ -52,7 +52,6 @@ TEST_F(ThreadWorkspaces, ThreadsEnd_endsItsWorkspace)
 {
     broker::ThreadWorkspaces workspaces(m_world.sources());
     std::thread([&] { markTheJob(workspaces); }).join();
-    m_world.jobs.sweep();
     EXPECT_TRUE(m_world.jobs.jobs().empty());
 }
 
@@ -63,7 +62,6 @@ TEST_F(ThreadWorkspaces, Thread_mayEndLater)
             broker::ThreadWorkspaces workspaces(m_world.sources());
             markTheJob(workspaces);
         }
-        m_world.jobs.sweep();
         EXPECT_TRUE(m_world.jobs.jobs().empty());
         // The first is gone; the thread uses another one and then ends.
         broker::ThreadWorkspaces(m_world.sources()).ofThisThread();

@@ -103,7 +103,7 @@ TEST_F(Workspace, InstancesStayAsTheyAreUntilTheNextRequest)
 
 TEST_F(Workspace, StatisticTimeIsThatOfTheReading)
 {
-    m_world.machine.time = 42;
+    m_world.machine.wall = 42;
     EXPECT_THAT(valuesOf("Zerix_EthernetPortStatistics", "StatisticTime"), ElementsAre("at 42", "at 42"));
 }
 
@@ -193,7 +193,7 @@ TEST_F(Workspace, ResolvesOnlyPathsOfInstances)
 TEST_F(Workspace, ReadsSettingsAnewForEachRequest)
 {
     EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
-    m_world.storage.set("Diagnostics", "SampleCount", "20");
+    m_world.storage.set("Diagnostics", "Setting", "SampleCount=20");
     EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
     m_workspace.begin("");
     EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("20"));
@@ -205,9 +205,9 @@ TEST_F(Workspace, ShowsJobsAndTheirResults)
     EXPECT_THAT(m_workspace.instances("Zerix_DiagnosticResult")->records(), IsEmpty());
     // Nobody asked for an adapter.
     EXPECT_EQ(m_adapters.adapterReads, 0);
-    const std::string id = *m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1);
-    m_world.machine.time += 2'000'000;
-    m_world.thread.work->work();
+    const std::string id = m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1).id;
+    m_world.machine.pass(std::chrono::seconds{2});
+    m_world.thread.play();
     m_workspace.begin("");
     EXPECT_THAT(valuesOf("Zerix_ConcreteJob", "InstanceID"), ElementsAre(id));
     EXPECT_THAT(valuesOf("Zerix_DiagnosticResult", "JobInstanceID"), ElementsAre(id));
@@ -273,9 +273,31 @@ TEST_F(Workspace, KnowsTheAdapterOfAPort)
 
 TEST_F(Workspace, KnowsTheInstanceOfAJob)
 {
-    const std::string id = *m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1);
+    const std::string id = m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1).id;
     EXPECT_EQ(support::value(*m_workspace.job(id), "InstanceID"), id);
     EXPECT_EQ(m_workspace.job("another"), nullptr);
+}
+
+TEST_F(Workspace, SettingOfAGoneAdapter_isListedUntilItIsRemoved)
+{
+    const std::string gone = fakes::adapter(9).guid;
+    m_world.storage.set("Adapters\\" + gone, "Setting", "Tag=7");
+    m_world.storage.set("Adapters\\nothing in it", "Setting", "");
+    EXPECT_THAT(valuesOf("Zerix_AdapterSetting", "Tag"), ElementsAre("null", "null", "7"));
+    EXPECT_EQ(m_workspace.instances("Zerix_ElementSettingData")->records().size(), 2U);
+    m_world.settings.restoreDefaults("Adapters\\" + gone, {});
+    m_workspace.begin("Zerix_AdapterSetting");
+    EXPECT_THAT(valuesOf("Zerix_AdapterSetting", "Tag"), ElementsAre("null", "null"));
+}
+
+TEST_F(Workspace, PortsShow_whenTheirLabelsCannotBeRead)
+{
+    m_world.storage.set("Adapters\\" + fakes::adapter(1).guid, "Setting", "ElementName=Uplink");
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ElementName"), ElementsAre("Uplink", "eth2"));
+    m_world.storage.set("Adapters\\" + fakes::adapter(1).guid, "Setting", "ElementName=Other");
+    m_world.storage.isReadable = false;
+    m_workspace.begin("Zerix_EthernetPort");
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ElementName"), ElementsAre("eth1", "eth2"));
 }
 
 }  // namespace

@@ -1,71 +1,28 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <stdexcept>
+#include <array>
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Os/Windows/Platform.h"
 #include "broker/Properties.h"
+#include "broker/windows/BrokerLibrary.h"
+#include "broker/windows/ServiceRegistry.h"
 #include "core/CimBroker.h"
 #include "core/CimPropertyTypes.h"
+#include "support/ImportHook.h"
 
 namespace {
 
+using support::GET_BROKER;
+using support::GET_INSTANCE;
+using support::Library;
+using support::setSamplePeriod;
+using support::startDiagnostic;
 using testing::ElementsAre;
-
-constexpr const char* GET_BROKER = "_ZN4core12GetCimBrokerEv";
-constexpr const char* GET_INSTANCE = "_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE";
-
-// The built library, loaded as the provider's import loads it.
-class Library
-{
-public:
-    Library() : m_module(LoadLibraryA("ZerixCimCore.dll"))
-    {
-        if (m_module == nullptr) {
-            throw std::runtime_error("ZerixCimCore.dll does not load: " + std::to_string(GetLastError()));
-        }
-    }
-    ~Library() { FreeLibrary(m_module); }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-
-    template <class Function>
-    Function function(const char* name) const
-    {
-        return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(m_module, name)));
-    }
-
-    core::CimBroker* broker() const { return function<core::CimBroker* (*)()>(GET_BROKER)(); }
-
-    core::CimInstance* find(const std::string& text) const
-    {
-        core::CimPath path(text);
-        return function<core::CimInstance* (*)(core::CimBroker*, core::CimPath&)>(GET_INSTANCE)(broker(), path);
-    }
-
-    std::vector<std::string> exports() const
-    {
-        const auto* base = reinterpret_cast<const char*>(m_module);
-        const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-        const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-        const auto* directory = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(
-            base + headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress);
-        const auto* names = reinterpret_cast<const DWORD*>(base + directory->AddressOfNames);
-        std::vector<std::string> result;
-        for (DWORD i = 0; i < directory->NumberOfNames; ++i) {
-            result.emplace_back(base + names[i]);
-        }
-        // An entry without a name would be an export too.
-        EXPECT_EQ(directory->NumberOfFunctions, directory->NumberOfNames);
-        return result;
-    }
-
-private:
-    HMODULE m_module;
-};
 
 TEST(Module, ExportsTheTwoEntryPointsAndNothingElse)
 {
@@ -126,21 +83,6 @@ TEST(Module, CanBeUnloadedWhileThreadsHoldInstances)
     EXPECT_GT(Library().broker()->getInstances("Zerix_EthernetPort").size(), 0U);
 }
 
-// A running diagnostic of the machine's first port.
-std::string startDiagnostic(const Library& library, std::uint16_t samples)
-{
-    auto ports = library.broker()->getInstances("Zerix_EthernetPort");
-    core::CimPath port(ports.getIterator().next()->toPathString());
-    core::CimPropertyList in;
-    core::CimPropertyUint16 count("SampleCount");
-    in.add(&count);
-    count.setValue(samples);
-    core::CimPropertyList out;
-    core::CimInstance* job = nullptr;
-    EXPECT_EQ(library.broker()->invokeMethod(port, "RunLinkDiagnostic", in, out, job), 4096U);
-    return job == nullptr ? std::string() : job->toPathString();
-}
-
 // Waits, for ten seconds at most, until the library is out of the process.
 bool unloads()
 {
@@ -150,22 +92,13 @@ bool unloads()
     return GetModuleHandleA("ZerixCimCore.dll") == nullptr;
 }
 
-void setSamplePeriod(const Library& library, std::uint16_t milliseconds)
-{
-    core::CimPath path("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
-    core::CimPropertyList values;
-    core::CimPropertyUint16 period("SamplePeriodMilliseconds");
-    values.add(&period);
-    period.setValue(milliseconds);
-    library.broker()->modifyInstance(path, values);
-}
-
 void restoreDefaults(const Library& library)
 {
     core::CimPath path("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
-    core::CimPropertyList none;
+    core::CimPropertyList in;
+    core::CimPropertyList out;
     core::CimInstance* job = nullptr;
-    EXPECT_EQ(library.broker()->invokeMethod(path, "RestoreDefaults", none, none, job), 0U);
+    EXPECT_EQ(library.broker()->invokeMethod(path, "RestoreDefaults", in, out, job), 0U);
 }
 
 TEST(Module, DiagnosticOfALivePortCompletesWithItsSamples)
@@ -198,7 +131,7 @@ TEST(Module, RunningJobHoldsTheModuleAndNobodyWaits)
     {
         const Library library;
         setSamplePeriod(library, 100);
-        startDiagnostic(library, 3);
+        ASSERT_NE(startDiagnostic(library, 3), "");
         restoreDefaults(library);
     }
     EXPECT_NE(GetModuleHandleA("ZerixCimCore.dll"), nullptr);
@@ -255,6 +188,83 @@ TEST(Module, SettingsSurviveTheModule)
         EXPECT_EQ(support::value(*setting, "ElementName"), "Uplink");
     }
     EXPECT_EQ(RegDeleteTreeA(HKEY_LOCAL_MACHINE, "Software\\Vexal\\DRAVEv2\\Adapters"), ERROR_SUCCESS);
+}
+
+std::vector<std::string> storedJobs()
+{
+    std::vector<std::string> result;
+    HKEY key = nullptr;
+    RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Vexal\\DRAVEv2\\Jobs", 0, KEY_READ, &key);
+    std::array<char, 256> name{};
+    for (DWORD i = 0, size = name.size();
+         RegEnumValueA(key, i, name.data(), &size, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         ++i, size = name.size())
+    {
+        result.emplace_back(name.data());
+    }
+    RegCloseKey(key);
+    return result;
+}
+
+// The process may not write but below its two keys, and its clients may not write there.
+TEST(Module, Jobs_areStoredAsTheProcessAlone)
+{
+    const Library library;
+    setSamplePeriod(library, 60'000);
+    for (const char* key : {"Software\\Vexal\\DRAVEv2\\Jobs", "Software\\Vexal\\DRAVEv2\\Results"}) {
+        HKEY made = nullptr;
+        RegCreateKeyExA(HKEY_LOCAL_MACHINE, key, 0, nullptr, 0, KEY_READ, nullptr, &made, nullptr);
+        RegCloseKey(made);
+    }
+    const support::ServiceRegistry registry(GetModuleHandleA("ZerixCimCore.dll"));
+    ASSERT_TRUE(ImpersonateSelf(SecurityImpersonation));
+    const std::string path = startDiagnostic(library, 600);
+    ASSERT_NE(path, "");
+    const std::string id = support::value(*library.find(path), "InstanceID");
+    EXPECT_THAT(storedJobs(), testing::Contains(id));
+    library.find(path)->markForDeletion(true);
+    EXPECT_THAT(storedJobs(), testing::Not(testing::Contains(id)));
+    // What a client changes, it changes as the client.
+    restoreDefaults(library);
+    RevertToSelf();
+    EXPECT_EQ(registry.refused(), 0);
+}
+
+// On the thread that unloads the module.
+std::atomic<int> callsAtDetach{0};
+std::atomic<DWORD> unloadingThread{0};
+
+template <class Function>
+struct Counted;
+template <class Result, class... Arguments>
+struct Counted<Result(WINAPI*)(Arguments...)>
+{
+    static Result WINAPI call(Arguments... /*arguments*/)
+    {
+        callsAtDetach += GetCurrentThreadId() == unloadingThread ? 1 : 0;
+        return {};
+    }
+};
+
+TEST(Module, Detach_callsNeitherRegistryNorEventLog)
+{
+    {
+        const Library library;
+        library.broker()->getInstances("Zerix_ConcreteJob");
+        library.broker()->getInstances("Zerix_AdapterSetting");
+        unloadingThread = GetCurrentThreadId();
+        const HMODULE module = GetModuleHandleA("ZerixCimCore.dll");
+        support::ImportHook("RegOpenKeyExA", &Counted<decltype(&RegOpenKeyExA)>::call, module).abandon();
+        support::ImportHook("RegCreateKeyExA", &Counted<decltype(&RegCreateKeyExA)>::call, module).abandon();
+        support::ImportHook("RegSetValueExA", &Counted<decltype(&RegSetValueExA)>::call, module).abandon();
+        support::ImportHook("RegDeleteValueA", &Counted<decltype(&RegDeleteValueA)>::call, module).abandon();
+        support::ImportHook("RegCloseKey", &Counted<decltype(&RegCloseKey)>::call, module).abandon();
+        support::ImportHook("RegNotifyChangeKeyValue", &Counted<decltype(&RegNotifyChangeKeyValue)>::call, module)
+            .abandon();
+        support::ImportHook("ReportEventA", &Counted<decltype(&ReportEventA)>::call, module).abandon();
+    }
+    EXPECT_TRUE(unloads());
+    EXPECT_EQ(callsAtDetach, 0);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "Os/Windows/WindowsRegistry.h"
+#include "support/ImportHook.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -51,7 +52,8 @@ protected:
     std::vector<std::string> values()
     {
         std::vector<std::string> result;
-        for (const auto& [name, value] : m_storage.read(KEY)) {
+        const std::optional<broker::StoredValues> read = m_storage.read(KEY);
+        for (const auto& [name, value] : read.value()) {
             result.push_back(name + "=" + (value.isText ? value.text : "no text"));
         }
         return result;
@@ -167,6 +169,71 @@ TEST_F(RegistryStorage, OnlyAMissingKeyIsTakenForErased)
     registry.missing = 0;
     registry.status = ERROR_ACCESS_DENIED;
     EXPECT_EQ(m_storage.erase(KEY), broker::StoreResult::ACCESS_DENIED);
+}
+
+TEST_F(RegistryStorage, EraseValue_removesOneValue)
+{
+    m_storage.write(KEY, "A", "one");
+    m_storage.write(KEY, "B", "two");
+    EXPECT_EQ(m_storage.eraseValue(KEY, "A"), broker::StoreResult::DONE);
+    EXPECT_THAT(values(), ElementsAre("B=two"));
+    EXPECT_EQ(m_storage.eraseValue(KEY, "A"), broker::StoreResult::DONE);
+    EXPECT_EQ(m_storage.eraseValue(CHILD + "\\None", "A"), broker::StoreResult::DONE);
+}
+
+LSTATUS WINAPI refuseDeletion(HKEY /*key*/, LPCSTR /*name*/)
+{
+    return ERROR_ACCESS_DENIED;
+}
+
+TEST_F(RegistryStorage, EraseValue_refused_isLogged)
+{
+    m_storage.write(KEY, "A", "one");
+    const support::LogCapture log(1);
+    const support::ImportHook hook("RegDeleteValueA", &refuseDeletion);
+    EXPECT_EQ(m_storage.eraseValue(KEY, "A"), broker::StoreResult::ACCESS_DENIED);
+    EXPECT_THAT(log.events(),
+                ElementsAre(EndsWith("Could not delete registry value A of " + PARENT + "\\Key. Error 5\n")));
+}
+
+TEST_F(RegistryStorage, KeyThatMayNotBeRead_isAFailureAndLogged)
+{
+    const support::LogCapture log(1);
+    RefusingRegistry registry;
+    registry.status = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(m_storage.read(KEY), std::nullopt);
+    EXPECT_EQ(m_storage.children(KEY), std::nullopt);
+    EXPECT_THAT(log.events(),
+                ElementsAre(EndsWith("broker::RegistryStorage::read: error: Could not read registry key " + PARENT +
+                                     "\\Key. Error 5\n"),
+                            EndsWith("broker::RegistryStorage::children: error: Could not read registry key " + PARENT +
+                                     "\\Key. Error 5\n")));
+}
+
+// A registry in which another process writes a value while the values are being read, once.
+class BusyRegistry : public utils::WindowsRegistry
+{
+public:
+    LSTATUS enumValue(HKEY key, DWORD index, LPSTR name, LPDWORD nameLength, LPDWORD reserved, LPDWORD type,
+                      LPBYTE data, LPDWORD dataLength) override
+    {
+        if (index == 1 && !m_hasWritten) {
+            m_hasWritten = true;
+            RegSetKeyValueA(HKEY_LOCAL_MACHINE, (PARENT + "\\Key").c_str(), "D", REG_SZ, "long enough to not fit", 23);
+        }
+        return WindowsRegistry::enumValue(key, index, name, nameLength, reserved, type, data, dataLength);
+    }
+
+private:
+    bool m_hasWritten = false;
+};
+
+TEST_F(RegistryStorage, ValuesThatChangeMeanwhile_areReadAgain)
+{
+    m_storage.write(KEY, "A", "one");
+    m_storage.write(KEY, "B", "two");
+    BusyRegistry registry;
+    EXPECT_THAT(values(), ElementsAre("A=one", "B=two", "D=long enough to not fit"));
 }
 
 }  // namespace

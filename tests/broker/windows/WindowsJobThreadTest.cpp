@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <thread>
 
 #include "Utils/Exception.h"
 #include "support/ImportHook.h"
@@ -14,18 +15,18 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 
-constexpr std::uint32_t LONG = 60'000;
+constexpr std::chrono::milliseconds LONG{60'000};
 
 // Counts its calls, asks for the pauses that the test gave it, and then has nothing left to do.
 class Work : public broker::JobWork
 {
 public:
-    Work(std::uint32_t pause, int pauses) : m_pause(pause), m_pauses(pauses) {}
+    Work(std::chrono::milliseconds pause, int pauses) : m_pause(pause), m_pauses(pauses) {}
     ~Work() = default;
     Work(const Work&) = delete;
     Work& operator=(const Work&) = delete;
 
-    std::optional<std::uint32_t> work() noexcept override
+    std::optional<std::chrono::milliseconds> work() noexcept override
     {
         thread = GetCurrentThreadId();
         return ++calls <= m_pauses ? std::make_optional(m_pause) : std::nullopt;
@@ -43,7 +44,7 @@ public:
     std::atomic<DWORD> thread{0};
 
 private:
-    std::uint32_t m_pause;
+    std::chrono::milliseconds m_pause;
     int m_pauses;
 };
 
@@ -77,7 +78,7 @@ BOOL WINAPI countRelease(HMODULE /*module*/)
 TEST(WindowsJobThread, WorksOnAThreadOfItsOwnUntilNothingIsLeft)
 {
     broker::WindowsJobThread thread;
-    Work work(1, 3);
+    Work work(std::chrono::milliseconds{1}, 3);
     EXPECT_TRUE(thread.start(work));
     EXPECT_TRUE(work.waitForCalls(4));
     EXPECT_NE(work.thread, GetCurrentThreadId());
@@ -88,10 +89,10 @@ TEST(WindowsJobThread, WorksOnAThreadOfItsOwnUntilNothingIsLeft)
 TEST(WindowsJobThread, CanBeStartedAgain)
 {
     broker::WindowsJobThread thread;
-    Work first(1, 0);
+    Work first(std::chrono::milliseconds{1}, 0);
     EXPECT_TRUE(thread.start(first));
     EXPECT_TRUE(first.waitForCalls(1));
-    Work second(1, 0);
+    Work second(std::chrono::milliseconds{1}, 0);
     EXPECT_TRUE(thread.start(second));
     EXPECT_TRUE(second.waitForCalls(1));
 }
@@ -115,7 +116,7 @@ TEST(WindowsJobThread, RunsUnderTheProcessesIdentity)
         TokenWork() = default;
         TokenWork(const TokenWork&) = delete;
         TokenWork& operator=(const TokenWork&) = delete;
-        std::optional<std::uint32_t> work() noexcept override
+        std::optional<std::chrono::milliseconds> work() noexcept override
         {
             HANDLE token = nullptr;
             hasToken = OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) != FALSE;
@@ -146,7 +147,7 @@ TEST(WindowsJobThread, PlatformWithoutThreadsIsLoggedAndTheModuleReleased)
     const support::ImportHook threadHook("CreateThread", &noThread);
     const support::ImportHook releaseHook("FreeLibrary", &countRelease);
     broker::WindowsJobThread thread;
-    Work work(1, 0);
+    Work work(std::chrono::milliseconds{1}, 0);
     EXPECT_FALSE(thread.start(work));
     EXPECT_EQ(releases, 1);
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::WindowsJobThread::start: error: CreateThread error 8\n")));
@@ -157,7 +158,7 @@ TEST(WindowsJobThread, ModuleThatCannotBeHeldIsLogged)
     const support::LogCapture log(1);
     const support::ImportHook hook("GetModuleHandleExA", &noModule);
     broker::WindowsJobThread thread;
-    Work work(1, 0);
+    Work work(std::chrono::milliseconds{1}, 0);
     EXPECT_FALSE(thread.start(work));
     EXPECT_THAT(log.events(),
                 ElementsAre(EndsWith("broker::WindowsJobThread::start: error: GetModuleHandleEx error 126\n")));
@@ -173,6 +174,19 @@ TEST(WindowsJobThread, PlatformWithoutEventsIsAnException)
     } catch (const utils::Exception& exception) {
         EXPECT_STREQ(exception.what(), "Could not create event. Error 8");
     }
+}
+
+TEST(WindowsJobThread, Signal_onceRaised_letsEveryWaitPass)
+{
+    broker::WindowsJobThread thread;
+    const auto signal = thread.makeSignal();
+    EXPECT_FALSE(signal->wait(std::chrono::milliseconds{0}));
+    std::thread([&signal] { signal->raise(); }).join();
+    EXPECT_TRUE(signal->wait(std::chrono::milliseconds::max()));
+    EXPECT_TRUE(signal->wait(std::chrono::milliseconds{0}));
+    const support::LogCapture log(1);
+    const support::ImportHook hook("CreateEventA", &noEvent);
+    EXPECT_THROW(thread.makeSignal(), utils::Exception);
 }
 
 }  // namespace

@@ -12,7 +12,13 @@
 
 namespace {
 
-BOOL WINAPI noUserName(LPWSTR /*name*/, LPDWORD /*size*/)
+BOOL WINAPI noAccount(LPCWSTR /*system*/, PSID /*sid*/, LPWSTR /*name*/, LPDWORD /*nameSize*/, LPWSTR /*domain*/,
+                      LPDWORD /*domainSize*/, PSID_NAME_USE /*use*/)
+{
+    return FALSE;
+}
+
+BOOL WINAPI noToken(HANDLE /*process*/, DWORD /*access*/, PHANDLE /*token*/)
 {
     return FALSE;
 }
@@ -26,33 +32,52 @@ TEST(WindowsMachine, ComputerNameIsThatOfTheEnvironment)
     EXPECT_EQ(machine.computerName(), "localhost");
 }
 
-TEST(WindowsMachine, UserNameIsThatOfTheThread)
+TEST(WindowsMachine, UserName_isThatOfTheThreadWithItsDomain)
 {
     std::array<char, UNLEN + 1> expected{};
     DWORD size = static_cast<DWORD>(expected.size());
     ASSERT_TRUE(GetUserNameA(expected.data(), &size));
     broker::WindowsMachine machine;
-    EXPECT_EQ(machine.userName(), expected.data());
+    const std::string name = machine.userName();
+    ASSERT_NE(name.find('\\'), std::string::npos) << name;
+    EXPECT_GT(name.find('\\'), 0U);
+    EXPECT_EQ(name.substr(name.find('\\') + 1), expected.data());
+    ASSERT_TRUE(ImpersonateSelf(SecurityImpersonation));
+    EXPECT_EQ(machine.userName(), name);
+    RevertToSelf();
 }
 
-TEST(WindowsMachine, UserNameThatThePlatformDoesNotTellIsEmpty)
+TEST(WindowsMachine, UserName_thatThePlatformDoesNotTell_isEmpty)
 {
-    const support::ImportHook hook("GetUserNameW", &noUserName);
     broker::WindowsMachine machine;
+    {
+        const support::ImportHook hook("LookupAccountSidW", &noAccount);
+        EXPECT_EQ(machine.userName(), "");
+    }
+    const support::ImportHook hook("OpenProcessToken", &noToken);
     EXPECT_EQ(machine.userName(), "");
 }
 
-BOOL WINAPI lookalikeName(LPWSTR name, LPDWORD size)
+BOOL WINAPI lookalikeAccount(LPCWSTR /*system*/, PSID /*sid*/, LPWSTR name, LPDWORD nameSize, LPWSTR domain,
+                             LPDWORD domainSize, PSID_NAME_USE /*use*/)
 {
-    *size = static_cast<DWORD>(std::wcslen(std::wcscpy(name, L"\u0134oe")) + 1);
+    *nameSize = static_cast<DWORD>(std::wcslen(std::wcscpy(name, L"\u0134oe")));
+    *domainSize = static_cast<DWORD>(std::wcslen(std::wcscpy(domain, L"HOST")));
     return TRUE;
 }
 
 TEST(WindowsMachine, UserName_outsideTheCodePage_hasQuestionMarks)
 {
-    const support::ImportHook hook("GetUserNameW", &lookalikeName);
+    const support::ImportHook hook("LookupAccountSidW", &lookalikeAccount);
     broker::WindowsMachine machine;
-    EXPECT_EQ(machine.userName(), "?oe");
+    EXPECT_EQ(machine.userName(), "HOST\\?oe");
+}
+
+TEST(WindowsMachine, SteadyNow_neverGoesBack)
+{
+    broker::WindowsMachine machine;
+    const broker::SteadyTime before = machine.steadyNow();
+    EXPECT_GE(machine.steadyNow(), before);
 }
 
 TEST(WindowsMachine, NowIsThePlatformsTime)
@@ -66,7 +91,7 @@ TEST(WindowsMachine, NowIsThePlatformsTime)
     };
     broker::WindowsMachine machine;
     const std::uint64_t before = platformNow();
-    const std::uint64_t now = machine.now();
+    const auto now = static_cast<std::uint64_t>(machine.now().time_since_epoch().count());
     const std::uint64_t after = platformNow();
     constexpr std::uint64_t TICK = 20'000;
     EXPECT_GE(now + TICK, before);

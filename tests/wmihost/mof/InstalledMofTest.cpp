@@ -43,6 +43,8 @@ TEST(InstalledMof, DeclaresEveryClassWithKeysDescriptionsAndARegisteredProvider)
                 EXPECT_TRUE(hasQualifier(method.qualifiers, L"implemented")) << name;
                 // The provider needs an instance for every method.
                 EXPECT_FALSE(hasQualifier(method.qualifiers, L"static")) << name;
+                // WMI hands over no object for a method without inputs, and the provider refuses such a call.
+                EXPECT_TRUE(method.in) << name << "." << toUtf8(method.name) << " can never be called";
             }
         }
     }

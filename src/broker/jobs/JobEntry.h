@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "broker/jobs/JobStatus.h"
+
+namespace broker {
+
+// How a job and a result are written down, each as one text. Reading gives nothing for a text that this product did not
+// write or whose times lie outside the calendar.
+
+// The nearest moment that the calendar has.
+WallTime inCalendar(WallTime time) noexcept;
+
+std::string entryOf(const StoredJob& job);
+std::optional<StoredJob> jobOf(const std::string& id, const std::string& entry);
+
+std::string entryOf(const DiagnosticResult& result);
+std::optional<DiagnosticResult> resultOf(const std::string& id, const std::string& entry);
+
+}  // namespace broker

@@ -1,0 +1,458 @@
+#include "broker/jobs/JobRegistry.h"
+
+#include <algorithm>
+#include <tuple>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "Utils/Log.h"
+
+namespace broker {
+
+namespace {
+
+constexpr const char* FILE_NAME = "JobRegistry";
+
+using std::chrono::microseconds;
+
+// Adds the names that are not there yet, and returns how many those were.
+std::size_t addNames(std::map<std::string, bool>& names, const std::vector<std::string>& added)
+{
+    std::size_t count = 0;
+    for (const std::string& name : added) {
+        count += names.emplace(name, false).second ? 1 : 0;
+    }
+    return count;
+}
+
+// Marks all of them as tried.
+std::vector<std::string> takeNames(std::map<std::string, bool>& names)
+{
+    std::vector<std::string> result;
+    for (auto& [name, wasTried] : names) {
+        wasTried = true;
+        result.push_back(name);
+    }
+    return result;
+}
+
+bool holdsUntried(const std::map<std::string, bool>& names)
+{
+    return std::any_of(names.begin(), names.end(), [](const auto& name) { return !name.second; });
+}
+
+}  // namespace
+
+struct JobRegistry::Job
+{
+    StoredJob stored;
+    // When it started, if it runs.
+    SteadyTime start;
+    // When its retention is over, if it has ended.
+    SteadyTime expiry;
+    // Carried on by this process, if it runs.
+    bool isOwn = false;
+    // An entry of it exists, if perhaps an older one.
+    bool isStored = false;
+    // Its entry says less than this, and whether writing it was tried.
+    bool isBehind = false;
+    bool wasTried = false;
+    // What another process has made of it while it runs here.
+    std::optional<StoredJob> elsewhere;
+    bool isGone = false;
+
+    bool isRunning() const noexcept { return stored.status.isRunning(); }
+
+    // A clock that was set since the job ended, or started, neither shortens nor stretches what is left beyond reason.
+    void resume(const Moment& now) noexcept
+    {
+        const microseconds zero{0};
+        start = now.steady - std::max(zero, now.wall - stored.status.startTime);
+        const microseconds left = stored.endTime + stored.status.retention - now.wall;
+        expiry = now.steady + std::clamp(left, zero, stored.status.retention);
+    }
+
+    // It has ended, as its status says.
+    void end(SteadyTime now) noexcept
+    {
+        expiry = now + stored.status.retention;
+        isOwn = false;
+        elsewhere.reset();
+        wasTried = false;
+    }
+};
+
+JobRegistry::JobRegistry() = default;
+JobRegistry::~JobRegistry() = default;
+
+void JobRegistry::merge(const JobArchive::Contents& contents, const Moment& now)
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::JobRegistry::merge"};
+    std::size_t unreadable = 0;
+    {
+        const utils::MutexGuard guard(m_mutex);
+        mergeJobs(contents.jobs, now);
+        mergeResults(contents.results);
+        unreadable =
+            addNames(m_droppedJobs, contents.unreadableJobs) + addNames(m_droppedResults, contents.unreadableResults);
+    }
+    if (unreadable != 0) {
+        here.error("%d stored entries of jobs and results cannot be understood and are removed",
+                   static_cast<int>(unreadable));
+    }
+}
+
+void JobRegistry::mergeJobs(const std::vector<StoredJob>& stored, const Moment& now)
+{
+    std::unordered_map<std::string, Job*> known;
+    for (const std::unique_ptr<Job>& job : m_jobs) {
+        known.emplace(job->stored.status.id, job.get());
+    }
+    std::unordered_set<std::string> seen;
+    for (const StoredJob& entry : stored) {
+        const std::string& id = entry.status.id;
+        seen.insert(id);
+        if (m_droppedJobs.contains(id)) {
+            continue;
+        }
+        const auto found = known.find(id);
+        if (found == known.end()) {
+            auto added = std::make_unique<Job>();
+            added->stored = entry;
+            added->isStored = true;
+            added->resume(now);
+            m_jobs.push_back(std::move(added));
+            continue;
+        }
+        Job& job = *found->second;
+        job.isStored = true;
+        job.isGone = false;
+        if (entry.status.isRunning()) {
+            continue;
+        }
+        if (job.isOwn) {
+            job.elsewhere = entry;
+        } else if (job.isRunning() || job.isBehind || job.stored.endTime != entry.endTime) {
+            job.stored = entry;
+            job.isBehind = false;
+            job.resume(now);
+        }
+    }
+    std::erase_if(m_jobs, [&seen](const std::unique_ptr<Job>& job) {
+        if (!job->isStored || seen.contains(job->stored.status.id)) {
+            return false;
+        }
+        job->isGone = true;
+        return !job->isOwn;
+    });
+    std::erase_if(m_droppedJobs, [&seen](const auto& name) { return !seen.contains(name.first); });
+    sortByStart();
+}
+
+void JobRegistry::mergeResults(const std::vector<std::shared_ptr<const DiagnosticResult>>& stored)
+{
+    std::unordered_set<std::string> seen;
+    std::vector<Result> merged;
+    for (const std::shared_ptr<const DiagnosticResult>& result : stored) {
+        seen.insert(result->id);
+        if (!m_droppedResults.contains(result->id)) {
+            merged.push_back({result, true, false});
+        }
+    }
+    for (Result& result : m_results) {
+        if (!result.isStored && !seen.contains(result.value->id)) {
+            merged.push_back(std::move(result));
+        }
+    }
+    m_results = std::move(merged);
+    std::erase_if(m_droppedResults, [&seen](const auto& name) { return !seen.contains(name.first); });
+    sortByStart();
+}
+
+std::set<std::string> JobRegistry::otherHosts()
+{
+    const utils::MutexGuard guard(m_mutex);
+    std::set<std::string> result;
+    for (const std::unique_ptr<Job>& job : m_jobs) {
+        if (job->isRunning() && !job->isOwn) {
+            result.insert(job->stored.host);
+        }
+    }
+    return result;
+}
+
+void JobRegistry::endJobsOf(const std::set<std::string>& hosts, const Moment& now)
+{
+    const utils::MutexGuard guard(m_mutex);
+    for (const std::unique_ptr<Job>& job : m_jobs) {
+        if (!job->isRunning() || job->isOwn || !hosts.contains(job->stored.host)) {
+            continue;
+        }
+        JobStatus& status = job->stored.status;
+        const auto found = std::find_if(m_results.begin(), m_results.end(),
+                                        [&status](const Result& result) { return result.value->jobId == status.id; });
+        std::string error;
+        if (found == m_results.end()) {
+            error = HOST_ENDED;
+        } else if (found->value->jobState == JobState::EXCEPTION && !found->value->errors.empty()) {
+            error = found->value->errors.back();
+        }
+        // Nothing below fails: the job has ended as a whole or not at all.
+        status.error = std::move(error);
+        status.state = found == m_results.end() ? JobState::EXCEPTION : found->value->jobState;
+        status.elapsed = found == m_results.end() ? now.steady - job->start : found->value->duration;
+        job->stored.endTime = now.wall;
+        job->isBehind = true;
+        job->end(now.steady);
+    }
+}
+
+void JobRegistry::expire(SteadyTime now)
+{
+    const utils::MutexGuard guard(m_mutex);
+    std::size_t tooMany = m_jobs.size() - std::min(m_jobs.size(), MAX_JOBS);
+    for (const std::unique_ptr<Job>& job : m_jobs) {
+        if (job->isRunning() || (now < job->expiry && tooMany == 0)) {
+            continue;
+        }
+        if (job->isStored) {
+            m_droppedJobs.emplace(job->stored.status.id, false);
+        }
+        job->isGone = true;
+        tooMany -= std::min<std::size_t>(tooMany, 1);
+    }
+    std::erase_if(m_jobs, [](const std::unique_ptr<Job>& job) { return job->isGone && !job->isOwn; });
+    while (m_results.size() > MAX_RESULTS) {
+        if (m_results.front().isStored) {
+            m_droppedResults.emplace(m_results.front().value->id, false);
+        }
+        m_results.erase(m_results.begin());
+    }
+}
+
+std::vector<JobStatus> JobRegistry::jobs(SteadyTime now)
+{
+    const utils::MutexGuard guard(m_mutex);
+    std::vector<JobStatus> result;
+    result.reserve(m_jobs.size());
+    for (const std::unique_ptr<Job>& job : m_jobs) {
+        if (job->isGone) {
+            continue;
+        }
+        result.push_back(job->stored.status);
+        if (job->isRunning()) {
+            result.back().elapsed = now - job->start;
+        }
+    }
+    return result;
+}
+
+std::vector<std::shared_ptr<const DiagnosticResult>> JobRegistry::results()
+{
+    const utils::MutexGuard guard(m_mutex);
+    std::vector<std::shared_ptr<const DiagnosticResult>> values;
+    values.reserve(m_results.size());
+    for (const Result& result : m_results) {
+        values.push_back(result.value);
+    }
+    return values;
+}
+
+std::optional<StoredJob> JobRegistry::find(const std::string& id)
+{
+    const utils::MutexGuard guard(m_mutex);
+    const Job* found = job(id);
+    return found == nullptr ? std::nullopt : std::make_optional(found->stored);
+}
+
+bool JobRegistry::isKnown(const std::string& id)
+{
+    const utils::MutexGuard guard(m_mutex);
+    return job(id) != nullptr || m_droppedJobs.contains(id) ||
+           std::any_of(m_results.begin(), m_results.end(),
+                       [&id](const Result& result) { return result.value->jobId == id; });
+}
+
+bool JobRegistry::isAdapterBusy(const std::string& adapterGuid)
+{
+    const utils::MutexGuard guard(m_mutex);
+    return std::any_of(m_jobs.begin(), m_jobs.end(), [&adapterGuid](const std::unique_ptr<Job>& job) {
+        return job->isRunning() && !job->isGone && job->stored.status.adapterGuid == adapterGuid;
+    });
+}
+
+std::size_t JobRegistry::running()
+{
+    const utils::MutexGuard guard(m_mutex);
+    return static_cast<std::size_t>(
+        std::count_if(m_jobs.begin(), m_jobs.end(), [](const std::unique_ptr<Job>& job) { return job->isRunning(); }));
+}
+
+void JobRegistry::add(const StoredJob& job, SteadyTime start)
+{
+    auto added = std::make_unique<Job>();
+    added->stored = job;
+    added->start = start;
+    added->isOwn = true;
+    const utils::MutexGuard guard(m_mutex);
+    m_jobs.push_back(std::move(added));
+    sortByStart();
+}
+
+void JobRegistry::setPercentComplete(const std::string& id, std::uint16_t percent) noexcept
+{
+    const utils::MutexGuard guard(m_mutex);
+    if (Job* found = job(id)) {
+        found->stored.status.percentComplete = percent;
+    }
+}
+
+std::optional<StoredJob> JobRegistry::fate(const std::string& id)
+{
+    const utils::MutexGuard guard(m_mutex);
+    const Job* found = job(id);
+    if (found == nullptr || found->isGone) {
+        return std::nullopt;
+    }
+    return found->elsewhere ? found->elsewhere : found->stored;
+}
+
+void JobRegistry::finish(const StoredJob& ended, SteadyTime now, bool isStored)
+{
+    StoredJob copy = ended;
+    const utils::MutexGuard guard(m_mutex);
+    if (Job* found = job(ended.status.id)) {
+        found->stored = std::move(copy);
+        found->isStored = found->isStored || isStored;
+        found->isBehind = !isStored;
+        found->end(now);
+    }
+}
+
+void JobRegistry::publish(std::shared_ptr<const DiagnosticResult> result, bool isStored)
+{
+    const utils::MutexGuard guard(m_mutex);
+    std::erase_if(m_results, [&result](const Result& known) { return known.value->id == result->id; });
+    m_results.push_back({std::move(result), isStored, false});
+    sortByStart();
+}
+
+void JobRegistry::abandon(const std::string& id, const char* error, const Moment& now) noexcept
+{
+    const utils::MutexGuard guard(m_mutex);
+    if (Job* found = job(id)) {
+        found->stored.status.state = JobState::EXCEPTION;
+        found->stored.status.elapsed = now.steady - found->start;
+        found->stored.endTime = now.wall;
+        found->isBehind = true;
+        found->end(now.steady);
+        try {
+            found->stored.status.error = error;
+        } catch (const std::bad_alloc&) {
+            // The state says it without words.
+        }
+    }
+}
+
+void JobRegistry::forget(const std::string& id) noexcept
+{
+    const utils::MutexGuard guard(m_mutex);
+    std::erase_if(m_jobs, [&id](const std::unique_ptr<Job>& job) { return job->stored.status.id == id; });
+}
+
+void JobRegistry::drop(const std::string& id)
+{
+    const utils::MutexGuard guard(m_mutex);
+    m_droppedJobs[id] = false;
+    forget(id);
+}
+
+bool JobRegistry::hasChores()
+{
+    const utils::MutexGuard guard(m_mutex);
+    return holdsUntried(m_droppedJobs) || holdsUntried(m_droppedResults) ||
+           std::any_of(m_jobs.begin(), m_jobs.end(),
+                       [](const std::unique_ptr<Job>& job) { return job->isBehind && !job->wasTried; }) ||
+           std::any_of(m_results.begin(), m_results.end(),
+                       [](const Result& result) { return !result.isStored && !result.wasTried; });
+}
+
+JobRegistry::Chores JobRegistry::chores()
+{
+    const utils::MutexGuard guard(m_mutex);
+    Chores result;
+    for (const std::unique_ptr<Job>& job : m_jobs) {
+        if (job->isBehind) {
+            result.jobs.push_back(job->stored);
+        }
+    }
+    for (const Result& known : m_results) {
+        if (!known.isStored) {
+            result.results.push_back(known.value);
+        }
+    }
+    result.droppedJobs = takeNames(m_droppedJobs);
+    result.droppedResults = takeNames(m_droppedResults);
+    for (const std::unique_ptr<Job>& job : m_jobs) {
+        job->wasTried = true;
+    }
+    for (Result& known : m_results) {
+        known.wasTried = true;
+    }
+    return result;
+}
+
+void JobRegistry::jobDropped(const std::string& id) noexcept
+{
+    const utils::MutexGuard guard(m_mutex);
+    m_droppedJobs.erase(id);
+}
+
+void JobRegistry::resultDropped(const std::string& id) noexcept
+{
+    const utils::MutexGuard guard(m_mutex);
+    m_droppedResults.erase(id);
+}
+
+void JobRegistry::jobStored(const std::string& id) noexcept
+{
+    const utils::MutexGuard guard(m_mutex);
+    if (Job* found = job(id)) {
+        found->isStored = true;
+        found->isBehind = false;
+    }
+}
+
+void JobRegistry::resultStored(const std::string& id) noexcept
+{
+    const utils::MutexGuard guard(m_mutex);
+    for (Result& known : m_results) {
+        if (known.value->id == id) {
+            known.isStored = true;
+        }
+    }
+}
+
+JobRegistry::Job* JobRegistry::job(const std::string& id) const noexcept
+{
+    const auto found = std::find_if(m_jobs.begin(), m_jobs.end(), [&id](const std::unique_ptr<Job>& candidate) {
+        return candidate->stored.status.id == id;
+    });
+    return found == m_jobs.end() ? nullptr : found->get();
+}
+
+void JobRegistry::sortByStart()
+{
+    // Only what has just been added is out of order, so this is quick.
+    std::sort(m_jobs.begin(), m_jobs.end(), [](const std::unique_ptr<Job>& left, const std::unique_ptr<Job>& right) {
+        const JobStatus& a = left->stored.status;
+        const JobStatus& b = right->stored.status;
+        return std::tie(a.startTime, a.id) < std::tie(b.startTime, b.id);
+    });
+    std::sort(m_results.begin(), m_results.end(), [](const Result& left, const Result& right) {
+        return std::tie(left.value->startTime, left.value->id) < std::tie(right.value->startTime, right.value->id);
+    });
+}
+
+}  // namespace broker

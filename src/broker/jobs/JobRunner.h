@@ -1,0 +1,110 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "broker/jobs/JobArchive.h"
+#include "broker/jobs/JobReader.h"
+#include "broker/jobs/JobRegistry.h"
+#include "broker/jobs/JobScheduler.h"
+#include "broker/jobs/LinkDiagnostic.h"
+#include "broker/platform/AdapterSource.h"
+#include "broker/platform/JobHosts.h"
+
+namespace broker {
+
+// A diagnostic that a client asks for.
+struct DiagnosticRequest
+{
+    Adapter adapter;
+    DiagnosticSetting setting;
+    std::uint16_t sampleCount = 0;
+    std::string owner;
+    Moment start;
+};
+
+enum class StartOutcome
+{
+    STARTED,
+    // A job of the adapter runs already, in this process or in another.
+    IN_USE,
+    FAILED
+};
+
+enum class EndOutcome
+{
+    ENDED,
+    // It has ended before, or does not exist.
+    NOT_RUNNING,
+    FAILED
+};
+
+// Carries on the jobs of this process, and alone writes what is stored of jobs. On the job thread only, so it needs no
+// lock; what others see of it is in the registry.
+class JobRunner final : public JobDuty
+{
+public:
+    // All must outlive this.
+    JobRunner(AdapterSource& adapters, JobHosts& hosts, JobArchive& archive, JobRegistry& registry, JobReader& reader);
+
+    // Starts the job and stores it. Sets the id when it is started.
+    StartOutcome start(const DiagnosticRequest& request, std::string& id);
+
+    // Ends a running job in the state TERMINATED or KILLED.
+    EndOutcome end(const std::string& id, JobState state);
+
+    // Writes what is left to be written, and stops the work of jobs that are gone.
+    void doChores();
+
+    std::optional<SteadyTime> step() noexcept override;
+
+private:
+    struct Ending
+    {
+        // RUNNING: another process may have ended or dropped it, which finish() finds out.
+        JobState state;
+        std::string error;
+    };
+
+    struct Running
+    {
+        std::string id;
+        SteadyTime start;
+        LinkDiagnostic diagnostic;
+        // Set when the work is over and only storing is left.
+        std::optional<Ending> ending;
+        SteadyTime retry;
+        int failures = 0;
+
+        SteadyTime nextDue() const noexcept { return ending ? retry : diagnostic.nextDue(); }
+    };
+
+    std::string newNumber();
+    // Returns whether the registry now says what is stored.
+    bool tryRefresh() noexcept;
+    void noteFates();
+    void sample(Running& job);
+    void fail(Running& job, const char* reason) noexcept;
+    // Ends the job and returns whether nobody else has ended or dropped it before. It then is not in m_running any
+    // more.
+    bool finish(Running& job);
+    // Ends a job that another process carries on; that process notices.
+    EndOutcome endElsewhere(const std::string& id, JobState state);
+    void stop(const std::string& id) noexcept;
+    Running* find(const std::string& id) noexcept;
+
+    AdapterSource& m_adapters;
+    JobHosts& m_hosts;
+    JobArchive& m_archive;
+    JobRegistry& m_registry;
+    JobReader& m_reader;
+    std::vector<Running> m_running;
+    // Jobs are numbered from the moment at which this was made, so that a client that still holds the name of a job of
+    // an earlier process does not meet another one.
+    WallTime m_made;
+    std::uint64_t m_started = 0;
+};
+
+}  // namespace broker

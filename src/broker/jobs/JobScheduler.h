@@ -1,0 +1,83 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "Utils/Mutex.h"
+#include "broker/platform/JobThread.h"
+#include "broker/platform/Machine.h"
+
+namespace broker {
+
+// What the scheduler carries on.
+class JobDuty
+{
+public:
+    JobDuty(const JobDuty&) = delete;
+    JobDuty& operator=(const JobDuty&) = delete;
+
+    // Takes the one step that is due, if any, and returns when the next one is; nothing when no job runs.
+    virtual std::optional<SteadyTime> step() noexcept = 0;
+
+protected:
+    JobDuty() = default;
+    ~JobDuty() = default;
+};
+
+// Runs what requests hand over, and what is due, one after the other on the job thread. The thread starts with the
+// first task and ends when nothing is left. Its lock guards the queue and is held while nothing else is done.
+class JobScheduler final : private JobWork
+{
+public:
+    // How long the thread sleeps at most while jobs run: other processes may have dropped one.
+    static constexpr std::chrono::milliseconds LONGEST_PAUSE{1000};
+
+    enum class Late
+    {
+        // The task stays in the queue.
+        STAYS,
+        // A task that was not begun is not run at all; one that was is waited for.
+        IS_WITHDRAWN
+    };
+
+    // All must outlive the scheduler, and the scheduler the job thread's work.
+    JobScheduler(JobThread& thread, Machine& machine, JobDuty& duty)
+        : m_thread(thread), m_machine(machine), m_duty(duty)
+    {
+    }
+
+    // Runs the task on the job thread and waits for its end. Returns whether it was run to its end. What it throws is
+    // logged. Any thread but the job thread.
+    bool run(std::function<void()> task, std::chrono::milliseconds patience, Late late);
+
+    // Hands the task over and does not wait.
+    void post(std::function<void()> task);
+
+private:
+    struct Task
+    {
+        std::function<void()> run;
+        // Null where nobody waits.
+        std::unique_ptr<Signal> done;
+        std::atomic<bool> isDone{false};
+    };
+
+    std::optional<std::chrono::milliseconds> work() noexcept override;
+    void enqueue(const std::shared_ptr<Task>& task);
+    std::shared_ptr<Task> next();
+    bool withdraw(const std::shared_ptr<Task>& task);
+    void giveUp() noexcept;
+
+    JobThread& m_thread;
+    Machine& m_machine;
+    JobDuty& m_duty;
+    utils::Mutex m_mutex;
+    std::deque<std::shared_ptr<Task>> m_queue;
+    bool m_threadRuns = false;
+};
+
+}  // namespace broker

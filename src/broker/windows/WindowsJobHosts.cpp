@@ -1,0 +1,118 @@
+#include "broker/windows/WindowsJobHosts.h"
+
+#include <sddl.h>
+
+#include <new>
+
+#include "Utils/Log.h"
+
+namespace broker {
+
+namespace {
+
+constexpr const char* FILE_NAME = "WindowsJobHosts";
+constexpr const char* LOCK_NAME = "Global\\Vexal-DRAVEv2-Jobs";
+constexpr DWORD LOCK_PATIENCE = 1000;
+
+// The system, administrators and network services may do everything. Everybody may see that a host is there.
+constexpr const char* HOST_ACCESS = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;NS)(A;;0x100000;;;WD)";
+constexpr const char* LOCK_ACCESS = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;NS)";
+
+std::string hostName(const std::string& host)
+{
+    return "Global\\Vexal-DRAVEv2-Host-" + host;
+}
+
+// Null when the platform refuses.
+HANDLE openMutex(const char* name, const char* access) noexcept
+{
+    SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, FALSE};
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorA(access, SDDL_REVISION_1, &attributes.lpSecurityDescriptor,
+                                                              nullptr))
+    {
+        return nullptr;
+    }
+    const HANDLE mutex = CreateMutexA(&attributes, FALSE, name);
+    const DWORD error = GetLastError();
+    LocalFree(attributes.lpSecurityDescriptor);
+    SetLastError(error);
+    return mutex;
+}
+
+}  // namespace
+
+WindowsJobHosts::~WindowsJobHosts()
+{
+    if (m_announcement != nullptr) {
+        CloseHandle(m_announcement);
+    }
+}
+
+std::string WindowsJobHosts::own()
+{
+    FILETIME start{};
+    FILETIME end{};
+    FILETIME kernelTime{};
+    FILETIME userTime{};
+    // Fails for no process that asks about itself.
+    GetProcessTimes(GetCurrentProcess(), &start, &end, &kernelTime, &userTime);
+    const ULONGLONG time = ULONGLONG{start.dwHighDateTime} << 32U | start.dwLowDateTime;
+    return std::to_string(GetCurrentProcessId()) + "-" + std::to_string(time);
+}
+
+bool WindowsJobHosts::announce() noexcept
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::WindowsJobHosts::announce"};
+    if (m_announcement != nullptr) {
+        return true;
+    }
+    try {
+        m_announcement = openMutex(hostName(own()).c_str(), HOST_ACCESS);
+    } catch (const std::bad_alloc&) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    if (m_announcement == nullptr) {
+        here.error("Jobs will not survive this process, which other hosts would take for ended. Error %d",
+                   static_cast<int>(GetLastError()));
+    }
+    return m_announcement != nullptr;
+}
+
+bool WindowsJobHosts::isAlive(const std::string& host)
+{
+    const HANDLE mutex = OpenMutexA(SYNCHRONIZE, FALSE, hostName(host).c_str());
+    if (mutex == nullptr) {
+        return GetLastError() != ERROR_FILE_NOT_FOUND;
+    }
+    CloseHandle(mutex);
+    return true;
+}
+
+void WindowsJobHosts::lock() noexcept
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::WindowsJobHosts::lock"};
+    // Recursive locking is the mutex's own business; only the first lock opens it.
+    if (m_depth++ == 0) {
+        m_lock = openMutex(LOCK_NAME, LOCK_ACCESS);
+    }
+    // A process that ended while it held the lock left every entry whole or absent, so its lock is simply taken over.
+    const DWORD result = m_lock == nullptr ? WAIT_FAILED : WaitForSingleObject(m_lock, LOCK_PATIENCE);
+    if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED) {
+        here.error("Stored jobs are changed without a lock. Result %d, error %d", static_cast<int>(result),
+                   static_cast<int>(GetLastError()));
+    }
+}
+
+void WindowsJobHosts::unlock() noexcept
+{
+    if (m_lock != nullptr) {
+        // Fails, without harm, where the lock was not got.
+        ReleaseMutex(m_lock);
+    }
+    if (--m_depth == 0 && m_lock != nullptr) {
+        CloseHandle(m_lock);
+        m_lock = nullptr;
+    }
+}
+
+}  // namespace broker

@@ -1,0 +1,238 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "broker/jobs/JobEntry.h"
+#include "broker/jobs/JobWorld.h"
+#include "support/LogCapture.h"
+
+// Processes that carry on jobs side by side, and what they find of those that ended: at any change of what is stored,
+// and with any change failing.
+namespace {
+
+using broker::EndOutcome;
+using broker::JobState;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class JobProcesses : public testing::Test
+{
+protected:
+    JobProcesses()
+    {
+        m_adapters.set({m_adapter});
+        m_setting.samplePeriodMilliseconds = 100;
+        m_setting.jobRetentionSeconds = 60;
+    }
+
+    std::unique_ptr<fakes::JobProcess> process(const std::string& name)
+    {
+        return std::make_unique<fakes::JobProcess>(m_stored, m_hosts, m_machine, m_adapters, name);
+    }
+
+    // What a process that comes after all others shows.
+    std::vector<std::string> statesLater() { return process("99-1")->states(); }
+
+    fakes::Machine m_machine;
+    fakes::Adapters m_adapters;
+    broker::Adapter m_adapter = fakes::adapter(1);
+    broker::DiagnosticSetting m_setting;
+    std::shared_ptr<fakes::StoredKeys> m_stored = std::make_shared<fakes::StoredKeys>();
+    std::shared_ptr<fakes::HostTable> m_hosts = std::make_shared<fakes::HostTable>();
+    std::unique_ptr<fakes::JobProcess> m_one = process("10-1");
+    std::unique_ptr<fakes::JobProcess> m_two = process("11-1");
+};
+
+TEST_F(JobProcesses, RunningJob_isSeenByTheOther)
+{
+    EXPECT_THAT(m_two->states(), IsEmpty());
+    const std::string id = m_one->start(m_adapter, m_setting, 2);
+    EXPECT_THAT(m_two->states(), ElementsAre("4 " + id));
+    m_machine.pass(milliseconds{100});
+    EXPECT_EQ(m_two->jobs.jobs()[0].elapsed, milliseconds{100});
+    m_one->thread.play();
+    m_machine.pass(milliseconds{100});
+    m_one->thread.play();
+    EXPECT_THAT(m_two->states(), ElementsAre("7 " + id));
+    EXPECT_THAT(m_two->jobs.results(), SizeIs(1));
+    EXPECT_FALSE(m_two->thread.isRunning());
+}
+
+TEST_F(JobProcesses, Job_deletedByTheOther_stopsWithoutAResult)
+{
+    const std::string id = m_one->start(m_adapter, m_setting, 2);
+    m_two->mark(id);
+    EXPECT_THAT(m_one->states(), IsEmpty());
+    m_machine.pass(seconds{1});
+    EXPECT_EQ(m_one->thread.play(), std::nullopt);
+    EXPECT_THAT(m_one->jobs.results(), IsEmpty());
+    EXPECT_THAT(statesLater(), IsEmpty());
+}
+
+TEST_F(JobProcesses, Job_endedByTheOther_leavesItsResult)
+{
+    const std::string id = m_one->start(m_adapter, m_setting, 5);
+    m_machine.pass(milliseconds{100});
+    m_one->thread.play();
+    EXPECT_EQ(m_two->jobs.end(id, JobState::TERMINATED), EndOutcome::ENDED);
+    EXPECT_EQ(m_two->jobs.end(id, JobState::TERMINATED), EndOutcome::NOT_RUNNING);
+    EXPECT_EQ(m_one->thread.play(), std::nullopt);
+    EXPECT_THAT(m_one->states(), ElementsAre("8 " + id));
+    ASSERT_THAT(m_two->jobs.results(), SizeIs(1));
+    EXPECT_THAT(m_two->jobs.results()[0]->bytesReceived, SizeIs(1));
+    EXPECT_THAT(m_two->jobs.results()[0]->errors, ElementsAre("The job was terminated"));
+}
+
+TEST_F(JobProcesses, WaitingThread_looksForChangesEachSecond)
+{
+    m_setting.samplePeriodMilliseconds = 60'000;
+    m_one->start(m_adapter, m_setting, 1);
+    EXPECT_EQ(m_one->thread.play(), milliseconds{1000});
+}
+
+TEST_F(JobProcesses, JobOfADeadHost_hasEndedByAnException)
+{
+    const std::string id = m_one->start(m_adapter, m_setting, 5);
+    m_machine.pass(seconds{3});
+    m_one->hosts.end();
+    const auto jobs = m_two->jobs.jobs();
+    ASSERT_THAT(jobs, SizeIs(1));
+    EXPECT_EQ(jobs[0].state, JobState::EXCEPTION);
+    EXPECT_EQ(jobs[0].error, "The host process ended");
+    EXPECT_EQ(jobs[0].elapsed, seconds{3});
+    m_two->thread.play();
+    // Stored as ended, and kept for its retention from then on.
+    m_machine.pass(seconds{59});
+    EXPECT_THAT(statesLater(), ElementsAre("10 " + id));
+    m_machine.pass(seconds{1});
+    EXPECT_THAT(m_two->states(), IsEmpty());
+    // The port is free.
+    EXPECT_NE(m_two->start(m_adapter, m_setting, 1), "");
+}
+
+TEST_F(JobProcesses, JobLeftByAnEarlierLifeOfTheModule_hasEnded)
+{
+    const std::string id = m_one->start(m_adapter, m_setting, 5);
+    // The same process: it lives, and does not carry on the job.
+    EXPECT_THAT(process("10-1")->states(), ElementsAre("10 " + id));
+}
+
+TEST_F(JobProcesses, RecoveredJob_thatWasDeletedMeanwhile_staysDeleted)
+{
+    const std::string id = m_one->start(m_adapter, m_setting, 5);
+    m_one->hosts.end();
+    // Both see the dead host's job; one deletes it before the other gets to write.
+    m_two->thread.worksWhileWaited = false;
+    EXPECT_THAT(m_two->states(), ElementsAre("10 " + id));
+    auto three = process("12-1");
+    three->states();
+    three->mark(id);
+    m_two->thread.play();
+    EXPECT_THAT(statesLater(), IsEmpty());
+}
+
+// A process ends before its change of this number: what it did after that reaches nobody.
+class JobCrash : public JobProcesses, public testing::WithParamInterface<int>
+{
+};
+
+TEST_P(JobCrash, WhatWasAnswered_isWhatTheNextProcessFinds)
+{
+    m_one->storage.lifetime = GetParam();
+    const auto lives = [this] { return m_one->storage.changes <= m_one->storage.lifetime; };
+    const std::string deleted = m_one->start(fakes::adapter(2), m_setting, 2);
+    const bool wasDeletedStarted = lives();
+    m_one->mark(deleted);
+    const bool wasDeleted = lives();
+    const std::string completed = m_one->start(m_adapter, m_setting, 1);
+    const bool wasStarted = lives();
+    m_machine.pass(milliseconds{100});
+    m_one->thread.play();
+    const bool wasCompleted = lives();
+    const std::string running = m_one->start(m_adapter, m_setting, 600);
+    const bool wasRunning = lives();
+    m_one->hosts.end();
+
+    const support::LogCapture log(1);
+    auto next = process("12-1");
+    std::vector<std::string> expected;
+    if (wasDeletedStarted && !wasDeleted) {
+        expected.push_back("10 " + deleted);
+    }
+    // A result that is stored says how the job ended, though its entry was not written any more.
+    const bool hasResult = !next->jobs.results().empty();
+    EXPECT_TRUE(!wasCompleted || hasResult);
+    if (wasStarted) {
+        expected.push_back((hasResult ? "7 " : "10 ") + completed);
+    }
+    if (wasRunning) {
+        expected.push_back("10 " + running);
+    }
+    EXPECT_EQ(next->states(), expected);
+    EXPECT_THAT(log.events(), IsEmpty());
+    for (const broker::JobStatus& job : next->jobs.jobs()) {
+        EXPECT_EQ(job.error, job.state == JobState::EXCEPTION ? "The host process ended" : "");
+    }
+    // And it can go on from there.
+    next->thread.play();
+    EXPECT_NE(next->start(m_adapter, m_setting, 1), "");
+    for (const broker::JobStatus& job : next->jobs.jobs()) {
+        next->mark(job.id);
+    }
+    EXPECT_THAT(next->storage.values("Jobs"), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Changes, JobCrash, testing::Range(0, 8));
+
+TEST(JobCrashCount, EveryChange_isCovered)
+{
+    // The changes of the test above: three starts, a deletion, a result with its job.
+    fakes::Machine machine;
+    fakes::Adapters adapters;
+    adapters.set({fakes::adapter(1)});
+    fakes::JobProcess one(std::make_shared<fakes::StoredKeys>(), std::make_shared<fakes::HostTable>(), machine,
+                          adapters, "10-1");
+    broker::DiagnosticSetting setting;
+    one.mark(one.start(fakes::adapter(2), setting, 2));
+    one.start(fakes::adapter(1), setting, 1);
+    machine.pass(seconds{1});
+    one.thread.play();
+    one.start(fakes::adapter(1), setting, 600);
+    EXPECT_EQ(one.storage.changes, 6);
+}
+
+// One change fails.
+class JobWriteFailure : public JobProcesses, public testing::WithParamInterface<int>
+{
+};
+
+TEST_P(JobWriteFailure, ThisProcessShowsAllAndTriesAgain)
+{
+    const support::LogCapture log(1);
+    m_one->storage.firstFailing = m_one->storage.lastFailing = GetParam();
+    m_one->mark(m_one->start(fakes::adapter(2), m_setting, 2));
+    const std::string completed = m_one->start(m_adapter, m_setting, 1);
+    m_machine.pass(milliseconds{100});
+    m_one->thread.play();
+    const std::string running = m_one->start(m_adapter, m_setting, 600);
+    EXPECT_THAT(m_one->states(), ElementsAre("7 " + completed, "4 " + running));
+    EXPECT_THAT(m_one->jobs.results(), SizeIs(1));
+    EXPECT_THAT(log.events(), SizeIs(1)) << "each failure is an event";
+    // The thread is there for the running job, and what is left to be written is written with its next step.
+    m_one->mark("another");
+    // A running job is stored when it starts or when it ends.
+    const bool wasNotStored = GetParam() == 6;
+    m_one->hosts.end();
+    std::vector<std::string> expected{"7 " + completed};
+    if (!wasNotStored) {
+        expected.push_back("10 " + running);
+    }
+    EXPECT_EQ(statesLater(), expected);
+    EXPECT_THAT(process("98-1")->jobs.results(), SizeIs(1));
+}
+
+INSTANTIATE_TEST_SUITE_P(Changes, JobWriteFailure, testing::Range(1, 7));
+
+}  // namespace

@@ -1,0 +1,597 @@
+#include "broker/jobs/Jobs.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+#include <thread>
+
+#include "Utils/Exception.h"
+#include "broker/jobs/JobEntry.h"
+#include "broker/jobs/JobWorld.h"
+#include "support/LockCount.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using broker::EndOutcome;
+using broker::JobState;
+using broker::StartOutcome;
+using std::chrono::hours;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class FailingAdapters : public fakes::Adapters
+{
+public:
+    std::optional<broker::Adapter> readAdapter(std::uint64_t luid) override
+    {
+        if (fail) {
+            fail();
+        }
+        return fakes::Adapters::readAdapter(luid);
+    }
+
+    std::function<void()> fail;
+};
+
+class Jobs : public testing::Test
+{
+protected:
+    Jobs()
+    {
+        m_adapters.set({m_adapter});
+        m_setting.samplePeriodMilliseconds = 100;
+        m_setting.jobRetentionSeconds = 60;
+    }
+
+    std::string start(std::uint16_t samples = 2) { return m_process.start(m_adapter, m_setting, samples); }
+
+    // A job of another adapter each time.
+    std::string startOnAnother(std::uint16_t samples = 2)
+    {
+        return m_process.start(fakes::adapter(++m_other), m_setting, samples);
+    }
+
+    std::string complete()
+    {
+        const std::string id = start(1);
+        sampleOnce();
+        return id;
+    }
+
+    // Ended jobs with their results, as other processes have stored them.
+    void fill(std::size_t count)
+    {
+        for (std::size_t i = 0; i < count; ++i) {
+            broker::StoredJob job;
+            job.host = "1-1";
+            job.status.id = "stored " + std::to_string(i);
+            job.status.state = JobState::COMPLETED;
+            job.status.startTime = m_machine.now() + milliseconds{i};
+            job.endTime = job.status.startTime;
+            job.status.retention = hours{1};
+            m_process.storage.set("Jobs", job.status.id, broker::entryOf(job));
+            broker::DiagnosticResult result;
+            result.id = job.status.id;
+            result.startTime = job.status.startTime;
+            m_process.storage.set("Results", result.id, broker::entryOf(result));
+        }
+    }
+
+    void sampleOnce()
+    {
+        m_machine.pass(milliseconds{100});
+        work();
+    }
+
+    std::optional<milliseconds> work() { return m_process.thread.play(); }
+
+    broker::JobStatus status(std::size_t index = 0) { return m_process.jobs.jobs().at(index); }
+
+    std::vector<std::string> storedJobs() { return m_process.storage.values("Jobs"); }
+
+    fakes::Machine m_machine;
+    FailingAdapters m_adapters;
+    broker::Adapter m_adapter = fakes::adapter(1);
+    broker::DiagnosticSetting m_setting;
+    std::shared_ptr<fakes::StoredKeys> m_stored = std::make_shared<fakes::StoredKeys>();
+    std::shared_ptr<fakes::HostTable> m_hosts = std::make_shared<fakes::HostTable>();
+    fakes::JobProcess m_process{m_stored, m_hosts, m_machine, m_adapters, "10-1"};
+    unsigned m_other = 100;
+};
+
+TEST_F(Jobs, StartedJob_isShownAndStored)
+{
+    const std::string id = start();
+    EXPECT_EQ(m_process.thread.starts, 1);
+    const broker::JobStatus started = status();
+    EXPECT_EQ(started.id, id);
+    EXPECT_EQ(started.adapterName, "eth1");
+    EXPECT_EQ(started.owner, "HOST\\admin");
+    EXPECT_EQ(started.state, JobState::RUNNING);
+    EXPECT_EQ(started.percentComplete, 0);
+    EXPECT_EQ(started.startTime, m_machine.now());
+    EXPECT_EQ(started.retention, seconds{60});
+    EXPECT_THAT(storedJobs(),
+                ElementsAre(id + "=JobState=4;AdapterName=eth1;AdapterGuid=" + m_adapter.guid +
+                            ";Owner=HOST\\admin;Host=10-1;PercentComplete=0;Error=;StartTime=1700000000000000;"
+                            "EndTime=0;Elapsed=0;Retention=60000000"));
+}
+
+TEST_F(Jobs, Ids_differAlsoFromThoseOfAnotherProcess)
+{
+    EXPECT_EQ(start(), "Vexal:Job:1700000000000000-1");
+    EXPECT_EQ(startOnAnother(), "Vexal:Job:1700000000000000-2");
+    // Made in the same microsecond.
+    fakes::JobProcess twin(m_stored, m_hosts, m_machine, m_adapters, "11-1");
+    m_machine.setClock(-m_machine.now().time_since_epoch());
+    fakes::JobProcess other(m_stored, m_hosts, m_machine, m_adapters, "12-1");
+    EXPECT_EQ(twin.start(fakes::adapter(7), m_setting, 1), "Vexal:Job:1700000000000000-3");
+    EXPECT_EQ(other.start(fakes::adapter(8), m_setting, 1), "Vexal:Job:0-1");
+}
+
+TEST_F(Jobs, Job_countsUpAndCompletesWithAResult)
+{
+    const std::string id = start(2);
+    EXPECT_EQ(work(), milliseconds{100});
+    m_machine.pass(milliseconds{100});
+    m_adapter.counters.bytesReceived += 7;
+    m_adapters.set({m_adapter});
+    EXPECT_EQ(work(), milliseconds{100});
+    EXPECT_EQ(status().percentComplete, 50);
+    EXPECT_EQ(status().elapsed, milliseconds{100});
+    EXPECT_THAT(m_process.jobs.results(), IsEmpty());
+    m_machine.pass(milliseconds{100});
+    EXPECT_EQ(work(), std::nullopt);
+    EXPECT_EQ(status().state, JobState::COMPLETED);
+    EXPECT_EQ(status().percentComplete, 100);
+    m_machine.pass(seconds{1});
+    EXPECT_EQ(status().elapsed, milliseconds{200});
+    ASSERT_THAT(m_process.jobs.results(), SizeIs(1));
+    const broker::DiagnosticResult result = *m_process.jobs.results()[0];
+    EXPECT_EQ(result.id, "Vexal:DiagnosticResult:1700000000000000-1");
+    EXPECT_EQ(result.jobId, id);
+    EXPECT_EQ(result.adapterGuid, m_adapter.guid);
+    EXPECT_EQ(result.jobState, JobState::COMPLETED);
+    EXPECT_TRUE(result.isPassed);
+    EXPECT_EQ(result.passedPercent, 100);
+    EXPECT_EQ(result.duration, milliseconds{200});
+    EXPECT_THAT(result.bytesReceived, ElementsAre(7, 0));
+    EXPECT_THAT(result.errors, IsEmpty());
+}
+
+// Time
+
+TEST_F(Jobs, Samples_clockSet_areTakenInTime)
+{
+    for (const hours change : {hours{-1}, hours{2}}) {
+        startOnAnother(2);
+        m_machine.setClock(change);
+        EXPECT_EQ(work(), milliseconds{100});
+        m_machine.pass(milliseconds{50});
+        EXPECT_EQ(work(), milliseconds{50});
+        m_machine.pass(milliseconds{50});
+        work();
+        m_machine.pass(milliseconds{100});
+        EXPECT_EQ(work(), std::nullopt);
+    }
+}
+
+TEST_F(Jobs, Elapsed_clockSet_staysTrue)
+{
+    start(2);
+    m_machine.setClock(hours{-1});
+    m_machine.pass(milliseconds{100});
+    EXPECT_EQ(status().elapsed, milliseconds{100});
+    work();
+    m_machine.setClock(hours{2});
+    sampleOnce();
+    EXPECT_EQ(status().state, JobState::COMPLETED);
+    EXPECT_EQ(status().elapsed, milliseconds{200});
+    EXPECT_EQ(m_process.jobs.results()[0]->duration, milliseconds{200});
+}
+
+TEST_F(Jobs, Retention_clockSet_staysTrue)
+{
+    complete();
+    for (const hours change : {hours{1}, hours{-2}}) {
+        m_machine.setClock(change);
+        m_machine.pass(seconds{29});
+        EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
+    }
+    m_machine.pass(seconds{2});
+    EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
+}
+
+TEST_F(Jobs, Retention_afterRestart_goesByTheStoredTime)
+{
+    complete();
+    m_machine.pass(seconds{50});
+    fakes::JobProcess later(m_stored, m_hosts, m_machine, m_adapters, "11-1");
+    EXPECT_THAT(later.jobs.jobs(), SizeIs(1));
+    m_machine.pass(seconds{9});
+    EXPECT_THAT(later.jobs.jobs(), SizeIs(1));
+    m_machine.pass(seconds{1});
+    EXPECT_THAT(later.jobs.jobs(), IsEmpty());
+    later.thread.play();
+    EXPECT_THAT(storedJobs(), IsEmpty());
+}
+
+TEST_F(Jobs, Retention_afterRestartWithClockSetBack_isNotLonger)
+{
+    complete();
+    m_machine.setClock(hours{-24});
+    fakes::JobProcess later(m_stored, m_hosts, m_machine, m_adapters, "11-1");
+    later.jobs.jobs();
+    m_machine.pass(seconds{59});
+    EXPECT_THAT(later.jobs.jobs(), SizeIs(1));
+    m_machine.pass(seconds{1});
+    EXPECT_THAT(later.jobs.jobs(), IsEmpty());
+}
+
+TEST_F(Jobs, Clock_outsideTheCalendar_isShownAtItsEnd)
+{
+    m_machine.setClock(hours{24 * 366 * 2000});
+    start();
+    EXPECT_EQ(status().startTime.time_since_epoch(),
+              std::chrono::seconds{32'535'244'800} - std::chrono::microseconds{1});
+}
+
+// Deletion
+
+TEST_F(Jobs, Deletion_isFinishedWhenTheMarkReturns)
+{
+    const std::string id = start();
+    m_process.mark(id);
+    EXPECT_THAT(m_process.thread.limits, ElementsAre(milliseconds{2000}, milliseconds{2000}));
+    EXPECT_THAT(storedJobs(), IsEmpty());
+    EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
+    EXPECT_EQ(work(), std::nullopt);
+    m_machine.pass(seconds{1});
+    EXPECT_THAT(m_process.jobs.results(), IsEmpty());
+}
+
+TEST_F(Jobs, Mark_takenBack_deletesNothing)
+{
+    const std::string id = start();
+    m_process.jobs.makeInstance(id, "Zerix_ConcreteJob")->markForDeletion(false);
+    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
+}
+
+TEST_F(Jobs, Deletion_ofABusyWorker_isSeenAtOnceAndFinishedLater)
+{
+    const support::LogCapture log(1);
+    const std::string id = start();
+    m_process.thread.worksWhileWaited = false;
+    m_process.mark(id);
+    EXPECT_THAT(log.events(),
+                ElementsAre(EndsWith("broker::Jobs::remove: error: Deletion of " + id + " is not finished yet\n")));
+    EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
+    m_machine.pass(seconds{1});
+    work();
+    EXPECT_THAT(storedJobs(), IsEmpty());
+    EXPECT_THAT(m_process.storage.values("Results"), IsEmpty());
+}
+
+TEST_F(Jobs, Deletion_refusedByTheStorage_staysHiddenAndIsTriedAgain)
+{
+    const support::LogCapture log(1);
+    const std::string id = complete();
+    m_process.storage.firstFailing = m_process.storage.changes + 1;
+    m_process.storage.lastFailing = m_process.storage.firstFailing;
+    m_process.mark(id);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::JobArchive::drop: error: " + id + " stays stored\n")));
+    EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
+    EXPECT_THAT(storedJobs(), SizeIs(1));
+    EXPECT_FALSE(m_process.thread.isRunning());
+    start();
+    m_process.mark("another");
+    EXPECT_THAT(storedJobs(), SizeIs(1)) << "the running one";
+    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
+}
+
+TEST_F(Jobs, Deletion_withoutAThread_neverThrows)
+{
+    const std::string id = complete();
+    m_process.thread.canStart = false;
+    m_process.mark(id);
+    EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
+    m_process.thread.canStart = true;
+    m_process.mark("another");
+    EXPECT_THAT(storedJobs(), IsEmpty());
+}
+
+TEST_F(Jobs, Start_rightAfterADeletion_isNotInUse)
+{
+    m_process.mark(start());
+    EXPECT_NE(start(), "");
+}
+
+TEST_F(Jobs, Result_staysWhenItsEndedJobIsDeleted)
+{
+    m_process.mark(complete());
+    EXPECT_THAT(m_process.jobs.results(), SizeIs(1));
+}
+
+// Limits
+
+TEST_F(Jobs, SecondJobOfAPort_isInUse)
+{
+    start();
+    EXPECT_EQ(m_process.jobs.startDiagnostic(m_adapter, m_setting, 1).outcome, StartOutcome::IN_USE);
+    fakes::JobProcess other(m_stored, m_hosts, m_machine, m_adapters, "11-1");
+    EXPECT_EQ(other.jobs.startDiagnostic(m_adapter, m_setting, 1).outcome, StartOutcome::IN_USE);
+    EXPECT_EQ(other.jobs.startDiagnostic(fakes::adapter(2), m_setting, 1).outcome, StartOutcome::STARTED);
+}
+
+TEST_F(Jobs, MoreThan64Running_areRefused)
+{
+    for (std::size_t i = 0; i < broker::JobRegistry::MAX_RUNNING; ++i) {
+        EXPECT_NE(startOnAnother(), "");
+    }
+    EXPECT_EQ(m_process.jobs.startDiagnostic(m_adapter, m_setting, 1).outcome, StartOutcome::FAILED);
+}
+
+TEST_F(Jobs, OldestEndedOnes_makeRoom)
+{
+    const std::string running = start(600);
+    m_machine.pass(seconds{1});
+    fill(broker::JobRegistry::MAX_JOBS - 1);
+    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(broker::JobRegistry::MAX_JOBS));
+    m_machine.pass(seconds{1});
+    m_adapters.set({m_adapter, fakes::adapter(2)});
+    m_process.start(fakes::adapter(2), m_setting, 1);
+    EXPECT_EQ(m_process.jobs.jobs().front().id, running) << "a running one does not end for another";
+    EXPECT_EQ(status(1).id, "stored 1") << "the oldest ended one is gone";
+    for (int i = 0; i < 3; ++i) {
+        sampleOnce();
+    }
+    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(broker::JobRegistry::MAX_JOBS));
+    EXPECT_THAT(storedJobs(), SizeIs(broker::JobRegistry::MAX_JOBS));
+    EXPECT_THAT(m_process.jobs.results(), SizeIs(broker::JobRegistry::MAX_RESULTS));
+    m_process.jobs.end(running, JobState::KILLED);
+    work();
+    EXPECT_THAT(m_process.jobs.results(), SizeIs(broker::JobRegistry::MAX_RESULTS));
+    EXPECT_THAT(m_process.storage.values("Results"), SizeIs(broker::JobRegistry::MAX_RESULTS));
+}
+
+TEST_F(Jobs, IsOwned_onlyByWhoStartedIt)
+{
+    const std::string id = start();
+    EXPECT_TRUE(m_process.jobs.isOwned(id));
+    EXPECT_FALSE(m_process.jobs.isOwned("another"));
+    m_machine.setUser("OTHER\\admin");
+    EXPECT_FALSE(m_process.jobs.isOwned(id));
+    m_machine.setUser("");
+    EXPECT_FALSE(m_process.jobs.isOwned(id));
+}
+
+// The end by a client
+
+TEST_F(Jobs, TerminatedJob_leavesAResultThatSaysSo)
+{
+    const std::string id = start();
+    m_machine.pass(milliseconds{50});
+    EXPECT_EQ(m_process.jobs.end(id, JobState::TERMINATED), EndOutcome::ENDED);
+    EXPECT_EQ(status().state, JobState::TERMINATED);
+    EXPECT_EQ(status().elapsed, milliseconds{50});
+    ASSERT_THAT(m_process.jobs.results(), SizeIs(1));
+    EXPECT_THAT(m_process.jobs.results()[0]->errors, ElementsAre("The job was terminated"));
+    EXPECT_EQ(m_process.jobs.results()[0]->jobState, JobState::TERMINATED);
+    EXPECT_FALSE(m_process.jobs.results()[0]->isPassed);
+    EXPECT_EQ(m_process.jobs.end(id, JobState::KILLED), EndOutcome::NOT_RUNNING);
+    EXPECT_EQ(m_process.jobs.end("another", JobState::KILLED), EndOutcome::NOT_RUNNING);
+}
+
+TEST_F(Jobs, KilledJob_leavesAResultThatSaysSo)
+{
+    EXPECT_EQ(m_process.jobs.end(start(), JobState::KILLED), EndOutcome::ENDED);
+    EXPECT_EQ(status().state, JobState::KILLED);
+    EXPECT_THAT(m_process.jobs.results()[0]->errors, ElementsAre("The job was killed"));
+}
+
+// Failure
+
+TEST_F(Jobs, AdapterThatGoes_endsTheJobWithAResult)
+{
+    start(3);
+    sampleOnce();
+    m_adapters.set(std::vector<broker::Adapter>());
+    sampleOnce();
+    EXPECT_EQ(status().state, JobState::EXCEPTION);
+    EXPECT_EQ(status().error, "The adapter is gone or cannot be read");
+    ASSERT_THAT(m_process.jobs.results(), SizeIs(1));
+    EXPECT_EQ(m_process.jobs.results()[0]->jobState, JobState::EXCEPTION);
+    EXPECT_THAT(m_process.jobs.results()[0]->errors, ElementsAre("The adapter is gone or cannot be read"));
+    EXPECT_THAT(m_process.jobs.results()[0]->bytesReceived, SizeIs(1));
+}
+
+TEST_F(Jobs, ExceptionOfThePlatform_endsTheJobWithItsText)
+{
+    const support::LogCapture log(1);
+    start(3);
+    m_adapters.fail = [] { throw std::runtime_error("out of order"); };
+    sampleOnce();
+    EXPECT_EQ(status().state, JobState::EXCEPTION);
+    EXPECT_EQ(status().error, "out of order");
+    EXPECT_THAT(m_process.jobs.results()[0]->errors, ElementsAre("out of order"));
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("error: Job failed: out of order\n")));
+    EXPECT_THAT(storedJobs(), ElementsAre(testing::HasSubstr("JobState=10;")));
+    m_adapters.fail = nullptr;
+    EXPECT_NE(complete(), "");
+    EXPECT_EQ(status(1).state, JobState::COMPLETED);
+}
+
+TEST_F(Jobs, MemoryThatRunsOut_endsTheJobWithItsText)
+{
+    start(3);
+    m_adapters.fail = [] { throw std::bad_alloc(); };
+    sampleOnce();
+    EXPECT_EQ(status().state, JobState::EXCEPTION);
+    EXPECT_EQ(status().error, "Memory ran out");
+}
+
+TEST_F(Jobs, WithoutAThread_thereIsNoJob)
+{
+    m_process.thread.canStart = false;
+    EXPECT_EQ(m_process.jobs.startDiagnostic(m_adapter, m_setting, 1).outcome, StartOutcome::FAILED);
+    EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
+    EXPECT_THAT(storedJobs(), IsEmpty());
+    m_process.thread.canStart = true;
+    EXPECT_NE(start(), "");
+}
+
+TEST_F(Jobs, StartThatABusyWorkerDoesNotBegin_isWithdrawn)
+{
+    startOnAnother();
+    m_process.thread.worksWhileWaited = false;
+    EXPECT_EQ(m_process.jobs.startDiagnostic(m_adapter, m_setting, 1).outcome, StartOutcome::FAILED);
+    work();
+    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
+}
+
+TEST_F(Jobs, StartThatCannotBeStored_runsAndSaysSo)
+{
+    const support::LogCapture log(1);
+    m_process.storage.isWritable = false;
+    const std::string id = start(1);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith(id + " could not be stored and will not survive this process\n")));
+    sampleOnce();
+    EXPECT_EQ(status().state, JobState::COMPLETED);
+    EXPECT_THAT(m_process.jobs.results(), SizeIs(1));
+    m_process.mark(id);
+    EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
+}
+
+TEST_F(Jobs, HostThatCannotBeAnnounced_storesNoRunningJob)
+{
+    m_process.hosts.canAnnounce = false;
+    start(1);
+    EXPECT_THAT(storedJobs(), IsEmpty());
+    sampleOnce();
+    EXPECT_THAT(storedJobs(), SizeIs(1));
+}
+
+TEST_F(Jobs, ArchiveThatCannotBeRead_isAFailure)
+{
+    const support::LogCapture log(1);
+    m_process.storage.isReadable = false;
+    EXPECT_THROW(m_process.jobs.jobs(), utils::EFailed);
+    EXPECT_THROW(m_process.jobs.results(), utils::EFailed);
+    EXPECT_THROW(m_process.jobs.startDiagnostic(m_adapter, m_setting, 1), utils::EFailed);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("Jobs could not be read\n"), EndsWith("Jobs could not be read\n"),
+                                          EndsWith("Jobs could not be read\n")));
+    m_process.storage.isReadable = true;
+    EXPECT_NE(start(), "");
+}
+
+// What is stored
+
+TEST_F(Jobs, EntriesThatCannotBeUnderstood_areRemovedWithOneLine)
+{
+    const support::LogCapture log(1);
+    const std::string id = complete();
+    const std::string entry = m_stored->copy()["Jobs"][id].text;
+    m_process.storage.set("Jobs", "torn", entry.substr(0, entry.size() / 2));
+    m_process.storage.set("Jobs", "binary", "", false);
+    m_process.storage.set("Results", "empty", "");
+    std::string absurd = entry;
+    absurd.replace(absurd.find("StartTime=") + 10, 16, "99999999999999999");
+    m_process.storage.set("Jobs", "absurd", absurd);
+    fakes::JobProcess later(m_stored, m_hosts, m_machine, m_adapters, "11-1");
+    EXPECT_THAT(later.states(), ElementsAre("7 " + id));
+    later.states();
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::JobRegistry::merge: error: 4 stored entries of jobs and "
+                                                   "results cannot be understood and are removed\n")));
+    later.thread.play();
+    EXPECT_THAT(storedJobs(), SizeIs(1));
+    EXPECT_THAT(m_process.storage.values("Results"), SizeIs(1));
+}
+
+TEST_F(Jobs, Requests_readWhatIsStoredOnlyWhenItHasChanged)
+{
+    complete();
+    m_process.jobs.jobs();
+    const int reads = m_process.storage.reads;
+    m_process.jobs.jobs();
+    m_process.jobs.results();
+    EXPECT_EQ(m_process.storage.reads, reads);
+}
+
+TEST_F(Jobs, NoThread_whileNothingRunsAndNothingIsMarked)
+{
+    complete();
+    EXPECT_FALSE(m_process.thread.isRunning());
+    const int starts = m_process.thread.starts;
+    m_process.jobs.jobs();
+    m_process.jobs.results();
+    EXPECT_EQ(m_process.thread.starts, starts);
+}
+
+TEST_F(Jobs, LockPairs_doNotGrowWithTheJobs)
+{
+    m_setting.jobRetentionSeconds = broker::DiagnosticSetting::RETENTIONS.max;
+    const auto pairs = [this] {
+        m_process.jobs.jobs();
+        const std::uint32_t before = support::locksTaken();
+        m_process.jobs.jobs();
+        return support::locksTaken() - before;
+    };
+    fill(20);
+    const std::uint32_t few = pairs();
+    fill(200);
+    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(200));
+    EXPECT_EQ(pairs(), few);
+}
+
+// Many clients at once, on a real thread. Under ThreadSanitizer it shows that nothing is shared without a lock.
+TEST_F(Jobs, ManyClients_shareOneThread)
+{
+    fakes::RealThread thread;
+    fakes::Storage storage(m_stored);
+    fakes::Hosts hosts(m_hosts, "20-1");
+    broker::Jobs jobs({m_adapters, m_machine, storage, thread, hosts});
+    m_setting.samplePeriodMilliseconds = 10;
+    constexpr unsigned CLIENTS = 3;
+    constexpr int ROUNDS = 30;
+    std::vector<broker::Adapter> adapters;
+    for (unsigned client = 1; client <= CLIENTS; ++client) {
+        adapters.push_back(fakes::adapter(client));
+    }
+    m_adapters.set(adapters);
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> clients;
+    for (const broker::Adapter& adapter : adapters) {
+        clients.emplace_back([&, adapter] {
+            for (int i = 0; i < ROUNDS; ++i) {
+                const std::string id = jobs.startDiagnostic(adapter, m_setting, 1).id;
+                const auto isShown = [&jobs, &id] {
+                    const auto all = jobs.jobs();
+                    return std::any_of(all.begin(), all.end(), [&id](const auto& job) { return job.id == id; });
+                };
+                wrong += id.empty() || !isShown() ? 1 : 0;
+                if (i % 3 == 0) {
+                    wrong += jobs.end(id, JobState::KILLED) == EndOutcome::FAILED ? 1 : 0;
+                }
+                m_machine.pass(milliseconds{10});
+                jobs.remove(id);
+                wrong += isShown() ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& client : clients) {
+        client.join();
+    }
+    thread.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_THAT(storedJobs(), IsEmpty());
+}
+
+}  // namespace

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "Os/Windows/Platform.h"
+#include "core/CimBroker.h"
+#include "core/CimPropertyTypes.h"
+
+namespace support {
+
+inline constexpr const char* GET_BROKER = "_ZN4core12GetCimBrokerEv";
+inline constexpr const char* GET_INSTANCE = "_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE";
+
+// The built library, loaded as the provider's import loads it.
+class Library
+{
+public:
+    Library() : m_module(LoadLibraryA("ZerixCimCore.dll"))
+    {
+        if (m_module == nullptr) {
+            throw std::runtime_error("ZerixCimCore.dll does not load: " + std::to_string(GetLastError()));
+        }
+    }
+    ~Library() { FreeLibrary(m_module); }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+    template <class Function>
+    Function function(const char* name) const
+    {
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(m_module, name)));
+    }
+
+    core::CimBroker* broker() const { return function<core::CimBroker* (*)()>(GET_BROKER)(); }
+
+    core::CimInstance* find(const std::string& text) const
+    {
+        core::CimPath path(text);
+        return function<core::CimInstance* (*)(core::CimBroker*, core::CimPath&)>(GET_INSTANCE)(broker(), path);
+    }
+
+    std::vector<std::string> exports() const
+    {
+        const auto* base = reinterpret_cast<const char*>(m_module);
+        const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+        const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+        const auto* directory = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(
+            base + headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress);
+        const auto* names = reinterpret_cast<const DWORD*>(base + directory->AddressOfNames);
+        std::vector<std::string> result;
+        for (DWORD i = 0; i < directory->NumberOfNames; ++i) {
+            result.emplace_back(base + names[i]);
+        }
+        // An entry without a name would be an export too.
+        EXPECT_EQ(directory->NumberOfFunctions, directory->NumberOfNames);
+        return result;
+    }
+
+private:
+    HMODULE m_module;
+};
+
+// The path of a running diagnostic of the machine's first port; empty when the port is busy.
+inline std::string startDiagnostic(const Library& library, std::uint16_t samples)
+{
+    auto ports = library.broker()->getInstances("Zerix_EthernetPort");
+    core::CimPath port(ports.getIterator().next()->toPathString());
+    core::CimPropertyList in;
+    core::CimPropertyUint16 count("SampleCount");
+    in.add(&count);
+    count.setValue(samples);
+    core::CimPropertyList out;
+    core::CimInstance* job = nullptr;
+    library.broker()->invokeMethod(port, "RunLinkDiagnostic", in, out, job);
+    return job == nullptr ? std::string() : job->toPathString();
+}
+
+inline void setSamplePeriod(const Library& library, std::uint16_t milliseconds)
+{
+    core::CimPath path("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
+    core::CimPropertyList values;
+    core::CimPropertyUint16 period("SamplePeriodMilliseconds");
+    values.add(&period);
+    period.setValue(milliseconds);
+    library.broker()->modifyInstance(path, values);
+}
+
+}  // namespace support

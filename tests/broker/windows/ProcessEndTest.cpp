@@ -1,0 +1,191 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <random>
+#include <set>
+
+#include "broker/Properties.h"
+#include "broker/jobs/JobEntry.h"
+#include "broker/windows/BrokerLibrary.h"
+
+// Processes that start and delete jobs through the built library are ended at random moments; the next process then
+// finds what they were answered. The registry is a branch of the user's of the test's own.
+namespace {
+
+using testing::IsEmpty;
+
+constexpr const char* LOG_VARIABLE = "ZERIX_PROCESS_END_LOG";
+constexpr const char* ROOT_VARIABLE = "ZERIX_PROCESS_END_ROOT";
+constexpr const char* KEY = "Software\\Vexal\\DRAVEv2";
+
+// HKEY_LOCAL_MACHINE is that branch as long as this lives.
+class Root
+{
+public:
+    explicit Root(const std::string& name)
+    {
+        RegCreateKeyExA(HKEY_CURRENT_USER, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &m_key, nullptr);
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_key);
+    }
+    ~Root()
+    {
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+        RegCloseKey(m_key);
+    }
+    Root(const Root&) = delete;
+    Root& operator=(const Root&) = delete;
+
+    std::map<std::string, std::string> values(const char* name) const
+    {
+        std::map<std::string, std::string> result;
+        HKEY key = nullptr;
+        if (RegOpenKeyExA(m_key, (std::string(KEY) + "\\" + name).c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+            return result;
+        }
+        std::array<char, 256> value{};
+        std::string data(100'000, '\0');
+        for (DWORD i = 0;; ++i) {
+            DWORD valueSize = value.size();
+            DWORD size = static_cast<DWORD>(data.size());
+            if (RegEnumValueA(key, i, value.data(), &valueSize, nullptr, nullptr, reinterpret_cast<LPBYTE>(data.data()),
+                              &size) != ERROR_SUCCESS)
+            {
+                break;
+            }
+            result[value.data()] = data.substr(0, size - 1);
+        }
+        RegCloseKey(key);
+        return result;
+    }
+
+private:
+    HKEY m_key = nullptr;
+};
+
+// What the process that is ended does; the test below starts it.
+TEST(ProcessEndClient, DISABLED_run)
+{
+    const char* const log = std::getenv(LOG_VARIABLE);
+    const char* const root = std::getenv(ROOT_VARIABLE);
+    if (log == nullptr || root == nullptr) {
+        return;
+    }
+    const Root registry(root);
+    const support::Library library;
+    std::ofstream answers(log, std::ios::app);
+    std::mt19937 random(GetCurrentProcessId());
+    for (;;) {
+        const std::string path = support::startDiagnostic(library, static_cast<std::uint16_t>(random() % 3 + 1));
+        if (path.empty()) {
+            Sleep(1);
+            continue;
+        }
+        answers << "started " << path << std::endl;
+        Sleep(random() % 40);
+        if (random() % 2 == 0) {
+            if (core::CimInstance* job = library.find(path)) {
+                job->markForDeletion(true);
+                answers << "deleted " << path << std::endl;
+            }
+        }
+    }
+}
+
+class ProcessEnd : public testing::Test
+{
+protected:
+    ProcessEnd()
+        : m_root("Software\\ZerixProcessEnd" + std::to_string(GetCurrentProcessId())),
+          m_log("process-end-" + std::to_string(GetCurrentProcessId()) + ".log")
+    {
+    }
+    ~ProcessEnd() override
+    {
+        RegDeleteTreeA(HKEY_CURRENT_USER, m_root.c_str());
+        DeleteFileA(m_log.c_str());
+    }
+
+    // Ends the process at some moment after its first answer.
+    void runAndEnd(DWORD milliseconds) const
+    {
+        std::ofstream(m_log, std::ios::trunc).flush();
+        SetEnvironmentVariableA(LOG_VARIABLE, m_log.c_str());
+        SetEnvironmentVariableA(ROOT_VARIABLE, m_root.c_str());
+        std::array<char, MAX_PATH> program{};
+        GetModuleFileNameA(nullptr, program.data(), program.size());
+        std::string command = std::string(program.data()) +
+                              " --gtest_also_run_disabled_tests --gtest_filter=ProcessEndClient.DISABLED_run";
+        STARTUPINFOA startup{};
+        startup.cb = sizeof startup;
+        PROCESS_INFORMATION process{};
+        ASSERT_TRUE(
+            CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
+        while (answers().empty() && WaitForSingleObject(process.hProcess, 1) == WAIT_TIMEOUT) {
+        }
+        Sleep(milliseconds);
+        TerminateProcess(process.hProcess, 9);
+        WaitForSingleObject(process.hProcess, INFINITE);
+        CloseHandle(process.hProcess);
+        CloseHandle(process.hThread);
+    }
+
+    // The lines that were written to their end.
+    std::vector<std::string> answers() const
+    {
+        std::vector<std::string> result;
+        std::ifstream file(m_log);
+        std::string line;
+        while (std::getline(file, line) && !file.eof()) {
+            result.push_back(line);
+        }
+        return result;
+    }
+
+    std::string m_root;
+    std::string m_log;
+};
+
+TEST_F(ProcessEnd, WhatWasAnswered_isWhatTheNextProcessFinds)
+{
+    const int rounds = std::getenv("ZERIX_LONG") != nullptr ? 200 : 8;
+    std::mt19937 random(static_cast<unsigned>(GetTickCount64()));
+    const Root registry(m_root);
+    for (int round = 0; round < rounds; ++round) {
+        {
+            const support::Library library;
+            support::setSamplePeriod(library, 10);
+        }
+        runAndEnd(random() % 120);
+        for (const auto& [id, entry] : registry.values("Jobs")) {
+            EXPECT_TRUE(broker::jobOf(id, entry)) << entry;
+        }
+        for (const auto& [id, entry] : registry.values("Results")) {
+            EXPECT_TRUE(broker::resultOf(id, entry)) << entry;
+        }
+        const support::Library library;
+        std::set<std::string> shown;
+        auto jobs = library.broker()->getInstances("Zerix_ConcreteJob");
+        auto iterator = jobs.getIterator();
+        while (core::CimInstance* job = iterator.next()) {
+            shown.insert(job->toPathString());
+            EXPECT_NE(support::value(*job, "JobState"), "4");
+        }
+        for (const std::string& answer : answers()) {
+            const std::string path = answer.substr(answer.find(' ') + 1);
+            if (answer.starts_with("deleted ")) {
+                EXPECT_FALSE(shown.contains(path)) << answer;
+            }
+        }
+        // No more than what the limits allow, and the port is free.
+        EXPECT_LE(shown.size(), 200U);
+        const std::string next = support::startDiagnostic(library, 600);
+        ASSERT_NE(next, "");
+        library.find(next)->markForDeletion(true);
+    }
+}
+
+}  // namespace
