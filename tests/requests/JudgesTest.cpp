@@ -20,6 +20,7 @@
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Requests.h"
 #include "wmihost/mof/MofCompiler.h"
+#include "wmihost/session/Workspace.h"
 
 // What the provider and its host say, held against what the platform says about the same: its class objects, its
 // adapters, its parser of paths. None of the judges shares a line of code with this product.

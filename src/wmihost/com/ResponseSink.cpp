@@ -12,6 +12,12 @@ bool Response::waitUntilOver(std::chrono::milliseconds limit)
     return m_changed.wait_for(lock, limit, [this] { return m_over; });
 }
 
+bool Response::waitUntilDone(std::chrono::milliseconds limit)
+{
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, limit, [this] { return m_over || m_status; });
+}
+
 std::optional<HRESULT> Response::status() const
 {
     const std::lock_guard lock(m_mutex);
@@ -62,6 +68,7 @@ HRESULT ResponseSink::SetStatus(LONG flags, HRESULT result, BSTR, IWbemClassObje
             return code(WBEM_E_UNEXPECTED);
         }
         m_response->m_status = result;
+        m_response->m_changed.notify_all();
         return code(WBEM_S_NO_ERROR);
     });
 }

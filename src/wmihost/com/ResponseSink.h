@@ -30,6 +30,9 @@ public:
     // Whether the sink was released within that time.
     bool waitUntilOver(std::chrono::milliseconds limit);
 
+    // Whether the final status came, or the sink was released, within that time.
+    bool waitUntilDone(std::chrono::milliseconds limit);
+
     // The final status, or nothing if none came.
     std::optional<HRESULT> status() const;
     // Hands over the objects in the order in which they came.

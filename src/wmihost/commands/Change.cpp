@@ -21,26 +21,26 @@ void refuseKeys(const ClassDefinition& definition, const std::vector<Assignment>
 
 }  // namespace
 
-int runSet(Workspace& workspace, const std::wstring& path, const std::vector<Assignment>& values,
+int runSet(Connection& connection, const std::wstring& path, const std::vector<Assignment>& values,
            const CommandOptions& options)
 {
-    const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
+    const InstanceTarget instance = connection.findInstance(path, options.nameSpace);
     const ClassDefinition& definition = *instance.target.definition;
     refuseKeys(definition, values);
-    const auto object = getInstance(workspace, instance, options);
+    const auto object = getInstance(connection, instance, options);
     for (const Assignment& value : values) {
         assign(*object.get(), definition, value);
     }
-    putInstance(workspace, instance.target, object.get(), options);
+    putInstance(connection, instance.target, object.get(), options);
     // What the provider keeps may differ from what was sent.
-    writeObject(*getInstance(workspace, instance, options).get(), definition, options);
+    writeObject(*getInstance(connection, instance, options).get(), definition, options);
     return 0;
 }
 
-int runDelete(Workspace& workspace, const std::wstring& path, const CommandOptions& options)
+int runDelete(Connection& connection, const std::wstring& path, const CommandOptions& options)
 {
-    const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
-    deleteInstance(workspace, instance, options);
+    const InstanceTarget instance = connection.findInstance(path, options.nameSpace);
+    deleteInstance(connection, instance, options);
     writeOut("deleted " + toUtf8(instance.path) + "\n");
     return 0;
 }

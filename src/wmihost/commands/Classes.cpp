@@ -12,28 +12,6 @@
 namespace wmihost {
 namespace {
 
-bool isShown(const ClassTarget& target, const CommandOptions& options)
-{
-    return !target.definition->name.starts_with(L"__") &&
-           (options.nameSpace.empty() ||
-            sameName(ClassRepository::plainName(options.nameSpace), target.nameSpace->name()));
-}
-
-// The classes that are not the system's, in the order of the MOF.
-std::vector<ClassTarget> allClasses(const Workspace& workspace, const CommandOptions& options)
-{
-    std::vector<ClassTarget> result;
-    for (const Namespace* nameSpace : workspace.repository().namespaces()) {
-        for (const ClassPointer& definition : nameSpace->classes()) {
-            ClassTarget target{nameSpace, definition};
-            if (isShown(target, options)) {
-                result.push_back(std::move(target));
-            }
-        }
-    }
-    return result;
-}
-
 std::string accessOf(const Property& property)
 {
     std::string access = property.isKey() ? "key" : "";
@@ -164,7 +142,7 @@ Json describeJson(const ClassTarget& target)
     const ClassDefinition& definition = *target.definition;
     Json json;
     json["class"] = toUtf8(definition.name);
-    json["namespace"] = toUtf8(target.nameSpace->name());
+    json["namespace"] = toUtf8(target.nameSpace);
     json["superclass"] = definition.ancestors.empty() ? Json() : Json(toUtf8(definition.ancestors.front()));
     json["description"] = description(definition.qualifiers);
     json["properties"] = Json::array();
@@ -195,7 +173,7 @@ Json describeJson(const ClassTarget& target)
 void describeTable(const ClassTarget& target)
 {
     const ClassDefinition& definition = *target.definition;
-    writeOut(toUtf8(definition.name) + " in " + toUtf8(target.nameSpace->name()) + "\n");
+    writeOut(toUtf8(definition.name) + " in " + toUtf8(target.nameSpace) + "\n");
     if (!definition.ancestors.empty()) {
         writeOut("derived from " + toUtf8(definition.ancestors.front()) + "\n");
     }
@@ -299,7 +277,7 @@ void writeReferenceHead(const std::vector<ClassTarget>& classes)
 void describeMarkdown(const ClassTarget& target)
 {
     const ClassDefinition& definition = *target.definition;
-    std::string text = "## " + toUtf8(definition.name) + "\n\n`" + toUtf8(target.nameSpace->name()) + "`. " +
+    std::string text = "## " + toUtf8(definition.name) + "\n\n`" + toUtf8(target.nameSpace) + "`. " +
                        description(definition.qualifiers) + "\n\n";
     text += "| property | type | access | range | meaning |\n|---|---|---|---|---|\n";
     for (const Property& property : definition.properties) {
@@ -325,14 +303,14 @@ void describeMarkdown(const ClassTarget& target)
 
 }  // namespace
 
-int runClasses(const Workspace& workspace, const CommandOptions& options)
+int runClasses(const Connection& connection, const CommandOptions& options)
 {
-    const auto classes = allClasses(workspace, options);
+    const auto classes = connection.classes(options.nameSpace);
     if (options.format == Format::json) {
         Json list = Json::array();
         for (const ClassTarget& target : classes) {
             list.push_back({{"class", toUtf8(target.definition->name)},
-                            {"namespace", toUtf8(target.nameSpace->name())},
+                            {"namespace", toUtf8(target.nameSpace)},
                             {"description", description(target.definition->qualifiers)}});
         }
         writeOut(list.dump(2) + "\n");
@@ -346,18 +324,18 @@ int runClasses(const Workspace& workspace, const CommandOptions& options)
     }
     Table table({{"Class"}, {"Namespace"}, {.heading = "Description", .wraps = true}});
     for (const ClassTarget& target : classes) {
-        table.addRow({toUtf8(target.definition->name), toUtf8(target.nameSpace->name()),
-                      description(target.definition->qualifiers)});
+        table.addRow(
+            {toUtf8(target.definition->name), toUtf8(target.nameSpace), description(target.definition->qualifiers)});
     }
     writeOut(table.render(lineWidth()));
     return 0;
 }
 
-int runDescribe(const Workspace& workspace, const std::wstring& className, const CommandOptions& options)
+int runDescribe(const Connection& connection, const std::wstring& className, const CommandOptions& options)
 {
     const auto classes = className.empty()
-                             ? allClasses(workspace, options)
-                             : std::vector<ClassTarget>{workspace.findClass(className, options.nameSpace)};
+                             ? connection.classes(options.nameSpace)
+                             : std::vector<ClassTarget>{connection.findClass(className, options.nameSpace)};
     const bool isReference = className.empty() && options.format == Format::markdown;
     if (isReference) {
         writeReferenceHead(classes);

@@ -7,10 +7,13 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <memory>
 
 #include "wmihost/com/StatusText.h"
 #include "wmihost/commands/Commands.h"
 #include "wmihost/mof/MofCompiler.h"
+#include "wmihost/session/ServiceConnection.h"
+#include "wmihost/session/Workspace.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Suggestion.h"
 #include "wmihost/terminal/Text.h"
@@ -63,9 +66,13 @@ public:
     {
         m_app.require_subcommand(0, 1);
         m_app.fallthrough();
+        // A path may begin with slashes.
+        m_app.allow_windows_style_options(false);
         m_app.add_option("--mof", m_mof, "the MOF file with the classes and the registration of their provider")
             ->type_name("FILE");
         m_app.add_option("--namespace", m_nameSpace, "look for classes in this namespace only")->type_name("NAME");
+        m_app.add_flag("--service", m_service, "ask this machine's WMI in place of a provider in this process");
+        m_app.add_flag("--synchronous", m_synchronous, "with --service: make synchronous calls only");
         addCommands();
     }
 
@@ -79,8 +86,7 @@ public:
             std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
             m_app.parse(std::move(reversed));
             const ComApartment apartment;
-            Workspace workspace(m_mof.empty() ? defaultMof() : std::filesystem::path(toWide(m_mof)));
-            return m_command(workspace, options());
+            return m_command(*connect(), options());
         } catch (const CLI::CallForHelp&) {
             const auto chosen = m_app.get_subcommands();
             writeOut(chosen.empty() ? m_app.help() : chosen.front()->help(m_app.get_name()));
@@ -104,7 +110,28 @@ public:
     }
 
 private:
-    using Command = std::function<int(Workspace&, const CommandOptions&)>;
+    using Command = std::function<int(Connection&, const CommandOptions&)>;
+
+    std::unique_ptr<Connection> connect() const
+    {
+        if (!m_service) {
+            if (m_synchronous) {
+                throw UsageError("--synchronous is for the machine's WMI, and needs --service");
+            }
+            return std::make_unique<Workspace>(m_mof.empty() ? defaultMof() : std::filesystem::path(toWide(m_mof)));
+        }
+        if (!m_mof.empty()) {
+            throw UsageError("--mof is for the provider in this process; with --service WMI has the classes");
+        }
+        if (m_options.impersonation == Impersonation::none) {
+            throw UsageError("--impersonation none is for the provider in this process; WMI always knows its client");
+        }
+        // Another part of the process may have decided already, and each request says its level again.
+        CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE,
+                             nullptr, EOAC_NONE, nullptr);
+        return std::make_unique<ServiceConnection>(
+            m_synchronous ? ServiceCalls::synchronous : ServiceCalls::asynchronous, m_options.impersonation);
+    }
 
     // Says what is wrong with the command line, and how the command, or the program, wants to be called.
     int usage(const std::string& reason) const
@@ -272,7 +299,7 @@ private:
     {
         CLI::App* metrics = command("metrics", "Writes the adapters' counters and states for Prometheus",
                                     "metrics --output C:\\metrics\\zerix.prom --every 15",
-                                    [](Workspace& w, const CommandOptions& o) { return runMetrics(w, o); });
+                                    [](Connection& c, const CommandOptions& o) { return runMetrics(c, o); });
         CLI::Option* output =
             metrics->add_option("--output", m_output, "replace this file, whose name ends in .prom, in one step")
                 ->type_name("FILE");
@@ -291,18 +318,18 @@ private:
     void addCommands()
     {
         CLI::App* classes = command("classes", "Lists the classes of the MOF", "classes",
-                                    [](Workspace& w, const CommandOptions& o) { return runClasses(w, o); });
+                                    [](Connection& c, const CommandOptions& o) { return runClasses(c, o); });
         addFormat(classes);
 
         CLI::App* describe =
             command("describe", "Shows the properties and methods of a class, or of all", "describe Zerix_ConcreteJob",
-                    [this](Workspace& w, const CommandOptions& o) { return runDescribe(w, toWide(m_class), o); });
+                    [this](Connection& c, const CommandOptions& o) { return runDescribe(c, toWide(m_class), o); });
         describe->add_option("class", m_class, "the class; without it, all")->type_name("");
         addFormat(describe, true);
 
         CLI::App* list =
             command("list", "Lists the instances of a class", "list Zerix_EthernetPort --where EnabledState=Enabled",
-                    [this](Workspace& w, const CommandOptions& o) { return runList(w, toWide(m_class), o); });
+                    [this](Connection& c, const CommandOptions& o) { return runList(c, toWide(m_class), o); });
         list->add_option("class", m_class, "the class; without it, the network adapters")->type_name("");
         addFormat(list);
         addProperties(list);
@@ -312,7 +339,7 @@ private:
 
         CLI::App* get =
             command("get", "Shows an instance", "get 'Zerix_SoftwareIdentity.InstanceID=\"...\"' --format json",
-                    [this](Workspace& w, const CommandOptions& o) { return runGet(w, toWide(m_path), o); });
+                    [this](Connection& c, const CommandOptions& o) { return runGet(c, toWide(m_path), o); });
         addPath(get);
         addFormat(get);
         addProperties(get);
@@ -321,8 +348,8 @@ private:
 
         CLI::App* set = command("set", "Changes properties of an instance, and shows it",
                                 "set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null",
-                                [this](Workspace& w, const CommandOptions& o) {
-                                    return runSet(w, toWide(m_path), assignmentsOf(m_assignments), o);
+                                [this](Connection& c, const CommandOptions& o) {
+                                    return runSet(c, toWide(m_path), assignmentsOf(m_assignments), o);
                                 });
         addPath(set);
         set->add_option("value", m_assignments, "NAME=VALUE; null is no value; elements of an array: a,b")
@@ -333,15 +360,15 @@ private:
 
         CLI::App* remove =
             command("delete", "Deletes an instance", "delete 'Zerix_ConcreteJob.InstanceID=\"...\"'",
-                    [this](Workspace& w, const CommandOptions& o) { return runDelete(w, toWide(m_path), o); });
+                    [this](Connection& c, const CommandOptions& o) { return runDelete(c, toWide(m_path), o); });
         addPath(remove);
         addImpersonation(remove);
 
         CLI::App* invoke =
             command("invoke", "Runs a method of an instance",
                     "invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait",
-                    [this](Workspace& w, const CommandOptions& o) {
-                        return runInvoke(w, toWide(m_path), toWide(m_method), assignmentsOf(m_assignments), o);
+                    [this](Connection& c, const CommandOptions& o) {
+                        return runInvoke(c, toWide(m_path), toWide(m_method), assignmentsOf(m_assignments), o);
                     });
         addPath(invoke);
         invoke->add_option("method", m_method, "the method")->type_name("")->required();
@@ -353,7 +380,7 @@ private:
 
         CLI::App* watch =
             command("watch", "Shows the rates of a class's counters", "watch Zerix_EthernetPortStatistics --count 10",
-                    [this](Workspace& w, const CommandOptions& o) { return runWatch(w, toWide(m_class), o); });
+                    [this](Connection& c, const CommandOptions& o) { return runWatch(c, toWide(m_class), o); });
         watch->add_option("class", m_class, "the class")->type_name("")->required();
         watch->add_option("--count", m_options.count, "show so many tables, then end")
             ->type_name("N")
@@ -368,7 +395,7 @@ private:
         addMetrics();
 
         CLI::App* selfTest = command("self-test", "Makes a request of each kind, and gives each a verdict", "self-test",
-                                     [](Workspace& w, const CommandOptions& o) { return runSelfTest(w, o); });
+                                     [](Connection& c, const CommandOptions& o) { return runSelfTest(c, o); });
         addImpersonation(selfTest);
 
         std::string footer = "Without a command, the network adapters are listed.\n\nExamples:\n";
@@ -376,13 +403,15 @@ private:
             footer += "  wmihost " + example + "\n";
         }
         m_app.footer(footer);
-        m_command = [](Workspace& w, const CommandOptions& o) { return runList(w, L"", o); };
+        m_command = [](Connection& c, const CommandOptions& o) { return runList(c, L"", o); };
     }
 
     CLI::App m_app{"Plays WMI's provider host for one provider, and asks it like a client.", "wmihost"};
     std::string m_mof;
     std::string m_nameSpace;
     std::string m_output;
+    bool m_service = false;
+    bool m_synchronous = false;
     std::string m_class;
     std::string m_path;
     std::string m_method;

@@ -7,7 +7,7 @@
 
 #include "wmihost/com/CallContext.h"
 #include "wmihost/com/RequestError.h"
-#include "wmihost/session/Workspace.h"
+#include "wmihost/session/Connection.h"
 
 namespace wmihost {
 
@@ -48,19 +48,19 @@ struct CommandOptions
 
 // Each command writes its result to standard output and returns the exit code: 0 for success, 1 if what was
 // asked for did not come out well. They throw RequestError, PathError and UsageError.
-int runClasses(const Workspace& workspace, const CommandOptions& options);
+int runClasses(const Connection& connection, const CommandOptions& options);
 // All classes if `className` is empty.
-int runDescribe(const Workspace& workspace, const std::wstring& className, const CommandOptions& options);
+int runDescribe(const Connection& connection, const std::wstring& className, const CommandOptions& options);
 // The network adapters if `className` is empty.
-int runList(Workspace& workspace, const std::wstring& className, const CommandOptions& options);
-int runGet(Workspace& workspace, const std::wstring& path, const CommandOptions& options);
-int runSet(Workspace& workspace, const std::wstring& path, const std::vector<Assignment>& values,
+int runList(Connection& connection, const std::wstring& className, const CommandOptions& options);
+int runGet(Connection& connection, const std::wstring& path, const CommandOptions& options);
+int runSet(Connection& connection, const std::wstring& path, const std::vector<Assignment>& values,
            const CommandOptions& options);
-int runDelete(Workspace& workspace, const std::wstring& path, const CommandOptions& options);
-int runInvoke(Workspace& workspace, const std::wstring& path, const std::wstring& method,
+int runDelete(Connection& connection, const std::wstring& path, const CommandOptions& options);
+int runInvoke(Connection& connection, const std::wstring& path, const std::wstring& method,
               const std::vector<Assignment>& arguments, const CommandOptions& options);
-int runMetrics(Workspace& workspace, const CommandOptions& options);
-int runWatch(Workspace& workspace, const std::wstring& className, const CommandOptions& options);
-int runSelfTest(Workspace& workspace, const CommandOptions& options);
+int runMetrics(Connection& connection, const CommandOptions& options);
+int runWatch(Connection& connection, const std::wstring& className, const CommandOptions& options);
+int runSelfTest(Connection& connection, const CommandOptions& options);
 
 }  // namespace wmihost

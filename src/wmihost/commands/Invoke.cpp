@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/JobFollower.h"
@@ -54,14 +56,33 @@ void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOpti
     writeOut(table.render(lineWidth()));
 }
 
+// A class without keys has no instances that a path could name.
+bool hasKeys(const ClassDefinition& definition)
+{
+    return std::any_of(definition.properties.begin(), definition.properties.end(),
+                       [](const Property& property) { return property.isKey(); });
+}
+
+// A method acts on an instance, unless it is one of the class.
+void checkTarget(const InstanceTarget& target, const Method& method)
+{
+    const ClassDefinition& definition = *target.target.definition;
+    if (!ObjectPath::parse(target.path).isInstance() && !hasQualifier(method.qualifiers, L"static") &&
+        hasKeys(definition)) {
+        throw RequestError(code(WBEM_E_INVALID_OBJECT_PATH),
+                           "the path names a class, and " + toUtf8(method.name) + " is a method of its instances");
+    }
+}
+
 }  // namespace
 
-int runInvoke(Workspace& workspace, const std::wstring& path, const std::wstring& methodName,
+int runInvoke(Connection& connection, const std::wstring& path, const std::wstring& methodName,
               const std::vector<Assignment>& arguments, const CommandOptions& options)
 {
-    const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
+    const InstanceTarget instance = connection.findMethodTarget(path, options.nameSpace);
     const Method& method = methodOf(*instance.target.definition, methodName);
-    const auto out = invokeMethod(workspace, instance, method, arguments, options);
+    checkTarget(instance, method);
+    const auto out = invokeMethod(connection, instance, method, arguments, options);
     if (!out || !method.out) {
         writeError("the method delivered no outputs\n");
         return out || !method.out ? 0 : 1;
@@ -71,7 +92,7 @@ int runInvoke(Workspace& workspace, const std::wstring& path, const std::wstring
     if (!options.wait || job.empty()) {
         return 0;
     }
-    return followJob(workspace, workspace.findInstance(job, instance.target.nameSpace->name()), options) ? 0 : 1;
+    return followJob(connection, connection.findInstance(job, instance.target.nameSpace), options) ? 0 : 1;
 }
 
 }  // namespace wmihost

@@ -33,9 +33,9 @@ long numberOf(IWbemClassObject& object, const wchar_t* name)
     return value.type() == VT_I4 ? value.get().lVal : 0;
 }
 
-JobState read(Workspace& workspace, const InstanceTarget& job, const CommandOptions& options)
+JobState read(Connection& connection, const InstanceTarget& job, const CommandOptions& options)
 {
-    const auto object = getInstance(workspace, job, options);
+    const auto object = getInstance(connection, job, options);
     const Property& property = propertyOf(*job.target.definition, L"JobState");
     return {numberOf(*object.get(), L"JobState"), numberOf(*object.get(), L"PercentComplete"),
             displayText(property, valueOf(*object.get(), L"JobState").get())};
@@ -54,11 +54,11 @@ void show(const JobState& state, bool terminal)
 
 }  // namespace
 
-bool followJob(Workspace& workspace, const InstanceTarget& job, const CommandOptions& options)
+bool followJob(Connection& connection, const InstanceTarget& job, const CommandOptions& options)
 {
     const bool terminal = errorIsTerminal();
     JobState shown;
-    JobState now = read(workspace, job, options);
+    JobState now = read(connection, job, options);
     while (true) {
         if (!(now == shown)) {
             show(now, terminal);
@@ -68,7 +68,7 @@ bool followJob(Workspace& workspace, const InstanceTarget& job, const CommandOpt
             break;
         }
         std::this_thread::sleep_for(pause);
-        now = read(workspace, job, options);
+        now = read(connection, job, options);
     }
     writeError(terminal ? "\n" : "");
     writeOut("job ended: " + std::to_string(now.state) + " (" + now.word + ")\n");

@@ -80,16 +80,16 @@ bool isMany(const CommandOptions& options)
 
 }  // namespace
 
-int runList(Workspace& workspace, const std::wstring& className, const CommandOptions& options)
+int runList(Connection& connection, const std::wstring& className, const CommandOptions& options)
 {
     const ClassTarget target =
-        workspace.findClass(className.empty() ? L"Zerix_EthernetPort" : className, options.nameSpace);
+        connection.findClass(className.empty() ? L"Zerix_EthernetPort" : className, options.nameSpace);
     checkNames(*target.definition, options);
     if (isMany(options)) {
-        workspace.sessionFor(target);
-        return runMany(options, [&] { enumerateInstances(workspace, target, options); });
+        connection.sessionFor(target);
+        return runMany(options, [&] { enumerateInstances(connection, target, options); });
     }
-    Objects objects = enumerateInstances(workspace, target, options);
+    Objects objects = enumerateInstances(connection, target, options);
     applyConditions(objects, *target.definition, options);
     writeObjects(objects, *target.definition, options);
     if (objects.empty()) {
@@ -99,15 +99,15 @@ int runList(Workspace& workspace, const std::wstring& className, const CommandOp
     return 0;
 }
 
-int runGet(Workspace& workspace, const std::wstring& path, const CommandOptions& options)
+int runGet(Connection& connection, const std::wstring& path, const CommandOptions& options)
 {
-    const InstanceTarget instance = workspace.findInstance(path, options.nameSpace);
+    const InstanceTarget instance = connection.findInstance(path, options.nameSpace);
     checkNames(*instance.target.definition, options);
     if (isMany(options)) {
-        workspace.sessionFor(instance.target);
-        return runMany(options, [&] { getInstance(workspace, instance, options); });
+        connection.sessionFor(instance.target);
+        return runMany(options, [&] { getInstance(connection, instance, options); });
     }
-    const auto object = getInstance(workspace, instance, options);
+    const auto object = getInstance(connection, instance, options);
     writeObject(*object.get(), *instance.target.definition, options);
     return 0;
 }

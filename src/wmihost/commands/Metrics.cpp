@@ -26,28 +26,28 @@ struct Targets
     ClassTarget jobs;
 };
 
-Targets findTargets(const Workspace& workspace, const CommandOptions& options)
+Targets findTargets(const Connection& connection, const CommandOptions& options)
 {
-    const auto find = [&](const wchar_t* name) { return workspace.findClass(name, options.nameSpace); };
+    const auto find = [&](const wchar_t* name) { return connection.findClass(name, options.nameSpace); };
     return {find(L"Zerix_EthernetPort"), find(L"Zerix_EthernetPortStatistics"), find(L"Zerix_IPProtocolEndpoint"),
             find(L"Zerix_ConcreteJob")};
 }
 
-std::vector<MetricFamily> readMachine(Workspace& workspace, const Targets& targets, const CommandOptions& options)
+std::vector<MetricFamily> readMachine(Connection& connection, const Targets& targets, const CommandOptions& options)
 {
     const auto rows = [&](const ClassTarget& target) {
-        return ClassRows{target.definition, enumerateInstances(workspace, target, options)};
+        return ClassRows{target.definition, enumerateInstances(connection, target, options)};
     };
     return machineMetrics({rows(targets.ports), rows(targets.statistics), rows(targets.endpoints), rows(targets.jobs)});
 }
 
 // Reads the machine once; the failure, if there was one.
-std::exception_ptr read(Exposition& exposition, Workspace& workspace, const Targets& targets,
+std::exception_ptr read(Exposition& exposition, Connection& connection, const Targets& targets,
                         const CommandOptions& options)
 {
     const auto begin = Clock::now();
     try {
-        auto metrics = readMachine(workspace, targets, options);
+        auto metrics = readMachine(connection, targets, options);
         exposition.succeeded(std::move(metrics), Clock::now() - begin, std::chrono::system_clock::now());
         return nullptr;
     } catch (const std::exception&) {
@@ -87,15 +87,15 @@ void checkOutput(const CommandOptions& options)
 
 }  // namespace
 
-int runMetrics(Workspace& workspace, const CommandOptions& options)
+int runMetrics(Connection& connection, const CommandOptions& options)
 {
     checkOutput(options);
-    const Targets targets = findTargets(workspace, options);
+    const Targets targets = findTargets(connection, options);
     const unsigned count = options.everySeconds == 0 ? 1 : options.count;
     Exposition exposition;
     auto due = Clock::now();
     for (unsigned done = 1;; ++done) {
-        std::exception_ptr failure = read(exposition, workspace, targets, options);
+        std::exception_ptr failure = read(exposition, connection, targets, options);
         try {
             write(exposition, options);
         } catch (const MetricFileError&) {

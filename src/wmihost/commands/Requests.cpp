@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/terminal/Console.h"
@@ -61,21 +60,21 @@ Property systemText(const wchar_t* name)
 
 }  // namespace
 
-Objects enumerateInstances(Workspace& workspace, const ClassTarget& target, const CommandOptions& options)
+Objects enumerateInstances(Connection& connection, const ClassTarget& target, const CommandOptions& options)
 {
     RequestOptions request = requestOptions(options);
     if (errorIsTerminal()) {
         request.onProgress = reportProgress;
     }
-    RequestResult result = workspace.sessionFor(target).enumerate(target.definition->name, request);
+    RequestResult result = connection.sessionFor(target).enumerate(target.definition->name, request);
     check(result);
     return std::move(result.objects);
 }
 
-ComPtr<IWbemClassObject> getInstance(Workspace& workspace, const InstanceTarget& instance,
+ComPtr<IWbemClassObject> getInstance(Connection& connection, const InstanceTarget& instance,
                                      const CommandOptions& options)
 {
-    RequestResult result = workspace.sessionFor(instance.target).get(instance.path, requestOptions(options));
+    RequestResult result = connection.sessionFor(instance.target).get(instance.path, requestOptions(options));
     check(result);
     if (result.objects.size() != 1) {
         throw RequestError(code(WBEM_E_PROVIDER_FAILURE),
@@ -84,24 +83,24 @@ ComPtr<IWbemClassObject> getInstance(Workspace& workspace, const InstanceTarget&
     return result.objects.front();
 }
 
-void putInstance(Workspace& workspace, const ClassTarget& target, IWbemClassObject* object,
+void putInstance(Connection& connection, const ClassTarget& target, IWbemClassObject* object,
                  const CommandOptions& options)
 {
-    check(workspace.sessionFor(target).put(object, requestOptions(options)));
+    check(connection.sessionFor(target).put(object, requestOptions(options)));
 }
 
-void deleteInstance(Workspace& workspace, const InstanceTarget& instance, const CommandOptions& options)
+void deleteInstance(Connection& connection, const InstanceTarget& instance, const CommandOptions& options)
 {
-    check(workspace.sessionFor(instance.target).remove(instance.path, requestOptions(options)));
+    check(connection.sessionFor(instance.target).remove(instance.path, requestOptions(options)));
 }
 
-ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget& instance, const Method& method,
+ComPtr<IWbemClassObject> invokeMethod(Connection& connection, const InstanceTarget& instance, const Method& method,
                                       const std::vector<Assignment>& arguments, const CommandOptions& options)
 {
     // WMI hands the provider a null object when the client gave none or the method takes none, and so does this.
     ComPtr<IWbemClassObject> in;
     if (method.in && !arguments.empty()) {
-        in = ClassObject::ofInstance(InstanceData(method.in));
+        in = connection.makeArguments(instance.target, method);
     }
     for (const Assignment& argument : arguments) {
         if (!method.in || method.in->findProperty(argument.first) == nullptr) {
@@ -112,8 +111,8 @@ ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget
         }
         assign(*in.get(), *method.in, argument);
     }
-    RequestResult result =
-        workspace.sessionFor(instance.target).execMethod(instance.path, method.name, in.get(), requestOptions(options));
+    RequestResult result = connection.sessionFor(instance.target)
+                               .execMethod(instance.path, method.name, in.get(), requestOptions(options));
     check(result);
     return result.objects.empty() ? ComPtr<IWbemClassObject>() : result.objects.front();
 }

@@ -11,14 +11,14 @@ using Objects = std::vector<ComPtr<IWbemClassObject>>;
 // The requests of the commands. They throw RequestError for every status that is no success.
 
 // Shows the provider's progress reports on standard error if that is a terminal.
-Objects enumerateInstances(Workspace& workspace, const ClassTarget& target, const CommandOptions& options);
-ComPtr<IWbemClassObject> getInstance(Workspace& workspace, const InstanceTarget& instance,
+Objects enumerateInstances(Connection& connection, const ClassTarget& target, const CommandOptions& options);
+ComPtr<IWbemClassObject> getInstance(Connection& connection, const InstanceTarget& instance,
                                      const CommandOptions& options);
-void putInstance(Workspace& workspace, const ClassTarget& target, IWbemClassObject* object,
+void putInstance(Connection& connection, const ClassTarget& target, IWbemClassObject* object,
                  const CommandOptions& options);
-void deleteInstance(Workspace& workspace, const InstanceTarget& instance, const CommandOptions& options);
+void deleteInstance(Connection& connection, const InstanceTarget& instance, const CommandOptions& options);
 // The out-parameters; null if the provider delivered none.
-ComPtr<IWbemClassObject> invokeMethod(Workspace& workspace, const InstanceTarget& instance, const Method& method,
+ComPtr<IWbemClassObject> invokeMethod(Connection& connection, const InstanceTarget& instance, const Method& method,
                                       const std::vector<Assignment>& arguments, const CommandOptions& options);
 
 // Sets a property of an object to what a user's text means for its type; `null` is no value. Throws

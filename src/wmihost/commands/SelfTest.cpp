@@ -23,12 +23,12 @@ public:
 class Tour
 {
 public:
-    Tour(Workspace& workspace, const CommandOptions& options) : m_workspace(workspace), m_options(options) {}
+    Tour(Connection& connection, const CommandOptions& options) : m_connection(connection), m_options(options) {}
 
     std::string enumerate()
     {
-        const ClassTarget target = m_workspace.findClass(L"Zerix_EthernetPort", L"");
-        const Objects ports = enumerateInstances(m_workspace, target, m_options);
+        const ClassTarget target = m_connection.findClass(L"Zerix_EthernetPort", L"");
+        const Objects ports = enumerateInstances(m_connection, target, m_options);
         if (ports.empty()) {
             throw StepFailure("this machine has no network adapter");
         }
@@ -39,7 +39,7 @@ public:
     std::string get()
     {
         const InstanceTarget port = instanceOf(m_port);
-        const auto object = getInstance(m_workspace, port, m_options);
+        const auto object = getInstance(m_connection, port, m_options);
         const std::wstring path = textOf(*object.get(), L"__RELPATH");
         if (path != m_port) {
             throw StepFailure("asked for " + toUtf8(m_port) + ", got " + toUtf8(path));
@@ -49,15 +49,15 @@ public:
 
     std::string put()
     {
-        const ClassTarget target = m_workspace.findClass(L"Zerix_DiagnosticSetting", L"");
-        const Objects settings = enumerateInstances(m_workspace, target, m_options);
+        const ClassTarget target = m_connection.findClass(L"Zerix_DiagnosticSetting", L"");
+        const Objects settings = enumerateInstances(m_connection, target, m_options);
         if (settings.empty()) {
             throw StepFailure("there is no diagnostic setting");
         }
         const InstanceTarget setting = instanceOf(textOf(*settings.front().get(), L"__RELPATH"));
-        const auto before = getInstance(m_workspace, setting, m_options);
-        putInstance(m_workspace, target, before.get(), m_options);
-        const auto after = getInstance(m_workspace, setting, m_options);
+        const auto before = getInstance(m_connection, setting, m_options);
+        putInstance(m_connection, target, before.get(), m_options);
+        const auto after = getInstance(m_connection, setting, m_options);
         if (before->CompareTo(WBEM_COMPARISON_INCLUDE_ALL, after.get()) != WBEM_S_SAME) {
             throw StepFailure("an update without a change changed the setting");
         }
@@ -71,7 +71,7 @@ public:
         if (method == nullptr) {
             throw StepFailure("the class has no method RunLinkDiagnostic");
         }
-        const auto out = invokeMethod(m_workspace, port, *method, {{L"SampleCount", L"1"}}, m_options);
+        const auto out = invokeMethod(m_connection, port, *method, {{L"SampleCount", L"1"}}, m_options);
         if (!out) {
             throw StepFailure("the method delivered no outputs");
         }
@@ -89,9 +89,9 @@ public:
             throw StepFailure("there is no job to delete");
         }
         const InstanceTarget job = instanceOf(m_job);
-        deleteInstance(m_workspace, job, m_options);
+        deleteInstance(m_connection, job, m_options);
         try {
-            getInstance(m_workspace, job, m_options);
+            getInstance(m_connection, job, m_options);
         } catch (const RequestError& error) {
             if (error.status() == code(WBEM_E_NOT_FOUND)) {
                 return "the job is gone";
@@ -107,10 +107,10 @@ private:
         if (path.empty()) {
             throw StepFailure("an earlier step delivered no path");
         }
-        return m_workspace.findInstance(path, L"");
+        return m_connection.findInstance(path, L"");
     }
 
-    Workspace& m_workspace;
+    Connection& m_connection;
     const CommandOptions& m_options;
     std::wstring m_port;
     std::wstring m_job;
@@ -118,9 +118,9 @@ private:
 
 }  // namespace
 
-int runSelfTest(Workspace& workspace, const CommandOptions& options)
+int runSelfTest(Connection& connection, const CommandOptions& options)
 {
-    Tour tour(workspace, options);
+    Tour tour(connection, options);
     const std::vector<std::pair<std::string, std::function<std::string()>>> steps{
         {"enumerate", [&tour] { return tour.enumerate(); }},
         {"get", [&tour] { return tour.get(); }},

@@ -27,17 +27,21 @@ struct Sample
     std::vector<unsigned long long> counters;
 };
 
+// The properties that a class declares as counters; of a class that declares none, the numbers that the user names.
 std::vector<const Property*> countersOf(const ClassDefinition& definition, const CommandOptions& options)
 {
+    const auto isCounter = [](const Property& p) { return hasQualifier(p.qualifiers, L"Counter"); };
+    const bool declared = std::any_of(definition.properties.begin(), definition.properties.end(), isCounter);
+    const bool named = !declared && !options.properties.empty();
     std::vector<const Property*> result = shownProperties(definition, options);
-    std::erase_if(result, [](const Property* p) { return !hasQualifier(p->qualifiers, L"Counter"); });
+    std::erase_if(result, [&](const Property* p) { return named ? !isNumber(*p) : !isCounter(*p); });
     if (result.empty()) {
         throw UsageError("the class " + toUtf8(definition.name) + " has no counters to watch among the properties");
     }
     return result;
 }
 
-// What tells the instance from its neighbours: the values of its keys that the class does not fix.
+// The values of the keys that the class does not fix; the path where the class does not say which are its keys.
 std::string labelOf(IWbemClassObject& object, const ClassDefinition& definition)
 {
     std::string label;
@@ -47,13 +51,13 @@ std::string labelOf(IWbemClassObject& object, const ClassDefinition& definition)
             label += (label.empty() ? "" : " ") + displayText(property, valueOf(object, property.name).get());
         }
     }
-    return label;
+    return label.empty() ? toUtf8(textOf(object, L"__RELPATH")) : label;
 }
 
-std::vector<Sample> takeSamples(Workspace& workspace, const ClassTarget& target,
+std::vector<Sample> takeSamples(Connection& connection, const ClassTarget& target,
                                 const std::vector<const Property*>& counters, const CommandOptions& options)
 {
-    Objects objects = enumerateInstances(workspace, target, options);
+    Objects objects = enumerateInstances(connection, target, options);
     applyConditions(objects, *target.definition, options);
     std::vector<Sample> samples;
     for (const auto& object : objects) {
@@ -122,18 +126,18 @@ std::string render(const std::vector<Sample>& before, const std::vector<Sample>&
 
 }  // namespace
 
-int runWatch(Workspace& workspace, const std::wstring& className, const CommandOptions& options)
+int runWatch(Connection& connection, const std::wstring& className, const CommandOptions& options)
 {
-    const ClassTarget target = workspace.findClass(className, options.nameSpace);
+    const ClassTarget target = connection.findClass(className, options.nameSpace);
     checkNames(*target.definition, options);
     const auto counters = countersOf(*target.definition, options);
     const bool terminal = outIsTerminal();
-    auto before = takeSamples(workspace, target, counters, options);
+    auto before = takeSamples(connection, target, counters, options);
     auto beforeTime = Clock::now();
     std::size_t linesShown = 0;
     for (unsigned shown = 0; options.count == 0 || shown < options.count; ++shown) {
         std::this_thread::sleep_for(std::chrono::milliseconds(options.intervalMilliseconds));
-        auto now = takeSamples(workspace, target, counters, options);
+        auto now = takeSamples(connection, target, counters, options);
         const auto nowTime = Clock::now();
         const std::string text =
             render(before, now, std::chrono::duration<double>(nowTime - beforeTime).count(), counters);

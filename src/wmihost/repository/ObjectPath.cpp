@@ -10,6 +10,18 @@
 namespace wmihost {
 namespace {
 
+std::wstring pathQuoted(std::wstring_view value)
+{
+    std::wstring text = L"\"";
+    for (const wchar_t c : value) {
+        if (c == L'"' || c == L'\\') {
+            text += L'\\';
+        }
+        text += c;
+    }
+    return text + L"\"";
+}
+
 // Reads a path from left to right.
 class PathReader
 {
@@ -45,52 +57,75 @@ public:
     {
         PathKey key;
         key.name = std::move(name);
-        if (!take(L'"')) {
+        const wchar_t quote = look();
+        if (quote != L'"' && quote != L'\'') {
             while (!atEnd() && look() != L',') {
                 key.value += m_text[m_at++];
             }
             if (key.value.empty()) {
                 fail("expected the value of a key");
             }
+            m_unquotedText = m_unquotedText || !isNumberOrBoolean(key.value);
             return key;
         }
+        ++m_at;
         key.quoted = true;
-        while (!take(L'"')) {
+        while (!take(quote)) {
             // A backslash protects a quote or another backslash; before anything else it stands for itself.
-            if (look() == L'\\' && m_at + 1 < m_text.size() && (m_text[m_at + 1] == L'"' || m_text[m_at + 1] == L'\\'))
-            {
+            if (look() == L'\\' && m_at + 1 < m_text.size() && isProtected(m_text[m_at + 1])) {
                 ++m_at;
             }
             if (atEnd()) {
-                fail("expected \" at the end of the value");
+                fail(std::string("expected ") + static_cast<char>(quote) + " at the end of the value");
             }
             key.value += m_text[m_at++];
         }
         return key;
     }
 
-    // What stands before the first colon outside quotes, if it is a namespace; it is consumed with the colon.
+    std::size_t place() const { return m_at; }
+
+    // What has been read since that place, between double quotes where single ones stood.
+    std::wstring since(std::size_t begin, const PathKey& key) const
+    {
+        const std::wstring_view read = m_text.substr(begin, m_at - begin);
+        return read.starts_with(L'\'') ? pathQuoted(key.value) : std::wstring(read);
+    }
+
+    // What stands before the first colon outside quotes, if it is a namespace; it is consumed with the colon. With
+    // backslashes, whichever slashes were written.
     std::optional<std::wstring> nameSpace()
     {
-        const std::size_t end = m_text.find_first_of(L":\".=");
+        const std::size_t end = m_text.find_first_of(L":\"'.=");
         // "\\.\root:Class" has a dot for its server.
-        const std::size_t colon = m_text.starts_with(L"\\\\") ? m_text.find(L':') : end;
+        const bool withServer = m_text.starts_with(L"\\\\") || m_text.starts_with(L"//");
+        const std::size_t colon = withServer ? m_text.find(L':') : end;
         if (colon == std::wstring_view::npos || m_text[colon] != L':') {
             return std::nullopt;
         }
         m_at = colon + 1;
-        return std::wstring(m_text.substr(0, colon));
+        std::wstring prefix(m_text.substr(0, colon));
+        std::replace(prefix.begin(), prefix.end(), L'/', L'\\');
+        return prefix;
     }
 
     [[noreturn]] void fail(const std::string& reason) const
     {
         throw PathError("'" + toUtf8(m_text) + "' is no object path: " + reason + " at character " +
-                        std::to_string(m_at + 1));
+                        std::to_string(m_at + 1) + (m_unquotedText ? "; " + quotesAdvice() : std::string()));
     }
 
 private:
+    static bool isProtected(wchar_t c) { return c == L'"' || c == L'\'' || c == L'\\'; }
+
+    static bool isNumberOrBoolean(std::wstring_view text)
+    {
+        return parseSigned(text) || parseUnsigned(text) || sameName(text, L"TRUE") || sameName(text, L"FALSE");
+    }
+
     std::wstring_view m_text;
     std::size_t m_at = 0;
+    bool m_unquotedText = false;  // a value without quotes was read that would need them
 };
 
 std::wstring keyText(const VARIANT& value, CIMTYPE type)
@@ -98,23 +133,23 @@ std::wstring keyText(const VARIANT& value, CIMTYPE type)
     if (type != CIM_STRING && type != CIM_DATETIME && type != CIM_REFERENCE) {
         return scalarText(value, type);
     }
-    std::wstring text = L"\"";
-    for (const wchar_t c : viewOf(value.bstrVal)) {
-        if (c == L'"' || c == L'\\') {
-            text += L'\\';
-        }
-        text += c;
-    }
-    return text + L"\"";
+    return pathQuoted(viewOf(value.bstrVal));
 }
 
 }  // namespace
+
+std::string quotesAdvice()
+{
+    return "where a shell took the quotes away, write \"Class.Key='value'\", with double quotes around the whole path "
+           "and single quotes around each text";
+}
 
 ObjectPath ObjectPath::parse(std::wstring_view text)
 {
     ObjectPath path;
     PathReader reader(text);
     if (const auto prefix = reader.nameSpace()) {
+        path.prefix = *prefix + L":";
         if (prefix->starts_with(L"\\\\")) {
             const std::size_t end = prefix->find(L'\\', 2);
             if (end == std::wstring::npos) {
@@ -127,19 +162,29 @@ ObjectPath ObjectPath::parse(std::wstring_view text)
         }
     }
     path.className = reader.identifier("the name of a class");
+    path.relative = path.className;
+    const auto takeValue = [&](std::wstring name) {
+        const std::size_t begin = reader.place();
+        path.keys.push_back(reader.value(std::move(name)));
+        path.relative += L"=" + reader.since(begin, path.keys.back());
+    };
     if (reader.take(L'=')) {
         if (reader.take(L'@')) {
             path.singleton = true;
+            path.relative += L"=@";
         } else {
-            path.keys.push_back(reader.value(L""));
+            takeValue(L"");
         }
     } else if (reader.take(L'.')) {
+        wchar_t separator = L'.';
         do {
             std::wstring name = reader.identifier("the name of a key");
             if (!reader.take(L'=')) {
                 reader.fail("expected =");
             }
-            path.keys.push_back(reader.value(std::move(name)));
+            path.relative += separator + name;
+            takeValue(std::move(name));
+            separator = L',';
         } while (reader.take(L','));
     }
     if (!reader.atEnd()) {

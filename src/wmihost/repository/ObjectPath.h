@@ -25,7 +25,8 @@ struct PathKey
     bool quoted = false;
 };
 
-// The parts of an object path: \\server\namespace:Class.Key="value",Other=7
+// The parts of an object path: \\server\namespace:Class.Key="value",Other=7. Values may stand between single quotes and
+// the parts before the class may be separated by forward slashes, which survive a shell.
 struct ObjectPath
 {
     std::wstring server;     // empty if the path names none
@@ -34,11 +35,18 @@ struct ObjectPath
     std::vector<PathKey> keys;  // as the text orders them; none: the path names the class
     bool singleton = false;     // Class=@
 
+    // The text again, with backslashes and double quotes: what precedes the class, colon included, and the rest.
+    std::wstring prefix;
+    std::wstring relative;
+
     bool isInstance() const { return singleton || !keys.empty(); }
 
     // Throws PathError.
     static ObjectPath parse(std::wstring_view text);
 };
+
+// How to write a path whose quotes a shell took away.
+std::string quotesAdvice();
 
 // "Class.Key="value",Other=7" with the keys in the order of their names, as WMI renders it. Nothing while
 // a key has no value, or if the class has no keys.

@@ -5,30 +5,18 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "wmihost/repository/ClassRepository.h"
-#include "wmihost/repository/ObjectPath.h"
+#include "wmihost/session/Connection.h"
 #include "wmihost/session/ProviderSession.h"
 
 namespace wmihost {
 
-// A class and the namespace in which it was found.
-struct ClassTarget
-{
-    const Namespace* nameSpace = nullptr;
-    ClassPointer definition;
-};
-
-// An instance that a user named.
-struct InstanceTarget
-{
-    ClassTarget target;
-    std::wstring path;  // as the provider receives it: the user's text, its short form written out
-};
-
-// The classes of a MOF file and the providers that serve them. A provider is created when it is first needed
-// and lives as long as the workspace. May be used by several threads.
-class Workspace
+// The classes of a MOF file and the providers that serve them, in this process. A provider is created when it is first
+// needed and lives as long as the workspace.
+class Workspace final : public Connection
 {
 public:
     // Throws MofError.
@@ -36,16 +24,11 @@ public:
 
     const ClassRepository& repository() const { return m_repository; }
 
-    // The class of that name, in the namespace if one is given, else in the one that has it; the namespace
-    // of the adapters comes first. Throws RequestError: WBEM_E_INVALID_NAMESPACE, WBEM_E_INVALID_CLASS.
-    ClassTarget findClass(std::wstring_view className, std::wstring_view nameSpace) const;
-
-    // The instance that a path names. Throws PathError, or RequestError for a class, a namespace or a server
-    // that is not there, and for the path of a class.
-    InstanceTarget findInstance(std::wstring_view path, std::wstring_view nameSpace) const;
-
-    // The provider of a class. Throws RequestError if it is not registered or does not start.
-    const ProviderSession& sessionFor(const ClassTarget& target);
+    ClassTarget findClass(std::wstring_view className, std::wstring_view nameSpace) const override;
+    std::vector<ClassTarget> classes(std::wstring_view nameSpace) const override;
+    // Throws RequestError if the provider is not registered or does not start.
+    const ProviderSession& sessionFor(const ClassTarget& target) override;
+    ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method) override;
 
 private:
     ClassRepository m_repository;

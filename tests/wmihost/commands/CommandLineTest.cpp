@@ -288,6 +288,8 @@ TEST_F(CommandLineTest, TheHelpNamesEveryCommandWithAnExample)
               "  -h,--help                   Print this help message and exit\n"
               "  --mof FILE                  the MOF file with the classes and the registration of their provider\n"
               "  --namespace NAME            look for classes in this namespace only\n"
+              "  --service                   ask this machine's WMI in place of a provider in this process\n"
+              "  --synchronous               with --service: make synchronous calls only\n"
               "\n"
               "Subcommands:\n"
               "  classes                     Lists the classes of the MOF\n"

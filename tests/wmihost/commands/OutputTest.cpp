@@ -6,6 +6,7 @@
 #include "tests/wmihost/CommandTest.h"
 #include "wmihost/com/ClassObject.h"
 #include "wmihost/repository/ObjectPath.h"
+#include "wmihost/session/Workspace.h"
 #include "wmihost/terminal/Table.h"
 #include "wmihost/terminal/Text.h"
 

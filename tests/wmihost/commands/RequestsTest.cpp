@@ -1,6 +1,7 @@
 #include "wmihost/commands/Requests.h"
 
 #include "tests/wmihost/CommandTest.h"
+#include "wmihost/session/Workspace.h"
 
 namespace wmihost {
 namespace {

@@ -8,6 +8,7 @@
 #include "wmihost/FakeProvider.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/RequestError.h"
+#include "wmihost/repository/ObjectPath.h"
 
 namespace wmihost {
 namespace {
@@ -44,8 +45,8 @@ protected:
 
 TEST_F(WorkspaceTest, FindsAClassWhereverItIsOrWhereItIsToldTo)
 {
-    EXPECT_EQ(workspace.findClass(L"pair", L"").nameSpace->name(), L"root\\test");
-    EXPECT_EQ(workspace.findClass(L"Pair", L"root/other").nameSpace->name(), L"root\\other");
+    EXPECT_EQ(workspace.findClass(L"pair", L"").nameSpace, L"root\\test");
+    EXPECT_EQ(workspace.findClass(L"Pair", L"root/other").nameSpace, L"root\\other");
     EXPECT_EQ(statusOf([&] { workspace.findClass(L"Nope", L""); }), code(WBEM_E_INVALID_CLASS));
     EXPECT_EQ(statusOf([&] { workspace.findClass(L"Fake_Thing", L"root\\other"); }), code(WBEM_E_INVALID_CLASS));
     EXPECT_EQ(statusOf([&] { workspace.findClass(L"Pair", L"root\\none"); }), code(WBEM_E_INVALID_NAMESPACE));
@@ -57,8 +58,7 @@ TEST_F(WorkspaceTest, PassesAPathOnAsItWasGiven)
     const InstanceTarget found = workspace.findInstance(text, L"");
     EXPECT_EQ(found.path, text);
     EXPECT_EQ(found.target.definition->name, L"Fake_Thing");
-    EXPECT_EQ(workspace.findInstance(L"root\\other:Pair.C=\"x\"", L"root\\test").target.nameSpace->name(),
-              L"root\\other");
+    EXPECT_EQ(workspace.findInstance(L"root\\other:Pair.C=\"x\"", L"root\\test").target.nameSpace, L"root\\other");
 }
 
 TEST_F(WorkspaceTest, WritesOutTheShortFormOfAPath)
@@ -101,9 +101,29 @@ TEST_F(WorkspaceTest, SuggestsTheNameThatWasMeant)
               "the class Fake_Thing has no key Count");
 }
 
-TEST_F(WorkspaceTest, WhichOfTheKeysAPathNamesIsAMatterOfTheProvider)
+TEST_F(WorkspaceTest, Path_inFormsThatSurviveAShell_isWrittenOut)
 {
-    EXPECT_EQ(workspace.findInstance(L"Pair.b=\"x\"", L"root\\test").path, L"Pair.b=\"x\"");
+    EXPECT_EQ(workspace.findInstance(L"//./root/test:Fake_Thing.Name='x'", L"").path,
+              L"\\\\.\\root\\test:Fake_Thing.Name=\"x\"");
+    EXPECT_EQ(workspace.findInstance(L"root/test:Fake_Thing='a\"b'", L"").path,
+              L"root\\test:Fake_Thing.Name=\"a\\\"b\"");
+}
+
+TEST_F(WorkspaceTest, Path_withoutItsQuotes_isRefused)
+{
+    const std::string advice = std::string("; ") + quotesAdvice();
+    EXPECT_EQ(reasonOf([&] { workspace.findInstance(L"Fake_Thing.Name=one", L""); }),
+              "the key Name is a text, and its value stands without quotes" + advice);
+    EXPECT_EQ(reasonOf([&] { workspace.findInstance(L"Fake_Thing=one", L""); }),
+              "the key Name is a text, and its value stands without quotes" + advice);
+    EXPECT_EQ(reasonOf([&] { workspace.findInstance(L"Pair.A=7,B=\"x\"", L"root\\test"); }),
+              "the key A is a text, and its value stands without quotes" + advice);
+}
+
+TEST_F(WorkspaceTest, Path_withoutAllItsKeys_isRefused)
+{
+    EXPECT_EQ(reasonOf([&] { workspace.findInstance(L"Pair.b=\"x\"", L"root\\test"); }),
+              "the path lacks the key A; a path of the class Pair names each of A, B");
 }
 
 TEST_F(WorkspaceTest, StartsAProviderOnce)

@@ -1,0 +1,246 @@
+#include "wmihost/session/ServiceSession.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "wmihost/com/Guard.h"
+#include "wmihost/com/RequestError.h"
+#include "wmihost/com/Variant.h"
+#include "wmihost/terminal/Text.h"
+
+namespace wmihost {
+namespace {
+
+// Longer than any class of a machine takes.
+constexpr std::chrono::milliseconds patience = std::chrono::minutes(10);
+constexpr LONG withoutLimit = static_cast<LONG>(WBEM_INFINITE);
+// Classes at any distance from the one that is named.
+constexpr LONG allLevels = WBEM_FLAG_DEEP;
+// The first flag lets the service forget a row that was read.
+constexpr LONG asRowsCome = WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY;
+
+DWORD levelOf(Impersonation impersonation)
+{
+    switch (impersonation) {
+        case Impersonation::anonymous:
+            return RPC_C_IMP_LEVEL_ANONYMOUS;
+        case Impersonation::identify:
+            return RPC_C_IMP_LEVEL_IDENTIFY;
+        case Impersonation::delegate:
+            return RPC_C_IMP_LEVEL_DELEGATE;
+        default:
+            return RPC_C_IMP_LEVEL_IMPERSONATE;
+    }
+}
+
+// How far the service may act as this process when it is called through the interface. An object that lives in this
+// process has no proxy, and needs none.
+HRESULT allow(IUnknown* proxy, Impersonation impersonation)
+{
+    const HRESULT result = CoSetProxyBlanket(proxy, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
+                                             RPC_C_AUTHN_LEVEL_CALL, levelOf(impersonation), nullptr, EOAC_NONE);
+    return result == E_NOINTERFACE ? S_OK : result;
+}
+
+// Whether a status that an asynchronous call returned says that the service does not make such calls.
+bool isRefusal(HRESULT returned)
+{
+    constexpr std::array refusals{
+        code(WBEM_E_FAILED),        code(WBEM_E_NOT_SUPPORTED), code(WBEM_E_PROVIDER_NOT_CAPABLE),
+        code(WBEM_E_ACCESS_DENIED), HRESULT(E_ACCESSDENIED),    HRESULT(E_NOTIMPL)};
+    return std::find(refusals.begin(), refusals.end(), returned) != refusals.end();
+}
+
+// The sink as the service calls it. The platform's stub takes calls that this process would not let in; where there is
+// none the service gets the sink itself.
+ComPtr<IWbemObjectSink> callableSink(const ComPtr<IWbemObjectSink>& sink)
+{
+    ComPtr<IUnsecuredApartment> apartment;
+    ComPtr<IUnknown> stub;
+    ComPtr<IWbemObjectSink> result;
+    if (SUCCEEDED(CoCreateInstance(CLSID_UnsecuredApartment, nullptr, CLSCTX_LOCAL_SERVER,
+                                   __uuidof(IUnsecuredApartment), reinterpret_cast<void**>(apartment.put()))) &&
+        SUCCEEDED(apartment->CreateObjectStub(sink.get(), stub.put())) &&
+        SUCCEEDED(stub->QueryInterface(__uuidof(IWbemObjectSink), reinterpret_cast<void**>(result.put()))))
+    {
+        return result;
+    }
+    return sink;
+}
+
+HRESULT readRows(IEnumWbemClassObject& rows, std::vector<ComPtr<IWbemClassObject>>& objects)
+{
+    while (true) {
+        ComPtr<IWbemClassObject> row;
+        ULONG count = 0;
+        const HRESULT result = rows.Next(withoutLimit, 1, row.put(), &count);
+        if (FAILED(result)) {
+            return result;
+        }
+        if (count == 0) {
+            return code(WBEM_S_NO_ERROR);
+        }
+        objects.push_back(std::move(row));
+    }
+}
+
+HRESULT addObject(HRESULT result, ComPtr<IWbemClassObject> object, std::vector<ComPtr<IWbemClassObject>>& objects)
+{
+    if (SUCCEEDED(result) && object) {
+        objects.push_back(std::move(object));
+    }
+    return result;
+}
+
+}  // namespace
+
+ServiceSession::ServiceSession(const std::wstring& nameSpace, ServiceCalls calls) : m_calls(calls)
+{
+    ComPtr<IWbemLocator> locator;
+    HRESULT result = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IWbemLocator),
+                                      reinterpret_cast<void**>(locator.put()));
+    if (FAILED(result)) {
+        throw RequestError(result, "this machine has no WMI that could be asked");
+    }
+    result =
+        locator->ConnectServer(Bstr(nameSpace).get(), nullptr, nullptr, nullptr, 0, nullptr, nullptr, m_services.put());
+    if (FAILED(result)) {
+        throw RequestError(result, "WMI does not open the namespace " + toUtf8(nameSpace));
+    }
+}
+
+RequestResult ServiceSession::run(const RequestOptions& options, const AsynchronousCall& asynchronous,
+                                  const SynchronousCall& synchronous) const
+{
+    RequestResult result;
+    result.status = allow(m_services.get(), options.impersonation);
+    if (FAILED(result.status)) {
+        return result;
+    }
+    if (m_calls == ServiceCalls::asynchronous) {
+        const auto response = std::make_shared<Response>(options.onProgress);
+        HRESULT returned = 0;
+        ComPtr<IWbemObjectSink> callable;
+        {
+            callable = callableSink(ComPtr<IWbemObjectSink>::adopt(new ResponseSink(response)));
+            returned = asynchronous(callable.get());
+        }
+        const bool started = SUCCEEDED(returned) || response->status().has_value();
+        if (started || !isRefusal(returned)) {
+            const bool over = !started || response->waitUntilDone(patience);
+            if (!over) {
+                m_services->CancelAsyncCall(callable.get());
+            }
+            result.status = over ? response->status().value_or(returned) : code(WBEM_E_TIMED_OUT);
+            result.objects = response->takeObjects();
+            return result;
+        }
+    }
+    result.status = synchronous(result.objects);
+    return result;
+}
+
+RequestResult ServiceSession::enumerateWith(const RequestOptions& options, const AsynchronousCall& asynchronous,
+                                            const EnumerationCall& synchronous) const
+{
+    return run(options, asynchronous, [&](std::vector<ComPtr<IWbemClassObject>>& objects) {
+        ComPtr<IEnumWbemClassObject> rows;
+        HRESULT result = synchronous(rows.put());
+        if (SUCCEEDED(result)) {
+            result = allow(rows.get(), options.impersonation);
+        }
+        return FAILED(result) ? result : readRows(*rows.get(), objects);
+    });
+}
+
+RequestResult ServiceSession::enumerate(std::wstring_view className, const RequestOptions& options) const
+{
+    const Bstr name(className);
+    const LONG reports = options.onProgress ? WBEM_FLAG_SEND_STATUS : 0;
+    return enumerateWith(
+        options,
+        [&](IWbemObjectSink* sink) {
+            return m_services->CreateInstanceEnumAsync(name.get(), allLevels | reports, nullptr, sink);
+        },
+        [&](IEnumWbemClassObject** rows) {
+            return m_services->CreateInstanceEnum(name.get(), allLevels | asRowsCome, nullptr, rows);
+        });
+}
+
+RequestResult ServiceSession::query(std::wstring_view text, const RequestOptions& options) const
+{
+    const Bstr language(L"WQL");
+    const Bstr query(text);
+    return enumerateWith(
+        options,
+        [&](IWbemObjectSink* sink) {
+            return m_services->ExecQueryAsync(language.get(), query.get(), 0, nullptr, sink);
+        },
+        [&](IEnumWbemClassObject** rows) {
+            return m_services->ExecQuery(language.get(), query.get(), asRowsCome, nullptr, rows);
+        });
+}
+
+RequestResult ServiceSession::classes(const RequestOptions& options) const
+{
+    const Bstr all(L"");
+    constexpr LONG flags = allLevels | WBEM_FLAG_USE_AMENDED_QUALIFIERS;
+    return enumerateWith(
+        options,
+        [&](IWbemObjectSink* sink) { return m_services->CreateClassEnumAsync(all.get(), flags, nullptr, sink); },
+        [&](IEnumWbemClassObject** rows) {
+            return m_services->CreateClassEnum(all.get(), flags | asRowsCome, nullptr, rows);
+        });
+}
+
+RequestResult ServiceSession::get(std::wstring_view path, const RequestOptions& options) const
+{
+    const Bstr text(path);
+    constexpr LONG flags = WBEM_FLAG_USE_AMENDED_QUALIFIERS;
+    return run(
+        options, [&](IWbemObjectSink* sink) { return m_services->GetObjectAsync(text.get(), flags, nullptr, sink); },
+        [&](auto& objects) {
+            ComPtr<IWbemClassObject> object;
+            const HRESULT result = m_services->GetObject(text.get(), flags, nullptr, object.put(), nullptr);
+            return addObject(result, std::move(object), objects);
+        });
+}
+
+RequestResult ServiceSession::put(IWbemClassObject* instance, const RequestOptions& options) const
+{
+    constexpr LONG flags = WBEM_FLAG_UPDATE_ONLY;
+    return run(
+        options, [&](IWbemObjectSink* sink) { return m_services->PutInstanceAsync(instance, flags, nullptr, sink); },
+        [&](auto&) { return m_services->PutInstance(instance, flags, nullptr, nullptr); });
+}
+
+RequestResult ServiceSession::remove(std::wstring_view path, const RequestOptions& options) const
+{
+    const Bstr text(path);
+    return run(
+        options, [&](IWbemObjectSink* sink) { return m_services->DeleteInstanceAsync(text.get(), 0, nullptr, sink); },
+        [&](auto&) { return m_services->DeleteInstance(text.get(), 0, nullptr, nullptr); });
+}
+
+RequestResult ServiceSession::execMethod(std::wstring_view path, std::wstring_view method, IWbemClassObject* in,
+                                         const RequestOptions& options) const
+{
+    const Bstr text(path);
+    const Bstr name(method);
+    return run(
+        options,
+        [&](IWbemObjectSink* sink) {
+            return m_services->ExecMethodAsync(text.get(), name.get(), 0, nullptr, in, sink);
+        },
+        [&](auto& objects) {
+            ComPtr<IWbemClassObject> out;
+            const HRESULT result = m_services->ExecMethod(text.get(), name.get(), 0, nullptr, in, out.put(), nullptr);
+            return addObject(result, std::move(out), objects);
+        });
+}
+
+}  // namespace wmihost

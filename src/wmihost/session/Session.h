@@ -1,0 +1,49 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "wmihost/com/CallContext.h"
+#include "wmihost/com/Com.h"
+#include "wmihost/com/ResponseSink.h"
+
+namespace wmihost {
+
+// How a request is made.
+struct RequestOptions
+{
+    Impersonation impersonation = Impersonation::impersonate;
+    std::function<void(Progress)> onProgress;  // may be empty
+};
+
+// What became of a request.
+struct RequestResult
+{
+    HRESULT status = 0;  // what was reported last, or returned where nothing was reported
+    std::vector<ComPtr<IWbemClassObject>> objects;
+    std::string exception;  // the text of a C++ exception that escaped the provider; else empty
+};
+
+// Answers the requests that concern one namespace. Requests may be made by any number of threads at once; each
+// needs to be in the multithreaded apartment. A request that fails says so in its result; none throws for it.
+class Session
+{
+public:
+    Session() = default;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    virtual ~Session() = default;
+
+    virtual RequestResult enumerate(std::wstring_view className, const RequestOptions& options) const = 0;
+    virtual RequestResult get(std::wstring_view path, const RequestOptions& options) const = 0;
+    // Updates an existing instance.
+    virtual RequestResult put(IWbemClassObject* instance, const RequestOptions& options) const = 0;
+    virtual RequestResult remove(std::wstring_view path, const RequestOptions& options) const = 0;
+    // The objects of the result are the outputs: one, or none.
+    virtual RequestResult execMethod(std::wstring_view path, std::wstring_view method, IWbemClassObject* in,
+                                     const RequestOptions& options) const = 0;
+};
+
+}  // namespace wmihost
