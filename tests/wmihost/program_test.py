@@ -30,17 +30,21 @@ DENIED = """: failed
   Try: change writable properties only, and ask with --impersonation impersonate as a user with the right
 """
 PROFILE_TABLE = """\
-InstanceID                  RegisteredOrganization  RegisteredName  RegisteredVersion  AdvertiseTypes
---------------------------  ----------------------  --------------  -----------------  --------------
-Vexal:Profile:EthernetPort  DMTF                    Ethernet Port   1.0.1              Not Advertised
+InstanceID                  RegisteredOrganization  OtherRegisteredOrganization  RegisteredName       \
+RegisteredVersion  AdvertiseTypes
+--------------------------  ----------------------  ---------------------------  -------------------  \
+-----------------  --------------
+Vexal:Profile:EthernetPort  Other                   Vexal                        Vexal Ethernet Port  \
+1.0.0              Not Advertised
 """
 PROFILE_MOF = """\
 instance of Zerix_RegisteredProfile
 {
     InstanceID = "Vexal:Profile:EthernetPort";
-    RegisteredOrganization = 2;
-    RegisteredName = "Ethernet Port";
-    RegisteredVersion = "1.0.1";
+    RegisteredOrganization = 1;
+    OtherRegisteredOrganization = "Vexal";
+    RegisteredName = "Vexal Ethernet Port";
+    RegisteredVersion = "1.0.0";
     AdvertiseTypes = {2};
 };
 """
@@ -109,20 +113,21 @@ class Program(unittest.TestCase):
         names = [line.split()[0] for line in lines[2:-1]]
         code, out, _ = wmihost("classes", "--format", "json")
         self.assertEqual((code, [entry["class"] for entry in json.loads(out)]), (0, names))
-        self.assertEqual(len(names), 12)
+        self.assertEqual(len(names), 16)
 
     def test_a_class_is_described(self):
         self.expect(["describe", "Zerix_RegisteredProfile"], 0, """\
 Zerix_RegisteredProfile in root\\interop
-A management profile that the adapters of this machine conform to.
+A management profile that the adapters of this machine conform to. It is the maker's own.
 
-Property                Type      Access  Description
-----------------------  --------  ------  ------------------------------------------------------------------------
-InstanceID              string    key     Identifies the profile within the namespace.
-RegisteredOrganization  uint16            The organization that defines the profile. Values: 1 Other, 2 DMTF.
-RegisteredName          string            The name under which the organization published the profile.
-RegisteredVersion       string            The version of the profile, as major.minor.update.
-AdvertiseTypes          uint16[]          How the profile is advertised. Values: 1 Other, 2 Not Advertised, 3 SLP.
+Property                     Type      Access  Description
+---------------------------  --------  ------  ------------------------------------------------------------------------
+InstanceID                   string    key     Identifies the profile within the namespace.
+RegisteredOrganization       uint16            The organization that defines the profile. Values: 1 Other, 2 DMTF.
+OtherRegisteredOrganization  string            The name of the organization where RegisteredOrganization is "Other".
+RegisteredName               string            The name under which the organization published the profile.
+RegisteredVersion            string            The version of the profile, as major.minor.update.
+AdvertiseTypes               uint16[]          How the profile is advertised. Values: 1 Other, 2 Not Advertised, 3 SLP.
 """)
 
     def test_without_a_command_the_adapters_are_listed(self):
@@ -140,22 +145,24 @@ AdvertiseTypes          uint16[]          How the profile is advertised. Values:
         self.assertRegex(profile.pop("__PATH"), r'^\\\\[^\\]+\\root\\interop:Zerix_RegisteredProfile\.InstanceID='
                                                 r'"Vexal:Profile:EthernetPort"$')
         self.assertEqual(profile, {"__CLASS": "Zerix_RegisteredProfile", "InstanceID": "Vexal:Profile:EthernetPort",
-                                   "RegisteredOrganization": 2, "RegisteredName": "Ethernet Port",
-                                   "RegisteredVersion": "1.0.1", "AdvertiseTypes": [2]})
+                                   "RegisteredOrganization": 1, "OtherRegisteredOrganization": "Vexal",
+                                   "RegisteredName": "Vexal Ethernet Port", "RegisteredVersion": "1.0.0",
+                                   "AdvertiseTypes": [2]})
 
     def test_an_instance_is_shown_in_each_format(self):
         self.expect(["get", PROFILE], 0, """\
-Property                Value
-----------------------  --------------------------
-InstanceID              Vexal:Profile:EthernetPort
-RegisteredOrganization  2 (DMTF)
-RegisteredName          Ethernet Port
-RegisteredVersion       1.0.1
-AdvertiseTypes          Not Advertised
+Property                     Value
+---------------------------  --------------------------
+InstanceID                   Vexal:Profile:EthernetPort
+RegisteredOrganization       1 (Other)
+OtherRegisteredOrganization  Vexal
+RegisteredName               Vexal Ethernet Port
+RegisteredVersion            1.0.0
+AdvertiseTypes               Not Advertised
 """)
         self.expect(["get", PROFILE, "--format", "mof"], 0, PROFILE_MOF)
         code, out, _ = wmihost("get", PROFILE, "--format", "json", "--property", "RegisteredName")
-        self.assertEqual((code, json.loads(out)["RegisteredName"]), (0, "Ethernet Port"))
+        self.assertEqual((code, json.loads(out)["RegisteredName"]), (0, "Vexal Ethernet Port"))
 
     def test_a_change_is_kept_until_the_defaults_are_restored(self):
         before = wmihost("get", SETTING)

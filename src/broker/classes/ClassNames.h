@@ -7,6 +7,7 @@ namespace broker {
 inline constexpr char COMPUTER_SYSTEM[] = "Win32_ComputerSystem";
 
 inline constexpr char ETHERNET_PORT[] = "Zerix_EthernetPort";
+inline constexpr char ETHERNET_PORT_STATISTICS[] = "Zerix_EthernetPortStatistics";
 inline constexpr char IP_PROTOCOL_ENDPOINT[] = "Zerix_IPProtocolEndpoint";
 inline constexpr char REGISTERED_PROFILE[] = "Zerix_RegisteredProfile";
 inline constexpr char ADAPTER_SETTING[] = "Zerix_AdapterSetting";

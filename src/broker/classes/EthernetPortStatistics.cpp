@@ -1,6 +1,7 @@
 #include <array>
 
 #include "Utils/Time.h"
+#include "broker/classes/ClassNames.h"
 #include "broker/classes/ServedClasses.h"
 #include "broker/model/Workspace.h"
 
@@ -140,7 +141,7 @@ constexpr std::array columns{
 };
 
 constexpr ClassDescription<Row> definition{
-    .name = "Zerix_EthernetPortStatistics", .columns = columns, .id = &id, .rows = &rows};
+    .name = ETHERNET_PORT_STATISTICS, .columns = columns, .id = &id, .rows = &rows};
 
 }  // namespace
 

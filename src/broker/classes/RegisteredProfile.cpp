@@ -23,19 +23,26 @@ std::string instanceId(const Row& /*row*/)
     return "Vexal:Profile:EthernetPort";
 }
 
+// The profile is the maker's, not one of the DMTF's: what a client of theirs relies on may be missing here.
 std::uint16_t organization(const Row& /*row*/)
 {
-    constexpr std::uint16_t DMTF = 2;
-    return DMTF;
+    constexpr std::uint16_t OTHER = 1;
+    return OTHER;
 }
 
-std::string profileName(const Row& /*row*/)
+const char* otherOrganization(const Row& /*row*/)
 {
-    return "Ethernet Port";
+    return "Vexal";
 }
-std::string profileVersion(const Row& /*row*/)
+
+const char* profileName(const Row& /*row*/)
 {
-    return "1.0.1";
+    return "Vexal Ethernet Port";
+}
+
+const char* profileVersion(const Row& /*row*/)
+{
+    return "1.0.0";
 }
 
 std::vector<std::uint16_t> advertiseTypes(const Row& /*row*/)
@@ -47,6 +54,7 @@ std::vector<std::uint16_t> advertiseTypes(const Row& /*row*/)
 constexpr std::array columns{
     key<&instanceId>("InstanceID"),
     column<&organization>("RegisteredOrganization"),
+    column<&otherOrganization>("OtherRegisteredOrganization"),
     column<&profileName>("RegisteredName"),
     column<&profileVersion>("RegisteredVersion"),
     column<&advertiseTypes>("AdvertiseTypes"),

@@ -16,10 +16,12 @@
     CLASS(diagnosticSetting)         \
     CLASS(concreteJob)               \
     CLASS(diagnosticResult)          \
+    CLASS(elementStatisticalData)    \
     CLASS(portImplementsEndpoint)    \
     CLASS(portIPConfiguration)       \
     CLASS(elementConformsToProfile)  \
-    CLASS(elementSettingData)
+    CLASS(elementSettingData)        \
+    CLASS(portDiagnosticSetting)
 // clang-format on
 
 namespace broker {

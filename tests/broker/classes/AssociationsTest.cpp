@@ -4,7 +4,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// The three associations of a port, all made the same way.
+// The associations of a port, all made the same way.
 class Associations : public testing::Test
 {
 protected:
@@ -67,6 +67,22 @@ TEST_F(Associations, EveryPort_hasItsSetting)
                 ElementsAre(path("Zerix_EthernetPort", 0), path("Zerix_EthernetPort", 1)));
     EXPECT_THAT(ends("Zerix_ElementSettingData", "SettingData"),
                 ElementsAre(path("Zerix_AdapterSetting", 0), path("Zerix_AdapterSetting", 1)));
+}
+
+TEST_F(Associations, EveryPort_hasItsCounters)
+{
+    EXPECT_THAT(ends("Zerix_ElementStatisticalData", "ManagedElement"),
+                ElementsAre(path("Zerix_EthernetPort", 0), path("Zerix_EthernetPort", 1)));
+    EXPECT_THAT(ends("Zerix_ElementStatisticalData", "Stats"),
+                ElementsAre(path("Zerix_EthernetPortStatistics", 0), path("Zerix_EthernetPortStatistics", 1)));
+}
+
+TEST_F(Associations, EveryPort_isDiagnosedByTheSetting)
+{
+    const std::string setting = path("Zerix_DiagnosticSetting", 0);
+    EXPECT_THAT(ends("Zerix_PortDiagnosticSetting", "ManagedElement"),
+                ElementsAre(path("Zerix_EthernetPort", 0), path("Zerix_EthernetPort", 1)));
+    EXPECT_THAT(ends("Zerix_PortDiagnosticSetting", "SettingData"), ElementsAre(setting, setting));
 }
 
 TEST_F(Associations, ReplacedAdapter_isFollowed)

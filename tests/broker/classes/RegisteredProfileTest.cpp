@@ -10,10 +10,11 @@ protected:
     RegisteredProfile() : ClassTest("Zerix_RegisteredProfile") {}
 };
 
-TEST_F(RegisteredProfile, Profile_isThatOfEthernetPorts)
+TEST_F(RegisteredProfile, Profile_isTheMakersOwn)
 {
-    EXPECT_THAT(values(), ElementsAre("InstanceID=Vexal:Profile:EthernetPort", "RegisteredOrganization=2",
-                                      "RegisteredName=Ethernet Port", "RegisteredVersion=1.0.1", "AdvertiseTypes={2}"));
+    EXPECT_THAT(values(), ElementsAre("InstanceID=Vexal:Profile:EthernetPort", "RegisteredOrganization=1",
+                                      "OtherRegisteredOrganization=Vexal", "RegisteredName=Vexal Ethernet Port",
+                                      "RegisteredVersion=1.0.0", "AdvertiseTypes={2}"));
 }
 
 }  // namespace

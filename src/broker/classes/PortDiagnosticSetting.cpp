@@ -1,0 +1,33 @@
+#include <array>
+
+#include "broker/classes/Association.h"
+#include "broker/classes/ClassNames.h"
+#include "broker/classes/ServedClasses.h"
+#include "broker/model/Workspace.h"
+
+namespace broker {
+
+namespace {
+
+// The diagnostics of every port run by the one setting.
+std::vector<Association> rows(Workspace& workspace)
+{
+    std::vector<Association> result;
+    for (const InstanceStore::Record& port : workspace.references(ETHERNET_PORT).records()) {
+        for (const InstanceStore::Record& setting : workspace.references(DIAGNOSTIC_SETTING).records()) {
+            result.push_back({port, setting});
+        }
+    }
+    return result;
+}
+
+constexpr std::array columns{key<&firstEnd>("ManagedElement"), key<&secondEnd>("SettingData")};
+
+constexpr ClassDescription<Association> definition{
+    .name = "Zerix_PortDiagnosticSetting", .columns = columns, .id = &associationId, .rows = &rows};
+
+}  // namespace
+
+const ServedClass portDiagnosticSetting = serve<definition>();
+
+}  // namespace broker
