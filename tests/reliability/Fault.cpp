@@ -252,7 +252,6 @@ const std::vector<FaultPoint>& brokerTable()
          FaultyCall<decltype(RegDeleteKeyA), accessDenied>::install},
         {"RegCloseKey", "invalid handle", UNCHANGED, 0, FaultyCall<decltype(RegCloseKey), closedButInvalid>::install},
         {"_Znwy", "std::bad_alloc", UNCHANGED | OUT_OF_MEMORY, 0, FaultyCall<PlainNew, noMemory>::install},
-        {"_ZnwyRKSt9nothrow_t", "null", UNCHANGED, 0, FaultyCall<NothrowNew, noBlock>::install},
         {"malloc", "null", UNCHANGED, 0, FaultyCall<PlainNew, noBlock>::install},
         {"calloc", "null", UNCHANGED, 0, FaultyCall<ClearedBlock, noBlock>::install},
         {"realloc", "null", UNCHANGED, 0, FaultyCall<Resize, noBlock>::install},
