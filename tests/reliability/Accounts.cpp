@@ -70,6 +70,8 @@ Addresses& addresses()
     return instance;
 }
 
+constexpr const char* NEW_NOTHROW = "_ZnwyRKSt9nothrow_t";
+
 // The program and the watched modules share one C++ run time: its functions are the program's own.
 void* countedNew(std::size_t size)
 {
@@ -99,7 +101,10 @@ void countedFree(void* block)
 
 ModuleMemory::ModuleMemory(HMODULE module)
     : m_new(std::make_unique<support::ImportHook>("_Znwy", &countedNew, module)),
-      m_newNothrow(std::make_unique<support::ImportHook>("_ZnwyRKSt9nothrow_t", &countedNewNothrow, module)),
+      // A module whose every allocation may throw has no use for this one.
+      m_newNothrow(support::importsFunction(module, NEW_NOTHROW)
+                       ? std::make_unique<support::ImportHook>(NEW_NOTHROW, &countedNewNothrow, module)
+                       : nullptr),
       // Every module deletes through the one C++ run time.
       m_free("free", &countedFree, GetModuleHandleA(support::RUN_TIME))
 {
@@ -110,7 +115,9 @@ ModuleMemory::~ModuleMemory() = default;
 
 void ModuleMemory::releaseModule()
 {
-    m_newNothrow->abandon();
+    if (m_newNothrow) {
+        m_newNothrow->abandon();
+    }
     m_new->abandon();
 }
 

@@ -203,7 +203,8 @@ const std::vector<FaultPoint>& brokerTable()
          FaultyCall<decltype(ReleaseMutex), doneButFalse<ERROR_NOT_OWNER>>::install},
         {"CloseHandle", "invalid handle", UNCHANGED, 0,
          FaultyCall<decltype(CloseHandle), doneButFalse<ERROR_INVALID_HANDLE>>::install},
-        {"CreateEventA", "null", EXCEPTION, 0, FaultyCall<decltype(CreateEventA), noHandle>::install},
+        // Without the event of a watched key the key is read anew by each request.
+        {"CreateEventA", "null", UNCHANGED | EXCEPTION, 0, FaultyCall<decltype(CreateEventA), noHandle>::install},
         {"SetEvent", "invalid handle", UNCHANGED, 0,
          FaultyCall<decltype(SetEvent), doneButFalse<ERROR_INVALID_HANDLE>>::install},
         {"CreateThread", "null", VALUE_LOST, 0, FaultyCall<decltype(CreateThread), noHandle>::install},

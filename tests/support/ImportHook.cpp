@@ -64,6 +64,11 @@ ImportHook::ImportHook(const char* function, void* replacement, HMODULE module, 
     }
 }
 
+bool importsFunction(HMODULE module, const char* function)
+{
+    return !findSlots(module, nullptr, function).empty();
+}
+
 ImportHook::~ImportHook()
 {
     for (const Entry& entry : m_entries) {

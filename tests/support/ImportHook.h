@@ -58,4 +58,7 @@ private:
     std::vector<Entry> m_entries;
 };
 
+// Whether the module imports the function by that name, from any DLL.
+bool importsFunction(HMODULE module, const char* function);
+
 }  // namespace support
