@@ -75,7 +75,7 @@ public:
     // Stores the fields, named, under the key: all of them or, when it throws, none. Throws utils::EInvalidParameter
     // for a text with a zero in it, utils::EForbidden when the platform denies access and utils::EFailed when it fails
     // otherwise.
-    void write(const std::string& key, const std::vector<std::pair<std::string, std::string>>& fields);
+    void write(const std::string& key, const std::vector<std::pair<std::string, std::string>>& changes);
 
     // The named fields go back to their defaults, or all when no names are given. Throws as write() does.
     void restoreDefaults(const std::string& key, const std::vector<std::string>& names);

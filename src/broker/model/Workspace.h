@@ -48,7 +48,7 @@ public:
     // The record that the path names, up to date; null when there is none.
     const InstanceStore::Record* find(const core::CimPath& path);
 
-    core::CimInstance* resolve(const std::string& path) override;
+    core::CimInstance* resolve(const std::string& text) override;
 
     const Sources& sources() const noexcept { return m_sources; }
 
