@@ -32,7 +32,7 @@ TEST_F(CommandLineTest, AnExceptionOfTheProviderIsShown)
               "wmihost list Fake_Thing: failed\n"
               "  WBEM_E_PROVIDER_FAILURE (0x80041004): the provider failed after its start\n"
               "  Reason: the provider threw: lost\n"
-              "  Try: the provider's log at level 3 (VEXAL_DRAVEv2_LOG_LEVEL) says where\n");
+              "  Try: the provider's log at level 2 (VEXAL_DRAVEv2_LOG_LEVEL) says where\n");
 }
 
 TEST_F(CommandLineTest, AClassWhoseProviderIsNotRegisteredIsRefused)
