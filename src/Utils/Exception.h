@@ -64,14 +64,14 @@ public:
     explicit ESyntaxError(const std::string& message);
 };
 
-// Raised by the broker: the instance does not exist. Adds no name of its own to the text.
+// Raised by the broker: the instance does not exist. Adds no prefix to the text.
 class ENotFound : public Exception
 {
 public:
     explicit ENotFound(const std::string& message);
 };
 
-// Raised by the broker: a change could not be carried out. Adds no name of its own to the text.
+// Raised by the broker: a change could not be carried out. Adds no prefix to the text.
 class EFailed : public Exception
 {
 public:

@@ -14,7 +14,7 @@ namespace wa {
 struct Outcome
 {
     HRESULT status;
-    // The exception that is to leave the request, with a reference of its own; null when there is none.
+    // The exception that is to leave the request; owns one reference. Null when nothing escapes.
     void* escaping;
 };
 
