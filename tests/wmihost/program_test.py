@@ -309,7 +309,7 @@ delete     FAILED   there is no job to delete
     def test_wrong_usage_has_exit_code_2(self):
         self.expect(["lst"], 2, "", """\
 wmihost: there is no command 'lst'; did you mean list?
-  Commands: classes, describe, list, get, set, delete, invoke, watch, metrics, self-test
+  Commands: classes, describe, list, get, query, related, set, delete, invoke, watch, metrics, self-test
   wmihost --help explains them
 """)
         self.expect(["delete"], 2, "", """\

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "wmihost/commands/Commands.h"
+#include "wmihost/commands/Output.h"
 #include "wmihost/mof/MofText.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
@@ -303,9 +303,8 @@ void describeMarkdown(const ClassTarget& target)
 
 }  // namespace
 
-int runClasses(const Connection& connection, const CommandOptions& options)
+void writeClassList(const std::vector<ClassTarget>& classes, const CommandOptions& options)
 {
-    const auto classes = connection.classes(options.nameSpace);
     if (options.format == Format::json) {
         Json list = Json::array();
         for (const ClassTarget& target : classes) {
@@ -314,13 +313,13 @@ int runClasses(const Connection& connection, const CommandOptions& options)
                             {"description", description(target.definition->qualifiers)}});
         }
         writeOut(list.dump(2) + "\n");
-        return 0;
+        return;
     }
     if (options.format == Format::mof) {
         for (const ClassTarget& target : classes) {
             writeOut(toUtf8(classText(*target.definition, true)) + "\n");
         }
-        return 0;
+        return;
     }
     Table table({{"Class"}, {"Namespace"}, {.heading = "Description", .wraps = true}});
     for (const ClassTarget& target : classes) {
@@ -328,6 +327,11 @@ int runClasses(const Connection& connection, const CommandOptions& options)
             {toUtf8(target.definition->name), toUtf8(target.nameSpace), description(target.definition->qualifiers)});
     }
     writeOut(table.render(lineWidth()));
+}
+
+int runClasses(const Connection& connection, const CommandOptions& options)
+{
+    writeClassList(connection.classes(options.nameSpace), options);
     return 0;
 }
 

@@ -99,6 +99,8 @@ public:
             return usage(error.what());
         } catch (const PathError& error) {
             return usage(error.what());
+        } catch (const wql::QueryError& error) {
+            return usage(error.what());
         } catch (const MofError& error) {
             writeError(asked + ": the MOF cannot be read\n  " + error.what() +
                        "\n  Try: --mof FILE names another MOF; the product's own, ZerixDRAVEv2.mof, lies beside the "
@@ -212,7 +214,9 @@ private:
         for (const std::string& name : m_properties) {
             result.properties.push_back(toWide(name));
         }
-        result.conditions = assignmentsOf(m_conditions);
+        for (const std::string& condition : m_conditions) {
+            result.conditions.push_back(wql::parseCondition(condition));
+        }
         return result;
     }
 
@@ -276,8 +280,10 @@ private:
 
     void addConditions(CLI::App* sub)
     {
-        sub->add_option("--where", m_conditions, "only instances whose property has this value, or the word for it")
-            ->type_name("NAME=VALUE");
+        sub->add_option("--where", m_conditions,
+                        "only instances that meet this condition of WQL: \"State=Enabled AND Name LIKE 'eth%'\"")
+            ->type_name("CONDITION")
+            ->allow_extra_args(false);
     }
 
     void addLoad(CLI::App* sub)
@@ -293,6 +299,32 @@ private:
     void addPath(CLI::App* sub)
     {
         sub->add_option("path", m_path, "the instance: Class.Key=\"value\",Other=7")->type_name("")->required();
+    }
+
+    void addQueries()
+    {
+        CLI::App* query =
+            command("query", "Answers a query in WQL",
+                    R"(query "SELECT Name, Speed FROM Zerix_EthernetPort WHERE EnabledState = 2 AND Name LIKE 'eth%'")",
+                    [this](Connection& c, const CommandOptions& o) { return runQuery(c, m_query, m_local, o); });
+        query->add_option("query", m_query, "SELECT ..., ASSOCIATORS OF ... or REFERENCES OF ...")
+            ->type_name("")
+            ->required();
+        CLI::App* related = command(
+            "related", "Shows what is associated with an instance",
+            R"(related "Zerix_EthernetPort.DeviceID='...',..." --where "ResultClass=Zerix_IPProtocolEndpoint")",
+            [this](Connection& c, const CommandOptions& o) { return runRelated(c, m_path, m_related, m_local, o); });
+        addPath(related);
+        related->add_flag("--references", m_related.references, "show the associations, not what they lead to");
+        related
+            ->add_option("--where", m_related.where,
+                         "keywords as behind WHERE of ASSOCIATORS OF: AssocClass=, ResultClass=, Role=, ClassDefsOnly")
+            ->type_name("KEYWORDS");
+        for (CLI::App* sub : {query, related}) {
+            sub->add_flag("--local", m_local, "with --service: read the classes through WMI, and find the answer here");
+            addFormat(sub);
+            addImpersonation(sub);
+        }
     }
 
     void addMetrics()
@@ -345,6 +377,8 @@ private:
         addProperties(get);
         addImpersonation(get);
         addLoad(get);
+
+        addQueries();
 
         CLI::App* set = command("set", "Changes properties of an instance, and shows it",
                                 "set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null",
@@ -415,6 +449,9 @@ private:
     std::string m_class;
     std::string m_path;
     std::string m_method;
+    std::string m_query;
+    RelatedOptions m_related;
+    bool m_local = false;
     std::vector<std::string> m_assignments;
     std::vector<std::string> m_properties;
     std::vector<std::string> m_conditions;

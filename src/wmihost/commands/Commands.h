@@ -8,6 +8,7 @@
 #include "wmihost/com/CallContext.h"
 #include "wmihost/com/RequestError.h"
 #include "wmihost/session/Connection.h"
+#include "wmihost/wql/Query.h"
 
 namespace wmihost {
 
@@ -35,8 +36,8 @@ struct CommandOptions
     std::wstring nameSpace;  // empty: wherever the class is
     Format format = Format::table;
     Impersonation impersonation = Impersonation::impersonate;
-    std::vector<std::wstring> properties;  // empty: the command chooses
-    std::vector<Assignment> conditions;
+    std::vector<std::wstring> properties;    // empty: the command chooses
+    std::vector<wql::Condition> conditions;  // an instance is shown if all of them hold
     unsigned threads = 1;
     unsigned repeat = 1;
     unsigned count = 0;  // samples of `watch`, readings of `metrics`; 0: until it is interrupted
@@ -46,8 +47,15 @@ struct CommandOptions
     bool wait = false;
 };
 
+// What `related` takes besides.
+struct RelatedOptions
+{
+    bool references = false;  // show the associations, not what they lead to
+    std::string where;        // keywords of the query's WHERE; empty: none
+};
+
 // Each command writes its result to standard output and returns the exit code: 0 for success, 1 if what was
-// asked for did not come out well. They throw RequestError, PathError and UsageError.
+// asked for did not come out well. They throw RequestError, PathError, UsageError and wql::QueryError.
 int runClasses(const Connection& connection, const CommandOptions& options);
 // All classes if `className` is empty.
 int runDescribe(const Connection& connection, const std::wstring& className, const CommandOptions& options);
@@ -59,6 +67,11 @@ int runSet(Connection& connection, const std::wstring& path, const std::vector<A
 int runDelete(Connection& connection, const std::wstring& path, const CommandOptions& options);
 int runInvoke(Connection& connection, const std::wstring& path, const std::wstring& method,
               const std::vector<Assignment>& arguments, const CommandOptions& options);
+// Answers a query in WQL: the machine's WMI does if the connection leads there and `local` is false, else this program.
+int runQuery(Connection& connection, const std::string& text, bool local, const CommandOptions& options);
+// The short form of ASSOCIATORS OF and REFERENCES OF.
+int runRelated(Connection& connection, const std::string& path, const RelatedOptions& related, bool local,
+               const CommandOptions& options);
 int runMetrics(Connection& connection, const CommandOptions& options);
 int runWatch(Connection& connection, const std::wstring& className, const CommandOptions& options);
 int runSelfTest(Connection& connection, const CommandOptions& options);

@@ -11,6 +11,7 @@
 #include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Table.h"
 #include "wmihost/terminal/Text.h"
+#include "wmihost/wql/Condition.h"
 
 namespace wmihost {
 namespace {
@@ -90,7 +91,9 @@ void writeTable(const Objects& objects, const ClassDefinition& definition, const
     }
 }
 
-Json toJson(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options)
+}  // namespace
+
+Json objectJson(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options)
 {
     Json json;
     json["__CLASS"] = toUtf8(textOf(object, L"__CLASS"));
@@ -102,8 +105,6 @@ Json toJson(IWbemClassObject& object, const ClassDefinition& definition, const C
     }
     return json;
 }
-
-}  // namespace
 
 std::vector<const Property*> shownProperties(const ClassDefinition& definition, const CommandOptions& options)
 {
@@ -122,8 +123,8 @@ std::vector<const Property*> shownProperties(const ClassDefinition& definition, 
 void checkNames(const ClassDefinition& definition, const CommandOptions& options)
 {
     shownProperties(definition, options);
-    for (const Assignment& condition : options.conditions) {
-        propertyOf(definition, condition.first);
+    for (const wql::Condition& condition : options.conditions) {
+        wql::checkCondition(condition, definition);
     }
 }
 
@@ -150,7 +151,7 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
         case Format::json: {
             Json list = Json::array();
             for (const auto& object : objects) {
-                list.push_back(toJson(*object.get(), definition, options));
+                list.push_back(objectJson(*object.get(), definition, options));
             }
             writeOut(list.dump(2) + "\n");
             break;
@@ -168,7 +169,7 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
 void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options)
 {
     if (options.format == Format::json) {
-        writeOut(toJson(object, definition, options).dump(2) + "\n");
+        writeOut(objectJson(object, definition, options).dump(2) + "\n");
         return;
     }
     if (options.format == Format::mof) {

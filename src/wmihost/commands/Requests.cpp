@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
@@ -9,6 +10,7 @@
 #include "wmihost/terminal/Display.h"
 #include "wmihost/terminal/Suggestion.h"
 #include "wmihost/terminal/Text.h"
+#include "wmihost/wql/Condition.h"
 
 namespace wmihost {
 namespace {
@@ -43,6 +45,13 @@ void check(const RequestResult& result)
     }
 }
 
+Objects enumerate(Connection& connection, const ClassTarget& target, const RequestOptions& options)
+{
+    RequestResult result = connection.sessionFor(target).enumerate(target.definition->name, options);
+    check(result);
+    return std::move(result.objects);
+}
+
 void checkCall(HRESULT result, const std::string& what)
 {
     if (FAILED(result)) {
@@ -66,9 +75,35 @@ Objects enumerateInstances(Connection& connection, const ClassTarget& target, co
     if (errorIsTerminal()) {
         request.onProgress = reportProgress;
     }
-    RequestResult result = connection.sessionFor(target).enumerate(target.definition->name, request);
-    check(result);
-    return std::move(result.objects);
+    const std::vector<ClassTarget> derived = connection.derivedClasses(target);
+    Objects objects;
+    // A class without a provider is asked for only where nobody else could answer, and fails.
+    if (derived.empty() || connection.hasProvider(target)) {
+        objects = enumerate(connection, target, request);
+    }
+    for (const ClassTarget& other : derived) {
+        Objects more = enumerate(connection, other, request);
+        std::move(more.begin(), more.end(), std::back_inserter(objects));
+    }
+    return objects;
+}
+
+Objects enumerateExactly(Connection& connection, const ClassTarget& target, const CommandOptions& options)
+{
+    RequestOptions request = requestOptions(options);
+    request.withDerived = false;
+    return enumerate(connection, target, request);
+}
+
+std::optional<Objects> queryService(Connection& connection, const std::wstring& nameSpace, const std::string& text,
+                                    const CommandOptions& options)
+{
+    std::optional<RequestResult> result = connection.query(nameSpace, toWide(text), requestOptions(options));
+    if (!result) {
+        return std::nullopt;
+    }
+    check(*result);
+    return std::move(result->objects);
 }
 
 ComPtr<IWbemClassObject> getInstance(Connection& connection, const InstanceTarget& instance,
@@ -133,7 +168,9 @@ void assign(IWbemClassObject& object, const ClassDefinition& definition, const A
 
 const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name)
 {
-    static const std::array systemTexts{systemText(L"__PATH"), systemText(L"__RELPATH"), systemText(L"__CLASS")};
+    static const std::array systemTexts{
+        systemText(L"__PATH"),   systemText(L"__RELPATH"),   systemText(L"__CLASS"),     systemText(L"__DYNASTY"),
+        systemText(L"__SERVER"), systemText(L"__NAMESPACE"), systemText(L"__SUPERCLASS")};
     const auto* system = std::find_if(systemTexts.begin(), systemTexts.end(),
                                       [name](const Property& p) { return sameName(p.name, name); });
     const Property* property = system == systemTexts.end() ? definition.findProperty(name) : system;
@@ -147,15 +184,10 @@ const Property& propertyOf(const ClassDefinition& definition, std::wstring_view 
 
 void applyConditions(Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
 {
-    for (const Assignment& condition : options.conditions) {
-        const Property& property = propertyOf(definition, condition.first);
-        const auto differs = [&](const ComPtr<IWbemClassObject>& object) {
-            const Variant value = valueOf(*object.get(), property.name);
-            const std::wstring shown = toWide(displayText(property, value.get()));
-            return !sameName(shown, condition.second) &&
-                   (value.isArray() || !sameName(scalarText(value.get(), property.type), condition.second));
-        };
-        std::erase_if(objects, differs);
+    for (const wql::Condition& condition : options.conditions) {
+        std::erase_if(objects, [&](const ComPtr<IWbemClassObject>& object) {
+            return !wql::holds(condition, definition, *object.get()).value_or(false);
+        });
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "wmihost/commands/Commands.h"
@@ -10,8 +11,14 @@ using Objects = std::vector<ComPtr<IWbemClassObject>>;
 
 // The requests of the commands. They throw RequestError for every status that is no success.
 
-// Shows the provider's progress reports on standard error if that is a terminal.
+// The instances of the class and of those derived from it. Shows the provider's progress reports on standard error if
+// that is a terminal.
 Objects enumerateInstances(Connection& connection, const ClassTarget& target, const CommandOptions& options);
+// The instances of exactly that class.
+Objects enumerateExactly(Connection& connection, const ClassTarget& target, const CommandOptions& options);
+// What the machine's WMI answers to a query; nothing where the provider in this process is asked.
+std::optional<Objects> queryService(Connection& connection, const std::wstring& nameSpace, const std::string& text,
+                                    const CommandOptions& options);
 ComPtr<IWbemClassObject> getInstance(Connection& connection, const InstanceTarget& instance,
                                      const CommandOptions& options);
 void putInstance(Connection& connection, const ClassTarget& target, IWbemClassObject* object,
@@ -25,12 +32,11 @@ ComPtr<IWbemClassObject> invokeMethod(Connection& connection, const InstanceTarg
 // UsageError for a text that does not fit, RequestError for a property that does not exist.
 void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment);
 
-// The property of that name, or one of the system properties __PATH, __RELPATH and __CLASS. Throws RequestError with
+// The property of that name, or one of the system properties that are texts. Throws RequestError with
 // WBEM_E_INVALID_PROPERTY.
 const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name);
 
-// Keeps the objects whose properties have the values that the options' conditions ask for, in the provider's
-// spelling or in words, without case.
+// Keeps the objects for which all conditions of the options hold. The conditions have been checked.
 void applyConditions(Objects& objects, const ClassDefinition& definition, const CommandOptions& options);
 
 }  // namespace wmihost

@@ -129,6 +129,21 @@ InstanceTarget Connection::findMethodTarget(std::wstring_view path, std::wstring
     return find(ObjectPath::parse(path), nameSpace);
 }
 
+std::vector<ClassTarget> Connection::derivedClasses(const ClassTarget&) const
+{
+    return {};
+}
+
+bool Connection::hasProvider(const ClassTarget&) const
+{
+    return true;
+}
+
+std::optional<RequestResult> Connection::query(const std::wstring&, std::wstring_view, const RequestOptions&)
+{
+    return std::nullopt;
+}
+
 std::wstring Connection::requestPath(const std::wstring& prefix, const std::wstring& relative) const
 {
     return prefix + relative;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,6 +48,18 @@ public:
 
     // Who answers requests about that class. Lives as long as the connection. Throws RequestError.
     virtual const Session& sessionFor(const ClassTarget& target) = 0;
+
+    // The classes derived from that one whose instances are asked for class by class. Empty where a request for the
+    // class brings them.
+    virtual std::vector<ClassTarget> derivedClasses(const ClassTarget& target) const;
+
+    // Whether there is somebody to ask for instances of exactly that class.
+    virtual bool hasProvider(const ClassTarget& target) const;
+
+    // What the query in WQL brings from the namespace. Nothing where nobody answers queries: then the client evaluates
+    // them itself. Throws RequestError if the namespace cannot be opened.
+    virtual std::optional<RequestResult> query(const std::wstring& nameSpace, std::wstring_view text,
+                                               const RequestOptions& options);
 
     // An object for the arguments of a method. Null where the method is called without one. Throws RequestError.
     virtual ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method) = 0;

@@ -121,6 +121,12 @@ const ServiceSession& ServiceConnection::sessionFor(const ClassTarget& target)
     return open(target.nameSpace);
 }
 
+std::optional<RequestResult> ServiceConnection::query(const std::wstring& nameSpace, std::wstring_view text,
+                                                      const RequestOptions& options)
+{
+    return open(nameSpace).query(text, options);
+}
+
 ComPtr<IWbemClassObject> ServiceConnection::makeArguments(const ClassTarget& target, const Method& method)
 {
     if (!method.in) {

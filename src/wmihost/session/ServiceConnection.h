@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -23,6 +24,8 @@ public:
     // Throws RequestError, also where the service lists no classes.
     std::vector<ClassTarget> classes(std::wstring_view nameSpace) const override;
     const ServiceSession& sessionFor(const ClassTarget& target) override;
+    std::optional<RequestResult> query(const std::wstring& nameSpace, std::wstring_view text,
+                                       const RequestOptions& options) override;
     // An object that the service made: it takes no others.
     ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method) override;
 

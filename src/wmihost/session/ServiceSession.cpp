@@ -20,6 +20,8 @@ constexpr std::chrono::milliseconds patience = std::chrono::minutes(10);
 constexpr LONG withoutLimit = static_cast<LONG>(WBEM_INFINITE);
 // Classes at any distance from the one that is named.
 constexpr LONG allLevels = WBEM_FLAG_DEEP;
+// The class that is named and no other.
+constexpr LONG thisClass = WBEM_FLAG_SHALLOW;
 // The first flag lets the service forget a row that was read.
 constexpr LONG asRowsCome = WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY;
 
@@ -160,14 +162,15 @@ RequestResult ServiceSession::enumerateWith(const RequestOptions& options, const
 RequestResult ServiceSession::enumerate(std::wstring_view className, const RequestOptions& options) const
 {
     const Bstr name(className);
+    const LONG levels = options.withDerived ? allLevels : thisClass;
     const LONG reports = options.onProgress ? WBEM_FLAG_SEND_STATUS : 0;
     return enumerateWith(
         options,
         [&](IWbemObjectSink* sink) {
-            return m_services->CreateInstanceEnumAsync(name.get(), allLevels | reports, nullptr, sink);
+            return m_services->CreateInstanceEnumAsync(name.get(), levels | reports, nullptr, sink);
         },
         [&](IEnumWbemClassObject** rows) {
-            return m_services->CreateInstanceEnum(name.get(), allLevels | asRowsCome, nullptr, rows);
+            return m_services->CreateInstanceEnum(name.get(), levels | asRowsCome, nullptr, rows);
         });
 }
 

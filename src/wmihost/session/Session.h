@@ -15,6 +15,9 @@ namespace wmihost {
 struct RequestOptions
 {
     Impersonation impersonation = Impersonation::impersonate;
+    // Of an enumeration: instances of derived classes come too, where the session has a say in that. A provider is
+    // asked class by class.
+    bool withDerived = true;
     std::function<void(Progress)> onProgress;  // may be empty
 };
 

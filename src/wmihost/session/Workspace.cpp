@@ -95,6 +95,24 @@ const ProviderSession& Workspace::sessionFor(const ClassTarget& target)
     return *session;
 }
 
+std::vector<ClassTarget> Workspace::derivedClasses(const ClassTarget& target) const
+{
+    std::vector<ClassTarget> result;
+    for (ClassTarget& candidate : classes(target.nameSpace)) {
+        if (candidate.definition != target.definition && candidate.definition->inheritsFrom(target.definition->name) &&
+            hasProvider(candidate))
+        {
+            result.push_back(std::move(candidate));
+        }
+    }
+    return result;
+}
+
+bool Workspace::hasProvider(const ClassTarget& target) const
+{
+    return !qualifierText(target.definition->qualifiers, L"provider").empty();
+}
+
 // A method without inputs takes an empty instance of __PARAMETERS.
 ComPtr<IWbemClassObject> Workspace::makeArguments(const ClassTarget& target, const Method& method)
 {

@@ -28,6 +28,8 @@ public:
     std::vector<ClassTarget> classes(std::wstring_view nameSpace) const override;
     // Throws RequestError if the provider is not registered or does not start.
     const ProviderSession& sessionFor(const ClassTarget& target) override;
+    std::vector<ClassTarget> derivedClasses(const ClassTarget& target) const override;
+    bool hasProvider(const ClassTarget& target) const override;
     ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method) override;
 
 private:

@@ -53,6 +53,10 @@ const std::map<std::string, std::string>& examples()
         {"wmihost describe", "wmihost describe Zerix_ConcreteJob"},
         {"wmihost list", "wmihost list Zerix_EthernetPort --where EnabledState=Enabled"},
         {"wmihost get", "wmihost get 'Zerix_SoftwareIdentity.InstanceID=\"...\"' --format json"},
+        {"wmihost query",
+         "wmihost query \"SELECT Name, Speed FROM Zerix_EthernetPort WHERE EnabledState = 2 AND Name LIKE 'eth%'\""},
+        {"wmihost related",
+         "wmihost related \"Zerix_EthernetPort.DeviceID='...',...\" --where \"ResultClass=Zerix_IPProtocolEndpoint\""},
         {"wmihost set", "wmihost set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null"},
         {"wmihost delete", "wmihost delete 'Zerix_ConcreteJob.InstanceID=\"...\"'"},
         {"wmihost invoke",
@@ -84,11 +88,11 @@ TEST_P(WrongUsages, AreExplainedWithAnExample)
 {
     const std::string reason = GetParam().reason;
     const std::string command = reason.substr(0, reason.find(':'));
-    const std::string help =
-        command == "wmihost"
-            ? "  Commands: classes, describe, list, get, set, delete, invoke, watch, metrics, self-test\n"
-              "  wmihost --help explains them\n"
-            : "  Example: " + examples().at(command) + "\n  " + command + " --help shows all that it takes\n";
+    const std::string help = command == "wmihost" ? "  Commands: classes, describe, list, get, query, related, set, "
+                                                    "delete, invoke, watch, metrics, self-test\n"
+                                                    "  wmihost --help explains them\n"
+                                                  : "  Example: " + examples().at(command) + "\n  " + command +
+                                                        " --help shows all that it takes\n";
     EXPECT_EQ(run(GetParam().arguments), 2);
     EXPECT_EQ(error, reason + "\n" + help);
     EXPECT_EQ(out, "");
@@ -160,7 +164,26 @@ INSTANTIATE_TEST_SUITE_P(
                    "wmihost watch: the class Fake_Orphan has no counters to watch among the properties"},
         WrongUsage{"ConditionWithoutValue",
                    {"list", "Fake_Thing", "--where", "Name"},
-                   "wmihost list: 'Name' is not of the form NAME=VALUE"},
+                   "wmihost list: at character 5: expected one of = != <> < <= > >= LIKE IS ISA behind the property\n"
+                   "  Name\n"
+                   "      ^"},
+        WrongUsage{"ConditionThatDoesNotFit",
+                   {"list", "Fake_Thing", "--where", "Count=many"},
+                   "wmihost list: at character 7: Count is a number; 'many' is not\n"
+                   "  Count=many\n"
+                   "        ^"},
+        WrongUsage{"TwoConditionsForOneOption",
+                   {"list", "Fake_Thing", "--where", "Count=1", "Name=x"},
+                   "wmihost list: one argument too many: 'Name=x'"},
+        WrongUsage{"NoQuery", {"query"}, "wmihost query: query is required"},
+        WrongUsage{"BrokenQuery",
+                   {"query", "SELECT * FORM Fake_Thing"},
+                   "wmihost query: at character 10: expected a comma or FROM\n"
+                   "  SELECT * FORM Fake_Thing\n"
+                   "           ^"},
+        WrongUsage{"PropertiesOfMetaClass",
+                   {"query", "SELECT Name FROM meta_class"},
+                   "wmihost query: meta_class takes SELECT * alone: the answer consists of whole classes"},
         WrongUsage{"AssignmentWithoutValue",
                    {"set", "Fake_Thing=\"one\"", "Count"},
                    "wmihost set: 'Count' is not of the form NAME=VALUE"},
@@ -296,6 +319,8 @@ TEST_F(CommandLineTest, TheHelpNamesEveryCommandWithAnExample)
               "  describe                    Shows the properties and methods of a class, or of all\n"
               "  list                        Lists the instances of a class\n"
               "  get                         Shows an instance\n"
+              "  query                       Answers a query in WQL\n"
+              "  related                     Shows what is associated with an instance\n"
               "  set                         Changes properties of an instance, and shows it\n"
               "  delete                      Deletes an instance\n"
               "  invoke                      Runs a method of an instance\n"
@@ -310,6 +335,10 @@ TEST_F(CommandLineTest, TheHelpNamesEveryCommandWithAnExample)
               "  wmihost describe Zerix_ConcreteJob\n"
               "  wmihost list Zerix_EthernetPort --where EnabledState=Enabled\n"
               "  wmihost get 'Zerix_SoftwareIdentity.InstanceID=\"...\"' --format json\n"
+              "  wmihost query \"SELECT Name, Speed FROM Zerix_EthernetPort WHERE EnabledState = 2 AND Name LIKE "
+              "'eth%'\"\n"
+              "  wmihost related \"Zerix_EthernetPort.DeviceID='...',...\" --where "
+              "\"ResultClass=Zerix_IPProtocolEndpoint\"\n"
               "  wmihost set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null\n"
               "  wmihost delete 'Zerix_ConcreteJob.InstanceID=\"...\"'\n"
               "  wmihost invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait\n"
@@ -335,7 +364,8 @@ TEST_F(CommandLineTest, TheHelpOfACommandShowsWhatItTakes)
               "  --count N:1 to 1000000      show so many tables, then end\n"
               "  --interval N:10 to 3600000  milliseconds from one table to the next\n"
               "  --property A,B ...          show these properties\n"
-              "  --where NAME=VALUE ...      only instances whose property has this value, or the word for it\n"
+              "  --where CONDITION ...       only instances that meet this condition of WQL: \"State=Enabled AND Name "
+              "LIKE 'eth%'\"\n"
               "  --impersonation none|anonymous|identify|impersonate|delegate\n"
               "                              how far the provider may act as the client; none: without a token\n"
               "\n"

@@ -53,24 +53,51 @@ TEST_F(RequestsTest, ASuccessCodeIsNoFailure)
     EXPECT_EQ(enumerateInstances(workspace, thing, options).size(), 1U);
 }
 
-TEST_F(RequestsTest, ConditionsMatchValuesAndWordsWithoutCase)
+TEST_F(RequestsTest, Conditions_allHaveToHold)
 {
-    const auto left = [this](const wchar_t* name, const wchar_t* value) {
+    const auto left = [this](const std::vector<const char*>& conditions) {
         CommandOptions chosen;
-        chosen.conditions = {{name, value}};
+        for (const char* condition : conditions) {
+            chosen.conditions.push_back(wql::parseCondition(condition));
+        }
         Objects objects = enumerateInstances(workspace, thing, options);
         applyConditions(objects, *thing.definition, chosen);
         return objects.size();
     };
-    EXPECT_EQ(left(L"name", L"ONE"), 1U);
-    EXPECT_EQ(left(L"State", L"3"), 1U);
-    EXPECT_EQ(left(L"State", L"disabled"), 1U);
-    EXPECT_EQ(left(L"Count", L"3"), 2U);
-    EXPECT_EQ(left(L"Bytes", L""), 2U);
-    EXPECT_EQ(left(L"__RELPATH", L"Fake_Thing.Name=\"two\""), 1U);
-    EXPECT_EQ(left(L"Name", L"three"), 0U);
-    EXPECT_EQ(failureOf([&] { left(L"Colour", L"red"); }), "the class Fake_Thing has no property Colour");
-    EXPECT_EQ(status, code(WBEM_E_INVALID_PROPERTY));
+    EXPECT_EQ(left({}), 2U);
+    EXPECT_EQ(left({"name=ONE"}), 1U);
+    EXPECT_EQ(left({"State=disabled"}), 1U);
+    EXPECT_EQ(left({"Count=3"}), 2U);
+    EXPECT_EQ(left({"Count=3", "State=2"}), 1U);
+    EXPECT_EQ(left({"Bytes IS NULL"}), 2U);
+    EXPECT_EQ(left({"Bytes=1"}), 0U);
+    EXPECT_EQ(left({"__RELPATH=Fake_Thing.Name=\"two\""}), 1U);
+}
+
+TEST_F(RequestsTest, Enumeration_bringsTheDerivedClassesToo)
+{
+    addToMof(R"(
+[dynamic, provider("FakeProvider")] class Fake_Derived : Fake_Thing {};
+[dynamic, provider("FakeProvider")] class Fake_Leaf : Fake_Orphan {};
+class Fake_Abstract : Fake_Thing {};
+)");
+    Workspace larger(mof);
+    std::vector<std::wstring> asked;
+    behaviour.enumerate = [&](IWbemServices&, std::wstring_view name, IWbemContext*, IWbemObjectSink* sink) {
+        asked.emplace_back(name);
+        return finish(sink);
+    };
+    enumerateInstances(larger, larger.findClass(L"Fake_Thing", L""), options);
+    EXPECT_EQ(asked, (std::vector<std::wstring>{L"Fake_Thing", L"Fake_Derived"}));
+    asked.clear();
+    enumerateInstances(larger, larger.findClass(L"Fake_Orphan", L""), options);
+    EXPECT_EQ(asked, (std::vector<std::wstring>{L"Fake_Leaf"}));
+    asked.clear();
+    enumerateExactly(larger, larger.findClass(L"Fake_Thing", L""), options);
+    EXPECT_EQ(asked, (std::vector<std::wstring>{L"Fake_Thing"}));
+    const ClassTarget alone = larger.findClass(L"Fake_Abstract", L"");
+    EXPECT_EQ(failureOf([&] { enumerateInstances(larger, alone, options); }),
+              "the class Fake_Abstract names no provider");
 }
 
 TEST_F(RequestsTest, AnAssignmentReadsTheTextByTheTypeOfTheProperty)

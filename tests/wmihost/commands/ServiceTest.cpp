@@ -35,6 +35,7 @@ protected:
         for (const InstanceData* instance : repository.findNamespace(L"root\\cimv2")->instancesOf(L"Test_Thing")) {
             service.instances.push_back(ClassObject::ofInstance(*instance));
         }
+        service.execQuery = [this](std::wstring_view) { return service.instances; };
         service.execMethod = [](std::wstring_view path, std::wstring_view method, IWbemClassObject* in,
                                 IWbemClassObject* outputs) {
             put(ComPtr<IWbemClassObject>(outputs), L"ReturnValue", Variant::ofLong(0));
@@ -173,6 +174,39 @@ TEST_F(ServiceTest, Invoke_ofAClass_needsAStaticMethod)
     EXPECT_FALSE(called("ExecMethodAsync Turn"));
 }
 
+TEST_F(ServiceTest, Query_isAnsweredByTheService)
+{
+    const std::string query = "SELECT Name FROM Test_Thing WHERE Count = 3";
+    EXPECT_EQ(runService({"query", query}), 0) << error;
+    EXPECT_EQ(out, "Name\n----\none\ntwo\n");
+    EXPECT_TRUE(called("ExecQueryAsync " + query));
+    EXPECT_EQ(runService({"query", query, "--local"}), 0) << error;
+    EXPECT_EQ(out, "Name\n----\none\n");
+    EXPECT_FALSE(called("ExecQueryAsync " + query));
+    EXPECT_TRUE(called("CreateInstanceEnumAsync Test_Thing"));
+}
+
+TEST_F(ServiceTest, Query_thatTheServiceRefuses_saysWhatDoesNotFit)
+{
+    service.failing = {"ExecQueryAsync"};
+    service.failure = code(WBEM_E_INVALID_QUERY);
+    EXPECT_EQ(runService({"query", "SELECT Name FROM Test_Thing WHERE Count = 'many'"}), 2);
+    EXPECT_NE(error.find("at character 43: Count is a number; 'many' is not\n"), std::string::npos) << error;
+    EXPECT_EQ(runService({"query", "SELECT Name FROM Test_Thing WHERE Count = 3"}), 1);
+    EXPECT_NE(error.find("WBEM_E_INVALID_QUERY"), std::string::npos) << error;
+}
+
+TEST_F(ServiceTest, Related_sendsWmisOwnFormOfThePath)
+{
+    EXPECT_EQ(runService({"related", "//./root/cimv2:Test_Thing='one'", "--where", "ResultClass=Test_Thing"}), 0)
+        << error;
+    EXPECT_TRUE(
+        called("ExecQueryAsync ASSOCIATORS OF {\\\\.\\root\\cimv2:Test_Thing.Name=\"one\"} WHERE "
+               "ResultClass=Test_Thing"));
+    EXPECT_EQ(runService({"related", "Test_Thing='one'", "--references"}), 0) << error;
+    EXPECT_TRUE(called("ExecQueryAsync REFERENCES OF {Test_Thing.Name=\"one\"}"));
+}
+
 TEST_F(ServiceTest, Watch_readsTheCountersOfTheService)
 {
     EXPECT_EQ(runService({"watch", "Test_Thing", "--count", "1", "--interval", "10"}), 0) << error;
@@ -275,6 +309,7 @@ TEST_P(RefusedCalls, FallBackOrFail)
 INSTANTIATE_TEST_SUITE_P(Table, RefusedCalls,
                          testing::Values(RefusedCall{"GetObject", {"get", "Test_Thing='one'"}},
                                          RefusedCall{"CreateInstanceEnum", {"list", "Test_Thing"}},
+                                         RefusedCall{"ExecQuery", {"query", "SELECT * FROM Test_Thing"}},
                                          RefusedCall{"CreateClassEnum", {"classes", "--namespace", "root\\cimv2"}},
                                          RefusedCall{"PutInstance", {"set", "Test_Thing='one'", "Count=1"}},
                                          RefusedCall{"DeleteInstance", {"delete", "Test_Thing='one'"}},

@@ -1,0 +1,229 @@
+#include <algorithm>
+#include <utility>
+
+#include "wmihost/com/ClassObject.h"
+#include "wmihost/com/Guard.h"
+#include "wmihost/com/ObjectReader.h"
+#include "wmihost/commands/Output.h"
+#include "wmihost/commands/Related.h"
+#include "wmihost/repository/ObjectPath.h"
+#include "wmihost/session/ClassReader.h"
+#include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Text.h"
+#include "wmihost/wql/Condition.h"
+
+namespace wmihost {
+namespace {
+
+// The class whose instances are the definitions of classes.
+constexpr std::wstring_view metaClass = L"meta_class";
+
+bool sameClass(const ClassTarget& left, const ClassTarget& right)
+{
+    return sameName(left.definition->name, right.definition->name) && sameName(left.nameSpace, right.nameSpace);
+}
+
+// The classes of the objects, each once, in the order in which they came.
+std::vector<ClassTarget> classesOf(const std::vector<FoundObject>& found)
+{
+    std::vector<ClassTarget> classes;
+    for (const FoundObject& item : found) {
+        const auto isSame = [&item](const ClassTarget& other) { return sameClass(other, item.target); };
+        if (std::none_of(classes.begin(), classes.end(), isSame)) {
+            classes.push_back(item.target);
+        }
+    }
+    return classes;
+}
+
+void writeJson(const std::vector<FoundObject>& found, const CommandOptions& options)
+{
+    Json list = Json::array();
+    for (const FoundObject& item : found) {
+        list.push_back(objectJson(*item.object.get(), *item.target.definition, options));
+    }
+    writeOut(list.dump(2) + "\n");
+}
+
+// One list for programs; for people a table of each class below its name.
+void writeFound(const std::vector<FoundObject>& found, const CommandOptions& options)
+{
+    if (options.format == Format::json) {
+        writeJson(found, options);
+        return;
+    }
+    std::string gap;
+    for (const ClassTarget& target : classesOf(found)) {
+        Objects objects;
+        for (const FoundObject& item : found) {
+            if (sameClass(item.target, target)) {
+                objects.push_back(item.object);
+            }
+        }
+        if (options.format == Format::table) {
+            writeOut(gap + toUtf8(target.definition->name) + "\n");
+            gap = "\n";
+        }
+        writeObjects(objects, *target.definition, options);
+    }
+}
+
+void reportIfEmpty(bool isEmpty)
+{
+    if (isEmpty) {
+        writeError("the query found nothing\n");
+    }
+}
+
+// The objects with their own classes, which may be derived from the one that the query named.
+std::vector<FoundObject> withClasses(const Connection& connection, const Objects& objects,
+                                     const std::wstring& nameSpace)
+{
+    std::vector<FoundObject> found;
+    for (const auto& object : objects) {
+        found.push_back({object, connection.findClass(textOf(*object.get(), L"__CLASS"), nameSpace)});
+    }
+    return found;
+}
+
+// What the query brings: from the machine's WMI if it is to answer, else found here.
+Objects select(Connection& connection, const wql::SelectQuery& query, const ClassTarget& target,
+               const std::string& text, bool local, const CommandOptions& options)
+{
+    if (!local) {
+        try {
+            if (auto answer = queryService(connection, target.nameSpace, text, options)) {
+                return std::move(*answer);
+            }
+        } catch (const RequestError& error) {
+            // WMI does not say what it finds wrong; the check here may.
+            if (query.where && error.status() == code(WBEM_E_INVALID_QUERY)) {
+                wql::checkCondition(*query.where, *target.definition);
+            }
+            throw;
+        }
+    }
+    CommandOptions filtered = options;
+    if (query.where) {
+        filtered.conditions = {*query.where};
+    }
+    checkNames(*target.definition, filtered);
+    Objects objects = enumerateInstances(connection, target, options);
+    applyConditions(objects, *target.definition, filtered);
+    return objects;
+}
+
+int answerSelect(Connection& connection, const wql::SelectQuery& query, const std::string& text, bool local,
+                 const CommandOptions& options)
+{
+    const ClassTarget target = connection.findClass(query.className, options.nameSpace);
+    CommandOptions shown = options;
+    shown.properties = query.properties;
+    checkNames(*target.definition, shown);
+    const Objects objects = select(connection, query, target, text, local, options);
+    const std::vector<FoundObject> found = withClasses(connection, objects, target.nameSpace);
+    const bool isOneClass = std::all_of(found.begin(), found.end(),
+                                        [&target](const FoundObject& item) { return sameClass(item.target, target); });
+    if (isOneClass || !query.properties.empty()) {
+        writeObjects(objects, *target.definition, shown);
+    } else {
+        writeFound(found, options);
+    }
+    reportIfEmpty(objects.empty());
+    return 0;
+}
+
+// SELECT * FROM meta_class
+int answerSchema(Connection& connection, const wql::SelectQuery& query, const std::string& text, bool local,
+                 const CommandOptions& options)
+{
+    if (!query.properties.empty()) {
+        throw wql::QueryError("meta_class takes SELECT * alone: the answer consists of whole classes");
+    }
+    const std::wstring nameSpace = options.nameSpace.empty() ? std::wstring(adapterNamespace) : options.nameSpace;
+    std::vector<ClassTarget> classes;
+    if (auto answer = local ? std::nullopt : queryService(connection, nameSpace, text, options)) {
+        for (const auto& object : *answer) {
+            classes.push_back({nameSpace, readClass(*object.get(), nameSpace)});
+        }
+    } else {
+        ClassDefinition withoutProperties;
+        withoutProperties.name = metaClass;
+        if (query.where) {
+            wql::checkCondition(*query.where, withoutProperties);
+        }
+        classes = connection.classes(options.nameSpace);
+        std::erase_if(classes, [&](const ClassTarget& target) {
+            const auto object = ClassObject::ofClass(target.definition);
+            return query.where && !wql::holds(*query.where, withoutProperties, *object.get()).value_or(false);
+        });
+    }
+    writeClassList(classes, options);
+    reportIfEmpty(classes.empty());
+    return 0;
+}
+
+int answerRelatedClasses(Connection& connection, const wql::RelatedQuery& query, const std::string& text, bool local,
+                         const CommandOptions& options)
+{
+    std::vector<ClassTarget> classes;
+    const std::wstring nameSpace = connection.findMethodTarget(query.path, options.nameSpace).target.nameSpace;
+    if (auto answer = local ? std::nullopt : queryService(connection, nameSpace, text, options)) {
+        for (const auto& object : *answer) {
+            classes.push_back({nameSpace, readClass(*object.get(), nameSpace)});
+        }
+    } else {
+        classes = query.schemaOnly ? findRelatedClasses(connection, query, options)
+                                   : classesOf(findRelated(connection, query, options));
+    }
+    writeClassList(classes, options);
+    reportIfEmpty(classes.empty());
+    return 0;
+}
+
+int answerRelated(Connection& connection, const wql::RelatedQuery& query, const std::string& text, bool local,
+                  const CommandOptions& options)
+{
+    if (query.schemaOnly || query.classDefsOnly) {
+        return answerRelatedClasses(connection, query, text, local, options);
+    }
+    std::vector<FoundObject> found;
+    const std::wstring nameSpace = connection.findInstance(query.path, options.nameSpace).target.nameSpace;
+    if (auto answer = local ? std::nullopt : queryService(connection, nameSpace, text, options)) {
+        found = withClasses(connection, *answer, nameSpace);
+    } else {
+        found = findRelated(connection, query, options);
+    }
+    writeFound(found, options);
+    reportIfEmpty(found.empty());
+    return 0;
+}
+
+}  // namespace
+
+int runQuery(Connection& connection, const std::string& text, bool local, const CommandOptions& options)
+{
+    const wql::Query query = wql::parseQuery(text);
+    const auto* selected = std::get_if<wql::SelectQuery>(&query);
+    if (selected == nullptr) {
+        return answerRelated(connection, std::get<wql::RelatedQuery>(query), text, local, options);
+    }
+    return sameName(selected->className, metaClass) ? answerSchema(connection, *selected, text, local, options)
+                                                    : answerSelect(connection, *selected, text, local, options);
+}
+
+int runRelated(Connection& connection, const std::string& path, const RelatedOptions& related, bool local,
+               const CommandOptions& options)
+{
+    // WMI reads a path in its own form alone: between double quotes and with the names of all keys.
+    const ObjectPath parsed = ObjectPath::parse(toWide(path));
+    const std::wstring relative =
+        parsed.isInstance() ? ObjectPath::parse(connection.findInstance(toWide(path), options.nameSpace).path).relative
+                            : parsed.relative;
+    const std::string text = std::string(related.references ? "REFERENCES" : "ASSOCIATORS") + " OF {" +
+                             toUtf8(parsed.prefix + relative) + "}" +
+                             (related.where.empty() ? "" : " WHERE " + related.where);
+    return runQuery(connection, text, local, options);
+}
+
+}  // namespace wmihost

@@ -1,0 +1,319 @@
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <utility>
+
+#include "wmihost/terminal/Text.h"
+#include "wmihost/wql/Query.h"
+#include "wmihost/wql/QueryGrammar.h"
+
+namespace wmihost::wql {
+namespace {
+
+using Node = grammar::p::parse_tree::node;
+
+template <class Rule>
+std::unique_ptr<Node> parsed(std::string_view text)
+{
+    // cppcheck-suppress invalidLifetime ; the text is the caller's and lives until this call returns
+    grammar::p::memory_input input(text.data(), text.data() + text.size(), "");
+    try {
+        return grammar::p::parse_tree::parse<Rule, grammar::selector, grammar::action, grammar::control>(input);
+    } catch (const grammar::p::parse_error& error) {
+        throw QueryError(errorAt(text, error.positions().front().byte, std::string(error.message())));
+    }
+}
+
+template <class Rule>
+const Node* childOf(const Node& node)
+{
+    for (const auto& child : node.children) {
+        if (child->is_type<Rule>()) {
+            return child.get();
+        }
+    }
+    return nullptr;
+}
+
+std::size_t placeOf(const Node& node)
+{
+    return node.begin().byte;
+}
+
+std::wstring nameIn(const Node& node)
+{
+    return toWide(childOf<grammar::name>(node)->string_view());
+}
+
+// A backslash protects a quote or another backslash; before anything else it stands for itself.
+std::wstring unescaped(std::string_view text)
+{
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool escapes = text[i] == '\\' && i + 1 < text.size() &&
+                             (text[i + 1] == '\\' || text[i + 1] == '"' || text[i + 1] == '\'');
+        i += escapes ? 1 : 0;
+        result += text[i];
+    }
+    return toWide(result);
+}
+
+// Reads the tree of one text.
+class Reader
+{
+public:
+    // With `words`, a value that is one word needs no quotes.
+    Reader(std::string_view text, bool words) : m_text(text), m_words(words) {}
+
+    Condition condition(const Node& node) const
+    {
+        if (node.is_type<grammar::comparison>()) {
+            return {Condition::Kind::comparison, comparison(node), {}, {}};
+        }
+        Condition result;
+        for (const auto& child : node.children) {
+            result.parts.push_back(condition(*child));
+        }
+        if (node.is_type<grammar::negation>()) {
+            // The first child is the word NOT.
+            result.parts.erase(result.parts.begin());
+            result.kind = Condition::Kind::negation;
+            return result;
+        }
+        if (result.parts.size() == 1) {
+            return std::move(result.parts.front());
+        }
+        result.kind = node.is_type<grammar::all>() ? Condition::Kind::all : Condition::Kind::any;
+        return result;
+    }
+
+private:
+    Comparison comparison(const Node& node) const
+    {
+        Comparison result;
+        const Node& property = *childOf<grammar::property>(node);
+        result.place = placeOf(property);
+        for (const auto& part : property.children) {
+            result.property.push_back(toWide(part->string_view()));
+        }
+        if (const Node* null = childOf<grammar::is_null>(node)) {
+            result.op = childOf<grammar::kw_not>(*null) == nullptr ? Operator::isNull : Operator::isNotNull;
+        } else if (const Node* like = childOf<grammar::like>(node)) {
+            result.op = Operator::like;
+            result.constant = constant(*like);
+        } else if (const Node* isa = childOf<grammar::isa>(node)) {
+            result.op = Operator::isA;
+            result.constant = constant(*isa);
+        } else {
+            result.op = sign(node);
+            const Node* leading = childOf<grammar::leading_constant>(node);
+            result.constant = constant(leading != nullptr ? *leading : *childOf<grammar::constant>(node));
+            if (leading != nullptr) {
+                result.op = mirrored(result.op);
+            }
+            if (result.constant.kind == Constant::Kind::null) {
+                result.op = nullTest(result);
+            }
+        }
+        return result;
+    }
+
+    static Operator sign(const Node& node)
+    {
+        const auto has = [&node](auto rule) { return childOf<decltype(rule)>(node) != nullptr; };
+        if (has(grammar::op_le())) {
+            return Operator::lessOrEqual;
+        }
+        if (has(grammar::op_ge())) {
+            return Operator::greaterOrEqual;
+        }
+        if (has(grammar::op_ne())) {
+            return Operator::notEqual;
+        }
+        if (has(grammar::op_lt())) {
+            return Operator::less;
+        }
+        return has(grammar::op_gt()) ? Operator::greater : Operator::equal;
+    }
+
+    // 5 < Speed means Speed > 5.
+    static Operator mirrored(Operator op)
+    {
+        switch (op) {
+            case Operator::less:
+                return Operator::greater;
+            case Operator::lessOrEqual:
+                return Operator::greaterOrEqual;
+            case Operator::greater:
+                return Operator::less;
+            case Operator::greaterOrEqual:
+                return Operator::lessOrEqual;
+            default:
+                return op;
+        }
+    }
+
+    Operator nullTest(const Comparison& comparison) const
+    {
+        if (comparison.op == Operator::equal) {
+            return Operator::isNull;
+        }
+        if (comparison.op == Operator::notEqual) {
+            return Operator::isNotNull;
+        }
+        throw QueryError(errorAt(m_text, comparison.constant.place, "NULL is neither more nor less than a value"));
+    }
+
+    Constant constant(const Node& holder) const
+    {
+        const Node& node = *holder.children.front();
+        Constant result{Constant::Kind::text, {}, placeOf(node)};
+        if (node.is_type<grammar::text>()) {
+            result.text = unescaped(node.children.front()->string_view());
+        } else if (node.is_type<grammar::word>()) {
+            if (!m_words) {
+                throw QueryError(errorAt(m_text, result.place, grammar::aValue));
+            }
+            result.text = toWide(node.string_view());
+        } else if (node.is_type<grammar::number>()) {
+            result.kind = Constant::Kind::number;
+            result.text = toWide(node.string_view());
+        } else if (node.is_type<grammar::kw_null>()) {
+            result.kind = Constant::Kind::null;
+        } else {
+            result.kind = Constant::Kind::boolean;
+            result.text = node.is_type<grammar::kw_true>() ? L"TRUE" : L"FALSE";
+        }
+        return result;
+    }
+
+    std::string_view m_text;
+    bool m_words;
+};
+
+SelectQuery selectIn(const Node& node, std::string_view text)
+{
+    SelectQuery result;
+    for (const auto& child : node.children) {
+        if (child->is_type<grammar::selected>()) {
+            result.properties.push_back(nameIn(*child));
+        } else if (child->is_type<grammar::from_class>()) {
+            result.className = nameIn(*child);
+        } else if (child->is_type<grammar::any>()) {
+            result.where = Reader(text, false).condition(*child);
+            result.where->source = text;
+        }
+    }
+    return result;
+}
+
+[[noreturn]] void failAt(std::string_view text, const Node& node, const std::string& reason)
+{
+    throw QueryError(errorAt(text, placeOf(node), reason));
+}
+
+// The part of the query that a keyword of its WHERE sets.
+std::wstring& partFor(RelatedQuery& query, std::wstring_view keyword)
+{
+    const std::array<std::pair<std::wstring_view, std::wstring*>, 6> parts{
+        {{L"AssocClass", &query.assocClass},
+         {L"ResultClass", &query.resultClass},
+         {L"ResultRole", &query.resultRole},
+         {L"Role", &query.role},
+         {L"RequiredQualifier", &query.requiredQualifier},
+         {L"RequiredAssocQualifier", &query.requiredAssocQualifier}}};
+    return *std::find_if(parts.begin(), parts.end(), [keyword](const auto& part) {
+                return sameName(part.first, keyword);
+            })->second;
+}
+
+void readClause(const Node& node, std::string_view text, RelatedQuery& query)
+{
+    const auto raise = [&](bool& flag, const char* name) {
+        if (flag) {
+            failAt(text, node, std::string(name) + " stands here twice");
+        }
+        flag = true;
+    };
+    if (childOf<grammar::kw_classdefsonly>(node) != nullptr) {
+        raise(query.classDefsOnly, "ClassDefsOnly");
+        return;
+    }
+    if (childOf<grammar::kw_keysonly>(node) != nullptr) {
+        raise(query.keysOnly, "KEYSONLY");
+        return;
+    }
+    if (childOf<grammar::kw_schemaonly>(node) != nullptr) {
+        raise(query.schemaOnly, "SchemaOnly");
+        return;
+    }
+    std::string_view keyword = childOf<grammar::clause_name>(node)->string_view();
+    keyword = keyword.substr(0, keyword.find_last_not_of(" \t\r\n") + 1);
+    std::wstring& part = partFor(query, toWide(keyword));
+    const bool ofAssociators =
+        &part == &query.assocClass || &part == &query.resultRole || &part == &query.requiredAssocQualifier;
+    if (query.references && ofAssociators) {
+        failAt(text, node, std::string(keyword) + " belongs to ASSOCIATORS OF, not to REFERENCES OF");
+    }
+    if (!part.empty()) {
+        failAt(text, node, std::string(keyword) + " stands here twice");
+    }
+    part = nameIn(*childOf<grammar::clause_value>(node));
+}
+
+RelatedQuery relatedIn(const Node& node, std::string_view text)
+{
+    RelatedQuery result;
+    for (const auto& child : node.children) {
+        if (child->is_type<grammar::kw_references>()) {
+            result.references = true;
+        } else if (child->is_type<grammar::path>()) {
+            result.path = toWide(child->string_view());
+        } else if (child->is_type<grammar::clause>()) {
+            readClause(*child, text, result);
+            if (result.classDefsOnly && !result.resultClass.empty()) {
+                failAt(text, *child, "ClassDefsOnly and ResultClass exclude each other");
+            }
+            if (result.classDefsOnly && result.schemaOnly) {
+                failAt(text, *child, "ClassDefsOnly asks about an instance, SchemaOnly about a class");
+            }
+        }
+    }
+    result.path.erase(result.path.find_last_not_of(L" \t\r\n") + 1);
+    return result;
+}
+
+}  // namespace
+
+std::string errorAt(std::string_view text, std::size_t place, const std::string& reason)
+{
+    std::string line(text);
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
+    // Bytes that continue a character take no column.
+    const auto begins = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; };
+    const auto column = static_cast<std::size_t>(
+        std::count_if(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(std::min(place, line.size())), begins));
+    return "at character " + std::to_string(column + 1) + ": " + reason + "\n  " + line + "\n  " +
+           std::string(column, ' ') + "^";
+}
+
+Query parseQuery(std::string_view text)
+{
+    const auto root = parsed<grammar::query>(text);
+    const Node& statement = *root->children.front();
+    if (statement.is_type<grammar::select>()) {
+        return selectIn(statement, text);
+    }
+    return relatedIn(statement, text);
+}
+
+Condition parseCondition(std::string_view text)
+{
+    const auto root = parsed<grammar::option>(text);
+    Condition result = Reader(text, true).condition(*root->children.front());
+    result.source = text;
+    return result;
+}
+
+}  // namespace wmihost::wql
