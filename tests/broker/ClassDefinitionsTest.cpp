@@ -77,7 +77,7 @@ std::string typeName(core::CimProperty::EPropertyType type)
 TEST(ClassDefinitions, AreThoseOfTheServedInstances)
 {
     const Classes defined = definedClasses();
-    ASSERT_EQ(defined.size(), 16U);
+    ASSERT_EQ(defined.size(), 17U);
     fakes::World world;
     world.adapters.set({fakes::adapter(1)});
     world.adapters.set({fakes::address(1, "192.0.2.1")});

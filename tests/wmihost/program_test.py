@@ -113,7 +113,7 @@ class Program(unittest.TestCase):
         names = [line.split()[0] for line in lines[2:-1]]
         code, out, _ = wmihost("classes", "--format", "json")
         self.assertEqual((code, [entry["class"] for entry in json.loads(out)]), (0, names))
-        self.assertEqual(len(names), 16)
+        self.assertEqual(len(names), 17)
 
     def test_a_class_is_described(self):
         self.expect(["describe", "Zerix_RegisteredProfile"], 0, """\

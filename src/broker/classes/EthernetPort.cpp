@@ -16,25 +16,14 @@ struct Row
 {
     const Adapter& adapter;
     const std::string& systemName;
-    // What the administrator calls the adapter, if anything.
-    std::optional<std::string> label;
+    SettingsStore& settings;
 };
-
-std::optional<std::string> labelOf(const Adapter& adapter, SettingsStore& settings)
-{
-    try {
-        return settings.adapterSetting(adapter.guid).elementName;
-    } catch (const utils::EFailed&) {
-        // Logged. A port is worth showing without its label.
-        return std::nullopt;
-    }
-}
 
 std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
     for (const Adapter& adapter : workspace.adapters()) {
-        result.push_back({adapter, workspace.systemName(), labelOf(adapter, workspace.sources().settings)});
+        result.push_back({adapter, workspace.systemName(), workspace.sources().settings});
     }
     return result;
 }
@@ -85,10 +74,18 @@ const std::string& name(const Row& row)
 {
     return row.adapter.name;
 }
-const std::string& elementName(const Row& row)
+
+// What the administrator calls the adapter, if anything. Read here, since a reference to a port does not need it.
+std::string elementName(const Row& row)
 {
-    return row.label ? *row.label : row.adapter.name;
+    try {
+        return row.settings.adapterSetting(row.adapter.guid).elementName.value_or(row.adapter.name);
+    } catch (const utils::EFailed&) {
+        // Logged. A port is worth showing without its label.
+        return row.adapter.name;
+    }
 }
+
 const std::string& description(const Row& row)
 {
     return row.adapter.description;
@@ -150,12 +147,6 @@ std::uint16_t linkTechnology(const Row& row)
         default:
             return TECHNOLOGY_OTHER;
     }
-}
-
-std::uint16_t portType(const Row& row)
-{
-    // The platform tells an Ethernet adapter's speed, not its medium: that kind stays unknown rather than guessed.
-    return row.adapter.type == TYPE_ETHERNET ? 0 : 1;
 }
 
 std::uint32_t interfaceIndex(const Row& row)
@@ -324,7 +315,6 @@ constexpr std::array columns{
     column<&permanentAddress>("PermanentAddress"),
     column<&networkAddresses>("NetworkAddresses"),
     column<&linkTechnology>("LinkTechnology"),
-    column<&portType>("PortType"),
     column<&physicalMedium>("PhysicalMedium"),
     column<&hardwareInterface>("HardwareInterface"),
     column<&connectorPresent>("ConnectorPresent"),

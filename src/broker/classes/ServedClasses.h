@@ -16,6 +16,7 @@
     CLASS(diagnosticSetting)         \
     CLASS(concreteJob)               \
     CLASS(diagnosticResult)          \
+    CLASS(affectedJobElement)        \
     CLASS(elementStatisticalData)    \
     CLASS(portImplementsEndpoint)    \
     CLASS(portIPConfiguration)       \

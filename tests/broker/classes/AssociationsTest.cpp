@@ -3,6 +3,7 @@
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 // The associations of a port, all made the same way.
 class Associations : public testing::Test
@@ -83,6 +84,34 @@ TEST_F(Associations, EveryPort_isDiagnosedByTheSetting)
     EXPECT_THAT(ends("Zerix_PortDiagnosticSetting", "ManagedElement"),
                 ElementsAre(path("Zerix_EthernetPort", 0), path("Zerix_EthernetPort", 1)));
     EXPECT_THAT(ends("Zerix_PortDiagnosticSetting", "SettingData"), ElementsAre(setting, setting));
+}
+
+TEST_F(Associations, Job_leadsToItsPort)
+{
+    EXPECT_THAT(ends("Zerix_AffectedJobElement", "AffectedElement"), IsEmpty());
+    m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1);
+    m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 1);
+    const std::vector<std::string> jobs{path("Zerix_ConcreteJob", 0), path("Zerix_ConcreteJob", 1)};
+    EXPECT_THAT(ends("Zerix_AffectedJobElement", "AffectedElement"),
+                ElementsAre(path("Zerix_EthernetPort", 1), path("Zerix_EthernetPort", 0)));
+    EXPECT_THAT(ends("Zerix_AffectedJobElement", "AffectingElement"), testing::ElementsAreArray(jobs));
+    // The end of a job changes nothing.
+    m_world.machine.pass(std::chrono::seconds{2});
+    m_world.thread.play();
+    EXPECT_THAT(ends("Zerix_AffectedJobElement", "AffectingElement"), testing::ElementsAreArray(jobs));
+}
+
+TEST_F(Associations, JobOfAnAbsentAdapter_hasNone)
+{
+    m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1);
+    m_world.adapters.set({fakes::adapter(1)});
+    EXPECT_THAT(ends("Zerix_AffectedJobElement", "AffectedElement"), IsEmpty());
+}
+
+TEST_F(Associations, WithoutJobs_noAdapterIsRead)
+{
+    ends("Zerix_AffectedJobElement", "AffectedElement");
+    EXPECT_EQ(m_world.adapters.adapterReads, 0);
 }
 
 TEST_F(Associations, ReplacedAdapter_isFollowed)
