@@ -1,0 +1,123 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Os/Windows/ComScope.h"
+#include "requests/RequestTest.h"
+#include "wmihost/com/NamespaceServices.h"
+#include "wmihost/com/ResponseSink.h"
+#include "wmihost/mof/MofCompiler.h"
+
+namespace requests {
+
+// The text of a property of the object; empty when the value is none.
+inline std::string textOf(IWbemClassObject* object, const wchar_t* property)
+{
+    utils::ScopedVariant value;
+    object->Get(property, 0, value.address(), nullptr, nullptr);
+    return value.get().vt == VT_BSTR ? utils::narrowBstr(value.get().bstrVal) : "";
+}
+
+// The built provider with the built broker on this machine's own adapters, and with the classes as they are installed.
+class LiveProvider : public testing::Test
+{
+protected:
+    struct Answer
+    {
+        // What the request returned; the status that the sink was given is the same.
+        HRESULT status;
+        std::vector<wmihost::ComPtr<IWbemClassObject>> objects;
+    };
+
+    void SetUp() override
+    {
+        wmihost::compileMofFile(std::filesystem::path(ZERIX_MOF), repository);
+        own = repository.findNamespace(L"root\\DCIM\\vexal");
+        ASSERT_NE(own, nullptr);
+        services = wmihost::ComPtr<wmihost::NamespaceServices>::adopt(new wmihost::NamespaceServices(repository, *own));
+        *provider.out() = module.createProvider();
+        utils::ComReference<IWbemProviderInit> init;
+        provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
+        std::wstring name = L"root\\DCIM\\vexal";
+        init->Initialize(nullptr, 0, name.data(), nullptr, services.get(), &context, nullptr);
+        module.captureLog();
+    }
+
+    // What the broker serves in this namespace.
+    std::vector<std::string> classNames() const
+    {
+        std::vector<std::string> result;
+        for (const auto& definition : own->classes()) {
+            const std::wstring& name = definition->name;
+            if (name.rfind(L"Zerix_", 0) == 0) {
+                result.emplace_back(name.begin(), name.end());
+            }
+        }
+        return result;
+    }
+
+    Answer enumerate(const std::string& className)
+    {
+        const utils::ScopedBstr name(className);
+        return send(
+            [&](IWbemObjectSink* sink) { return provider->CreateInstanceEnumAsync(name.get(), 0, &context, sink); });
+    }
+
+    Answer get(const std::string& path)
+    {
+        const utils::ScopedBstr text(path);
+        return send([&](IWbemObjectSink* sink) { return provider->GetObjectAsync(text.get(), 0, &context, sink); });
+    }
+
+    // Puts back what was read.
+    Answer put(IWbemClassObject* object)
+    {
+        return send([&](IWbemObjectSink* sink) {
+            return provider->PutInstanceAsync(object, WBEM_FLAG_UPDATE_ONLY, &context, sink);
+        });
+    }
+
+    // Without arguments: all of the method's inputs are null.
+    Answer execute(const std::string& path, const std::string& className, const std::string& method)
+    {
+        const utils::ScopedBstr text(path);
+        const utils::ScopedBstr classText(className);
+        const utils::ScopedBstr methodText(method);
+        utils::ComReference<IWbemClassObject> definition;
+        services->GetObject(classText.get(), 0, &context, definition.out(), nullptr);
+        utils::ComReference<IWbemClassObject> signature;
+        definition->GetMethod(methodText.get(), 0, signature.out(), nullptr);
+        utils::ComReference<IWbemClassObject> arguments;
+        signature->SpawnInstance(0, arguments.out());
+        return send([&](IWbemObjectSink* sink) {
+            return provider->ExecMethodAsync(text.get(), methodText.get(), 0, &context, arguments.get(), sink);
+        });
+    }
+
+    ComApartment apartment;
+    support::LogCapture log{1};
+    support::CallLog calls;
+    support::FakeContext context{calls};
+    support::CallContext call{calls};
+    ProviderModule module;
+    wmihost::ClassRepository repository;
+    const wmihost::Namespace* own = nullptr;
+    wmihost::ComPtr<wmihost::NamespaceServices> services;
+    utils::ComReference<IWbemServices> provider;
+
+private:
+    template <class Request>
+    static Answer send(Request request)
+    {
+        const auto response = std::make_shared<wmihost::Response>(nullptr);
+        const auto sink = wmihost::ComPtr<wmihost::ResponseSink>::adopt(new wmihost::ResponseSink(response));
+        const HRESULT status = request(sink.get());
+        EXPECT_EQ(response->status(), status);
+        return {status, response->takeObjects()};
+    }
+};
+
+}  // namespace requests

@@ -1,0 +1,215 @@
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include "Os/Windows/Platform.h"
+
+#include <iphlpapi.h>
+#include <netioapi.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+#include "requests/LiveProvider.h"
+#include "support/ImportHook.h"
+#include "support/PrivateRegistry.h"
+#include "support/Thrown.h"
+
+// Whole requests on a machine whose tables the platform refuses, or has nothing in: the first is a failure of every
+// request that needs the table, never an empty list or "not found"; the second is an answer.
+namespace {
+
+using testing::IsEmpty;
+using testing::Not;
+
+// How often the platform refuses from now on, and with what. After that it answers.
+int refusals = 0;
+ULONG refusal = NO_ERROR;
+int asked = 0;
+
+bool refuses()
+{
+    ++asked;
+    return refusals > 0 && refusals-- > 0;
+}
+
+NETIO_STATUS WINAPI ifTable(PMIB_IF_TABLE2* table)
+{
+    return refuses() ? refusal : GetIfTable2(table);
+}
+
+ULONG WINAPI addresses(ULONG family, ULONG flags, PVOID reserved, PIP_ADAPTER_ADDRESSES buffer, PULONG size)
+{
+    return refuses() ? refusal : GetAdaptersAddresses(family, flags, reserved, buffer, size);
+}
+
+NETIO_STATUS WINAPI families(ADDRESS_FAMILY family, PMIB_IPINTERFACE_TABLE* table)
+{
+    return refuses() ? refusal : GetIpInterfaceTable(family, table);
+}
+
+std::unique_ptr<support::ImportHook> hookIfTable(HMODULE module)
+{
+    return std::make_unique<support::ImportHook>("GetIfTable2", &ifTable, module);
+}
+
+std::unique_ptr<support::ImportHook> hookAddresses(HMODULE module)
+{
+    return std::make_unique<support::ImportHook>("GetAdaptersAddresses", &addresses, module);
+}
+
+std::unique_ptr<support::ImportHook> hookFamilies(HMODULE module)
+{
+    return std::make_unique<support::ImportHook>("GetIpInterfaceTable", &families, module);
+}
+
+struct Table
+{
+    const char* function;
+    std::unique_ptr<support::ImportHook> (*hook)(HMODULE module);
+    // A class that has a row of the table in each of its instances.
+    const char* subject;
+    // What cannot be listed without the table, the subject included.
+    std::vector<std::string> classes;
+};
+
+void PrintTo(const Table& table, std::ostream* out)
+{
+    *out << table.function;
+}
+
+const std::vector<Table>& tables()
+{
+    static const std::vector<Table> all{
+        {"GetIfTable2",
+         &hookIfTable,
+         "Zerix_EthernetPort",
+         {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_AdapterSetting", "Zerix_ElementStatisticalData",
+          "Zerix_PortImplementsEndpoint", "Zerix_PortIPConfiguration", "Zerix_ElementConformsToProfile",
+          "Zerix_ElementSettingData", "Zerix_PortDiagnosticSetting"}},
+        {"GetAdaptersAddresses",
+         &hookAddresses,
+         "Zerix_IPProtocolEndpoint",
+         {"Zerix_IPProtocolEndpoint", "Zerix_IPConfiguration", "Zerix_PortImplementsEndpoint",
+          "Zerix_PortIPConfiguration"}},
+        {"GetIpInterfaceTable",
+         &hookFamilies,
+         "Zerix_IPConfiguration",
+         {"Zerix_IPConfiguration", "Zerix_PortIPConfiguration"}},
+    };
+    return all;
+}
+
+class RefusedTable : public requests::LiveProvider, public testing::WithParamInterface<Table>
+{
+protected:
+    void SetUp() override
+    {
+        LiveProvider::SetUp();
+        refusals = 0;
+        const auto before = enumerate(GetParam().subject).objects;
+        ASSERT_THAT(before, Not(IsEmpty())) << "this machine has no adapter with an address";
+        m_object = before[0];
+        m_path = requests::textOf(m_object.get(), L"__RELPATH");
+        m_hook = GetParam().hook(GetModuleHandleA("ZerixCimCore.dll"));
+    }
+
+    void TearDown() override { m_hook.reset(); }
+
+    static void refuse(ULONG status, int times = 1'000)
+    {
+        refusal = status;
+        refusals = times;
+        asked = 0;
+    }
+
+    static bool needsTable(const std::string& className)
+    {
+        const std::vector<std::string>& classes = GetParam().classes;
+        return std::find(classes.begin(), classes.end(), className) != classes.end();
+    }
+
+    // No job and no result of another test's.
+    const support::PrivateRegistry m_registry;
+    wmihost::ComPtr<IWbemClassObject> m_object;
+    std::string m_path;
+    std::unique_ptr<support::ImportHook> m_hook;
+};
+
+TEST_P(RefusedTable, Enumeration_fails)
+{
+    refuse(ERROR_ACCESS_DENIED);
+    const std::string reason = std::string("DRAVEv2: ") + GetParam().function + " error 5";
+    for (const std::string& name : classNames()) {
+        const std::string thrown =
+            support::thrownBy<utils::EFailed>([&] { EXPECT_EQ(enumerate(name).status, 0) << name; });
+        EXPECT_EQ(thrown, needsTable(name) ? reason : "nothing was thrown") << name;
+    }
+}
+
+TEST_P(RefusedTable, Get_fails)
+{
+    refuse(ERROR_ACCESS_DENIED);
+    EXPECT_EQ(get(m_path).status, HRESULT(WBEM_E_FAILED));
+    EXPECT_THAT(log.events(), Not(IsEmpty()));
+}
+
+TEST_P(RefusedTable, Put_fails)
+{
+    refuse(ERROR_ACCESS_DENIED);
+    EXPECT_EQ(put(m_object.get()).status, HRESULT(WBEM_E_FAILED));
+}
+
+TEST_P(RefusedTable, RefusedOnce_isAskedAgain)
+{
+    refuse(ERROR_ACCESS_DENIED, 1);
+    EXPECT_EQ(get(m_path).status, 0);
+    EXPECT_EQ(asked, 2);
+}
+
+TEST_P(RefusedTable, AfterARefusal_allIsAsBefore)
+{
+    refuse(ERROR_ACCESS_DENIED, 2);
+    EXPECT_EQ(get(m_path).status, HRESULT(WBEM_E_FAILED));
+    EXPECT_EQ(get(m_path).status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, RefusedTable, testing::ValuesIn(tables()),
+                         [](const testing::TestParamInfo<Table>& table) { return table.param.function; });
+
+using RefusedAdapters = RefusedTable;
+
+TEST_P(RefusedAdapters, Method_fails)
+{
+    refuse(ERROR_ACCESS_DENIED);
+    EXPECT_EQ(execute(m_path, GetParam().subject, "RunLinkDiagnostic").status, HRESULT(WBEM_E_FAILED));
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, RefusedAdapters, testing::Values(tables()[0]),
+                         [](const testing::TestParamInfo<Table>& table) { return table.param.function; });
+
+// The two answers that mean an empty table. Without the families' table a configuration lacks four values.
+using EmptyTable = RefusedTable;
+
+TEST_P(EmptyTable, ListsAreEmptyAndNothingIsFound)
+{
+    for (const ULONG status : {ERROR_NO_DATA, ERROR_ADDRESS_NOT_ASSOCIATED}) {
+        refuse(status);
+        for (const std::string& name : classNames()) {
+            const Answer answer = enumerate(name);
+            EXPECT_EQ(answer.status, 0) << name;
+            if (needsTable(name)) {
+                EXPECT_THAT(answer.objects, IsEmpty()) << name;
+            }
+        }
+        EXPECT_EQ(get(m_path).status, HRESULT(WBEM_E_NOT_FOUND));
+        EXPECT_EQ(put(m_object.get()).status, HRESULT(WBEM_E_NOT_FOUND));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, EmptyTable, testing::Values(tables()[0], tables()[1]),
+                         [](const testing::TestParamInfo<Table>& table) { return table.param.function; });
+
+}  // namespace
