@@ -15,6 +15,7 @@
 #include "reliability/Surroundings.h"
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
+#include "support/PrivateRegistry.h"
 
 // Makes every platform call of the broker fail, one at a time, while the built provider asks it about this machine's
 // adapters, settings and jobs; and every call of either module while they are loaded and unloaded. Both are loaded anew
@@ -29,56 +30,26 @@ using testing::IsEmpty;
 
 constexpr const char* SETTING_PATH = "Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"";
 constexpr const char* STORED_JOB = "Vexal:Job:1-1";
-constexpr const char* SETTINGS_KEY = "Software\\Vexal\\DRAVEv2";
 
 HMODULE brokerModule()
 {
     return GetModuleHandleA("ZerixCimCore.dll");
 }
 
-// HKEY_LOCAL_MACHINE is an empty branch of the user's registry for as long as this lives.
-class PrivateRegistry
+// One ended job, and diagnostics that are over in a moment.
+void fill(const support::PrivateRegistry& registry)
 {
-public:
-    PrivateRegistry() : m_name("Software\\ZerixFaults" + std::to_string(GetCurrentProcessId()))
-    {
-        RegCreateKeyExA(HKEY_CURRENT_USER, m_name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &m_root, nullptr);
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_root);
-    }
-    ~PrivateRegistry()
-    {
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-        RegCloseKey(m_root);
-        RegDeleteTreeA(HKEY_CURRENT_USER, m_name.c_str());
-    }
-    PrivateRegistry(const PrivateRegistry&) = delete;
-    PrivateRegistry& operator=(const PrivateRegistry&) = delete;
-
-    // One ended job, and diagnostics that are over in a moment.
-    void fill() const
-    {
-        RegDeleteTreeA(m_root, SETTINGS_KEY);
-        store("Diagnostics", "Setting", "SampleCount=1;SamplePeriodMilliseconds=10");
-        // Ended yesterday, and kept for a year.
-        const auto yesterday = std::chrono::system_clock::now() - std::chrono::hours{24};
-        const std::string time =
-            std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(yesterday.time_since_epoch()).count());
-        store("Jobs", STORED_JOB,
-              "JobState=7;AdapterName=eth;AdapterGuid={};Owner=HOST\\admin;Host=1-1;PercentComplete=100;Error=;"
-              "StartTime=1;EndTime=" +
-                  time + ";Elapsed=1;Retention=31536000000000");
-    }
-
-private:
-    void store(const char* key, const char* name, const std::string& text) const
-    {
-        const std::string path = std::string(SETTINGS_KEY) + "\\" + key;
-        RegSetKeyValueA(m_root, path.c_str(), name, REG_SZ, text.c_str(), static_cast<DWORD>(text.size() + 1));
-    }
-
-    std::string m_name;
-    HKEY m_root = nullptr;
-};
+    registry.clear();
+    registry.store("Diagnostics", "Setting", "SampleCount=1;SamplePeriodMilliseconds=10");
+    // Ended yesterday, and kept for a year.
+    const auto yesterday = std::chrono::system_clock::now() - std::chrono::hours{24};
+    const std::string time =
+        std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(yesterday.time_since_epoch()).count());
+    registry.store("Jobs", STORED_JOB,
+                   "JobState=7;AdapterName=eth;AdapterGuid={};Owner=HOST\\admin;Host=1-1;PercentComplete=100;Error=;"
+                   "StartTime=1;EndTime=" +
+                       time + ";Elapsed=1;Retention=31536000000000");
+}
 
 // A request that the broker answers.
 struct Request
@@ -219,7 +190,7 @@ protected:
     // What fails is a call of the broker, or of the provider.
     Attempt attempt(const Request& request, Phase phase, bool ofBroker, const FaultPoint* point, int call)
     {
-        m_registry.fill();
+        fill(m_registry);
         const reliability::Balance before = reliability::balanceNow(m_comMemory);
         Attempt result;
         support::CallLog registryCalls;
@@ -308,7 +279,7 @@ protected:
     const support::LogCapture m_log;
     const support::ComMemory m_comMemory;
     const std::string m_portPath = firstPortPath();
-    const PrivateRegistry m_registry;
+    const support::PrivateRegistry m_registry;
 
 private:
     Row failEveryCallOf(const Request& request, Phase phase, bool ofBroker, const FaultPoint& point,

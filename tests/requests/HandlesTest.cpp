@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <filesystem>
@@ -20,6 +21,7 @@
 
 #include "requests/RequestTest.h"
 #include "support/ImportHook.h"
+#include "support/PrivateRegistry.h"
 #include "wmihost/com/NamespaceServices.h"
 #include "wmihost/com/ResponseSink.h"
 #include "wmihost/mof/MofCompiler.h"
@@ -100,6 +102,14 @@ GUID guidOf(std::size_t number)
     return {static_cast<ULONG>(number), 0, 0, {}};
 }
 
+std::string guidText(std::size_t number)
+{
+    std::array<wchar_t, 39> text{};
+    StringFromGUID2(guidOf(number), text.data(), static_cast<int>(text.size()));
+    // ASCII alone, and without its end.
+    return {text.begin(), text.end() - 1};
+}
+
 NETIO_STATUS WINAPI ifTable(PMIB_IF_TABLE2* result)
 {
     const std::size_t size = offsetof(MIB_IF_TABLE2, Table) + adapterCount * sizeof(MIB_IF_ROW2);
@@ -141,9 +151,7 @@ ULONG WINAPI adaptersAddresses(ULONG, ULONG, PVOID, PIP_ADAPTER_ADDRESSES buffer
     all = std::vector<AdapterAddresses>(adapterCount);
     for (std::size_t i = 0; i < adapterCount; ++i) {
         AdapterAddresses& entry = all[i];
-        std::array<wchar_t, 39> text{};
-        StringFromGUID2(guidOf(i), text.data(), static_cast<int>(text.size()));
-        std::copy(text.begin(), text.end(), entry.guid.begin());
+        guidText(i).copy(entry.guid.data(), entry.guid.size());
         entry.adapter.AdapterName = entry.guid.data();
         entry.adapter.FriendlyName = entry.name.data();
         entry.adapter.Description = entry.name.data();
@@ -193,6 +201,26 @@ protected:
         m_ofCore.abandon();
     }
 
+    // So many ended jobs are stored and no others, of each adapter in turn, and a result of each.
+    void storeJobs(std::size_t count) const
+    {
+        m_registry.clear();
+        const auto now =
+            std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch());
+        const std::string time = std::to_string(now.count());
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::string number = "1-" + std::to_string(i);
+            const std::string adapter = ";AdapterGuid=" + guidText(i % adapterCount);
+            m_registry.store(
+                "Jobs", "Vexal:Job:" + number,
+                "JobState=7;AdapterName=a;Owner=HOST\\admin;Host=1-1;PercentComplete=100;Error=;StartTime=" + time +
+                    ";EndTime=" + time + ";Elapsed=1;Retention=31536000000000" + adapter);
+            m_registry.store("Results", "Vexal:DiagnosticResult:" + number,
+                             "Job=Vexal:Job:" + number + ";JobState=7;IsPassed=1;PassedPercent=100;StartTime=" + time +
+                                 ";Duration=1;BytesReceived=1;BytesTransmitted=1;Errors=" + adapter);
+        }
+    }
+
     // What the broker serves in this namespace.
     std::vector<std::string> classNames() const
     {
@@ -207,7 +235,7 @@ protected:
     }
 
     // The calling thread's request; returns how many objects came.
-    std::size_t enumerate(const std::string& className)
+    int enumerate(const std::string& className)
     {
         support::CallLog calls;
         const support::CallContext call(calls);
@@ -215,17 +243,27 @@ protected:
         const auto sink = wmihost::ComPtr<wmihost::ResponseSink>::adopt(new wmihost::ResponseSink(response));
         const utils::ScopedBstr name(className);
         EXPECT_EQ(m_provider->CreateInstanceEnumAsync(name.get(), 0, &m_context, sink.get()), 0) << className;
-        return response->takeObjects().size();
+        return static_cast<int>(response->takeObjects().size());
     }
 
-    void enumerateAllAndThen(const std::string& last)
+    // Returns how many objects the last class has.
+    int enumerateAllAndThen(const std::string& last)
     {
         for (const std::string& name : classNames()) {
             if (name != last) {
                 enumerate(name);
             }
         }
-        EXPECT_GE(enumerate(last), adapterCount);
+        return enumerate(last);
+    }
+
+    // The mutexes that this thread holds for the class's instances when it has asked for them last.
+    int heldAfter(const std::string& className)
+    {
+        enumerate("Zerix_SoftwareIdentity");
+        const int before = openMutexes;
+        EXPECT_GT(enumerate(className), 0) << className;
+        return openMutexes - before;
     }
 
     // The mutexes that so many living threads hold when each has asked for every class once, this one at the end.
@@ -242,7 +280,7 @@ protected:
                 CoInitializeEx(nullptr, COINIT_MULTITHREADED);
                 std::unique_lock lock(mutex);
                 changed.wait(lock, [&] { return done == i; });
-                enumerateAllAndThen(last);
+                EXPECT_GE(enumerateAllAndThen(last), static_cast<int>(adapterCount));
                 ++done;
                 changed.notify_all();
                 changed.wait(lock, [&] { return mayEnd; });
@@ -273,6 +311,7 @@ protected:
         return lockPairs - before;
     }
 
+    const support::PrivateRegistry m_registry;
     ComApartment m_apartment;
     support::LogCapture m_log{0};
     support::CallLog m_calls;
@@ -290,12 +329,16 @@ protected:
     utils::ComReference<IWbemServices> m_provider;
 };
 
+// With as many jobs as adapters.
 constexpr const char* ASSOCIATIONS[]{"Zerix_PortImplementsEndpoint", "Zerix_ElementConformsToProfile",
-                                     "Zerix_ElementSettingData"};
+                                     "Zerix_ElementSettingData",     "Zerix_ElementStatisticalData",
+                                     "Zerix_PortIPConfiguration",    "Zerix_PortDiagnosticSetting",
+                                     "Zerix_AffectedJobElement"};
 
 TEST_F(Handles, EightThreads_afterAnAssociation)
 {
     adapterCount = 50;
+    storeJobs(50);
     for (const char* last : ASSOCIATIONS) {
         const int held = heldByThreads(8, last);
         RecordProperty(last, held);
@@ -311,9 +354,28 @@ TEST_F(Handles, EightThreads_afterThePorts)
     EXPECT_LE(held, 900);
 }
 
+TEST_F(Handles, EightThreads_afterTheJobs)
+{
+    adapterCount = 50;
+    storeJobs(50);
+    const int held = heldByThreads(8, "Zerix_ConcreteJob");
+    RecordProperty("held", held);
+    EXPECT_LE(held, 900);
+}
+
+TEST_F(Handles, EightThreads_afterTheResults)
+{
+    adapterCount = 50;
+    storeJobs(50);
+    const int held = heldByThreads(8, "Zerix_DiagnosticResult");
+    RecordProperty("held", held);
+    EXPECT_LE(held, 2600);
+}
+
 TEST_F(Handles, ThreadsEnd_freesAll)
 {
     adapterCount = 50;
+    storeJobs(50);
     // What exists once is made, and what this thread holds is little.
     enumerateAllAndThen("Zerix_EthernetPort");
     enumerate("Zerix_SoftwareIdentity");
@@ -325,6 +387,8 @@ TEST_F(Handles, ThreadsEnd_freesAll)
 TEST_F(Handles, FiveHundredAdapters_atNoMoment)
 {
     adapterCount = 500;
+    // As many as are kept.
+    storeJobs(200);
     for (const char* last : ASSOCIATIONS) {
         enumerateAllAndThen(last);
         enumerateAllAndThen(last);
@@ -345,9 +409,34 @@ TEST_F(Handles, Addresses_countAsAdaptersDo)
     EXPECT_EQ(openMutexes - before, 2 * (80 + 80 + 20));
 }
 
+TEST_F(Handles, Jobs_countAsAdaptersDo)
+{
+    // The last has as many jobs as are kept.
+    for (const auto& [adapters, jobs] : {std::pair{20, 30}, {50, 50}, {500, 200}}) {
+        adapterCount = static_cast<std::size_t>(adapters);
+        storeJobs(static_cast<std::size_t>(jobs));
+        // What exists once is made.
+        enumerateAllAndThen("Zerix_DiagnosticResult");
+        EXPECT_EQ(heldAfter("Zerix_ConcreteJob"), 2 * jobs);
+        // Two for each result, and for each port that one may refer to.
+        EXPECT_EQ(heldAfter("Zerix_DiagnosticResult"), 2 * (jobs + adapters));
+        EXPECT_EQ(heldAfter("Zerix_AffectedJobElement"), 2 * (jobs + jobs + adapters));
+    }
+}
+
+TEST_F(Handles, WithoutResults_noPortIsHeld)
+{
+    adapterCount = 20;
+    enumerate("Zerix_SoftwareIdentity");
+    const int before = openMutexes;
+    enumerate("Zerix_DiagnosticResult");
+    EXPECT_EQ(openMutexes, before);
+}
+
 TEST_F(Handles, FirstAnswer_takesHardlyMoreLocks)
 {
     adapterCount = 50;
+    storeJobs(50);
     for (const std::string& name : classNames()) {
         enumerate("Zerix_SoftwareIdentity");
         const int first = pairsOf(name);

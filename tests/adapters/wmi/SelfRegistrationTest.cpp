@@ -3,13 +3,13 @@
 #include <array>
 #include <cstring>
 #include <map>
-#include <stdexcept>
 
 #include "Utils/Utils.h"
 #include "adapters/wmi/ServerState.h"
 #include "support/CallLog.h"
 #include "support/ImportHook.h"
 #include "support/LogLines.h"
+#include "support/PrivateRegistry.h"
 
 // The module's exports have no header of their own: COM's installers know them by name.
 extern "C" HRESULT WINAPI DllRegisterServer();
@@ -31,34 +31,6 @@ const std::string SERVER_KEY = CLASS_KEY + "\\InprocServer32";
 const std::string DESCRIPTION = "DRAVEv2 Provider for Vexal(R) Ethernet Adapters";
 constexpr const char* SET = "utils::WindowsRegistry::setKey";
 constexpr const char* REGISTRY = "Os/Windows/Windows";
-
-// HKEY_LOCAL_MACHINE as this process sees it: an empty key of its own while the object lives.
-class OwnMachineKey
-{
-public:
-    OwnMachineKey() : m_path("Software\\ZerixTest" + std::to_string(GetCurrentProcessId()))
-    {
-        HKEY key = nullptr;
-        if (RegCreateKeyExA(HKEY_CURRENT_USER, m_path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) !=
-                ERROR_SUCCESS ||
-            RegOverridePredefKey(HKEY_LOCAL_MACHINE, key) != ERROR_SUCCESS)
-        {
-            throw std::runtime_error("cannot take over HKEY_LOCAL_MACHINE");
-        }
-        RegCloseKey(key);
-    }
-    OwnMachineKey(const OwnMachineKey&) = delete;
-    OwnMachineKey& operator=(const OwnMachineKey&) = delete;
-    ~OwnMachineKey()
-    {
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-        RegDeleteTreeA(HKEY_CURRENT_USER, m_path.c_str());
-        RegDeleteKeyA(HKEY_CURRENT_USER, m_path.c_str());
-    }
-
-private:
-    std::string m_path;
-};
 
 // The values of a key by name, each as its type, its size and its text; one entry "missing" when there is no key.
 std::map<std::string, std::string> valuesOf(const std::string& path)
@@ -119,7 +91,7 @@ protected:
     }
 
     support::LogCapture log{2};
-    OwnMachineKey machine;
+    support::PrivateRegistry machine;
     ImportHook nameHook{"GetModuleFileNameA", &giveFileName};
 };
 
