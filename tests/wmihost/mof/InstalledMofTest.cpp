@@ -78,18 +78,23 @@ TEST(InstalledMof, WordsAndNumbersOfEveryValueMapComeInPairs)
     }
 }
 
-// Of the standard's view the files hold nothing foreign but pragmas of WMI's own compiler.
-TEST(InstalledMof, KeepsToTheStandardButForPragmas)
+// What stands out is WMI's own: the pragmas of its compiler, and one reference to a class of another namespace, where
+// clients look for profiles. The standard knows no such reference.
+TEST(InstalledMof, KeepsToTheStandardButForWmisOwn)
 {
     static const std::regex pragma("the pragma '(autorecover|deleteclass|deleteinstance)' is not in the standard");
     ClassRepository repository;
+    std::vector<std::string> others;
     for (const char* name : {"ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof"}) {
         const std::vector<std::string> violations = checkMofFile(installed(name), repository);
         EXPECT_FALSE(violations.empty()) << name;
         for (const std::string& violation : violations) {
-            EXPECT_TRUE(std::regex_search(violation, pragma)) << violation;
+            if (!std::regex_search(violation, pragma)) {
+                others.push_back(violation.substr(violation.rfind(": ") + 2));
+            }
         }
     }
+    EXPECT_EQ(others, std::vector<std::string>{"the class 'Zerix_RegisteredProfile' is not declared above"});
 }
 
 TEST(InstalledMof, TheRemovalDeletesEveryClassThatIsInstalled)
