@@ -82,15 +82,17 @@ public:
     {
         return report("CreateClassEnumAsync", L"", sink, [&](Rows& all) { return classes(all); });
     }
-    HRESULT STDMETHODCALLTYPE CreateInstanceEnum(BSTR name, LONG, IWbemContext*, IEnumWbemClassObject** rows) override
+    HRESULT STDMETHODCALLTYPE CreateInstanceEnum(BSTR name, LONG flags, IWbemContext*,
+                                                 IEnumWbemClassObject** rows) override
     {
         return enumerate("CreateInstanceEnum", viewOf(name), rows,
-                         [&](Rows& all) { return instances(viewOf(name), all); });
+                         [&](Rows& all) { return instances(viewOf(name), flags, all); });
     }
-    HRESULT STDMETHODCALLTYPE CreateInstanceEnumAsync(BSTR name, LONG, IWbemContext*, IWbemObjectSink* sink) override
+    HRESULT STDMETHODCALLTYPE CreateInstanceEnumAsync(BSTR name, LONG flags, IWbemContext*,
+                                                      IWbemObjectSink* sink) override
     {
         return report("CreateInstanceEnumAsync", viewOf(name), sink,
-                      [&](Rows& all) { return instances(viewOf(name), all); });
+                      [&](Rows& all) { return instances(viewOf(name), flags, all); });
     }
     HRESULT STDMETHODCALLTYPE ExecQuery(BSTR, BSTR text, LONG, IWbemContext*, IEnumWbemClassObject** rows) override
     {
@@ -235,10 +237,13 @@ private:
     }
 
     // A class that the namespace does not have brings no rows, and no failure.
-    HRESULT instances(std::wstring_view className, Rows& rows) const
+    HRESULT instances(std::wstring_view className, LONG flags, Rows& rows) const
     {
+        const bool exactly = (flags & WBEM_FLAG_SHALLOW) != 0;
         for (const auto& instance : m_behaviour.instances) {
-            if (instance->InheritsFrom(std::wstring(className).c_str()) == WBEM_S_NO_ERROR) {
+            if (exactly ? sameName(textOf(*instance.get(), L"__CLASS"), className)
+                        : instance->InheritsFrom(std::wstring(className).c_str()) == WBEM_S_NO_ERROR)
+            {
                 rows.push_back(instance);
             }
         }

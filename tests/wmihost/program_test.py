@@ -278,6 +278,33 @@ delete     FAILED   there is no job to delete
                 self.expect(["list", "Zerix_RegisteredProfile", "--impersonation", level], 1, "",
                             f"wmihost list Zerix_RegisteredProfile --impersonation {level}" + DENIED)
 
+    def test_queries_are_answered(self):
+        code, out, error = wmihost("query", "SELECT Name, DeviceID FROM Zerix_EthernetPort WHERE NOT DeviceID IS NULL",
+                                   "--format", "json")
+        self.assertEqual((code, error), (0, ""))
+        ports = json.loads(out)
+        listed = json.loads(wmihost("list", "Zerix_EthernetPort", "--property", "Name,DeviceID", "--format", "json")[1])
+        self.assertEqual(ports, listed)
+        code, out, error = wmihost("query",
+                                   f"SELECT Name FROM Zerix_EthernetPort WHERE DeviceID = '{ports[0]['DeviceID']}'")
+        self.assertEqual((code, out.split("\n")[2:], error), (0, [ports[0]["Name"], ""], ""))
+        self.expect(["query", "SELECT Name FROM Zerix_EthernetPort WHERE Name = 'of nobody'", "--format", "json"], 0,
+                    "[]\n", "the query found nothing\n")
+
+    def test_what_is_related_to_a_port_is_found_from_both_ends(self):
+        port = only_path("Zerix_EthernetPort").replace('"', "'")
+        found = json.loads(wmihost("related", port, "--format", "json")[1])
+        self.assertLessEqual({"Zerix_EthernetPortStatistics", "Zerix_IPConfiguration", "Zerix_AdapterSetting",
+                              "Zerix_DiagnosticSetting", "Zerix_RegisteredProfile"},
+                             {instance["__CLASS"] for instance in found})
+        for instance in found:
+            path = instance["__PATH"].replace('"', "'")
+            back = json.loads(wmihost("related", path, "--where", "ResultClass=Zerix_EthernetPort", "--format",
+                                      "json")[1])
+            self.assertIn(port, [end["__PATH"].split(":", 1)[1].replace('"', "'") for end in back], path)
+        links = json.loads(wmihost("related", port, "--references", "--format", "json")[1])
+        self.assertEqual(len(links), len(found))
+
     def test_many_requests_at_once_are_counted(self):
         summary = r"^12 requests, 0 failures, slowest [0-9]+\.[0-9] ms, mean [0-9]+\.[0-9] ms\n$"
         for command in (["list", "Zerix_EthernetPort"], ["get", PROFILE]):
@@ -303,8 +330,8 @@ delete     FAILED   there is no job to delete
                 _, out, error = wmihost(*arguments, folder=PREFIX)
                 self.assertEqual((out + error).replace("\\\\" + host + "\\", "\\\\VM\\").rstrip("\n"),
                                  expected.rstrip("\n"))
-        self.assertLessEqual({"classes", "describe", "list", "get", "set", "delete", "invoke", "watch", "metrics",
-                              "self-test"}, asked)
+        self.assertLessEqual({"classes", "describe", "list", "get", "query", "related", "set", "delete", "invoke", "watch",
+                              "metrics", "self-test"}, asked)
 
     def test_wrong_usage_has_exit_code_2(self):
         self.expect(["lst"], 2, "", """\

@@ -40,6 +40,16 @@ bool plays(const Property& property, const std::wstring& role)
     return role.empty() || sameName(property.name, role);
 }
 
+// A misspelt class is a failure, not a class without instances.
+void checkClasses(const Connection& connection, const wql::RelatedQuery& query, const CommandOptions& options)
+{
+    for (const std::wstring& name : {query.assocClass, query.resultClass}) {
+        if (!name.empty()) {
+            connection.findClass(name, options.nameSpace);
+        }
+    }
+}
+
 // Whether the query may follow the associations of that class.
 bool isWanted(const ClassDefinition& association, const wql::RelatedQuery& query)
 {
@@ -104,6 +114,7 @@ public:
           m_source(connection.findInstance(query.path, options.nameSpace)),
           m_path(ObjectPath::parse(m_source.path))
     {
+        checkClasses(connection, query, options);
         // An instance that does not exist is a failure, not an instance without relations.
         getInstance(connection, m_source, options);
     }
@@ -217,6 +228,7 @@ std::vector<FoundObject> findRelated(Connection& connection, const wql::RelatedQ
 std::vector<ClassTarget> findRelatedClasses(const Connection& connection, const wql::RelatedQuery& query,
                                             const CommandOptions& options)
 {
+    checkClasses(connection, query, options);
     const ClassTarget source = connection.findMethodTarget(query.path, options.nameSpace).target;
     std::vector<ClassTarget> result;
     for (const ClassTarget& association : connection.classes(options.nameSpace)) {

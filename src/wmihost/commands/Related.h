@@ -16,7 +16,7 @@ struct FoundObject
 
 // What ASSOCIATORS OF or REFERENCES OF finds around an instance, by reading one class of associations after the other:
 // an object comes as often as associations lead to it. With KEYSONLY the objects have their keys alone. Throws
-// RequestError, also if there is no such instance, and PathError.
+// RequestError, also if there is no such instance or class, and PathError.
 std::vector<FoundObject> findRelated(Connection& connection, const wql::RelatedQuery& query,
                                      const CommandOptions& options);
 

@@ -122,7 +122,9 @@ struct clause_name : p::sor<keyword<TAO_PEGTL_ISTRING("assocclass")>, keyword<TA
                             keyword<TAO_PEGTL_ISTRING("requiredqualifier")>,
                             keyword<TAO_PEGTL_ISTRING("requiredassocqualifier")>> {};
 struct equals : mark<'='> {};
-struct clause_value : p::seq<name, gap> {};
+// Nothing else can stand here, so that a word of the language is a name as well.
+struct any_name : p::seq<letter, p::star<p::sor<letter, p::digit>>> {};
+struct clause_value : p::seq<any_name, gap> {};
 struct clause : p::sor<kw_classdefsonly, kw_keysonly, kw_schemaonly,
                        p::seq<clause_name, p::must<equals, clause_value>>> {};
 struct clauses : p::plus<clause> {};
@@ -244,6 +246,6 @@ using selector = p::parse_tree::selector<
               select, related, everything, selected, from_class, any, all, negation, comparison, property, text,
               double_body, single_body, word, number, kw_true, kw_false, kw_null, kw_not, constant, leading_constant,
               is_null, like, isa, op_le, op_ge, op_ne, op_lt, op_gt, op_eq, kw_references, path, clause, clause_name,
-              clause_value, kw_classdefsonly, kw_keysonly, kw_schemaonly, name>>;
+              clause_value, any_name, kw_classdefsonly, kw_keysonly, kw_schemaonly, name>>;
 
 }  // namespace wmihost::wql::grammar

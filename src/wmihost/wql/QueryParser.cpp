@@ -212,19 +212,21 @@ SelectQuery selectIn(const Node& node, std::string_view text)
     throw QueryError(errorAt(text, placeOf(node), reason));
 }
 
-// The part of the query that a keyword of its WHERE sets.
-std::wstring& partFor(RelatedQuery& query, std::wstring_view keyword)
+using Part = std::wstring RelatedQuery::*;
+
+// The part of the query that a keyword of its WHERE sets. The grammar knows the same keywords.
+Part partFor(std::wstring_view keyword)
 {
-    const std::array<std::pair<std::wstring_view, std::wstring*>, 6> parts{
-        {{L"AssocClass", &query.assocClass},
-         {L"ResultClass", &query.resultClass},
-         {L"ResultRole", &query.resultRole},
-         {L"Role", &query.role},
-         {L"RequiredQualifier", &query.requiredQualifier},
-         {L"RequiredAssocQualifier", &query.requiredAssocQualifier}}};
-    return *std::find_if(parts.begin(), parts.end(), [keyword](const auto& part) {
-                return sameName(part.first, keyword);
-            })->second;
+    static constexpr std::array<std::pair<std::wstring_view, Part>, 6> parts{
+        {{L"AssocClass", &RelatedQuery::assocClass},
+         {L"ResultClass", &RelatedQuery::resultClass},
+         {L"ResultRole", &RelatedQuery::resultRole},
+         {L"Role", &RelatedQuery::role},
+         {L"RequiredQualifier", &RelatedQuery::requiredQualifier},
+         {L"RequiredAssocQualifier", &RelatedQuery::requiredAssocQualifier}}};
+    const auto* const found =
+        std::find_if(parts.begin(), parts.end(), [keyword](const auto& part) { return sameName(part.first, keyword); });
+    return found->second;
 }
 
 void readClause(const Node& node, std::string_view text, RelatedQuery& query)
@@ -249,16 +251,16 @@ void readClause(const Node& node, std::string_view text, RelatedQuery& query)
     }
     std::string_view keyword = childOf<grammar::clause_name>(node)->string_view();
     keyword = keyword.substr(0, keyword.find_last_not_of(" \t\r\n") + 1);
-    std::wstring& part = partFor(query, toWide(keyword));
-    const bool ofAssociators =
-        &part == &query.assocClass || &part == &query.resultRole || &part == &query.requiredAssocQualifier;
+    const Part part = partFor(toWide(keyword));
+    const bool ofAssociators = part == &RelatedQuery::assocClass || part == &RelatedQuery::resultRole ||
+                               part == &RelatedQuery::requiredAssocQualifier;
     if (query.references && ofAssociators) {
         failAt(text, node, std::string(keyword) + " belongs to ASSOCIATORS OF, not to REFERENCES OF");
     }
-    if (!part.empty()) {
+    if (!(query.*part).empty()) {
         failAt(text, node, std::string(keyword) + " stands here twice");
     }
-    part = nameIn(*childOf<grammar::clause_value>(node));
+    query.*part = toWide(childOf<grammar::any_name>(*childOf<grammar::clause_value>(node))->string_view());
 }
 
 RelatedQuery relatedIn(const Node& node, std::string_view text)

@@ -247,6 +247,8 @@ TEST_F(QueryTest, Related_isTheShortForm)
     EXPECT_EQ(run({"related", "Fake_Room='gone'"}), 1);
     EXPECT_NE(error.find("WBEM_E_NOT_FOUND"), std::string::npos) << error;
     EXPECT_EQ(run({"related", "Fake_Room='attic'", "--where", "Colour=x"}), 2);
+    EXPECT_EQ(run({"related", "Fake_Room='attic'", "--where", "ResultClass=Fake_Lmp"}), 1);
+    EXPECT_NE(error.find("did you mean Fake_Lamp?"), std::string::npos) << error;
 }
 
 }  // namespace

@@ -207,6 +207,38 @@ TEST_F(ServiceTest, Related_sendsWmisOwnFormOfThePath)
     EXPECT_TRUE(called("ExecQueryAsync REFERENCES OF {Test_Thing.Name=\"one\"}"));
 }
 
+TEST_F(ServiceTest, RelatedLocal_readsEachAssociationOnce)
+{
+    compileMofText(R"(#pragma namespace("\\\\.\\root\\cimv2")
+[Association] class Test_Link { [key] Test_Thing ref From; [key] Test_Thing ref To; };
+[Association] class Test_StrongLink : Test_Link {};
+instance of Test_Link { From = "Test_Thing.Name=\"one\""; To = "Test_Thing.Name=\"two\""; };
+instance of Test_StrongLink { From = "Test_Thing.Name=\"two\""; To = "Test_Thing.Name=\"one\""; };
+)",
+                   "links.mof", repository);
+    for (const wchar_t* const name : {L"Test_Link", L"Test_StrongLink"}) {
+        for (const InstanceData* instance : repository.findNamespace(L"root\\cimv2")->instancesOf(name)) {
+            service.instances.push_back(ClassObject::ofInstance(*instance));
+        }
+    }
+    const std::vector<std::string> related{"related",     "Test_Thing='one'", "--local",
+                                           "--namespace", "root/cimv2",       "--where"};
+    const auto run = [&](const std::string& keywords) {
+        std::vector<std::string> arguments = related;
+        arguments.push_back(keywords);
+        EXPECT_EQ(runService(arguments), 0) << error;
+        return out;
+    };
+    const std::string row = "two       5  Disabled     20\n";
+    const std::string head = "Test_Thing\nName  Count  State     Bytes\n----  -----  --------  -----\n";
+    EXPECT_EQ(run("KEYSONLY AssocClass=Test_Link"),
+              "Test_Thing\nName  Count  State  Bytes\n----  -----  -----  -----\ntwo\ntwo\n");
+    EXPECT_EQ(run("AssocClass=Test_StrongLink"), head + row);
+    EXPECT_EQ(run("Role=From"), head + row);
+    EXPECT_FALSE(std::any_of(service.calls.begin(), service.calls.end(),
+                             [](const std::string& call) { return call.starts_with("ExecQuery"); }));
+}
+
 TEST_F(ServiceTest, Watch_readsTheCountersOfTheService)
 {
     EXPECT_EQ(runService({"watch", "Test_Thing", "--count", "1", "--interval", "10"}), 0) << error;

@@ -64,6 +64,7 @@ protected:
 
 struct ConditionCase
 {
+    const char* name;
     const char* condition;
     const char* answer;
 };
@@ -86,47 +87,64 @@ INSTANTIATE_TEST_SUITE_P(
     Table, ConditionCases,
     testing::Values(
         // Texts, without case.
-        ConditionCase{"Name = 'ETH0'", "true"}, ConditionCase{"name <> 'eth1'", "true"},
-        ConditionCase{"Name < 'eth1'", "true"}, ConditionCase{"Name >= 'ETH1'", "false"},
-        ConditionCase{"'eth0' = Name", "true"}, ConditionCase{"Name LIKE 'e_h%'", "true"},
-        ConditionCase{"NOT Name LIKE '%[1-9]'", "true"},
+        ConditionCase{"TextEqual", "Name = 'ETH0'", "true"}, ConditionCase{"TextNotEqual", "name <> 'eth1'", "true"},
+        ConditionCase{"TextLess", "Name < 'eth1'", "true"},
+        ConditionCase{"TextGreaterOrEqual", "Name >= 'ETH1'", "false"},
+        ConditionCase{"ConstantFirst", "'eth0' = Name", "true"}, ConditionCase{"TextLike", "Name LIKE 'e_h%'", "true"},
+        ConditionCase{"TextNotLike", "NOT Name LIKE '%[1-9]'", "true"},
         // Numbers.
-        ConditionCase{"Count = 10", "true"}, ConditionCase{"Count = '10'", "true"}, ConditionCase{"Count < 9", "false"},
-        ConditionCase{"9 < Count", "true"}, ConditionCase{"Count = 0xA", "true"}, ConditionCase{"Below > -6", "true"},
-        ConditionCase{"Below < 0", "true"}, ConditionCase{"Large = 18446744073709551615", "true"},
-        ConditionCase{"Large > 18446744073709551614", "true"}, ConditionCase{"Share >= 0.5", "true"},
-        ConditionCase{"Share < 5e-1", "false"},
+        ConditionCase{"NumberEqual", "Count = 10", "true"}, ConditionCase{"NumberAsText", "Count = '10'", "true"},
+        ConditionCase{"NumberLess", "Count < 9", "false"}, ConditionCase{"NumberConstantFirst", "9 < Count", "true"},
+        ConditionCase{"Hexadecimal", "Count = 0xA", "true"}, ConditionCase{"NegativeGreater", "Below > -6", "true"},
+        ConditionCase{"NegativeLess", "Below < 0", "true"},
+        ConditionCase{"LargestEqual", "Large = 18446744073709551615", "true"},
+        ConditionCase{"LargestGreater", "Large > 18446744073709551614", "true"},
+        ConditionCase{"RealGreaterOrEqual", "Share >= 0.5", "true"}, ConditionCase{"RealLess", "Share < 5e-1", "false"},
         // Booleans.
-        ConditionCase{"Primary = TRUE", "true"}, ConditionCase{"Primary = 1", "true"},
-        ConditionCase{"Primary <> FALSE", "true"}, ConditionCase{"Primary = 'false'", "false"},
-        ConditionCase{"Primary != 1", "false"}, ConditionCase{"Primary = yes", "true"},
+        ConditionCase{"BooleanTrue", "Primary = TRUE", "true"}, ConditionCase{"BooleanOne", "Primary = 1", "true"},
+        ConditionCase{"BooleanNotFalse", "Primary <> FALSE", "true"},
+        ConditionCase{"BooleanAsText", "Primary = 'false'", "false"},
+        ConditionCase{"BooleanNotOne", "Primary != 1", "false"}, ConditionCase{"BooleanYes", "Primary = yes", "true"},
         // Words of the value map.
-        ConditionCase{"State = 'enabled'", "true"}, ConditionCase{"State = Disabled", "false"},
-        ConditionCase{"State = 2", "true"},
+        ConditionCase{"Word", "State = 'enabled'", "true"}, ConditionCase{"OtherWord", "State = Disabled", "false"},
+        ConditionCase{"NumberOfAWord", "State = 2", "true"},
         // Datetimes, as points in time.
-        ConditionCase{"Start = '20261121110000.500000+000'", "true"}, ConditionCase{"Start > '20261121'", "true"},
-        ConditionCase{"Start < '20261121110001'", "true"}, ConditionCase{"Start >= '20270101'", "false"},
-        ConditionCase{"Start < '20261121060001.000000-300'", "true"},
-        ConditionCase{"Duration > '00000001020303.000000:000'", "true"},
+        ConditionCase{"DatetimeInUtc", "Start = '20261121110000.500000+000'", "true"},
+        ConditionCase{"DatetimeAfterADay", "Start > '20261121'", "true"},
+        ConditionCase{"DatetimeBeforeASecond", "Start < '20261121110001'", "true"},
+        ConditionCase{"DatetimeBeforeADay", "Start >= '20270101'", "false"},
+        ConditionCase{"DatetimeWithOffset", "Start < '20261121060001.000000-300'", "true"},
+        ConditionCase{"Interval", "Duration > '00000001020303.000000:000'", "true"},
         // No value.
-        ConditionCase{"Nothing IS NULL", "true"}, ConditionCase{"Nothing IS NOT NULL", "false"},
-        ConditionCase{"Name = NULL", "false"}, ConditionCase{"Name <> NULL", "true"},
-        ConditionCase{"Nothing = 'x'", "unknown"}, ConditionCase{"NOT Nothing = 'x'", "unknown"},
-        ConditionCase{"NoNumber < 1", "unknown"}, ConditionCase{"NoNumber = 1 OR Count = 10", "true"},
-        ConditionCase{"NoNumber = 1 AND Count = 11", "false"}, ConditionCase{"NoNumber = 1 AND Count = 10", "unknown"},
-        ConditionCase{"Texts IS NOT NULL", "true"}, ConditionCase{"Target IS NULL", "true"},
+        ConditionCase{"IsNull", "Nothing IS NULL", "true"}, ConditionCase{"IsNotNull", "Nothing IS NOT NULL", "false"},
+        ConditionCase{"EqualsNull", "Name = NULL", "false"}, ConditionCase{"DiffersFromNull", "Name <> NULL", "true"},
+        ConditionCase{"NullEqual", "Nothing = 'x'", "unknown"},
+        ConditionCase{"NullNotEqual", "NOT Nothing = 'x'", "unknown"},
+        ConditionCase{"NullLess", "NoNumber < 1", "unknown"},
+        ConditionCase{"NullOrTrue", "NoNumber = 1 OR Count = 10", "true"},
+        ConditionCase{"NullAndFalse", "NoNumber = 1 AND Count = 11", "false"},
+        ConditionCase{"NullAndTrue", "NoNumber = 1 AND Count = 10", "unknown"},
+        ConditionCase{"ArrayIsNotNull", "Texts IS NOT NULL", "true"},
+        ConditionCase{"ObjectIsNull", "Target IS NULL", "true"},
         // AND, OR and NOT.
-        ConditionCase{"Count=10 AND Below=-5", "true"}, ConditionCase{"Count=11 AND Below=-5", "false"},
-        ConditionCase{"Count=11 OR Below=-5", "true"}, ConditionCase{"NOT (Count=11 OR Below=-5)", "false"},
-        ConditionCase{"Count=11 AND Below=1 OR Name='eth0'", "true"},
-        ConditionCase{"Count=11 AND (Below=1 OR Name='eth0')", "false"},
+        ConditionCase{"AndTrue", "Count=10 AND Below=-5", "true"},
+        ConditionCase{"AndFalse", "Count=11 AND Below=-5", "false"},
+        ConditionCase{"OrTrue", "Count=11 OR Below=-5", "true"},
+        ConditionCase{"NotOr", "NOT (Count=11 OR Below=-5)", "false"},
+        ConditionCase{"AndBeforeOr", "Count=11 AND Below=1 OR Name='eth0'", "true"},
+        ConditionCase{"Parentheses", "Count=11 AND (Below=1 OR Name='eth0')", "false"},
         // The class.
-        ConditionCase{"__CLASS = 'Derived'", "true"}, ConditionCase{"__CLASS = 'Outer'", "false"},
-        ConditionCase{"__THIS ISA 'Outer'", "true"}, ConditionCase{"__THIS ISA 'Inner'", "false"},
-        ConditionCase{"__CLASS LIKE 'D%'", "true"}, ConditionCase{"__SUPERCLASS = 'Outer'", "true"}));
+        ConditionCase{"ClassItself", "__CLASS = 'Derived'", "true"},
+        ConditionCase{"ClassOfABase", "__CLASS = 'Outer'", "false"},
+        ConditionCase{"ThisIsABase", "__THIS ISA 'Outer'", "true"},
+        ConditionCase{"ThisIsNoOther", "__THIS ISA 'Inner'", "false"},
+        ConditionCase{"ClassLike", "__CLASS LIKE 'D%'", "true"},
+        ConditionCase{"Superclass", "__SUPERCLASS = 'Outer'", "true"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 struct Misfit
 {
+    const char* name;
     const char* condition;
     const char* reason;
 };
@@ -157,22 +175,26 @@ TEST_P(Misfits, AreRefusedBeforeAnythingIsAsked)
 INSTANTIATE_TEST_SUITE_P(
     Table, Misfits,
     testing::Values(
-        Misfit{"Cuont = 1", "the class Derived has no property Cuont; did you mean Count?"},
-        Misfit{"Count = many", "at character 9: Count is a number; 'many' is not"},
-        Misfit{"State = 'on'",
+        Misfit{"UnknownProperty", "Cuont = 1", "the class Derived has no property Cuont; did you mean Count?"},
+        Misfit{"TextForANumber", "Count = many", "at character 9: Count is a number; 'many' is not"},
+        Misfit{"WordThatIsNone", "State = 'on'",
                "at character 9: State is a number; 'on' is neither one nor a word for one (Enabled, Disabled)"},
-        Misfit{"Count = TRUE", "at character 9: Count is a number; 'TRUE' is not"},
-        Misfit{"Primary = maybe", "at character 11: Primary is a boolean; 'maybe' is not TRUE, FALSE, 1 or 0"},
-        Misfit{"Primary < TRUE", "at character 1: Primary is a boolean, which takes = and <> alone"},
-        Misfit{"Start > yesterday",
+        Misfit{"BooleanForANumber", "Count = TRUE", "at character 9: Count is a number; 'TRUE' is not"},
+        Misfit{"TextForABoolean", "Primary = maybe",
+               "at character 11: Primary is a boolean; 'maybe' is not TRUE, FALSE, 1 or 0"},
+        Misfit{"BooleanInAnOrder", "Primary < TRUE",
+               "at character 1: Primary is a boolean, which takes = and <> alone"},
+        Misfit{"TextForADate", "Start > yesterday",
                "at character 9: Start is a datetime; 'yesterday' is neither a date (2026-11-21, "
                "20261121094500.000000+060) nor an interval (00000001020304.000000:000)"},
-        Misfit{"Count LIKE '1%'", "at character 1: Count is not a text, which LIKE needs"},
-        Misfit{"Texts = 'a'", "at character 1: Texts is an array, which takes IS NULL and IS NOT NULL alone"},
-        Misfit{"Name ISA 'Inner'", "at character 1: Name holds no object, which ISA needs"},
-        Misfit{"Name.Size = 1", "at character 1: Name holds no object, so that it has no properties"},
-        Misfit{"Target = 'x'", "at character 1: Target holds an object, which takes ISA and IS NULL alone"},
-        Misfit{"__THIS = 'x'", "at character 1: __THIS is the object itself, and takes ISA alone"}));
+        Misfit{"LikeOfANumber", "Count LIKE '1%'", "at character 1: Count is not a text, which LIKE needs"},
+        Misfit{"Array", "Texts = 'a'", "at character 1: Texts is an array, which takes IS NULL and IS NOT NULL alone"},
+        Misfit{"IsaOfAText", "Name ISA 'Inner'", "at character 1: Name holds no object, which ISA needs"},
+        Misfit{"PartOfAText", "Name.Size = 1", "at character 1: Name holds no object, so that it has no properties"},
+        Misfit{"ObjectAsAText", "Target = 'x'",
+               "at character 1: Target holds an object, which takes ISA and IS NULL alone"},
+        Misfit{"ThisAsAText", "__THIS = 'x'", "at character 1: __THIS is the object itself, and takes ISA alone"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ConditionTest, EmbeddedObject_isLookedInto)
 {
@@ -187,6 +209,7 @@ TEST_F(ConditionTest, EmbeddedObject_isLookedInto)
     EXPECT_EQ(answer("Target ISA 'Outer'"), "false");
     EXPECT_EQ(answer("Target.Name = 'DISK' AND Target.Size > 6"), "true");
     EXPECT_EQ(answer("Target.Size = 8"), "false");
+    EXPECT_EQ(answer("Target.NoSuchName = 8"), "unknown");
     EXPECT_EQ(answer("Target IS NOT NULL"), "true");
 }
 

@@ -148,6 +148,8 @@ INSTANTIATE_TEST_SUITE_P(
                   "associators of Port result=A schema"},
         QueryCase{"References", "REFERENCES OF {Port=1} WHERE ResultClass=A Role=B RequiredQualifier=C KEYSONLY",
                   "references of Port=1 result=A role=B qualifier=C keys"},
+        QueryCase{"RoleThatIsAWordOfTheLanguage", "REFERENCES OF {Port=1} WHERE Role = From",
+                  "references of Port=1 role=From"},
         QueryCase{"ReferencesClasses", "REFERENCES OF {Port=1} WHERE ClassDefsOnly", "references of Port=1 classes"}),
     [](const auto& row) { return std::string(row.param.name); });
 
