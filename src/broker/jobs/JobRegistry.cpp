@@ -26,15 +26,25 @@ std::size_t addNames(std::map<std::string, bool>& names, const std::vector<std::
     return count;
 }
 
-// Marks all of them as tried.
-std::vector<std::string> takeNames(std::map<std::string, bool>& names)
+void keepOnly(std::map<std::string, bool>& names, const std::unordered_set<std::string>& kept)
+{
+    std::erase_if(names, [&kept](const auto& name) { return !kept.contains(name.first); });
+}
+
+std::vector<std::string> namesIn(const std::map<std::string, bool>& names)
 {
     std::vector<std::string> result;
-    for (auto& [name, wasTried] : names) {
-        wasTried = true;
+    for (const auto& [name, wasTried] : names) {
         result.push_back(name);
     }
     return result;
+}
+
+void markTried(std::map<std::string, bool>& names) noexcept
+{
+    for (auto& [name, wasTried] : names) {
+        wasTried = true;
+    }
 }
 
 bool holdsUntried(const std::map<std::string, bool>& names)
@@ -55,14 +65,29 @@ struct JobRegistry::Job
     bool isOwn = false;
     // An entry of it exists, if perhaps an older one.
     bool isStored = false;
-    // Its entry says less than this, and whether writing it was tried.
+    // Its entry says less than this.
     bool isBehind = false;
+    // Its entry is left to be removed.
+    bool isDropped = false;
+    // Whether writing or removing the entry was tried.
     bool wasTried = false;
     // What another process has made of it while it runs here.
     std::optional<StoredJob> elsewhere;
+    // Another process has removed its entry while it runs here.
     bool isGone = false;
 
     bool isRunning() const noexcept { return stored.status.isRunning(); }
+
+    // Whether clients see it.
+    bool isShown() const noexcept { return !isGone && !isDropped; }
+
+    bool isLeftToBeWritten() const noexcept { return isBehind && isShown(); }
+
+    void drop() noexcept
+    {
+        isDropped = true;
+        wasTried = false;
+    }
 
     // A clock that was set since the job ended, or started, neither shortens nor stretches what is left beyond reason.
     void resume(const Moment& now) noexcept
@@ -93,9 +118,10 @@ void JobRegistry::merge(const JobArchive::Contents& contents, const Moment& now)
     {
         const utils::MutexGuard guard(m_mutex);
         mergeJobs(contents.jobs, now);
-        mergeResults(contents.results);
-        unreadable =
-            addNames(m_droppedJobs, contents.unreadableJobs) + addNames(m_droppedResults, contents.unreadableResults);
+        mergeResults(contents);
+        keepOnly(m_unreadableJobs, {contents.unreadableJobs.begin(), contents.unreadableJobs.end()});
+        unreadable = addNames(m_unreadableJobs, contents.unreadableJobs) +
+                     addNames(m_droppedResults, contents.unreadableResults);
     }
     if (unreadable != 0) {
         here.error("%d stored entries of jobs and results cannot be understood and are removed",
@@ -113,9 +139,6 @@ void JobRegistry::mergeJobs(const std::vector<StoredJob>& stored, const Moment& 
     for (const StoredJob& entry : stored) {
         const std::string& id = entry.status.id;
         seen.insert(id);
-        if (m_droppedJobs.contains(id)) {
-            continue;
-        }
         const auto found = known.find(id);
         if (found == known.end()) {
             auto added = std::make_unique<Job>();
@@ -128,13 +151,15 @@ void JobRegistry::mergeJobs(const std::vector<StoredJob>& stored, const Moment& 
         Job& job = *found->second;
         job.isStored = true;
         job.isGone = false;
-        if (entry.status.isRunning()) {
+        if (entry.status.isRunning() || job.isDropped) {
             continue;
         }
         if (job.isOwn) {
             job.elsewhere = entry;
         } else if (job.isRunning() || job.isBehind || job.stored.endTime != entry.endTime) {
-            job.stored = entry;
+            // Copied first, so that it is taken over as a whole or not at all.
+            StoredJob copy = entry;
+            job.stored = std::move(copy);
             job.isBehind = false;
             job.resume(now);
         }
@@ -146,14 +171,16 @@ void JobRegistry::mergeJobs(const std::vector<StoredJob>& stored, const Moment& 
         job->isGone = true;
         return !job->isOwn;
     });
-    std::erase_if(m_droppedJobs, [&seen](const auto& name) { return !seen.contains(name.first); });
     sortByStart();
 }
 
-void JobRegistry::mergeResults(const std::vector<std::shared_ptr<const DiagnosticResult>>& stored)
+void JobRegistry::mergeResults(const JobArchive::Contents& contents)
 {
-    std::unordered_set<std::string> seen;
+    const std::vector<std::shared_ptr<const DiagnosticResult>>& stored = contents.results;
+    std::unordered_set<std::string> seen(contents.unreadableResults.begin(), contents.unreadableResults.end());
     std::vector<Result> merged;
+    // So that nothing throws once a known result is moved.
+    merged.reserve(stored.size() + m_results.size());
     for (const std::shared_ptr<const DiagnosticResult>& result : stored) {
         seen.insert(result->id);
         if (!m_droppedResults.contains(result->id)) {
@@ -166,7 +193,7 @@ void JobRegistry::mergeResults(const std::vector<std::shared_ptr<const Diagnosti
         }
     }
     m_results = std::move(merged);
-    std::erase_if(m_droppedResults, [&seen](const auto& name) { return !seen.contains(name.first); });
+    keepOnly(m_droppedResults, seen);
     sortByStart();
 }
 
@@ -175,7 +202,7 @@ std::set<std::string> JobRegistry::otherHosts()
     const utils::MutexGuard guard(m_mutex);
     std::set<std::string> result;
     for (const std::unique_ptr<Job>& job : m_jobs) {
-        if (job->isRunning() && !job->isOwn) {
+        if (job->isRunning() && !job->isOwn && job->isShown()) {
             result.insert(job->stored.host);
         }
     }
@@ -186,7 +213,7 @@ void JobRegistry::endJobsOf(const std::set<std::string>& hosts, const Moment& no
 {
     const utils::MutexGuard guard(m_mutex);
     for (const std::unique_ptr<Job>& job : m_jobs) {
-        if (!job->isRunning() || job->isOwn || !hosts.contains(job->stored.host)) {
+        if (!job->isRunning() || job->isOwn || !job->isShown() || !hosts.contains(job->stored.host)) {
             continue;
         }
         JobStatus& status = job->stored.status;
@@ -211,18 +238,18 @@ void JobRegistry::endJobsOf(const std::set<std::string>& hosts, const Moment& no
 void JobRegistry::expire(SteadyTime now)
 {
     const utils::MutexGuard guard(m_mutex);
-    std::size_t tooMany = m_jobs.size() - std::min(m_jobs.size(), MAX_JOBS);
+    const auto shown = static_cast<std::size_t>(
+        std::count_if(m_jobs.begin(), m_jobs.end(), [](const std::unique_ptr<Job>& job) { return job->isShown(); }));
+    std::size_t tooMany = shown - std::min(shown, MAX_JOBS);
     for (const std::unique_ptr<Job>& job : m_jobs) {
-        if (job->isRunning() || (now < job->expiry && tooMany == 0)) {
+        if (job->isRunning() || !job->isShown() || (now < job->expiry && tooMany == 0)) {
             continue;
         }
-        if (job->isStored) {
-            m_droppedJobs.emplace(job->stored.status.id, false);
-        }
-        job->isGone = true;
+        job->drop();
         tooMany -= std::min<std::size_t>(tooMany, 1);
     }
-    std::erase_if(m_jobs, [](const std::unique_ptr<Job>& job) { return job->isGone && !job->isOwn; });
+    std::erase_if(
+        m_jobs, [](const std::unique_ptr<Job>& job) { return job->isDropped && !job->isStored && !job->isRunning(); });
     while (m_results.size() > MAX_RESULTS) {
         if (m_results.front().isStored) {
             m_droppedResults.emplace(m_results.front().value->id, false);
@@ -237,7 +264,7 @@ std::vector<JobStatus> JobRegistry::jobs(SteadyTime now)
     std::vector<JobStatus> result;
     result.reserve(m_jobs.size());
     for (const std::unique_ptr<Job>& job : m_jobs) {
-        if (job->isGone) {
+        if (!job->isShown()) {
             continue;
         }
         result.push_back(job->stored.status);
@@ -263,13 +290,13 @@ std::optional<StoredJob> JobRegistry::find(const std::string& id)
 {
     const utils::MutexGuard guard(m_mutex);
     const Job* found = job(id);
-    return found == nullptr ? std::nullopt : std::make_optional(found->stored);
+    return found == nullptr || !found->isShown() ? std::nullopt : std::make_optional(found->stored);
 }
 
 bool JobRegistry::isKnown(const std::string& id)
 {
     const utils::MutexGuard guard(m_mutex);
-    return job(id) != nullptr || m_droppedJobs.contains(id) ||
+    return job(id) != nullptr || m_unreadableJobs.contains(id) ||
            std::any_of(m_results.begin(), m_results.end(),
                        [&id](const Result& result) { return result.value->jobId == id; });
 }
@@ -278,15 +305,16 @@ bool JobRegistry::isAdapterBusy(const std::string& adapterGuid)
 {
     const utils::MutexGuard guard(m_mutex);
     return std::any_of(m_jobs.begin(), m_jobs.end(), [&adapterGuid](const std::unique_ptr<Job>& job) {
-        return job->isRunning() && !job->isGone && job->stored.status.adapterGuid == adapterGuid;
+        return job->isRunning() && job->isShown() && job->stored.status.adapterGuid == adapterGuid;
     });
 }
 
 std::size_t JobRegistry::running()
 {
     const utils::MutexGuard guard(m_mutex);
-    return static_cast<std::size_t>(
-        std::count_if(m_jobs.begin(), m_jobs.end(), [](const std::unique_ptr<Job>& job) { return job->isRunning(); }));
+    return static_cast<std::size_t>(std::count_if(m_jobs.begin(), m_jobs.end(), [](const std::unique_ptr<Job>& job) {
+        return job->isRunning() && job->isShown();
+    }));
 }
 
 void JobRegistry::add(const StoredJob& job, SteadyTime start)
@@ -312,7 +340,7 @@ std::optional<StoredJob> JobRegistry::fate(const std::string& id)
 {
     const utils::MutexGuard guard(m_mutex);
     const Job* found = job(id);
-    if (found == nullptr || found->isGone) {
+    if (found == nullptr || !found->isShown()) {
         return std::nullopt;
     }
     return found->elsewhere ? found->elsewhere : found->stored;
@@ -358,22 +386,30 @@ void JobRegistry::abandon(const std::string& id, const char* error, const Moment
 void JobRegistry::forget(const std::string& id) noexcept
 {
     const utils::MutexGuard guard(m_mutex);
-    std::erase_if(m_jobs, [&id](const std::unique_ptr<Job>& job) { return job->stored.status.id == id; });
+    Job* const found = job(id);
+    if (found != nullptr && found->isDropped) {
+        found->isOwn = false;
+        return;
+    }
+    std::erase_if(m_jobs, [found](const std::unique_ptr<Job>& job) { return job.get() == found; });
 }
 
-void JobRegistry::drop(const std::string& id)
+void JobRegistry::drop(const std::string& id) noexcept
 {
     const utils::MutexGuard guard(m_mutex);
-    m_droppedJobs[id] = false;
-    forget(id);
+    if (Job* found = job(id)) {
+        found->drop();
+    }
 }
 
 bool JobRegistry::hasChores()
 {
     const utils::MutexGuard guard(m_mutex);
-    return holdsUntried(m_droppedJobs) || holdsUntried(m_droppedResults) ||
+    return holdsUntried(m_unreadableJobs) || holdsUntried(m_droppedResults) ||
            std::any_of(m_jobs.begin(), m_jobs.end(),
-                       [](const std::unique_ptr<Job>& job) { return job->isBehind && !job->wasTried; }) ||
+                       [](const std::unique_ptr<Job>& job) {
+                           return (job->isDropped || job->isLeftToBeWritten()) && !job->wasTried;
+                       }) ||
            std::any_of(m_results.begin(), m_results.end(),
                        [](const Result& result) { return !result.isStored && !result.wasTried; });
 }
@@ -381,9 +417,11 @@ bool JobRegistry::hasChores()
 JobRegistry::Chores JobRegistry::chores()
 {
     const utils::MutexGuard guard(m_mutex);
-    Chores result;
+    Chores result{namesIn(m_unreadableJobs), namesIn(m_droppedResults), {}, {}};
     for (const std::unique_ptr<Job>& job : m_jobs) {
-        if (job->isBehind) {
+        if (job->isDropped) {
+            result.droppedJobs.push_back(job->stored.status.id);
+        } else if (job->isLeftToBeWritten()) {
             result.jobs.push_back(job->stored);
         }
     }
@@ -392,8 +430,9 @@ JobRegistry::Chores JobRegistry::chores()
             result.results.push_back(known.value);
         }
     }
-    result.droppedJobs = takeNames(m_droppedJobs);
-    result.droppedResults = takeNames(m_droppedResults);
+    // Nothing from here on throws: the caller has them all.
+    markTried(m_unreadableJobs);
+    markTried(m_droppedResults);
     for (const std::unique_ptr<Job>& job : m_jobs) {
         job->wasTried = true;
     }
@@ -406,7 +445,9 @@ JobRegistry::Chores JobRegistry::chores()
 void JobRegistry::jobDropped(const std::string& id) noexcept
 {
     const utils::MutexGuard guard(m_mutex);
-    m_droppedJobs.erase(id);
+    m_unreadableJobs.erase(id);
+    std::erase_if(m_jobs,
+                  [&id](const std::unique_ptr<Job>& job) { return job->isDropped && job->stored.status.id == id; });
 }
 
 void JobRegistry::resultDropped(const std::string& id) noexcept

@@ -86,11 +86,12 @@ public:
     // Ends, by an exception and without a result, the job for which there is no memory. That it is stored is a chore.
     void abandon(const std::string& id, const char* error, const Moment& now) noexcept;
 
-    // The job is gone, and so is its entry.
+    // This process does not carry on the job any more, whose entry another one has removed or will be removed here.
     void forget(const std::string& id) noexcept;
 
-    // The job is gone for clients; that its entry is left to be removed is a chore.
-    void drop(const std::string& id);
+    // The job is gone for clients; that its entry is left to be removed is a chore. Needs no memory. A job that does
+    // not exist is fine.
+    void drop(const std::string& id) noexcept;
 
     // True while there is a chore that was not tried yet.
     bool hasChores();
@@ -116,15 +117,15 @@ private:
     // All of these need the lock.
     Job* job(const std::string& id) const noexcept;
     void mergeJobs(const std::vector<StoredJob>& stored, const Moment& now);
-    void mergeResults(const std::vector<std::shared_ptr<const DiagnosticResult>>& stored);
+    void mergeResults(const JobArchive::Contents& contents);
     void sortByStart();
 
     utils::Mutex m_mutex;
     // Both in the order of their start.
     std::vector<std::unique_ptr<Job>> m_jobs;
     std::vector<Result> m_results;
-    // Stored entries that are to be removed, and whether that was tried.
-    std::map<std::string, bool> m_droppedJobs;
+    // Entries that are to be removed besides those of dropped jobs, and whether that was tried.
+    std::map<std::string, bool> m_unreadableJobs;
     std::map<std::string, bool> m_droppedResults;
 };
 

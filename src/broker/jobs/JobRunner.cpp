@@ -148,6 +148,14 @@ EndOutcome JobRunner::endElsewhere(const std::string& id, JobState state)
     return EndOutcome::ENDED;
 }
 
+void JobRunner::drop(const std::string& id)
+{
+    // The registry may not know yet what another process has stored.
+    tryRefresh();
+    m_registry.drop(id);
+    doChores();
+}
+
 void JobRunner::doChores()
 {
     const HostGuard others(m_hosts);
@@ -156,6 +164,7 @@ void JobRunner::doChores()
     const JobRegistry::Chores chores = m_registry.chores();
     for (const std::string& id : chores.droppedJobs) {
         stop(id);
+        m_registry.forget(id);
         if (m_archive.dropJob(id)) {
             m_registry.jobDropped(id);
         }
@@ -186,8 +195,8 @@ std::optional<SteadyTime> JobRunner::step() noexcept
         if (m_registry.hasChores()) {
             doChores();
         }
-    } catch (const std::bad_alloc&) {
-        // The next step looks again.
+    } catch (const std::exception&) {
+        // Memory ran out; the next step looks again.
     }
     if (m_running.empty()) {
         return std::nullopt;
@@ -326,7 +335,10 @@ void JobRunner::noteFates()
 
 void JobRunner::stop(const std::string& id) noexcept
 {
-    std::erase_if(m_running, [&id](const Running& job) { return job.id == id; });
+    // Looked up first: the id may be that of the very entry.
+    if (const Running* found = find(id)) {
+        m_running.erase(m_running.begin() + (found - m_running.data()));
+    }
 }
 
 JobRunner::Running* JobRunner::find(const std::string& id) noexcept

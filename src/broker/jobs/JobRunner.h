@@ -55,6 +55,9 @@ public:
     // Ends a running job in the state TERMINATED or KILLED.
     EndOutcome end(const std::string& id, JobState state);
 
+    // Removes the job's entry, whichever process has stored it, and stops its work.
+    void drop(const std::string& id);
+
     // Writes what is left to be written, and stops the work of jobs that are gone.
     void doChores();
 

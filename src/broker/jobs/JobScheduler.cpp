@@ -26,19 +26,12 @@ bool JobScheduler::run(std::function<void()> task, std::chrono::milliseconds pat
     return handed->isDone;
 }
 
-void JobScheduler::post(std::function<void()> task)
-{
-    const auto handed = std::make_shared<Task>();
-    handed->run = std::move(task);
-    enqueue(handed);
-}
-
-void JobScheduler::enqueue(const std::shared_ptr<Task>& task)
+void JobScheduler::nudge() noexcept
 {
     bool startsThread = false;
     {
         const utils::MutexGuard guard(m_mutex);
-        m_queue.push_back(task);
+        m_isNudged = true;
         startsThread = !std::exchange(m_threadRuns, true);
     }
     if (!startsThread) {
@@ -48,20 +41,24 @@ void JobScheduler::enqueue(const std::shared_ptr<Task>& task)
     }
 }
 
+void JobScheduler::enqueue(const std::shared_ptr<Task>& task)
+{
+    {
+        const utils::MutexGuard guard(m_mutex);
+        m_queue.push_back(task);
+    }
+    nudge();
+}
+
 // Nobody runs what is in the queue; what other requests have handed over meanwhile counted on the same thread.
 void JobScheduler::giveUp() noexcept
 {
-    std::deque<std::shared_ptr<Task>> abandoned;
-    {
-        const utils::MutexGuard guard(m_mutex);
-        m_threadRuns = false;
-        abandoned.swap(m_queue);
+    const utils::MutexGuard guard(m_mutex);
+    m_threadRuns = false;
+    for (const std::shared_ptr<Task>& task : m_queue) {
+        task->done->raise();
     }
-    for (const std::shared_ptr<Task>& task : abandoned) {
-        if (task->done != nullptr) {
-            task->done->raise();
-        }
-    }
+    m_queue.clear();
 }
 
 bool JobScheduler::withdraw(const std::shared_ptr<Task>& task)
@@ -74,6 +71,7 @@ std::shared_ptr<JobScheduler::Task> JobScheduler::next()
 {
     const utils::MutexGuard guard(m_mutex);
     if (m_queue.empty()) {
+        m_isNudged = false;
         return nullptr;
     }
     std::shared_ptr<Task> task = std::move(m_queue.front());
@@ -92,18 +90,16 @@ std::optional<std::chrono::milliseconds> JobScheduler::work() noexcept
             } catch (const std::exception& exception) {
                 here.error("Task of the job thread failed: %s", exception.what());
             }
-            if (task->done != nullptr) {
-                task->done->raise();
-            }
+            task->done->raise();
             continue;
         }
         const std::optional<SteadyTime> due = m_duty.step();
         const utils::MutexGuard guard(m_mutex);
-        if (!m_queue.empty()) {
+        if (m_isNudged) {
             continue;
         }
         if (!due) {
-            // Set under the lock: a task that is handed over from here on starts a thread of its own.
+            // Set under the lock: a nudge from here on starts a thread of its own.
             m_threadRuns = false;
             return std::nullopt;
         }

@@ -29,7 +29,7 @@ protected:
 };
 
 // Runs what requests hand over, and what is due, one after the other on the job thread. The thread starts with the
-// first task and ends when nothing is left. Its lock guards the queue and is held while nothing else is done.
+// first task and ends when nothing is left. Its lock guards the queue; under it nothing is done but raising signals.
 class JobScheduler final : private JobWork
 {
 public:
@@ -54,20 +54,20 @@ public:
     // logged. Any thread but the job thread.
     bool run(std::function<void()> task, std::chrono::milliseconds patience, Late late);
 
-    // Hands the task over and does not wait.
-    void post(std::function<void()> task);
+    // Has the duty take its next step soon. Needs no memory. Any thread.
+    void nudge() noexcept;
 
 private:
     struct Task
     {
         std::function<void()> run;
-        // Null where nobody waits.
         std::unique_ptr<Signal> done;
         std::atomic<bool> isDone{false};
     };
 
     std::optional<std::chrono::milliseconds> work() noexcept override;
     void enqueue(const std::shared_ptr<Task>& task);
+    // Null when the queue is empty.
     std::shared_ptr<Task> next();
     bool withdraw(const std::shared_ptr<Task>& task);
     void giveUp() noexcept;
@@ -78,6 +78,8 @@ private:
     utils::Mutex m_mutex;
     std::deque<std::shared_ptr<Task>> m_queue;
     bool m_threadRuns = false;
+    // Since the thread found the queue empty.
+    bool m_isNudged = false;
 };
 
 }  // namespace broker

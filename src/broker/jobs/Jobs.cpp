@@ -57,7 +57,7 @@ Jobs::Start Jobs::startDiagnostic(const Adapter& adapter, const DiagnosticSettin
     const bool isDone =
         m_scheduler.run([this, order] { order->start.outcome = m_runner.start(order->request, order->start.id); },
                         PATIENCE, JobScheduler::Late::IS_WITHDRAWN);
-    return isDone ? order->start : Start{};
+    return isDone ? std::move(order->start) : Start{};
 }
 
 bool Jobs::isOwned(const std::string& id)
@@ -78,13 +78,14 @@ EndOutcome Jobs::end(const std::string& id, JobState state)
 void Jobs::remove(const std::string& id) noexcept
 {
     static constexpr utils::LogSite here{FILE_NAME, "broker::Jobs::remove"};
+    m_registry.drop(id);
     try {
-        m_registry.drop(id);
-        if (!m_scheduler.run([this] { m_runner.doChores(); }, PATIENCE, JobScheduler::Late::STAYS)) {
+        if (!m_scheduler.run([this, id] { m_runner.drop(id); }, PATIENCE, JobScheduler::Late::STAYS)) {
             here.error("Deletion of %s is not finished yet", id.c_str());
         }
     } catch (const std::exception& exception) {
         here.error("Deletion of %s is not finished yet: %s", id.c_str(), exception.what());
+        m_scheduler.nudge();
     }
 }
 
@@ -109,7 +110,7 @@ void Jobs::refresh()
 {
     m_reader.refresh();
     if (m_registry.hasChores()) {
-        m_scheduler.post([this] { m_runner.doChores(); });
+        m_scheduler.nudge();
     }
 }
 

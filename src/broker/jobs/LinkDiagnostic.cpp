@@ -74,6 +74,9 @@ LinkDiagnostic::LinkDiagnostic(const DiagnosticSetting& setting, std::uint16_t s
       m_last(std::move(start)),
       m_nextDue(startTime + m_period)
 {
+    // So that a sample has both numbers or none.
+    m_bytesReceived.reserve(sampleCount);
+    m_bytesTransmitted.reserve(sampleCount);
 }
 
 bool LinkDiagnostic::takeSample(const std::optional<Adapter>& reading, SteadyTime time)

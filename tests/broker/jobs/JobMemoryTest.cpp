@@ -1,0 +1,293 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <optional>
+
+#include "broker/jobs/JobEntry.h"
+#include "broker/jobs/JobWorld.h"
+
+// Memory runs out once, at every allocation of every step in a job's life. The test has operator new of its own, so it
+// is a program of its own.
+namespace {
+
+// The allocation of this number fails; none while it is 0.
+std::size_t failing = 0;
+std::size_t allocated = 0;
+// Work of the test's stand-ins that promise not to throw.
+int pauses = 0;
+
+void* allocate(std::size_t size)
+{
+    if (failing != 0 && pauses == 0 && ++allocated == failing) {
+        throw std::bad_alloc();
+    }
+    if (void* const block = std::malloc(size == 0 ? 1 : size)) {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size)
+{
+    return allocate(size);
+}
+
+void operator delete(void* block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t /*size*/) noexcept
+{
+    std::free(block);
+}
+
+namespace {
+
+using broker::JobState;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+class Pause
+{
+public:
+    Pause() noexcept { ++pauses; }
+    ~Pause() { --pauses; }
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+};
+
+class Hosts final : public fakes::Hosts
+{
+public:
+    using fakes::Hosts::Hosts;
+
+    bool announce() noexcept override
+    {
+        const Pause pause;
+        return fakes::Hosts::announce();
+    }
+};
+
+// A process whose memory runs out when the test says so, with one adapter to diagnose.
+class Process
+{
+public:
+    explicit Process(const char* name) : hosts(table, name)
+    {
+        adapters.set({adapter});
+        setting.samplePeriodMilliseconds = 100;
+        // What the thread notes of its waits takes no memory.
+        thread.limits.reserve(100);
+    }
+
+    std::string start() { return jobs.startDiagnostic(adapter, setting, 2).id; }
+
+    void pass(milliseconds time)
+    {
+        machine.pass(time);
+        thread.play();
+    }
+
+    // Lets all that runs come to its end.
+    void finish()
+    {
+        for (int i = 0; i < 20; ++i) {
+            jobs.jobs();
+            pass(seconds{1});
+        }
+    }
+
+    std::shared_ptr<fakes::StoredKeys> stored = std::make_shared<fakes::StoredKeys>();
+    std::shared_ptr<fakes::HostTable> table = std::make_shared<fakes::HostTable>();
+    fakes::Machine machine;
+    fakes::Adapters adapters;
+    broker::Adapter adapter = fakes::adapter(1);
+    broker::DiagnosticSetting setting;
+    fakes::Storage storage{stored};
+    fakes::ManualThread thread;
+    Hosts hosts;
+    broker::Jobs jobs{{adapters, machine, storage, thread, hosts}};
+};
+
+struct Step
+{
+    const char* name;
+    // Brings the process to the step, with memory enough.
+    std::function<void(Process&)> before;
+    // What may throw std::bad_alloc, or another exception that says that it failed.
+    std::function<void(Process&)> run;
+};
+
+void PrintTo(const Step& step, std::ostream* stream)
+{
+    *stream << step.name;
+}
+
+class JobMemory : public testing::TestWithParam<Step>
+{
+};
+
+void expectInOrder(Process& process)
+{
+    process.finish();
+    EXPECT_FALSE(process.thread.isRunning()) << "nothing is left to do";
+    const auto shown = process.jobs.jobs();
+    const auto results = process.jobs.results();
+    const auto entries = process.stored->copy();
+    EXPECT_EQ(results.size(), shown.size()) << "each job has a result";
+    for (const broker::JobStatus& job : shown) {
+        EXPECT_NE(job.state, JobState::RUNNING);
+        EXPECT_EQ(job.error, job.state == JobState::EXCEPTION ? "Memory ran out" : "");
+        const auto entry = entries.at("Jobs").find(job.id);
+        ASSERT_NE(entry, entries.at("Jobs").end()) << "the job is stored";
+        EXPECT_EQ(broker::jobOf(job.id, entry->second.text)->status.state, job.state);
+    }
+    for (const auto& result : results) {
+        EXPECT_TRUE(entries.at("Results").contains(result->id)) << "the result is stored";
+        EXPECT_EQ(result->bytesReceived.size(), result->bytesTransmitted.size());
+    }
+    for (const char* key : {"Jobs", "Results"}) {
+        EXPECT_EQ(entries.contains(key) ? entries.at(key).size() : 0, shown.size()) << "nothing else is stored";
+    }
+    EXPECT_NE(process.start(), "") << "the next start works";
+}
+
+// Returns whether an allocation has failed.
+bool runWithFailure(const std::function<void(Process&)>& run, Process& process, std::size_t number)
+{
+    allocated = 0;
+    failing = number;
+    try {
+        run(process);
+    } catch (const std::exception&) {
+        // The client was told.
+    }
+    failing = 0;
+    return allocated >= number;
+}
+
+TEST_P(JobMemory, OneAllocationFails_allIsInOrderAfterwards)
+{
+    std::size_t number = 1;
+    for (bool hasFailed = true; hasFailed; ++number) {
+        SCOPED_TRACE("allocation " + std::to_string(number));
+        Process process("10-1");
+        GetParam().before(process);
+        hasFailed = runWithFailure(GetParam().run, process, number);
+        expectInOrder(process);
+        ASSERT_FALSE(HasFailure());
+    }
+    EXPECT_GT(number, 2U) << "the step asks for memory";
+}
+
+void start(Process& process)
+{
+    process.start();
+}
+
+void startAndSample(Process& process)
+{
+    process.start();
+    process.pass(milliseconds{100});
+}
+
+void complete(Process& process)
+{
+    startAndSample(process);
+    process.pass(milliseconds{100});
+}
+
+void sample(Process& process)
+{
+    process.pass(milliseconds{100});
+}
+
+void terminate(Process& process)
+{
+    process.jobs.end("Vexal:Job:1700000000000000-1", JobState::TERMINATED);
+}
+
+// Entries of a process that is gone: one job that ended, one that did not.
+void leaveEntries(Process& process)
+{
+    Process other("9-1");
+    complete(other);
+    other.machine.pass(seconds{1});
+    other.start();
+    for (const auto& [key, values] : other.stored->copy()) {
+        for (const auto& [name, value] : values) {
+            process.storage.set(key, name, value.text);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Steps, JobMemory,
+                         testing::Values(Step{"start", [](Process&) {}, &start}, Step{"sample", &start, &sample},
+                                         Step{"lastSample", &startAndSample, &sample}, Step{"end", &start, &terminate},
+                                         Step{"list", &complete,
+                                              [](Process& process) {
+                                                  process.jobs.jobs();
+                                                  process.jobs.results();
+                                              }}),
+                         [](const auto& step) { return step.param.name; });
+
+// A deletion cannot tell a failure: the job is gone for clients, and its entry when the thread gets to it.
+TEST(JobMemoryOfDeletion, OneAllocationFails_theJobIsGone)
+{
+    std::size_t number = 1;
+    for (bool hasFailed = true; hasFailed; ++number) {
+        SCOPED_TRACE("allocation " + std::to_string(number));
+        hasFailed = false;
+        for (const auto& before : {&start, &complete}) {
+            Process process("10-1");
+            before(process);
+            const auto job = process.jobs.makeInstance(process.jobs.jobs().at(0).id, "Zerix_ConcreteJob");
+            hasFailed |= runWithFailure([&job](Process&) { job->markForDeletion(true); }, process, number);
+            EXPECT_TRUE(process.jobs.jobs().empty());
+            process.thread.play();
+            EXPECT_TRUE(process.storage.values("Jobs").empty()) << "without another request";
+            process.pass(seconds{1});
+            EXPECT_EQ(process.jobs.results().size(), before == &start ? 0U : 1U);
+            EXPECT_NE(process.start(), "") << "the next start works";
+        }
+        ASSERT_FALSE(testing::Test::HasFailure());
+    }
+    EXPECT_GT(number, 2U);
+}
+
+// What another process has left is shown as a whole or not at all.
+TEST(JobMemoryOfReading, OneAllocationFails_theNextRequestReads)
+{
+    std::size_t number = 1;
+    for (bool hasFailed = true; hasFailed; ++number) {
+        SCOPED_TRACE("allocation " + std::to_string(number));
+        Process process("10-1");
+        leaveEntries(process);
+        process.storage.set("Jobs", "unreadable", "?");
+        process.storage.set("Results", "unreadable", "?");
+        hasFailed = runWithFailure([](Process& reader) { reader.jobs.jobs(); }, process, number);
+        const auto shown = process.jobs.jobs();
+        ASSERT_EQ(shown.size(), 2U);
+        EXPECT_EQ(shown[0].state, JobState::COMPLETED);
+        EXPECT_EQ(shown[1].state, JobState::EXCEPTION);
+        EXPECT_EQ(shown[1].error, "The host process ended");
+        EXPECT_EQ(process.jobs.results().size(), 1U);
+        // And it is stored so.
+        process.thread.play();
+        const auto stored = process.stored->copy();
+        EXPECT_EQ(stored.at("Jobs").size(), 2U);
+        EXPECT_EQ(stored.at("Results").size(), 1U);
+        EXPECT_EQ(broker::jobOf(shown[1].id, stored.at("Jobs").at(shown[1].id).text)->status.state,
+                  JobState::EXCEPTION);
+        ASSERT_FALSE(testing::Test::HasFailure());
+    }
+    EXPECT_GT(number, 2U);
+}
+
+}  // namespace
