@@ -9,8 +9,10 @@
 
 #include "Utils/Exception.h"
 #include "broker/Fakes.h"
+#include "broker/JobRequests.h"
 #include "broker/Properties.h"
 #include "core/MethodErrors.h"
+#include "support/LockCount.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -413,6 +415,34 @@ TEST_F(ObjectBroker, JobPastItsTimeGoesTheSameWay)
     EXPECT_EQ(support::value(*m_broker.findInstance(path), "JobState"), "7");
     m_machine.pass(std::chrono::seconds{300});
     EXPECT_EQ(m_broker.findInstance(path), nullptr);
+}
+
+// Load
+
+using JobRequest = std::size_t (fakes::JobRequests::*)();
+
+// The lock pairs of a request that comes again, for each entry that the broker keeps.
+double lockPairsPerEntry(JobRequest request, std::size_t entries, bool isChanged)
+{
+    fakes::JobRequests requests(entries);
+    EXPECT_NE((requests.*request)(), 0U);
+    if (isChanged) {
+        requests.changeOne();
+    }
+    return static_cast<double>(support::locksTakenBy([&] { (requests.*request)(); })) / static_cast<double>(entries);
+}
+
+TEST(ObjectBrokerLoad, LockPairsPerEntry_doNotGrowWithTheEntries)
+{
+    for (const JobRequest request :
+         {&fakes::JobRequests::listJobs, &fakes::JobRequests::listResults, &fakes::JobRequests::getJob})
+    {
+        for (const bool isChanged : {false, true}) {
+            const double few = lockPairsPerEntry(request, 20, isChanged);
+            EXPECT_GT(few, 0);
+            EXPECT_LE(lockPairsPerEntry(request, 200, isChanged), few * 1.2);
+        }
+    }
 }
 
 }  // namespace

@@ -9,9 +9,9 @@
 #include <thread>
 
 #include "Utils/Exception.h"
+#include "broker/JobRequests.h"
 #include "broker/jobs/JobEntry.h"
 #include "broker/jobs/JobWorld.h"
-#include "support/LockCount.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -66,24 +66,7 @@ protected:
         return id;
     }
 
-    // Ended jobs with their results, as other processes have stored them.
-    void fill(std::size_t count)
-    {
-        for (std::size_t i = 0; i < count; ++i) {
-            broker::StoredJob job;
-            job.host = "1-1";
-            job.status.id = "stored " + std::to_string(i);
-            job.status.state = JobState::COMPLETED;
-            job.status.startTime = m_machine.now() + milliseconds{i};
-            job.endTime = job.status.startTime;
-            job.status.retention = hours{1};
-            m_process.storage.set("Jobs", job.status.id, broker::entryOf(job));
-            broker::DiagnosticResult result;
-            result.id = job.status.id;
-            result.startTime = job.status.startTime;
-            m_process.storage.set("Results", result.id, broker::entryOf(result));
-        }
-    }
+    void fill(std::size_t count) { fakes::storeEndedJobs(m_process.storage, m_machine, count); }
 
     void sampleOnce()
     {
@@ -533,22 +516,6 @@ TEST_F(Jobs, NoThread_whileNothingRunsAndNothingIsMarked)
     m_process.jobs.jobs();
     m_process.jobs.results();
     EXPECT_EQ(m_process.thread.starts, starts);
-}
-
-TEST_F(Jobs, LockPairs_doNotGrowWithTheJobs)
-{
-    m_setting.jobRetentionSeconds = broker::DiagnosticSetting::RETENTIONS.max;
-    const auto pairs = [this] {
-        m_process.jobs.jobs();
-        const std::uint32_t before = support::locksTaken();
-        m_process.jobs.jobs();
-        return support::locksTaken() - before;
-    };
-    fill(20);
-    const std::uint32_t few = pairs();
-    fill(200);
-    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(200));
-    EXPECT_EQ(pairs(), few);
 }
 
 // Many clients at once, on a real thread. Under ThreadSanitizer it shows that nothing is shared without a lock.
