@@ -216,6 +216,20 @@ broker::StoreResult Storage::eraseValue(const std::string& key, const std::strin
     return broker::StoreResult::DONE;
 }
 
+broker::StoreResult Storage::lock()
+{
+    ++lockRequests;
+    if (lockResult == broker::StoreResult::DONE) {
+        m_stored->settings.lock();
+    }
+    return lockResult;
+}
+
+void Storage::unlock() noexcept
+{
+    m_stored->settings.unlock();
+}
+
 std::unique_ptr<broker::ChangeWatch> Storage::watch(const std::string& key)
 {
     return std::make_unique<Watch>(m_stored, key);

@@ -149,6 +149,8 @@ public:
     Keys keys;
     // How often each key was changed.
     std::map<std::string, int> changes;
+    // Held by who changes settings.
+    std::mutex settings;
 };
 
 // The storage as one process sees it. Jobs and results may be written by the job thread alone: a client's identity has
@@ -167,6 +169,8 @@ public:
     broker::StoreResult write(const std::string& key, const std::string& name, const std::string& text) override;
     broker::StoreResult erase(const std::string& key) override;
     broker::StoreResult eraseValue(const std::string& key, const std::string& name) override;
+    broker::StoreResult lock() override;
+    void unlock() noexcept override;
     std::unique_ptr<broker::ChangeWatch> watch(const std::string& key) override;
 
     const std::shared_ptr<StoredKeys>& stored() const noexcept { return m_stored; }
@@ -186,6 +190,9 @@ public:
     int lifetime = INT_MAX;
     std::atomic<bool> isWritable{true};
     std::atomic<bool> isReadable{true};
+    // What lock() answers, and how often it was asked.
+    std::atomic<broker::StoreResult> lockResult{broker::StoreResult::DONE};
+    std::atomic<int> lockRequests{0};
     std::atomic<int> reads{0};
 
 private:

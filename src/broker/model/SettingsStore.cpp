@@ -31,6 +31,22 @@ void expectDone(StoreResult result, const std::string& key)
     }
 }
 
+// Keeps other processes from changing settings.
+class ChangeLock
+{
+public:
+    ChangeLock(SettingsStorage& storage, const std::string& key) : m_storage(storage)
+    {
+        expectDone(storage.lock(), key);
+    }
+    ~ChangeLock() { m_storage.unlock(); }
+    ChangeLock(const ChangeLock&) = delete;
+    ChangeLock& operator=(const ChangeLock&) = delete;
+
+private:
+    SettingsStorage& m_storage;
+};
+
 }  // namespace
 
 // Reads the fields of a setting. What does not fit is left out, so that the default holds.
@@ -134,7 +150,8 @@ void SettingsStore::write(const std::string& key, const std::vector<std::pair<st
         }
     }
     const utils::MutexGuard guard(m_mutex);
-    Fields changed = fields(key);
+    const ChangeLock lock(m_storage, key);
+    Fields changed = fieldsReadAgain(key);
     for (const auto& [name, text] : changes) {
         changed[name] = text;
     }
@@ -144,12 +161,13 @@ void SettingsStore::write(const std::string& key, const std::vector<std::pair<st
 void SettingsStore::restoreDefaults(const std::string& key, const std::vector<std::string>& names)
 {
     const utils::MutexGuard guard(m_mutex);
+    const ChangeLock lock(m_storage, key);
     if (names.empty()) {
         current(key).known.clear();
         expectDone(m_storage.erase(key), key);
         return;
     }
-    Fields left = fields(key);
+    Fields left = fieldsReadAgain(key);
     for (const std::string& name : names) {
         left.erase(name);
     }
@@ -190,6 +208,12 @@ const SettingsStore::Fields& SettingsStore::fields(const std::string& key)
         here.error("Setting %s cannot be understood and is ignored", key.c_str());
     }
     return known[key] = std::move(fields).value_or(Fields());
+}
+
+const SettingsStore::Fields& SettingsStore::fieldsReadAgain(const std::string& key)
+{
+    current(key).known.erase(key);
+    return fields(key);
 }
 
 void SettingsStore::store(const std::string& key, const Fields& fields)

@@ -51,6 +51,7 @@ struct DiagnosticSetting
 };
 
 // The product's settings, each stored as one value, so that a reader in any process sees a change whole or not at all.
+// A change of some fields keeps the others as any process has left them: it reads and writes under the storage's lock.
 // Read again when the platform says that they have changed. What is missing has its default, and what does not fit is
 // ignored with one error line. Any thread; acts under the identity of the calling thread.
 class SettingsStore
@@ -97,6 +98,8 @@ private:
     // All of these need the lock.
     Group& current(const std::string& key);
     const Fields& fields(const std::string& key);
+    // Whatever the platform says about changes.
+    const Fields& fieldsReadAgain(const std::string& key);
     void store(const std::string& key, const Fields& fields);
     // Whether the misfit was not reported before.
     bool isNew(const std::string& misfit);

@@ -71,6 +71,14 @@ public:
     // Removes one value. A value or a key that does not exist is done.
     virtual StoreResult eraseValue(const std::string& key, const std::string& name) = 0;
 
+    // Keeps other processes from changing what is stored until unlock(), for a change that depends on what is there.
+    // All who change a key must lock. Waits for two seconds at most. Unless DONE, nothing is locked. One thread at a
+    // time.
+    virtual StoreResult lock() = 0;
+
+    // By the thread that has locked.
+    virtual void unlock() noexcept = 0;
+
     // A watch of the key, which may not exist yet. Ends before the storage.
     virtual std::unique_ptr<ChangeWatch> watch(const std::string& key) = 0;
 };

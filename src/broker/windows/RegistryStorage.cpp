@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "Os/Windows/WindowsRegistry.h"
 #include "Utils/Log.h"
+#include "broker/windows/NamedMutex.h"
 #include "broker/windows/RegistryWatch.h"
 
 namespace broker {
@@ -12,6 +14,8 @@ namespace broker {
 namespace {
 
 constexpr const char* FILE_NAME = "RegistryStorage";
+constexpr const char* LOCK_NAME = "Global\\Vexal-DRAVEv2-Settings";
+constexpr DWORD LOCK_PATIENCE = 2000;
 
 utils::WindowsRegistry& registry()
 {
@@ -242,6 +246,31 @@ StoreResult RegistryStorage::eraseValue(const std::string& key, const std::strin
     here.error("Could not delete registry value %s of %s. Error %d", name.c_str(), path.c_str(),
                static_cast<int>(status));
     return status == ERROR_ACCESS_DENIED ? StoreResult::ACCESS_DENIED : StoreResult::FAILED;
+}
+
+StoreResult RegistryStorage::lock()
+{
+    static constexpr utils::LogSite here{FILE_NAME, "broker::RegistryStorage::lock"};
+    m_lock = openNamedMutex(LOCK_NAME, ADMINISTRATORS_ACCESS);
+    if (m_lock == nullptr) {
+        const DWORD error = GetLastError();
+        here.error("Settings could not be locked. Error %d", static_cast<int>(error));
+        return error == ERROR_ACCESS_DENIED ? StoreResult::ACCESS_DENIED : StoreResult::FAILED;
+    }
+    const DWORD result = WaitForSingleObject(m_lock, LOCK_PATIENCE);
+    // A process that ended while it held the lock has written its value as a whole or not at all.
+    if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) {
+        return StoreResult::DONE;
+    }
+    here.error("Settings are locked by another process. Result %d", static_cast<int>(result));
+    CloseHandle(std::exchange(m_lock, nullptr));
+    return StoreResult::FAILED;
+}
+
+void RegistryStorage::unlock() noexcept
+{
+    ReleaseMutex(m_lock);
+    CloseHandle(std::exchange(m_lock, nullptr));
 }
 
 std::unique_ptr<ChangeWatch> RegistryStorage::watch(const std::string& key)

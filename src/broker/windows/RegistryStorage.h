@@ -1,10 +1,12 @@
 #pragma once
 
+#include "Os/Windows/Platform.h"
 #include "broker/platform/SettingsStorage.h"
 
 namespace broker {
 
-// Settings as REG_SZ values under HKEY_LOCAL_MACHINE\Software\Vexal\DRAVEv2.
+// Settings as REG_SZ values under HKEY_LOCAL_MACHINE\Software\Vexal\DRAVEv2. The lock is a named kernel mutex, which
+// the system, administrators and network services may lock: those who may change settings.
 class RegistryStorage : public SettingsStorage
 {
 public:
@@ -14,7 +16,13 @@ public:
     StoreResult write(const std::string& key, const std::string& name, const std::string& text) override;
     StoreResult erase(const std::string& key) override;
     StoreResult eraseValue(const std::string& key, const std::string& name) override;
+    StoreResult lock() override;
+    void unlock() noexcept override;
     std::unique_ptr<ChangeWatch> watch(const std::string& key) override;
+
+private:
+    // Exists while it is locked.
+    HANDLE m_lock = nullptr;
 };
 
 }  // namespace broker

@@ -1,10 +1,9 @@
 #include "broker/windows/WindowsJobHosts.h"
 
-#include <sddl.h>
-
 #include <new>
 
 #include "Utils/Log.h"
+#include "broker/windows/NamedMutex.h"
 
 namespace broker {
 
@@ -14,29 +13,12 @@ constexpr const char* FILE_NAME = "WindowsJobHosts";
 constexpr const char* LOCK_NAME = "Global\\Vexal-DRAVEv2-Jobs";
 constexpr DWORD LOCK_PATIENCE = 1000;
 
-// The system, administrators and network services may do everything. Everybody may see that a host is there.
+// As administrators have it. Everybody may see that a host is there.
 constexpr const char* HOST_ACCESS = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;NS)(A;;0x100000;;;WD)";
-constexpr const char* LOCK_ACCESS = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;NS)";
 
 std::string hostName(const std::string& host)
 {
     return "Global\\Vexal-DRAVEv2-Host-" + host;
-}
-
-// Null when the platform refuses.
-HANDLE openMutex(const char* name, const char* access) noexcept
-{
-    SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, FALSE};
-    if (!ConvertStringSecurityDescriptorToSecurityDescriptorA(access, SDDL_REVISION_1, &attributes.lpSecurityDescriptor,
-                                                              nullptr))
-    {
-        return nullptr;
-    }
-    const HANDLE mutex = CreateMutexA(&attributes, FALSE, name);
-    const DWORD error = GetLastError();
-    LocalFree(attributes.lpSecurityDescriptor);
-    SetLastError(error);
-    return mutex;
 }
 
 }  // namespace
@@ -67,7 +49,7 @@ bool WindowsJobHosts::announce() noexcept
         return true;
     }
     try {
-        m_announcement = openMutex(hostName(own()).c_str(), HOST_ACCESS);
+        m_announcement = openNamedMutex(hostName(own()).c_str(), HOST_ACCESS);
     } catch (const std::bad_alloc&) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     }
@@ -93,7 +75,7 @@ void WindowsJobHosts::lock() noexcept
     static constexpr utils::LogSite here{FILE_NAME, "broker::WindowsJobHosts::lock"};
     // Recursive locking is the mutex's own business; only the first lock opens it.
     if (m_depth++ == 0) {
-        m_lock = openMutex(LOCK_NAME, LOCK_ACCESS);
+        m_lock = openNamedMutex(LOCK_NAME, ADMINISTRATORS_ACCESS);
     }
     // A process that ended while it held the lock left every entry whole or absent, so its lock is simply taken over.
     const DWORD result = m_lock == nullptr ? WAIT_FAILED : WaitForSingleObject(m_lock, LOCK_PATIENCE);

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <thread>
 #include <type_traits>
 
 #include "Utils/Exception.h"
@@ -162,6 +164,101 @@ TEST_F(SettingsStore, FailedWrite_changesNothing)
         EXPECT_STREQ(exception.what(), "DRAVEv2: EForbidden:Setting K could not be stored: access denied");
     }
     EXPECT_THAT(m_storage.values("K"), ElementsAre("Setting=A=old"));
+}
+
+// Two processes
+
+// What one process sees of the storage, while another one acts just before a write.
+class SharedStorage final : public fakes::Storage
+{
+public:
+    using Storage::Storage;
+
+    broker::StoreResult write(const std::string& key, const std::string& name, const std::string& text) override
+    {
+        if (beforeWrite) {
+            std::exchange(beforeWrite, nullptr)();
+        }
+        return Storage::write(key, name, text);
+    }
+
+    std::function<void()> beforeWrite;
+};
+
+class SettingsOfTwoProcesses : public SettingsStore
+{
+protected:
+    // Has the other process make its change while this one is between reading and writing: it then waits for the lock.
+    void changeMeanwhile(const std::function<void()>& change)
+    {
+        m_mine.beforeWrite = [this, change] {
+            m_thread = std::thread([this, change] {
+                change();
+                m_isDone = true;
+            });
+            while (m_theirs.lockRequests == 0 && !m_isDone) {
+                std::this_thread::yield();
+            }
+        };
+    }
+
+    SharedStorage m_mine{m_storage.stored()};
+    fakes::Storage m_theirs{m_storage.stored()};
+    broker::SettingsStore m_myStore{m_mine};
+    broker::SettingsStore m_theirStore{m_theirs};
+    std::thread m_thread;
+    std::atomic<bool> m_isDone{false};
+};
+
+TEST_F(SettingsOfTwoProcesses, ChangesOfOneSetting_areBothKept)
+{
+    m_storage.set("Adapters\\{G}", "Setting", "ElementName=old;Tag=old");
+    changeMeanwhile([this] { m_theirStore.write("Adapters\\{G}", {{"Tag", "new"}}); });
+    m_myStore.write("Adapters\\{G}", {{"ElementName", "new"}});
+    m_thread.join();
+    EXPECT_EQ(m_myStore.adapterSetting("{G}").elementName, "new");
+    EXPECT_EQ(m_myStore.adapterSetting("{G}").tag, "new");
+    EXPECT_THAT(m_storage.values("Adapters\\{G}"), ElementsAre("Setting=ElementName=new;Tag=new"));
+}
+
+TEST_F(SettingsOfTwoProcesses, RestoredDefault_isNotTakenBack)
+{
+    m_storage.set("Diagnostics", "Setting", "JobRetentionSeconds=7;SampleCount=5");
+    for (const std::vector<std::string>& names : {std::vector<std::string>{"SampleCount"}, {}}) {
+        m_theirs.lockRequests = 0;
+        m_isDone = false;
+        changeMeanwhile([this, &names] { m_theirStore.restoreDefaults("Diagnostics", names); });
+        m_myStore.write("Diagnostics", {{"JobRetentionSeconds", "8"}});
+        m_thread.join();
+        EXPECT_EQ(m_myStore.diagnosticSetting().sampleCount, 10);
+        EXPECT_EQ(m_myStore.diagnosticSetting().jobRetentionSeconds, names.empty() ? 300U : 8U);
+    }
+}
+
+// The watch may tell of the other's change only after this one's begin.
+TEST_F(SettingsOfTwoProcesses, Change_readsWhatIsStoredUnderTheLock)
+{
+    m_storage.set("Diagnostics", "Setting", "JobRetentionSeconds=7");
+    m_myStore.diagnosticSetting();
+    const int reads = m_mine.reads;
+    m_myStore.write("Diagnostics", {{"SampleCount", "5"}});
+    EXPECT_EQ(m_mine.reads, reads + 1);
+    EXPECT_EQ(m_mine.lockRequests, 1);
+}
+
+TEST_F(SettingsStore, RefusedLock_changesNothing)
+{
+    m_storage.set("Diagnostics", "Setting", "SampleCount=5");
+    m_storage.lockResult = broker::StoreResult::FAILED;
+    EXPECT_THROW(m_store.write("Diagnostics", {{"SampleCount", "6"}}), utils::EFailed);
+    EXPECT_THROW(m_store.restoreDefaults("Diagnostics", {}), utils::EFailed);
+    m_storage.lockResult = broker::StoreResult::ACCESS_DENIED;
+    EXPECT_THROW(m_store.write("Diagnostics", {{"SampleCount", "6"}}), utils::EForbidden);
+    EXPECT_THROW(m_store.restoreDefaults("Diagnostics", {}), utils::EForbidden);
+    EXPECT_EQ(m_storage.changes, 0);
+    m_storage.lockResult = broker::StoreResult::DONE;
+    m_store.write("Diagnostics", {{"SampleCount", "6"}});
+    EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 6);
 }
 
 TEST_F(SettingsStore, RestoreDefaults_takesNamedFieldsOrAll)

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <map>
 #include <random>
 #include <set>
@@ -11,60 +12,39 @@
 #include "broker/Properties.h"
 #include "broker/jobs/JobEntry.h"
 #include "broker/windows/BrokerLibrary.h"
+#include "broker/windows/TestProcess.h"
 
 // Processes that start and delete jobs through the built library are ended at random moments; the next process then
 // finds what they were answered. The registry is a branch of the user's of the test's own.
 namespace {
 
-using testing::IsEmpty;
-
 constexpr const char* LOG_VARIABLE = "ZERIX_PROCESS_END_LOG";
 constexpr const char* ROOT_VARIABLE = "ZERIX_PROCESS_END_ROOT";
 constexpr const char* KEY = "Software\\Vexal\\DRAVEv2";
 
-// HKEY_LOCAL_MACHINE is that branch as long as this lives.
-class Root
+// What is stored below one of the product's keys.
+std::map<std::string, std::string> storedBelow(const support::OwnRegistry& registry, const char* name)
 {
-public:
-    explicit Root(const std::string& name)
-    {
-        RegCreateKeyExA(HKEY_CURRENT_USER, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &m_key, nullptr);
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_key);
-    }
-    ~Root()
-    {
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-        RegCloseKey(m_key);
-    }
-    Root(const Root&) = delete;
-    Root& operator=(const Root&) = delete;
-
-    std::map<std::string, std::string> values(const char* name) const
-    {
-        std::map<std::string, std::string> result;
-        HKEY key = nullptr;
-        if (RegOpenKeyExA(m_key, (std::string(KEY) + "\\" + name).c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
-            return result;
-        }
-        std::array<char, 256> value{};
-        std::string data(100'000, '\0');
-        for (DWORD i = 0;; ++i) {
-            DWORD valueSize = value.size();
-            DWORD size = static_cast<DWORD>(data.size());
-            if (RegEnumValueA(key, i, value.data(), &valueSize, nullptr, nullptr, reinterpret_cast<LPBYTE>(data.data()),
-                              &size) != ERROR_SUCCESS)
-            {
-                break;
-            }
-            result[value.data()] = data.substr(0, size - 1);
-        }
-        RegCloseKey(key);
+    std::map<std::string, std::string> result;
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(registry.key(), (std::string(KEY) + "\\" + name).c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
         return result;
     }
-
-private:
-    HKEY m_key = nullptr;
-};
+    std::array<char, 256> value{};
+    std::string data(100'000, '\0');
+    for (DWORD i = 0;; ++i) {
+        DWORD valueSize = value.size();
+        DWORD size = static_cast<DWORD>(data.size());
+        if (RegEnumValueA(key, i, value.data(), &valueSize, nullptr, nullptr, reinterpret_cast<LPBYTE>(data.data()),
+                          &size) != ERROR_SUCCESS)
+        {
+            break;
+        }
+        result[value.data()] = data.substr(0, size - 1);
+    }
+    RegCloseKey(key);
+    return result;
+}
 
 // What the process that is ended does; the test below starts it.
 TEST(ProcessEndClient, DISABLED_run)
@@ -74,7 +54,7 @@ TEST(ProcessEndClient, DISABLED_run)
     if (log == nullptr || root == nullptr) {
         return;
     }
-    const Root registry(root);
+    const support::OwnRegistry registry(root);
     const support::Library library;
     std::ofstream answers(log, std::ios::app);
     std::mt19937 random(GetCurrentProcessId());
@@ -115,22 +95,13 @@ protected:
         std::ofstream(m_log, std::ios::trunc).flush();
         SetEnvironmentVariableA(LOG_VARIABLE, m_log.c_str());
         SetEnvironmentVariableA(ROOT_VARIABLE, m_root.c_str());
-        std::array<char, MAX_PATH> program{};
-        GetModuleFileNameA(nullptr, program.data(), program.size());
-        std::string command = std::string(program.data()) +
-                              " --gtest_also_run_disabled_tests --gtest_filter=ProcessEndClient.DISABLED_run";
-        STARTUPINFOA startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        ASSERT_TRUE(
-            CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
-        while (answers().empty() && WaitForSingleObject(process.hProcess, 1) == WAIT_TIMEOUT) {
+        const support::TestProcess process("ProcessEndClient.DISABLED_run");
+        ASSERT_TRUE(process.hasStarted());
+        while (answers().empty() && process.isRunning()) {
+            Sleep(1);
         }
         Sleep(milliseconds);
-        TerminateProcess(process.hProcess, 9);
-        WaitForSingleObject(process.hProcess, INFINITE);
-        CloseHandle(process.hProcess);
-        CloseHandle(process.hThread);
+        process.end();
     }
 
     // The lines that were written to their end.
@@ -153,17 +124,19 @@ TEST_F(ProcessEnd, WhatWasAnswered_isWhatTheNextProcessFinds)
 {
     const int rounds = std::getenv("ZERIX_LONG") != nullptr ? 200 : 8;
     std::mt19937 random(static_cast<unsigned>(GetTickCount64()));
-    const Root registry(m_root);
+    std::map<std::string, int> answered;
+    std::map<std::string, int> found;
+    const support::OwnRegistry registry(m_root);
     for (int round = 0; round < rounds; ++round) {
         {
             const support::Library library;
             support::setSamplePeriod(library, 10);
         }
         runAndEnd(random() % 120);
-        for (const auto& [id, entry] : registry.values("Jobs")) {
+        for (const auto& [id, entry] : storedBelow(registry, "Jobs")) {
             EXPECT_TRUE(broker::jobOf(id, entry)) << entry;
         }
-        for (const auto& [id, entry] : registry.values("Results")) {
+        for (const auto& [id, entry] : storedBelow(registry, "Results")) {
             EXPECT_TRUE(broker::resultOf(id, entry)) << entry;
         }
         const support::Library library;
@@ -173,9 +146,11 @@ TEST_F(ProcessEnd, WhatWasAnswered_isWhatTheNextProcessFinds)
         while (core::CimInstance* job = iterator.next()) {
             shown.insert(job->toPathString());
             EXPECT_NE(support::value(*job, "JobState"), "4");
+            ++found["state " + support::value(*job, "JobState")];
         }
         for (const std::string& answer : answers()) {
             const std::string path = answer.substr(answer.find(' ') + 1);
+            ++answered[answer.substr(0, answer.find(' '))];
             if (answer.starts_with("deleted ")) {
                 EXPECT_FALSE(shown.contains(path)) << answer;
             }
@@ -186,6 +161,8 @@ TEST_F(ProcessEnd, WhatWasAnswered_isWhatTheNextProcessFinds)
         ASSERT_NE(next, "");
         library.find(next)->markForDeletion(true);
     }
+    std::cout << rounds << " processes were ended; answers: " << testing::PrintToString(answered)
+              << "; jobs shown after all of the ends: " << testing::PrintToString(found) << '\n';
 }
 
 }  // namespace

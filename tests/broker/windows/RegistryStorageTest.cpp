@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <thread>
 
 #include "Os/Windows/WindowsRegistry.h"
 #include "support/ImportHook.h"
@@ -194,6 +195,99 @@ TEST_F(RegistryStorage, EraseValue_refused_isLogged)
     EXPECT_EQ(m_storage.eraseValue(KEY, "A"), broker::StoreResult::ACCESS_DENIED);
     EXPECT_THAT(log.events(),
                 ElementsAre(EndsWith("Could not delete registry value A of " + PARENT + "\\Key. Error 5\n")));
+}
+
+HANDLE WINAPI refuseMutex(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return nullptr;
+}
+
+HANDLE WINAPI failMutex(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+DWORD WINAPI timeOut(HANDLE /*handle*/, DWORD /*milliseconds*/)
+{
+    return WAIT_TIMEOUT;
+}
+
+decltype(&CreateMutexA) realCreateMutex = nullptr;
+
+HANDLE WINAPI createOwnMutex(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCSTR name)
+{
+    return realCreateMutex(security, owned, name == nullptr ? nullptr : (name + CHILD).c_str());
+}
+
+// Named mutexes are this process's alone, so that none of another test waits for them.
+class OwnMutexes
+{
+public:
+    OwnMutexes() { realCreateMutex = m_hook.original<decltype(&CreateMutexA)>(); }
+
+private:
+    support::ImportHook m_hook{"CreateMutexA", &createOwnMutex};
+};
+
+// Whether the lock can be had by another process.
+broker::StoreResult lockElsewhere()
+{
+    broker::StoreResult result{};
+    std::thread([&result] {
+        broker::RegistryStorage other;
+        result = other.lock();
+        if (result == broker::StoreResult::DONE) {
+            other.unlock();
+        }
+    }).join();
+    return result;
+}
+
+TEST_F(RegistryStorage, Lock_excludesOthersUntilItIsGivenBack)
+{
+    const OwnMutexes own;
+    ASSERT_EQ(m_storage.lock(), broker::StoreResult::DONE);
+    const support::LogCapture log(1);
+    EXPECT_EQ(lockElsewhere(), broker::StoreResult::FAILED);
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::RegistryStorage::lock: error: Settings are locked by "
+                                                   "another process. Result 258\n")));
+    m_storage.unlock();
+    EXPECT_EQ(lockElsewhere(), broker::StoreResult::DONE);
+}
+
+TEST_F(RegistryStorage, Lock_ofAThreadThatEnded_isTakenOver)
+{
+    const OwnMutexes own;
+    broker::RegistryStorage gone;
+    std::thread([&gone] { gone.lock(); }).join();
+    const support::LogCapture log(1);
+    EXPECT_EQ(m_storage.lock(), broker::StoreResult::DONE);
+    m_storage.unlock();
+    EXPECT_THAT(log.events(), IsEmpty());
+}
+
+TEST_F(RegistryStorage, Lock_refused_tellsWhetherAccessWasDenied)
+{
+    const support::LogCapture log(1);
+    {
+        const support::ImportHook hook("CreateMutexA", &refuseMutex);
+        EXPECT_EQ(m_storage.lock(), broker::StoreResult::ACCESS_DENIED);
+    }
+    {
+        const support::ImportHook hook("CreateMutexA", &failMutex);
+        EXPECT_EQ(m_storage.lock(), broker::StoreResult::FAILED);
+    }
+    {
+        const support::ImportHook hook("WaitForSingleObject", &timeOut);
+        EXPECT_EQ(m_storage.lock(), broker::StoreResult::FAILED);
+    }
+    EXPECT_THAT(log.events(), ElementsAre(EndsWith("Settings could not be locked. Error 5\n"),
+                                          EndsWith("Settings could not be locked. Error 8\n"),
+                                          EndsWith("Settings are locked by another process. Result 258\n")));
+    EXPECT_EQ(m_storage.lock(), broker::StoreResult::DONE);
+    m_storage.unlock();
 }
 
 TEST_F(RegistryStorage, KeyThatMayNotBeRead_isAFailureAndLogged)

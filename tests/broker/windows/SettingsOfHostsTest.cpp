@@ -1,0 +1,114 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "broker/Properties.h"
+#include "broker/windows/BrokerLibrary.h"
+#include "broker/windows/TestProcess.h"
+
+// Processes that change different settings of one record at once, through the built library: each finds what it was
+// answered to have stored, whatever the others do meanwhile.
+namespace {
+
+constexpr const char* ROOT_VARIABLE = "ZERIX_SETTINGS_ROOT";
+constexpr const char* ROLE_VARIABLE = "ZERIX_SETTINGS_ROLE";
+constexpr const char* DIAGNOSTICS = "Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"";
+constexpr int CHANGES = 60;
+
+std::string firstAdapterSetting(const support::Library& library)
+{
+    auto settings = library.broker()->getInstances("Zerix_AdapterSetting");
+    return settings.getIterator().next()->toPathString();
+}
+
+void change(const support::Library& library, const std::string& text, core::CimProperty& property)
+{
+    core::CimPath path(text);
+    core::CimPropertyList values;
+    values.add(&property);
+    library.broker()->modifyInstance(path, values);
+}
+
+void changeText(const support::Library& library, const std::string& path, const char* name, const std::string& text)
+{
+    core::CimPropertyString property(name);
+    property.setValue(text);
+    change(library, path, property);
+    EXPECT_EQ(support::value(*library.find(path), name), text);
+}
+
+// Two settings in one change: a reader sees both or none.
+void changePair(const support::Library& library, std::uint16_t number)
+{
+    core::CimPath path(DIAGNOSTICS);
+    core::CimPropertyUint16 count("SampleCount");
+    core::CimPropertyUint16 period("SamplePeriodMilliseconds");
+    count.setValue(number);
+    period.setValue(static_cast<std::uint16_t>(number + 100));
+    core::CimPropertyList values;
+    values.add(&count);
+    values.add(&period);
+    library.broker()->modifyInstance(path, values);
+}
+
+void changeRetention(const support::Library& library, std::uint64_t seconds)
+{
+    core::CimPropertyUint64 property("JobRetentionSeconds");
+    property.setValue(seconds);
+    change(library, DIAGNOSTICS, property);
+    core::CimInstance& shown = *library.find(DIAGNOSTICS);
+    EXPECT_EQ(support::value(shown, "JobRetentionSeconds"), std::to_string(seconds));
+    const std::string count = support::value(shown, "SampleCount");
+    EXPECT_EQ(support::value(shown, "SamplePeriodMilliseconds"), std::to_string(std::stoi(count) + 100));
+}
+
+// What each of the two processes does; the test below starts them.
+TEST(SettingsOfHostsClient, DISABLED_run)
+{
+    const char* const root = std::getenv(ROOT_VARIABLE);
+    const char* const role = std::getenv(ROLE_VARIABLE);
+    if (root == nullptr || role == nullptr) {
+        return;
+    }
+    const support::OwnRegistry registry(root);
+    const support::Library library;
+    const std::string adapter = firstAdapterSetting(library);
+    const bool isFirst = role == std::string("first");
+    for (int i = 1; i <= CHANGES; ++i) {
+        changeText(library, adapter, isFirst ? "ElementName" : "Tag", role + std::to_string(i));
+        if (isFirst) {
+            changePair(library, static_cast<std::uint16_t>(i));
+        } else {
+            changeRetention(library, static_cast<std::uint64_t>(i));
+        }
+    }
+}
+
+TEST(SettingsOfHosts, ChangesAtOnce_areAllKept)
+{
+    const std::string root = "Software\\ZerixSettings" + std::to_string(GetCurrentProcessId());
+    {
+        const support::OwnRegistry registry(root);
+        const support::Library library;
+        changePair(library, 1);
+        SetEnvironmentVariableA(ROOT_VARIABLE, root.c_str());
+        SetEnvironmentVariableA(ROLE_VARIABLE, "first");
+        const support::TestProcess first("SettingsOfHostsClient.DISABLED_run");
+        SetEnvironmentVariableA(ROLE_VARIABLE, "second");
+        const support::TestProcess second("SettingsOfHostsClient.DISABLED_run");
+        ASSERT_TRUE(first.hasStarted() && second.hasStarted());
+        EXPECT_EQ(first.exitCode(), 0U);
+        EXPECT_EQ(second.exitCode(), 0U);
+        const std::string last = std::to_string(CHANGES);
+        core::CimInstance& adapter = *library.find(firstAdapterSetting(library));
+        EXPECT_EQ(support::value(adapter, "ElementName"), "first" + last);
+        EXPECT_EQ(support::value(adapter, "Tag"), "second" + last);
+        core::CimInstance& diagnostics = *library.find(DIAGNOSTICS);
+        EXPECT_EQ(support::value(diagnostics, "SampleCount"), last);
+        EXPECT_EQ(support::value(diagnostics, "JobRetentionSeconds"), last);
+    }
+    RegDeleteTreeA(HKEY_CURRENT_USER, root.c_str());
+}
+
+}  // namespace
