@@ -18,7 +18,6 @@
 #include <thread>
 
 #include "reliability/KnownFactory.h"
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
@@ -221,9 +220,10 @@ protected:
         }
     }
 
-    void diagnose(const std::wstring& stayingPort, IWbemClassObject* noArguments)
+    void diagnose(const std::wstring& stayingPort, IWbemClassObject* nullArguments)
     {
-        const wmihost::RequestResult result = m_session->execMethod(stayingPort, L"RunLinkDiagnostic", noArguments, {});
+        const wmihost::RequestResult result =
+            m_session->execMethod(stayingPort, L"RunLinkDiagnostic", nullArguments, {});
         ++m_requests;
         if (result.status != WBEM_S_NO_ERROR) {
             complain("a diagnostic was not started: " + std::to_string(static_cast<unsigned>(result.status)));
@@ -261,9 +261,8 @@ TEST_F(AdaptersComeAndGoTest, noRequestFailsAndNothingStaleIsRead)
     ASSERT_FALSE(quiet.empty());
     const std::wstring staying = pathOfPort(*m_session, L"v0");
     ASSERT_FALSE(staying.empty());
-    const wmihost::ClassTarget parameters = m_workspace->findClass(L"__PARAMETERS", L"");
-    const wmihost::ComPtr<IWbemClassObject> noArguments =
-        wmihost::ClassObject::ofInstance(wmihost::InstanceData(parameters.definition));
+    const wmihost::ClassTarget port = m_workspace->findClass(L"Zerix_EthernetPort", L"");
+    const auto nullArguments = m_workspace->makeArguments(port, *port.definition->findMethod(L"RunLinkDiagnostic"));
 
     std::vector<std::thread> clients;
     for (std::size_t number = 0; number < CLIENTS; ++number) {
@@ -293,7 +292,7 @@ TEST_F(AdaptersComeAndGoTest, noRequestFailsAndNothingStaleIsRead)
                         readPorts();
                         break;
                     default:
-                        diagnose(staying, noArguments.get());
+                        diagnose(staying, nullArguments.get());
                         break;
                 }
             }

@@ -6,7 +6,6 @@
 #include "reliability/Clients.h"
 #include "reliability/KnownFactory.h"
 #include "reliability/RunTime.h"
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
@@ -41,10 +40,11 @@ protected:
         return m_workspace->sessionFor(m_workspace->findClass(className, L""));
     }
 
-    wmihost::ComPtr<IWbemClassObject> emptyInstance(std::wstring_view className)
+    // What a client hands over that leaves every argument null.
+    wmihost::ComPtr<IWbemClassObject> nullArguments(std::wstring_view className, std::wstring_view method)
     {
         const wmihost::ClassTarget target = m_workspace->findClass(className, L"");
-        return wmihost::ClassObject::ofInstance(wmihost::InstanceData(target.definition));
+        return m_workspace->makeArguments(target, *target.definition->findMethod(method));
     }
 
     // Every object must be of its class and have a path, and there must be as many as in the quiet machine.
@@ -79,7 +79,8 @@ TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
     const auto settings = provider.enumerate(L"Zerix_DiagnosticSetting", {}).objects;
     ASSERT_FALSE(settings.empty());
     const std::wstring settingPath = wmihost::textOf(*settings.front().get(), L"__RELPATH");
-    const wmihost::ComPtr<IWbemClassObject> noArguments = emptyInstance(L"__PARAMETERS");
+    const auto namesOfNothing = nullArguments(L"Zerix_DiagnosticSetting", L"RestoreDefaults");
+    const auto usualSamples = nullArguments(L"Zerix_EthernetPort", L"RunLinkDiagnostic");
 
     std::vector<Work> works{
         listing("list ports", L"Zerix_EthernetPort"),
@@ -100,8 +101,14 @@ TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
          }},
         {"restore the defaults",
          [&] {
-             return complaint(provider.execMethod(settingPath, L"RestoreDefaults", noArguments.get(), {}),
+             return complaint(provider.execMethod(settingPath, L"RestoreDefaults", namesOfNothing.get(), {}),
                               WBEM_S_NO_ERROR);
+         }},
+        // For a client that gives no arguments at all, WMI hands over no object.
+        {"call without arguments",
+         [&] {
+             return complaint(provider.execMethod(settingPath, L"RestoreDefaults", nullptr, {}),
+                              static_cast<HRESULT>(WBEM_E_FAILED));
          }},
         {"delete a port",
          [&] {
@@ -126,9 +133,9 @@ TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
         const std::wstring portPath = wmihost::textOf(*ports.front().get(), L"__RELPATH");
         works.push_back(
             {"get a port", [portPath, &provider] { return complaint(provider.get(portPath, {}), WBEM_S_NO_ERROR); }});
-        works.push_back({"start a job", [portPath, &provider, &noArguments] {
+        works.push_back({"start a job", [portPath, &provider, &usualSamples] {
                              return complaint(
-                                 provider.execMethod(portPath, L"RunLinkDiagnostic", noArguments.get(), {}),
+                                 provider.execMethod(portPath, L"RunLinkDiagnostic", usualSamples.get(), {}),
                                  WBEM_S_NO_ERROR);
                          }});
     }

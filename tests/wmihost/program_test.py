@@ -3,8 +3,9 @@
 
     program_test.py BIN WORK PROMTOOL
 
-BIN is a build's folder of programs, PROMTOOL Prometheus' tool that checks metrics. The tests have a Wine prefix of their own below WORK, which is made when it is
-missing and kept: other tests register the provider, and take its registration away, while these run.
+BIN is a build's folder of programs, PROMTOOL Prometheus' tool that checks metrics. The tests have a Wine prefix of their
+own below WORK, which is made when it is missing and kept: other tests register the provider, and take its registration
+away, while these run.
 """
 
 import json
@@ -244,6 +245,29 @@ AdvertiseTypes               Not Advertised
         asked = set(re.findall(r"zerix_[a-z_]+", re.sub(r"#.*", "", rules)))
         self.assertGreater(len(asked), 9)
         self.assertLessEqual(asked, set(re.findall(r"^# TYPE (\S+) ", out, re.M)))
+
+    def test_metrics_count_the_jobs_of_all_hosts(self):
+        def counts():
+            return re.findall(r"^zerix_jobs_(\w+) (\d+)$", wmihost("metrics")[1], re.M)
+
+        before = dict(counts())
+        port = only_path("Zerix_EthernetPort")
+        command = ["/usr/lib/wine/wine64", str(BIN / "wmihost.exe"), "invoke", port, "RunLinkDiagnostic",
+                   "SampleCount=600", "--wait"]
+        with subprocess.Popen(command, env=environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL) as host:
+            try:
+                running = []
+                while not running and host.poll() is None:
+                    running = json.loads(wmihost("list", "Zerix_ConcreteJob", "--where", "JobState=4", "--format",
+                                                 "json")[1] or "[]")
+                self.assertEqual(dict(counts()), {"running": "1", "failed": before["failed"]})
+            finally:
+                host.kill()
+        # The host that carried on the job is gone, and the job with it.
+        self.assertEqual(dict(counts()), {"running": "0", "failed": str(int(before["failed"]) + 1)})
+        self.assertEqual(wmihost("delete", f'Zerix_ConcreteJob="{running[0]["InstanceID"]}"')[0], 0)
+        self.assertEqual(dict(counts()), before)
 
     def test_the_self_test_passes_every_kind_of_request(self):
         _, out, _ = wmihost("list", "Zerix_EthernetPort", "--format", "json")
