@@ -195,8 +195,11 @@ constexpr auto noSlot = [](auto&&...) { return FLS_OUT_OF_INDEXES; };
 const std::vector<FaultPoint>& brokerTable()
 {
     static const std::vector<FaultPoint> points{
-        {"CreateMutexA", "null", UNCHANGED | EXCEPTION, 0, FaultyCall<decltype(CreateMutexA), noHandle>::install},
-        {"WaitForSingleObject", "failed", UNCHANGED, 0, FaultyCall<decltype(WaitForSingleObject), waitFailed>::install},
+        // Without the lock between processes no setting is changed: a put fails, and a method returns 4.
+        {"CreateMutexA", "null", UNCHANGED | VALUE_LOST | EXCEPTION, 0,
+         FaultyCall<decltype(CreateMutexA), noHandle>::install},
+        {"WaitForSingleObject", "failed", UNCHANGED | VALUE_LOST | EXCEPTION, 0,
+         FaultyCall<decltype(WaitForSingleObject), waitFailed>::install},
         {"WaitForSingleObject", "abandoned", UNCHANGED, 0,
          FaultyCall<decltype(WaitForSingleObject), waitAbandoned>::install},
         {"ReleaseMutex", "not owner", UNCHANGED, 0,
@@ -216,7 +219,7 @@ const std::vector<FaultPoint>& brokerTable()
         {"LookupAccountSidW", "no logon session", UNCHANGED, 0,
          FaultyCall<decltype(LookupAccountSidW), falseWithError<ERROR_NO_SUCH_LOGON_SESSION>>::install},
         {"OpenMutexA", "null", UNCHANGED, 0, FaultyCall<decltype(OpenMutexA), noHandle>::install},
-        {"ConvertStringSecurityDescriptorToSecurityDescriptorA", "out of memory", UNCHANGED, 0,
+        {"ConvertStringSecurityDescriptorToSecurityDescriptorA", "out of memory", UNCHANGED | VALUE_LOST | EXCEPTION, 0,
          FaultyCall<decltype(ConvertStringSecurityDescriptorToSecurityDescriptorA),
                     falseWithError<ERROR_NOT_ENOUGH_MEMORY>>::install},
         {"RegNotifyChangeKeyValue", "access denied", UNCHANGED, 0,
