@@ -26,6 +26,9 @@ void CimInstance::fill(std::vector<std::unique_ptr<CimProperty>> properties)
     for (std::unique_ptr<CimProperty>& property : properties) {
         m_properties.addUnshared(property.get());
         property->m_owner = this;
+        if (property->isKey()) {
+            m_lastKey = property.get();
+        }
         // Owned by the list from here on.
         property.release();  // NOLINT(bugprone-unused-return-value)
     }
@@ -40,6 +43,9 @@ std::string CimInstance::toPathString()
         if (property->isKey()) {
             const std::string value = property->toString();
             result += property->getName() + "=" + (isQuoted(property->getType()) ? utils::quote(value) : value) + ",";
+        }
+        if (property == m_lastKey) {
+            break;
         }
     }
     ASSERT_AT(here, 118, result.size() > 0);

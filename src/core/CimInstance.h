@@ -37,8 +37,13 @@ public:
     CimInstance(const CimInstance&) = delete;
     CimInstance& operator=(const CimInstance&) = delete;
 
-    // The list that a property joins when it is made with this instance as its owner.
-    virtual CimPropertyList& getProperties() { return m_properties; }
+    // The list that a property joins when it is made with this instance as its owner. What joins may become a key, so
+    // that paths are made from the whole list from here on.
+    virtual CimPropertyList& getProperties()
+    {
+        m_lastKey = nullptr;
+        return m_properties;
+    }
 
     virtual bool isMarkedForDeletion() const { return m_deleted.load(); }
 
@@ -46,7 +51,7 @@ public:
 
     // Gives the instance properties that were made without an owner, in their order, as if each had joined it when it
     // was made; takes no lock. When it throws, the instance must not be used any more.
-    // REQUIRES: no other thread can reach the instance's properties yet.
+    // REQUIRES: no other thread can reach the instance's properties yet, and none of them becomes a key later.
     void fill(std::vector<std::unique_ptr<CimProperty>> properties);
 
     // Over the properties that are not overridden, in order. Reads the list itself: the provider calls none of the
@@ -74,6 +79,8 @@ private:
     CimPropertyList m_properties;
     std::atomic<bool> m_deleted{false};
     DeletionListener* m_deletionListener = nullptr;
+    // Behind it no key can come; null when that is not known. A path ends there: each step further would be a lock.
+    const CimProperty* m_lastKey = nullptr;
 };
 
 }  // namespace core

@@ -91,6 +91,43 @@ TEST(CimInstanceTest, Fill_takesNoLock)
     EXPECT_EQ(support::locksTakenBy([&] { instance.fill(std::move(properties)); }), 0U);
 }
 
+std::vector<std::unique_ptr<core::CimProperty>> twoKeysAndMore()
+{
+    std::vector<std::unique_ptr<core::CimProperty>> result = threeProperties();
+    for (const char* name : {"A", "B", "C", "D"}) {
+        auto property = std::make_unique<core::CimPropertyUint8>(name);
+        property->setKey(*name < 'C');
+        result.push_back(std::move(property));
+    }
+    return result;
+}
+
+TEST(CimInstanceTest, PathOfAFilledInstance_endsAtItsLastKey)
+{
+    core::CimInstance instance("Port");
+    instance.fill(twoKeysAndMore());
+    // "Name" twice, of which one is hidden, "Speed", and the two keys.
+    EXPECT_EQ(support::locksTakenBy([&] { EXPECT_EQ(instance.toPathString(), "Port.A=0,B=0"); }), 5U);
+}
+
+TEST(CimInstanceTest, KeyThatJoinsAFilledInstance_isInItsPath)
+{
+    core::CimInstance instance("Port");
+    instance.fill(twoKeysAndMore());
+    addKey(instance, "Z", "z");
+    EXPECT_EQ(instance.toPathString(), "Port.A=0,B=0,Z=\"z\"");
+}
+
+TEST(CimInstanceTest, HiddenLastKey_doesNotEndThePath)
+{
+    core::CimInstance instance("Port");
+    auto properties = twoKeysAndMore();
+    properties.push_back(std::make_unique<core::CimPropertyUint16>("B"));
+    properties.push_back(std::make_unique<core::CimPropertyUint8>("E"));
+    instance.fill(std::move(properties));
+    EXPECT_EQ(instance.toPathString(), "Port.A=0");
+}
+
 TEST(CimInstanceTest, Fill_withoutAPropertyIsRefused)
 {
     core::CimInstance instance("Port");

@@ -433,6 +433,23 @@ TEST_F(Handles, WithoutResults_noPortIsHeld)
     EXPECT_EQ(openMutexes, before);
 }
 
+TEST_F(Handles, Association_takesTwelveLocksAtMost)
+{
+    for (const char* name : ASSOCIATIONS) {
+        adapterCount = 51;
+        storeJobs(51);
+        enumerate(name);
+        const int more = pairsOf(name);
+        adapterCount = 1;
+        storeJobs(1);
+        enumerate(name);
+        const int pairs = more - pairsOf(name);
+        RecordProperty(name, pairs);
+        EXPECT_LE(pairs, 50 * 12) << name;
+        EXPECT_GE(pairs, 50) << name;
+    }
+}
+
 TEST_F(Handles, FirstAnswer_takesHardlyMoreLocks)
 {
     adapterCount = 50;
