@@ -42,7 +42,8 @@ std::string joined(const std::vector<std::uint32_t>& numbers)
 {
     std::string result;
     for (const std::uint32_t number : numbers) {
-        result += (result.empty() ? "" : ",") + text(number);
+        result += result.empty() ? "" : ",";
+        result += text(number);
     }
     return result;
 }
