@@ -42,7 +42,7 @@ TEST(AnsiTextTest, anEmptyTextIsABstrOfItsOwnNotNull)
 
 TEST(AnsiTextTest, charactersOutsideTheCodePageBecomeQuestionMarks)
 {
-    ASSERT_EQ(GetACP(), 1252U) << "run with LC_ALL=C";
+    ASSERT_EQ(GetACP(), 1252U) << "run with LC_ALL=C.UTF-8";
     EXPECT_EQ(narrow(L"a\u4e2db"), "a?b");
     EXPECT_EQ(narrow(L"\u00e9"), "\xe9");
 }
