@@ -1,11 +1,17 @@
-# zerix_version_resource(TARGET DESCRIPTION)
-# Gives a DLL or program of ours its version resource. The version stands once, in ProductVersion.h, where the
-# provider and its broker take it from as well.
-function(zerix_version_resource target description)
+# zerix_product_version(VARIABLE)
+# The version of the product. It stands once, in ProductVersion.h, where the provider and its broker take it from as well.
+function(zerix_product_version variable)
   set(header ${CMAKE_SOURCE_DIR}/src/Utils/ProductVersion.h)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
   file(STRINGS ${header} line REGEX "VERSION\\[\\] = \"[0-9.]+\"")
   string(REGEX REPLACE ".*\"([0-9.]+)\".*" "\\1" version "${line}")
+  set(${variable} ${version} PARENT_SCOPE)
+endfunction()
+
+# zerix_version_resource(TARGET DESCRIPTION)
+# Gives a DLL or program of ours its version resource.
+function(zerix_version_resource target description)
+  zerix_product_version(version)
   string(REPLACE "." "," numbers "${version}")
 
   get_target_property(kind ${target} TYPE)

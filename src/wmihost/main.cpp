@@ -6,6 +6,7 @@
 #include "wmihost/com/Platform.h"
 #include "wmihost/commands/CommandLine.h"
 #include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Interrupt.h"
 #include "wmihost/terminal/Text.h"
 
 #include <shellapi.h>
@@ -33,6 +34,7 @@ std::vector<std::string> arguments()
 
 int main()
 {
+    wmihost::endOnInterrupt();
     try {
         return wmihost::runCommandLine(arguments());
     } catch (const std::exception& error) {

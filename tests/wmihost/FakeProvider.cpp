@@ -128,6 +128,8 @@ class Fake_Thing
     [implemented, ValueMap{"0", "5"}, Values{"Done", "Invalid"}, Description("Turns it.")]
     uint32 Turn([in] uint16 Degrees, [out] string Said);
     [implemented, Description("Rests.")] uint32 Rest();
+    [implemented, ValueMap{"7"}, Values{"Successful, with a restart"}, Description("Tilts it.")]
+    uint32 Tilt([in, MaxValue(90)] uint16 Angle, [in, ValueMap{"1", "2"}, Values{"Long", "Short"}] uint16 Axis);
 };
 [dynamic, provider("AbsentProvider")]
 class Fake_Stray

@@ -107,11 +107,47 @@ TEST_F(OnTerminalTest, ATableFitsTheLineAndSaysWhatItLeavesOut)
     };
     EXPECT_EQ(runWithMof({"list", "Fake_Wide"}), 0);
     EXPECT_EQ(screen.text(),
-              "Name       Second      Third     Fourth    Fifth     Sixth     Seventh\n"
-              "---------  ----------  --------  --------  --------  --------  --------\n"
-              "the name\xE2\x80\xA6  more than\xE2\x80\xA6  12345678  12345678  12345678  12345678  12345678\n"
-              "2 more properties do not fit the terminal; --property A,B or --format js\n"
-              "on shows them");
+              "Name                      Second           Third     Fourth    Fifth\n"
+              "------------------------  ---------------  --------  --------  --------\n"
+              "the name of a wide thing  more than woul\xE2\x80\xA6  12345678  12345678  12345678\n"
+              "4 properties do not fit the line; --property Sixth,Seventh,Eighth,Ninth\n"
+              "shows them, --format json shows all");
+}
+
+TEST_F(OnTerminalTest, ControlCharacters_neverReachIt)
+{
+    writeOut(
+        "a\x1b[2J\x07\xC2\x9B"
+        "b\r\nc\rd\n");
+    writeError("e\x1b]0;title\x07\n");
+    EXPECT_EQ(screen.text(), "a\\x1B[2J\\x07\\x9Bb\nc\\rd\ne\\x1B]0;title\\x07");
+}
+
+TEST_F(OnTerminalTest, LongText_isWrittenWhole)
+{
+    std::string text;
+    for (int i = 0; i < 1000; ++i) {
+        text += "\xF0\x9F\x98\x80gr\xC3\xBC\xC3\x9F.......\n";
+    }
+    writeOut(text + "end\n");
+    EXPECT_TRUE(screen.text().ends_with(".\nend")) << screen.text();
+}
+
+TEST_F(OnTerminalTest, Watch_showsWhatFitsTheHeight)
+{
+    behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
+        for (int i = 0; i < 100; ++i) {
+            deliver(ns, sink, std::to_wstring(i).c_str(), 2);
+        }
+        return finish(sink);
+    };
+    _putenv("LINES=8");
+    EXPECT_EQ(runWithMof({"watch", "Fake_Thing", "--count", "1", "--interval", "10", "--quiet"}), 0);
+    _putenv("LINES=");
+    EXPECT_EQ(
+        screen.text(),
+        "Instance  Activity  Bytes\n--------  --------  -----\n0                   0 B/s\n1                   0 B/s\n"
+        "2                   0 B/s\n3                   0 B/s\n96 more instances do not fit");
 }
 
 TEST_F(OnTerminalTest, WhatOneInstanceSaysIsWrappedAndNotCut)

@@ -4,7 +4,9 @@
 #include "wmihost/commands/Output.h"
 #include "wmihost/mof/MofText.h"
 #include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Csv.h"
 #include "wmihost/terminal/Display.h"
+#include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Table.h"
 #include "wmihost/terminal/Text.h"
@@ -37,26 +39,12 @@ std::string limitText(const Property& property, const wchar_t* qualifier)
     return found == nullptr ? std::string() : toUtf8(scalarText(found->value.get(), found->type));
 }
 
-// Numbers and their words; none for a property without a value map.
-std::vector<std::pair<std::string, std::string>> valueMap(const Qualifiers& qualifiers)
-{
-    std::vector<std::pair<std::string, std::string>> result;
-    const Qualifier* map = findQualifier(qualifiers, L"ValueMap");
-    if (map != nullptr && map->value.isArray()) {
-        for (const Variant& key : elementsOf(map->value.get())) {
-            result.emplace_back(toUtf8(scalarText(key.get(), CIM_STRING)),
-                                toUtf8(wordFor(qualifiers, key.get(), CIM_STRING)));
-        }
-    }
-    return result;
-}
-
 // "2 Enabled, 3 Disabled"; empty without a value map.
 std::string valueMapText(const Qualifiers& qualifiers)
 {
     std::string text;
-    for (const auto& [number, word] : valueMap(qualifiers)) {
-        text += (text.empty() ? "" : ", ") + number + " " + word;
+    for (const ValueWord& entry : valueWords(qualifiers)) {
+        text += (text.empty() ? "" : ", ") + toUtf8(entry.value) + " " + toUtf8(entry.word);
     }
     return text;
 }
@@ -66,12 +54,12 @@ std::string remarks(const Property& property)
 {
     std::string text = description(property.qualifiers);
     if (const std::wstring units = qualifierText(property.qualifiers, L"Units"); !units.empty()) {
-        text += " Unit: " + toUtf8(units) + ".";
+        text += (text.empty() ? "Unit: " : " Unit: ") + toUtf8(units) + ".";
     }
     if (const std::string words = valueMapText(property.qualifiers); !words.empty()) {
-        text += " Values: " + words + ".";
+        text += (text.empty() ? "Values: " : " Values: ") + words + ".";
     }
-    return text;
+    return visible(text);
 }
 
 struct Parameter
@@ -119,8 +107,8 @@ void addRemarks(Json& entry, const Qualifiers& qualifiers)
     if (const std::wstring units = qualifierText(qualifiers, L"Units"); !units.empty()) {
         entry["units"] = toUtf8(units);
     }
-    for (const auto& [number, word] : valueMap(qualifiers)) {
-        entry["values"][number] = word;
+    for (const ValueWord& pair : valueWords(qualifiers)) {
+        entry["values"][toUtf8(pair.value)] = toUtf8(pair.word);
     }
 }
 
@@ -170,32 +158,43 @@ Json describeJson(const ClassTarget& target)
     return json;
 }
 
+// A method for people: its signature, and indented below what is worth knowing of it.
+std::string methodText(const Method& method)
+{
+    std::string text = returnType(method) + " " + toUtf8(method.name) + "(" + parameterList(method) + ")\n";
+    text += "    " + description(method.qualifiers) + "\n";
+    for (const Parameter& parameter : parametersOf(method)) {
+        if (const std::string meaning = remarks(*parameter.property); !meaning.empty()) {
+            text += "    " + toUtf8(parameter.property->name) + ": " + meaning + "\n";
+        }
+    }
+    if (const std::string words = valueMapText(method.qualifiers); !words.empty()) {
+        text += "    Returns: " + words + "\n";
+    }
+    return text;
+}
+
 void describeTable(const ClassTarget& target)
 {
     const ClassDefinition& definition = *target.definition;
-    writeOut(toUtf8(definition.name) + " in " + toUtf8(target.nameSpace) + "\n");
+    const auto width = lineWidth();
+    std::string head = toUtf8(definition.name) + " in " + toUtf8(target.nameSpace) + "\n";
     if (!definition.ancestors.empty()) {
-        writeOut("derived from " + toUtf8(definition.ancestors.front()) + "\n");
+        head += "derived from " + toUtf8(definition.ancestors.front()) + "\n";
     }
     if (const std::string text = description(definition.qualifiers); !text.empty()) {
-        writeOut(text + "\n");
+        head += text + "\n";
     }
-    Table properties({{"Property"}, {"Type"}, {"Access"}, {.heading = "Description", .wraps = true}});
+    Table properties({{.heading = "Property", .longTexts = Table::Long::whole},
+                      {.heading = "Type", .longTexts = Table::Long::whole},
+                      {.heading = "Access", .longTexts = Table::Long::whole},
+                      {.heading = "Description", .longTexts = Table::Long::wraps}});
     for (const Property& property : definition.properties) {
         properties.addRow({toUtf8(property.name), typeOf(property), accessOf(property), remarks(property)});
     }
-    writeOut("\n" + properties.render(lineWidth()));
+    writeOut(wrappedLines(head, width, 0) + "\n" + properties.render(width));
     for (const Method& method : definition.methods) {
-        writeOut("\n" + returnType(method) + " " + toUtf8(method.name) + "(" + parameterList(method) + ")\n");
-        writeOut("    " + description(method.qualifiers) + "\n");
-        for (const Parameter& parameter : parametersOf(method)) {
-            if (const std::string text = remarks(*parameter.property); !text.empty()) {
-                writeOut("    " + toUtf8(parameter.property->name) + ": " + text + "\n");
-            }
-        }
-        if (const std::string words = valueMapText(method.qualifiers); !words.empty()) {
-            writeOut("    Returns: " + words + "\n");
-        }
+        writeOut("\n" + wrappedLines(methodText(method), width, 4));
     }
 }
 
@@ -301,32 +300,63 @@ void describeMarkdown(const ClassTarget& target)
     writeOut(text);
 }
 
+Json listJson(const std::vector<ClassTarget>& classes)
+{
+    Json list = Json::array();
+    for (const ClassTarget& target : classes) {
+        list.push_back({{"class", toUtf8(target.definition->name)},
+                        {"namespace", toUtf8(target.nameSpace)},
+                        {"description", description(target.definition->qualifiers)}});
+    }
+    return list;
+}
+
+std::string listCsv(const std::vector<ClassTarget>& classes)
+{
+    std::string text = csvRecord({"Class", "Namespace", "Description"});
+    for (const ClassTarget& target : classes) {
+        text += csvRecord(
+            {toUtf8(target.definition->name), toUtf8(target.nameSpace), description(target.definition->qualifiers)});
+    }
+    return text;
+}
+
+Table listTable(const std::vector<ClassTarget>& classes)
+{
+    Table table({{.heading = "Class", .longTexts = Table::Long::whole},
+                 {.heading = "Namespace", .longTexts = Table::Long::whole},
+                 {.heading = "Description", .longTexts = Table::Long::wraps}});
+    for (const ClassTarget& target : classes) {
+        table.addRow({toUtf8(target.definition->name), toUtf8(target.nameSpace),
+                      visible(description(target.definition->qualifiers))});
+    }
+    return table;
+}
+
+std::string mofOf(const ClassTarget& target)
+{
+    return withEscapes(toUtf8(classText(*target.definition, true)), "\\x");
+}
+
 }  // namespace
 
 void writeClassList(const std::vector<ClassTarget>& classes, const CommandOptions& options)
 {
-    if (options.format == Format::json) {
-        Json list = Json::array();
-        for (const ClassTarget& target : classes) {
-            list.push_back({{"class", toUtf8(target.definition->name)},
-                            {"namespace", toUtf8(target.nameSpace)},
-                            {"description", description(target.definition->qualifiers)}});
-        }
-        writeOut(list.dump(2) + "\n");
-        return;
+    switch (options.format) {
+        case Format::json:
+            writeOut(jsonText(listJson(classes)));
+            break;
+        case Format::csv:
+            writeOut(listCsv(classes));
+            break;
+        case Format::mof:
+            for (const ClassTarget& target : classes) {
+                writeOut(mofOf(target) + "\n");
+            }
+            break;
+        default:
+            writeOut(listTable(classes).render(lineWidth()));
     }
-    if (options.format == Format::mof) {
-        for (const ClassTarget& target : classes) {
-            writeOut(toUtf8(classText(*target.definition, true)) + "\n");
-        }
-        return;
-    }
-    Table table({{"Class"}, {"Namespace"}, {.heading = "Description", .wraps = true}});
-    for (const ClassTarget& target : classes) {
-        table.addRow(
-            {toUtf8(target.definition->name), toUtf8(target.nameSpace), description(target.definition->qualifiers)});
-    }
-    writeOut(table.render(lineWidth()));
 }
 
 int runClasses(const Connection& connection, const CommandOptions& options)
@@ -353,7 +383,7 @@ int runDescribe(const Connection& connection, const std::wstring& className, con
                 break;
             case Format::mof:
                 writeOut(gap);
-                writeOut(toUtf8(classText(*target.definition, true)));
+                writeOut(mofOf(target));
                 break;
             case Format::markdown:
                 writeOut(gap);
@@ -366,7 +396,7 @@ int runDescribe(const Connection& connection, const std::wstring& className, con
         gap = "\n";
     }
     if (options.format == Format::json) {
-        writeOut((className.empty() ? list : list.front()).dump(2) + "\n");
+        writeOut(jsonText(className.empty() ? list : list.front()));
     }
     return 0;
 }

@@ -11,10 +11,14 @@
 
 #include "wmihost/com/StatusText.h"
 #include "wmihost/commands/Commands.h"
+#include "wmihost/commands/Completion.h"
+#include "wmihost/commands/Help.h"
+#include "wmihost/commands/Shell.h"
 #include "wmihost/mof/MofCompiler.h"
 #include "wmihost/session/ServiceConnection.h"
 #include "wmihost/session/Workspace.h"
 #include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Suggestion.h"
 #include "wmihost/terminal/Text.h"
 
@@ -62,31 +66,38 @@ CLI::Validator between(int least, int most)
 class CommandLine
 {
 public:
-    CommandLine()
+    // With a connection the command line is one of a shell, which chose it for all of its lines.
+    explicit CommandLine(Connection* shell = nullptr) : m_shell(shell)
     {
         m_app.require_subcommand(0, 1);
         m_app.fallthrough();
         // A path may begin with slashes.
         m_app.allow_windows_style_options(false);
-        m_app.add_option("--mof", m_mof, "the MOF file with the classes and the registration of their provider")
+        m_app.formatter(helpFormatter());
+        m_app.set_version_flag("-V,--version", "wmihost " ZERIX_VERSION, "show the version and exit");
+        m_app.add_flag("-q,--quiet", m_options.quiet, "no hints and no progress on standard error");
+        m_app.add_option("-m,--mof", m_mof, "the MOF file with the classes and the registration of their provider")
             ->type_name("FILE");
-        m_app.add_option("--namespace", m_nameSpace, "look for classes in this namespace only")->type_name("NAME");
-        m_app.add_flag("--service", m_service, "ask this machine's WMI in place of a provider in this process");
+        m_app.add_option("-n,--namespace", m_nameSpace, "look for classes in this namespace only")->type_name("NAME");
+        m_app.add_flag("-s,--service", m_service, "ask this machine's WMI in place of a provider in this process");
         m_app.add_flag("--synchronous", m_synchronous, "with --service: make synchronous calls only");
         addCommands();
     }
 
+    // Throws OutputError and OutputClosed.
     int run(const std::vector<std::string>& arguments)
     {
         std::string asked = "wmihost";
         for (const std::string& argument : arguments) {
-            asked += " " + argument;
+            asked += " " + visible(argument);
         }
         try {
             std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
             m_app.parse(std::move(reversed));
-            const ComApartment apartment;
-            return m_command(*connect(), options());
+            return execute();
+        } catch (const CLI::CallForVersion& version) {
+            writeOut(version.what() + std::string("\n"));
+            return 0;
         } catch (const CLI::CallForHelp&) {
             const auto chosen = m_app.get_subcommands();
             writeOut(chosen.empty() ? m_app.help() : chosen.front()->help(m_app.get_name()));
@@ -113,6 +124,22 @@ public:
 
 private:
     using Command = std::function<int(Connection&, const CommandOptions&)>;
+
+    int execute()
+    {
+        if (m_offline) {
+            return m_offline();
+        }
+        if (m_shell != nullptr) {
+            if (m_service || m_synchronous || !m_mof.empty()) {
+                throw UsageError("the shell has its classes and its provider already; end it to choose others");
+            }
+            return m_command(*m_shell, options());
+        }
+        const ComApartment apartment;
+        const auto connection = connect();
+        return m_command(*connection, options());
+    }
 
     std::unique_ptr<Connection> connect() const
     {
@@ -197,7 +224,7 @@ private:
         const StatusInfo info = statusInfo(error.status());
         std::string text = asked + ": failed\n  " + statusText(error.status()) + "\n";
         if (*error.what() != '\0') {
-            text += "  Reason: " + std::string(error.what()) + "\n";
+            text += "  Reason: " + visible(error.what()) + "\n";
         }
         if (!info.remedy.empty()) {
             text += "  Try: " + std::string(info.remedy) + "\n";
@@ -209,6 +236,7 @@ private:
     CommandOptions options() const
     {
         CommandOptions result = m_options;
+        result.jobsGoOn = m_service || m_shell != nullptr;
         result.nameSpace = toWide(m_nameSpace);
         result.output = toWide(m_output);
         for (const std::string& name : m_properties) {
@@ -229,6 +257,9 @@ private:
         return sub;
     }
 
+    // "-f,--format" -> "--format"
+    static std::string longName(const std::string& names) { return names.substr(names.find("--")); }
+
     // An option whose value is one of a few words.
     template <class Value>
     static void addChoice(CLI::App* sub, const std::string& name, Value& target,
@@ -243,7 +274,7 @@ private:
                 }
                 words += (words.empty() ? "" : ", ") + choice;
             }
-            throw CLI::ValidationError(name, "'" + word + "' is none of " + words);
+            throw CLI::ValidationError(longName(name), "'" + word + "' is none of " + words);
         };
         std::string typeName;
         for (const auto& [choice, value] : choices) {
@@ -252,14 +283,20 @@ private:
         sub->add_option_function<std::string>(name, take, summary)->type_name(typeName);
     }
 
-    void addFormat(CLI::App* sub, bool withMarkdown = false)
+    void addFormat(CLI::App* sub)
     {
-        std::vector<std::pair<std::string, Format>> formats{
-            {"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}};
-        if (withMarkdown) {
-            formats.emplace_back("markdown", Format::markdown);
-        }
-        addChoice(sub, "--format", m_options.format, formats, "how the result is written");
+        addChoice<Format>(
+            sub, "-f,--format", m_options.format,
+            {{"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}, {"csv", Format::csv}},
+            "how the result is written");
+    }
+
+    void addDescribeFormat(CLI::App* sub)
+    {
+        addChoice<Format>(
+            sub, "-f,--format", m_options.format,
+            {{"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}, {"markdown", Format::markdown}},
+            "how the result is written");
     }
 
     void addImpersonation(CLI::App* sub)
@@ -275,12 +312,16 @@ private:
 
     void addProperties(CLI::App* sub)
     {
-        sub->add_option("--property", m_properties, "show these properties")->delimiter(',')->type_name("A,B");
+        sub->add_option("-p,--property", m_properties,
+                        "show these properties; * and ? stand for letters of their names")
+            ->delimiter(',')
+            ->allow_extra_args(false)
+            ->type_name("A,B");
     }
 
     void addConditions(CLI::App* sub)
     {
-        sub->add_option("--where", m_conditions,
+        sub->add_option("-w,--where", m_conditions,
                         "only instances that meet this condition of WQL: \"State=Enabled AND Name LIKE 'eth%'\"")
             ->type_name("CONDITION")
             ->allow_extra_args(false);
@@ -288,10 +329,10 @@ private:
 
     void addLoad(CLI::App* sub)
     {
-        sub->add_option("--threads", m_options.threads, "ask on so many threads at once, and show a summary")
+        sub->add_option("-t,--threads", m_options.threads, "ask on so many threads at once, and show a summary")
             ->type_name("N")
             ->check(between(1, 256));
-        sub->add_option("--repeat", m_options.repeat, "ask so many times on each thread")
+        sub->add_option("-r,--repeat", m_options.repeat, "ask so many times on each thread")
             ->type_name("N")
             ->check(between(1, 1000000));
     }
@@ -317,7 +358,7 @@ private:
         addPath(related);
         related->add_flag("--references", m_related.references, "show the associations, not what they lead to");
         related
-            ->add_option("--where", m_related.where,
+            ->add_option("-w,--where", m_related.where,
                          "keywords as behind WHERE of ASSOCIATORS OF: AssocClass=, ResultClass=, Role=, ClassDefsOnly")
             ->type_name("KEYWORDS");
         for (CLI::App* sub : {query, related}) {
@@ -333,18 +374,35 @@ private:
                                     "metrics --output C:\\metrics\\zerix.prom --every 15",
                                     [](Connection& c, const CommandOptions& o) { return runMetrics(c, o); });
         CLI::Option* output =
-            metrics->add_option("--output", m_output, "replace this file, whose name ends in .prom, in one step")
+            metrics->add_option("-o,--output", m_output, "replace this file, whose name ends in .prom, in one step")
                 ->type_name("FILE");
         CLI::Option* every =
-            metrics->add_option("--every", m_options.everySeconds, "read again after so many seconds, and keep on")
+            metrics->add_option("-e,--every", m_options.everySeconds, "read again after so many seconds, and keep on")
                 ->type_name("SECONDS")
                 ->check(between(1, 86400))
                 ->needs(output);
-        metrics->add_option("--count", m_options.count, "read so many times, then end")
+        metrics->add_option("-c,--count", m_options.count, "read so many times, then end")
             ->type_name("N")
             ->check(between(1, 1000000))
             ->needs(every);
         addImpersonation(metrics);
+    }
+
+    void addCompletion()
+    {
+        CLI::App* completion =
+            command("completion", "Writes a script that makes a shell complete commands, options and classes",
+                    "completion powershell", {});
+        completion->add_option("shell", m_shellName, "bash or powershell")
+            ->type_name("")
+            ->required()
+            ->check(CLI::IsMember({"bash", "powershell"}).description(""));
+        completion->callback([this] {
+            m_offline = [this] {
+                writeOut(m_shellName == "bash" ? bashCompletion(m_app) : powershellCompletion(m_app));
+                return 0;
+            };
+        });
     }
 
     void addCommands()
@@ -357,7 +415,7 @@ private:
             command("describe", "Shows the properties and methods of a class, or of all", "describe Zerix_ConcreteJob",
                     [this](Connection& c, const CommandOptions& o) { return runDescribe(c, toWide(m_class), o); });
         describe->add_option("class", m_class, "the class; without it, all")->type_name("");
-        addFormat(describe, true);
+        addDescribeFormat(describe);
 
         CLI::App* list =
             command("list", "Lists the instances of a class", "list Zerix_EthernetPort --where EnabledState=Enabled",
@@ -408,7 +466,7 @@ private:
         invoke->add_option("method", m_method, "the method")->type_name("")->required();
         invoke->add_option("argument", m_assignments, "NAME=VALUE; an argument that is not named is null")
             ->type_name("");
-        invoke->add_flag("--wait", m_options.wait, "follow the job that the method starts until it ends");
+        invoke->add_flag("-W,--wait", m_options.wait, "follow the job that the method starts until it ends");
         addFormat(invoke);
         addImpersonation(invoke);
 
@@ -416,10 +474,10 @@ private:
             command("watch", "Shows the rates of a class's counters", "watch Zerix_EthernetPortStatistics --count 10",
                     [this](Connection& c, const CommandOptions& o) { return runWatch(c, toWide(m_class), o); });
         watch->add_option("class", m_class, "the class")->type_name("")->required();
-        watch->add_option("--count", m_options.count, "show so many tables, then end")
+        watch->add_option("-c,--count", m_options.count, "show so many tables, then end")
             ->type_name("N")
             ->check(between(1, 1000000));
-        watch->add_option("--interval", m_options.intervalMilliseconds, "milliseconds from one table to the next")
+        watch->add_option("-i,--interval", m_options.intervalMilliseconds, "milliseconds from one table to the next")
             ->type_name("N")
             ->check(between(10, 3600000));
         addProperties(watch);
@@ -432,6 +490,12 @@ private:
                                      [](Connection& c, const CommandOptions& o) { return runSelfTest(c, o); });
         addImpersonation(selfTest);
 
+        command("shell", "Reads commands from standard input, with one provider for all: jobs go on between them",
+                "shell", [this](Connection& c, const CommandOptions&) {
+                    return runShell([&c](const std::vector<std::string>& line) { return CommandLine(&c).run(line); });
+                });
+        addCompletion();
+
         std::string footer = "Without a command, the network adapters are listed.\n\nExamples:\n";
         for (const auto& [name, example] : m_examples) {
             footer += "  wmihost " + example + "\n";
@@ -441,6 +505,7 @@ private:
     }
 
     CLI::App m_app{"Plays WMI's provider host for one provider, and asks it like a client.", "wmihost"};
+    Connection* m_shell;
     std::string m_mof;
     std::string m_nameSpace;
     std::string m_output;
@@ -449,6 +514,7 @@ private:
     std::string m_class;
     std::string m_path;
     std::string m_method;
+    std::string m_shellName;
     std::string m_query;
     RelatedOptions m_related;
     bool m_local = false;
@@ -458,13 +524,21 @@ private:
     std::vector<std::pair<std::string, std::string>> m_examples;  // by command, in the order of the help
     CommandOptions m_options;
     Command m_command;
+    std::function<int()> m_offline;  // of a command that needs no connection
 };
 
 }  // namespace
 
 int runCommandLine(const std::vector<std::string>& arguments)
 {
-    return CommandLine().run(arguments);
+    try {
+        return CommandLine().run(arguments);
+    } catch (const OutputClosed&) {
+        return requestFailed;
+    } catch (const OutputError& error) {
+        writeError("wmihost: " + std::string(error.what()) + "\n");
+        return requestFailed;
+    }
 }
 
 }  // namespace wmihost

@@ -24,6 +24,7 @@ enum class Format
     table,
     json,
     mof,
+    csv,
     markdown  // of `describe` alone
 };
 
@@ -45,6 +46,8 @@ struct CommandOptions
     std::wstring output;        // of `metrics`; empty: standard output
     unsigned everySeconds = 0;  // 0: one reading
     bool wait = false;
+    bool quiet = false;     // no hints and no progress
+    bool jobsGoOn = false;  // when the command ends: the host of the provider outlives it
 };
 
 // What `related` takes besides.

@@ -3,9 +3,12 @@
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/JobFollower.h"
+#include "wmihost/commands/Limits.h"
 #include "wmihost/commands/Output.h"
+#include "wmihost/commands/Report.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
+#include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Suggestion.h"
 #include "wmihost/terminal/Table.h"
@@ -31,29 +34,92 @@ std::string outputText(const Method& method, const Property& property, const VAR
         return valueAndWord(property, value);
     }
     const std::wstring word = wordFor(method.qualifiers, value, property.type);
-    const std::string number = toUtf8(scalarText(value, property.type));
+    const std::string number = visible(toUtf8(scalarText(value, property.type)));
     return word.empty() ? number : number + " (" + toUtf8(word) + ")";
+}
+
+Json jsonOfOutputs(IWbemClassObject& out, const Method& method)
+{
+    Json json = Json::object();
+    for (const Property& property : method.out->properties) {
+        json[toUtf8(property.name)] = jsonOf(valueOf(out, property.name).get(), property.type);
+    }
+    return json;
+}
+
+std::vector<const Property*> outputsOf(const Method& method)
+{
+    std::vector<const Property*> result;
+    for (const Property& property : method.out->properties) {
+        result.push_back(&property);
+    }
+    return result;
 }
 
 void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOptions& options)
 {
-    if (options.format == Format::json) {
-        Json json;
-        for (const Property& property : method.out->properties) {
-            json[toUtf8(property.name)] = jsonOf(valueOf(out, property.name).get(), property.type);
+    switch (options.format) {
+        case Format::json:
+            writeOut(jsonText(jsonOfOutputs(out, method)));
+            break;
+        case Format::mof:
+            writeOut(mofOf(out));
+            break;
+        case Format::csv: {
+            const auto properties = outputsOf(method);
+            writeOut(csvHeader(properties) + csvOf(out, properties));
+            break;
         }
-        writeOut(json.dump(2) + "\n");
-        return;
+        default: {
+            Table table(detailColumns("Output"));
+            for (const Property& property : method.out->properties) {
+                table.addRow({toUtf8(property.name), outputText(method, property, valueOf(out, property.name).get())});
+            }
+            writeOut(table.render(lineWidth()));
+        }
     }
-    if (options.format == Format::mof) {
-        writeOut(mofOf(out));
-        return;
+}
+
+// Whether a return value says that the method did, or has begun, what was asked. 0 and 4096 (a job was started) do by
+// convention; others, such as "Successful completion, reboot required", by their word.
+bool isAccepted(const Method& method, const Property& property, const VARIANT& value)
+{
+    const std::wstring number = scalarText(value, property.type);
+    if (!parseSigned(number) || number == L"0" || number == L"4096") {
+        return true;
     }
-    Table table({{"Output"}, {.heading = "Value", .wraps = true}});
-    for (const Property& property : method.out->properties) {
-        table.addRow({toUtf8(property.name), outputText(method, property, valueOf(out, property.name).get())});
+    const std::wstring word = foldName(wordFor(method.qualifiers, value, property.type));
+    return word.starts_with(L"SUCCESS") || word.starts_with(L"COMPLETED");
+}
+
+std::string objectionsTo(const Method& method, const std::vector<Assignment>& arguments)
+{
+    return method.in ? refusedArguments(*method.in, arguments) : std::string();
+}
+
+// Calls the method; a refusal names what its parameters state against the arguments.
+ComPtr<IWbemClassObject> call(Connection& connection, const InstanceTarget& instance, const Method& method,
+                              const std::vector<Assignment>& arguments, const CommandOptions& options)
+{
+    try {
+        return invokeMethod(connection, instance, method, arguments, options);
+    } catch (const RequestError& error) {
+        throwWithObjections(error, objectionsTo(method, arguments));
     }
-    writeOut(table.render(lineWidth()));
+}
+
+// Says that the method refused, and what its parameters state against the arguments. Returns whether it did not.
+bool reportReturnValue(IWbemClassObject& out, const Method& method, const std::vector<Assignment>& arguments)
+{
+    const Property* property = method.out->findProperty(L"ReturnValue");
+    const Variant value = valueOf(out, L"ReturnValue");
+    if (property == nullptr || value.isNull() || isAccepted(method, *property, value.get())) {
+        return true;
+    }
+    const std::string objections = objectionsTo(method, arguments);
+    writeError("wmihost invoke: " + toUtf8(method.name) + " returned " + outputText(method, *property, value.get()) +
+               "\n" + (objections.empty() ? "" : "  Reason: " + objections + "\n"));
+    return false;
 }
 
 // A class without keys has no instances that a path could name.
@@ -82,17 +148,27 @@ int runInvoke(Connection& connection, const std::wstring& path, const std::wstri
     const InstanceTarget instance = connection.findMethodTarget(path, options.nameSpace);
     const Method& method = methodOf(*instance.target.definition, methodName);
     checkTarget(instance, method);
-    const auto out = invokeMethod(connection, instance, method, arguments, options);
+    const auto out = call(connection, instance, method, arguments, options);
     if (!out || !method.out) {
-        writeError("the method delivered no outputs\n");
+        writeHint(options, "the method delivered no outputs\n");
+        writeOut(options.format == Format::json ? "{}\n" : "");
         return out || !method.out ? 0 : 1;
     }
     writeOutputs(*out.get(), method, options);
+    if (!reportReturnValue(*out.get(), method, arguments)) {
+        return 1;
+    }
     const std::wstring job = textOf(*out.get(), L"Job");
-    if (!options.wait || job.empty()) {
+    if (job.empty()) {
         return 0;
     }
-    return followJob(connection, connection.findInstance(job, instance.target.nameSpace), options) ? 0 : 1;
+    if (options.wait) {
+        return followJob(connection, connection.findInstance(job, instance.target.nameSpace), options);
+    }
+    if (!options.jobsGoOn) {
+        writeHint(options, "the job ends with this command; --wait follows it, and in 'wmihost shell' it goes on\n");
+    }
+    return 0;
 }
 
 }  // namespace wmihost

@@ -3,12 +3,14 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
-#include <thread>
 
 #include "wmihost/com/ObjectReader.h"
+#include "wmihost/commands/Report.h"
 #include "wmihost/commands/Requests.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
+#include "wmihost/terminal/Interrupt.h"
+#include "wmihost/terminal/Text.h"
 
 namespace wmihost {
 namespace {
@@ -41,38 +43,52 @@ JobState read(Connection& connection, const InstanceTarget& job, const CommandOp
             displayText(property, valueOf(*object.get(), L"JobState").get())};
 }
 
-void show(const JobState& state, bool terminal)
+void show(const JobState& state, bool terminal, const CommandOptions& options)
 {
+    if (options.quiet) {
+        return;
+    }
     const std::string text = std::to_string(state.percent) + " % " + state.word;
     if (!terminal) {
         writeError(text + "\n");
         return;
     }
     const std::size_t filled = barWidth * static_cast<std::size_t>(state.percent) / 100;
-    writeError("\r[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " + text + "   ");
+    writeStatus("[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " + text + "   ");
+}
+
+int interruptedAt(const JobState& state, const InstanceTarget& job, const CommandOptions& options)
+{
+    writeError("interrupted: the job " + toUtf8(job.path) + " was at " + std::to_string(state.percent) + " %, " +
+               state.word +
+               (options.jobsGoOn ? "; it goes on\n" : "; it ends with this process, and is then shown as failed\n"));
+    return interruptedExit;
 }
 
 }  // namespace
 
-bool followJob(Connection& connection, const InstanceTarget& job, const CommandOptions& options)
+int followJob(Connection& connection, const InstanceTarget& job, const CommandOptions& options)
 {
+    const InterruptGuard guard;
     const bool terminal = errorIsTerminal();
     JobState shown;
     JobState now = read(connection, job, options);
     while (true) {
         if (!(now == shown)) {
-            show(now, terminal);
+            show(now, terminal, options);
             shown = now;
         }
-        if (now.state >= firstEndState) {
+        if (now.state >= firstEndState || !guard.pause(pause)) {
             break;
         }
-        std::this_thread::sleep_for(pause);
         now = read(connection, job, options);
     }
-    writeError(terminal ? "\n" : "");
-    writeOut("job ended: " + std::to_string(now.state) + " (" + now.word + ")\n");
-    return now.state == completed;
+    writeHint(options, terminal ? "\n" : "");
+    if (now.state < firstEndState) {
+        return interruptedAt(now, job, options);
+    }
+    writeRemark(options, "job ended: " + std::to_string(now.state) + " (" + now.word + ")\n");
+    return now.state == completed ? 0 : 1;
 }
 
 }  // namespace wmihost

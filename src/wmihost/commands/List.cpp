@@ -6,6 +6,7 @@
 
 #include "wmihost/com/StatusText.h"
 #include "wmihost/commands/Output.h"
+#include "wmihost/commands/Report.h"
 #include "wmihost/terminal/Console.h"
 
 namespace wmihost {
@@ -65,8 +66,9 @@ int runMany(const CommandOptions& options, const std::function<void()>& request)
             });
         }
     }
-    writeOut(std::to_string(tally.requests) + " requests, " + std::to_string(tally.failures) + " failures, slowest " +
-             milliseconds(tally.slowest) + ", mean " + milliseconds(tally.total / std::max(1U, tally.requests)) + "\n");
+    writeRemark(options, std::to_string(tally.requests) + " requests, " + std::to_string(tally.failures) +
+                             " failures, slowest " + milliseconds(tally.slowest) + ", mean " +
+                             milliseconds(tally.total / std::max(1U, tally.requests)) + "\n");
     if (tally.failures > 0) {
         writeError("first failure: " + statusText(tally.firstFailure) + "\n");
     }
@@ -93,8 +95,8 @@ int runList(Connection& connection, const std::wstring& className, const Command
     applyConditions(objects, *target.definition, options);
     writeObjects(objects, *target.definition, options);
     if (objects.empty()) {
-        writeError(options.conditions.empty() ? "the class has no instances\n"
-                                              : "no instance has the values that --where asks for\n");
+        writeHint(options, options.conditions.empty() ? "the class has no instances\n"
+                                                      : "no instance has the values that --where asks for\n");
     }
     return 0;
 }

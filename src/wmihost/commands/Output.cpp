@@ -3,11 +3,17 @@
 #include <algorithm>
 #include <cstddef>
 #include <map>
+#include <optional>
+#include <regex>
 #include <set>
 
 #include "wmihost/com/ObjectReader.h"
+#include "wmihost/commands/Headings.h"
+#include "wmihost/commands/Report.h"
 #include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Csv.h"
 #include "wmihost/terminal/Display.h"
+#include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Table.h"
 #include "wmihost/terminal/Text.h"
@@ -15,6 +21,8 @@
 
 namespace wmihost {
 namespace {
+
+using Rows = std::vector<std::vector<std::string>>;
 
 // What a line of a table says of an instance at a glance; classes that are not named here show everything.
 const std::map<std::wstring, std::vector<std::wstring>>& glances()
@@ -33,15 +41,11 @@ const std::map<std::wstring, std::vector<std::wstring>>& glances()
     return columns;
 }
 
-// Headings that are shorter than the property's name.
-std::string headingOf(const Property& property)
+// What is the same on every line and tells nothing.
+bool isDull(const Property& property)
 {
-    static const std::map<std::wstring, std::string> shorter{{L"ActiveMaximumTransmissionUnit", "MTU"},
-                                                             {L"PermanentAddress", "MAC"},
-                                                             {L"EnabledState", "State"},
-                                                             {L"HealthState", "Health"}};
-    const auto found = shorter.find(property.name);
-    return found == shorter.end() ? toUtf8(property.name) : found->second;
+    static const std::set<std::wstring> dull{L"SystemCreationClassName", L"SystemName", L"CreationClassName"};
+    return dull.count(property.name) != 0;
 }
 
 std::vector<const Property*> tableColumns(const ClassDefinition& definition, const CommandOptions& options)
@@ -50,9 +54,7 @@ std::vector<const Property*> tableColumns(const ClassDefinition& definition, con
     if (!options.properties.empty() || found == glances().end()) {
         auto columns = shownProperties(definition, options);
         if (options.properties.empty()) {
-            // The same on every line.
-            static const std::set<std::wstring> dull{L"SystemCreationClassName", L"SystemName", L"CreationClassName"};
-            std::erase_if(columns, [](const Property* property) { return dull.count(property->name) != 0; });
+            std::erase_if(columns, [](const Property* property) { return isDull(*property); });
         }
         return columns;
     }
@@ -65,30 +67,91 @@ std::vector<const Property*> tableColumns(const ClassDefinition& definition, con
     return columns;
 }
 
-void writeTable(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
+// "Class.Name="x",SystemName="y"" without the keys that are the same for every instance; other texts as they are.
+std::string withoutDullKeys(const std::string& reference)
 {
-    const auto properties = tableColumns(definition, options);
-    std::vector<Table::Column> columns;
-    for (const Property* property : properties) {
-        columns.push_back({headingOf(*property), isNumber(*property)});
-    }
-    Table table(std::move(columns));
+    static const std::regex dull("(SystemCreationClassName|SystemName|CreationClassName)=\"[^\"\\\\]*\"");
+    static const std::regex commas(",{2,}");
+    static const std::regex leadingComma("\\.,");
+    std::string kept = std::regex_replace(reference, dull, "");
+    kept = std::regex_replace(std::regex_replace(kept, commas, ","), leadingComma, ".");
+    return kept.ends_with(",") ? kept.substr(0, kept.size() - 1) : kept;
+}
+
+Rows rowsOf(const Objects& objects, const std::vector<const Property*>& properties)
+{
+    Rows rows;
     for (const auto& object : objects) {
         std::vector<std::string> cells;
         for (const Property* property : properties) {
             cells.push_back(displayText(*property, valueOf(*object.get(), property->name).get()));
         }
-        table.addRow(std::move(cells));
+        rows.push_back(std::move(cells));
     }
-    const auto width = lineWidth();
-    writeOut(table.render(width));
-    const std::size_t hidden = table.hiddenColumns(width);
-    if (hidden == 1) {
-        writeError("1 more property does not fit the terminal; --property A,B or --format json shows it\n");
-    } else if (hidden > 1) {
-        writeError(std::to_string(hidden) +
-                   " more properties do not fit the terminal; --property A,B or --format json shows them\n");
+    return rows;
+}
+
+// The columns that tell the rows apart: the first one where its values differ, else the keys.
+std::vector<bool> identifying(const std::vector<const Property*>& properties, const Rows& rows)
+{
+    std::set<std::string> values;
+    for (const auto& row : rows) {
+        values.insert(properties.empty() ? "" : row.front());
     }
+    const bool firstSuffices = values.size() == rows.size() && values.count("") == 0;
+    std::vector<bool> result;
+    for (const Property* property : properties) {
+        result.push_back(firstSuffices ? result.empty() : property->isKey());
+    }
+    return result;
+}
+
+Table::Long longTextsOf(const Property& property, bool identifies)
+{
+    if (property.type == CIM_REFERENCE) {
+        return Table::Long::middle;
+    }
+    return identifies || property.isKey() ? Table::Long::whole : Table::Long::cut;
+}
+
+// A reference that does not fit loses first what says nothing.
+void shortenReferences(const std::vector<const Property*>& properties, Rows& rows)
+{
+    for (auto& row : rows) {
+        for (std::size_t i = 0; i < properties.size(); ++i) {
+            if (properties[i]->type == CIM_REFERENCE) {
+                row[i] = withoutDullKeys(row[i]);
+            }
+        }
+    }
+}
+
+Table tableOf(const std::vector<const Property*>& properties, const ClassDefinition& definition, const Rows& rows)
+{
+    const std::vector<bool> identifies = identifying(properties, rows);
+    std::vector<Table::Column> columns;
+    for (std::size_t i = 0; i < properties.size(); ++i) {
+        const Property& property = *properties[i];
+        columns.push_back(
+            {headingOf(definition, property), isNumber(property), longTextsOf(property, identifies[i]), identifies[i]});
+    }
+    Table table(std::move(columns));
+    for (const auto& row : rows) {
+        table.addRow(row);
+    }
+    return table;
+}
+
+void writeTable(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
+{
+    const auto properties = tableColumns(definition, options);
+    Rows rows = rowsOf(objects, properties);
+    Table table = tableOf(properties, definition, rows);
+    if (!table.fits(lineWidth())) {
+        shortenReferences(properties, rows);
+        table = tableOf(properties, definition, rows);
+    }
+    writeFitted(table, options);
 }
 
 }  // namespace
@@ -110,7 +173,8 @@ std::vector<const Property*> shownProperties(const ClassDefinition& definition, 
 {
     std::vector<const Property*> result;
     for (const std::wstring& name : options.properties) {
-        result.push_back(&propertyOf(definition, name));
+        const auto named = propertiesNamed(definition, name);
+        result.insert(result.end(), named.begin(), named.end());
     }
     if (result.empty()) {
         for (const Property& property : definition.properties) {
@@ -135,14 +199,51 @@ std::string mofOf(IWbemClassObject& object)
     if (FAILED(result)) {
         throw RequestError(result, "the object cannot be written as MOF");
     }
-    return toUtf8(text.view());
+    return withEscapes(toUtf8(text.view()), "\\x");
 }
 
 std::string valueAndWord(const Property& property, const VARIANT& value)
 {
     const std::string shown = displayText(property, value);
     const bool hasWord = (value.vt & VT_ARRAY) == 0 && !wordFor(property.qualifiers, value, property.type).empty();
-    return hasWord ? toUtf8(scalarText(value, property.type)) + " (" + shown + ")" : shown;
+    return hasWord ? visible(toUtf8(scalarText(value, property.type))) + " (" + shown + ")" : shown;
+}
+
+std::string csvHeader(const std::vector<const Property*>& properties)
+{
+    std::vector<std::optional<std::string>> names;
+    for (const Property* property : properties) {
+        names.emplace_back(toUtf8(property->name));
+    }
+    return csvRecord(names);
+}
+
+std::string csvOf(IWbemClassObject& object, const std::vector<const Property*>& properties)
+{
+    std::vector<std::optional<std::string>> fields;
+    for (const Property* property : properties) {
+        fields.push_back(csvField(valueOf(object, property->name).get(), property->type));
+    }
+    return csvRecord(fields);
+}
+
+void writeFitted(const Table& table, const CommandOptions& options)
+{
+    const auto width = lineWidth();
+    writeOut(table.render(width));
+    const std::vector<std::string> hidden = table.hiddenColumns(width);
+    if (hidden.empty()) {
+        return;
+    }
+    std::string names;
+    for (const std::string& heading : hidden) {
+        names += (names.empty() ? "" : ",") + heading;
+    }
+    const bool one = hidden.size() == 1;
+    writeHint(options, std::to_string(hidden.size()) +
+                           (one ? " property does not fit the line; --property " + names + " shows it"
+                                : " properties do not fit the line; --property " + names + " shows them") +
+                           ", --format json shows all\n");
 }
 
 void writeObjects(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
@@ -153,7 +254,7 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
             for (const auto& object : objects) {
                 list.push_back(objectJson(*object.get(), definition, options));
             }
-            writeOut(list.dump(2) + "\n");
+            writeOut(jsonText(list));
             break;
         }
         case Format::mof:
@@ -161,6 +262,15 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
                 writeOut(mofOf(*object.get()) + "\n");
             }
             break;
+        case Format::csv: {
+            const auto properties = shownProperties(definition, options);
+            std::string text = csvHeader(properties);
+            for (const auto& object : objects) {
+                text += csvOf(*object.get(), properties);
+            }
+            writeOut(text);
+            break;
+        }
         default:
             writeTable(objects, definition, options);
     }
@@ -168,19 +278,31 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
 
 void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options)
 {
-    if (options.format == Format::json) {
-        writeOut(objectJson(object, definition, options).dump(2) + "\n");
-        return;
+    switch (options.format) {
+        case Format::json:
+            writeOut(jsonText(objectJson(object, definition, options)));
+            break;
+        case Format::mof:
+            writeOut(mofOf(object));
+            break;
+        case Format::csv: {
+            const auto properties = shownProperties(definition, options);
+            writeOut(csvHeader(properties) + csvOf(object, properties));
+            break;
+        }
+        default: {
+            Table table(detailColumns("Property"));
+            for (const Property* property : shownProperties(definition, options)) {
+                table.addRow({toUtf8(property->name), valueAndWord(*property, valueOf(object, property->name).get())});
+            }
+            writeOut(table.render(lineWidth()));
+        }
     }
-    if (options.format == Format::mof) {
-        writeOut(mofOf(object));
-        return;
-    }
-    Table table({{"Property"}, {.heading = "Value", .wraps = true}});
-    for (const Property* property : shownProperties(definition, options)) {
-        table.addRow({toUtf8(property->name), valueAndWord(*property, valueOf(object, property->name).get())});
-    }
-    writeOut(table.render(lineWidth()));
+}
+
+std::vector<Table::Column> detailColumns(const std::string& name)
+{
+    return {{.heading = name, .longTexts = Table::Long::whole}, {.heading = "Value", .longTexts = Table::Long::wraps}};
 }
 
 }  // namespace wmihost

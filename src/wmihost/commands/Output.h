@@ -2,11 +2,12 @@
 
 #include "wmihost/commands/Requests.h"
 #include "wmihost/terminal/Json.h"
+#include "wmihost/terminal/Table.h"
 
 namespace wmihost {
 
 // Writes objects of one class to standard output in the chosen format: a table with a line an object, a JSON
-// array, or MOF. Columns that do not fit the terminal are mentioned on standard error.
+// array, MOF, or CSV with the names in the first record. Columns that do not fit the line are named on standard error.
 void writeObjects(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options);
 
 // An object of that class for programs: its class, its path and the properties to show.
@@ -15,8 +16,19 @@ Json objectJson(IWbemClassObject& object, const ClassDefinition& definition, con
 // Writes the names and descriptions of classes to standard output, or their definitions as MOF.
 void writeClassList(const std::vector<ClassTarget>& classes, const CommandOptions& options);
 
-// Writes one object: a line a property, a JSON object, or MOF.
+// Writes one object: a line a property, a JSON object, MOF, or two records of CSV.
 void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options);
+
+// Writes a table to standard output; a hint on standard error says which columns do not fit the line.
+void writeFitted(const Table& table, const CommandOptions& options);
+
+// The columns of a table with a line a property: its name under the given heading, and its value.
+std::vector<Table::Column> detailColumns(const std::string& name);
+
+// The record of an object in a CSV file.
+std::string csvOf(IWbemClassObject& object, const std::vector<const Property*>& properties);
+// The names of the properties as the first record.
+std::string csvHeader(const std::vector<const Property*>& properties);
 
 // An object as MOF. Throws RequestError if the object refuses.
 std::string mofOf(IWbemClassObject& object);

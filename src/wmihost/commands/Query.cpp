@@ -42,7 +42,7 @@ void writeJson(const std::vector<FoundObject>& found, const CommandOptions& opti
     for (const FoundObject& item : found) {
         list.push_back(objectJson(*item.object.get(), *item.target.definition, options));
     }
-    writeOut(list.dump(2) + "\n");
+    writeOut(jsonText(list));
 }
 
 // One list for programs; for people a table of each class below its name.

@@ -3,14 +3,18 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <sstream>
 
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
+#include "wmihost/commands/Headings.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
 #include "wmihost/terminal/Suggestion.h"
 #include "wmihost/terminal/Text.h"
 #include "wmihost/wql/Condition.h"
+
+#include <shlwapi.h>
 
 namespace wmihost {
 namespace {
@@ -25,7 +29,8 @@ void reportProgress(Progress progress)
         return;
     }
     const bool last = done == progress.total;
-    writeError("\r" + std::to_string(done) + " of " + std::to_string(progress.total) + (last ? "\n" : ""));
+    writeStatus(std::to_string(done) + " of " + std::to_string(progress.total));
+    writeError(last ? "\n" : "");
 }
 
 RequestOptions requestOptions(const CommandOptions& options)
@@ -59,6 +64,37 @@ void checkCall(HRESULT result, const std::string& what)
     }
 }
 
+// The text with numbers in place of words of the property's value map.
+std::wstring withoutWords(const Property& property, const std::wstring& text)
+{
+    if (const auto value = valueForWord(property.qualifiers, text)) {
+        return *value;
+    }
+    if (!isArray(property.type)) {
+        return text;
+    }
+    std::wstring result;
+    const wchar_t* comma = L"";
+    std::wistringstream elements(text);
+    for (std::wstring element; std::getline(elements, element, L',');) {
+        result += comma + valueForWord(property.qualifiers, element).value_or(element);
+        comma = L",";
+    }
+    return result;
+}
+
+// The end of a complaint about a value: the words that the value map has, and the one that is most like the text.
+std::string wordsOf(const Qualifiers& qualifiers, const std::wstring& text)
+{
+    std::string list;
+    std::vector<std::wstring> words;
+    for (const ValueWord& entry : valueWords(qualifiers)) {
+        list += (list.empty() ? ", or one of the words " : ", ") + toUtf8(entry.word);
+        words.push_back(entry.word);
+    }
+    return list + suggestion(text, words);
+}
+
 // A system property that a user may want to see; classes do not declare it.
 Property systemText(const wchar_t* name)
 {
@@ -72,7 +108,7 @@ Property systemText(const wchar_t* name)
 Objects enumerateInstances(Connection& connection, const ClassTarget& target, const CommandOptions& options)
 {
     RequestOptions request = requestOptions(options);
-    if (errorIsTerminal()) {
+    if (errorIsTerminal() && !options.quiet) {
         request.onProgress = reportProgress;
     }
     const std::vector<ClassTarget> derived = connection.derivedClasses(target);
@@ -152,18 +188,41 @@ ComPtr<IWbemClassObject> invokeMethod(Connection& connection, const InstanceTarg
     return result.objects.empty() ? ComPtr<IWbemClassObject>() : result.objects.front();
 }
 
+Variant valueOfText(const Property& property, const std::wstring& text)
+{
+    if (sameName(text, L"null")) {
+        return {};
+    }
+    try {
+        return valueFromText(withoutWords(property, text), property.type);
+    } catch (const ValueError& error) {
+        throw UsageError(toUtf8(property.name) + ": " + error.what() + wordsOf(property.qualifiers, text));
+    }
+}
+
 void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment)
 {
     const Property& property = propertyOf(definition, assignment.first);
-    Variant value;
-    if (!sameName(assignment.second, L"null")) {
-        try {
-            value = valueFromText(assignment.second, property.type);
-        } catch (const ValueError& error) {
-            throw UsageError(toUtf8(property.name) + ": " + error.what());
+    const Variant value = valueOfText(property, assignment.second);
+    checkCall(object.Put(property.name.c_str(), 0, value.in(), 0), "the object takes no such value");
+}
+
+std::vector<const Property*> propertiesNamed(const ClassDefinition& definition, std::wstring_view pattern)
+{
+    if (pattern.find_first_of(L"*?") == std::wstring_view::npos) {
+        return {&propertyOf(definition, pattern)};
+    }
+    std::vector<const Property*> result;
+    for (const Property& property : definition.properties) {
+        if (PathMatchSpecW(property.name.c_str(), std::wstring(pattern).c_str()) != 0) {
+            result.push_back(&property);
         }
     }
-    checkCall(object.Put(property.name.c_str(), 0, value.in(), 0), "the object takes no such value");
+    if (result.empty()) {
+        throw RequestError(code(WBEM_E_INVALID_PROPERTY),
+                           "no property of the class " + toUtf8(definition.name) + " matches " + toUtf8(pattern));
+    }
+    return result;
 }
 
 const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name)
@@ -173,7 +232,7 @@ const Property& propertyOf(const ClassDefinition& definition, std::wstring_view 
         systemText(L"__SERVER"), systemText(L"__NAMESPACE"), systemText(L"__SUPERCLASS")};
     const auto* system = std::find_if(systemTexts.begin(), systemTexts.end(),
                                       [name](const Property& p) { return sameName(p.name, name); });
-    const Property* property = system == systemTexts.end() ? definition.findProperty(name) : system;
+    const Property* property = system == systemTexts.end() ? findByHeading(definition, name) : system;
     if (property == nullptr) {
         throw RequestError(code(WBEM_E_INVALID_PROPERTY), "the class " + toUtf8(definition.name) + " has no property " +
                                                               toUtf8(name) +

@@ -28,13 +28,21 @@ void deleteInstance(Connection& connection, const InstanceTarget& instance, cons
 ComPtr<IWbemClassObject> invokeMethod(Connection& connection, const InstanceTarget& instance, const Method& method,
                                       const std::vector<Assignment>& arguments, const CommandOptions& options);
 
-// Sets a property of an object to what a user's text means for its type; `null` is no value. Throws
-// UsageError for a text that does not fit, RequestError for a property that does not exist.
+// What a user's text means for a property: `null` is no value, and a word of the property's value map is the number
+// that it stands for. Throws UsageError for a text that does not fit.
+Variant valueOfText(const Property& property, const std::wstring& text);
+
+// Sets a property of an object to what the text means. Throws as valueOfText does, and RequestError for a property that
+// does not exist.
 void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment);
 
-// The property of that name, or one of the system properties that are texts. Throws RequestError with
+// The property of that name or heading, or one of the system properties that are texts. Throws RequestError with
 // WBEM_E_INVALID_PROPERTY.
 const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name);
+
+// The properties of the class whose names fit a pattern with * and ?; of a name without these the one that propertyOf
+// has. Throws RequestError with WBEM_E_INVALID_PROPERTY if there is none.
+std::vector<const Property*> propertiesNamed(const ClassDefinition& definition, std::wstring_view pattern);
 
 // Keeps the objects for which all conditions of the options hold. The conditions have been checked.
 void applyConditions(Objects& objects, const ClassDefinition& definition, const CommandOptions& options);

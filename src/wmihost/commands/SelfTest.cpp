@@ -5,6 +5,7 @@
 #include "wmihost/com/StatusText.h"
 #include "wmihost/commands/Requests.h"
 #include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Table.h"
 #include "wmihost/terminal/Text.h"
 
@@ -27,7 +28,7 @@ public:
 
     std::string enumerate()
     {
-        const ClassTarget target = m_connection.findClass(L"Zerix_EthernetPort", L"");
+        const ClassTarget target = m_connection.findClass(L"Zerix_EthernetPort", m_options.nameSpace);
         const Objects ports = enumerateInstances(m_connection, target, m_options);
         if (ports.empty()) {
             throw StepFailure("this machine has no network adapter");
@@ -49,7 +50,7 @@ public:
 
     std::string put()
     {
-        const ClassTarget target = m_connection.findClass(L"Zerix_DiagnosticSetting", L"");
+        const ClassTarget target = m_connection.findClass(L"Zerix_DiagnosticSetting", m_options.nameSpace);
         const Objects settings = enumerateInstances(m_connection, target, m_options);
         if (settings.empty()) {
             throw StepFailure("there is no diagnostic setting");
@@ -107,7 +108,7 @@ private:
         if (path.empty()) {
             throw StepFailure("an earlier step delivered no path");
         }
-        return m_connection.findInstance(path, L"");
+        return m_connection.findInstance(path, m_options.nameSpace);
     }
 
     Connection& m_connection;
@@ -127,7 +128,9 @@ int runSelfTest(Connection& connection, const CommandOptions& options)
         {"put", [&tour] { return tour.put(); }},
         {"invoke", [&tour] { return tour.invoke(); }},
         {"delete", [&tour] { return tour.remove(); }}};
-    Table table({{"Request"}, {"Verdict"}, {.heading = "Detail", .wraps = true}});
+    Table table({{.heading = "Request", .longTexts = Table::Long::whole},
+                 {.heading = "Verdict", .longTexts = Table::Long::whole},
+                 {.heading = "Detail", .longTexts = Table::Long::wraps}});
     bool passed = true;
     for (const auto& [name, step] : steps) {
         std::string detail;
@@ -145,7 +148,7 @@ int runSelfTest(Connection& connection, const CommandOptions& options)
             detail = failure.what();
         }
         passed = passed && good;
-        table.addRow({name, good ? "passed" : "FAILED", detail});
+        table.addRow({name, good ? "passed" : "FAILED", visible(detail)});
     }
     writeOut(table.render(lineWidth()));
     return passed ? 0 : 1;

@@ -3,12 +3,14 @@
 #include <cmath>
 #include <cstddef>
 #include <map>
-#include <thread>
+#include <optional>
+#include <tuple>
 
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Output.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
+#include "wmihost/terminal/Interrupt.h"
 #include "wmihost/terminal/Table.h"
 #include "wmihost/terminal/Text.h"
 
@@ -89,39 +91,99 @@ std::string barOf(double rate, double fastest)
     return std::string(static_cast<std::size_t>(std::lround(share * static_cast<double>(barWidth))), '#');
 }
 
-std::string render(const std::vector<Sample>& before, const std::vector<Sample>& now, double seconds,
-                   const std::vector<const Property*>& counters)
+// An instance and how fast each of its counters rises.
+struct Rates
+{
+    std::string label;
+    std::vector<double> perSecond;
+};
+
+// The rates between two samples, the fastest instance first.
+std::vector<Rates> ratesOf(const std::vector<Sample>& before, const std::vector<Sample>& now, double seconds)
 {
     std::map<std::wstring, const Sample*> earlier;
     for (const Sample& sample : before) {
         earlier[sample.path] = &sample;
     }
-    std::vector<Table::Column> columns{{"Instance"}, {"Activity"}};
-    for (const Property* counter : counters) {
-        columns.push_back({toUtf8(counter->name), true});
-    }
-    std::vector<std::pair<std::string, std::vector<double>>> rows;
-    double fastest = 0;
+    std::vector<Rates> result;
     for (const Sample& sample : now) {
         const auto found = earlier.find(sample.path);
         // An instance that has just come is compared with itself: no rate yet.
         const Sample& old = found == earlier.end() ? sample : *found->second;
-        std::vector<double> rates;
-        for (std::size_t i = 0; i < counters.size(); ++i) {
-            rates.push_back(rateOf(old.counters[i], sample.counters[i], seconds));
+        Rates rates{sample.label, {}};
+        for (std::size_t i = 0; i < sample.counters.size(); ++i) {
+            rates.perSecond.push_back(rateOf(old.counters[i], sample.counters[i], seconds));
         }
-        fastest = std::max(fastest, rates.front());
-        rows.emplace_back(sample.label, std::move(rates));
+        result.push_back(std::move(rates));
+    }
+    std::stable_sort(result.begin(), result.end(),
+                     [](const Rates& a, const Rates& b) { return a.perSecond.front() > b.perSecond.front(); });
+    return result;
+}
+
+// How many instances the screen has room for, below the headings and above the line that says what is left out.
+std::size_t roomFor(std::size_t instances, std::optional<std::size_t> height)
+{
+    constexpr std::size_t headings = 2;
+    constexpr std::size_t linesBelow = 2;  // that line, and the one of the cursor
+    if (!height || headings + instances + linesBelow <= *height) {
+        return instances;
+    }
+    return std::max<std::size_t>(*height, headings + linesBelow + 1) - headings - linesBelow;
+}
+
+// "9 more instances, 3 more counters do not fit"; empty if all is shown.
+std::string leftOutText(std::size_t instances, std::size_t counters)
+{
+    std::string text;
+    for (const auto& [count, one, many] :
+         {std::tuple{instances, "instance", "instances"}, std::tuple{counters, "counter", "counters"}})
+    {
+        if (count > 0) {
+            text += (text.empty() ? "" : ", ") + std::to_string(count) + " more " + (count == 1 ? one : many);
+        }
+    }
+    return text.empty() ? text : text + (instances + counters == 1 ? " does not fit\n" : " do not fit\n");
+}
+
+// The first `room` instances, with a bar or without.
+Table tableOf(const std::vector<Rates>& instances, std::size_t room, const std::vector<const Property*>& counters,
+              bool withBar)
+{
+    std::vector<Table::Column> columns{{.heading = "Instance", .longTexts = Table::Long::whole, .identifies = true}};
+    if (withBar) {
+        columns.push_back({"Activity"});
+    }
+    for (const Property* counter : counters) {
+        columns.push_back({toUtf8(counter->name), true});
     }
     Table table(std::move(columns));
-    for (const auto& [label, rates] : rows) {
-        std::vector<std::string> cells{label, barOf(rates.front(), fastest)};
+    const double fastest = instances.empty() ? 0 : instances.front().perSecond.front();
+    for (std::size_t n = 0; n < room; ++n) {
+        const auto& [label, rates] = instances[n];
+        std::vector<std::string> cells{label};
+        if (withBar) {
+            cells.push_back(barOf(rates.front(), fastest));
+        }
         for (std::size_t i = 0; i < rates.size(); ++i) {
             cells.push_back(rateText(rates[i], unitOf(*counters[i])));
         }
         table.addRow(std::move(cells));
     }
-    return table.render(lineWidth());
+    return table;
+}
+
+std::string render(const std::vector<Rates>& instances, const std::vector<const Property*>& counters,
+                   std::optional<std::size_t> height)
+{
+    const auto width = lineWidth();
+    const std::size_t room = roomFor(instances.size(), height);
+    Table table = tableOf(instances, room, counters, true);
+    if (table.hiddenColumns(width).size() >= counters.size()) {
+        // One counter says more than the bar alone.
+        table = tableOf(instances, room, counters, false);
+    }
+    return table.render(width) + leftOutText(instances.size() - room, table.hiddenColumns(width).size());
 }
 
 }  // namespace
@@ -132,15 +194,19 @@ int runWatch(Connection& connection, const std::wstring& className, const Comman
     checkNames(*target.definition, options);
     const auto counters = countersOf(*target.definition, options);
     const bool terminal = outIsTerminal();
+    const InterruptGuard guard;
     auto before = takeSamples(connection, target, counters, options);
     auto beforeTime = Clock::now();
     std::size_t linesShown = 0;
     for (unsigned shown = 0; options.count == 0 || shown < options.count; ++shown) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(options.intervalMilliseconds));
+        if (!guard.pause(std::chrono::milliseconds(options.intervalMilliseconds))) {
+            return interruptedExit;
+        }
         auto now = takeSamples(connection, target, counters, options);
         const auto nowTime = Clock::now();
+        const double seconds = std::chrono::duration<double>(nowTime - beforeTime).count();
         const std::string text =
-            render(before, now, std::chrono::duration<double>(nowTime - beforeTime).count(), counters);
+            render(ratesOf(before, now, seconds), counters, terminal ? screenHeight() : std::nullopt);
         if (terminal && shown > 0) {
             eraseLines(linesShown);
         }

@@ -38,20 +38,25 @@ Workspace::Workspace(const std::filesystem::path& mofFile)
     compileMofFile(mofFile, m_repository);
 }
 
+const Namespace& Workspace::givenNamespace(std::wstring_view name) const
+{
+    const Namespace* given = m_repository.findNamespace(name);
+    if (given == nullptr) {
+        throw RequestError(code(WBEM_E_INVALID_NAMESPACE), "the MOF declares no namespace " + toUtf8(name) +
+                                                               namespaceSuggestion(name, m_repository.namespaces()));
+    }
+    return *given;
+}
+
 ClassTarget Workspace::findClass(std::wstring_view className, std::wstring_view nameSpace) const
 {
     if (!nameSpace.empty()) {
-        const Namespace* given = m_repository.findNamespace(nameSpace);
-        if (given == nullptr) {
-            throw RequestError(code(WBEM_E_INVALID_NAMESPACE),
-                               "the MOF declares no namespace " + toUtf8(nameSpace) +
-                                   namespaceSuggestion(nameSpace, m_repository.namespaces()));
+        const Namespace& given = givenNamespace(nameSpace);
+        if (ClassPointer found = given.findClass(className)) {
+            return {given.name(), std::move(found)};
         }
-        if (ClassPointer found = given->findClass(className)) {
-            return {given->name(), std::move(found)};
-        }
-        throw RequestError(code(WBEM_E_INVALID_CLASS), "the namespace " + toUtf8(given->name()) + " has no class " +
-                                                           toUtf8(className) + classSuggestion(className, {given}));
+        throw RequestError(code(WBEM_E_INVALID_CLASS), "the namespace " + toUtf8(given.name()) + " has no class " +
+                                                           toUtf8(className) + classSuggestion(className, {&given}));
     }
     ClassTarget result;
     for (const Namespace* candidate : m_repository.namespaces()) {
@@ -69,6 +74,9 @@ ClassTarget Workspace::findClass(std::wstring_view className, std::wstring_view 
 
 std::vector<ClassTarget> Workspace::classes(std::wstring_view nameSpace) const
 {
+    if (!nameSpace.empty()) {
+        givenNamespace(nameSpace);
+    }
     std::vector<ClassTarget> result;
     for (const Namespace* candidate : m_repository.namespaces()) {
         if (!nameSpace.empty() && !sameName(ClassRepository::plainName(nameSpace), candidate->name())) {

@@ -33,6 +33,9 @@ public:
     ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method) override;
 
 private:
+    // The namespace that a user named. Throws RequestError with WBEM_E_INVALID_NAMESPACE.
+    const Namespace& givenNamespace(std::wstring_view name) const;
+
     ClassRepository m_repository;
     std::mutex m_mutex;
     std::map<std::pair<std::wstring, std::wstring>, std::unique_ptr<ProviderSession>> m_sessions;

@@ -1,11 +1,13 @@
 #include "wmihost/terminal/Console.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <string>
 
 #include "wmihost/com/Platform.h"
+#include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
@@ -17,30 +19,145 @@ bool isTerminal(DWORD which)
     return GetConsoleMode(GetStdHandle(which), &mode) != 0;
 }
 
-void write(DWORD which, std::string_view text)
+// The positive number in a variable of the environment.
+std::optional<std::size_t> environmentNumber(const char* name)
 {
-    const HANDLE handle = GetStdHandle(which);
-    DWORD written = 0;
-    if (isTerminal(which)) {
-        const std::wstring wide = toWide(text);
-        WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
-        return;
-    }
-    while (!text.empty() && WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0) {
+    const char* text = std::getenv(name);
+    const auto number = text == nullptr ? std::nullopt : parseUnsigned(toWide(text));
+    return number && *number > 0 ? std::optional<std::size_t>(*number) : std::nullopt;
+}
+
+// How much of a text a terminal is given at once: some take no more than 64 KB.
+constexpr std::size_t terminalPiece = 8000;
+
+// The length of the next piece, which does not end between the halves of a pair.
+std::size_t pieceOf(std::wstring_view text)
+{
+    const std::size_t size = std::min(text.size(), terminalPiece);
+    return size < text.size() && IS_HIGH_SURROGATE(text[size - 1]) ? size - 1 : size;
+}
+
+// Returns 0, or why the text could not be written.
+DWORD writeToTerminal(HANDLE handle, std::wstring_view text)
+{
+    while (!text.empty()) {
+        DWORD written = 0;
+        if (WriteConsoleW(handle, text.data(), static_cast<DWORD>(pieceOf(text)), &written, nullptr) == 0) {
+            return GetLastError();
+        }
         text.remove_prefix(written);
     }
+    return 0;
+}
+
+DWORD writeToFile(HANDLE handle, std::string_view text)
+{
+    while (!text.empty()) {
+        DWORD written = 0;
+        if (WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) == 0) {
+            return GetLastError();
+        }
+        if (written == 0) {
+            return ERROR_WRITE_FAULT;
+        }
+        text.remove_prefix(written);
+    }
+    return 0;
+}
+
+DWORD write(DWORD which, std::string_view text)
+{
+    const HANDLE handle = GetStdHandle(which);
+    return isTerminal(which) ? writeToTerminal(handle, toWide(text)) : writeToFile(handle, text);
+}
+
+// A byte at a time: what follows the line may be meant for somebody else.
+std::optional<std::string> lineOfFile(HANDLE handle)
+{
+    std::string line;
+    char byte = 0;
+    DWORD count = 0;
+    bool any = false;
+    while (ReadFile(handle, &byte, 1, &count, nullptr) != 0 && count == 1) {
+        any = true;
+        if (byte == '\n') {
+            break;
+        }
+        line += byte;
+    }
+    return any ? std::optional(line) : std::nullopt;
+}
+
+std::optional<std::string> lineOfTerminal(HANDLE handle)
+{
+    constexpr wchar_t endOfInput = 26;  // Ctrl+Z
+    std::wstring line;
+    std::array<wchar_t, 256> buffer{};
+    do {
+        DWORD count = 0;
+        SetLastError(0);
+        if (ReadConsoleW(handle, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) == 0) {
+            return std::nullopt;
+        }
+        if (count == 0) {
+            // Ctrl+C leaves no characters.
+            return GetLastError() == ERROR_OPERATION_ABORTED ? std::optional<std::string>("") : std::nullopt;
+        }
+        line.append(buffer.data(), count);
+    } while (line.back() != L'\n');
+    if (line.front() == endOfInput) {
+        return std::nullopt;
+    }
+    line.erase(line.find_last_not_of(L"\r\n") + 1);
+    return toUtf8(line);
+}
+
+bool meansNobodyReads(DWORD error)
+{
+    return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED;
+}
+
+// What the platform says of an error, without the end of its line.
+std::string systemText(DWORD error)
+{
+    std::array<wchar_t, 512> buffer{};
+    const DWORD size = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0,
+                                      buffer.data(), static_cast<DWORD>(buffer.size()), nullptr);
+    std::string text = toUtf8(std::wstring_view(buffer.data(), size));
+    text.erase(text.find_last_not_of(" .\r\n") + 1);
+    return text.empty() ? "error " + std::to_string(error) : text;
 }
 
 }  // namespace
 
 void writeOut(std::string_view text)
 {
-    write(STD_OUTPUT_HANDLE, text);
+    const DWORD error = outIsTerminal() ? write(STD_OUTPUT_HANDLE, visibleLines(text)) : write(STD_OUTPUT_HANDLE, text);
+    if (meansNobodyReads(error)) {
+        throw OutputClosed();
+    }
+    if (error != 0) {
+        throw OutputError("the output cannot be written: " + systemText(error));
+    }
 }
 
 void writeError(std::string_view text)
 {
-    write(STD_ERROR_HANDLE, text);
+    write(STD_ERROR_HANDLE, visibleLines(text));
+}
+
+void writeStatus(std::string_view text)
+{
+    write(STD_ERROR_HANDLE, "\r" + visible(text));
+}
+
+std::optional<std::string> readLine(std::string_view prompt)
+{
+    if (!isTerminal(STD_INPUT_HANDLE)) {
+        return lineOfFile(GetStdHandle(STD_INPUT_HANDLE));
+    }
+    writeError(prompt);
+    return lineOfTerminal(GetStdHandle(STD_INPUT_HANDLE));
 }
 
 bool outIsTerminal()
@@ -55,16 +172,27 @@ bool errorIsTerminal()
 
 std::optional<std::size_t> lineWidth()
 {
-    if (const char* columns = std::getenv("COLUMNS")) {
-        if (const auto width = parseUnsigned(toWide(columns)); width && *width > 0) {
-            return *width;
-        }
+    if (const auto width = environmentNumber("COLUMNS")) {
+        return width;
     }
     CONSOLE_SCREEN_BUFFER_INFO info{};
     if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0 &&
         info.srWindow.Right > info.srWindow.Left) {
         // One less than the window has: a character in the last column would make some terminals begin a new line.
         return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::size_t> screenHeight()
+{
+    if (const auto height = environmentNumber("LINES")) {
+        return height;
+    }
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0 &&
+        info.srWindow.Bottom > info.srWindow.Top) {
+        return static_cast<std::size_t>(info.srWindow.Bottom - info.srWindow.Top + 1);
     }
     return std::nullopt;
 }

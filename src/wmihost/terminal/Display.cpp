@@ -3,7 +3,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
+#include <utility>
 
+#include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
@@ -73,17 +75,41 @@ std::string scalarDisplay(const Property& property, const VARIANT& value)
 
 }  // namespace
 
-std::wstring wordFor(const Qualifiers& qualifiers, const VARIANT& value, CIMTYPE type)
+std::vector<ValueWord> valueWords(const Qualifiers& qualifiers)
 {
     const auto words = textsOf(qualifiers, L"Values");
     const auto keys = textsOf(qualifiers, L"ValueMap");
-    const std::wstring text = scalarText(value, type);
+    std::vector<ValueWord> result;
     for (std::size_t i = 0; i < keys.size() && i < words.size(); ++i) {
-        if (keys[i] == text) {
-            return words[i];
+        result.push_back({keys[i], words[i]});
+    }
+    // Without a map the words stand for 0, 1, 2 and so on.
+    for (std::size_t i = 0; keys.empty() && i < words.size(); ++i) {
+        result.push_back({std::to_wstring(i), words[i]});
+    }
+    return result;
+}
+
+std::wstring wordFor(const Qualifiers& qualifiers, const VARIANT& value, CIMTYPE type)
+{
+    const std::wstring text = scalarText(value, type);
+    for (ValueWord& entry : valueWords(qualifiers)) {
+        if (entry.value == text) {
+            return std::move(entry.word);
         }
     }
     return {};
+}
+
+std::optional<std::wstring> valueForWord(const Qualifiers& qualifiers, std::wstring_view word)
+{
+    for (ValueWord& entry : valueWords(qualifiers)) {
+        // A range such as "7..100" has a word and is not a value.
+        if (sameName(entry.word, word) && entry.value.find(L"..") == std::wstring::npos) {
+            return std::move(entry.value);
+        }
+    }
+    return std::nullopt;
 }
 
 std::string displayText(const Property& property, const VARIANT& value)
@@ -92,11 +118,11 @@ std::string displayText(const Property& property, const VARIANT& value)
         return {};
     }
     if ((value.vt & VT_ARRAY) == 0) {
-        return scalarDisplay(property, value);
+        return visible(scalarDisplay(property, value));
     }
     std::string list;
     for (const Variant& element : elementsOf(value)) {
-        list += (list.empty() ? "" : ", ") + scalarDisplay(property, element.get());
+        list += (list.empty() ? "" : ", ") + visible(scalarDisplay(property, element.get()));
     }
     return list;
 }

@@ -1,5 +1,6 @@
 #include "wmihost/terminal/Json.h"
 
+#include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
@@ -38,6 +39,11 @@ Json jsonOf(const VARIANT& value, CIMTYPE type)
             }
             return toUtf8(text);
     }
+}
+
+std::string jsonText(const Json& json)
+{
+    return withEscapes(json.dump(2), "\\u") + "\n";
 }
 
 }  // namespace wmihost

@@ -1,5 +1,6 @@
 #include "tests/wmihost/CommandTest.h"
 #include "wmihost/repository/ObjectPath.h"
+#include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
@@ -97,7 +98,8 @@ TEST_F(ChangeTest, AMistakeInOneOfTheValuesCostsNoPut)
 {
     EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "Count=7", "State=on"}), 2);
     EXPECT_EQ(error,
-              "wmihost set: State: 'on' is no uint16: a whole number from 0 to 65535\n"
+              "wmihost set: State: 'on' is no uint16: a whole number from 0 to 65535, or one of the words Enabled, "
+              "Disabled\n"
               "  Example: wmihost set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null\n"
               "  wmihost set --help shows all that it takes\n");
     EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "Count=7", "Sate=2"}), 1);
@@ -138,10 +140,79 @@ TEST_F(ChangeTest, WhatTheProviderRefusesIsAFailure)
     EXPECT_EQ(error,
               "wmihost set Fake_Thing=\"one\" State=3: failed\n"
               "  WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"
+              "  Reason: State: the class does not declare it with the qualifier write\n"
               "  Try: change writable properties only, and ask with --impersonation impersonate as a user with the "
               "right\n");
     EXPECT_EQ(out, "");
 }
+
+TEST_F(ChangeTest, ValueKeptOtherwise_isReported)
+{
+    behaviour.put = [](IWbemClassObject*, LONG, IWbemObjectSink* sink) { return finish(sink); };
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "Count=7", "State=enabled", "Bytes=5", "-f", "json"}), 0);
+    EXPECT_EQ(Json::parse(out)["Count"], 3);
+    EXPECT_EQ(error,
+              "wmihost set: Count was sent as '7' and is kept as '3'\n"
+              "wmihost set: Bytes was sent as '5' and is kept as no value\n");
+}
+
+TEST_F(ChangeTest, Words_areTheNumbersTheyStandFor)
+{
+    EXPECT_EQ(run({"set", "Fake_Thing=\"one\"", "State=disabled"}), 0);
+    EXPECT_EQ(requests.at(1),
+              L"put instance of Fake_Thing\n{\n    Name = \"one\";\n    Count = 3;\n    State = 3;\n};\n");
+    EXPECT_EQ(error, "");
+}
+
+struct Limited
+{
+    const char* name;
+    std::string change;
+    const char* reason;
+};
+
+class Limits : public ChangeTest, public testing::WithParamInterface<Limited>
+{
+};
+
+TEST_P(Limits, AreNamedInTheRefusal)
+{
+    addToMof(
+        "[dynamic, provider(\"FakeProvider\")] class Fake_Limits { [key] string Name; [write, MinValue(2), "
+        "MaxValue(600)] uint16 Count; [write, MinLen(2), MaxLen(5)] string Tag; [write, ValueMap{\"1\", \"2\"}, "
+        "Values{\"On\", \"Off\"}] uint16 Mode; [write, MaxValue(100)] uint64 Big; [read] string Fixed; };\n");
+    behaviour.get = [](IWbemServices& ns, std::wstring_view, IWbemObjectSink* sink) {
+        const auto limited = spawn(ns, L"Fake_Limits");
+        put(limited, L"Name", Variant::ofText(L"one"));
+        deliver(sink, limited);
+        return finish(sink);
+    };
+    behaviour.put = [](IWbemClassObject*, LONG, IWbemObjectSink* sink) {
+        return finish(sink, code(WBEM_E_INVALID_PARAMETER));
+    };
+    EXPECT_EQ(run({"set", "Fake_Limits=\"one\"", GetParam().change}), 1);
+    const std::string reason = *GetParam().reason == '\0' ? "" : std::string("  Reason: ") + GetParam().reason + "\n";
+    EXPECT_EQ(error, "wmihost set Fake_Limits=\"one\" " + GetParam().change +
+                         ": failed\n  WBEM_E_INVALID_PARAMETER (0x80041008): an argument is not valid\n" + reason +
+                         "  Try: describe the class to see the properties, their ranges and lengths\n");
+    EXPECT_EQ(out, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, Limits,
+    testing::Values(Limited{"Above", "Count=601", "Count: 601 is above its MaxValue, 600"},
+                    Limited{"Below", "Count=1", "Count: 1 is below its MinValue, 2"},
+                    Limited{"Within", "Count=600", ""},
+                    Limited{"AboveEverySignedNumber", "Big=18446744073709551615",
+                            "Big: 18446744073709551615 is above its MaxValue, 100"},
+                    Limited{"TooLong",
+                            "Tag=Gr\xC3\xBC\xC3\x9F"
+                            "es",
+                            "Tag: its length in bytes, 6, is above its MaxLen, 5"},
+                    Limited{"TooShort", "Tag=a", "Tag: its length in bytes, 1, is below its MinLen, 2"},
+                    Limited{"OutsideTheMap", "Mode=3", "Mode: 3 is not in its ValueMap: 1 On, 2 Off"},
+                    Limited{"NotWritable", "Fixed=x", "Fixed: the class does not declare it with the qualifier write"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ChangeTest, AnInstanceThatIsNotThereIsNotPut)
 {

@@ -27,7 +27,12 @@ TEST_F(ClassesTest, DescribesAClass)
               "    Returns: 0 Done, 5 Invalid\n"
               "\n"
               "uint32 Rest()\n"
-              "    Rests.\n");
+              "    Rests.\n"
+              "\n"
+              "uint32 Tilt(in uint16 Angle, in uint16 Axis)\n"
+              "    Tilts it.\n"
+              "    Axis: Values: 1 Long, 2 Short.\n"
+              "    Returns: 7 Successful, with a restart\n");
 }
 
 TEST_F(ClassesTest, ListsTheClasses)

@@ -2,9 +2,12 @@
 
 #include <cstddef>
 #include <map>
+#include <regex>
+#include <sstream>
 
 #include "tests/wmihost/CommandTest.h"
 #include "wmihost/repository/ObjectPath.h"
+#include "wmihost/terminal/Lines.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
@@ -64,6 +67,8 @@ const std::map<std::string, std::string>& examples()
         {"wmihost watch", "wmihost watch Zerix_EthernetPortStatistics --count 10"},
         {"wmihost metrics", "wmihost metrics --output C:\\metrics\\zerix.prom --every 15"},
         {"wmihost self-test", "wmihost self-test"},
+        {"wmihost shell", "wmihost shell"},
+        {"wmihost completion", "wmihost completion powershell"},
     };
     return lines;
 }
@@ -89,7 +94,7 @@ TEST_P(WrongUsages, AreExplainedWithAnExample)
     const std::string reason = GetParam().reason;
     const std::string command = reason.substr(0, reason.find(':'));
     const std::string help = command == "wmihost" ? "  Commands: classes, describe, list, get, query, related, set, "
-                                                    "delete, invoke, watch, metrics, self-test\n"
+                                                    "delete, invoke, watch, metrics, self-test, shell, completion\n"
                                                     "  wmihost --help explains them\n"
                                                   : "  Example: " + examples().at(command) + "\n  " + command +
                                                         " --help shows all that it takes\n";
@@ -110,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"MisspeltOptionOfTheProgram",
                    {"classes", "--namspace", "root"},
                    "wmihost classes: there is no option --namspace here; did you mean --namespace?"},
-        WrongUsage{"UnknownOptionOfTheProgram", {"--version"}, "wmihost: there is no option --version here"},
+        WrongUsage{"UnknownOptionOfTheProgram", {"--colour"}, "wmihost: there is no option --colour here"},
         WrongUsage{"UnknownOption", {"list", "Fake_Thing", "--bogus"}, "wmihost list: there is no option --bogus here"},
         WrongUsage{"OptionOfAnotherCommand",
                    {"classes", "--where", "a=b"},
@@ -125,10 +130,10 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"NoValues", {"set", "Fake_Thing=\"one\""}, "wmihost set: value is required"},
         WrongUsage{"UnknownFormat",
                    {"list", "Fake_Thing", "--format", "xml"},
-                   "wmihost list: --format: 'xml' is none of table, json, mof"},
+                   "wmihost list: --format: 'xml' is none of table, json, mof, csv"},
         WrongUsage{"NoFormat",
                    {"list", "Fake_Thing", "--format"},
-                   "wmihost list: --format: 1 required table|json|mof missing"},
+                   "wmihost list: --format: 1 required table|json|mof|csv missing"},
         WrongUsage{"UnknownFormatOfADescription",
                    {"describe", "--format", "html"},
                    "wmihost describe: --format: 'html' is none of table, json, mof, markdown"},
@@ -140,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "wmihost self-test: there is no option --format here"},
         WrongUsage{"MarkdownOfInstances",
                    {"list", "Fake_Thing", "--format", "markdown"},
-                   "wmihost list: --format: 'markdown' is none of table, json, mof"},
+                   "wmihost list: --format: 'markdown' is none of table, json, mof, csv"},
         WrongUsage{"TooManyThreads",
                    {"get", "Fake_Thing=\"one\"", "--threads", "257"},
                    "wmihost get: --threads: Value 257 not in range 1 to 256"},
@@ -196,6 +201,11 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"ValueOfAnotherType",
                    {"set", "Fake_Thing=\"one\"", "Count=many"},
                    "wmihost set: Count: 'many' is no uint16: a whole number from 0 to 65535"},
+        WrongUsage{"WordThatIsNone",
+                   {"set", "Fake_Thing=\"one\"", "State=Enable"},
+                   "wmihost set: State: 'Enable' is no uint16: a whole number from 0 to 65535, or one of the words "
+                   "Enabled, Disabled; did you mean Enabled?"},
+        WrongUsage{"UnknownShell", {"completion", "zsh"}, "wmihost completion: shell: zsh not in {bash,powershell}"},
         WrongUsage{"BrokenPath",
                    {"get", "Fake_Thing."},
                    "wmihost get: 'Fake_Thing.' is no object path: expected the name of a key at character 12"}),
@@ -267,6 +277,26 @@ INSTANTIATE_TEST_SUITE_P(
                 "  WBEM_E_INVALID_NAMESPACE (0x8004100E): there is no such namespace\n"
                 "  Reason: the MOF declares no namespace root\\none\n"
                 "  Try: 'wmihost classes' shows the namespaces that the MOF declares\n"},
+        Refusal{"UnknownNamespaceOfClasses",
+                {"classes", "--namespace", "root\\none"},
+                "  WBEM_E_INVALID_NAMESPACE (0x8004100E): there is no such namespace\n"
+                "  Reason: the MOF declares no namespace root\\none\n"
+                "  Try: 'wmihost classes' shows the namespaces that the MOF declares\n"},
+        Refusal{"UnknownNamespaceOfDescriptions",
+                {"describe", "--namespace", "root\\tst"},
+                "  WBEM_E_INVALID_NAMESPACE (0x8004100E): there is no such namespace\n"
+                "  Reason: the MOF declares no namespace root\\tst; did you mean root\\test?\n"
+                "  Try: 'wmihost classes' shows the namespaces that the MOF declares\n"},
+        Refusal{"UnknownNamespaceOfMetrics",
+                {"metrics", "--namespace", "root\\none"},
+                "  WBEM_E_INVALID_NAMESPACE (0x8004100E): there is no such namespace\n"
+                "  Reason: the MOF declares no namespace root\\none\n"
+                "  Try: 'wmihost classes' shows the namespaces that the MOF declares\n"},
+        Refusal{"PatternThatMatchesNothing",
+                {"list", "Fake_Thing", "--property", "Packets*"},
+                "  WBEM_E_INVALID_PROPERTY (0x80041031): there is no such property\n"
+                "  Reason: no property of the class Fake_Thing matches Packets*\n"
+                "  Try: describe the class to see its properties\n"},
         Refusal{"UnknownProperty",
                 {"list", "Fake_Thing", "--property", "Colour"},
                 "  WBEM_E_INVALID_PROPERTY (0x80041031): there is no such property\n"
@@ -303,49 +333,56 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(CommandLineTest, TheHelpNamesEveryCommandWithAnExample)
 {
     EXPECT_EQ(run({"--help"}), 0);
-    EXPECT_EQ(out,
-              "Plays WMI's provider host for one provider, and asks it like a client.\n"
-              "Usage: wmihost [OPTIONS] [SUBCOMMAND]\n"
-              "\n"
-              "Options:\n"
-              "  -h,--help                   Print this help message and exit\n"
-              "  --mof FILE                  the MOF file with the classes and the registration of their provider\n"
-              "  --namespace NAME            look for classes in this namespace only\n"
-              "  --service                   ask this machine's WMI in place of a provider in this process\n"
-              "  --synchronous               with --service: make synchronous calls only\n"
-              "\n"
-              "Subcommands:\n"
-              "  classes                     Lists the classes of the MOF\n"
-              "  describe                    Shows the properties and methods of a class, or of all\n"
-              "  list                        Lists the instances of a class\n"
-              "  get                         Shows an instance\n"
-              "  query                       Answers a query in WQL\n"
-              "  related                     Shows what is associated with an instance\n"
-              "  set                         Changes properties of an instance, and shows it\n"
-              "  delete                      Deletes an instance\n"
-              "  invoke                      Runs a method of an instance\n"
-              "  watch                       Shows the rates of a class's counters\n"
-              "  metrics                     Writes the adapters' counters and states for Prometheus\n"
-              "  self-test                   Makes a request of each kind, and gives each a verdict\n"
-              "\n"
-              "Without a command, the network adapters are listed.\n"
-              "\n"
-              "Examples:\n"
-              "  wmihost classes\n"
-              "  wmihost describe Zerix_ConcreteJob\n"
-              "  wmihost list Zerix_EthernetPort --where EnabledState=Enabled\n"
-              "  wmihost get 'Zerix_SoftwareIdentity.InstanceID=\"...\"' --format json\n"
-              "  wmihost query \"SELECT Name, Speed FROM Zerix_EthernetPort WHERE EnabledState = 2 AND Name LIKE "
-              "'eth%'\"\n"
-              "  wmihost related \"Zerix_EthernetPort.DeviceID='...',...\" --where "
-              "\"ResultClass=Zerix_IPProtocolEndpoint\"\n"
-              "  wmihost set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null\n"
-              "  wmihost delete 'Zerix_ConcreteJob.InstanceID=\"...\"'\n"
-              "  wmihost invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait\n"
-              "  wmihost watch Zerix_EthernetPortStatistics --count 10\n"
-              "  wmihost metrics --output C:\\metrics\\zerix.prom --every 15\n"
-              "  wmihost self-test\n"
-              "\n");
+    EXPECT_EQ(
+        out,
+        "Plays WMI's provider host for one provider, and asks it like a client.\n"
+        "Usage: wmihost [OPTIONS] [SUBCOMMAND]\n"
+        "\n"
+        "Options:\n"
+        "  -h,--help                   Print this help message and exit\n"
+        "  -V,--version                show the version and exit\n"
+        "  -q,--quiet                  no hints and no progress on standard error\n"
+        "  -m,--mof FILE               the MOF file with the classes and the registration of their provider\n"
+        "  -n,--namespace NAME         look for classes in this namespace only\n"
+        "  -s,--service                ask this machine's WMI in place of a provider in this process\n"
+        "  --synchronous               with --service: make synchronous calls only\n"
+        "\n"
+        "Subcommands:\n"
+        "  classes                     Lists the classes of the MOF\n"
+        "  describe                    Shows the properties and methods of a class, or of all\n"
+        "  list                        Lists the instances of a class\n"
+        "  get                         Shows an instance\n"
+        "  query                       Answers a query in WQL\n"
+        "  related                     Shows what is associated with an instance\n"
+        "  set                         Changes properties of an instance, and shows it\n"
+        "  delete                      Deletes an instance\n"
+        "  invoke                      Runs a method of an instance\n"
+        "  watch                       Shows the rates of a class's counters\n"
+        "  metrics                     Writes the adapters' counters and states for Prometheus\n"
+        "  self-test                   Makes a request of each kind, and gives each a verdict\n"
+        "  shell                       Reads commands from standard input, with one provider for all: jobs go on "
+        "between them\n"
+        "  completion                  Writes a script that makes a shell complete commands, options and classes\n"
+        "\n"
+        "Without a command, the network adapters are listed.\n"
+        "\n"
+        "Examples:\n"
+        "  wmihost classes\n"
+        "  wmihost describe Zerix_ConcreteJob\n"
+        "  wmihost list Zerix_EthernetPort --where EnabledState=Enabled\n"
+        "  wmihost get 'Zerix_SoftwareIdentity.InstanceID=\"...\"' --format json\n"
+        "  wmihost query \"SELECT Name, Speed FROM Zerix_EthernetPort WHERE EnabledState = 2 AND Name LIKE 'eth%'\"\n"
+        "  wmihost related \"Zerix_EthernetPort.DeviceID='...',...\" --where "
+        "\"ResultClass=Zerix_IPProtocolEndpoint\"\n"
+        "  wmihost set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null\n"
+        "  wmihost delete 'Zerix_ConcreteJob.InstanceID=\"...\"'\n"
+        "  wmihost invoke 'Zerix_EthernetPort.DeviceID=\"...\",...' RunLinkDiagnostic SampleCount=5 --wait\n"
+        "  wmihost watch Zerix_EthernetPortStatistics --count 10\n"
+        "  wmihost metrics --output C:\\metrics\\zerix.prom --every 15\n"
+        "  wmihost self-test\n"
+        "  wmihost shell\n"
+        "  wmihost completion powershell\n"
+        "\n");
     EXPECT_EQ(error, "");
 }
 
@@ -361,13 +398,22 @@ TEST_F(CommandLineTest, TheHelpOfACommandShowsWhatItTakes)
               "\n"
               "Options:\n"
               "  -h,--help                   Print this help message and exit\n"
-              "  --count N:1 to 1000000      show so many tables, then end\n"
-              "  --interval N:10 to 3600000  milliseconds from one table to the next\n"
-              "  --property A,B ...          show these properties\n"
-              "  --where CONDITION ...       only instances that meet this condition of WQL: \"State=Enabled AND Name "
+              "  -c,--count N:1 to 1000000   show so many tables, then end\n"
+              "  -i,--interval N:10 to 3600000\n"
+              "                              milliseconds from one table to the next\n"
+              "  -p,--property A,B ...       show these properties; * and ? stand for letters of their names\n"
+              "  -w,--where CONDITION ...    only instances that meet this condition of WQL: \"State=Enabled AND Name "
               "LIKE 'eth%'\"\n"
               "  --impersonation none|anonymous|identify|impersonate|delegate\n"
               "                              how far the provider may act as the client; none: without a token\n"
+              "\n"
+              "Options of every command:\n"
+              "  -V,--version                show the version and exit\n"
+              "  -q,--quiet                  no hints and no progress on standard error\n"
+              "  -m,--mof FILE               the MOF file with the classes and the registration of their provider\n"
+              "  -n,--namespace NAME         look for classes in this namespace only\n"
+              "  -s,--service                ask this machine's WMI in place of a provider in this process\n"
+              "  --synchronous               with --service: make synchronous calls only\n"
               "\n"
               "Example:\n"
               "  wmihost watch Zerix_EthernetPortStatistics --count 10\n"
@@ -381,6 +427,71 @@ TEST_F(CommandLineTest, TheHelpOfEachCommandEndsWithItsExample)
         EXPECT_TRUE(out.ends_with("\nExample:\n  " + example + "\n\n")) << out;
         EXPECT_EQ(error, "");
     }
+}
+
+TEST_F(CommandLineTest, Version_isThatOfTheProduct)
+{
+    for (const auto* option : {"--version", "-V"}) {
+        EXPECT_EQ(run({option}), 0);
+        EXPECT_TRUE(std::regex_match(out, std::regex("wmihost [0-9]+\\.[0-9]+\\.[0-9]+\\.[0-9]+\n"))) << out;
+        EXPECT_EQ(error, "");
+    }
+}
+
+TEST_F(CommandLineTest, ShortOptions_areTheLongOnes)
+{
+    EXPECT_EQ(run({"list", "Fake_Thing", "--format", "csv", "--property", "Name", "--where", "State=3", "--namespace",
+                   "root/test"}),
+              0);
+    const std::string expected = out;
+    EXPECT_EQ(expected, "Name\r\ntwo\r\n");
+    EXPECT_EQ(run({"list", "-f", "csv", "-p", "Name", "-w", "State=3", "-n", "root/test", "Fake_Thing"}), 0);
+    EXPECT_EQ(out, expected);
+}
+
+TEST_F(CommandLineTest, OptionWithSeveralValues_leavesTheClassAlone)
+{
+    EXPECT_EQ(run({"list", "--property", "Name,State", "--where", "State=2", "Fake_Thing"}), 0);
+    EXPECT_EQ(out, "Name  State\n----  -------\none   Enabled\n");
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(CommandLineTest, HelpOfEveryCommand_hasTheOptionsOfTheProgram)
+{
+    for (const auto& [command, example] : examples()) {
+        EXPECT_EQ(run({command.substr(command.find(' ') + 1), "-h"}), 0);
+        const std::size_t begin = out.find("\nOptions of every command:\n");
+        ASSERT_NE(begin, std::string::npos) << out;
+        for (const auto* option : {"--version", "--quiet", "--mof", "--namespace", "--service", "--synchronous"}) {
+            EXPECT_NE(out.find(option, begin), std::string::npos) << command << " " << option;
+        }
+    }
+}
+
+TEST_F(CommandLineTest, Help_fitsTheLine)
+{
+    for (const std::size_t width : {40U, 80U, 200U}) {
+        _putenv(("COLUMNS=" + std::to_string(width)).c_str());
+        for (const auto& [command, example] : examples()) {
+            EXPECT_EQ(run({command.substr(command.find(' ') + 1), "--help"}), 0);
+            std::istringstream lines(out);
+            for (std::string line; std::getline(lines, line);) {
+                // Examples stay in one piece, to be copied.
+                EXPECT_TRUE(lengthOf(line) <= width || line.starts_with("  wmihost ")) << command << ": " << line;
+            }
+        }
+    }
+    _putenv("COLUMNS=");
+}
+
+TEST_F(CommandLineTest, ControlCharactersOfArguments_areSpelled)
+{
+    EXPECT_EQ(run({"list", "Fake\x1b[2J"}), 1);
+    EXPECT_EQ(error,
+              "wmihost list Fake\\x1B[2J: failed\n"
+              "  WBEM_E_INVALID_CLASS (0x80041010): there is no such class\n"
+              "  Reason: the MOF declares no class Fake\\x1B[2J\n"
+              "  Try: 'wmihost classes' shows the classes\n");
 }
 
 TEST_F(CommandLineTest, AMofThatIsNotThereIsMissed)

@@ -27,9 +27,9 @@ protected:
                 EXPECT_EQ(in->GetObjectText(0, text.put()), 0);
                 given += text.view();
             }
-            if (method == L"Turn" || method == L"Rest") {
+            if (method == L"Turn" || method == L"Rest" || method == L"Tilt") {
                 const auto outputs = spawnOutputs(ns, L"Fake_Thing", std::wstring(method).c_str());
-                put(outputs, L"ReturnValue", Variant::ofLong(5));
+                put(outputs, L"ReturnValue", Variant::ofLong(returned));
                 if (method == L"Turn") {
                     put(outputs, L"Said", Variant::ofText(L"no"));
                 }
@@ -40,31 +40,34 @@ protected:
     }
 
     std::wstring given;
+    long returned = 5;
 };
 
 TEST_F(InvokeTest, PassesArgumentsAndShowsOutputsWithTheWordForTheReturnValue)
 {
-    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "turn", "degrees=90"}), 0);
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "turn", "degrees=90"}), 1);
     EXPECT_EQ(given, L"Turn: instance of __PARAMETERS\n{\n    Degrees = 90;\n};\n");
     EXPECT_EQ(out, "Output       Value\n-----------  -----------\nSaid         no\nReturnValue  5 (Invalid)\n");
-    EXPECT_EQ(error, "");
+    EXPECT_EQ(error, "wmihost invoke: Turn returned 5 (Invalid)\n");
 }
 
 TEST_F(InvokeTest, ShowsOutputsInEachFormat)
 {
-    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn", "--format", "json"}), 0);
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn", "--format", "json"}), 1);
     EXPECT_EQ(out, "{\n  \"Said\": \"no\",\n  \"ReturnValue\": 5\n}\n");
-    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn", "--format", "mof"}), 0);
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn", "--format", "mof"}), 1);
     EXPECT_EQ(out, "instance of __PARAMETERS\n{\n    Said = \"no\";\n    ReturnValue = 5;\n};\n");
-    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Rest", "--format", "table"}), 0);
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn", "--format", "csv"}), 1);
+    EXPECT_EQ(out, "Said,ReturnValue\r\nno,5\r\n");
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Rest", "--format", "table"}), 1);
     EXPECT_EQ(out, "Output       Value\n-----------  -----\nReturnValue  5\n");
 }
 
 TEST_F(InvokeTest, AnArgumentThatIsNotNamedIsNull)
 {
-    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn"}), 0);
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn"}), 1);
     EXPECT_EQ(given, L"Turn: no object");
-    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn", "Degrees=null"}), 0);
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Turn", "Degrees=null"}), 1);
     EXPECT_EQ(given, L"Turn: instance of __PARAMETERS\n{\n};\n");
 }
 
@@ -91,10 +94,57 @@ TEST_F(InvokeTest, AMethodThatOwesOutputsAndDeliversNoneHasFailed)
 
 TEST_F(InvokeTest, ThereIsNothingToWaitForWithoutAJob)
 {
+    returned = 0;
     EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Rest", "--wait"}), 0);
-    EXPECT_EQ(out, "Output       Value\n-----------  -----\nReturnValue  5\n");
+    EXPECT_EQ(out, "Output       Value\n-----------  -----\nReturnValue  0\n");
     EXPECT_EQ(error, "");
 }
+
+TEST_F(InvokeTest, Refusal_namesTheLimitOfTheArgument)
+{
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Tilt", "Angle=91", "Axis=3"}), 1);
+    EXPECT_EQ(error,
+              "wmihost invoke: Tilt returned 5\n"
+              "  Reason: Angle: 91 is above its MaxValue, 90; Axis: 3 is not in its ValueMap: 1 Long, 2 Short\n");
+}
+
+TEST_F(InvokeTest, FailedCall_namesTheLimitOfTheArgument)
+{
+    behaviour.execMethod = [](IWbemServices&, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
+        return finish(sink, code(WBEM_E_INVALID_PARAMETER));
+    };
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Tilt", "Angle=91"}), 1);
+    EXPECT_NE(error.find("\n  Reason: Angle: 91 is above its MaxValue, 90\n"), std::string::npos) << error;
+}
+
+TEST_F(InvokeTest, Words_areTheNumbersTheyStandFor)
+{
+    run({"invoke", "Fake_Thing=\"one\"", "Tilt", "Axis=SHORT"});
+    EXPECT_EQ(given, L"Tilt: instance of __PARAMETERS\n{\n    Axis = 2;\n};\n");
+}
+
+struct Returned
+{
+    const char* name;
+    long value;
+    int exitCode;
+};
+
+class ReturnValues : public InvokeTest, public testing::WithParamInterface<Returned>
+{
+};
+
+TEST_P(ReturnValues, DecideTheExitCode)
+{
+    returned = GetParam().value;
+    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Tilt"}), GetParam().exitCode);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, ReturnValues,
+                         testing::Values(Returned{"Completed", 0, 0}, Returned{"JobStarted", 4096, 0},
+                                         Returned{"SuccessByItsWord", 7, 0}, Returned{"Refused", 5, 1},
+                                         Returned{"InvalidTransition", 4097, 1}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(InvokeTest, AnArgumentOfAnotherTypeIsNotSent)
 {

@@ -55,6 +55,17 @@ TEST_F(JobFollowerTest, AJobThatDoesNotCompleteIsAFailure)
     EXPECT_EQ(error, "10 % Running\n10 % Exception\n");
 }
 
+TEST_F(JobFollowerTest, Json_isPureOnStandardOutput)
+{
+    states = {{4, 0}, {7, 100}};
+    EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start", "--wait", "--format", "json"}), 0);
+    EXPECT_EQ(out, "{\n  \"Job\": \"Fake_Job.InstanceID=\\\"1\\\"\",\n  \"ReturnValue\": 4096\n}\n");
+    EXPECT_EQ(error, "0 % Running\n100 % Completed\njob ended: 7 (Completed)\n");
+    states = {{4, 0}, {7, 100}};
+    EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start", "--wait", "--format", "mof", "--quiet"}), 0);
+    EXPECT_EQ(error, "");
+}
+
 TEST_F(JobFollowerTest, AJobThatDisappearsIsAFailure)
 {
     states = {{4, 10}};
@@ -71,6 +82,8 @@ TEST_F(JobFollowerTest, WithoutWaitNobodyLooksAtTheJob)
 {
     EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start"}), 0);
     EXPECT_EQ(out, outputTable);
+    EXPECT_EQ(error, "the job ends with this command; --wait follows it, and in 'wmihost shell' it goes on\n");
+    EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start", "--quiet"}), 0);
     EXPECT_EQ(error, "");
 }
 

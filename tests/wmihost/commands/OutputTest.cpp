@@ -7,6 +7,7 @@
 #include "wmihost/com/ClassObject.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/session/Workspace.h"
+#include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Table.h"
 #include "wmihost/terminal/Text.h"
 
@@ -175,6 +176,57 @@ TEST_F(OutputTest, TheMofOfAnInstanceCompilesAgain)
     EXPECT_EQ(mofOf(*ClassObject::ofInstance(*instances.front()).get()), first);
 }
 
+TEST_F(OutputTest, ListsAsCsv)
+{
+    serveRichThing();
+    EXPECT_EQ(run({"list", "Fake_Rich", "--format", "csv"}), 0);
+    EXPECT_EQ(out,
+              "CreationClassName,SystemName,Name,Speed,Active,Since,Owner,Codes,Notes,Balance,Load\r\n"
+              "Fake_Rich,here,r\xC3\xBC"
+              "ck,2500000000,TRUE,20261121094145.000000+000,\"\\\\.\\root\\test:Fake_Thing.Name=\"\"one\"\"\","
+              "\"[2,7]\",\"[\"\"a\"\",\"\"b\\\"\"c\"\"]\",-5,0.5\r\n");
+    EXPECT_EQ(run({"get", richPath, "--format", "csv", "--property", "Name,__CLASS"}), 0);
+    EXPECT_EQ(out,
+              "Name,__CLASS\r\nr\xC3\xBC"
+              "ck,Fake_Rich\r\n");
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(OutputTest, CsvOfNoInstance_hasTheNames)
+{
+    EXPECT_EQ(run({"list", "Fake_Thing", "--where", "Name=three", "--format", "csv"}), 0);
+    EXPECT_EQ(out, "Name,Count,State,Bytes\r\n");
+}
+
+TEST_F(OutputTest, Patterns_nameProperties)
+{
+    serveRichThing();
+    EXPECT_EQ(run({"list", "Fake_Rich", "--format", "csv", "--property", "s*,?oad"}), 0);
+    EXPECT_EQ(out, "SystemName,Speed,Since,Load\r\nhere,2500000000,20261121094145.000000+000,0.5\r\n");
+}
+
+TEST_F(OutputTest, ControlCharactersOfValues_areEscapedInEachFormat)
+{
+    behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
+        deliver(ns, sink, L"a\x1b[2J\x9b\u202Eb\nc", 2);
+        return finish(sink);
+    };
+    EXPECT_EQ(run({"list", "Fake_Thing", "-p", "Name"}), 0);
+    EXPECT_EQ(out, "Name\n----------------------\na\\x1B[2J\\x9B\\u202Eb\\nc\n");
+    EXPECT_EQ(run({"list", "Fake_Thing", "-p", "Name", "-f", "json"}), 0);
+    EXPECT_NE(out.find("\"Name\": \"a\\u001b[2J\\u009b\\u202eb\\nc\""), std::string::npos) << out;
+    EXPECT_EQ(Json::parse(out)[0]["Name"],
+              "a\x1b[2J\xC2\x9B\xE2\x80\xAE"
+              "b\nc");
+    EXPECT_EQ(run({"list", "Fake_Thing", "-f", "mof"}), 0);
+    EXPECT_NE(out.find("Name = \"a\\x001B[2J\\x009b\\x202eb\\nc\";"), std::string::npos) << out;
+    // A file of data has them as they are.
+    EXPECT_EQ(run({"list", "Fake_Thing", "-p", "Name", "-f", "csv"}), 0);
+    EXPECT_EQ(out,
+              "Name\r\n\"a\x1b[2J\xC2\x9B\xE2\x80\xAE"
+              "b\nc\"\r\n");
+}
+
 TEST_F(OutputTest, AnAdapterIsShownAtAGlance)
 {
     addToMof(R"([dynamic, provider("FakeProvider")] class Zerix_EthernetPort
@@ -198,6 +250,9 @@ TEST_F(OutputTest, AnAdapterIsShownAtAGlance)
               "Name  MAC              Speed   MTU  State  DeviceID\n"
               "----  ------------  --------  ----  -----  --------\n"
               "eth0  02FC00000001  1 Gbit/s  1500         {0}\n");
+    // A heading names its property on the command line as well.
+    EXPECT_EQ(run({"list", "Zerix_EthernetPort", "--property", "mac,MTU,State", "-f", "csv"}), 0);
+    EXPECT_EQ(out, "PermanentAddress,ActiveMaximumTransmissionUnit,EnabledState\r\n02FC00000001,1500,\r\n");
     // Who asks for a property by name sees it under that name's heading, whatever stands at a glance.
     EXPECT_EQ(run({"list", "Zerix_EthernetPort", "--property", "Other,PermanentAddress"}), 0);
     EXPECT_EQ(out, "Other  MAC\n-----  ------------\n       02FC00000001\n");
@@ -209,7 +264,10 @@ TEST_F(OutputTest, ATableFitsTheWidthAndSaysWhatItLeavesOut)
     SetEnvironmentVariableW(L"COLUMNS", L"60");
     _putenv("COLUMNS=60");
     EXPECT_EQ(run({"list", "Fake_Rich"}), 0);
-    EXPECT_EQ(error, "2 more properties do not fit the terminal; --property A,B or --format json shows them\n");
+    EXPECT_EQ(
+        error,
+        "5 properties do not fit the line; --property Owner,Codes,Notes,Balance,Load shows them, --format json shows "
+        "all\n");
     std::istringstream lines(out);
     for (std::string line; std::getline(lines, line);) {
         EXPECT_LE(lengthOf(line), 60U) << line;
@@ -220,7 +278,7 @@ TEST_F(OutputTest, ATableFitsTheWidthAndSaysWhatItLeavesOut)
     _putenv("COLUMNS=12");
     EXPECT_EQ(run({"list", "Fake_Rich", "--property", "Speed,Active"}), 0);
     EXPECT_EQ(out, "     Speed\n----------\n2.5 Gbit/s\n");
-    EXPECT_EQ(error, "1 more property does not fit the terminal; --property A,B or --format json shows it\n");
+    EXPECT_EQ(error, "1 property does not fit the line; --property Active shows it, --format json shows all\n");
 }
 
 }  // namespace

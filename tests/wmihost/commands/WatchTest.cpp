@@ -76,6 +76,47 @@ still                           +0 B/s +[0-9.]+ /s
     EXPECT_NEAR(kilobytes(1) / kilobytes(3), 4.0, 0.05);
 }
 
+TEST_F(WatchTest, TheFastestInstance_comesFirst)
+{
+    watched = {{L"still", still, still},
+               {L"slow", rising(1000), still},
+               {L"fast", rising(4000), still},
+               {L"last", still, still}};
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "10"}), 0);
+    const auto place = [this](const char* name) { return out.find(name); };
+    EXPECT_LT(place("fast"), place("slow"));
+    EXPECT_LT(place("slow"), place("still"));
+    // Those that are equally fast stay in their order.
+    EXPECT_LT(place("still"), place("last"));
+}
+
+TEST_F(WatchTest, CountersThatDoNotFit_areCounted)
+{
+    watched = {{L"one", still, still}, {L"two", still, still}};
+    _putenv("COLUMNS=30");
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "10"}), 0);
+    _putenv("COLUMNS=");
+    EXPECT_EQ(out,
+              "Instance  Activity  Bytes\n"
+              "--------  --------  -----\n"
+              "one                 0 B/s\n"
+              "two                 0 B/s\n"
+              "1 more counter does not fit\n");
+}
+
+TEST_F(WatchTest, WithoutRoomForACounter_theBarGoes)
+{
+    watched = {{L"one", still, still}};
+    _putenv("COLUMNS=20");
+    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "10"}), 0);
+    _putenv("COLUMNS=");
+    EXPECT_EQ(out,
+              "Instance  Bytes\n"
+              "--------  -----\n"
+              "one       0 B/s\n"
+              "1 more counter does not fit\n");
+}
+
 TEST_F(WatchTest, ACounterThatRunsBackwardsHasNoRate)
 {
     watched = {{L"one", [](unsigned look) { return look == 0 ? 1000U : 10U; }, still}};
