@@ -3,13 +3,10 @@
 
     program_test.py BIN WORK PROMTOOL
 
-BIN is a build's folder of programs, PROMTOOL Prometheus' tool that checks metrics. The tests have a Wine prefix of their
-own below WORK, which is made when it is missing and kept: other tests register the provider, and take its registration
-away, while these run.
+BIN is a build's folder of programs, PROMTOOL Prometheus' tool that checks metrics. The Wine prefix lies below WORK.
 """
 
 import json
-import os
 import pathlib
 import re
 import shlex
@@ -17,15 +14,18 @@ import subprocess
 import sys
 import unittest
 
-TOP = pathlib.Path(__file__).resolve().parents[2]
-BIN = pathlib.Path(sys.argv[1]).resolve()
+import tour
+from program import TOP, Program
+
 PREFIX = pathlib.Path(sys.argv[2]).resolve() / "program-prefix"
+PROGRAM = Program(sys.argv[1], PREFIX)
 PROMTOOL = pathlib.Path(sys.argv[3]).resolve()
 
 PROFILE = 'Zerix_RegisteredProfile="Vexal:Profile:EthernetPort"'
 SETTING = 'Zerix_DiagnosticSetting="Vexal:DiagnosticSetting"'
 # What examples of the document show that another machine, or another moment, does not: adapters, jobs, counters, times.
 OF_ONE_MACHINE = ("-4E6574446576", "Vexal:Job:", " ms\n", "the first adapter,")
+NEEDS_INSTALLATION = ("wmihost --service self-test",)
 DENIED = """: failed
   WBEM_E_ACCESS_DENIED (0x80041003): access is denied
   Try: change writable properties only, and ask with --impersonation impersonate as a user with the right
@@ -51,47 +51,16 @@ instance of Zerix_RegisteredProfile
 """
 
 
-def environment():
-    kept = {name: value for name, value in os.environ.items() if name in ("HOME", "PATH", "USER")}
-    return dict(kept, WINEPREFIX=str(PREFIX), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="", LC_ALL="C")
-
-
-def wine(*command, folder=None):
-    """Exit code, standard output and standard error of a program. Through files: the prefix's services, which outlive
-    the program, would keep a pipe open."""
-    with open(PREFIX / "out.txt", "w+b") as out, open(PREFIX / "error.txt", "w+b") as error:
-        done = subprocess.run(["/usr/lib/wine/wine64", *command], env=environment(), stdin=subprocess.DEVNULL,
-                              stdout=out, stderr=error, timeout=120, check=False, cwd=folder)
-        out.seek(0)
-        error.seek(0)
-        return done.returncode, out.read().decode(), error.read().decode()
-
-
-def server(*options):
-    subprocess.run(["/usr/lib/wine/wineserver64", *options], env=environment(), check=False,
-                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-
-
-def wmihost(*arguments, folder=None):
-    return wine(str(BIN / "wmihost.exe"), *arguments, folder=folder)
+def wmihost(*arguments, **options):
+    return PROGRAM.wmihost(*arguments, **options)
 
 
 def setUpModule():
-    if not (PREFIX / "system.reg").exists():
-        PREFIX.mkdir(parents=True, exist_ok=True)
-        wine("wineboot", "-i")
-        server("-k")
-        server("-w")
-    server("-p")
-    provider = str(BIN / "ZerixDRAVEv2Provider.dll").replace("/", "\\")
-    if wine("regsvr32", "/s", "Z:" + provider)[0] != 0:
-        raise RuntimeError("the provider cannot be registered")
-    # What an earlier run left: settings and jobs.
-    wine("reg", "delete", r"HKLM\Software\Vexal", "/f")
+    PROGRAM.set_up()
 
 
 def tearDownModule():
-    server("-k")
+    PROGRAM.tear_down()
 
 
 def only_path(class_name, *conditions):
@@ -186,6 +155,7 @@ AdvertiseTypes               Not Advertised
     def test_a_value_out_of_range_is_refused(self):
         self.expect(["set", SETTING, "SampleCount=601"], 1, "", "wmihost set " + SETTING + """ SampleCount=601: failed
   WBEM_E_INVALID_PARAMETER (0x80041008): an argument is not valid
+  Reason: SampleCount: 601 is above its MaxValue, 600
   Try: describe the class to see the properties, their ranges and lengths
 """)
 
@@ -252,9 +222,9 @@ AdvertiseTypes               Not Advertised
 
         before = dict(counts())
         port = only_path("Zerix_EthernetPort")
-        command = ["/usr/lib/wine/wine64", str(BIN / "wmihost.exe"), "invoke", port, "RunLinkDiagnostic",
+        command = ["/usr/lib/wine/wine64", str(PROGRAM.programs / "wmihost.exe"), "invoke", port, "RunLinkDiagnostic",
                    "SampleCount=600", "--wait"]
-        with subprocess.Popen(command, env=environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+        with subprocess.Popen(command, env=PROGRAM.environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL) as host:
             try:
                 running = []
@@ -352,15 +322,57 @@ delete     FAILED   there is no job to delete
                 continue
             with self.subTest(example[0]):
                 _, out, error = wmihost(*arguments, folder=PREFIX)
-                self.assertEqual((out + error).replace("\\\\" + host + "\\", "\\\\VM\\").rstrip("\n"),
+                self.assertEqual((out + error).replace("\r\n", "\n").replace("\\\\" + host + "\\", "\\\\VM\\").rstrip("\n"),
                                  expected.rstrip("\n"))
         self.assertLessEqual({"classes", "describe", "list", "get", "query", "related", "set", "delete", "invoke", "watch",
                               "metrics", "self-test"}, asked)
 
+    def lines_of(self, language):
+        document = (TOP / "docs" / "wmihost.md").read_text(encoding="utf-8")
+        lines = [line for block in re.findall(rf"^```{language}\n(.*?)^```", document, re.M | re.S)
+                 for line in block.splitlines()]
+        self.assertGreater(len(lines), 4)
+        return lines
+
+    def test_lines_for_sh_work(self):
+        for line in self.lines_of("sh"):
+            with self.subTest(line):
+                code, out, error = PROGRAM.shell(line, folder=PREFIX)
+                # The machine's own WMI does not know the product's classes here.
+                self.assertEqual(code, 1 if line in NEEDS_INSTALLATION else 0, out + error)
+
+    def test_completion_for_powershell_is_understood(self):
+        code, out, error = wmihost("completion", "powershell")
+        self.assertEqual((code, error), (0, ""))
+        script = PREFIX / "completion.ps1"
+        script.write_text(out, encoding="utf-8")
+        parsed = subprocess.run([TOP / "tests/tools/powershell-test", PREFIX.parent / "powershell", script], text=True,
+                                capture_output=True, check=False)
+        self.assertEqual(parsed.returncode, 0, parsed.stderr)
+        commands = re.findall(r"(?m)^  ([a-z-]+) {2,}[A-Z]", wmihost("--help")[1])
+        self.assertEqual(re.findall(r"(?m)^        '([a-z-]+)' = '-", out), commands)
+
+    def test_lines_for_cmd_work(self):
+        for line in self.lines_of("bat"):
+            with self.subTest(line):
+                (PREFIX / "line.cmd").write_text(f"@set PATH=Z:{str(PROGRAM.programs).replace('/', chr(92))};%PATH%\r\n@{line}\r\n",
+                                                 encoding="cp1252")
+                code, out, error = PROGRAM.wine("cmd", "/c", "line.cmd", folder=PREFIX)
+                self.assertEqual((code, error), (0, ""), out)
+
+    def test_the_tour_is_what_the_program_writes(self):
+        document = (TOP / "docs" / "tour.md").read_text(encoding="utf-8")
+        examples = re.findall(r"^```\n\$ (.*)\n((?:(?!```).*\n)*)```", document, re.MULTILINE)
+        self.assertGreater(len(examples), 9)
+        for line, expected in examples:
+            with self.subTest(line):
+                _, out, error = PROGRAM.shell(tour.command(line, only_path("Zerix_EthernetPort")), folder=PREFIX)
+                self.assertEqual(tour.masked(out + error), tour.masked(expected))
+
     def test_wrong_usage_has_exit_code_2(self):
         self.expect(["lst"], 2, "", """\
 wmihost: there is no command 'lst'; did you mean list?
-  Commands: classes, describe, list, get, query, related, set, delete, invoke, watch, metrics, self-test
+  Commands: classes, describe, list, get, query, related, set, delete, invoke, watch, metrics, self-test, shell, completion
   wmihost --help explains them
 """)
         self.expect(["delete"], 2, "", """\

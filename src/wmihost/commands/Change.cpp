@@ -1,3 +1,6 @@
+#include <cstddef>
+#include <vector>
+
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Limits.h"
@@ -38,17 +41,26 @@ void putChanges(Connection& connection, const ClassTarget& target, IWbemClassObj
     }
 }
 
-// Says which of the values the provider keeps in another form than they were sent.
-void reportDifferences(IWbemClassObject& sent, IWbemClassObject& kept, const ClassDefinition& definition,
-                       const std::vector<Assignment>& changes)
+// The values of the properties that are changed, as the object has them.
+std::vector<Variant> changedValues(IWbemClassObject& object, const ClassDefinition& definition,
+                                   const std::vector<Assignment>& changes)
 {
+    std::vector<Variant> values;
     for (const Assignment& change : changes) {
-        const Property& property = propertyOf(definition, change.first);
-        const Variant before = valueOf(sent, property.name);
-        const Variant after = valueOf(kept, property.name);
-        if (!sameValue(before.get(), after.get())) {
-            writeError("wmihost set: " + toUtf8(property.name) + " was sent as " + described(property, before) +
-                       " and is kept as " + described(property, after) + "\n");
+        values.push_back(valueOf(object, propertyOf(definition, change.first).name));
+    }
+    return values;
+}
+
+// Says which of the values the provider keeps in another form than they were sent.
+void reportDifferences(const std::vector<Variant>& sent, const std::vector<Variant>& kept,
+                       const ClassDefinition& definition, const std::vector<Assignment>& changes)
+{
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        const Property& property = propertyOf(definition, changes[i].first);
+        if (!sameValue(sent[i].get(), kept[i].get())) {
+            writeError("wmihost set: " + toUtf8(property.name) + " was sent as " + described(property, sent[i]) +
+                       " and is kept as " + described(property, kept[i]) + "\n");
         }
     }
 }
@@ -65,15 +77,12 @@ int runSet(Connection& connection, const std::wstring& path, const std::vector<A
     for (const Assignment& value : values) {
         assign(*object.get(), definition, value);
     }
-    // A provider may keep the very object that it is given.
-    ComPtr<IWbemClassObject> sent;
-    if (FAILED(object->Clone(sent.put()))) {
-        throw RequestError(code(WBEM_E_OUT_OF_MEMORY), "the instance cannot be copied");
-    }
+    // Read before the call: a provider may keep the very object that it is given.
+    const auto sent = changedValues(*object.get(), definition, values);
     putChanges(connection, instance.target, object.get(), values, options);
     const auto kept = getInstance(connection, instance, options);
     writeObject(*kept.get(), definition, options);
-    reportDifferences(*sent.get(), *kept.get(), definition, values);
+    reportDifferences(sent, changedValues(*kept.get(), definition, values), definition, values);
     return 0;
 }
 

@@ -134,8 +134,11 @@ TEST_F(MachineServiceTest, StdRegProv_readsTheRegistry)
     const Json value = ask({"invoke", "StdRegProv", "GetStringValue", localMachine, "sSubKeyName=" + toUtf8(versionKey),
                             "sValueName=CurrentBuildNumber"});
     EXPECT_EQ(value["sValue"], registryText(HKEY_LOCAL_MACHINE, versionKey, L"CurrentBuildNumber")) << error;
-    const Json missing = ask({"invoke", "StdRegProv", "EnumKey", localMachine, "sSubKeyName=Software\\Of nobody"});
-    EXPECT_EQ(missing["ReturnValue"], ERROR_FILE_NOT_FOUND) << out << error;
+    // A return value that means refusal is a failure.
+    EXPECT_EQ(runService({"invoke", "StdRegProv", "EnumKey", localMachine, "sSubKeyName=Software\\Of nobody",
+                          "--format", "json"}),
+              1);
+    EXPECT_EQ(Json::parse(out)["ReturnValue"], ERROR_FILE_NOT_FOUND) << out << error;
 }
 
 TEST_F(MachineServiceTest, Refusals_failTheCommand)

@@ -1,0 +1,74 @@
+"""The built wmihost with the built provider, in a Wine prefix that is made when it is missing and kept: other tests register
+the provider, and take its registration away, while these run."""
+
+import os
+import pathlib
+import subprocess
+
+TOP = pathlib.Path(__file__).resolve().parents[2]
+
+
+class Program:
+    """wmihost.exe of a build's folder of programs, in a prefix."""
+
+    def __init__(self, programs, prefix):
+        self.programs = pathlib.Path(programs).resolve()
+        self.prefix = pathlib.Path(prefix).resolve()
+
+    def environment(self):
+        kept = {name: value for name, value in os.environ.items() if name in ("HOME", "PATH", "USER")}
+        return dict(kept, WINEPREFIX=str(self.prefix), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="",
+                    LC_ALL="C.UTF-8")
+
+    def run(self, *command, folder=None, stdin=b""):
+        """Exit code, standard output and standard error of a program of the machine. Through files: the prefix's
+        services, which outlive the program, would keep a pipe open."""
+        with open(self.prefix / "in.txt", "w+b") as given, open(self.prefix / "out.txt", "w+b") as out, \
+                open(self.prefix / "error.txt", "w+b") as error:
+            given.write(stdin)
+            given.seek(0)
+            done = subprocess.run(command, env=self.environment(), stdin=given, stdout=out, stderr=error, timeout=120,
+                                  check=False, cwd=folder)
+            out.seek(0)
+            error.seek(0)
+            return done.returncode, out.read().decode(), error.read().decode()
+
+    def wine(self, *command, folder=None, stdin=b""):
+        return self.run("/usr/lib/wine/wine64", *command, folder=folder, stdin=stdin)
+
+    def wmihost(self, *arguments, folder=None, stdin=b""):
+        return self.wine(str(self.programs / "wmihost.exe"), *arguments, folder=folder, stdin=stdin)
+
+    def server(self, *options):
+        subprocess.run(["/usr/lib/wine/wineserver64", *options], env=self.environment(), check=False,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def script(self):
+        """A folder with a script wmihost that runs the program, for the PATH of a shell."""
+        folder = self.prefix / "path"
+        folder.mkdir(exist_ok=True)
+        script = folder / "wmihost"
+        script.write_text(f"#!/bin/sh\nexec /usr/lib/wine/wine64 '{self.programs}/wmihost.exe' \"$@\"\n")
+        script.chmod(0o755)
+        return folder
+
+    def shell(self, line, folder=None):
+        """The same as run, of a line of bash that may name wmihost."""
+        return self.run("bash", "-c", f"PATH='{self.script()}':$PATH; {line}", folder=folder)
+
+    def set_up(self):
+        """Makes the prefix, keeps its server, registers the provider and takes away what an earlier run left: settings
+        and jobs."""
+        if not (self.prefix / "system.reg").exists():
+            self.prefix.mkdir(parents=True, exist_ok=True)
+            self.wine("wineboot", "-i")
+            self.server("-k")
+            self.server("-w")
+        self.server("-p")
+        provider = str(self.programs / "ZerixDRAVEv2Provider.dll").replace("/", "\\")
+        if self.wine("regsvr32", "/s", "Z:" + provider)[0] != 0:
+            raise RuntimeError("the provider cannot be registered")
+        self.wine("reg", "delete", r"HKLM\Software\Vexal", "/f")
+
+    def tear_down(self):
+        self.server("-k")
