@@ -4,7 +4,6 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <memory_resource>
 #include <stdexcept>
 #include <utility>
 
@@ -83,9 +82,7 @@ public:
 
 private:
     Mutex m_mutex;
-    // Entries are never removed one by one, so that they may share blocks instead of taking one each.
-    std::pmr::monotonic_buffer_resource m_memory;
-    std::pmr::map<K, V> m_entries{&m_memory};
+    std::map<K, V> m_entries;
 };
 
 // A list of pointers in insertion order, guarded by its own mutex. Any thread; iterators release the mutex between
@@ -161,7 +158,7 @@ public:
     private:
         // The element handed out last, not the one behind it, which may be appended only now: an iteration sees what
         // joins the list while the caller works on its last element.
-        typename std::pmr::list<T>::iterator m_last{};
+        typename std::list<T>::iterator m_last{};
         bool m_started = false;
         SafeList* m_list;
     };
@@ -208,9 +205,7 @@ public:
     SafeList(SafeList&& other)
     {
         const MutexGuard guard(other.m_mutex);
-        // Copied, since each list's links lie in memory of its own. Where that fails nothing has been taken.
-        m_elements = other.m_elements;
-        other.removeAll();
+        m_elements.swap(other.m_elements);
         m_ownsElements = std::exchange(other.m_ownsElements, false);
     }
     SafeList& operator=(const SafeList&) = delete;
@@ -250,7 +245,7 @@ public:
                 delete element;
             }
         }
-        removeAll();
+        m_elements.clear();
     }
 
     std::size_t size()
@@ -263,19 +258,8 @@ public:
     void setOwnsElements(bool owns) noexcept { m_ownsElements = owns; }
 
 private:
-    void removeAll() noexcept
-    {
-        m_elements.clear();
-        m_memory.release();
-    }
-
-    // Room for the links of the twenty properties that an instance has.
-    static constexpr std::size_t FIRST_BLOCK = 512;
-
     bool m_ownsElements = false;
-    // Elements are never removed one by one, so that their links may share blocks instead of taking one each.
-    std::pmr::monotonic_buffer_resource m_memory{FIRST_BLOCK};
-    std::pmr::list<T> m_elements{&m_memory};
+    std::list<T> m_elements;
     mutable Mutex m_mutex;
 };
 

@@ -58,6 +58,8 @@ CimProperty::CimProperty(const char* name, CimInstance* owner) : m_name(name)
 {
     static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::CimProperty"};
     ASSERT_AT(here, 195, m_name.length() != 0);
+    // Room for the two embedded listeners comes first: nothing may fail once the property stands in its owner's list.
+    m_listeners.reserve(2);
     if (owner != nullptr) {
         owner->getProperties().add(this);
         m_owner = owner;
@@ -88,7 +90,7 @@ void CimProperty::addListener(Listener* listener)
 {
     static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::addListener"};
     ASSERT_AT(here, 381, listener != NULL);
-    m_listeners.append(listener);
+    m_listeners.push_back(listener);
 }
 
 void CimProperty::IsModifyEnabledListener::onVerify(CimProperty* property, const CimProperty* newValue)

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -41,38 +39,6 @@ public:
         virtual ~Listener() = default;
         Listener(const Listener&) = delete;
         Listener& operator=(const Listener&) = delete;
-    };
-
-    // Listeners in order of registration. The first four need no heap block: nearly every property has no more, and a
-    // block for each would double what it takes to make one.
-    class Listeners
-    {
-    public:
-        using value_type = Listener*;
-        using const_iterator = Listener* const*;
-
-        std::size_t size() const noexcept { return m_count; }
-        Listener* operator[](std::size_t index) const noexcept { return begin()[index]; }
-        const_iterator begin() const noexcept { return m_many.empty() ? m_few.data() : m_many.data(); }
-        const_iterator end() const noexcept { return begin() + m_count; }
-
-        void append(Listener* listener)
-        {
-            if (m_count < m_few.size()) {
-                m_few[m_count] = listener;
-            } else {
-                if (m_many.empty()) {
-                    m_many.assign(m_few.begin(), m_few.end());
-                }
-                m_many.push_back(listener);
-            }
-            ++m_count;
-        }
-
-    private:
-        std::array<Listener*, 4> m_few{};
-        std::vector<Listener*> m_many;
-        std::size_t m_count = 0;
     };
 
     // Starts null, not modifiable and no key. With an owner it joins the owner's property list, which then owns it, and
@@ -115,7 +81,7 @@ public:
     void addListener(Listener* listener);
 
     // In order of registration; the embedded ones come first.
-    const Listeners& listeners() const noexcept { return m_listeners; }
+    const std::vector<Listener*>& listeners() const noexcept { return m_listeners; }
 
 protected:
     void setIsNull(bool isNull) noexcept { m_isNull = isNull; }
@@ -145,7 +111,7 @@ private:
     bool m_overriden = false;
     bool m_modifiable = false;
     bool m_key = false;
-    Listeners m_listeners;
+    std::vector<Listener*> m_listeners;
     IsModifyEnabledListener m_isModifyEnabled;
     VerifyTypeListener m_verifyType;
 };
