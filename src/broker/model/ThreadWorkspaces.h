@@ -2,8 +2,8 @@
 
 #include <memory>
 
+#include "Utils/ThreadSlot.h"
 #include "broker/model/Workspace.h"
-#include "broker/platform/ThreadSlot.h"
 
 namespace broker {
 
@@ -20,7 +20,7 @@ public:
 
 private:
     Sources m_sources;
-    ThreadSlot m_slot;
+    utils::ThreadSlot m_slot;
 };
 
 }  // namespace broker

@@ -1,4 +1,4 @@
-#include "broker/platform/ThreadSlot.h"
+#include "Utils/ThreadSlot.h"
 
 #include <gtest/gtest.h>
 
@@ -15,12 +15,12 @@ DWORD WINAPI noSlot(PFLS_CALLBACK_FUNCTION /*callback*/)
     return FLS_OUT_OF_INDEXES;
 }
 
-TEST(WindowsThreadSlot, PlatformWithoutSlotsIsAnException)
+TEST(WindowsThreadSlot, NoSlotLeft_isAnException)
 {
-    const support::LogCapture log(1);
+    const support::LogCapture log(2);
     const support::ImportHook hook("FlsAlloc", &noSlot);
     try {
-        const broker::ThreadSlot slot([](void* /*value*/) {});
+        const utils::ThreadSlot slot([](void* /*value*/) {});
         FAIL();
     } catch (const utils::Exception& exception) {
         EXPECT_STREQ(exception.what(), "Could not create a thread slot. Error 259");

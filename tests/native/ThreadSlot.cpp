@@ -1,11 +1,11 @@
-#include "broker/platform/ThreadSlot.h"
+#include "Utils/ThreadSlot.h"
 
 #include <pthread.h>
 
 #include <mutex>
 #include <set>
 
-namespace broker {
+namespace utils {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool ThreadSlot::set(void* value) noexcept
     return true;
 }
 
-}  // namespace broker
+}  // namespace utils

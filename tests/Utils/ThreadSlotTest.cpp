@@ -1,4 +1,4 @@
-#include "broker/platform/ThreadSlot.h"
+#include "Utils/ThreadSlot.h"
 
 #include <gtest/gtest.h>
 
@@ -19,31 +19,31 @@ void countEnd(void* value)
     ++static_cast<Value*>(value)->ends;
 }
 
-TEST(ThreadSlot, StartsNullOnEveryThread)
+TEST(ThreadSlot, NewThread_startsWithNull)
 {
     Value value;
-    broker::ThreadSlot slot(&countEnd);
+    utils::ThreadSlot slot(&countEnd);
     EXPECT_EQ(slot.get(), nullptr);
     EXPECT_TRUE(slot.set(&value));
     EXPECT_EQ(slot.get(), &value);
     std::thread([&slot] { EXPECT_EQ(slot.get(), nullptr); }).join();
 }
 
-TEST(ThreadSlot, EndOfAThreadIsToldOnce)
+TEST(ThreadSlot, EndOfThread_isReportedOnce)
 {
     Value value;
     {
-        broker::ThreadSlot slot(&countEnd);
+        utils::ThreadSlot slot(&countEnd);
         std::thread([&] { slot.set(&value); }).join();
         EXPECT_EQ(value.ends, 1);
     }
     EXPECT_EQ(value.ends, 1);
 }
 
-TEST(ThreadSlot, ThreadWithoutAValueEndsUntold)
+TEST(ThreadSlot, ThreadWithoutValue_isNotReported)
 {
     Value value;
-    broker::ThreadSlot slot(&countEnd);
+    utils::ThreadSlot slot(&countEnd);
     std::thread([&] {
         slot.set(&value);
         slot.set(nullptr);
@@ -51,13 +51,13 @@ TEST(ThreadSlot, ThreadWithoutAValueEndsUntold)
     EXPECT_EQ(value.ends, 0);
 }
 
-TEST(ThreadSlot, EndOfTheSlotTellsTheValuesOfAllThreads)
+TEST(ThreadSlot, EndOfSlot_reportsEveryThread)
 {
     Value mine;
     Value others;
     std::atomic<bool> isSet{false};
     std::atomic<bool> mayEnd{false};
-    auto slot = std::make_unique<broker::ThreadSlot>(&countEnd);
+    auto slot = std::make_unique<utils::ThreadSlot>(&countEnd);
     slot->set(&mine);
     std::thread other([&] {
         slot->set(&others);

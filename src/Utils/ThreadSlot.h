@@ -1,6 +1,6 @@
 #pragma once
 
-namespace broker {
+namespace utils {
 
 // Platform boundary: a pointer that each thread has for itself, null at first.
 // Not a thread_local object: one with a destructor would keep this module loaded for as long as a thread that used it
@@ -25,4 +25,4 @@ private:
     void* m_handle;
 };
 
-}  // namespace broker
+}  // namespace utils

@@ -1,11 +1,11 @@
-#include "broker/platform/ThreadSlot.h"
+#include "Utils/ThreadSlot.h"
 
 #include <cstdint>
 
 #include "Os/Windows/Platform.h"
 #include "Utils/Exception.h"
 
-namespace broker {
+namespace utils {
 
 namespace {
 
@@ -21,7 +21,7 @@ ThreadSlot::ThreadSlot(void (*atEnd)(void* value))
     // A fiber-local slot, which is a thread-local one that tells when a thread ends.
     const DWORD index = FlsAlloc(atEnd);
     if (index == FLS_OUT_OF_INDEXES) {
-        throw utils::Exception("Could not create a thread slot. Error %d", static_cast<int>(GetLastError()));
+        throw Exception("Could not create a thread slot. Error %d", static_cast<int>(GetLastError()));
     }
     m_handle = reinterpret_cast<void*>(static_cast<std::uintptr_t>(index));
 }
@@ -41,4 +41,4 @@ bool ThreadSlot::set(void* value) noexcept
     return FlsSetValue(indexOf(m_handle), value) != FALSE;
 }
 
-}  // namespace broker
+}  // namespace utils
