@@ -21,29 +21,24 @@ std::uint32_t rootNumber(HKEY root) noexcept
     return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(root));
 }
 
-// A key that is closed with the scope, unless it was never opened.
-class ScopedKey
-{
-public:
-    ScopedKey() = default;
-    ScopedKey(const ScopedKey&) = delete;
-    ScopedKey& operator=(const ScopedKey&) = delete;
-    ~ScopedKey()
-    {
-        if (m_key != nullptr) {
-            RegCloseKey(m_key);
-        }
-    }
-
-    HKEY get() const noexcept { return m_key; }
-    // Where a call stores the key that it opens.
-    HKEY* out() noexcept { return &m_key; }
-
-private:
-    HKEY m_key = nullptr;
-};
-
 }  // namespace
+
+ScopedKey::ScopedKey(WindowsRegistry& registry, HKEY root, const std::string& path, REGSAM access)
+    : m_registry(&registry), m_status(registry.openKey(root, path.c_str(), 0, access, &m_key))
+{
+}
+
+ScopedKey::~ScopedKey()
+{
+    if (m_key == nullptr) {
+        return;
+    }
+    if (m_registry != nullptr) {
+        m_registry->closeKey(m_key);
+    } else {
+        RegCloseKey(m_key);
+    }
+}
 
 LSTATUS WindowsRegistry::openKey(HKEY root, const char* path, DWORD options, REGSAM access, HKEY* key)
 {
@@ -140,19 +135,17 @@ bool WindowsRegistry::getRegistryData(HKEY root, std::string path, DWORD type, s
     static constexpr DWORD CAPACITY = 256;
     out->clear();
     here.debug("Opennig key %s (%s)", path.c_str(), name.c_str());
-    HKEY key = nullptr;
-    if (openKey(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+    const ScopedKey key(*this, root, path, KEY_READ);
+    if (key.status() != ERROR_SUCCESS) {
         return false;
     }
     std::array<BYTE, CAPACITY + 1> data{};
     DWORD foundType = REG_NONE;
     DWORD size = CAPACITY;
-    if (RegQueryValueExA(key, name.c_str(), nullptr, &foundType, data.data(), &size) != ERROR_SUCCESS) {
+    if (RegQueryValueExA(key.get(), name.c_str(), nullptr, &foundType, data.data(), &size) != ERROR_SUCCESS) {
         here.debug("%s Registry Entry does not exist", name.c_str());
-        closeKey(key);
         return false;
     }
-    closeKey(key);
     if (foundType != type) {
         return false;
     }

@@ -49,4 +49,29 @@ public:
     virtual bool getRegistryData(HKEY root, std::string path, DWORD type, std::string name, std::string* out);
 };
 
+// A registry key that is closed with the scope.
+class ScopedKey
+{
+public:
+    // None yet. What a call stores in out() is closed by the platform's own function.
+    ScopedKey() = default;
+    // Opens the key through the registry object, and closes it there. The object must outlive the scope.
+    ScopedKey(WindowsRegistry& registry, HKEY root, const std::string& path, REGSAM access);
+    ScopedKey(const ScopedKey&) = delete;
+    ScopedKey& operator=(const ScopedKey&) = delete;
+    ~ScopedKey();
+
+    // What opening has returned.
+    LSTATUS status() const noexcept { return m_status; }
+    // Null for none.
+    HKEY get() const noexcept { return m_key; }
+    // Where a call stores the key that it opens.
+    HKEY* out() noexcept { return &m_key; }
+
+private:
+    HKEY m_key = nullptr;
+    WindowsRegistry* m_registry = nullptr;
+    LSTATUS m_status = ERROR_SUCCESS;
+};
+
 }  // namespace utils

@@ -31,6 +31,28 @@ void appendProperty(const utils::LogSite& here, PropertyConverter* converter, st
     property.release();
 }
 
+// Calls `visit` for each property that is not a system property, with its name, value, CIM type and flavor. An object
+// that refuses the walk is a debug line of the caller's.
+template <class Visit>
+void visitProperties(const utils::LogSite& here, IWbemClassObject* object, const Visit& visit)
+{
+    PropertyEnumeration enumeration(object, WBEM_FLAG_NONSYSTEM_ONLY);
+    if (!enumeration.begun()) {
+        here.debug("Problem with properties enumeration %X", enumeration.status());
+        return;
+    }
+    for (;;) {
+        std::string name;
+        utils::ScopedVariant value;
+        CIMTYPE cimType = 0;
+        long flavor = 0;
+        if (!enumeration.next(name, value, cimType, flavor)) {
+            return;
+        }
+        visit(std::move(name), value.get(), cimType, flavor);
+    }
+}
+
 }  // namespace
 
 void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemClassObject* wmiInst)
@@ -44,19 +66,7 @@ void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemCla
             copyName([&] { keys.set(name, true); });
         }
     }
-    PropertyEnumeration enumeration(wmiInst, WBEM_FLAG_NONSYSTEM_ONLY);
-    if (!enumeration.begun()) {
-        here.debug("Problem with properties enumeration %X", enumeration.status());
-        return;
-    }
-    for (;;) {
-        std::string name;
-        utils::ScopedVariant value;
-        CIMTYPE cimType = 0;
-        long flavor = 0;
-        if (!enumeration.next(name, value, cimType, flavor)) {
-            return;
-        }
+    visitProperties(here, wmiInst, [&](std::string name, const VARIANT& value, CIMTYPE cimType, long flavor) {
         here.debug("Converting property %s, %d", name.c_str(), cimType);
         if (keys.contains(name)) {
             // Keys never go to the broker: the path says which instance it is.
@@ -64,9 +74,9 @@ void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemCla
         } else if ((flavor & WBEM_FLAVOR_ORIGIN_SYSTEM) != 0) {
             here.debug("This is system property");
         } else {
-            appendProperty(here, findConverter(cimType), std::move(name), value.get(), cimType, properties);
+            appendProperty(here, findConverter(cimType), std::move(name), value, cimType, properties);
         }
-    }
+    });
 }
 
 void WmiConverter::createResultsList(const std::string& className, const std::string& methodName,
@@ -79,23 +89,11 @@ void WmiConverter::createResultsList(const std::string& className, const std::st
     if (outParams == nullptr) {
         return;
     }
-    PropertyEnumeration enumeration(outParams, WBEM_FLAG_NONSYSTEM_ONLY);
-    if (!enumeration.begun()) {
-        here.debug("Problem with properties enumeration %X", enumeration.status());
-        return;
-    }
-    for (;;) {
-        std::string name;
-        utils::ScopedVariant value;
-        CIMTYPE cimType = 0;
-        long flavor = 0;
-        if (!enumeration.next(name, value, cimType, flavor)) {
-            return;
-        }
+    visitProperties(here, outParams, [&](std::string name, const VARIANT& value, CIMTYPE cimType, long /*flavor*/) {
         here.debug("Obtaining property %s, %d", name.c_str(), cimType);
         // Every parameter gets its entry, keys and system properties as well.
-        appendProperty(here, findConverter(cimType), std::move(name), value.get(), cimType, results);
-    }
+        appendProperty(here, findConverter(cimType), std::move(name), value, cimType, results);
+    });
 }
 
 }  // namespace wa

@@ -27,30 +27,10 @@ std::string fullPath(const std::string& key)
     return "Software\\Vexal\\DRAVEv2\\" + key;
 }
 
-// A key that is closed with the scope.
-class OpenKey
+utils::ScopedKey openKey(const std::string& path, REGSAM access)
 {
-public:
-    OpenKey(const std::string& path, REGSAM access)
-        : m_status(registry().openKey(HKEY_LOCAL_MACHINE, path.c_str(), 0, access, &m_key))
-    {
-    }
-    ~OpenKey()
-    {
-        if (m_status == ERROR_SUCCESS) {
-            registry().closeKey(m_key);
-        }
-    }
-    OpenKey(const OpenKey&) = delete;
-    OpenKey& operator=(const OpenKey&) = delete;
-
-    LSTATUS status() const noexcept { return m_status; }
-    HKEY get() const noexcept { return m_key; }
-
-private:
-    HKEY m_key = nullptr;
-    LSTATUS m_status;
-};
+    return {registry(), HKEY_LOCAL_MACHINE, path, access};
+}
 
 // The path up to its last backslash, and what comes after; the parent is empty when there is no backslash.
 struct SplitPath
@@ -70,7 +50,7 @@ struct SplitPath
 LSTATUS writeStatus(std::string path)
 {
     for (;;) {
-        const LSTATUS status = OpenKey(path, KEY_WRITE).status();
+        const LSTATUS status = openKey(path, KEY_WRITE).status();
         if (status != ERROR_FILE_NOT_FOUND) {
             return status;
         }
@@ -84,7 +64,7 @@ LSTATUS writeStatus(std::string path)
 // A key that may not be opened is not missing: a client must not be told that it is gone.
 bool isMissing(const std::string& path)
 {
-    return OpenKey(path, KEY_READ).status() == ERROR_FILE_NOT_FOUND;
+    return openKey(path, KEY_READ).status() == ERROR_FILE_NOT_FOUND;
 }
 
 // Why the key could not be written: the registry object tells success only.
@@ -147,7 +127,7 @@ std::optional<StoredValues> RegistryStorage::read(const std::string& key)
 {
     static constexpr utils::LogSite here{FILE_NAME, "broker::RegistryStorage::read"};
     const std::string path = fullPath(key);
-    const OpenKey opened(path, KEY_READ);
+    const utils::ScopedKey opened = openKey(path, KEY_READ);
     LSTATUS status = opened.status();
     if (status == ERROR_FILE_NOT_FOUND) {
         return StoredValues();
@@ -179,7 +159,7 @@ std::optional<std::vector<std::string>> RegistryStorage::children(const std::str
     static constexpr utils::LogSite here{FILE_NAME, "broker::RegistryStorage::children"};
     std::vector<std::string> result;
     const std::string path = fullPath(key);
-    const OpenKey opened(path, KEY_READ);
+    const utils::ScopedKey opened = openKey(path, KEY_READ);
     LSTATUS status = opened.status();
     if (status == ERROR_FILE_NOT_FOUND) {
         return result;
@@ -234,7 +214,7 @@ StoreResult RegistryStorage::eraseValue(const std::string& key, const std::strin
     const std::string path = fullPath(key);
     LSTATUS status = ERROR_SUCCESS;
     {
-        const OpenKey opened(path, KEY_SET_VALUE);
+        const utils::ScopedKey opened = openKey(path, KEY_SET_VALUE);
         status = opened.status();
         if (status == ERROR_SUCCESS) {
             status = RegDeleteValueA(opened.get(), name.c_str());
