@@ -1,8 +1,10 @@
 # Libraries that Debian ships: GoogleTest as source, the header-only ones from the system's include folder.
 
-set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
-set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
-add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+if(BUILD_TESTING)
+  set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
+  set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+endif()
 
 # A cross compiler must not see the whole system include folder, whose C headers are the wrong ones:
 # each header-only library is handed over alone, through a folder that holds one link.
