@@ -4,6 +4,7 @@
 #include "Utils/Exception.h"
 #include "core/CimInstance.h"
 #include "core/CimPropertyTypes.h"
+#include "core/PropertyVisit.h"
 
 namespace core {
 
@@ -16,30 +17,25 @@ constexpr const char* FILE_NAME = "CimProperty";
     throw utils::EForbidden(utils::format("Modyfying of %s property is not allowed", property.getName().c_str()));
 }
 
+// A value of another type is a different value and must not be read as if it were one of this type: the listener that
+// asks runs before the one that refuses other types.
 template <class Property>
-bool sameValue(const CimProperty& left, const CimProperty& right)
+bool holdSame(const Property& property, const CimProperty& newValue)
 {
-    // A value of another type is a different value and must not be read as if it were one of this type: this listener
-    // runs before the one that refuses other types.
-    return left.getType() == right.getType() &&
-           static_cast<const Property&>(left).getValue() == static_cast<const Property&>(right).getValue();
+    return newValue.getType() == property.getType() &&
+           static_cast<const Property&>(newValue).getValue() == property.getValue();
 }
 
 bool sameValue(const CimProperty& property, const CimProperty& newValue)
 {
-    switch (property.getType()) {
-        case CimProperty::EPT_UINT8:
-            return sameValue<CimPropertyUint8>(property, newValue);
-        case CimProperty::EPT_UINT16:
-            return sameValue<CimPropertyUint16>(property, newValue);
-        case CimProperty::EPT_UINT64:
-            return sameValue<CimPropertyUint64>(property, newValue);
-        case CimProperty::EPT_STRING:
-            return sameValue<CimPropertyString>(property, newValue);
-        default:
-            // uint32 is among these on purpose: such a property refuses every verification.
-            throw utils::EForbidden(utils::format("Unsupported type: %d", property.getType()));
-    }
+    return visit(property, Visitor{[&](const CimPropertyUint8& number) { return holdSame(number, newValue); },
+                                   [&](const CimPropertyUint16& number) { return holdSame(number, newValue); },
+                                   [&](const CimPropertyUint64& number) { return holdSame(number, newValue); },
+                                   [&](const CimPropertyString& text) { return holdSame(text, newValue); },
+                                   // uint32 is among these on purpose: such a property refuses every verification.
+                                   [](const CimProperty& other) -> bool {
+                                       throw utils::EForbidden(utils::format("Unsupported type: %d", other.getType()));
+                                   }});
 }
 
 [[noreturn]] void notSupported(const utils::LogSite& here, std::uint32_t line, const CimProperty& property)

@@ -12,6 +12,7 @@
 #include "broker/JobRequests.h"
 #include "broker/Properties.h"
 #include "core/MethodErrors.h"
+#include "core/PropertyVisit.h"
 #include "support/LockCount.h"
 #include "support/LogCapture.h"
 
@@ -43,52 +44,33 @@ public:
     std::vector<broker::Adapter> readAdapters() override { throw utils::Exception(std::string("Assertion failed")); }
 };
 
-template <class Property>
-std::unique_ptr<core::CimProperty> copyOf(const core::CimProperty& property)
+using Copy = std::unique_ptr<core::CimProperty>;
+
+template <class Property, class Value>
+Copy copyOf(const Property& property, const Value& value)
 {
     auto copy = std::make_unique<Property>(property.getName().c_str());
     if (!property.isNull()) {
-        copy->setValue(static_cast<const Property&>(property).getValue());
+        copy->setValue(value);
     }
     return copy;
 }
 
 // What comes back from a client that changes nothing: references as paths with host and namespace, datetimes in whole
 // seconds.
-std::unique_ptr<core::CimProperty> copyAsAClientSeesIt(const core::CimProperty& property)
+Copy copyAsAClientSeesIt(const core::CimProperty& property)
 {
-    switch (property.getType()) {
-        case core::CimProperty::EPT_UINT8:
-            return copyOf<core::CimPropertyUint8>(property);
-        case core::CimProperty::EPT_UINT16:
-            return copyOf<core::CimPropertyUint16>(property);
-        case core::CimProperty::EPT_UINT16_ARR:
-            return copyOf<core::CimPropertyUint16_arr>(property);
-        case core::CimProperty::EPT_UINT32:
-            return copyOf<core::CimPropertyUint32>(property);
-        case core::CimProperty::EPT_UINT32_ARR:
-            return copyOf<core::CimPropertyUint32_arr>(property);
-        case core::CimProperty::EPT_UINT64:
-            return copyOf<core::CimPropertyUint64>(property);
-        case core::CimProperty::EPT_STRING:
-            return copyOf<core::CimPropertyString>(property);
-        case core::CimProperty::EPT_STRING_ARR:
-            return copyOf<core::CimPropertyString_arr>(property);
-        case core::CimProperty::EPT_BOOL:
-            return copyOf<core::CimPropertyBool>(property);
-        case core::CimProperty::EPT_DATETIME: {
-            auto copy = std::make_unique<core::CimPropertyDatetime>(property.getName().c_str());
-            utils::Time time = static_cast<const core::CimPropertyDatetime&>(property).getValue();
-            time.value -= time.value % 1'000'000;
-            copy->setValue(time);
-            return copy;
-        }
-        default: {
-            auto copy = std::make_unique<core::CimPropertyRef>(property.getName().c_str());
-            copy->setValue(R"(\\HOST\root\DCIM\vexal:)" + property.toString());
-            return copy;
-        }
-    }
+    return core::visit(property,
+                       core::Visitor{[](const core::CimPropertyDatetime& datetime) -> Copy {
+                                         utils::Time time = datetime.getValue();
+                                         time.value -= time.value % 1'000'000;
+                                         return copyOf(datetime, time);
+                                     },
+                                     [](const core::CimPropertyRef& reference) -> Copy {
+                                         return copyOf(reference, R"(\\HOST\root\DCIM\vexal:)" + reference.toString());
+                                     },
+                                     [](const auto& typed) -> Copy { return copyOf(typed, typed.getValue()); },
+                                     [](const core::CimProperty& /*unknown*/) -> Copy { return nullptr; }});
 }
 
 class ObjectBroker : public testing::Test

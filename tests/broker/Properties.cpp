@@ -1,6 +1,6 @@
 #include "broker/Properties.h"
 
-#include "core/CimPropertyTypes.h"
+#include "core/PropertyVisit.h"
 
 namespace support {
 
@@ -28,25 +28,20 @@ std::string valueText(const core::CimProperty& property)
     if (property.isNull()) {
         return "null";
     }
-    switch (property.getType()) {
-        case core::CimProperty::EPT_UINT32:
-            return number(static_cast<const core::CimPropertyUint32&>(property).getValue());
-        case core::CimProperty::EPT_UINT16_ARR:
-            return arrayText(static_cast<const core::CimPropertyUint16_arr&>(property).getValue(), number);
-        case core::CimProperty::EPT_UINT32_ARR:
-            return arrayText(static_cast<const core::CimPropertyUint32_arr&>(property).getValue(), number);
-        case core::CimProperty::EPT_STRING_ARR:
-            return arrayText(static_cast<const core::CimPropertyString_arr&>(property).getValue(),
-                             [](const std::string& text) { return text; });
-        case core::CimProperty::EPT_BOOL:
-            return static_cast<const core::CimPropertyBool&>(property).getValue() ? "true" : "false";
-        case core::CimProperty::EPT_DATETIME: {
-            const utils::Time time = static_cast<const core::CimPropertyDatetime&>(property).getValue();
-            return (time.isTimestamp ? "at " : "for ") + std::to_string(time.value);
-        }
-        default:
-            return property.toString();
-    }
+    return core::visit(
+        property,
+        core::Visitor{[](const core::CimPropertyUint32& value) { return number(value.getValue()); },
+                      [](const core::CimPropertyUint16_arr& array) { return arrayText(array.getValue(), number); },
+                      [](const core::CimPropertyUint32_arr& array) { return arrayText(array.getValue(), number); },
+                      [](const core::CimPropertyString_arr& array) {
+                          return arrayText(array.getValue(), [](const std::string& text) { return text; });
+                      },
+                      [](const core::CimPropertyBool& flag) { return std::string(flag.getValue() ? "true" : "false"); },
+                      [](const core::CimPropertyDatetime& datetime) {
+                          const utils::Time time = datetime.getValue();
+                          return (time.isTimestamp ? "at " : "for ") + std::to_string(time.value);
+                      },
+                      [](const core::CimProperty& other) { return other.toString(); }});
 }
 
 std::vector<std::string> values(core::CimInstance& instance)

@@ -1,11 +1,13 @@
 #include "support/Describe.h"
 
+#include <concepts>
+#include <map>
 #include <memory>
 #include <vector>
 
 #include "Os/Windows/ComScope.h"
 #include "Utils/Utils.h"
-#include "core/CimPropertyTypes.h"
+#include "core/PropertyVisit.h"
 
 namespace support {
 
@@ -52,64 +54,58 @@ std::string arrayText(SAFEARRAY* array, Text text)
     return result;
 }
 
+std::string text(const std::string& value)
+{
+    return inQuotes(value);
+}
+
+std::string text(bool value)
+{
+    return value ? "true" : "false";
+}
+
+std::string text(utils::Time value)
+{
+    return number(value.value);
+}
+
+template <std::integral Number>
+std::string text(Number value)
+{
+    return number(value);
+}
+
+template <class Element>
+std::string text(const std::vector<Element>& elements)
+{
+    return list(elements, [](const Element& element) { return text(element); });
+}
+
 std::string valueText(const core::CimProperty& property)
 {
-    using core::CimProperty;
-    switch (property.getType()) {
-        case CimProperty::EPT_UINT8:
-            return number(static_cast<const core::CimPropertyUint8&>(property).getValue());
-        case CimProperty::EPT_UINT16:
-            return number(static_cast<const core::CimPropertyUint16&>(property).getValue());
-        case CimProperty::EPT_UINT16_ARR:
-            return list(static_cast<const core::CimPropertyUint16_arr&>(property).getValue(), number<std::uint16_t>);
-        case CimProperty::EPT_UINT32:
-            return number(static_cast<const core::CimPropertyUint32&>(property).getValue());
-        case CimProperty::EPT_UINT32_ARR:
-            return list(static_cast<const core::CimPropertyUint32_arr&>(property).getValue(), number<std::uint32_t>);
-        case CimProperty::EPT_UINT64:
-            return number(static_cast<const core::CimPropertyUint64&>(property).getValue());
-        case CimProperty::EPT_STRING:
-            return inQuotes(static_cast<const core::CimPropertyString&>(property).getValue());
-        case CimProperty::EPT_STRING_ARR:
-            return list(static_cast<const core::CimPropertyString_arr&>(property).getValue(), inQuotes);
-        case CimProperty::EPT_BOOL:
-            return static_cast<const core::CimPropertyBool&>(property).getValue() ? "true" : "false";
-        case CimProperty::EPT_DATETIME:
-            return number(static_cast<const core::CimPropertyDatetime&>(property).getValue().value);
-        case CimProperty::EPT_REF:
-            return "to " + inQuotes(property.toString());
-    }
-    return "of an unknown type";
+    return core::visit(
+        property,
+        core::Visitor{[](const core::CimPropertyRef& reference) { return "to " + inQuotes(reference.toString()); },
+                      [](const auto& typed) { return text(typed.getValue()); },
+                      [](const core::CimProperty& /*unknown*/) { return std::string("of an unknown type"); }});
 }
 
 std::string typeName(core::CimProperty::EPropertyType type)
 {
     using core::CimProperty;
-    switch (type) {
-        case CimProperty::EPT_UINT8:
-            return "uint8";
-        case CimProperty::EPT_UINT16:
-            return "uint16";
-        case CimProperty::EPT_UINT16_ARR:
-            return "uint16[]";
-        case CimProperty::EPT_UINT32:
-            return "uint32";
-        case CimProperty::EPT_UINT32_ARR:
-            return "uint32[]";
-        case CimProperty::EPT_UINT64:
-            return "uint64";
-        case CimProperty::EPT_STRING:
-            return "string";
-        case CimProperty::EPT_STRING_ARR:
-            return "string[]";
-        case CimProperty::EPT_BOOL:
-            return "boolean";
-        case CimProperty::EPT_DATETIME:
-            return "datetime";
-        case CimProperty::EPT_REF:
-            return "ref";
-    }
-    return "type " + number(static_cast<int>(type));
+    static const std::map<CimProperty::EPropertyType, std::string> NAMES{{CimProperty::EPT_UINT8, "uint8"},
+                                                                         {CimProperty::EPT_UINT16, "uint16"},
+                                                                         {CimProperty::EPT_UINT16_ARR, "uint16[]"},
+                                                                         {CimProperty::EPT_UINT32, "uint32"},
+                                                                         {CimProperty::EPT_UINT32_ARR, "uint32[]"},
+                                                                         {CimProperty::EPT_UINT64, "uint64"},
+                                                                         {CimProperty::EPT_STRING, "string"},
+                                                                         {CimProperty::EPT_STRING_ARR, "string[]"},
+                                                                         {CimProperty::EPT_BOOL, "boolean"},
+                                                                         {CimProperty::EPT_DATETIME, "datetime"},
+                                                                         {CimProperty::EPT_REF, "ref"}};
+    const auto name = NAMES.find(type);
+    return name == NAMES.end() ? "type " + number(static_cast<int>(type)) : name->second;
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "broker/jobs/JobEntry.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 #include "Utils/Utils.h"
@@ -88,7 +87,7 @@ public:
         return m_fits ? field->second : std::string();
     }
 
-    std::uint64_t number(const char* name, std::uint64_t most) { return numberIn(text(name), most); }
+    std::uint64_t number(const char* name, std::uint64_t most) { return bounded(text(name), most); }
 
     std::chrono::microseconds duration(const char* name, std::chrono::microseconds most = CALENDAR_END)
     {
@@ -101,7 +100,7 @@ public:
     {
         std::vector<std::uint32_t> result;
         for (const std::string& digits : pieces(text(name), ',')) {
-            result.push_back(static_cast<std::uint32_t>(numberIn(digits, UINT32_MAX)));
+            result.push_back(static_cast<std::uint32_t>(bounded(digits, UINT32_MAX)));
         }
         return result;
     }
@@ -126,13 +125,11 @@ public:
 private:
     static constexpr std::size_t MAX_HOST_LENGTH = 64;
 
-    std::uint64_t numberIn(const std::string& digits, std::uint64_t most)
+    std::uint64_t bounded(const std::string& digits, std::uint64_t most)
     {
-        std::uint64_t value = 0;
-        const char* end = digits.data() + digits.size();
-        const auto [stop, error] = std::from_chars(digits.data(), end, value);
-        m_fits = m_fits && error == std::errc() && stop == end && value <= most;
-        return m_fits ? value : 0;
+        const std::optional<std::uint64_t> value = numberIn(digits);
+        m_fits = m_fits && value && *value <= most;
+        return m_fits ? *value : 0;
     }
 
     std::optional<std::map<std::string, std::string>> m_fields;

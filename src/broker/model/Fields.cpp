@@ -80,4 +80,12 @@ std::optional<std::map<std::string, std::string>> splitFields(const std::string&
     return result;
 }
 
+std::optional<std::uint64_t> numberIn(const std::string& text)
+{
+    std::uint64_t number = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end ? std::make_optional(number) : std::nullopt;
+}
+
 }  // namespace broker

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -16,5 +17,8 @@ std::string joinFields(const std::vector<std::pair<std::string, std::string>>& f
 
 // Empty when the text has another form or one name twice.
 std::optional<std::map<std::string, std::string>> splitFields(const std::string& text);
+
+// The number whose decimal digits the text is, alone; empty for any other text and beyond 64 bits.
+std::optional<std::uint64_t> numberIn(const std::string& text);
 
 }  // namespace broker

@@ -4,30 +4,29 @@
 
 #include "Utils/Exception.h"
 #include "Utils/Utils.h"
+#include "core/PropertyVisit.h"
 
 namespace broker {
 
 namespace {
 
-std::optional<std::uint64_t> numberOf(const core::CimProperty& property)
+using Number = std::optional<std::uint64_t>;
+
+// Empty for a property of a type that has no range.
+Number numberOf(const core::CimProperty& property)
 {
-    switch (property.getType()) {
-        case core::CimProperty::EPT_UINT8:
-            return static_cast<const core::CimPropertyUint8&>(property).getValue();
-        case core::CimProperty::EPT_UINT16:
-            return static_cast<const core::CimPropertyUint16&>(property).getValue();
-        case core::CimProperty::EPT_UINT64:
-            return static_cast<const core::CimPropertyUint64&>(property).getValue();
-        default:
-            return std::nullopt;
-    }
+    return core::visit(property,
+                       core::Visitor{[](const core::CimPropertyUint8& number) -> Number { return number.getValue(); },
+                                     [](const core::CimPropertyUint16& number) -> Number { return number.getValue(); },
+                                     [](const core::CimPropertyUint64& number) -> Number { return number.getValue(); },
+                                     [](const core::CimProperty& /*other*/) -> Number { return std::nullopt; }});
 }
 
 }  // namespace
 
 void RangeListener::onVerify(core::CimProperty* property, const core::CimProperty* newValue)
 {
-    const std::optional<std::uint64_t> number = numberOf(*newValue);
+    const Number number = numberOf(*newValue);
     if (number && !newValue->isNull() && !m_range.contains(*number)) {
         throw utils::EInvalidParameter(
             utils::format("Value of %s property has to be from %llu to %llu", property->getName().c_str(),

@@ -1,11 +1,13 @@
 #include "broker/model/Modification.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include "Utils/Exception.h"
 #include "Utils/Utils.h"
 #include "broker/model/Names.h"
+#include "core/PropertyVisit.h"
 
 namespace broker {
 
@@ -18,23 +20,17 @@ struct Change
     const core::CimProperty* value;
 };
 
-template <class Property>
-bool equal(const core::CimProperty& left, const core::CimProperty& right)
-{
-    return static_cast<const Property&>(left).getValue() == static_cast<const Property&>(right).getValue();
-}
-
-bool equalToTheSecond(const core::CimProperty& left, const core::CimProperty& right)
+bool equalToTheSecond(const core::CimPropertyDatetime& property, const core::CimProperty& value)
 {
     constexpr std::uint64_t MICROSECONDS_PER_SECOND = 1'000'000;
-    const utils::Time a = static_cast<const core::CimPropertyDatetime&>(left).getValue();
-    const utils::Time b = static_cast<const core::CimPropertyDatetime&>(right).getValue();
+    const utils::Time a = property.getValue();
+    const utils::Time b = static_cast<const core::CimPropertyDatetime&>(value).getValue();
     return a.isTimestamp == b.isTimestamp && a.value / MICROSECONDS_PER_SECOND == b.value / MICROSECONDS_PER_SECOND;
 }
 
-bool pointToSame(const core::CimProperty& property, const core::CimProperty& value, ReferenceResolver& references)
+bool pointToSame(const core::CimPropertyRef& property, const core::CimProperty& value, ReferenceResolver& references)
 {
-    const core::CimInstance* target = static_cast<const core::CimPropertyRef&>(property).getValue();
+    const core::CimInstance* target = property.getValue();
     return target != nullptr && references.resolve(value.toString()) == target;
 }
 
@@ -52,16 +48,10 @@ bool isEmptyArrayOfTexts(const core::CimProperty& property)
 
 bool canBeVerified(const core::CimProperty& property)
 {
-    switch (property.getType()) {
-        case core::CimProperty::EPT_UINT8:
-        case core::CimProperty::EPT_UINT16:
-        case core::CimProperty::EPT_UINT32:
-        case core::CimProperty::EPT_UINT64:
-        case core::CimProperty::EPT_STRING:
-            return true;
-        default:
-            return false;
-    }
+    constexpr std::array TYPES{core::CimProperty::EPT_UINT8, core::CimProperty::EPT_UINT16,
+                               core::CimProperty::EPT_UINT32, core::CimProperty::EPT_UINT64,
+                               core::CimProperty::EPT_STRING};
+    return std::ranges::find(TYPES, property.getType()) != TYPES.end();
 }
 
 // Throws unless the property may take the value.
@@ -81,9 +71,9 @@ std::vector<Change> changes(const InstanceStore& store, const InstanceStore::Rec
     std::vector<Change> result;
     auto iterator = values.getIterator();
     while (const core::CimProperty* value = iterator.next()) {
-        const auto found = std::find_if(
-            record.properties.begin(), record.properties.end(),
-            [value](const core::CimProperty* property) { return sameName(property->getName(), value->getName()); });
+        const auto found = std::ranges::find_if(record.properties, [value](const core::CimProperty* property) {
+            return sameName(property->getName(), value->getName());
+        });
         if (found == record.properties.end()) {
             if (!value->isNull()) {
                 throw utils::EInvalidParameter("Unknown property " + value->getName());
@@ -112,31 +102,14 @@ bool holdSame(const core::CimProperty& property, const core::CimProperty& value,
     if (property.isNull() || value.isNull()) {
         return property.isNull() && value.isNull();
     }
-    switch (property.getType()) {
-        case core::CimProperty::EPT_UINT8:
-            return equal<core::CimPropertyUint8>(property, value);
-        case core::CimProperty::EPT_UINT16:
-            return equal<core::CimPropertyUint16>(property, value);
-        case core::CimProperty::EPT_UINT16_ARR:
-            return equal<core::CimPropertyUint16_arr>(property, value);
-        case core::CimProperty::EPT_UINT32:
-            return equal<core::CimPropertyUint32>(property, value);
-        case core::CimProperty::EPT_UINT32_ARR:
-            return equal<core::CimPropertyUint32_arr>(property, value);
-        case core::CimProperty::EPT_UINT64:
-            return equal<core::CimPropertyUint64>(property, value);
-        case core::CimProperty::EPT_STRING:
-            return equal<core::CimPropertyString>(property, value);
-        case core::CimProperty::EPT_STRING_ARR:
-            return equal<core::CimPropertyString_arr>(property, value);
-        case core::CimProperty::EPT_BOOL:
-            return equal<core::CimPropertyBool>(property, value);
-        case core::CimProperty::EPT_DATETIME:
-            return equalToTheSecond(property, value);
-        case core::CimProperty::EPT_REF:
-            return pointToSame(property, value, references);
-    }
-    return false;
+    return core::visit(
+        property,
+        core::Visitor{[&](const core::CimPropertyDatetime& time) { return equalToTheSecond(time, value); },
+                      [&](const core::CimPropertyRef& reference) { return pointToSame(reference, value, references); },
+                      [&]<class Property>(const Property& typed) {
+                          return typed.getValue() == static_cast<const Property&>(value).getValue();
+                      },
+                      [](const core::CimProperty& /*unknown*/) { return false; }});
 }
 
 void modify(const InstanceStore& store, const InstanceStore::Record& record, core::CimPropertyList& values,

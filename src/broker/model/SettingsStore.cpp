@@ -1,7 +1,5 @@
 #include "broker/model/SettingsStore.h"
 
-#include <charconv>
-
 #include "Utils/Exception.h"
 #include "Utils/Log.h"
 #include "broker/model/Fields.h"
@@ -11,14 +9,6 @@ namespace broker {
 namespace {
 
 constexpr const char* FILE_NAME = "SettingsStore";
-
-std::optional<std::uint64_t> numberIn(const std::string& text)
-{
-    std::uint64_t number = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stop == end ? std::make_optional(number) : std::nullopt;
-}
 
 void expectDone(StoreResult result, const std::string& key)
 {
