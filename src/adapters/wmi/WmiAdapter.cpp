@@ -6,13 +6,13 @@
 #include "Os/Windows/AnsiText.h"
 #include "Os/Windows/ComScope.h"
 #include "Utils/Exception.h"
-#include "adapters/wmi/Escape.h"
 #include "adapters/wmi/Impersonator.h"
 #include "adapters/wmi/InstanceModifier.h"
 #include "adapters/wmi/InstanceRemover.h"
 #include "adapters/wmi/ServerState.h"
 #include "adapters/wmi/Status.h"
 #include "adapters/wmi/WmiConverter.h"
+#include "adapters/wmi/escape/Escape.h"
 #include "core/MethodErrors.h"
 
 namespace {

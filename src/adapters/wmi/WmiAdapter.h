@@ -52,7 +52,7 @@ public:
                                          IWbemProviderInitSink* pInitSink) override;
 
 private:
-    // The requests. What escapes one of them leaves the operation as adapters/wmi/Escape.h says.
+    // The requests. What escapes one of them leaves the operation as adapters/wmi/escape/Escape.h says.
     HRESULT start(LPCWSTR wszNamespace, IWbemServices* pNamespace, IWbemProviderInitSink* pInitSink);
     HRESULT enumerate(BSTR strClass, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler);
     HRESULT get(BSTR strObjectPath, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler);

@@ -1,10 +1,10 @@
-#include "adapters/wmi/Escape.h"
+#include "adapters/wmi/escape/Escape.h"
 
 #include <exception>
 #include <new>
 
 #include "Utils/ProcessEnd.h"
-#include "adapters/wmi/ExceptionHead.h"
+#include "adapters/wmi/escape/ExceptionHead.h"
 
 namespace wa {
 

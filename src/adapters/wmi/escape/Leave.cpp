@@ -1,7 +1,7 @@
 #include <exception>
 
-#include "adapters/wmi/Escape.h"
-#include "adapters/wmi/ExceptionHead.h"
+#include "adapters/wmi/escape/Escape.h"
+#include "adapters/wmi/escape/ExceptionHead.h"
 
 // Compiled with -fno-exceptions: the frames of this file have no cleanup that a raised exception could stop at.
 namespace wa {
