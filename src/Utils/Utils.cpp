@@ -22,8 +22,8 @@ bool hasHexPrefix(const std::string& text)
 
 std::string upperCase(std::string text)
 {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char character) { return static_cast<char>(std::toupper(character)); });
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char character) { return static_cast<char>(std::toupper(character)); });
     return text;
 }
 
@@ -96,10 +96,10 @@ std::string trim(const std::string& text)
     return text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
 }
 
-bool Pieces::next(std::string_view& piece) noexcept
+std::optional<std::string_view> Pieces::next() noexcept
 {
     if (m_atEnd) {
-        return false;
+        return std::nullopt;
     }
     bool inQuotes = false;
     bool afterBackslash = false;
@@ -114,20 +114,19 @@ bool Pieces::next(std::string_view& piece) noexcept
             break;
         }
     }
-    piece = m_rest.substr(0, length);
+    const std::string_view piece = m_rest.substr(0, length);
     // A separator that stands last has an empty piece behind it.
     m_atEnd = length == m_rest.size();
     m_rest.remove_prefix(m_atEnd ? length : length + 1);
-    return true;
+    return piece;
 }
 
 std::vector<std::string> split(const std::string& text, char separator, char quote)
 {
     std::vector<std::string> result;
     Pieces pieces(text, separator, quote);
-    std::string_view piece;
-    while (pieces.next(piece)) {
-        result.emplace_back(piece);
+    while (const std::optional<std::string_view> piece = pieces.next()) {
+        result.emplace_back(*piece);
     }
     return result;
 }

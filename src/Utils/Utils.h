@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdarg>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,8 +45,8 @@ public:
     {
     }
 
-    // Gives the next piece; false, with the piece untouched, when there is none left.
-    bool next(std::string_view& piece) noexcept;
+    // The next piece; empty when none is left.
+    std::optional<std::string_view> next() noexcept;
 
 private:
     std::string_view m_rest;

@@ -1,6 +1,7 @@
 #include "core/CimPath.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "Utils/Exception.h"
 #include "Utils/Log.h"
@@ -30,35 +31,43 @@ constexpr bool isLetterOrDigit(char c) noexcept
 
 bool isIdentifier(std::string_view text)
 {
-    return !text.empty() && isLetter(text.front()) && std::all_of(text.begin(), text.end(), isLetterOrDigit);
+    return !text.empty() && isLetter(text.front()) && std::ranges::all_of(text, isLetterOrDigit);
 }
 
-// The two sides of the one separator outside quotes; false where there is none, or more than one.
-bool cutInTwo(std::string_view text, char separator, std::string_view& left, std::string_view& right)
+struct TwoSides
+{
+    std::string_view left;
+    std::string_view right;
+};
+
+// The two sides of the one separator outside quotes; empty where there is none, or more than one.
+std::optional<TwoSides> cutInTwo(std::string_view text, char separator)
 {
     utils::Pieces pieces(text, separator, QUOTE);
-    std::string_view further;
-    return pieces.next(left) && pieces.next(right) && !pieces.next(further);
+    const std::optional<std::string_view> left = pieces.next();
+    const std::optional<std::string_view> right = pieces.next();
+    if (!right || pieces.next()) {
+        return std::nullopt;
+    }
+    return TwoSides{*left, *right};
 }
 
-// The path behind its namespace, if it has one.
+// The path behind its namespace, if it has one. The text must not be empty.
 std::string_view withoutNamespace(const utils::LogSite& here, const std::string& text)
 {
     utils::Pieces pieces(text, ':', QUOTE);
-    std::string_view first;
-    std::string_view second;
-    std::string_view further;
-    pieces.next(first);
-    if (!pieces.next(second)) {
-        return first;
+    const std::optional<std::string_view> first = pieces.next();
+    const std::optional<std::string_view> second = pieces.next();
+    if (!second) {
+        return *first;
     }
-    if (pieces.next(further)) {
+    if (pieces.next()) {
         refuse("model path not found", text);
     }
     if (utils::LogSite::debugOn()) {
-        here.debugAt(99, "namespace is stripped [%s]", std::string(first).c_str());
+        here.debugAt(99, "namespace is stripped [%s]", std::string(*first).c_str());
     }
-    return second;
+    return *second;
 }
 
 }  // namespace
@@ -71,12 +80,12 @@ CimPath::CimPath(const std::string& text)
         throw utils::ESyntaxError("empty path");
     }
     const std::string_view modelPath = withoutNamespace(here, text);
-    std::string_view className;
-    std::string_view keys;
-    if (!cutInTwo(modelPath, '.', className, keys)) {
+    const std::optional<TwoSides> sides = cutInTwo(modelPath, '.');
+    if (!sides) {
         // Also the answer for a path with no separator at all.
         refuse("too many classname separators", text);
     }
+    const auto [className, keys] = *sides;
     if (className.empty()) {
         refuse("empty class name", text);
     }
@@ -89,20 +98,19 @@ CimPath::CimPath(const std::string& text)
         throw utils::ESyntaxError("no properties: '" + text);
     }
     utils::Pieces items(keys, ',', QUOTE);
-    std::string_view item;
-    while (items.next(item)) {
-        parseKey(item);
+    while (const std::optional<std::string_view> item = items.next()) {
+        parseKey(*item);
     }
     m_modelPath = modelPath;
 }
 
 void CimPath::parseKey(std::string_view item)
 {
-    std::string_view name;
-    std::string_view value;
-    if (!cutInTwo(item, '=', name, value)) {
+    const std::optional<TwoSides> sides = cutInTwo(item, '=');
+    if (!sides) {
         refuse("only one '=' allowed", item);
     }
+    const auto [name, value] = *sides;
     if (!isIdentifier(name)) {
         refuse("invalid property name", item);
     }

@@ -3,6 +3,7 @@
 #include <comdef.h>
 
 #include <new>
+#include <optional>
 #include <string>
 
 #include "Os/Windows/ComScope.h"
@@ -42,19 +43,20 @@ public:
     HRESULT status() const noexcept { return m_status; }
     bool begun() const noexcept { return SUCCEEDED(m_status); }
 
-    // Reads the next property's name; false at the end, and after any status but 0, the end being a success code.
-    // Throws _com_error(E_OUTOFMEMORY) when there is no memory for the name.
-    bool nextName(std::string& name)
+    // The next property's name; empty at the end, and after any status but 0, the end being a success code. Throws
+    // _com_error(E_OUTOFMEMORY) when there is no memory for the name.
+    std::optional<std::string> nextName()
     {
         utils::ScopedBstr text;
         if (m_object->Next(0, text.out(), nullptr, nullptr, nullptr) != WBEM_S_NO_ERROR) {
-            return false;
+            return std::nullopt;
         }
+        std::string name;
         copyName([&] { name = utils::narrowBstr(text.get()); });
-        return true;
+        return name;
     }
 
-    // The same with everything about the property. The value must be empty.
+    // Reads everything about the next property; false where nextName is empty. The value must be empty.
     bool next(std::string& name, utils::ScopedVariant& value, CIMTYPE& cimType, long& flavor)
     {
         utils::ScopedBstr text;

@@ -60,10 +60,9 @@ void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemCla
     static constexpr utils::LogSite here{FILE_NAME, "wa::WmiConverter::extractProperties"};
     utils::SafeMap<std::string, bool> keys;
     {
-        std::string name;
         PropertyEnumeration enumeration(wmiInst, WBEM_FLAG_KEYS_ONLY);
-        while (enumeration.begun() && enumeration.nextName(name)) {
-            copyName([&] { keys.set(name, true); });
+        while (const std::optional<std::string> name = enumeration.begun() ? enumeration.nextName() : std::nullopt) {
+            copyName([&] { keys.set(*name, true); });
         }
     }
     visitProperties(here, wmiInst, [&](std::string name, const VARIANT& value, CIMTYPE cimType, long flavor) {
