@@ -17,6 +17,6 @@ namespace utils {
 #define ASSERT(site, condition) \
     ((condition) ? static_cast<void>(0) : utils::assertionFailed((site).file(), __LINE__, #condition))
 
-// The same with a line number of its own, for texts whose number support tools match on.
+// The same with a given line number, for texts whose number support tools match on.
 #define ASSERT_AT(site, line, condition) \
     ((condition) ? static_cast<void>(0) : utils::assertionFailed((site).file(), line, #condition))

@@ -12,7 +12,7 @@
 
 namespace utils {
 
-// An ordered map. Not locked. Never deletes pointer values: who fills it with owned pointers deletes them.
+// An ordered map. Not thread-safe. It never deletes pointer values: whoever fills it with owned pointers deletes them.
 template <class K, class V>
 class Map
 {
@@ -87,7 +87,7 @@ private:
 
 // A list of pointers in insertion order, guarded by its own mutex. Any thread; iterators release the mutex between
 // elements, so no lock is held while the caller works on one. Holds no null: null is the end of an iteration.
-// T is a pointer type. A copy or a moved-to list has a mutex of its own; a copy never owns the elements.
+// T is a pointer type. A list that is copied or moved to has its own mutex; a copy never owns the elements.
 template <class T>
 class SafeList
 {
@@ -114,7 +114,7 @@ public:
     class SimpleIteratorImplementation : public IteratorImplementation
     {
     public:
-        // The list may be null: an iterator over nothing. Takes no lock; the caller does where one is needed.
+        // A null list makes an iterator over nothing. Takes no lock; the caller does where one is needed.
         explicit SimpleIteratorImplementation(SafeList* list) : m_list(list) {}
 
         T next() override
@@ -138,7 +138,7 @@ public:
 
         std::size_t size() override { return m_list == nullptr ? 0 : m_list->size(); }
 
-        // Plain and from the start, whatever this iterator skips and wherever it stands: callers count on it.
+        // A new iterator at the first element that skips nothing. Callers rely on both.
         IteratorImplementation* clone() override { return new SimpleIteratorImplementation(m_list); }
 
         T advance() override
@@ -201,7 +201,7 @@ public:
         const MutexGuard guard(other.m_mutex);
         m_elements = other.m_elements;
     }
-    // NOLINTNEXTLINE(performance-noexcept-move-constructor): a new mutex can fail to be made
+    // NOLINTNEXTLINE(performance-noexcept-move-constructor): the creation of the new mutex can fail
     SafeList(SafeList&& other)
     {
         const MutexGuard guard(other.m_mutex);
@@ -226,7 +226,7 @@ public:
         appendUnshared(element);
     }
 
-    // As append, without taking the mutex. A lock is a call of the kernel, and nobody contends for a list in making.
+    // As append, without taking the mutex, which would be a call of the kernel.
     // REQUIRES: no other thread can reach the list yet.
     void appendUnshared(T element)
     {
@@ -254,7 +254,7 @@ public:
         return m_elements.size();
     }
 
-    // Says whether clearing or destroying the list deletes its elements; it does not until told so.
+    // Sets whether clearing or destroying the list deletes its elements. The default is false.
     void setOwnsElements(bool owns) noexcept { m_ownsElements = owns; }
 
 private:

@@ -11,7 +11,8 @@ namespace utils {
 class Exception : public std::exception
 {
 public:
-    // What the first constructor puts in front of the message, and whoever passes a message on takes off first.
+    // The first constructor puts it in front of the message. Code that passes a message on in a new exception removes
+    // it first.
     static constexpr std::string_view PREFIX = "DRAVEv2: ";
 
     // what() is the prefix and the message; the logged text has no prefix.
@@ -57,7 +58,7 @@ public:
     explicit ENotSupported(const std::string& message);
 };
 
-// A text that is no object path.
+// A text that is not an object path.
 class ESyntaxError : public Exception
 {
 public:

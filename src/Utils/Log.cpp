@@ -17,7 +17,7 @@ std::atomic<std::int32_t> currentLevel{NOT_READ};
 std::int32_t readLevel() noexcept
 {
     const char* value = std::getenv("VEXAL_DRAVEv2_LOG_LEVEL");
-    // Only the first character counts, and whatever is not 0, 2 or 3 means the default: "10" is 1 and "3x" is 3.
+    // Only the first character counts. Any character but 0, 2 and 3 means the default: "10" is 1 and "3x" is 3.
     switch (value == nullptr ? '\0' : *value) {
         case '0':
             return 0;

@@ -42,7 +42,7 @@ public:
         debugAt(format.line(), format.text(), args...);
     }
 
-    // The same with a line number of its own, for texts whose number support tools match on.
+    // The same with a given line number, for texts whose number support tools match on.
     template <class... Args>
     void debugAt(std::uint32_t line, CheckedFormat<std::type_identity_t<Args>...> format, Args... args) const noexcept
     {
@@ -67,7 +67,7 @@ private:
         try {
             writer(m_file, m_function, line, utils::format(format, args...));
         } catch (const std::bad_alloc&) {
-            // The line is lost; the work that it tells of goes on.
+            // The line is lost; the work that it describes goes on.
         }
     }
 

@@ -18,9 +18,9 @@ template <class T>
 class Singleton
 {
 public:
-    // The current instance, created on first use; never null. No lock is taken. A thread that finds another one at work
-    // on the first instance waits for it, and tries in its turn when that constructor throws. The constructor itself
-    // gets the instance at once, as far as it is made.
+    // The current instance, created on first use; never null. No lock is taken. A thread that finds another thread
+    // creating the first instance waits for it, and tries itself when that constructor throws. A call from within the
+    // constructor returns the unfinished instance.
     static T* getInstance()
     {
         for (;;) {
@@ -32,8 +32,8 @@ public:
                 std::this_thread::yield();
                 continue;
             }
-            // An instance registers itself before it is whole. Nobody has begun one in the meantime where the turn is
-            // still the same.
+            // An instance registers itself before its construction is complete. Where the turn has not changed, no
+            // thread has begun a construction in the meantime, so this instance is complete.
             T* const instance = current();
             if (instance != nullptr && s_turn.load(std::memory_order_acquire) == turn) {
                 return instance;
@@ -132,7 +132,7 @@ protected:
 private:
     struct Holder
     {
-        // Without memory the module loads all the same, and the first use creates the instance.
+        // Without memory the module still loads, and the first use creates the instance.
         Holder() noexcept : instance(Singleton<T>::current() != nullptr ? Singleton<T>::current() : create()) {}
         ~Holder()
         {

@@ -3,11 +3,12 @@
 namespace utils {
 
 // Platform boundary: a pointer that each thread has for itself, null at first.
-// Not a thread_local object: one with a destructor would keep this module loaded for as long as a thread that used it
-// lives, and WMI's threads live long.
-// CONTRACT: when a thread ends, or when the slot does, `atEnd` is called for the thread's pointer unless it is null, on
-// whatever thread, and also while the process ends. The constructor throws utils::Exception when the platform has no
-// slot left. Any thread may get and set; the slot must not end while one does.
+// It is not a thread_local object. One with a destructor would keep this module loaded for as long as a thread that
+// used it lives, and WMI's threads live long.
+//
+// CONTRACT: `atEnd` is called for each pointer that is not null, when its thread ends or when the slot is destroyed.
+// The call may come on any thread, and also while the process ends. The constructor throws utils::Exception when the
+// platform has no slot left. Any thread may get and set. Destroy the slot only when no thread does.
 class ThreadSlot
 {
 public:

@@ -31,8 +31,8 @@ std::uint64_t toUint64(const std::string& text);
 // The text without leading and trailing spaces and tabs. Other white space stays.
 std::string trim(const std::string& text);
 
-// Cuts the text at every separator outside quotes. A quote byte opens quotes whatever stands before it and closes them
-// unless a backslash stands directly before it. Quotes and backslashes stay in the pieces; empty pieces are kept. An
+// Cuts the text at every separator outside quotes. A quote byte always opens quotes, and closes them unless a backslash
+// stands directly before it. Quotes and backslashes stay in the pieces; empty pieces are kept. An
 // empty text has no pieces.
 std::vector<std::string> split(const std::string& text, char separator, char quote);
 

@@ -14,9 +14,9 @@ namespace core {
 // not exist is a null result or an empty list, never an exception, except where an operation says otherwise.
 //
 // Lifetime of instances. Instances stay the broker's. What a call hands out is private to the calling thread: it
-// neither changes nor dies before that thread's next call into any broker, whatever other threads do in between, and
-// so do the instances that its references point to. No call gives them back. A caller that needs an instance for
-// longer copies what it needs.
+// neither changes nor dies before that thread's next call into any broker. What other threads do in between does not
+// matter. The same holds for the instances that its references point to. No call gives them back. A caller that needs
+// an instance for longer copies what it needs.
 //
 // The order of declaration is the order of the slots that both libraries are compiled to.
 class CimBroker

@@ -9,7 +9,7 @@
 
 namespace core {
 
-// Learns that an instance was marked for deletion, or that the mark was taken back.
+// Is called when an instance is marked for deletion, or when the mark is taken back.
 class DeletionListener
 {
 public:
@@ -58,7 +58,8 @@ public:
     // virtual operations in front of getClassName, which belong to the broker.
     CimPropertyList::Iterator propertyIterator() { return m_properties.getIterator(); }
 
-    // Asks the broker to remove the instance, which stays as it is: stores the mark and tells the listener, if any.
+    // Asks the broker to remove the instance: stores the mark and calls the listener, if any. The instance itself does
+    // not change.
     void markForDeletion(bool marked)
     {
         m_deleted.store(marked);

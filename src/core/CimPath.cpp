@@ -18,7 +18,7 @@ constexpr char QUOTE = '"';
     throw utils::ESyntaxError(problem + (": '" + std::string(text)) + "'");
 }
 
-// The letters of the default locale, whatever the process around has set: a path means the same everywhere.
+// The letters of the default locale. The locale of the process is ignored, so that a path means the same everywhere.
 constexpr bool isLetter(char c) noexcept
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
@@ -114,7 +114,7 @@ void CimPath::parseKey(std::string_view item)
     if (!isIdentifier(name)) {
         refuse("invalid property name", item);
     }
-    // Asked before the quotes go: a value of two quotes is a value, the empty text.
+    // Checked before the quotes are removed: two quotes are a value, the empty text.
     if (value.empty()) {
         refuse("property value empty", item);
     }

@@ -54,7 +54,7 @@ CimProperty::CimProperty(const char* name, CimInstance* owner) : m_name(name)
 {
     static constexpr utils::LogSite here{FILE_NAME, "core::CimProperty::CimProperty"};
     ASSERT_AT(here, 195, m_name.length() != 0);
-    // Room for the two embedded listeners comes first: nothing may fail once the property stands in its owner's list.
+    // Makes room for the two embedded listeners first: nothing may fail once the property stands in its owner's list.
     m_listeners.reserve(2);
     if (owner != nullptr) {
         owner->getProperties().add(this);
@@ -124,7 +124,7 @@ void verifyProperty(CimProperty* property, const CimProperty* newValue)
         throw utils::EInvalidParameter("New Property value cannot be NULL");
     }
     here.debugAt(403, "size: %d", static_cast<int>(property->listeners().size()));
-    // By index, reading the count anew: a listener may register another one.
+    // By index, reading the count each time: a listener may register another one.
     for (std::size_t i = 0; i < property->listeners().size(); ++i) {
         property->listeners()[i]->onVerify(property, newValue);
     }

@@ -29,7 +29,7 @@ public:
         EPT_REF = 26
     };
 
-    // Hears of a change before it is made. A listener that refuses a value throws from onVerify.
+    // Is called before a change is made. A listener that refuses a value throws from onVerify.
     class Listener
     {
     public:

@@ -50,7 +50,7 @@ void CimPropertyList::addUnshared(CimProperty* newProperty)
 
 CimProperty* CimPropertyList::findProperty(const std::string& name)
 {
-    // Asked first, since the index inserts a null under a name that it is asked to get and does not have.
+    // `get` would insert a null under a name that is missing, so `contains` is asked first.
     return m_index.contains(name) ? m_index.get(name) : nullptr;
 }
 

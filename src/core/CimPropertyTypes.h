@@ -105,7 +105,7 @@ public:
     void modify(const CimProperty* newValue) override { modifyProperty(this, newValue); }
     void verify(const CimProperty* newValue) override { verifyProperty(this, newValue); }
 
-    // Limits in bytes; 0 is no limit. They count only once the length listeners are registered.
+    // Limits in bytes; 0 means none. They apply only once the length listeners are registered.
     void setMinLength(std::uint32_t length) noexcept { m_minLength = length; }
     void setMaxLength(std::uint32_t length) noexcept { m_maxLength = length; }
 

@@ -24,7 +24,7 @@ public:
     WideText(const WideText&) = delete;
     WideText& operator=(const WideText&) = delete;
 
-    // Zero-terminated; may hold zeros of its own.
+    // Zero-terminated; the text may also contain zeros.
     const wchar_t* get() const noexcept { return m_text; }
     int length() const noexcept { return m_length; }
 

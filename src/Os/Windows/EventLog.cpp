@@ -13,7 +13,7 @@ void tellDebugger(const char* form, DWORD error, const char* line) noexcept
     try {
         writeDebugger(format(form, static_cast<unsigned>(error), line).c_str());
     } catch (const std::bad_alloc&) {
-        // Nothing is left to tell it to.
+        // No sink is left for the message.
     }
 }
 

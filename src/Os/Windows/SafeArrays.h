@@ -5,8 +5,8 @@
 #include "Os/Windows/Platform.h"
 #include "Utils/Log.h"
 
-// One-dimensional SAFEARRAYs: those that go out are made here, and those of clients are read with care. Their declared
-// types and bounds are a client's word.
+// One-dimensional SAFEARRAYs: those for clients are made here, and those of clients are read with care, since the types
+// and bounds that a client declares may be wrong.
 namespace utils {
 
 // A new array from index 0 on, which the caller owns. Null, and an error line of the caller's, when it cannot be
@@ -16,12 +16,12 @@ SAFEARRAY* createArray(const LogSite& caller, VARTYPE elements, std::size_t coun
 // Copies the element into the array. A failure is an error line of the caller's. The array may be null, which fails.
 void putElement(const LogSite& caller, SAFEARRAY* array, std::size_t position, void* element);
 
-// Throws _com_error(DISP_E_TYPEMISMATCH) unless the array has one dimension and elements that can be read. What the
-// VARIANT declares does not tell.
+// Throws _com_error(DISP_E_TYPEMISMATCH) unless the array has one dimension and `readable` is true: the caller has
+// found that the elements can be read. The type that the VARIANT declares proves neither.
 void requireElements(const SAFEARRAY* array, bool readable);
 
 // A copy of a client's array of texts, locked; unlocked and destroyed with the scope. Throws _com_error where a call
-// fails or the elements are no texts.
+// fails or the elements are not texts.
 class TextArrayCopy
 {
 public:

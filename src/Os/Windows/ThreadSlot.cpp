@@ -18,7 +18,7 @@ DWORD indexOf(void* handle) noexcept
 
 ThreadSlot::ThreadSlot(void (*atEnd)(void* value))
 {
-    // A fiber-local slot, which is a thread-local one that tells when a thread ends.
+    // A fiber-local slot works like a thread-local one and also calls back when a thread ends.
     const DWORD index = FlsAlloc(atEnd);
     if (index == FLS_OUT_OF_INDEXES) {
         throw Exception("Could not create a thread slot. Error %d", static_cast<int>(GetLastError()));

@@ -10,8 +10,8 @@ namespace utils {
 
 namespace {
 
-// The platform writes as many bytes as the array's elements have, whatever the destination's type says: the slot of a
-// VARIANT is large enough for every element type, VARIANT itself included.
+// The platform writes as many bytes as the array's elements have and ignores the destination's type. The slot of a
+// VARIANT is large enough for every element type, VARIANT included.
 VARIANT elementValue(const VARIANT& element, VARTYPE type)
 {
     if (type == VT_VARIANT) {

@@ -22,7 +22,7 @@ VARIANT arrayVariant(VARTYPE elements, SAFEARRAY* array) noexcept;
 // point to nothing.
 SAFEARRAY* arrayOf(const VARIANT& value) noexcept;
 
-// The elements of the one-dimensional array in `value`, in order; none when it is no array. An element that cannot be
+// The elements of the one-dimensional array in `value`, in order; none when it is not one. An element that cannot be
 // read is logged and left out. The caller owns what the elements own and clears each.
 std::vector<VARIANT> expandVariantArray(const VARIANT& value);
 

@@ -46,7 +46,7 @@ Mutex::~Mutex()
 void Mutex::lock() noexcept
 {
     static constexpr LogSite here{FILE_NAME, "utils::Mutex::Lock"};
-    // An abandoned mutex is reported as a failure too, and is ours all the same.
+    // An abandoned mutex is reported as a failure too, although this thread then owns it.
     if (WaitForSingleObject(m_handle, INFINITE) != WAIT_OBJECT_0) {
         here.error("Error locking mutex %p. Error %d", this, GetLastError());
     }
@@ -57,7 +57,7 @@ void Mutex::unlock() noexcept
 {
     static constexpr LogSite here{FILE_NAME, "utils::Mutex::Unlock"};
     if (!ReleaseMutex(m_handle)) {
-        // The words of the lock failure, on purpose: administrators' filters know this one text for both.
+        // The text of the lock failure, on purpose: administrators' filters know this one text for both.
         here.error("Error locking mutex %p. Error %d", this, GetLastError());
     }
     count(mutexUnlockCount);

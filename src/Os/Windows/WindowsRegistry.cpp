@@ -103,7 +103,7 @@ bool WindowsRegistry::deleteKey(HKEY root, std::string parent, std::string child
     if (RegOpenKeyExA(root, parent.c_str(), 0, KEY_WRITE, key.out()) != ERROR_SUCCESS) {
         return false;
     }
-    // Its result does not count: a child that is missing, or that has subkeys, is no failure of a removal.
+    // The result is ignored: a child that is missing, or that has subkeys, does not make a removal fail.
     RegDeleteKeyA(key.get(), child.c_str());
     return true;
 }

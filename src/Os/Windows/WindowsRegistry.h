@@ -41,7 +41,8 @@ public:
     // Major version times ten plus minor version.
     virtual int getOsVersion();
 
-    // Reads the value as text and the text as a number. False when either fails; *out is 0 when the text is no number.
+    // Reads the value as text and the text as a number. False when either fails; *out is 0 when the text is not a
+    // number.
     virtual bool getRegistryUint(HKEY root, std::string path, DWORD type, std::string name, std::uint32_t* out);
 
     // Reads a REG_SZ or REG_EXPAND_SZ (not expanded) value, or a REG_DWORD as a signed decimal. False, with an empty

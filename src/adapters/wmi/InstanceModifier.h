@@ -11,9 +11,9 @@ class InstanceModifier : public utils::AutoSingleton<InstanceModifier>
 public:
     static constexpr const char* qualifiedName = "wa::InstanceModifier";
 
-    // Sends the object's properties, but for keys and system properties, to the instance at its path. Whatever the
-    // broker throws is turned into the status that is returned; what is wrong with the object itself (null, no path,
-    // values of impossible types) leaves as an exception.
+    // Sends the object's properties, except keys and system properties, to the instance at its path. Every exception of
+    // the broker becomes the returned status. An object that is itself wrong (null, no path, values of impossible
+    // types) makes it throw.
     virtual HRESULT modifyInstance(IWbemClassObject* wmiInst);
 };
 

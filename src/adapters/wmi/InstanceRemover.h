@@ -15,7 +15,7 @@ public:
 
     // Marks the job at the path for deletion. WBEM_E_NOT_SUPPORTED for every other class, whether or not the instance
     // exists; WBEM_E_NOT_FOUND when there is no such job; WBEM_E_UNEXPECTED when the broker fails to look. Throws for
-    // an empty path and for one that is no path.
+    // an empty text and for one that is not a path.
     virtual HRESULT deleteInstance(const std::string& pathStr);
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Names that have a meaning of their own to the provider.
+// Names that the provider treats differently from others.
 namespace wa::names {
 
 // The one class whose instances clients may delete.

@@ -8,7 +8,8 @@
 
 namespace wa {
 
-// What an output object comes from is held as long as the object: they are released from the last to the first.
+// A method's output object with the signature and the class that it comes from. They are released from the last to the
+// first.
 struct OutParameters
 {
     utils::ComReference<IWbemClassObject> classObject;
@@ -16,8 +17,8 @@ struct OutParameters
     utils::ComReference<IWbemClassObject> object;
 };
 
-// With a new, empty output object of the method. That is null when the namespace does not give the class, the class
-// does not give the method, or the method has no output; the first two are logged, from the function that asks.
+// Spawns a new, empty output object of the method. The object is null when the namespace does not give the class, the
+// class does not give the method, or the method has no output. The first two are error lines of the caller's.
 OutParameters spawnOutParameters(const utils::LogSite& caller, const std::string& className,
                                  const std::string& methodName, IWbemServices* pNamespace, IWbemContext* pCtx);
 

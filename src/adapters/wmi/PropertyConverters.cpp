@@ -109,7 +109,7 @@ core::CimProperty* StringArrayPropertyConverter::variantToProperty(std::string n
     std::vector<std::string> texts;
     const utils::TextArrayCopy array(utils::arrayOf(*variant));
     if (array.exists()) {
-        // The bound is the largest index there is at most, hence the wider counter.
+        // The upper bound may be the largest index there is, so the counter is wider.
         for (LONGLONG index = array.lowerBound(); index <= array.upperBound(); ++index) {
             texts.push_back(array.at(static_cast<LONG>(index)));
             here.debug("Add '%s'", texts.back().c_str());
@@ -198,8 +198,8 @@ core::CimProperty* Uint16ArrayPropertyConverter::variantToProperty(std::string n
         SafeArrayGetUBound(array, 1, &upper);
     }
     std::vector<std::uint16_t> numbers;
-    // From 0 whatever the lower bound is, and without looking at what each read says: an element that is not there
-    // counts as 0. The bound is the largest index there is at most, hence the wider counter.
+    // The lower bound and the result of each read are ignored: an element that is not there counts as 0. The upper
+    // bound may be the largest index there is, so the counter is wider.
     for (LONGLONG position = 0; position <= upper; ++position) {
         LONG index = static_cast<LONG>(position);
         LONGLONG slot = 0;

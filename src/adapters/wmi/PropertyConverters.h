@@ -38,7 +38,7 @@ public:
 };
 
 // An array of VT_I4. Of each element that comes in the low 16 bits are kept. It is read from index 0 to its upper
-// bound, whatever its lower bound.
+// bound; its lower bound is ignored.
 class Uint16ArrayPropertyConverter : public PropertyConverter
 {
 public:

@@ -5,9 +5,9 @@
 
 namespace wa {
 
-// Answers every operation of IWbemServices with WBEM_E_NOT_SUPPORTED, touches nothing and logs nothing. What derives
-// from it overrides what it serves, and brings IUnknown. Has no field and no virtual function of its own, so that the
-// first one of the derived class follows the operations.
+// Answers every operation of IWbemServices with WBEM_E_NOT_SUPPORTED, touches nothing and logs nothing. A derived class
+// overrides the operations that it serves and implements IUnknown. This class adds no field and no virtual function, so
+// that the first virtual function of the derived class follows the operations.
 class RefusingServices : public IWbemServices
 {
 public:

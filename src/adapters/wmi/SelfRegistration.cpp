@@ -27,7 +27,7 @@ std::string clsidText()
 
 std::string moduleFileName()
 {
-    // A longer name is cut, without a word; so it has always been registered.
+    // A longer name is silently cut, as it has always been.
     std::array<char, MAX_PATH> name{};
     GetModuleFileNameA(server::moduleHandle, name.data(), static_cast<DWORD>(name.size()));
     name.back() = '\0';
@@ -64,7 +64,7 @@ HRESULT statusOf(bool (*step)()) noexcept
 
 }  // namespace
 
-// Stops at the first failure and leaves what is written: a second registration writes it all anew.
+// Stops at the first failure and leaves what is written: a second registration writes everything again.
 extern "C" HRESULT WINAPI DllRegisterServer()
 {
     static constexpr utils::LogSite here{FILE_NAME, "DllRegisterServer"};

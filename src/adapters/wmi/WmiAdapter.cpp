@@ -24,7 +24,7 @@ HRESULT complete(IWbemObjectSink* sink, HRESULT status)
     return sink->SetStatus(WBEM_STATUS_COMPLETE, status, nullptr, nullptr);
 }
 
-// Runs the rest of a request as its client. A client that cannot be acted for has had its answer when this returns.
+// Runs the rest of a request as its client. Where impersonation fails, the sink has had its report when this returns.
 template <class Work>
 HRESULT asClient(IWbemObjectSink* sink, const Work& work)
 {
@@ -41,7 +41,7 @@ HRESULT progressOf(std::size_t total, std::size_t index) noexcept
 
 using Objects = utils::ComReferences<IWbemClassObject>;
 
-// Says Indicate for a status too: filters know this one text.
+// The text says Indicate for a status too: filters know this one text.
 void logSinkRefusal(const utils::LogSite& here, HRESULT answer)
 {
     if (answer != 0) {
@@ -58,7 +58,7 @@ void logSinkAnswer(const utils::LogSite& here, HRESULT answer, const char* succe
     }
 }
 
-// Hands over each object and a progress report behind it.
+// Indicates each object, and after it reports the progress.
 void deliver(const utils::LogSite& here, Objects& objects, IWbemObjectSink* sink)
 {
     for (std::size_t i = 0; i < objects.size(); ++i) {
@@ -69,7 +69,7 @@ void deliver(const utils::LogSite& here, Objects& objects, IWbemObjectSink* sink
     }
 }
 
-// The status that answers a method call which ended as the invocation does.
+// Runs the invocation of a method and returns the status of its end: 0, or that of the exception.
 template <class Invocation>
 HRESULT statusOf(const utils::LogSite& here, const Invocation& invocation)
 {
@@ -212,8 +212,8 @@ HRESULT WmiInstanceProvider::ExecMethodAsync(BSTR strObjectPath, BSTR strMethodN
         wa::contain([=, this] { return execute(strObjectPath, strMethodName, pCtx, pInParams, pResponseHandler); }));
 }
 
-// Has no handler of its own: what the conversion layer throws leaves the request, and only the identity is given back
-// on the way. The same holds for an update and a deletion.
+// An enumeration handles no exception: what the conversion layer throws leaves the request, and only the identity is
+// given back on the way. The same holds for an update and a deletion.
 HRESULT WmiInstanceProvider::enumerate(BSTR strClass, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler)
 {
     static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::CreateInstanceEnumAsync"};
@@ -255,7 +255,7 @@ HRESULT WmiInstanceProvider::get(BSTR strObjectPath, IWbemContext* pCtx, IWbemOb
             here.error("Exception: '%s'", exception.what());
             hr = wa::hresult(WBEM_E_FAILED);
         } catch (...) {
-            // COM errors among them: they are no std::exception.
+            // COM errors among them: they do not derive from std::exception.
             here.error("Unspecified error");
             hr = wa::hresult(WBEM_E_FAILED);
         }

@@ -99,7 +99,7 @@ IWbemClassObject* WmiConverter::createWmiInstance(const std::string& className, 
     here.debug("createWmiInstance");
     utils::ComReference<IWbemClassObject> classObject;
     HRESULT hr = pNamespace->GetObject(bstrClassName, 0, pCtx, classObject.out(), nullptr);
-    // A success code other than 0 is no class either.
+    // A success code other than 0 gives no class either.
     if (hr != WBEM_S_NO_ERROR) {
         throw utils::Exception("pNamespace->GetObject(%s) error #%x", className.c_str(), static_cast<unsigned>(hr));
     }

@@ -25,7 +25,7 @@ public:
     WmiConverter();
     ~WmiConverter() override;
 
-    // The object's path as the client's object states it. Throws utils::ESyntaxError when it has none.
+    // The path that the client's object gives for itself. Throws utils::ESyntaxError when it has none.
     virtual core::CimPath getPath(IWbemClassObject* wmiInst);
 
     // Appends a property for each property of the object that is neither key nor system property and whose type has a
@@ -49,7 +49,7 @@ public:
     IWbemClassObject* createWmiInstance(const std::string& className, IWbemServices* pNamespace, IWbemContext* pCtx);
 
     // Puts the instance's properties into the WMI object, in list order. Overridden and null ones are left out. One
-    // that has no converter, or that the object refuses, is logged and skipped: it never costs the client the rest.
+    // that has no converter, or that the object refuses, is logged and skipped; the rest still reaches the client.
     void copyProperties(IWbemClassObject* wmiInst, core::CimInstance* coreInst);
 
     // One filled WMI object per instance of the class, in the broker's order; the caller releases each. What a step

@@ -36,9 +36,9 @@ bool isCaught(void* exception) noexcept
     return headOf(exception).unwinding.private_[1] != 0;
 }
 
-// The exception that escaped last on each thread, with a reference of its own: whether it was caught can be told only
+// The exception that escaped last on each thread, with one reference to it: whether it was caught can be read only
 // while it lives. The slot has no destructor that would keep the module loaded for the thread's life; the platform
-// calls the function when a thread ends, and for every thread when the slot is given back.
+// calls the function when a thread ends, and for every thread when the slot is freed.
 class LastEscapes
 {
 public:

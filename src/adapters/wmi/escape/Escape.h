@@ -7,10 +7,10 @@
 // A host may be compiled by the platform's own compiler and guard its calls with __try/__except. Such a host regains
 // control only when no frame between the raise and its own has anything to clean up: the first destructor on the way
 // runs, and then nothing brings the exception further. So a request first unwinds itself as a whole, and then raises
-// the same exception anew from frames that hold nothing. A C++ host catches it by its type as ever.
+// the same exception again from frames that hold nothing. A C++ host catches it by its type, as without all this.
 namespace wa {
 
-// What became of a request. Trivial on purpose: a frame that holds one has nothing to clean up.
+// The result of a request. The type is trivial on purpose: a frame that holds one has nothing to clean up.
 struct Outcome
 {
     HRESULT status;
@@ -18,8 +18,8 @@ struct Outcome
     void* escaping;
 };
 
-// Frees what the last exception that escaped on this thread has left behind. A __try host tells nobody that it has
-// dealt with an exception, so the next request on the thread does this in its place.
+// Frees what the last exception that escaped on this thread has left behind. A __try host does not report that it has
+// handled an exception, so the next request on the thread cleans up.
 void settleLastEscape() noexcept;
 
 // The exception that is being handled, with a reference that the caller owns. Call it from a catch block. Null for an

@@ -15,7 +15,7 @@ namespace {
     head.handlers = 0;
     ++exceptionsOfThisThread().uncaught;
     _Unwind_RaiseException(&head.unwinding);
-    // Nobody catches it.
+    // No frame catches it.
     abi::__cxa_begin_catch(&head.unwinding);
     std::terminate();
 }
