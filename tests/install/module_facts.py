@@ -23,7 +23,7 @@ RUN_TIME = ["msvcrt.dll", CPP_RUN_TIME.lower()]
 # A DLL that is not in this list would have to be shipped, under a name that no other product uses: the loader hands out
 # whichever came first into the process. Storing new baselines does not change it.
 SYSTEM = {"ADVAPI32.dll", "IPHLPAPI.DLL", "KERNEL32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll", "OLEAUT32.dll",
-          "SHELL32.dll", "USER32.dll"}
+          "SHELL32.dll", "SHLWAPI.dll", "USER32.dll"}
 NEEDED = {
     "ZerixDRAVEv2Provider.dll": SYSTEM | {"ZerixCimCore.dll", CPP_RUN_TIME},
     "ZerixCimCore.dll": SYSTEM | {CPP_RUN_TIME},
