@@ -42,5 +42,8 @@ struct Visitor : Functions...
 {
     using Functions::operator()...;
 };
+// The compiler behind the static analysis does not deduce this by itself.
+template <class... Functions>
+Visitor(Functions...) -> Visitor<Functions...>;
 
 }  // namespace core

@@ -34,6 +34,7 @@ void keepOnly(std::map<std::string, bool>& names, const std::unordered_set<std::
 std::vector<std::string> namesIn(const std::map<std::string, bool>& names)
 {
     std::vector<std::string> result;
+    result.reserve(names.size());
     for (const auto& [name, wasTried] : names) {
         result.push_back(name);
     }
