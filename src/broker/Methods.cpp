@@ -62,7 +62,7 @@ std::uint16_t requiredArgument(core::CimPropertyList& arguments, const char* nam
     return *value;
 }
 
-// The name, as the class spells it, of the property that clients may change; empty when there is none of that name.
+// The name, as the class spells it, of the property that clients may change; empty when the class has no such property.
 std::string writableProperty(const InstanceStore::Record& record, const std::string& name)
 {
     const auto found =

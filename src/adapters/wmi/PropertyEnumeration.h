@@ -44,7 +44,7 @@ public:
     bool begun() const noexcept { return SUCCEEDED(m_status); }
 
     // The next property's name; empty at the end, and after any status but 0, the end being a success code. Throws
-    // _com_error(E_OUTOFMEMORY) when there is no memory for the name.
+    // _com_error(E_OUTOFMEMORY) when memory for the name cannot be allocated.
     std::optional<std::string> nextName()
     {
         utils::ScopedBstr text;

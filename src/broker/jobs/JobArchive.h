@@ -39,7 +39,7 @@ public:
     // cannot be read; the next call then reads again.
     std::optional<Contents> readIfChanged();
 
-    // The next call of readIfChanged() reads, whatever the platform says about changes.
+    // Makes the next call of readIfChanged() read, even if the platform reports no change.
     void readAgain();
 
     // Each writes an error line and returns false when it fails; none throws.

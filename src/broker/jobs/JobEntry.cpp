@@ -47,7 +47,7 @@ std::string joined(const std::vector<std::uint32_t>& numbers)
     return result;
 }
 
-// Each text ends with a line break, so that none of them and an empty one are told apart.
+// Each text ends with a line break, so that an empty list and a list of one empty text differ.
 std::string joined(const std::vector<std::string>& lines)
 {
     std::string result;

@@ -57,17 +57,17 @@ bool isRefusal(HRESULT returned)
     return std::find(refusals.begin(), refusals.end(), returned) != refusals.end();
 }
 
-// The sink as the service calls it. The platform's stub takes calls that this process would not let in; where there is
-// none the service gets the sink itself.
+// The sink as the service calls it. The platform wraps it in an object that accepts calls
+// which this process would refuse. Where the platform offers no such wrapper, the service gets the sink itself.
 ComPtr<IWbemObjectSink> callableSink(const ComPtr<IWbemObjectSink>& sink)
 {
     ComPtr<IUnsecuredApartment> apartment;
-    ComPtr<IUnknown> stub;
+    ComPtr<IUnknown> wrapper;
     ComPtr<IWbemObjectSink> result;
     if (SUCCEEDED(CoCreateInstance(CLSID_UnsecuredApartment, nullptr, CLSCTX_LOCAL_SERVER,
                                    __uuidof(IUnsecuredApartment), reinterpret_cast<void**>(apartment.put()))) &&
-        SUCCEEDED(apartment->CreateObjectStub(sink.get(), stub.put())) &&
-        SUCCEEDED(stub->QueryInterface(__uuidof(IWbemObjectSink), reinterpret_cast<void**>(result.put()))))
+        SUCCEEDED(apartment->CreateObjectStub(sink.get(), wrapper.put())) &&
+        SUCCEEDED(wrapper->QueryInterface(__uuidof(IWbemObjectSink), reinterpret_cast<void**>(result.put()))))
     {
         return result;
     }
