@@ -11,7 +11,7 @@
 #include "Os/Windows/Platform.h"
 #include "adapters/wmi/RefusingServices.h"
 #include "bench/provider/Shape.h"
-#include "support/RefusingObjects.h"
+#include "fakes/RefusingObjects.h"
 
 // WMI's side of a request, as light as its contracts allow: a class object finds a property by its name without case
 // and copies what is put, an enumeration hands out copies that its caller frees, and nothing else happens. Objects

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "wmihost/com/Platform.h"
-#include "wmihost/commands/CommandLine.h"
+#include "wmihost/commandline/CommandLine.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Interrupt.h"
 #include "wmihost/terminal/Text.h"

@@ -18,7 +18,7 @@
 #include <thread>
 
 #include "reliability/KnownFactory.h"
-#include "wmihost/com/ObjectReader.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
 // Clients list, read and follow associations while adapters come and go. Run by adapters-come-and-go, which changes the

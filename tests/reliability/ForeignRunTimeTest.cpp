@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "wmihost/commands/CommandLine.h"
+#include "wmihost/commandline/CommandLine.h"
 
 // The provider's host process has DLLs of other products in it, and the platform's loader gives a module the DLL that
 // came first under a base name.

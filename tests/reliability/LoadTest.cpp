@@ -6,7 +6,7 @@
 #include "reliability/Clients.h"
 #include "reliability/KnownFactory.h"
 #include "reliability/RunTime.h"
-#include "wmihost/com/ObjectReader.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
 // Eight clients at once through one provider object, with the real broker behind it: every kind of request, jobs

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "adapters/wmi/ProviderIdentity.h"
-#include "support/FakeBroker.h"
+#include "fakes/FakeBroker.h"
 
 namespace reliability {
 

@@ -4,13 +4,13 @@
 
 #include "Os/Windows/ComScope.h"
 #include "core/CimInstance.h"
+#include "fakes/CallContext.h"
+#include "fakes/FakeBroker.h"
+#include "fakes/FakeContext.h"
+#include "fakes/FakeNamespace.h"
+#include "fakes/FakeSink.h"
 #include "reliability/ProviderModule.h"
 #include "reliability/Scenario.h"
-#include "support/CallContext.h"
-#include "support/FakeBroker.h"
-#include "support/FakeContext.h"
-#include "support/FakeNamespace.h"
-#include "support/FakeSink.h"
 
 namespace reliability {
 

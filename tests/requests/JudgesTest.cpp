@@ -12,14 +12,14 @@
 
 #include "adapters/wmi/ProviderIdentity.h"
 #include "core/CimPropertyTypes.h"
+#include "fakes/FakeBroker.h"
 #include "requests/ProviderModule.h"
 #include "support/Describe.h"
-#include "support/FakeBroker.h"
 #include "tests/wmihost/PlatformPath.h"
-#include "wmihost/com/ClassObject.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Requests.h"
 #include "wmihost/mof/MofCompiler.h"
+#include "wmihost/objects/ClassObject.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
 // What the provider and its host say, held against what the platform says about the same: its class objects, its

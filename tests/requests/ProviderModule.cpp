@@ -4,8 +4,8 @@
 
 #include "Os/Windows/ComScope.h"
 #include "adapters/wmi/ProviderIdentity.h"
+#include "fakes/FakeBroker.h"
 #include "support/CapturedModules.h"
-#include "support/FakeBroker.h"
 
 ProviderModule::ProviderModule() : m_module(LoadLibraryA("ZerixDRAVEv2Provider.dll"))
 {

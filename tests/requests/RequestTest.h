@@ -7,12 +7,12 @@
 #include <string>
 
 #include "Os/Windows/ComScope.h"
+#include "fakes/CallContext.h"
+#include "fakes/FakeBroker.h"
+#include "fakes/FakeContext.h"
+#include "fakes/FakeNamespace.h"
+#include "fakes/FakeSink.h"
 #include "requests/ProviderModule.h"
-#include "support/CallContext.h"
-#include "support/FakeBroker.h"
-#include "support/FakeContext.h"
-#include "support/FakeNamespace.h"
-#include "support/FakeSink.h"
 #include "support/LogLines.h"
 #include "support/NoComLeaks.h"
 #include "support/Samples.h"

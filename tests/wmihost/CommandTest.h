@@ -15,7 +15,7 @@
 #include "tests/wmihost/Redirected.h"
 #include "tests/wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
-#include "wmihost/commands/CommandLine.h"
+#include "wmihost/commandline/CommandLine.h"
 
 namespace wmihost {
 

@@ -6,11 +6,11 @@
 #include <cstddef>
 #include <utility>
 
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/com/RefusingServices.h"
 #include "wmihost/com/Variant.h"
+#include "wmihost/objects/ClassObject.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/terminal/Text.h"
 

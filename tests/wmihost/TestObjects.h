@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/Variant.h"
 #include "wmihost/mof/MofCompiler.h"
+#include "wmihost/objects/ClassObject.h"
 #include "wmihost/repository/ClassRepository.h"
 
 namespace wmihost {

@@ -1,7 +1,7 @@
 #include "wmihost/com/NamespaceServices.h"
 
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/Guard.h"
+#include "wmihost/objects/ClassObject.h"
 #include "wmihost/repository/ObjectPath.h"
 
 namespace wmihost {

@@ -2,9 +2,9 @@
 #include <vector>
 
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Limits.h"
 #include "wmihost/commands/Output.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
 #include "wmihost/terminal/Text.h"

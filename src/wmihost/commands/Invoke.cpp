@@ -1,11 +1,11 @@
 #include <algorithm>
 
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/JobFollower.h"
 #include "wmihost/commands/Limits.h"
 #include "wmihost/commands/Output.h"
 #include "wmihost/commands/Report.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
 #include "wmihost/terminal/Escape.h"

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <string>
 
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Report.h"
 #include "wmihost/commands/Requests.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
 #include "wmihost/terminal/Interrupt.h"

@@ -7,9 +7,9 @@
 #include <regex>
 #include <set>
 
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Headings.h"
 #include "wmihost/commands/Report.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Csv.h"
 #include "wmihost/terminal/Display.h"

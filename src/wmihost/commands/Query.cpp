@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Output.h"
 #include "wmihost/commands/Related.h"
+#include "wmihost/objects/ClassObject.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/session/ClassReader.h"
 #include "wmihost/terminal/Console.h"

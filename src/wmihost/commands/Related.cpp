@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
+#include "wmihost/objects/ClassObject.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/repository/ClassRepository.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/terminal/Text.h"

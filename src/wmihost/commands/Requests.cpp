@@ -6,8 +6,8 @@
 #include <sstream>
 
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Headings.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
 #include "wmihost/terminal/Suggestion.h"

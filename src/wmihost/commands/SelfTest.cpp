@@ -1,9 +1,9 @@
 #include <functional>
 
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/com/StatusText.h"
 #include "wmihost/commands/Requests.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Escape.h"
 #include "wmihost/terminal/Table.h"

@@ -6,8 +6,8 @@
 #include <optional>
 #include <tuple>
 
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/commands/Output.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
 #include "wmihost/terminal/Interrupt.h"

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-#include "wmihost/com/ObjectReader.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {

@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/mof/MofLiterals.h"
 #include "wmihost/mof/MofText.h"
+#include "wmihost/objects/ClassObject.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost::mof {

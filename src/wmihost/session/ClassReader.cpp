@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/com/RequestError.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {

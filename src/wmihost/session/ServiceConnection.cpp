@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/com/RequestError.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/repository/ClassRepository.h"
 #include "wmihost/session/ClassReader.h"
 #include "wmihost/terminal/Text.h"

@@ -1,9 +1,9 @@
 #include "wmihost/session/Workspace.h"
 
-#include "wmihost/com/ClassObject.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/RequestError.h"
 #include "wmihost/mof/MofCompiler.h"
+#include "wmihost/objects/ClassObject.h"
 #include "wmihost/terminal/Suggestion.h"
 #include "wmihost/terminal/Text.h"
 

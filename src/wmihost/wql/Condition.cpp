@@ -8,8 +8,8 @@
 #include <string>
 
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/com/RequestError.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Suggestion.h"
 #include "wmihost/terminal/Text.h"
 #include "wmihost/wql/DateConstant.h"

@@ -3,7 +3,7 @@
 #include <functional>
 #include <optional>
 
-#include "support/CallContext.h"
+#include "fakes/CallContext.h"
 #include "tests/adapters/wmi/WmiTest.h"
 
 namespace {

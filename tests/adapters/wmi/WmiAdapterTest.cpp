@@ -11,7 +11,7 @@
 #include "adapters/wmi/ServerState.h"
 #include "adapters/wmi/WmiConverter.h"
 #include "core/MethodErrors.h"
-#include "support/CallContext.h"
+#include "fakes/CallContext.h"
 #include "support/Samples.h"
 #include "support/SlotOf.h"
 #include "tests/adapters/wmi/WmiTest.h"

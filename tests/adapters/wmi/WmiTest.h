@@ -6,13 +6,13 @@
 
 #include <string>
 
+#include "fakes/FakeBroker.h"
+#include "fakes/FakeClassObject.h"
+#include "fakes/FakeContext.h"
+#include "fakes/FakeNamespace.h"
+#include "fakes/FakeSink.h"
 #include "support/CallLog.h"
 #include "support/Describe.h"
-#include "support/FakeBroker.h"
-#include "support/FakeClassObject.h"
-#include "support/FakeContext.h"
-#include "support/FakeNamespace.h"
-#include "support/FakeSink.h"
 #include "support/ImportHook.h"
 #include "support/LogLines.h"
 #include "support/NoComLeaks.h"

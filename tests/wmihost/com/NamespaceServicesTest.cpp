@@ -4,7 +4,7 @@
 
 #include "wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
+#include "wmihost/objects/ObjectReader.h"
 
 namespace wmihost {
 namespace {

@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "tests/wmihost/CommandTest.h"
-#include "wmihost/com/ClassObject.h"
+#include "wmihost/objects/ClassObject.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/session/Workspace.h"
 #include "wmihost/terminal/Json.h"

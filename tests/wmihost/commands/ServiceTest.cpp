@@ -4,7 +4,7 @@
 
 #include "tests/wmihost/CommandTest.h"
 #include "tests/wmihost/FakeService.h"
-#include "wmihost/com/ObjectReader.h"
+#include "wmihost/objects/ObjectReader.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {

@@ -10,8 +10,8 @@
 #include "wmihost/FakeProvider.h"
 #include "wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
-#include "wmihost/com/ObjectReader.h"
 #include "wmihost/com/RequestError.h"
+#include "wmihost/objects/ObjectReader.h"
 
 namespace wmihost {
 namespace {

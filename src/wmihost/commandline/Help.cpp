@@ -1,0 +1,82 @@
+#include "wmihost/commandline/Help.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Lines.h"
+
+namespace wmihost {
+namespace {
+
+// Where the explanations begin; on a narrow terminal they stand below what they explain.
+constexpr std::size_t explanationColumn = 30;
+constexpr std::size_t narrow = 60;
+constexpr std::size_t narrowIndent = 6;
+
+// A name and what it means, in lines that fit.
+std::string entry(const std::string& name, const std::string& explanation)
+{
+    const auto width = lineWidth();
+    const bool isNarrow = width && *width < narrow;
+    const std::size_t column = isNarrow ? narrowIndent : explanationColumn;
+    std::string text = isNarrow ? wrappedLines("  " + name + "\n", width, narrowIndent) : "  " + name;
+    const bool below = isNarrow || lengthOf(text) >= column;
+    text += below && !isNarrow ? "\n" : "";
+    const auto lines = width ? wrapped(explanation, *width - std::min(column, *width - 1)) : std::vector{explanation};
+    std::size_t blanks = below ? column : column - lengthOf(text);
+    for (const std::string& line : lines) {
+        text += std::string(blanks, ' ') + line + "\n";
+        blanks = column;
+    }
+    return text;
+}
+
+class HelpFormatter final : public CLI::Formatter
+{
+public:
+    std::string make_description(const CLI::App* app) const override
+    {
+        return wrappedLines(app->get_description() + "\n", lineWidth(), 0);
+    }
+
+    std::string make_usage(const CLI::App* app, std::string name) const override
+    {
+        return wrappedLines(Formatter::make_usage(app, name), lineWidth(), narrowIndent);
+    }
+
+    std::string make_option(const CLI::Option* option, bool isPositional) const override
+    {
+        return entry(make_option_name(option, isPositional) + make_option_opts(option), make_option_desc(option));
+    }
+
+    std::string make_subcommand(const CLI::App* command) const override
+    {
+        return entry(command->get_name(), command->get_description());
+    }
+
+    // Examples are not wrapped: they are there to be copied.
+    std::string make_footer(const CLI::App* app) const override
+    {
+        const CLI::App* program = app->get_parent();
+        const std::string footer = Formatter::make_footer(app);
+        if (program == nullptr) {
+            return footer;
+        }
+        const auto isGlobal = [program](const CLI::Option* option) {
+            return option->nonpositional() && option != program->get_help_ptr();
+        };
+        return make_group("Options of every command", false, program->get_options(isGlobal)).substr(1) + "\n" + footer;
+    }
+};
+
+}  // namespace
+
+std::shared_ptr<CLI::FormatterBase> helpFormatter()
+{
+    return std::make_shared<HelpFormatter>();
+}
+
+}  // namespace wmihost

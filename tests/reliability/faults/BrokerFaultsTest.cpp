@@ -1,0 +1,365 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <ostream>
+
+#include "core/CimBroker.h"
+#include "reliability/Accounts.h"
+#include "reliability/LoadWatch.h"
+#include "reliability/Surroundings.h"
+#include "reliability/faults/FaultTable.h"
+#include "support/CapturedModules.h"
+#include "support/LogCapture.h"
+#include "support/PrivateRegistry.h"
+
+// Makes every platform call of the broker fail, one at a time, while the built provider asks it about this machine's
+// adapters, settings and jobs; and every call of either module while they are loaded and unloaded. Both are loaded anew
+// for each attempt. What is stored lies in a branch of the registry of the test's own.
+namespace {
+
+using reliability::FaultPoint;
+using reliability::Outcome;
+using reliability::Row;
+using reliability::Scenario;
+using testing::IsEmpty;
+
+constexpr const char* SETTING_PATH = "Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"";
+constexpr const char* STORED_JOB = "Vexal:Job:1-1";
+
+HMODULE brokerModule()
+{
+    return GetModuleHandleA("ZerixCimCore.dll");
+}
+
+// One ended job, and diagnostics that are over in a moment.
+void fill(const support::PrivateRegistry& registry)
+{
+    registry.clear();
+    registry.store("Diagnostics", "Setting", "SampleCount=1;SamplePeriodMilliseconds=10");
+    // Ended yesterday, and kept for a year.
+    const auto yesterday = std::chrono::system_clock::now() - std::chrono::hours{24};
+    const std::string time =
+        std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(yesterday.time_since_epoch()).count());
+    registry.store("Jobs", STORED_JOB,
+                   "JobState=7;AdapterName=eth;AdapterGuid={};Owner=HOST\\admin;Host=1-1;PercentComplete=100;Error=;"
+                   "StartTime=1;EndTime=" +
+                       time + ";Elapsed=1;Retention=31536000000000");
+}
+
+// A request that the broker answers.
+struct Request
+{
+    const char* name;
+    Scenario scenario;
+    const char* className;
+    // Empty: the machine's first port.
+    const char* path;
+    const char* method;
+    // The one value that the client's object carries; null for none.
+    const char* value;
+    LONG number;
+    // True where the request changes what the same one would find a second time; another then follows it.
+    bool uses;
+};
+
+// Names the request in a test's own name, where its bytes would stand otherwise.
+void PrintTo(const Request& request, std::ostream* out)
+{
+    *out << request.name;
+}
+
+constexpr Request LIST_PORTS{"listPorts", Scenario::enumerate, "Zerix_EthernetPort", "", "", nullptr, 0, false};
+
+constexpr std::array REQUESTS{
+    LIST_PORTS,
+    Request{"listConnections", Scenario::enumerate, "Zerix_PortImplementsEndpoint", "", "", nullptr, 0, false},
+    Request{"listJobs", Scenario::enumerate, "Zerix_ConcreteJob", "", "", nullptr, 0, true},
+    Request{"getPort", Scenario::get, "Zerix_EthernetPort", "", "", nullptr, 0, false},
+    Request{"getSetting", Scenario::get, "Zerix_DiagnosticSetting", SETTING_PATH, "", nullptr, 0, false},
+    Request{"getMissing", Scenario::get, "Zerix_ConcreteJob", "Zerix_ConcreteJob.InstanceID=\"none\"", "", nullptr, 0,
+            false},
+    Request{"changeSetting", Scenario::put, "Zerix_DiagnosticSetting", SETTING_PATH, "", "SamplePeriodMilliseconds", 20,
+            false},
+    Request{"deleteJob", Scenario::remove, "Zerix_ConcreteJob", "Zerix_ConcreteJob.InstanceID=\"Vexal:Job:1-1\"", "",
+            nullptr, 0, true},
+    Request{"startDiagnostic", Scenario::invoke, "Zerix_EthernetPort", "", "RunLinkDiagnostic", nullptr, 0, false},
+    Request{"enablePort", Scenario::invoke, "Zerix_EthernetPort", "", "RequestStateChange", "RequestedState", 2, false},
+    Request{"restoreDefaults", Scenario::invoke, "Zerix_DiagnosticSetting", SETTING_PATH, "RestoreDefaults", nullptr, 0,
+            false},
+};
+
+// What does not change from one moment to the next: what the sink saw, and what the method returned.
+Outcome lasting(Outcome outcome)
+{
+    std::erase_if(outcome.calls, [](const std::string& call) {
+        return !call.starts_with("sink.") && call.find(".Put(ReturnValue") == std::string::npos;
+    });
+    return outcome;
+}
+
+Outcome ask(const Request& request, const std::string& portPath, const reliability::ProviderModule& module)
+{
+    reliability::Surroundings surroundings;
+    surroundings.removed = nullptr;
+    surroundings.className = request.className;
+    surroundings.path = *request.path == '\0' ? portPath : request.path;
+    surroundings.jobPath = request.path;
+    surroundings.method = request.method;
+    surroundings.nameSpace.classes = {{request.className, &surroundings.classObject}};
+    surroundings.classObject.methods = {{request.method, &surroundings.signature}};
+    support::FakeClassObject given(surroundings.calls, "Given");
+    *given.path.address() = reliability::textValue(surroundings.path);
+    if (request.value != nullptr) {
+        VARIANT value{};
+        value.vt = VT_I4;
+        value.lVal = request.number;
+        given.add(request.value, value, CIM_UINT16);
+    }
+    Outcome result;
+    {
+        const reliability::Provider provider(module, surroundings);
+        if (provider.made() == support::hex(S_OK)) {
+            result = surroundings.request(request.scenario, provider.get(), given);
+        } else {
+            result.answer = "no provider: " + provider.made();
+        }
+    }
+    if (surroundings.nameSpace.references() != 0) {
+        result.disorder += "the namespace is held; ";
+    }
+    if (!module.canUnload()) {
+        result.disorder += "the module cannot be unloaded; ";
+    }
+    return lasting(std::move(result));
+}
+
+// The path of the machine's first port.
+std::string firstPortPath()
+{
+    const HMODULE broker = LoadLibraryA("ZerixCimCore.dll");
+    auto* const entry = reinterpret_cast<core::CimBroker* (*)()>(
+        reinterpret_cast<void*>(GetProcAddress(broker, "_ZN4core12GetCimBrokerEv")));
+    std::string path;
+    {
+        auto ports = entry()->getInstances("Zerix_EthernetPort");
+        if (core::CimInstance* port = ports.getIterator().next()) {
+            path = port->toPathString();
+        }
+    }
+    FreeLibrary(broker);
+    return path;
+}
+
+// While the modules are loaded, while the request is served, or while the modules are unloaded after it.
+enum class Phase
+{
+    load,
+    request,
+    unload
+};
+
+std::string textOf(Phase phase)
+{
+    return phase == Phase::load ? "load before " : phase == Phase::request ? "" : "unload after ";
+}
+
+struct Attempt
+{
+    Outcome disturbed;
+    // A request that follows through the same modules, with nothing failing.
+    Outcome next;
+    std::string leaks;
+    int calls = 0;
+    bool fired = false;
+};
+
+class BrokerFaults : public testing::Test
+{
+protected:
+    explicit BrokerFaults(int logLevel = 1) : m_log(logLevel)
+    {
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        std::filesystem::create_directories(ZERIX_TABLES);
+    }
+
+    // What fails is a call of the broker, or of the provider.
+    Attempt attempt(const Request& request, Phase phase, bool ofBroker, const FaultPoint* point, int call)
+    {
+        fill(m_registry);
+        const reliability::Balance before = reliability::balanceNow(m_comMemory);
+        Attempt result;
+        support::CallLog registryCalls;
+        std::optional<reliability::ModuleMemory> memory;
+        std::optional<reliability::Fault> fault;
+        std::optional<reliability::ProviderModule> module;
+        {
+            const reliability::LoadWatch watch(ofBroker ? L"ZerixCimCore.dll" : L"ZerixDRAVEv2Provider.dll",
+                                               [&](HMODULE failing) {
+                                                   memory.emplace(failing);
+                                                   if (point != nullptr) {
+                                                       fault.emplace(*point, failing);
+                                                   }
+                                                   if (fault && phase == Phase::load) {
+                                                       fault->arm(call);
+                                                   }
+                                               });
+            module.emplace(registryCalls, reliability::Broker::built);
+            watch.rethrow();
+        }
+        if (fault && phase == Phase::load) {
+            fault->disarm();
+        }
+        const std::array modules{module->handle(), brokerModule()};
+        std::for_each(modules.begin(), modules.end(), support::captureModule);
+        if (fault && phase == Phase::request) {
+            fault->arm(call);
+        }
+        result.disturbed = ask(request, m_portPath, *module);
+        if (request.scenario == Scenario::invoke) {
+            // What the diagnostic's thread does belongs to it.
+            Sleep(25);
+        }
+        if (fault && phase == Phase::request) {
+            fault->disarm();
+        }
+        result.next = ask(request.uses ? LIST_PORTS : request, m_portPath, *module);
+        std::for_each(modules.begin(), modules.end(), support::releaseModule);
+        memory->releaseModule();
+        if (fault && phase == Phase::unload) {
+            fault->arm(call);
+        }
+        if (fault) {
+            fault->abandon();
+        }
+        module.reset();
+        // A diagnostic holds the broker until it is over.
+        for (int i = 0; i < 1000 && brokerModule() != nullptr; ++i) {
+            Sleep(10);
+        }
+        if (brokerModule() != nullptr) {
+            result.leaks += "the broker stays loaded; ";
+        }
+        if (fault) {
+            result.calls = fault->calls();
+            result.fired = fault->fired();
+        }
+        if (memory->live() != 0) {
+            result.leaks += std::to_string(memory->live()) + " C++ blocks are left after the modules are gone; ";
+        }
+        const reliability::Balance after = reliability::balanceNow(m_comMemory);
+        if (!(before == after)) {
+            result.leaks += "handles " + std::to_string(before.handles) + " -> " + std::to_string(after.handles) +
+                            ", COM blocks " + std::to_string(before.comBlocks) + " -> " +
+                            std::to_string(after.comBlocks);
+        }
+        return result;
+    }
+
+    void failEveryCall(const Request& request, Phase phase, bool ofBroker, std::ofstream& table)
+    {
+        // The platform opens handles of its own at first, some of them late; a leak would come back each time.
+        Attempt normal = attempt(request, phase, ofBroker, nullptr, 0);
+        for (int i = 0; i < 4 && (i == 0 || !normal.leaks.empty()); ++i) {
+            normal = attempt(request, phase, ofBroker, nullptr, 0);
+        }
+        ASSERT_THAT(normal.disturbed.disorder + normal.leaks, IsEmpty()) << request.name;
+        for (const FaultPoint& point : ofBroker ? reliability::brokerFaultPoints() : reliability::faultPoints()) {
+            const Row row = failEveryCallOf(request, phase, ofBroker, point, normal);
+            table << "| " << textOf(phase) << request.name << " | " << (ofBroker ? "broker" : "provider") << " | "
+                  << point.function << " | " << point.failure << " | " << row.calls << " | " << row.fired << " | "
+                  << reliability::effectsText(row) << " |\n";
+        }
+    }
+
+    const support::LogCapture m_log;
+    const support::ComMemory m_comMemory;
+    const std::string m_portPath = firstPortPath();
+    const support::PrivateRegistry m_registry;
+
+private:
+    Row failEveryCallOf(const Request& request, Phase phase, bool ofBroker, const FaultPoint& point,
+                        const Attempt& normal)
+    {
+        // Counts the calls.
+        Row row;
+        row.calls = attempt(request, phase, ofBroker, &point, -1).calls;
+        constexpr int SAMPLE = 4;
+        const int step = reliability::everyCall() || phase == Phase::load ? 1 : std::max(1, row.calls / SAMPLE);
+        for (int call = 1;; call += step) {
+            Attempt found = attempt(request, phase, ofBroker, &point, call);
+            if (!found.leaks.empty()) {
+                // What the platform sets up on first use stays once; a leak comes back with every attempt.
+                found = attempt(request, phase, ofBroker, &point, call);
+            }
+            if (!found.fired) {
+                break;
+            }
+            ++row.fired;
+            const std::string where = std::string(request.name) + ": " + point.function + " (" + point.failure +
+                                      "), call " + std::to_string(call) + " of " + std::to_string(found.calls);
+            const std::string effect =
+                reliability::effectOf(request.scenario, point, normal.disturbed, found.disturbed);
+            EXPECT_FALSE(effect.empty()) << where << ": " << reliability::describe(found.disturbed);
+            EXPECT_THAT(found.disturbed.disorder + found.leaks, IsEmpty()) << where << ": " << effect;
+            EXPECT_EQ(found.next, normal.next) << where << ": the next request: " << reliability::describe(found.next);
+            ++row.effects[effect.empty() ? "UNDEFINED" : effect];
+        }
+        return row;
+    }
+};
+
+class BrokerFaultsTest : public BrokerFaults, public testing::WithParamInterface<Request>
+{
+};
+
+TEST_P(BrokerFaultsTest, everyFailingCallHasItsDefinedOutcomeAndLeavesNothingBehind)
+{
+    ASSERT_FALSE(m_portPath.empty()) << "this machine has no adapter";
+    std::ofstream table(std::string(ZERIX_TABLES) + "/broker-faults-" + GetParam().name + ".md");
+    failEveryCall(GetParam(), Phase::request, true, table);
+}
+
+INSTANTIATE_TEST_SUITE_P(Requests, BrokerFaultsTest, testing::ValuesIn(REQUESTS),
+                         [](const testing::TestParamInfo<Request>& instance) {
+                             return std::string(instance.param.name);
+                         });
+
+// The level of the log, which shows at level 2 what else is done while a module is loaded.
+class LoadFaultsTest : public BrokerFaults, public testing::WithParamInterface<int>
+{
+protected:
+    LoadFaultsTest() : BrokerFaults(GetParam()) {}
+};
+
+TEST_P(LoadFaultsTest, modulesLoadThoughACallFailsAndServeTheFirstRequest)
+{
+    std::ofstream table(std::string(ZERIX_TABLES) + "/load-faults-" + std::to_string(GetParam()) + ".md");
+    failEveryCall(LIST_PORTS, Phase::load, true, table);
+    failEveryCall(LIST_PORTS, Phase::load, false, table);
+}
+
+INSTANTIATE_TEST_SUITE_P(LogLevels, LoadFaultsTest, testing::Values(1, 2));
+
+class UnloadFaultsTest : public BrokerFaults, public testing::WithParamInterface<Request>
+{
+};
+
+TEST_P(UnloadFaultsTest, callsThatFailWhileTheModulesAreUnloadedLeaveNothingBehind)
+{
+    std::ofstream table(std::string(ZERIX_TABLES) + "/unload-faults-" + GetParam().name + ".md");
+    failEveryCall(GetParam(), Phase::unload, true, table);
+    failEveryCall(GetParam(), Phase::unload, false, table);
+}
+
+// A list of instances is left, jobs that are marked, a thread that has just ended.
+INSTANTIATE_TEST_SUITE_P(Requests, UnloadFaultsTest, testing::Values(LIST_PORTS, REQUESTS[7], REQUESTS[8]),
+                         [](const testing::TestParamInfo<Request>& instance) {
+                             return std::string(instance.param.name);
+                         });
+
+}  // namespace

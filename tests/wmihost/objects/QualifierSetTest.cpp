@@ -1,0 +1,91 @@
+#include "wmihost/objects/QualifierSet.h"
+
+#include <gtest/gtest.h>
+
+#include "wmihost/TestObjects.h"
+#include "wmihost/com/Guard.h"
+
+namespace wmihost {
+namespace {
+
+constexpr HRESULT ok = code(WBEM_S_NO_ERROR);
+
+class QualifierSetTest : public testing::Test
+{
+protected:
+    ComPtr<IWbemQualifierSet> set = ComPtr<IWbemQualifierSet>::adopt(
+        new QualifierSet({{L"first", CIM_BOOLEAN, Variant::ofBool(true), WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE},
+                          {L"second", CIM_STRING, Variant::ofText(L"text"), WBEM_FLAVOR_ORIGIN_PROPAGATED}}));
+    Variant value;
+    Bstr name;
+    LONG flavor = -1;
+};
+
+TEST_F(QualifierSetTest, GetFindsANameWithoutCase)
+{
+    EXPECT_EQ(set->Get(L"SECOND", 0, value.put(), &flavor), ok);
+    EXPECT_EQ(viewOf(value.get().bstrVal), L"text");
+    EXPECT_EQ(flavor, WBEM_FLAVOR_ORIGIN_PROPAGATED);
+    EXPECT_EQ(set->Get(L"first", 0, nullptr, nullptr), ok);
+}
+
+TEST_F(QualifierSetTest, GetRefusesWhatItDoesNotKnow)
+{
+    EXPECT_EQ(set->Get(L"third", 0, value.put(), nullptr), code(WBEM_E_NOT_FOUND));
+    EXPECT_EQ(set->Get(nullptr, 0, value.put(), nullptr), code(WBEM_E_INVALID_PARAMETER));
+    EXPECT_EQ(set->Get(L"first", 1, value.put(), nullptr), code(WBEM_E_INVALID_PARAMETER));
+}
+
+TEST_F(QualifierSetTest, EnumeratesByOrigin)
+{
+    EXPECT_EQ(set->Next(0, nullptr, nullptr, nullptr), code(WBEM_E_UNEXPECTED));
+    ASSERT_EQ(set->BeginEnumeration(WBEM_FLAG_PROPAGATED_ONLY), ok);
+    EXPECT_EQ(set->BeginEnumeration(0), code(WBEM_E_UNEXPECTED));
+    ASSERT_EQ(set->Next(0, name.put(), value.put(), &flavor), ok);
+    EXPECT_EQ(name.view(), L"second");
+    EXPECT_EQ(set->Next(0, nullptr, nullptr, nullptr), code(WBEM_S_NO_MORE_DATA));
+    EXPECT_EQ(set->EndEnumeration(), ok);
+    ASSERT_EQ(set->BeginEnumeration(WBEM_FLAG_LOCAL_ONLY), ok);
+    ASSERT_EQ(set->Next(0, name.put(), nullptr, nullptr), ok);
+    EXPECT_EQ(name.view(), L"first");
+    EXPECT_EQ(set->EndEnumeration(), ok);
+    EXPECT_EQ(set->BeginEnumeration(WBEM_FLAG_KEYS_ONLY), code(WBEM_E_INVALID_PARAMETER));
+}
+
+TEST_F(QualifierSetTest, NamesAreAnArrayOfTexts)
+{
+    VARIANT* slot = value.put();
+    ASSERT_EQ(set->GetNames(0, &slot->parray), ok);
+    slot->vt = VT_ARRAY | VT_BSTR;
+    EXPECT_TRUE(sameValue(value.get(), Variant::ofTexts({L"first", L"second"}).get()));
+    EXPECT_EQ(set->GetNames(0, nullptr), code(WBEM_E_INVALID_PARAMETER));
+}
+
+TEST_F(QualifierSetTest, ChangesAreNotSupported)
+{
+    EXPECT_EQ(set->Put(L"first", value.in(), 0), code(WBEM_E_NOT_SUPPORTED));
+    EXPECT_EQ(set->Delete(L"first"), code(WBEM_E_NOT_SUPPORTED));
+    EXPECT_EQ(set->Get(L"first", 0, value.put(), nullptr), ok);
+}
+
+TEST(QualifierSetOfObjects, AnInstanceShowsWhatPropagatesToIt)
+{
+    const ClassRepository repository =
+        compiled("[A: ToInstance, B] class C { [key, Description(\"d\")] string Name; };");
+    const auto instance = instanceOf(repository, L"C");
+    ComPtr<IWbemQualifierSet> set;
+    ASSERT_EQ(instance->GetQualifierSet(set.put()), ok);
+    LONG flavor = 0;
+    EXPECT_EQ(set->Get(L"A", 0, nullptr, &flavor), ok);
+    EXPECT_EQ(flavor & WBEM_FLAVOR_ORIGIN_PROPAGATED, WBEM_FLAVOR_ORIGIN_PROPAGATED);
+    EXPECT_EQ(set->Get(L"B", 0, nullptr, nullptr), code(WBEM_E_NOT_FOUND));
+    ASSERT_EQ(instance->GetPropertyQualifierSet(L"Name", set.put()), ok);
+    EXPECT_EQ(set->Get(L"key", 0, nullptr, nullptr), ok);
+    Variant type;
+    EXPECT_EQ(set->Get(L"CIMTYPE", 0, type.put(), nullptr), ok);
+    EXPECT_EQ(viewOf(type.get().bstrVal), L"string");
+    EXPECT_EQ(set->Get(L"Description", 0, nullptr, nullptr), code(WBEM_E_NOT_FOUND));
+}
+
+}  // namespace
+}  // namespace wmihost
