@@ -76,7 +76,7 @@ TEST(ModuleFileTest, TheFourNamesOfAComServerAreExportedAndNothingElse)
     EXPECT_EQ(file.exportCount(), 4U);
 }
 
-TEST(ModuleFileTest, TheCompanionLibraryIsNeededForExactlyItsTwoNames)
+TEST(ModuleFileTest, BrokerLibrary_isNeededForItsTwoNames)
 {
     const ProviderModule module;
     EXPECT_EQ(ModuleFile(module.handle()).imports()["zerixcimcore.dll"],
