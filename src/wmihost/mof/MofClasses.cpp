@@ -57,8 +57,8 @@ public:
 
     void member(const Node& node)
     {
-        m_context.strict.checkType(node, m_class.name, m_context.nameSpace());
         if (const Node* list = childOf<parameters>(node)) {
+            m_context.strict.checkType(node, m_class.name, m_context.nameSpace());
             method(node, *list);
         } else {
             property(node);
@@ -84,6 +84,7 @@ private:
         m_context.strict.checkQualifiers(list, type == CIM_REFERENCE ? scopeReference : scopeProperty,
                                          m_context.qualifiers);
         result.qualifiers = m_context.qualifiers.read(list, std::move(result.qualifiers));
+        m_context.strict.checkType(node, m_class.name, namespaceOfType(result));
         checkEmbeddedClass(node, result);
         if (const Node* defaultNode = childOf<default_value>(node)) {
             result.defaultValue = readValue(m_context, *defaultNode->children.front(), result);
@@ -93,6 +94,15 @@ private:
         } else {
             m_class.properties.push_back(std::move(result));
         }
+    }
+
+    // Where the class of the property's type is declared. A reference may lead to another namespace of WMI, which the
+    // qualifier MSFT_TargetNamespace names.
+    const Namespace& namespaceOfType(const Property& property) const
+    {
+        const std::wstring target = qualifierText(property.qualifiers, L"MSFT_TargetNamespace");
+        const Namespace* found = target.empty() ? nullptr : m_context.repository.findNamespace(target);
+        return found == nullptr ? m_context.nameSpace() : *found;
     }
 
     // What a property takes over from the one of the superclass that it overrides.

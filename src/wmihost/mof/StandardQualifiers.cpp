@@ -24,7 +24,7 @@ constexpr long restricted = 0;
 constexpr long inherited = WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS;
 constexpr long fixed = inherited | WBEM_FLAVOR_NOT_OVERRIDABLE;
 
-constexpr std::array<Entry, 85> entries{{
+constexpr std::array<Entry, 86> entries{{
     // DSP0004
     {L"Abstract", CIM_BOOLEAN, classes, restricted},
     {L"Aggregate", CIM_BOOLEAN, scopeReference, fixed},
@@ -104,6 +104,7 @@ constexpr std::array<Entry, 85> entries{{
     {L"ID", CIM_SINT32, scopeParameter, fixed},
     {L"Implemented", CIM_BOOLEAN, scopeMethod, inherited},
     {L"Locale", CIM_SINT32, classes, inherited},
+    {L"MSFT_TargetNamespace", CIM_STRING, scopeReference, inherited},
     {L"Optional", CIM_BOOLEAN, scopeParameter, inherited},
     {L"Privileges", texts, classes | scopeProperty | scopeMethod, inherited},
     {L"Singleton", CIM_BOOLEAN, classes, inherited},

@@ -23,7 +23,8 @@ public:
     // A directive: "pragma autorecover", "include".
     void checkPragma(const Node& name);
     void checkInclude(const Node& directive);
-    // The type that stands before a property, method or parameter of `className`.
+    // The type that stands before a property, method or parameter of `className`. A class that it names has to be
+    // declared in the namespace.
     void checkType(const Node& owner, std::wstring_view className, const Namespace& nameSpace);
     // A class that something named by a text refers to, as EmbeddedInstance does.
     void checkReference(const Node& place, std::wstring_view referred, std::wstring_view className,
