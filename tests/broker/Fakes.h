@@ -60,6 +60,12 @@ public:
 
     std::optional<broker::Adapter> readAdapter(std::uint64_t luid) override;
 
+    broker::LinkDetails readLinkDetails(const broker::Adapter& /*adapter*/) override
+    {
+        ++linkReads;
+        return link;
+    }
+
     broker::StateChange setAdministrativeState(const broker::Adapter& adapter,
                                                broker::AdministrativeState state) override;
 
@@ -81,6 +87,9 @@ public:
         m_ipConfigurations = std::move(configurations);
     }
 
+    // Of every adapter.
+    broker::LinkDetails link{10'000'000'000, true};
+
     // What setAdministrativeState answers, and what it was asked for.
     std::atomic<broker::StateChange> stateChange{broker::StateChange::DONE};
     std::vector<std::pair<std::string, broker::AdministrativeState>> stateChanges;
@@ -88,6 +97,7 @@ public:
     std::atomic<int> adapterReads{0};
     std::atomic<int> addressReads{0};
     std::atomic<int> ipConfigurationReads{0};
+    std::atomic<int> linkReads{0};
 
 private:
     std::mutex m_mutex;

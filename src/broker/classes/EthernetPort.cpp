@@ -17,13 +17,16 @@ struct Row
     const Adapter& adapter;
     const std::string& systemName;
     SettingsStore& settings;
+    AdapterSource& adapters;
+    // Empty until a column asks: it takes a call for each adapter, and a reference to a port does without.
+    mutable std::optional<LinkDetails> link = std::nullopt;
 };
 
 std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
     for (const Adapter& adapter : workspace.adapters()) {
-        result.push_back({adapter, workspace.systemName(), workspace.sources().settings});
+        result.push_back({adapter, workspace.systemName(), workspace.sources().settings, workspace.sources().adapters});
     }
     return result;
 }
@@ -161,6 +164,25 @@ std::optional<std::uint64_t> speed(const Row& row)
 std::optional<std::uint64_t> receiveSpeed(const Row& row)
 {
     return row.adapter.receiveSpeed;
+}
+
+// Only hardware has limits; what the driver of a virtual adapter gives for one is invented.
+const LinkDetails& link(const Row& row)
+{
+    if (!row.link) {
+        row.link = row.adapter.isHardware ? row.adapters.readLinkDetails(row.adapter) : LinkDetails();
+    }
+    return *row.link;
+}
+
+std::optional<std::uint64_t> maxSpeed(const Row& row)
+{
+    return link(row).maxSpeed;
+}
+
+std::optional<bool> fullDuplex(const Row& row)
+{
+    return link(row).isFullDuplex;
 }
 
 bool hardwareInterface(const Row& row)
@@ -321,6 +343,8 @@ constexpr std::array columns{
     column<&interfaceIndex>("InterfaceIndex"),
     column<&speed>("Speed"),
     column<&receiveSpeed>("ReceiveLinkSpeed"),
+    column<&maxSpeed>("MaxSpeed"),
+    column<&fullDuplex>("FullDuplex"),
     column<&mtu>("ActiveMaximumTransmissionUnit"),
     column<&enabledState>("EnabledState"),
     column<&requestedState>("RequestedState"),

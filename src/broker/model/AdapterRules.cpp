@@ -16,8 +16,8 @@ constexpr std::uint32_t TYPE_TUNNEL = 131;
 constexpr std::string_view REMOTE_ACCESS_MARK = "20524153";
 constexpr std::size_t ETHERNET_DIGITS = 12;
 
-// Parts of the names of the platform's own helper interfaces. Their rows have the flags and types of real adapters, or
-// none; what the platform itself goes by, a hidden device, stands in no table.
+// Parts of the English names of the platform's own helper interfaces, whose rows have the flags and types of real
+// adapters, or none. The names decide only where the client may not read which drivers are hidden, or a driver is not.
 constexpr std::array<std::string_view, 6> HELPERS{
     // Ends of dialled and tunnelled connections, there whether anybody dials or not.
     "WAN Miniport",
@@ -56,8 +56,9 @@ bool isPort(const InterfaceTraits& traits)
         default:
             break;
     }
-    // The mark is the same in every language of the platform, where "WAN Miniport" is translated.
-    return !traits.isFilter && !isRemoteAccess(traits.hardwareAddress) && !isHelper(traits.description);
+    // Neither what is hidden nor the mark depends on the language of the platform, which translates "WAN Miniport".
+    return !traits.isFilter && !traits.isHidden && !isRemoteAccess(traits.hardwareAddress) &&
+           !isHelper(traits.description);
 }
 
 // The platform may leave an interface up when its cable is pulled, and a virtual one may not know of any medium.

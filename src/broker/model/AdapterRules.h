@@ -18,6 +18,8 @@ struct InterfaceTraits
     std::string description;
     // As Adapter::hardwareAddress.
     std::string hardwareAddress;
+    // Whether the platform shows it in no user interface, as its driver asked for.
+    bool isHidden = false;
 };
 
 // Whether a person would call the interface a network adapter.

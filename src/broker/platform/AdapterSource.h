@@ -90,6 +90,14 @@ struct Adapter
     Counters counters;
 };
 
+// What the driver of an adapter has reported of its link, beside what the table holds. Empty where it has not.
+struct LinkDetails
+{
+    // The highest speed that the hardware supports, in bits per second.
+    std::optional<std::uint64_t> maxSpeed;
+    std::optional<bool> isFullDuplex;
+};
+
 enum class AddressFamily
 {
     IPV4,
@@ -183,6 +191,9 @@ public:
 
     // One adapter alone; empty, and one error line, when it is gone or cannot be read.
     virtual std::optional<Adapter> readAdapter(std::uint64_t luid) = 0;
+
+    // Empty when the platform does not let the calling thread's identity ask, or cannot answer: nothing is logged.
+    virtual LinkDetails readLinkDetails(const Adapter& adapter) = 0;
 
     // Switches the adapter on or off, under the identity of the calling thread.
     virtual StateChange setAdministrativeState(const Adapter& adapter, AdministrativeState state) = 0;

@@ -17,6 +17,8 @@
 #include "Utils/Utils.h"
 #include "broker/model/AdapterRules.h"
 #include "broker/windows/AddressTable.h"
+#include "broker/windows/HiddenAdapters.h"
+#include "broker/windows/LinkSpeed.h"
 #include "broker/windows/TableAnswer.h"
 
 namespace broker {
@@ -38,12 +40,6 @@ std::string guidText(const GUID& guid)
                          tail[7]);
 }
 
-// The platform reports an unknown speed as 0 or as all ones.
-std::optional<std::uint64_t> speed(ULONG64 bitsPerSecond)
-{
-    return bitsPerSecond == 0 || bitsPerSecond == ~ULONG64{0} ? std::nullopt : std::make_optional(bitsPerSecond);
-}
-
 // A driver that has no permanent address to tell leaves zeros.
 std::string permanentAddress(const MIB_IF_ROW2& row)
 {
@@ -51,10 +47,10 @@ std::string permanentAddress(const MIB_IF_ROW2& row)
     return digits.find_first_not_of('0') == std::string::npos ? std::string() : digits;
 }
 
-InterfaceTraits traitsOf(const MIB_IF_ROW2& row)
+InterfaceTraits traitsOf(const MIB_IF_ROW2& row, const std::vector<std::string>& hidden)
 {
     return {row.Type, row.InterfaceAndOperStatusFlags.FilterInterface != FALSE, utils::narrow(row.Description),
-            hexDigits(row.PhysicalAddress, row.PhysicalAddressLength)};
+            hexDigits(row.PhysicalAddress, row.PhysicalAddressLength), contains(hidden, guidText(row.InterfaceGuid))};
 }
 
 Counters countersFrom(const MIB_IF_ROW2& row)
@@ -90,8 +86,8 @@ Adapter adapterFrom(const MIB_IF_ROW2& row)
     adapter.description = utils::narrow(row.Description);
     adapter.hardwareAddress = hexDigits(row.PhysicalAddress, row.PhysicalAddressLength);
     adapter.permanentAddress = permanentAddress(row);
-    adapter.transmitSpeed = speed(row.TransmitLinkSpeed);
-    adapter.receiveSpeed = speed(row.ReceiveLinkSpeed);
+    adapter.transmitSpeed = knownSpeed(row.TransmitLinkSpeed);
+    adapter.receiveSpeed = knownSpeed(row.ReceiveLinkSpeed);
     adapter.mtu = row.Mtu;
     adapter.type = row.Type;
     adapter.physicalMedium = row.PhysicalMediumType;
@@ -173,10 +169,11 @@ std::vector<Adapter> PlatformAdapters::readAdapters()
         throw utils::EFailed(utils::format("GetIfTable2 error %d", static_cast<int>(status)));
     }
     const std::unique_ptr<MIB_IF_TABLE2, TableFreer> table(rows);
+    const std::vector<std::string> hidden = hiddenAdapters();
     std::vector<Adapter> adapters;
     adapters.reserve(table->NumEntries);
-    std::for_each(table->Table, table->Table + table->NumEntries, [&adapters](const MIB_IF_ROW2& row) {
-        if (isPort(traitsOf(row))) {
+    std::for_each(table->Table, table->Table + table->NumEntries, [&adapters, &hidden](const MIB_IF_ROW2& row) {
+        if (isPort(traitsOf(row, hidden))) {
             adapters.push_back(adapterFrom(row));
         }
     });

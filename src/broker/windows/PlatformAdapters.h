@@ -12,6 +12,7 @@ public:
     std::vector<Address> readAddresses() override;
     std::vector<IpConfiguration> readIpConfigurations() override;
     std::optional<Adapter> readAdapter(std::uint64_t luid) override;
+    LinkDetails readLinkDetails(const Adapter& adapter) override;
     StateChange setAdministrativeState(const Adapter& adapter, AdministrativeState state) override;
 };
 

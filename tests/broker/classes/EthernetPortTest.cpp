@@ -40,9 +40,9 @@ TEST_F(EthernetPort, Port_showsTheAdapter)
                             "Name=eth4", "ElementName=eth4", "Caption=Adapter 4", "Description=Adapter 4",
                             "PermanentAddress=02FC00000004", "NetworkAddresses={02FC00000004}", "LinkTechnology=2",
                             "PhysicalMedium=14", "HardwareInterface=true", "ConnectorPresent=true", "InterfaceIndex=4",
-                            "Speed=100", "ReceiveLinkSpeed=300", "ActiveMaximumTransmissionUnit=1500", "EnabledState=2",
-                            "RequestedState=2", "HealthState=5", "OperationalStatus={2}",
-                            "OtherIdentifyingInfo={02FC00000004, 0x6000000000004}",
+                            "Speed=100", "ReceiveLinkSpeed=300", "MaxSpeed=10000000000", "FullDuplex=true",
+                            "ActiveMaximumTransmissionUnit=1500", "EnabledState=2", "RequestedState=2", "HealthState=5",
+                            "OperationalStatus={2}", "OtherIdentifyingInfo={02FC00000004, 0x6000000000004}",
                             "IdentifyingDescriptions={Hardware Address, Interface LUID}"));
     EXPECT_EQ(port().toPathString(),
               "Zerix_EthernetPort.SystemCreationClassName=\"Win32_ComputerSystem\",SystemName=\"HOST\","
@@ -66,6 +66,35 @@ TEST_F(EthernetPort, UnknownSpeed_isNull)
     EXPECT_EQ(value("ReceiveLinkSpeed"), "1000000000");
     m_adapter.receiveSpeed.reset();
     EXPECT_EQ(value("ReceiveLinkSpeed"), "null");
+}
+
+TEST_F(EthernetPort, LimitThatNobodyKnows_isNull)
+{
+    m_world.adapters.link = {};
+    EXPECT_EQ(value("MaxSpeed") + " " + value("FullDuplex"), "null null");
+    m_world.adapters.link = {std::nullopt, false};
+    EXPECT_EQ(value("MaxSpeed") + " " + value("FullDuplex"), "null false");
+}
+
+TEST_F(EthernetPort, AdapterWithoutHardware_hasNoLimit)
+{
+    m_adapter.isHardware = false;
+    EXPECT_EQ(value("MaxSpeed") + " " + value("FullDuplex"), "null null");
+    EXPECT_EQ(m_world.adapters.linkReads, 0);
+}
+
+TEST_F(EthernetPort, Link_isReadOnceForAnInstance)
+{
+    port();
+    EXPECT_EQ(m_world.adapters.linkReads, 1);
+}
+
+TEST_F(EthernetPort, ReferenceToAPort_readsNoLink)
+{
+    m_world.adapters.set({m_adapter});
+    m_workspace.begin("Zerix_ElementConformsToProfile");
+    EXPECT_EQ(m_workspace.instances("Zerix_ElementConformsToProfile")->records().size(), 1U);
+    EXPECT_EQ(m_world.adapters.linkReads, 0);
 }
 
 TEST_F(EthernetPort, LinkTechnology_followsTheInterfaceType)

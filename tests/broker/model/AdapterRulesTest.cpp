@@ -98,11 +98,19 @@ TEST(AdapterRules, LaptopWithVpn_hasItsVpnAdapters)
                        {PPP, false, "Office", ""},
                        {WIRELESS_LAN, false, "Microsoft Wi-Fi Direct Virtual Adapter", "5CC5D4001123"},
                        // The platform in another language.
-                       {ETHERNET, false, "WAN-Minipoort (IP)", "9C8A20524153"},
-                       {TUNNEL, false, "WAN-Minipoort (SSTP)", ""}}),
+                       {ETHERNET, false, "WAN-Minipoort (IP)", "9C8A20524153", true},
+                       {TUNNEL, false, "WAN-Minipoort (SSTP)", "", true},
+                       {PPP, false, "WAN-Minipoort (PPPOE)", "", true},
+                       {ETHERNET, false, "Microsoft-netwerkadapter voor kernelfoutopsporing", "", true}}),
                 ElementsAre("Qualcomm Atheros QCA9377 Wireless Network Adapter",
                             "Sierra Wireless EM7455 Qualcomm Snapdragon X7 LTE-A", "Realtek USB GbE Family Controller",
                             "TAP-Windows Adapter V9", "Wintun Userspace Tunnel", "Office"));
+}
+
+// Where the list of drivers cannot be read.
+TEST(AdapterRules, RemoteAccess_isToldByItsAddress)
+{
+    EXPECT_THAT(ports({{ETHERNET, false, "WAN-Minipoort (IP)", "9C8A20524153"}}), testing::IsEmpty());
 }
 
 TEST(AdapterRules, RowThatSaysNothing_isAPort)

@@ -20,6 +20,7 @@
 #include "Utils/Exception.h"
 #include "support/ImportHook.h"
 #include "support/LogCapture.h"
+#include "support/PrivateRegistry.h"
 
 namespace {
 
@@ -271,6 +272,7 @@ TEST(PlatformAdapters, RefusedTable_isAskedForOnceMore)
     const support::LogCapture log(1);
     const support::ImportHook hook("GetIfTable2", &refuseIfTable);
     refusals = 1;
+    tableCalls = 0;
     broker::PlatformAdapters source;
     EXPECT_FALSE(source.readAdapters().empty());
     EXPECT_EQ(tableCalls, 2);
@@ -282,6 +284,7 @@ TEST(PlatformAdapters, TableRefusedTwice_isAFailure)
     const support::LogCapture log(1);
     const support::ImportHook hook("GetIfTable2", &refuseIfTable);
     refusals = 2;
+    tableCalls = 0;
     broker::PlatformAdapters source;
     EXPECT_THROW(source.readAdapters(), utils::EFailed);
     EXPECT_EQ(tableCalls, 2);
@@ -494,6 +497,35 @@ TEST(PlatformAdapters, LoopbackAndFiltersAreLeftOutAndUnknownSpeedsEmpty)
     EXPECT_EQ(counters.broadcastBytesReceived, 16U);
     EXPECT_EQ(counters.broadcastBytesTransmitted, 17U);
     EXPECT_EQ(tablesFreed, 1);
+}
+
+// As the driver of a helper is installed.
+void hide(const std::string& guid)
+{
+    constexpr const char* KEY = R"(SYSTEM\CurrentControlSet\Control\Class\{4D36E972-E325-11CE-BFC1-08002BE10318}\0007)";
+    constexpr DWORD FLAGS = 0x29;
+    RegSetKeyValueA(HKEY_LOCAL_MACHINE, KEY, "Characteristics", REG_DWORD, &FLAGS, sizeof(FLAGS));
+    RegSetKeyValueA(HKEY_LOCAL_MACHINE, KEY, "NetCfgInstanceId", REG_SZ, guid.c_str(),
+                    static_cast<DWORD>(guid.size() + 1));
+}
+
+TEST(PlatformAdapters, HiddenAdapter_isLeftOutOfBothTables)
+{
+    const support::PrivateRegistry registry;
+    broker::PlatformAdapters source;
+    const auto before = source.readAdapters();
+    ASSERT_FALSE(before.empty());
+    const std::string guid = before[0].guid;
+    const auto configurations = source.readIpConfigurations();
+    hide(guid);
+    const auto after = source.readAdapters();
+    EXPECT_EQ(after.size(), before.size() - 1);
+    EXPECT_TRUE(
+        std::none_of(after.begin(), after.end(), [&guid](const auto& adapter) { return adapter.guid == guid; }));
+    EXPECT_EQ(source.readIpConfigurations().size(), configurations.size() - 1);
+    for (const broker::Address& address : source.readAddresses()) {
+        EXPECT_NE(address.adapterGuid, guid);
+    }
 }
 
 TEST(PlatformAdapters, PermanentAddress_ofZeros_isUnknown)

@@ -190,6 +190,11 @@ const std::vector<FaultPoint>& table()
 template <ULONG Error>
 constexpr auto adapterError = [](auto&&...) { return ULONG{Error}; };
 
+constexpr auto noDevice = [](auto&&...) -> HANDLE {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+};
+
 constexpr auto noSlot = [](auto&&...) { return FLS_OUT_OF_INDEXES; };
 
 const std::vector<FaultPoint>& brokerTable()
@@ -238,6 +243,8 @@ const std::vector<FaultPoint>& brokerTable()
          FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_BUFFER_OVERFLOW>>::install},
         {"GetIfEntry2", "file not found", UNCHANGED, 0,
          FaultyCall<decltype(GetIfEntry2), adapterError<ERROR_FILE_NOT_FOUND>>::install},
+        // Wine has no devices of adapters: the question that an opened one would get is never asked.
+        {"CreateFileA", "access denied", UNCHANGED, 0, FaultyCall<decltype(CreateFileA), noDevice>::install},
         {"SetIfEntry", "access denied", VALUE_LOST, 0,
          FaultyCall<decltype(SetIfEntry), adapterError<ERROR_ACCESS_DENIED>>::install},
         {"RegOpenKeyExA", "access denied", UNCHANGED | VALUE_LOST | NOT_THERE | EXCEPTION, 0,

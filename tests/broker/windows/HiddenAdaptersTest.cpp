@@ -1,0 +1,137 @@
+#include "broker/windows/HiddenAdapters.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "support/ImportHook.h"
+#include "support/LogCapture.h"
+#include "support/PrivateRegistry.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* DRIVERS = R"(SYSTEM\CurrentControlSet\Control\Class\{4D36E972-E325-11CE-BFC1-08002BE10318})";
+constexpr const char* MINIPORT = "{8E301A52-AFFA-4F49-B9CA-C79096A1A056}";
+constexpr const char* DEBUGGER = "{29898C9D-B0A4-4FEF-BDB6-57A562022CEE}";
+constexpr const char* CARD = "{71F897D7-EB7C-4D8D-89DB-AC80D9DD2270}";
+
+// The sums of flags that are usual for a WAN Miniport, a card and a virtual adapter with a page of settings.
+constexpr DWORD MINIPORT_FLAGS = 0x29;
+constexpr DWORD CARD_FLAGS = 0x84;
+constexpr DWORD VIRTUAL_FLAGS = 0x81;
+
+// The list of drivers as the test sets it.
+class HiddenAdapters : public testing::Test
+{
+protected:
+    static std::string path(const char* key) { return std::string(DRIVERS) + "\\" + key; }
+
+    static void setFlags(const char* key, DWORD flags, DWORD type = REG_DWORD)
+    {
+        RegSetKeyValueA(HKEY_LOCAL_MACHINE, path(key).c_str(), "Characteristics", type, &flags, sizeof(flags));
+    }
+
+    static void setGuid(const char* key, const std::string& guid, DWORD type = REG_SZ)
+    {
+        RegSetKeyValueA(HKEY_LOCAL_MACHINE, path(key).c_str(), "NetCfgInstanceId", type, guid.c_str(),
+                        static_cast<DWORD>(guid.size() + 1));
+    }
+
+    static void add(const char* key, DWORD flags, const char* guid)
+    {
+        setFlags(key, flags);
+        setGuid(key, guid);
+    }
+
+    const support::PrivateRegistry m_registry;
+    const support::LogCapture m_log{1};
+};
+
+TEST_F(HiddenAdapters, DriverWithTheFlag_isHidden)
+{
+    add("0000", MINIPORT_FLAGS, MINIPORT);
+    add("0001", CARD_FLAGS, CARD);
+    add("0002", 0x9, DEBUGGER);
+    add("0003", VIRTUAL_FLAGS, "{00000000-0000-0000-0000-000000000001}");
+    EXPECT_THAT(broker::hiddenAdapters(), ElementsAre(MINIPORT, DEBUGGER));
+}
+
+TEST_F(HiddenAdapters, Guid_comesInUpperCase)
+{
+    add("0000", MINIPORT_FLAGS, "{8e301a52-affa-4f49-b9ca-c79096a1a056}");
+    EXPECT_THAT(broker::hiddenAdapters(), ElementsAre(MINIPORT));
+}
+
+TEST_F(HiddenAdapters, DriverThatSaysNothing_isShown)
+{
+    setGuid("0000", CARD);
+    setFlags("0001", MINIPORT_FLAGS);
+    setFlags("0002", MINIPORT_FLAGS, REG_BINARY);
+    setGuid("0002", CARD);
+    setFlags("0003", MINIPORT_FLAGS);
+    setGuid("0003", CARD, REG_EXPAND_SZ);
+    setFlags("0004", MINIPORT_FLAGS);
+    setGuid("0004", std::string(CARD) + " and more");
+    add("Configuration", 0, CARD);
+    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+}
+
+TEST_F(HiddenAdapters, PlatformWithoutTheList_hidesNone)
+{
+    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+    EXPECT_THAT(m_log.events(), IsEmpty());
+}
+
+std::string refusedKey;
+
+LSTATUS WINAPI refuseKey(HKEY root, LPCSTR path, DWORD options, REGSAM access, PHKEY key)
+{
+    return refusedKey == path
+               ? ERROR_ACCESS_DENIED
+               : RegOpenKeyExW(root, std::wstring(path, path + std::strlen(path)).c_str(), options, access, key);
+}
+
+TEST_F(HiddenAdapters, KeyThatIsRefused_isPassedOver)
+{
+    add("0000", MINIPORT_FLAGS, MINIPORT);
+    add("0001", MINIPORT_FLAGS, DEBUGGER);
+    const support::ImportHook hook("RegOpenKeyExA", &refuseKey);
+    refusedKey = "0000";
+    EXPECT_THAT(broker::hiddenAdapters(), ElementsAre(DEBUGGER));
+    refusedKey = DRIVERS;
+    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+    EXPECT_THAT(m_log.events(), IsEmpty());
+}
+
+LSTATUS WINAPI refuseNames(HKEY /*key*/, DWORD /*index*/, LPSTR /*name*/, LPDWORD /*length*/, LPDWORD /*reserved*/,
+                           LPSTR /*className*/, LPDWORD /*classLength*/, PFILETIME /*time*/)
+{
+    return ERROR_ACCESS_DENIED;
+}
+
+TEST_F(HiddenAdapters, NamesThatAreRefused_endTheList)
+{
+    add("0000", MINIPORT_FLAGS, MINIPORT);
+    const support::ImportHook hook("RegEnumKeyExA", &refuseNames);
+    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+}
+
+LSTATUS WINAPI refuseValues(HKEY /*key*/, LPCSTR /*name*/, LPDWORD /*reserved*/, LPDWORD /*type*/, LPBYTE /*data*/,
+                            LPDWORD /*size*/)
+{
+    return ERROR_ACCESS_DENIED;
+}
+
+TEST_F(HiddenAdapters, ValuesThatAreRefused_hideNone)
+{
+    add("0000", MINIPORT_FLAGS, MINIPORT);
+    const support::ImportHook hook("RegQueryValueExA", &refuseValues);
+    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+}
+
+}  // namespace
