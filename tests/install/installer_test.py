@@ -48,7 +48,7 @@ MODULES = DLLS + ["wmihost.exe"]
 SETUP_ACTION = "ZerixSetupAction.exe"
 LEGAL = ["LICENSE.txt", "NOTICES.txt"]
 FILES = sorted(MODULES + LEGAL + ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt", "metrics-task.xml",
-                                  "zerix.rules.yml"])
+                                  "zerix.rules.yml", "wmihost-completion.bash", "wmihost-completion.ps1"])
 
 # How Wine's installer ends when an action fails (1627) or a launch condition does (1603); an exit code has 8 bits here.
 ACTION_FAILED = 1627 & 0xFF

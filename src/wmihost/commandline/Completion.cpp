@@ -133,7 +133,7 @@ std::string bashCompletion(const CLI::App& program)
     for (const std::string& name : commandNames(program, takesClass)) {
         classPatterns.push_back(name + ":*");
     }
-    return "# Completion of wmihost for bash. In ~/.bashrc: eval \"$(wmihost completion bash)\"\n"
+    return "# Completion of wmihost for bash. In ~/.bashrc: eval \"$(wmihost completion bash)\", or source this file.\n"
            "_wmihost() {\n"
            "    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} command= words= word\n"
            "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
@@ -171,6 +171,7 @@ std::string powershellCompletion(const CLI::App& program)
     }
     return "# Completion of wmihost for PowerShell. In $PROFILE:\n"
            "#   wmihost completion powershell | Out-String | Invoke-Expression\n"
+           "# or, where scripts may run, a dot, a blank and the path of this file.\n"
            "Register-ArgumentCompleter -Native -CommandName 'wmihost', 'wmihost.exe' -ScriptBlock {\n"
            "    param($wordToComplete, $commandAst, $cursorPosition)\n"
            "    $options = @{\n" +
