@@ -57,9 +57,24 @@ std::vector<Assignment> assignmentsOf(const std::vector<std::string>& texts)
 // Accepts a whole number of that range, and says so in the help.
 CLI::Validator between(int least, int most)
 {
-    CLI::Validator range = CLI::Range(least, most);
-    range.description(std::to_string(least) + " to " + std::to_string(most));
-    return range;
+    const std::string range = std::to_string(least) + " to " + std::to_string(most);
+    const auto check = [least, most, range](const std::string& text) {
+        const auto number = parseSigned(toWide(text));
+        return number && *number >= least && *number <= most ? std::string()
+                                                             : "'" + text + "' is not a number from " + range;
+    };
+    return CLI::Validator(check, range);
+}
+
+// Accepts one of the words.
+CLI::Validator oneOf(const std::vector<std::string>& words)
+{
+    const auto check = [words](const std::string& text) {
+        return std::find(words.begin(), words.end(), text) != words.end()
+                   ? std::string()
+                   : "'" + text + "' is not one of " + CLI::detail::join(words, ", ");
+    };
+    return CLI::Validator(check, "");
 }
 
 // The command line as CLI11 fills it, and the command that it chose.
@@ -236,6 +251,8 @@ private:
     CommandOptions options() const
     {
         CommandOptions result = m_options;
+        const auto chosen = m_app.get_subcommands();
+        result.hasPropertyOption = !chosen.empty() && chosen.front()->get_option_no_throw("--property") != nullptr;
         result.jobsGoOn = m_service || m_shell != nullptr;
         result.nameSpace = toWide(m_nameSpace);
         result.output = toWide(m_output);
@@ -257,30 +274,23 @@ private:
         return sub;
     }
 
-    // "-f,--format" -> "--format"
-    static std::string longName(const std::string& names) { return names.substr(names.find("--")); }
-
     // An option whose value is one of a few words.
     template <class Value>
     static void addChoice(CLI::App* sub, const std::string& name, Value& target,
                           const std::vector<std::pair<std::string, Value>>& choices, const std::string& summary)
     {
-        const auto take = [&target, choices, name](const std::string& word) {
-            std::string words;
-            for (const auto& [choice, value] : choices) {
-                if (choice == word) {
-                    target = value;
-                    return;
-                }
-                words += (words.empty() ? "" : ", ") + choice;
-            }
-            throw CLI::ValidationError(longName(name), "'" + word + "' is none of " + words);
-        };
-        std::string typeName;
+        std::vector<std::string> words;
         for (const auto& [choice, value] : choices) {
-            typeName += (typeName.empty() ? "" : "|") + choice;
+            words.push_back(choice);
         }
-        sub->add_option_function<std::string>(name, take, summary)->type_name(typeName);
+        const auto take = [&target, choices](const std::string& word) {
+            const auto found = std::find_if(choices.begin(), choices.end(),
+                                            [&word](const auto& choice) { return choice.first == word; });
+            target = found->second;
+        };
+        sub->add_option_function<std::string>(name, take, summary)
+            ->type_name(CLI::detail::join(words, "|"))
+            ->check(oneOf(words));
     }
 
     void addFormat(CLI::App* sub)
@@ -396,7 +406,7 @@ private:
         completion->add_option("shell", m_shellName, "bash or powershell")
             ->type_name("")
             ->required()
-            ->check(CLI::IsMember({"bash", "powershell"}).description(""));
+            ->check(oneOf({"bash", "powershell"}));
         completion->callback([this] {
             m_offline = [this] {
                 writeOut(m_shellName == "bash" ? bashCompletion(m_app) : powershellCompletion(m_app));
@@ -501,7 +511,7 @@ private:
             footer += "  wmihost " + example + "\n";
         }
         m_app.footer(footer);
-        m_command = [](Connection& c, const CommandOptions& o) { return runList(c, L"", o); };
+        m_command = [](Connection& c, const CommandOptions& o) { return runList(c, {}, o); };
     }
 
     CLI::App m_app{"Plays WMI's provider host for one provider, and asks it like a client.", "wmihost"};

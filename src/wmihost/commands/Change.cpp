@@ -18,8 +18,9 @@ std::string described(const Property& property, const Variant& value)
     return value.isNull() ? "no value" : "'" + displayText(property, value.get()) + "'";
 }
 
-// With another key the provider would be asked to change another instance, one that nobody has named.
-void refuseKeys(const ClassDefinition& definition, const std::vector<Assignment>& values)
+// A slip must not cost a request. With another key the provider would be asked to change another instance, one that
+// nobody has named.
+void checkChanges(const ClassDefinition& definition, const std::vector<Assignment>& values)
 {
     for (const Assignment& value : values) {
         const Property& property = propertyOf(definition, value.first);
@@ -27,6 +28,7 @@ void refuseKeys(const ClassDefinition& definition, const std::vector<Assignment>
             throw RequestError(code(WBEM_E_READ_ONLY),
                                toUtf8(property.name) + " is a key: it says which instance is meant");
         }
+        valueOfText(property, value.second);
     }
 }
 
@@ -72,7 +74,7 @@ int runSet(Connection& connection, const std::wstring& path, const std::vector<A
 {
     const InstanceTarget instance = connection.findInstance(path, options.nameSpace);
     const ClassDefinition& definition = *instance.target.definition;
-    refuseKeys(definition, values);
+    checkChanges(definition, values);
     const auto object = getInstance(connection, instance, options);
     for (const Assignment& value : values) {
         assign(*object.get(), definition, value);

@@ -46,8 +46,9 @@ struct CommandOptions
     std::wstring output;        // of `metrics`; empty: standard output
     unsigned everySeconds = 0;  // 0: one reading
     bool wait = false;
-    bool quiet = false;     // no hints and no progress
-    bool jobsGoOn = false;  // when the command ends: the host of the provider outlives it
+    bool hasPropertyOption = false;  // a hint may name --property
+    bool quiet = false;              // no hints and no progress
+    bool jobsGoOn = false;           // when the command ends: the host of the provider outlives it
 };
 
 // What `related` takes besides.

@@ -142,6 +142,22 @@ Table tableOf(const std::vector<const Property*>& properties, const ClassDefinit
     return table;
 }
 
+// Says which properties were left out, and how to see them.
+void reportHidden(const std::vector<std::string>& hidden, const ClassDefinition& definition,
+                  const CommandOptions& options)
+{
+    std::string names;
+    for (const std::string& heading : hidden) {
+        names += (names.empty() ? "" : ",") + heading;
+    }
+    const bool one = hidden.size() == 1;
+    const std::string count = std::to_string(hidden.size()) + (one ? " property does" : " properties do");
+    writeHint(options, options.hasPropertyOption ? count + " not fit the line; --property " + names + " shows " +
+                                                       (one ? "it" : "them") + ", --format json shows all\n"
+                                                 : toUtf8(definition.name) + ": " + count + " not fit the line (" +
+                                                       names + "); --format json shows all\n");
+}
+
 void writeTable(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
 {
     const auto properties = tableColumns(definition, options);
@@ -151,7 +167,11 @@ void writeTable(const Objects& objects, const ClassDefinition& definition, const
         shortenReferences(properties, rows);
         table = tableOf(properties, definition, rows);
     }
-    writeFitted(table, options);
+    const auto width = lineWidth();
+    writeOut(table.render(width));
+    if (const auto hidden = table.hiddenColumns(width); !hidden.empty()) {
+        reportHidden(hidden, definition, options);
+    }
 }
 
 }  // namespace
@@ -225,25 +245,6 @@ std::string csvOf(IWbemClassObject& object, const std::vector<const Property*>& 
         fields.push_back(csvField(valueOf(object, property->name).get(), property->type));
     }
     return csvRecord(fields);
-}
-
-void writeFitted(const Table& table, const CommandOptions& options)
-{
-    const auto width = lineWidth();
-    writeOut(table.render(width));
-    const std::vector<std::string> hidden = table.hiddenColumns(width);
-    if (hidden.empty()) {
-        return;
-    }
-    std::string names;
-    for (const std::string& heading : hidden) {
-        names += (names.empty() ? "" : ",") + heading;
-    }
-    const bool one = hidden.size() == 1;
-    writeHint(options, std::to_string(hidden.size()) +
-                           (one ? " property does not fit the line; --property " + names + " shows it"
-                                : " properties do not fit the line; --property " + names + " shows them") +
-                           ", --format json shows all\n");
 }
 
 void writeObjects(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)

@@ -19,9 +19,6 @@ void writeClassList(const std::vector<ClassTarget>& classes, const CommandOption
 // Writes one object: a line a property, a JSON object, MOF, or two records of CSV.
 void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options);
 
-// Writes a table to standard output; a hint on standard error says which columns do not fit the line.
-void writeFitted(const Table& table, const CommandOptions& options);
-
 // The columns of a table with a line a property: its name under the given heading, and its value.
 std::vector<Table::Column> detailColumns(const std::string& name);
 

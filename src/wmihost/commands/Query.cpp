@@ -1,14 +1,18 @@
 #include <algorithm>
+#include <iterator>
+#include <optional>
 #include <utility>
 
 #include "wmihost/com/Guard.h"
 #include "wmihost/commands/Output.h"
 #include "wmihost/commands/Related.h"
+#include "wmihost/commands/Report.h"
 #include "wmihost/objects/ClassObject.h"
 #include "wmihost/objects/ObjectReader.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/session/ClassReader.h"
 #include "wmihost/terminal/Console.h"
+#include "wmihost/terminal/Csv.h"
 #include "wmihost/terminal/Text.h"
 #include "wmihost/wql/Condition.h"
 
@@ -45,11 +49,51 @@ void writeJson(const std::vector<FoundObject>& found, const CommandOptions& opti
     writeOut(jsonText(list));
 }
 
+// The names of the properties of all classes, each once, in the order in which the classes came.
+std::vector<std::wstring> propertyNames(const std::vector<ClassTarget>& classes)
+{
+    std::vector<std::wstring> names;
+    for (const ClassTarget& target : classes) {
+        for (const Property& property : target.definition->properties) {
+            const auto isSame = [&property](const std::wstring& other) { return sameName(other, property.name); };
+            if (std::none_of(names.begin(), names.end(), isSame)) {
+                names.push_back(property.name);
+            }
+        }
+    }
+    return names;
+}
+
+// One document, however many classes the objects are of: the class, then the properties of all classes. A property that
+// an object's class does not have is an empty field.
+void writeCsv(const std::vector<FoundObject>& found)
+{
+    const std::vector<std::wstring> names = propertyNames(classesOf(found));
+    std::vector<std::optional<std::string>> header{"__CLASS"};
+    std::transform(names.begin(), names.end(), std::back_inserter(header),
+                   [](const std::wstring& name) { return toUtf8(name); });
+    std::string text = csvRecord(header);
+    for (const FoundObject& item : found) {
+        std::vector<std::optional<std::string>> fields{toUtf8(item.target.definition->name)};
+        for (const std::wstring& name : names) {
+            const Property* property = item.target.definition->findProperty(name);
+            fields.push_back(property == nullptr ? std::nullopt
+                                                 : csvField(valueOf(*item.object.get(), name).get(), property->type));
+        }
+        text += csvRecord(fields);
+    }
+    writeOut(text);
+}
+
 // One list for programs; for people a table of each class below its name.
 void writeFound(const std::vector<FoundObject>& found, const CommandOptions& options)
 {
     if (options.format == Format::json) {
         writeJson(found, options);
+        return;
+    }
+    if (options.format == Format::csv) {
+        writeCsv(found);
         return;
     }
     std::string gap;
@@ -68,10 +112,10 @@ void writeFound(const std::vector<FoundObject>& found, const CommandOptions& opt
     }
 }
 
-void reportIfEmpty(bool isEmpty)
+void reportIfEmpty(bool isEmpty, const CommandOptions& options)
 {
     if (isEmpty) {
-        writeError("the query found nothing\n");
+        writeHint(options, "the query found nothing\n");
     }
 }
 
@@ -129,7 +173,7 @@ int answerSelect(Connection& connection, const wql::SelectQuery& query, const st
     } else {
         writeFound(found, options);
     }
-    reportIfEmpty(objects.empty());
+    reportIfEmpty(objects.empty(), options);
     return 0;
 }
 
@@ -159,7 +203,7 @@ int answerSchema(Connection& connection, const wql::SelectQuery& query, const st
         });
     }
     writeClassList(classes, options);
-    reportIfEmpty(classes.empty());
+    reportIfEmpty(classes.empty(), options);
     return 0;
 }
 
@@ -177,7 +221,7 @@ int answerRelatedClasses(Connection& connection, const wql::RelatedQuery& query,
                                    : classesOf(findRelated(connection, query, options));
     }
     writeClassList(classes, options);
-    reportIfEmpty(classes.empty());
+    reportIfEmpty(classes.empty(), options);
     return 0;
 }
 
@@ -195,7 +239,7 @@ int answerRelated(Connection& connection, const wql::RelatedQuery& query, const 
         found = findRelated(connection, query, options);
     }
     writeFound(found, options);
-    reportIfEmpty(found.empty());
+    reportIfEmpty(found.empty(), options);
     return 0;
 }
 

@@ -183,13 +183,9 @@ private:
             if (!isResult(*end.target.definition, m_query)) {
                 continue;
             }
-            try {
-                add(getInstance(m_connection, end, m_options), end.target);
-            } catch (const RequestError& error) {
-                // An association may outlive the instance it leads to.
-                if (error.status() != code(WBEM_E_NOT_FOUND)) {
-                    throw;
-                }
+            // An association may outlive the instance it leads to.
+            if (const auto object = getIfPresent(m_connection, end, m_options)) {
+                add(object, end.target);
             }
         }
     }

@@ -1,13 +1,13 @@
 #include "wmihost/commands/Requests.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <sstream>
 
 #include "wmihost/com/Guard.h"
 #include "wmihost/commands/Headings.h"
 #include "wmihost/objects/ObjectReader.h"
+#include "wmihost/objects/SystemProperties.h"
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Display.h"
 #include "wmihost/terminal/Suggestion.h"
@@ -48,6 +48,16 @@ void check(const RequestResult& result)
     if (FAILED(result.status)) {
         throw RequestError(result.status, "");
     }
+}
+
+ComPtr<IWbemClassObject> onlyObject(const RequestResult& result)
+{
+    check(result);
+    if (result.objects.size() != 1) {
+        throw RequestError(code(WBEM_E_PROVIDER_FAILURE),
+                           "the provider delivered " + std::to_string(result.objects.size()) + " objects, not one");
+    }
+    return result.objects.front();
 }
 
 Objects enumerate(Connection& connection, const ClassTarget& target, const RequestOptions& options)
@@ -95,14 +105,6 @@ std::string wordsOf(const Qualifiers& qualifiers, const std::wstring& text)
     return list + suggestion(text, words);
 }
 
-// A system property that a user may want to see; classes do not declare it.
-Property systemText(const wchar_t* name)
-{
-    Property property;
-    property.name = name;
-    return property;
-}
-
 }  // namespace
 
 Objects enumerateInstances(Connection& connection, const ClassTarget& target, const CommandOptions& options)
@@ -145,13 +147,14 @@ std::optional<Objects> queryService(Connection& connection, const std::wstring& 
 ComPtr<IWbemClassObject> getInstance(Connection& connection, const InstanceTarget& instance,
                                      const CommandOptions& options)
 {
-    RequestResult result = connection.sessionFor(instance.target).get(instance.path, requestOptions(options));
-    check(result);
-    if (result.objects.size() != 1) {
-        throw RequestError(code(WBEM_E_PROVIDER_FAILURE),
-                           "the provider delivered " + std::to_string(result.objects.size()) + " objects, not one");
-    }
-    return result.objects.front();
+    return onlyObject(connection.sessionFor(instance.target).get(instance.path, requestOptions(options)));
+}
+
+ComPtr<IWbemClassObject> getIfPresent(Connection& connection, const InstanceTarget& instance,
+                                      const CommandOptions& options)
+{
+    const RequestResult result = connection.sessionFor(instance.target).get(instance.path, requestOptions(options));
+    return result.status == code(WBEM_E_NOT_FOUND) ? ComPtr<IWbemClassObject>() : onlyObject(result);
 }
 
 void putInstance(Connection& connection, const ClassTarget& target, IWbemClassObject* object,
@@ -213,7 +216,7 @@ std::vector<const Property*> propertiesNamed(const ClassDefinition& definition, 
         return {&propertyOf(definition, pattern)};
     }
     std::vector<const Property*> result;
-    for (const Property& property : definition.properties) {
+    for (const Property& property : isSystemName(pattern) ? systemProperties() : definition.properties) {
         if (PathMatchSpecW(property.name.c_str(), std::wstring(pattern).c_str()) != 0) {
             result.push_back(&property);
         }
@@ -227,12 +230,7 @@ std::vector<const Property*> propertiesNamed(const ClassDefinition& definition, 
 
 const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name)
 {
-    static const std::array systemTexts{
-        systemText(L"__PATH"),   systemText(L"__RELPATH"),   systemText(L"__CLASS"),     systemText(L"__DYNASTY"),
-        systemText(L"__SERVER"), systemText(L"__NAMESPACE"), systemText(L"__SUPERCLASS")};
-    const auto* system = std::find_if(systemTexts.begin(), systemTexts.end(),
-                                      [name](const Property& p) { return sameName(p.name, name); });
-    const Property* property = system == systemTexts.end() ? findByHeading(definition, name) : system;
+    const Property* property = isSystemName(name) ? findSystemProperty(name) : findByHeading(definition, name);
     if (property == nullptr) {
         throw RequestError(code(WBEM_E_INVALID_PROPERTY), "the class " + toUtf8(definition.name) + " has no property " +
                                                               toUtf8(name) +

@@ -21,6 +21,9 @@ std::optional<Objects> queryService(Connection& connection, const std::wstring& 
                                     const CommandOptions& options);
 ComPtr<IWbemClassObject> getInstance(Connection& connection, const InstanceTarget& instance,
                                      const CommandOptions& options);
+// The same; null where there is no such instance.
+ComPtr<IWbemClassObject> getIfPresent(Connection& connection, const InstanceTarget& instance,
+                                      const CommandOptions& options);
 void putInstance(Connection& connection, const ClassTarget& target, IWbemClassObject* object,
                  const CommandOptions& options);
 void deleteInstance(Connection& connection, const InstanceTarget& instance, const CommandOptions& options);
@@ -36,7 +39,7 @@ Variant valueOfText(const Property& property, const std::wstring& text);
 // does not exist.
 void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment);
 
-// The property of that name or heading, or one of the system properties that are texts. Throws RequestError with
+// The property of that name or heading, or one of the system properties. Throws RequestError with
 // WBEM_E_INVALID_PROPERTY.
 const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name);
 

@@ -91,15 +91,10 @@ public:
         }
         const InstanceTarget job = instanceOf(m_job);
         deleteInstance(m_connection, job, m_options);
-        try {
-            getInstance(m_connection, job, m_options);
-        } catch (const RequestError& error) {
-            if (error.status() == code(WBEM_E_NOT_FOUND)) {
-                return "the job is gone";
-            }
-            throw;
+        if (getIfPresent(m_connection, job, m_options)) {
+            throw StepFailure("the job is still there");
         }
-        throw StepFailure("the job is still there");
+        return "the job is gone";
     }
 
 private:

@@ -1,6 +1,7 @@
 #include "wmihost/objects/SystemProperties.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/terminal/Text.h"
@@ -46,7 +47,7 @@ Variant dynasty(const ClassDefinition& definition, const Values&)
 
 Variant relPath(const ClassDefinition& definition, const Values& values)
 {
-    return textOrNull(pathOf(definition, values).value_or(L""));
+    return textOrNull(pathOf(definition, values).value_or(std::wstring()));
 }
 
 Variant propertyCount(const ClassDefinition& definition, const Values&)
@@ -108,8 +109,28 @@ bool isSystemName(std::wstring_view name)
 
 bool isSystemProperty(std::wstring_view name)
 {
-    return std::any_of(systemPropertyNames.begin(), systemPropertyNames.end(),
-                       [name](std::wstring_view known) { return sameName(known, name); });
+    return findSystemProperty(name) != nullptr;
+}
+
+const std::vector<Property>& systemProperties()
+{
+    static const std::vector<Property> declared = [] {
+        std::vector<Property> result(properties.size());
+        for (std::size_t i = 0; i < result.size(); ++i) {
+            result[i].name = systemPropertyNames[i];
+            result[i].type = properties[i].type;
+        }
+        return result;
+    }();
+    return declared;
+}
+
+const Property* findSystemProperty(std::wstring_view name)
+{
+    const auto& all = systemProperties();
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [name](const Property& property) { return sameName(property.name, name); });
+    return found == all.end() ? nullptr : &*found;
 }
 
 std::optional<SystemValue> systemValue(const ClassDefinition& definition, const Values& values, std::wstring_view name)

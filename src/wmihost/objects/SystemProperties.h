@@ -17,6 +17,10 @@ extern const std::array<std::wstring_view, 10> systemPropertyNames;
 bool isSystemName(std::wstring_view name);
 bool isSystemProperty(std::wstring_view name);
 
+// The system properties as a class would declare them, and the one of that name; null if there is none.
+const std::vector<Property>& systemProperties();
+const Property* findSystemProperty(std::wstring_view name);
+
 struct SystemValue
 {
     Variant value;

@@ -1,7 +1,6 @@
 #include "wmihost/wql/Condition.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <initializer_list>
@@ -10,6 +9,7 @@
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/RequestError.h"
 #include "wmihost/objects/ObjectReader.h"
+#include "wmihost/objects/SystemProperties.h"
 #include "wmihost/terminal/Suggestion.h"
 #include "wmihost/terminal/Text.h"
 #include "wmihost/wql/DateConstant.h"
@@ -22,13 +22,6 @@ namespace {
 using Number = long double;
 
 constexpr std::wstring_view thisObject = L"__THIS";
-
-bool isSystem(std::wstring_view name)
-{
-    constexpr std::array<std::wstring_view, 8> names{L"__CLASS",   L"__PATH",      L"__RELPATH", L"__SUPERCLASS",
-                                                     L"__DYNASTY", L"__NAMESPACE", L"__SERVER",  thisObject};
-    return std::any_of(names.begin(), names.end(), [name](std::wstring_view other) { return sameName(other, name); });
-}
 
 bool isNumeric(CIMTYPE type)
 {
@@ -194,13 +187,13 @@ void checkComparison(const Condition& whole, const Comparison& comparison, const
 {
     const std::wstring& name = comparison.property.front();
     const bool tests = comparison.op == Operator::isNull || comparison.op == Operator::isNotNull;
-    if (isSystem(name)) {
-        if (sameName(name, thisObject) && comparison.op != Operator::isA) {
+    if (sameName(name, thisObject)) {
+        if (comparison.op != Operator::isA) {
             refuse(whole, comparison.place, "__THIS is the object itself, and takes ISA alone");
         }
         return;
     }
-    const Property* property = definition.findProperty(name);
+    const Property* property = isSystemName(name) ? findSystemProperty(name) : definition.findProperty(name);
     if (property == nullptr) {
         throw RequestError(code(WBEM_E_INVALID_PROPERTY), "the class " + toUtf8(definition.name) + " has no property " +
                                                               toUtf8(name) +

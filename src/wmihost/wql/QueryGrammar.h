@@ -66,16 +66,12 @@ struct number : p::seq<p::opt<p::one<'+', '-'>>,
                        p::not_at<word_first>> {};
 struct constant : p::seq<p::sor<text, number, kw_true, kw_false, kw_null, word>, gap> {};
 // What can stand first in a comparison: there a word is a property.
-struct leading_constant : p::seq<p::sor<text, number, kw_true, kw_false>, gap> {};
+struct leading_constant : p::seq<p::sor<text, number, kw_true, kw_false, kw_null>, gap> {};
 
 // Comparisons.
-struct op_le : p::string<'<', '='> {};
-struct op_ge : p::string<'>', '='> {};
-struct op_ne : p::sor<p::string<'!', '='>, p::string<'<', '>'>> {};
-struct op_lt : p::one<'<'> {};
-struct op_gt : p::one<'>'> {};
-struct op_eq : p::one<'='> {};
-struct operator_sign : p::seq<p::sor<op_le, op_ge, op_ne, op_lt, op_gt, op_eq>, gap> {};
+struct sign : p::sor<p::string<'<', '='>, p::string<'>', '='>, p::string<'!', '='>, p::string<'<', '>'>,
+                     p::one<'<', '>', '='>> {};
+struct operator_sign : p::seq<sign, gap> {};
 struct null_word : p::seq<p::opt<kw_not>, kw_null> {};
 struct is_null : p::seq<kw_is, p::must<null_word>> {};
 struct pattern : p::seq<p::sor<text, word>, gap> {};
@@ -242,10 +238,10 @@ struct action<term> : p::limit_depth<deepestCondition>
 // The nodes that the parse tree keeps.
 template <class Rule>
 using selector = p::parse_tree::selector<
-    Rule, p::parse_tree::store_content::on<
-              select, related, everything, selected, from_class, any, all, negation, comparison, property, text,
-              double_body, single_body, word, number, kw_true, kw_false, kw_null, kw_not, constant, leading_constant,
-              is_null, like, isa, op_le, op_ge, op_ne, op_lt, op_gt, op_eq, kw_references, path, clause, clause_name,
-              clause_value, any_name, kw_classdefsonly, kw_keysonly, kw_schemaonly, name>>;
+    Rule, p::parse_tree::store_content::on<select, related, everything, selected, from_class, any, all, negation,
+                                           comparison, property, text, double_body, single_body, word, number, kw_true,
+                                           kw_false, kw_null, kw_not, constant, leading_constant, is_null, like, isa,
+                                           sign, kw_references, path, clause, clause_name, clause_value, any_name,
+                                           kw_classdefsonly, kw_keysonly, kw_schemaonly, name>>;
 
 }  // namespace wmihost::wql::grammar

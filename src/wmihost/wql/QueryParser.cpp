@@ -105,12 +105,9 @@ private:
             result.op = Operator::isA;
             result.constant = constant(*isa);
         } else {
-            result.op = sign(node);
             const Node* leading = childOf<grammar::leading_constant>(node);
+            result.op = operatorOf(*childOf<grammar::sign>(node), leading != nullptr);
             result.constant = constant(leading != nullptr ? *leading : *childOf<grammar::constant>(node));
-            if (leading != nullptr) {
-                result.op = mirrored(result.op);
-            }
             if (result.constant.kind == Constant::Kind::null) {
                 result.op = nullTest(result);
             }
@@ -118,39 +115,26 @@ private:
         return result;
     }
 
-    static Operator sign(const Node& node)
+    // Behind a constant the sign means the opposite: 5 < Speed means Speed > 5.
+    static Operator operatorOf(const Node& sign, bool constantFirst)
     {
-        const auto has = [&node](auto rule) { return childOf<decltype(rule)>(node) != nullptr; };
-        if (has(grammar::op_le())) {
-            return Operator::lessOrEqual;
-        }
-        if (has(grammar::op_ge())) {
-            return Operator::greaterOrEqual;
-        }
-        if (has(grammar::op_ne())) {
-            return Operator::notEqual;
-        }
-        if (has(grammar::op_lt())) {
-            return Operator::less;
-        }
-        return has(grammar::op_gt()) ? Operator::greater : Operator::equal;
-    }
-
-    // 5 < Speed means Speed > 5.
-    static Operator mirrored(Operator op)
-    {
-        switch (op) {
-            case Operator::less:
-                return Operator::greater;
-            case Operator::lessOrEqual:
-                return Operator::greaterOrEqual;
-            case Operator::greater:
-                return Operator::less;
-            case Operator::greaterOrEqual:
-                return Operator::lessOrEqual;
-            default:
-                return op;
-        }
+        struct Meaning
+        {
+            std::string_view sign;
+            Operator op;
+            Operator mirrored;
+        };
+        static constexpr std::array<Meaning, 7> meanings{{{"=", Operator::equal, Operator::equal},
+                                                          {"<>", Operator::notEqual, Operator::notEqual},
+                                                          {"!=", Operator::notEqual, Operator::notEqual},
+                                                          {"<", Operator::less, Operator::greater},
+                                                          {"<=", Operator::lessOrEqual, Operator::greaterOrEqual},
+                                                          {">", Operator::greater, Operator::less},
+                                                          {">=", Operator::greaterOrEqual, Operator::lessOrEqual}}};
+        const auto* const found = std::find_if(meanings.begin(), meanings.end(), [&sign](const Meaning& meaning) {
+            return meaning.sign == sign.string_view();
+        });
+        return constantFirst ? found->mirrored : found->op;
     }
 
     Operator nullTest(const Comparison& comparison) const

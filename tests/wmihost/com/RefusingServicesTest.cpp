@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "tests/wmihost/TextRow.h"
 #include "wmihost/com/Guard.h"
 
 namespace wmihost {
@@ -105,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(
                 [](IWbemServices& s, Outputs&) {
                     return s.ExecMethodAsync(nullptr, nullptr, 0, nullptr, nullptr, nullptr);
                 }}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 // clang-format on
 
 }  // namespace

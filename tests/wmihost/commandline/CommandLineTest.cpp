@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "tests/wmihost/CommandTest.h"
+#include "tests/wmihost/TextRow.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/terminal/Lines.h"
 #include "wmihost/terminal/Text.h"
@@ -130,13 +131,13 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"NoValues", {"set", "Fake_Thing=\"one\""}, "wmihost set: value is required"},
         WrongUsage{"UnknownFormat",
                    {"list", "Fake_Thing", "--format", "xml"},
-                   "wmihost list: --format: 'xml' is none of table, json, mof, csv"},
+                   "wmihost list: --format: 'xml' is not one of table, json, mof, csv"},
         WrongUsage{"NoFormat",
                    {"list", "Fake_Thing", "--format"},
                    "wmihost list: --format: 1 required table|json|mof|csv missing"},
         WrongUsage{"UnknownFormatOfADescription",
                    {"describe", "--format", "html"},
-                   "wmihost describe: --format: 'html' is none of table, json, mof, markdown"},
+                   "wmihost describe: --format: 'html' is not one of table, json, mof, markdown"},
         WrongUsage{"FormatOfADeletion",
                    {"delete", "Fake_Thing=\"one\"", "--format", "json"},
                    "wmihost delete: there is no option --format here"},
@@ -145,25 +146,26 @@ INSTANTIATE_TEST_SUITE_P(
                    "wmihost self-test: there is no option --format here"},
         WrongUsage{"MarkdownOfInstances",
                    {"list", "Fake_Thing", "--format", "markdown"},
-                   "wmihost list: --format: 'markdown' is none of table, json, mof, csv"},
+                   "wmihost list: --format: 'markdown' is not one of table, json, mof, csv"},
         WrongUsage{"TooManyThreads",
                    {"get", "Fake_Thing=\"one\"", "--threads", "257"},
-                   "wmihost get: --threads: Value 257 not in range 1 to 256"},
+                   "wmihost get: --threads: '257' is not a number from 1 to 256"},
         WrongUsage{"IntervalOfNoTime",
                    {"watch", "Fake_Thing", "--interval", "0"},
-                   "wmihost watch: --interval: Value 0 not in range 10 to 3600000"},
-        WrongUsage{"UnknownLevel",
-                   {"list", "Fake_Thing", "--impersonation", "root"},
-                   "wmihost list: --impersonation: 'root' is none of none, anonymous, identify, impersonate, delegate"},
+                   "wmihost watch: --interval: '0' is not a number from 10 to 3600000"},
+        WrongUsage{
+            "UnknownLevel",
+            {"list", "Fake_Thing", "--impersonation", "root"},
+            "wmihost list: --impersonation: 'root' is not one of none, anonymous, identify, impersonate, delegate"},
         WrongUsage{"NoThreads",
                    {"list", "Fake_Thing", "--threads", "0"},
-                   "wmihost list: --threads: Value 0 not in range 1 to 256"},
+                   "wmihost list: --threads: '0' is not a number from 1 to 256"},
         WrongUsage{"RepeatThatIsNoNumber",
                    {"get", "Fake_Thing=\"one\"", "--repeat", "often"},
-                   "wmihost get: --repeat: Value often not in range 1 to 1000000"},
+                   "wmihost get: --repeat: 'often' is not a number from 1 to 1000000"},
         WrongUsage{"CountThatIsNoNumber",
                    {"watch", "Fake_Thing", "--count", "x"},
-                   "wmihost watch: --count: Value x not in range 1 to 1000000"},
+                   "wmihost watch: --count: 'x' is not a number from 1 to 1000000"},
         WrongUsage{"ClassWithoutCounters",
                    {"watch", "Fake_Orphan", "--count", "1"},
                    "wmihost watch: the class Fake_Orphan has no counters to watch among the properties"},
@@ -205,11 +207,12 @@ INSTANTIATE_TEST_SUITE_P(
                    {"set", "Fake_Thing=\"one\"", "State=Enable"},
                    "wmihost set: State: 'Enable' is no uint16: a whole number from 0 to 65535, or one of the words "
                    "Enabled, Disabled; did you mean Enabled?"},
-        WrongUsage{"UnknownShell", {"completion", "zsh"}, "wmihost completion: shell: zsh not in {bash,powershell}"},
+        WrongUsage{
+            "UnknownShell", {"completion", "zsh"}, "wmihost completion: shell: 'zsh' is not one of bash, powershell"},
         WrongUsage{"BrokenPath",
                    {"get", "Fake_Thing."},
-                   "wmihost get: 'Fake_Thing.' is no object path: expected the name of a key at character 12"}),
-    [](const auto& row) { return std::string(row.param.name); });
+                   "wmihost get: 'Fake_Thing.' is not an object path: expected the name of a key at character 12"}),
+    rowName);
 
 struct Refusal
 {
@@ -328,7 +331,7 @@ INSTANTIATE_TEST_SUITE_P(
                 {"delete", "Fake_Thing=\"one\""},
                 "  WBEM_E_PROVIDER_NOT_CAPABLE (0x80041024): the provider cannot do this\n"
                 "  Try: the registration in the MOF says what it supports; instances can be updated, not created\n"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST_F(CommandLineTest, TheHelpNamesEveryCommandWithAnExample)
 {

@@ -1,4 +1,5 @@
 #include "tests/wmihost/CommandTest.h"
+#include "tests/wmihost/TextRow.h"
 #include "wmihost/repository/ObjectPath.h"
 #include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Text.h"
@@ -212,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Limited{"TooShort", "Tag=a", "Tag: its length in bytes, 1, is below its MinLen, 2"},
                     Limited{"OutsideTheMap", "Mode=3", "Mode: 3 is not in its ValueMap: 1 On, 2 Off"},
                     Limited{"NotWritable", "Fixed=x", "Fixed: the class does not declare it with the qualifier write"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST_F(ChangeTest, AnInstanceThatIsNotThereIsNotPut)
 {

@@ -1,4 +1,5 @@
 #include "tests/wmihost/CommandTest.h"
+#include "tests/wmihost/TextRow.h"
 
 namespace wmihost {
 namespace {
@@ -144,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(Table, ReturnValues,
                          testing::Values(Returned{"Completed", 0, 0}, Returned{"JobStarted", 4096, 0},
                                          Returned{"SuccessByItsWord", 7, 0}, Returned{"Refused", 5, 1},
                                          Returned{"InvalidTransition", 4097, 1}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 TEST_F(InvokeTest, AnArgumentOfAnotherTypeIsNotSent)
 {

@@ -10,6 +10,7 @@
 #include <iphlpapi.h>
 
 #include "tests/wmihost/CommandTest.h"
+#include "tests/wmihost/TextRow.h"
 #include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Text.h"
 
@@ -223,7 +224,7 @@ INSTANTIATE_TEST_SUITE_P(
         SharedQuery{"BooleanFalse", "SELECT Name FROM Win32_Service WHERE AcceptStop = FALSE", true},
         SharedQuery{"IsNull", "SELECT DeviceID FROM Win32_NetworkAdapter WHERE MACAddress IS NULL", false},
         SharedQuery{"IsNotNull", "SELECT DeviceID FROM Win32_NetworkAdapter WHERE MACAddress IS NOT NULL", true}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 }  // namespace
 }  // namespace wmihost

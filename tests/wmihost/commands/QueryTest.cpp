@@ -1,6 +1,7 @@
 // The commands `query` and `related`, with conditions and relations that this program works out by itself.
 
 #include "tests/wmihost/CommandTest.h"
+#include "tests/wmihost/TextRow.h"
 
 namespace wmihost {
 namespace {
@@ -112,6 +113,56 @@ TEST_F(QueryTest, Select_withoutResult_saysSo)
     EXPECT_EQ(error, "the query found nothing\n");
 }
 
+TEST_F(QueryTest, Quiet_saysNothingOfAnEmptyResult)
+{
+    for (const char* const query :
+         {"SELECT * FROM Fake_Room WHERE Floor = 9", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE Role = Upper",
+          "ASSOCIATORS OF {Fake_Room} WHERE SchemaOnly ResultClass = Fake_HangsIn",
+          "SELECT * FROM meta_class WHERE __CLASS = 'Nobodys'"})
+    {
+        EXPECT_EQ(run({"query", query}), 0) << query;
+        EXPECT_EQ(error, "the query found nothing\n") << query;
+        EXPECT_EQ(run({"query", query, "--quiet"}), 0) << query;
+        EXPECT_EQ(error, "") << query;
+    }
+}
+
+TEST_F(QueryTest, Csv_ofSeveralClasses_isOneDocument)
+{
+    EXPECT_EQ(run({"related", "Fake_Room='kitchen'", "--format", "csv"}), 0) << error;
+    EXPECT_EQ(out,
+              "__CLASS,Name,On,Floor\r\n"
+              "Fake_Lamp,old,TRUE,\r\n"
+              "Fake_RedLamp,red,TRUE,\r\n"
+              "Fake_Room,attic,,3\r\n");
+    EXPECT_EQ(run({"query", "SELECT * FROM Fake_Lamp", "--format", "csv"}), 0) << error;
+    EXPECT_EQ(out, "__CLASS,Name,On\r\nFake_Lamp,old,TRUE\r\nFake_RedLamp,red,TRUE\r\n");
+    EXPECT_EQ(run({"query", "SELECT * FROM Fake_Room", "--format", "csv"}), 0) << error;
+    EXPECT_EQ(out, "Name,Floor\r\nkitchen,0\r\nattic,3\r\n");
+    EXPECT_EQ(run({"related", "Fake_Room='kitchen'", "--format", "csv", "--where", "Role=Upper"}), 0) << error;
+    EXPECT_EQ(out, "__CLASS\r\n");
+}
+
+TEST_F(QueryTest, Hint_namesTheClassAndNoOptionThatIsNotThere)
+{
+    _putenv("COLUMNS=12");
+    EXPECT_EQ(run({"query", "SELECT * FROM Fake_Room"}), 0);
+    EXPECT_EQ(error, "Fake_Room: 1 property does not fit the line (Floor); --format json shows all\n");
+    EXPECT_EQ(run({"query", "SELECT * FROM Fake_Room", "--quiet"}), 0);
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(QueryTest, SystemProperties_canBeSelected)
+{
+    EXPECT_EQ(
+        run({"query", "SELECT __GENUS, __DERIVATION FROM Fake_RedLamp WHERE __PROPERTY_COUNT = 2", "--format", "csv"}),
+        0)
+        << error;
+    EXPECT_EQ(out, "__GENUS,__DERIVATION\r\n2,\"[\"\"Fake_Lamp\"\"]\"\r\n");
+    EXPECT_EQ(run({"list", "Fake_RedLamp", "--property", "__*COUNT,__G*", "--format", "csv"}), 0) << error;
+    EXPECT_EQ(out, "__PROPERTY_COUNT,__GENUS\r\n2,2\r\n");
+}
+
 TEST_F(QueryTest, BadQuery_isRefusedBeforeAnythingIsAsked)
 {
     EXPECT_EQ(run({"query", "SELECT * FROM Fake_Room WHERE Floor >"}), 2);
@@ -129,25 +180,13 @@ TEST_F(QueryTest, BadQuery_isRefusedBeforeAnythingIsAsked)
     EXPECT_TRUE(asked.empty());
 }
 
-struct RelatedCase
-{
-    const char* name;
-    const char* query;
-    const char* result;  // __RELPATH of each, or the names of the classes
-};
-
-void PrintTo(const RelatedCase& row, std::ostream* stream)
-{
-    *stream << row.name;
-}
-
-class RelatedCases : public QueryTest, public testing::WithParamInterface<RelatedCase>
+class RelatedCases : public QueryTest, public testing::WithParamInterface<TextRow>
 {
 };
 
 TEST_P(RelatedCases, FindWhatIsDocumented)
 {
-    EXPECT_EQ(run({"query", GetParam().query, "--format", "json"}), 0) << error;
+    EXPECT_EQ(run({"query", GetParam().given, "--format", "json"}), 0) << error;
     std::string found;
     for (const char* const key : {"\"__PATH\": \"", "\"class\": \""}) {
         for (std::size_t at = out.find(key); at != std::string::npos; at = out.find(key, at + 1)) {
@@ -159,56 +198,55 @@ TEST_P(RelatedCases, FindWhatIsDocumented)
         }
     }
     std::erase(found, '\\');
-    EXPECT_EQ(found, GetParam().result);
+    EXPECT_EQ(found, GetParam().expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, RelatedCases,
     testing::Values(
-        RelatedCase{"All", "ASSOCIATORS OF {Fake_Room.Name='kitchen'}",
-                    "Fake_Lamp.Name=\"old\" Fake_RedLamp.Name=\"red\" Fake_Room.Name=\"attic\""},
-        RelatedCase{"FromTheOtherEnd", "ASSOCIATORS OF {Fake_Lamp='old'}",
-                    "Fake_Room.Name=\"Kitchen\" Fake_Room.Name=\"attic\""},
-        RelatedCase{"AssocClass", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE AssocClass = Fake_Above",
-                    "Fake_Room.Name=\"attic\""},
-        RelatedCase{"ResultClass", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE ResultClass = Fake_Lamp",
-                    "Fake_Lamp.Name=\"old\" Fake_RedLamp.Name=\"red\""},
-        RelatedCase{"ResultClassDerived", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE ResultClass = Fake_RedLamp",
-                    "Fake_RedLamp.Name=\"red\""},
-        RelatedCase{"Role", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE Role = Lower", "Fake_Room.Name=\"attic\""},
-        RelatedCase{"OtherRole", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE Role = Upper", ""},
-        RelatedCase{"ResultRole", "ASSOCIATORS OF {Fake_Room='attic'} WHERE ResultRole = Lower",
-                    "Fake_Room.Name=\"kitchen\""},
-        RelatedCase{"RequiredQualifier", "ASSOCIATORS OF {Fake_Room='attic'} WHERE RequiredQualifier = Lit",
-                    "Fake_Lamp.Name=\"old\""},
-        RelatedCase{"RequiredAssocQualifier", "ASSOCIATORS OF {Fake_Room='attic'} WHERE RequiredAssocQualifier = Fixed",
-                    "Fake_Lamp.Name=\"old\""},
-        RelatedCase{"TwoKeywords",
-                    "ASSOCIATORS OF {Fake_Room='attic'} WHERE ResultClass = Fake_Lamp RequiredQualifier = Lit",
-                    "Fake_Lamp.Name=\"old\""},
-        RelatedCase{"Schema", "ASSOCIATORS OF {Fake_Room} WHERE SchemaOnly", "Fake_Lamp Fake_Room"},
-        RelatedCase{"SchemaOfADerivedClass", "ASSOCIATORS OF {Fake_RedLamp} WHERE SchemaOnly", "Fake_Room"},
-        RelatedCase{"SchemaReferences", "REFERENCES OF {Fake_Room} WHERE SchemaOnly", "Fake_HangsIn Fake_Above"},
-        RelatedCase{"SchemaRole", "REFERENCES OF {Fake_Lamp} WHERE SchemaOnly Role = Room", ""},
-        RelatedCase{"MetaClass", "SELECT * FROM meta_class WHERE __this ISA 'Fake_Lamp'", "Fake_Lamp Fake_RedLamp"},
-        RelatedCase{"MetaClassByName", "SELECT * FROM meta_class WHERE __CLASS = 'fake_room'", "Fake_Room"},
-        RelatedCase{"MetaClassBySuperclass", "SELECT * FROM meta_class WHERE __SUPERCLASS = 'Fake_Lamp'",
-                    "Fake_RedLamp"},
-        RelatedCase{"MetaClassWithoutSuperclass",
-                    "SELECT * FROM meta_class WHERE __SUPERCLASS IS NULL AND __CLASS LIKE '%[_]La%'", "Fake_Lamp"},
-        RelatedCase{"ClassDefsOnly", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE ClassDefsOnly",
-                    "Fake_Lamp Fake_RedLamp Fake_Room"},
-        RelatedCase{"References", "REFERENCES OF {Fake_Room='attic'}",
-                    "Fake_HangsIn.Lamp=\"Fake_Lamp.Name=\"old\"\",Room=\"Fake_Room.Name=\"attic\"\" "
-                    "Fake_Above.Lower=\"Fake_Room.Name=\"kitchen\"\",Upper=\"Fake_Room.Name=\"attic\"\""},
-        RelatedCase{"ReferencesOfAClass", "REFERENCES OF {Fake_Room='attic'} WHERE ResultClass = Fake_Above",
-                    "Fake_Above.Lower=\"Fake_Room.Name=\"kitchen\"\",Upper=\"Fake_Room.Name=\"attic\"\""},
-        RelatedCase{"ReferencesInARole", "REFERENCES OF {Fake_Room='attic'} WHERE Role = Lower", ""},
-        RelatedCase{"ReferencesWithAQualifier", "REFERENCES OF {Fake_Room='attic'} WHERE RequiredQualifier = Fixed",
-                    "Fake_HangsIn.Lamp=\"Fake_Lamp.Name=\"old\"\",Room=\"Fake_Room.Name=\"attic\"\""},
-        RelatedCase{"ReferencesClassDefsOnly", "REFERENCES OF {Fake_Room='kitchen'} WHERE ClassDefsOnly",
-                    "Fake_HangsIn Fake_Above"}),
-    [](const auto& row) { return std::string(row.param.name); });
+        TextRow{"All", "ASSOCIATORS OF {Fake_Room.Name='kitchen'}",
+                "Fake_Lamp.Name=\"old\" Fake_RedLamp.Name=\"red\" Fake_Room.Name=\"attic\""},
+        TextRow{"FromTheOtherEnd", "ASSOCIATORS OF {Fake_Lamp='old'}",
+                "Fake_Room.Name=\"Kitchen\" Fake_Room.Name=\"attic\""},
+        TextRow{"AssocClass", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE AssocClass = Fake_Above",
+                "Fake_Room.Name=\"attic\""},
+        TextRow{"ResultClass", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE ResultClass = Fake_Lamp",
+                "Fake_Lamp.Name=\"old\" Fake_RedLamp.Name=\"red\""},
+        TextRow{"ResultClassDerived", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE ResultClass = Fake_RedLamp",
+                "Fake_RedLamp.Name=\"red\""},
+        TextRow{"Role", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE Role = Lower", "Fake_Room.Name=\"attic\""},
+        TextRow{"OtherRole", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE Role = Upper", ""},
+        TextRow{"ResultRole", "ASSOCIATORS OF {Fake_Room='attic'} WHERE ResultRole = Lower",
+                "Fake_Room.Name=\"kitchen\""},
+        TextRow{"RequiredQualifier", "ASSOCIATORS OF {Fake_Room='attic'} WHERE RequiredQualifier = Lit",
+                "Fake_Lamp.Name=\"old\""},
+        TextRow{"RequiredAssocQualifier", "ASSOCIATORS OF {Fake_Room='attic'} WHERE RequiredAssocQualifier = Fixed",
+                "Fake_Lamp.Name=\"old\""},
+        TextRow{"TwoKeywords",
+                "ASSOCIATORS OF {Fake_Room='attic'} WHERE ResultClass = Fake_Lamp RequiredQualifier = Lit",
+                "Fake_Lamp.Name=\"old\""},
+        TextRow{"Schema", "ASSOCIATORS OF {Fake_Room} WHERE SchemaOnly", "Fake_Lamp Fake_Room"},
+        TextRow{"SchemaOfADerivedClass", "ASSOCIATORS OF {Fake_RedLamp} WHERE SchemaOnly", "Fake_Room"},
+        TextRow{"SchemaReferences", "REFERENCES OF {Fake_Room} WHERE SchemaOnly", "Fake_HangsIn Fake_Above"},
+        TextRow{"SchemaRole", "REFERENCES OF {Fake_Lamp} WHERE SchemaOnly Role = Room", ""},
+        TextRow{"MetaClass", "SELECT * FROM meta_class WHERE __this ISA 'Fake_Lamp'", "Fake_Lamp Fake_RedLamp"},
+        TextRow{"MetaClassByName", "SELECT * FROM meta_class WHERE __CLASS = 'fake_room'", "Fake_Room"},
+        TextRow{"MetaClassBySuperclass", "SELECT * FROM meta_class WHERE __SUPERCLASS = 'Fake_Lamp'", "Fake_RedLamp"},
+        TextRow{"MetaClassWithoutSuperclass",
+                "SELECT * FROM meta_class WHERE __SUPERCLASS IS NULL AND __CLASS LIKE '%[_]La%'", "Fake_Lamp"},
+        TextRow{"ClassDefsOnly", "ASSOCIATORS OF {Fake_Room='kitchen'} WHERE ClassDefsOnly",
+                "Fake_Lamp Fake_RedLamp Fake_Room"},
+        TextRow{"References", "REFERENCES OF {Fake_Room='attic'}",
+                "Fake_HangsIn.Lamp=\"Fake_Lamp.Name=\"old\"\",Room=\"Fake_Room.Name=\"attic\"\" "
+                "Fake_Above.Lower=\"Fake_Room.Name=\"kitchen\"\",Upper=\"Fake_Room.Name=\"attic\"\""},
+        TextRow{"ReferencesOfAClass", "REFERENCES OF {Fake_Room='attic'} WHERE ResultClass = Fake_Above",
+                "Fake_Above.Lower=\"Fake_Room.Name=\"kitchen\"\",Upper=\"Fake_Room.Name=\"attic\"\""},
+        TextRow{"ReferencesInARole", "REFERENCES OF {Fake_Room='attic'} WHERE Role = Lower", ""},
+        TextRow{"ReferencesWithAQualifier", "REFERENCES OF {Fake_Room='attic'} WHERE RequiredQualifier = Fixed",
+                "Fake_HangsIn.Lamp=\"Fake_Lamp.Name=\"old\"\",Room=\"Fake_Room.Name=\"attic\"\""},
+        TextRow{"ReferencesClassDefsOnly", "REFERENCES OF {Fake_Room='kitchen'} WHERE ClassDefsOnly",
+                "Fake_HangsIn Fake_Above"}),
+    rowName);
 
 TEST_F(QueryTest, KeysOnly_leavesOutTheRest)
 {

@@ -1,4 +1,5 @@
 #include "tests/wmihost/CommandTest.h"
+#include "wmihost/terminal/Text.h"
 
 namespace wmihost {
 namespace {
@@ -103,6 +104,24 @@ TEST_F(SelfTestTest, EveryKindOfRequestHasAVerdict)
               "delete     passed   the job is gone\n");
     EXPECT_EQ(error, "");
     EXPECT_TRUE(deleted);
+}
+
+TEST_F(SelfTestTest, Namespace_isTheOneThatIsAsked)
+{
+    std::ofstream(mof) << fakeMof << tourMof << "#pragma namespace(\"\\\\\\\\.\\\\root\\\\other\")\n"
+                       << "instance of __Win32Provider { Name = \"FakeProvider\"; "
+                          "CLSID = \"{5F3C2A10-7B1E-4D52-9A31-0C445E6F7081}\"; };\n"
+                       << "instance of __MethodProviderRegistration { Provider = "
+                          "\"__Win32Provider.Name=\\\"FakeProvider\\\"\"; };\n"
+                       << tourMof;
+    for (const auto* const nameSpace : {"root/other", "root/test"}) {
+        EXPECT_EQ(run({"self-test", "--namespace", nameSpace}), 0) << out;
+        EXPECT_EQ(toUtf8(ClassRepository::plainName(behaviour.nameSpace)),
+                  toUtf8(ClassRepository::plainName(toWide(nameSpace))));
+    }
+    EXPECT_EQ(run({"self-test", "--namespace", "root/nowhere"}), 1);
+    EXPECT_NE(out.find("enumerate  FAILED   WBEM_E_INVALID_NAMESPACE (0x8004100E)"), std::string::npos) << out;
+    EXPECT_NE(out.find("put        FAILED   WBEM_E_INVALID_NAMESPACE (0x8004100E)"), std::string::npos) << out;
 }
 
 TEST_F(SelfTestTest, WithoutAnAdapterWhatNeedsOneFails)

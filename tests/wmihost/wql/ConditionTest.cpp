@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/wmihost/TestObjects.h"
+#include "tests/wmihost/TextRow.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/RequestError.h"
 
@@ -62,139 +63,108 @@ protected:
     const ComPtr<IWbemClassObject> object = instanceOf(repository, L"Derived");
 };
 
-struct ConditionCase
-{
-    const char* name;
-    const char* condition;
-    const char* answer;
-};
-
-void PrintTo(const ConditionCase& row, std::ostream* stream)
-{
-    *stream << row.condition;
-}
-
-class ConditionCases : public ConditionTest, public testing::WithParamInterface<ConditionCase>
+class ConditionCases : public ConditionTest, public testing::WithParamInterface<TextRow>
 {
 };
 
 TEST_P(ConditionCases, AreDecidedAsDocumented)
 {
-    EXPECT_EQ(answer(GetParam().condition), GetParam().answer);
+    EXPECT_EQ(answer(GetParam().given), GetParam().expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, ConditionCases,
     testing::Values(
         // Texts, without case.
-        ConditionCase{"TextEqual", "Name = 'ETH0'", "true"}, ConditionCase{"TextNotEqual", "name <> 'eth1'", "true"},
-        ConditionCase{"TextLess", "Name < 'eth1'", "true"},
-        ConditionCase{"TextGreaterOrEqual", "Name >= 'ETH1'", "false"},
-        ConditionCase{"ConstantFirst", "'eth0' = Name", "true"}, ConditionCase{"TextLike", "Name LIKE 'e_h%'", "true"},
-        ConditionCase{"TextNotLike", "NOT Name LIKE '%[1-9]'", "true"},
+        TextRow{"TextEqual", "Name = 'ETH0'", "true"}, TextRow{"TextNotEqual", "name <> 'eth1'", "true"},
+        TextRow{"TextLess", "Name < 'eth1'", "true"}, TextRow{"TextGreaterOrEqual", "Name >= 'ETH1'", "false"},
+        TextRow{"ConstantFirst", "'eth0' = Name", "true"}, TextRow{"TextLike", "Name LIKE 'e_h%'", "true"},
+        TextRow{"TextNotLike", "NOT Name LIKE '%[1-9]'", "true"},
         // Numbers.
-        ConditionCase{"NumberEqual", "Count = 10", "true"}, ConditionCase{"NumberAsText", "Count = '10'", "true"},
-        ConditionCase{"NumberLess", "Count < 9", "false"}, ConditionCase{"NumberConstantFirst", "9 < Count", "true"},
-        ConditionCase{"Hexadecimal", "Count = 0xA", "true"}, ConditionCase{"NegativeGreater", "Below > -6", "true"},
-        ConditionCase{"NegativeLess", "Below < 0", "true"},
-        ConditionCase{"LargestEqual", "Large = 18446744073709551615", "true"},
-        ConditionCase{"LargestGreater", "Large > 18446744073709551614", "true"},
-        ConditionCase{"RealGreaterOrEqual", "Share >= 0.5", "true"}, ConditionCase{"RealLess", "Share < 5e-1", "false"},
+        TextRow{"NumberEqual", "Count = 10", "true"}, TextRow{"NumberAsText", "Count = '10'", "true"},
+        TextRow{"NumberLess", "Count < 9", "false"}, TextRow{"NumberConstantFirst", "9 < Count", "true"},
+        TextRow{"Hexadecimal", "Count = 0xA", "true"}, TextRow{"NegativeGreater", "Below > -6", "true"},
+        TextRow{"NegativeLess", "Below < 0", "true"}, TextRow{"LargestEqual", "Large = 18446744073709551615", "true"},
+        TextRow{"LargestGreater", "Large > 18446744073709551614", "true"},
+        TextRow{"RealGreaterOrEqual", "Share >= 0.5", "true"}, TextRow{"RealLess", "Share < 5e-1", "false"},
         // Booleans.
-        ConditionCase{"BooleanTrue", "Primary = TRUE", "true"}, ConditionCase{"BooleanOne", "Primary = 1", "true"},
-        ConditionCase{"BooleanNotFalse", "Primary <> FALSE", "true"},
-        ConditionCase{"BooleanAsText", "Primary = 'false'", "false"},
-        ConditionCase{"BooleanNotOne", "Primary != 1", "false"}, ConditionCase{"BooleanYes", "Primary = yes", "true"},
+        TextRow{"BooleanTrue", "Primary = TRUE", "true"}, TextRow{"BooleanOne", "Primary = 1", "true"},
+        TextRow{"BooleanNotFalse", "Primary <> FALSE", "true"}, TextRow{"BooleanAsText", "Primary = 'false'", "false"},
+        TextRow{"BooleanNotOne", "Primary != 1", "false"}, TextRow{"BooleanYes", "Primary = yes", "true"},
         // Words of the value map.
-        ConditionCase{"Word", "State = 'enabled'", "true"}, ConditionCase{"OtherWord", "State = Disabled", "false"},
-        ConditionCase{"NumberOfAWord", "State = 2", "true"},
+        TextRow{"Word", "State = 'enabled'", "true"}, TextRow{"OtherWord", "State = Disabled", "false"},
+        TextRow{"NumberOfAWord", "State = 2", "true"},
         // Datetimes, as points in time.
-        ConditionCase{"DatetimeInUtc", "Start = '20261121110000.500000+000'", "true"},
-        ConditionCase{"DatetimeAfterADay", "Start > '20261121'", "true"},
-        ConditionCase{"DatetimeBeforeASecond", "Start < '20261121110001'", "true"},
-        ConditionCase{"DatetimeBeforeADay", "Start >= '20270101'", "false"},
-        ConditionCase{"DatetimeWithOffset", "Start < '20261121060001.000000-300'", "true"},
-        ConditionCase{"Interval", "Duration > '00000001020303.000000:000'", "true"},
+        TextRow{"DatetimeInUtc", "Start = '20261121110000.500000+000'", "true"},
+        TextRow{"DatetimeAfterADay", "Start > '20261121'", "true"},
+        TextRow{"DatetimeBeforeASecond", "Start < '20261121110001'", "true"},
+        TextRow{"DatetimeBeforeADay", "Start >= '20270101'", "false"},
+        TextRow{"DatetimeWithOffset", "Start < '20261121060001.000000-300'", "true"},
+        TextRow{"Interval", "Duration > '00000001020303.000000:000'", "true"},
         // No value.
-        ConditionCase{"IsNull", "Nothing IS NULL", "true"}, ConditionCase{"IsNotNull", "Nothing IS NOT NULL", "false"},
-        ConditionCase{"EqualsNull", "Name = NULL", "false"}, ConditionCase{"DiffersFromNull", "Name <> NULL", "true"},
-        ConditionCase{"NullEqual", "Nothing = 'x'", "unknown"},
-        ConditionCase{"NullNotEqual", "NOT Nothing = 'x'", "unknown"},
-        ConditionCase{"NullLess", "NoNumber < 1", "unknown"},
-        ConditionCase{"NullOrTrue", "NoNumber = 1 OR Count = 10", "true"},
-        ConditionCase{"NullAndFalse", "NoNumber = 1 AND Count = 11", "false"},
-        ConditionCase{"NullAndTrue", "NoNumber = 1 AND Count = 10", "unknown"},
-        ConditionCase{"ArrayIsNotNull", "Texts IS NOT NULL", "true"},
-        ConditionCase{"ObjectIsNull", "Target IS NULL", "true"},
+        TextRow{"IsNull", "Nothing IS NULL", "true"}, TextRow{"IsNotNull", "Nothing IS NOT NULL", "false"},
+        TextRow{"EqualsNull", "Name = NULL", "false"}, TextRow{"DiffersFromNull", "Name <> NULL", "true"},
+        TextRow{"NullEqual", "Nothing = 'x'", "unknown"}, TextRow{"NullNotEqual", "NOT Nothing = 'x'", "unknown"},
+        TextRow{"NullLess", "NoNumber < 1", "unknown"}, TextRow{"NullOrTrue", "NoNumber = 1 OR Count = 10", "true"},
+        TextRow{"NullAndFalse", "NoNumber = 1 AND Count = 11", "false"},
+        TextRow{"NullAndTrue", "NoNumber = 1 AND Count = 10", "unknown"},
+        TextRow{"ArrayIsNotNull", "Texts IS NOT NULL", "true"}, TextRow{"ObjectIsNull", "Target IS NULL", "true"},
         // AND, OR and NOT.
-        ConditionCase{"AndTrue", "Count=10 AND Below=-5", "true"},
-        ConditionCase{"AndFalse", "Count=11 AND Below=-5", "false"},
-        ConditionCase{"OrTrue", "Count=11 OR Below=-5", "true"},
-        ConditionCase{"NotOr", "NOT (Count=11 OR Below=-5)", "false"},
-        ConditionCase{"AndBeforeOr", "Count=11 AND Below=1 OR Name='eth0'", "true"},
-        ConditionCase{"Parentheses", "Count=11 AND (Below=1 OR Name='eth0')", "false"},
+        TextRow{"AndTrue", "Count=10 AND Below=-5", "true"}, TextRow{"AndFalse", "Count=11 AND Below=-5", "false"},
+        TextRow{"OrTrue", "Count=11 OR Below=-5", "true"}, TextRow{"NotOr", "NOT (Count=11 OR Below=-5)", "false"},
+        TextRow{"AndBeforeOr", "Count=11 AND Below=1 OR Name='eth0'", "true"},
+        TextRow{"Parentheses", "Count=11 AND (Below=1 OR Name='eth0')", "false"},
         // The class.
-        ConditionCase{"ClassItself", "__CLASS = 'Derived'", "true"},
-        ConditionCase{"ClassOfABase", "__CLASS = 'Outer'", "false"},
-        ConditionCase{"ThisIsABase", "__THIS ISA 'Outer'", "true"},
-        ConditionCase{"ThisIsNoOther", "__THIS ISA 'Inner'", "false"},
-        ConditionCase{"ClassLike", "__CLASS LIKE 'D%'", "true"},
-        ConditionCase{"Superclass", "__SUPERCLASS = 'Outer'", "true"}),
-    [](const auto& row) { return std::string(row.param.name); });
+        TextRow{"ClassItself", "__CLASS = 'Derived'", "true"}, TextRow{"ClassOfABase", "__CLASS = 'Outer'", "false"},
+        TextRow{"ThisIsABase", "__THIS ISA 'Outer'", "true"}, TextRow{"ThisIsNoOther", "__THIS ISA 'Inner'", "false"},
+        TextRow{"ClassLike", "__CLASS LIKE 'D%'", "true"}, TextRow{"Superclass", "__SUPERCLASS = 'Outer'", "true"},
+        TextRow{"SystemNumber", "__GENUS = 2 AND __PROPERTY_COUNT > 11", "true"},
+        TextRow{"SystemArray", "__DERIVATION IS NULL", "false"}),
+    rowName);
 
-struct Misfit
-{
-    const char* name;
-    const char* condition;
-    const char* reason;
-};
-
-void PrintTo(const Misfit& row, std::ostream* stream)
-{
-    *stream << row.condition;
-}
-
-class Misfits : public ConditionTest, public testing::WithParamInterface<Misfit>
+class Misfits : public ConditionTest, public testing::WithParamInterface<TextRow>
 {
 };
 
 TEST_P(Misfits, AreRefusedBeforeAnythingIsAsked)
 {
     try {
-        answer(GetParam().condition);
+        answer(GetParam().given);
         FAIL() << "the condition was taken";
     } catch (const QueryError& error) {
         const std::string text = error.what();
-        EXPECT_EQ(text.substr(0, text.find('\n')), GetParam().reason);
+        EXPECT_EQ(text.substr(0, text.find('\n')), GetParam().expected);
     } catch (const RequestError& error) {
         EXPECT_EQ(error.status(), code(WBEM_E_INVALID_PROPERTY));
-        EXPECT_STREQ(error.what(), GetParam().reason);
+        EXPECT_STREQ(error.what(), GetParam().expected);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, Misfits,
     testing::Values(
-        Misfit{"UnknownProperty", "Cuont = 1", "the class Derived has no property Cuont; did you mean Count?"},
-        Misfit{"TextForANumber", "Count = many", "at character 9: Count is a number; 'many' is not"},
-        Misfit{"WordThatIsNone", "State = 'on'",
-               "at character 9: State is a number; 'on' is neither one nor a word for one (Enabled, Disabled)"},
-        Misfit{"BooleanForANumber", "Count = TRUE", "at character 9: Count is a number; 'TRUE' is not"},
-        Misfit{"TextForABoolean", "Primary = maybe",
-               "at character 11: Primary is a boolean; 'maybe' is not TRUE, FALSE, 1 or 0"},
-        Misfit{"BooleanInAnOrder", "Primary < TRUE",
-               "at character 1: Primary is a boolean, which takes = and <> alone"},
-        Misfit{"TextForADate", "Start > yesterday",
-               "at character 9: Start is a datetime; 'yesterday' is neither a date (2026-11-21, "
-               "20261121094500.000000+060) nor an interval (00000001020304.000000:000)"},
-        Misfit{"LikeOfANumber", "Count LIKE '1%'", "at character 1: Count is not a text, which LIKE needs"},
-        Misfit{"Array", "Texts = 'a'", "at character 1: Texts is an array, which takes IS NULL and IS NOT NULL alone"},
-        Misfit{"IsaOfAText", "Name ISA 'Inner'", "at character 1: Name holds no object, which ISA needs"},
-        Misfit{"PartOfAText", "Name.Size = 1", "at character 1: Name holds no object, so that it has no properties"},
-        Misfit{"ObjectAsAText", "Target = 'x'",
-               "at character 1: Target holds an object, which takes ISA and IS NULL alone"},
-        Misfit{"ThisAsAText", "__THIS = 'x'", "at character 1: __THIS is the object itself, and takes ISA alone"}),
-    [](const auto& row) { return std::string(row.param.name); });
+        TextRow{"UnknownProperty", "Cuont = 1", "the class Derived has no property Cuont; did you mean Count?"},
+        TextRow{"TextForANumber", "Count = many", "at character 9: Count is a number; 'many' is not"},
+        TextRow{"WordThatIsNone", "State = 'on'",
+                "at character 9: State is a number; 'on' is neither one nor a word for one (Enabled, Disabled)"},
+        TextRow{"BooleanForANumber", "Count = TRUE", "at character 9: Count is a number; 'TRUE' is not"},
+        TextRow{"TextForABoolean", "Primary = maybe",
+                "at character 11: Primary is a boolean; 'maybe' is not TRUE, FALSE, 1 or 0"},
+        TextRow{"BooleanInAnOrder", "Primary < TRUE",
+                "at character 1: Primary is a boolean, which takes = and <> alone"},
+        TextRow{"TextForADate", "Start > yesterday",
+                "at character 9: Start is a datetime; 'yesterday' is neither a date (2026-11-21, "
+                "20261121094500.000000+060) nor an interval (00000001020304.000000:000)"},
+        TextRow{"LikeOfANumber", "Count LIKE '1%'", "at character 1: Count is not a text, which LIKE needs"},
+        TextRow{"Array", "Texts = 'a'", "at character 1: Texts is an array, which takes IS NULL and IS NOT NULL alone"},
+        TextRow{"IsaOfAText", "Name ISA 'Inner'", "at character 1: Name holds no object, which ISA needs"},
+        TextRow{"PartOfAText", "Name.Size = 1", "at character 1: Name holds no object, so that it has no properties"},
+        TextRow{"ObjectAsAText", "Target = 'x'",
+                "at character 1: Target holds an object, which takes ISA and IS NULL alone"},
+        TextRow{"SystemNumberAsAText", "__GENUS = 'two'", "at character 11: __GENUS is a number; 'two' is not"},
+        TextRow{"UnknownSystemProperty", "__GENDER = 2", "the class Derived has no property __GENDER"},
+        TextRow{"ThisAsAText", "__THIS = 'x'", "at character 1: __THIS is the object itself, and takes ISA alone"}),
+    rowName);
 
 TEST_F(ConditionTest, EmbeddedObject_isLookedInto)
 {

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/wmihost/TextRow.h"
+
 namespace wmihost::wql {
 namespace {
 
@@ -76,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
         DateCase{"LongNumber", L"12345678901234567890", nullptr},
         DateCase{"Unknown", L"202611********.000000+000", nullptr},
         DateCase{"Interval", L"00000001020304.000000:000", nullptr}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(DateConstant, Points_haveTheirDistance)
 {

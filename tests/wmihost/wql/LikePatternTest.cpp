@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/wmihost/TextRow.h"
+
 namespace wmihost::wql {
 namespace {
 
@@ -51,7 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
         LikeCase{"HyphenAtTheEndOfASet", L"x-", L"x[a-]", true}, LikeCase{"CaretBehindTheBegin", L"x^", L"x[a^]", true},
         LikeCase{"BracketThatNothingCloses", L"a[b", L"a[b", true},
         LikeCase{"ManyPercents", std::wstring(60, L'a'), L"%a%a%a%a%a%a%a%a%a%b", false}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 }  // namespace
 }  // namespace wmihost::wql

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace wmihost {
+
+// Expects that the file holds exactly that content. ZERIX_ACCEPT_BASELINES=1 writes it.
+inline void expectFile(const std::filesystem::path& file, const std::string& content)
+{
+    const char* const accept = std::getenv("ZERIX_ACCEPT_BASELINES");
+    if (accept != nullptr && accept == std::string("1")) {
+        std::ofstream(file, std::ios::binary) << content;
+    }
+    std::ifstream stream(file, std::ios::binary);
+    ASSERT_TRUE(stream.good()) << file << " is missing; ZERIX_ACCEPT_BASELINES=1 writes it";
+    EXPECT_EQ((std::string{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()}), content);
+}
+
+}  // namespace wmihost
