@@ -271,7 +271,7 @@ void demandUpdateRule(const Context& context, const Node& nameNode, bool exists)
 
 }  // namespace
 
-void declareClass(Context& context, const Node& node, const Node* classQualifiers)
+ClassPointer readClass(Context& context, const Node& node, const Node* classQualifiers)
 {
     const Node& nameNode = *childOf<class_name>(node);
     ClassDefinition definition;
@@ -279,7 +279,6 @@ void declareClass(Context& context, const Node& node, const Node* classQualifier
         const ClassPointer superclass = context.requiredClass(*superNode, "the superclass");
         definition = derivedFrom(*superclass, nameOf(nameNode));
     }
-    demandUpdateRule(context, nameNode, context.nameSpace().findClass(nameOf(nameNode)) != nullptr);
     definition.name = nameOf(nameNode);
     definition.nameSpace = context.nameSpace().name();
     definition.qualifiers = context.qualifiers.read(classQualifiers, std::move(definition.qualifiers));
@@ -290,7 +289,14 @@ void declareClass(Context& context, const Node& node, const Node* classQualifier
             reader.member(*child);
         }
     }
-    const auto shared = std::make_shared<const ClassDefinition>(std::move(definition));
+    return std::make_shared<const ClassDefinition>(std::move(definition));
+}
+
+void declareClass(Context& context, const Node& node, const Node* classQualifiers)
+{
+    const Node& nameNode = *childOf<class_name>(node);
+    demandUpdateRule(context, nameNode, context.nameSpace().findClass(nameOf(nameNode)) != nullptr);
+    const ClassPointer shared = readClass(context, node, classQualifiers);
     context.nameSpace().addClass(shared);
     if (const Node* aliasNode = childOf<instance_alias>(node)) {
         context.define(*aliasNode,

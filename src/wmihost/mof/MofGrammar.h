@@ -55,7 +55,8 @@ struct text_end : p::one<'"'> {};
 struct text_piece : p::seq<p::one<'"'>, text_body, p::must<text_end>, gap> {};
 struct text : p::plus<text_piece> {};
 
-struct char_body : p::sor<escape, p::not_one<'\'', '\\', '\n', '\r'>> {};
+// A character of 16 bits; in UTF-8 it takes up to three bytes.
+struct char_body : p::sor<escape, p::seq<p::not_at<p::one<'\'', '\\', '\n', '\r'>>, p::utf8::range<0, 0xFFFF>>> {};
 struct char_end : p::one<'\''> {};
 struct character : p::seq<p::one<'\''>, p::must<char_body, char_end>, gap> {};
 
@@ -85,8 +86,13 @@ struct instance_body : p::seq<kw_instance, p::must<of_word>, expected<class_name
                               p::must<body_begin>, p::until<mark<'}'>, assignment>> {};
 struct embedded_instance : p::seq<instance_body> {};
 
+// So can a class be, where a property holds an object of any kind.
+struct qualifiers;
+struct class_body;
+struct embedded_class : p::seq<p::opt<qualifiers>, class_body> {};
+
 // Values.
-struct scalar : p::sor<text, character, embedded_instance, token<real>, token<binary>, token<hexadecimal>,
+struct scalar : p::sor<text, character, embedded_instance, embedded_class, token<real>, token<binary>, token<hexadecimal>,
                        token<octal>, token<decimal>, kw_true, kw_false, kw_null, token<alias>> {};
 struct scalar_value : p::seq<scalar> {};
 struct list_end : mark<'}'> {};
@@ -126,9 +132,10 @@ struct member : p::seq<p::opt<qualifiers>, p::must<member_type>, expected<member
 struct superclass_name : identifier {};
 struct declaration_end : mark<';'> {};
 struct class_alias : p::opt<kw_as, expected<instance_alias>> {};
-struct class_declaration : p::seq<kw_class, expected<class_name>, class_alias,
-                                  p::opt<mark<':'>, expected<superclass_name>, class_alias>, p::must<body_begin>,
-                                  p::until<mark<'}'>, member>, p::must<declaration_end>> {};
+struct class_body : p::seq<kw_class, expected<class_name>, class_alias,
+                           p::opt<mark<':'>, expected<superclass_name>, class_alias>, p::must<body_begin>,
+                           p::until<mark<'}'>, member>> {};
+struct class_declaration : p::seq<class_body, p::must<declaration_end>> {};
 struct property_name : identifier {};
 struct assignment_mark : mark<'='> {};
 struct assignment : p::seq<p::opt<qualifiers>, expected<property_name>, p::must<assignment_mark, value, member_end>> {};
@@ -173,8 +180,9 @@ struct file : p::seq<gap, p::star<statement>, p::must<file_end>> {};
 
 // clang-format on
 
-// Instances in instances beyond this depth would exhaust the stack.
+// Instances in instances beyond this depth, and classes in classes, would exhaust the stack.
 constexpr std::size_t deepestInstance = 64;
+constexpr std::size_t deepestClass = 16;
 
 template <class Rule>
 struct action : p::nothing<Rule>
@@ -186,15 +194,20 @@ struct action<embedded_instance> : p::limit_depth<deepestInstance>
 {
 };
 
+template <>
+struct action<embedded_class> : p::limit_depth<deepestClass>
+{
+};
+
 // The nodes that the parse tree keeps; only these keep their text.
 template <class Rule>
 using selector = p::parse_tree::selector<
-    Rule,
-    p::parse_tree::store_content::on<
-        pragma, pragma_name, include, class_declaration, class_name, superclass_name, member, type_name, type_class,
-        ref_mark, member_name, array_mark, parameters, parameter, parameter_name, default_value, instance_declaration,
-        instance_alias, assignment, property_name, declaration, qualifiers, qualifier, qualifier_name, flavor,
-        qualifier_declaration, declared_qualifier, qualifier_type, scope_word, embedded_instance, list, text, text_body,
-        character, real, binary, hexadecimal, octal, decimal, kw_true, kw_false, kw_null, alias, name>>;
+    Rule, p::parse_tree::store_content::on<
+              pragma, pragma_name, include, class_declaration, class_name, superclass_name, member, type_name,
+              type_class, ref_mark, member_name, array_mark, parameters, parameter, parameter_name, default_value,
+              instance_declaration, instance_alias, assignment, property_name, declaration, qualifiers, qualifier,
+              qualifier_name, flavor, qualifier_declaration, declared_qualifier, qualifier_type, scope_word,
+              embedded_instance, embedded_class, list, text, text_body, character, real, binary, hexadecimal, octal,
+              decimal, kw_true, kw_false, kw_null, alias, name>>;
 
 }  // namespace wmihost::mof

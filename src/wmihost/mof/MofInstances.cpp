@@ -59,7 +59,7 @@ void InstanceDeclarations::declareNow(const Node& node)
     InstanceData instance = readInstance(m_context, node);
     const Node& classNode = *childOf<class_name>(node);
     const ClassDefinition& definition = *instance.definition;
-    const std::wstring path = relativePath(definition, instance.values).value_or(L"");
+    const std::wstring path = relativePath(definition, instance.values).value_or(std::wstring());
     // An instance of a class without keys can only be the value of a property, by its alias.
     if (path.empty() && hasKeys(definition)) {
         fail(classNode, "an instance of " + inQuotes(definition.name) + " needs a value for each of its keys");

@@ -68,7 +68,7 @@ std::wstring defaultText(const Property& property)
 {
     const bool hidesDefault = property.overridden && !property.overridden->defaultValue.isNull();
     if (property.defaultValue.isNull() && !hidesDefault) {
-        return L"";
+        return {};
     }
     return L" = " + mofLiteral(property.defaultValue.get(), property.type);
 }

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "wmihost/mof/MofClasses.h"
 #include "wmihost/mof/MofLiterals.h"
 #include "wmihost/mof/MofText.h"
 #include "wmihost/objects/ClassObject.h"
@@ -35,7 +36,7 @@ Variant embedded(const Node& node, const Alias& object, const Property& target)
 {
     const bool asText = elementTypeOf(target.type) == CIM_STRING;
     const ClassDefinition& definition = object.instance ? *object.instance->definition : *object.definition;
-    demandClass(node, definition, asText ? embeddedClass(target).value_or(L"") : target.className);
+    demandClass(node, definition, asText ? embeddedClass(target).value_or(std::wstring()) : target.className);
     if (asText) {
         return Variant::ofText(object.instance ? instanceText(definition, object.instance->values)
                                                : classText(definition, true));
@@ -69,10 +70,12 @@ Variant scalarValue(Context& context, const Node& node, const Property& target)
         return aliasValue(context, node, target);
     }
     const CIMTYPE type = elementTypeOf(target.type);
-    if (node.is_type<embedded_instance>() && (type == CIM_OBJECT || (type == CIM_STRING && embeddedClass(target)))) {
-        Alias object;
-        object.instance = readInstance(context, node);
-        return embedded(node, object, target);
+    const bool takesObjects = type == CIM_OBJECT || (type == CIM_STRING && embeddedClass(target));
+    if (takesObjects && node.is_type<embedded_instance>()) {
+        return embedded(node, {{}, readInstance(context, node), nullptr}, target);
+    }
+    if (takesObjects && node.is_type<embedded_class>()) {
+        return embedded(node, {{}, std::nullopt, readClass(context, node, childOf<qualifiers>(node))}, target);
     }
     return literal(node, type);
 }

@@ -208,7 +208,7 @@ HRESULT ClassObject::SpawnDerivedClass(LONG flags, IWbemClassObject** newClass)
         if (m_class->name.empty()) {
             return code(WBEM_E_INCOMPLETE_CLASS);
         }
-        *newClass = ofClass(std::make_shared<const ClassDefinition>(derivedFrom(*m_class, L""))).detach();
+        *newClass = ofClass(std::make_shared<const ClassDefinition>(derivedFrom(*m_class, {}))).detach();
         return code(WBEM_S_NO_ERROR);
     });
 }

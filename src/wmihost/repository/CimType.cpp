@@ -75,12 +75,34 @@ std::optional<Variant> classObjectOf(const VARIANT& value)
     return Variant::ofObject(std::move(object));
 }
 
+// Whether the text has one of the two forms yyyymmddhhmmss.ffffff(+|-)uuu and ddddddddhhmmss.ffffff:000;
+// an asterisk stands for a digit that is not given.
+bool isDatetime(std::wstring_view text)
+{
+    if (text.size() != 25 || text[14] != L'.') {
+        return false;
+    }
+    const wchar_t sign = text[21];
+    if (sign != L'+' && sign != L'-' && sign != L':') {
+        return false;
+    }
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool digit = (text[i] >= L'0' && text[i] <= L'9') || text[i] == L'*';
+        if (i != 14 && i != 21 && !digit) {
+            return false;
+        }
+    }
+    return sign != L':' || text.substr(22) == L"000";
+}
+
 std::optional<Variant> coerceScalar(const VARIANT& value, CIMTYPE type)
 {
     switch (type) {
         case CIM_STRING:
             return value.vt == VT_BSTR ? Variant(value) : changed(value, VT_BSTR);
         case CIM_DATETIME:
+            return value.vt == VT_BSTR && isDatetime(viewOf(value.bstrVal)) ? std::optional(Variant(value))
+                                                                            : std::nullopt;
         case CIM_REFERENCE:
             return value.vt == VT_BSTR ? std::optional(Variant(value)) : std::nullopt;
         case CIM_UINT64: {
@@ -207,26 +229,6 @@ Variant integerFromText(std::wstring_view text, CIMTYPE type, Range range)
                               : Variant::ofShort(static_cast<short>(*number));
 }
 
-// Whether the text has one of the two forms yyyymmddhhmmss.ffffff(+|-)uuu and ddddddddhhmmss.ffffff:000;
-// an asterisk stands for a digit that is not given.
-bool isDatetime(std::wstring_view text)
-{
-    if (text.size() != 25 || text[14] != L'.') {
-        return false;
-    }
-    const wchar_t sign = text[21];
-    if (sign != L'+' && sign != L'-' && sign != L':') {
-        return false;
-    }
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool digit = (text[i] >= L'0' && text[i] <= L'9') || text[i] == L'*';
-        if (i != 14 && i != 21 && !digit) {
-            return false;
-        }
-    }
-    return sign != L':' || text.substr(22) == L"000";
-}
-
 Variant scalarFromText(std::wstring_view text, CIMTYPE type)
 {
     if (const auto range = rangeOf(type)) {
@@ -321,7 +323,7 @@ std::wstring scalarText(const VARIANT& value, CIMTYPE type)
     switch (value.vt) {
         case VT_NULL:
         case VT_EMPTY:
-            return L"";
+            return {};
         case VT_BSTR:
             return std::wstring(viewOf(value.bstrVal));
         case VT_BOOL:

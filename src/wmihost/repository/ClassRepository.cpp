@@ -99,19 +99,15 @@ void Namespace::addInstance(InstanceData instance)
 
 bool Namespace::removeClass(std::wstring_view className)
 {
-    const auto found = m_index.find(foldName(className));
-    if (found == m_index.end()) {
-        return false;
-    }
-    const std::size_t place = found->second;
+    const std::size_t removed = std::erase_if(
+        m_classes, [className](const ClassPointer& definition) { return definition->inheritsFrom(className); });
     std::erase_if(m_instances,
-                  [&](const InstanceData& instance) { return sameName(instance.definition->name, className); });
-    m_index.erase(found);
-    m_classes.erase(m_classes.begin() + static_cast<std::ptrdiff_t>(place));
-    for (auto& [name, other] : m_index) {
-        other -= other > place ? 1 : 0;
+                  [className](const InstanceData& instance) { return instance.definition->inheritsFrom(className); });
+    m_index.clear();
+    for (std::size_t i = 0; i < m_classes.size(); ++i) {
+        m_index.emplace(foldName(m_classes[i]->name), i);
     }
-    return true;
+    return removed != 0;
 }
 
 bool Namespace::removeInstance(std::wstring_view path)

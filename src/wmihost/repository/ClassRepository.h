@@ -35,7 +35,7 @@ public:
     void addClass(ClassPointer definition);
     // An instance of the same path is replaced. Instances of classes without keys have no path.
     void addInstance(InstanceData instance);
-    // Returns whether there was one. The instances of a removed class go with it.
+    // The classes derived from it and the instances of all of them go, too. Returns whether there was one.
     bool removeClass(std::wstring_view className);
     bool removeInstance(std::wstring_view path);
 

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <utility>
 
+#include "wmihost/repository/PathGrammar.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
@@ -22,111 +24,69 @@ std::wstring pathQuoted(std::wstring_view value)
     return text + L"\"";
 }
 
-// Reads a path from left to right.
-class PathReader
+using Node = path_grammar::p::parse_tree::node;
+
+// The text without the backslashes that protect a quote or another backslash.
+std::wstring unescaped(std::string_view text)
 {
-public:
-    explicit PathReader(std::wstring_view text) : m_text(text) {}
-
-    bool atEnd() const { return m_at == m_text.size(); }
-    wchar_t look() const { return atEnd() ? L'\0' : m_text[m_at]; }
-
-    bool take(wchar_t c)
-    {
-        if (look() != c || atEnd()) {
-            return false;
-        }
-        ++m_at;
-        return true;
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool escapes = text[i] == '\\' && i + 1 < text.size() &&
+                             (text[i + 1] == '\\' || text[i + 1] == '"' || text[i + 1] == '\'');
+        i += escapes ? 1 : 0;
+        result += text[i];
     }
+    return toWide(result);
+}
 
-    std::wstring identifier(const char* what)
-    {
-        const std::size_t begin = m_at;
-        while (!atEnd() && (IsCharAlphaNumericW(look()) || look() == L'_')) {
-            ++m_at;
-        }
-        if (m_at == begin || (m_text[begin] >= L'0' && m_text[begin] <= L'9')) {
-            m_at = begin;
-            fail(std::string("expected ") + what);
-        }
-        return std::wstring(m_text.substr(begin, m_at - begin));
+bool isNumberOrBoolean(std::wstring_view text)
+{
+    return parseSigned(text) || parseUnsigned(text) || sameName(text, L"TRUE") || sameName(text, L"FALSE");
+}
+
+std::wstring withBackslashes(std::string_view text)
+{
+    std::wstring result = toWide(text);
+    std::replace(result.begin(), result.end(), L'/', L'\\');
+    return result;
+}
+
+// Adds the value of the last key; the relative path has it between double quotes where quotes of either kind stood.
+void addValue(const Node& node, ObjectPath& path)
+{
+    PathKey& key = path.keys.back();
+    key.quoted = !node.is_type<path_grammar::bare>();
+    key.value = key.quoted ? unescaped(node.string_view()) : toWide(node.string_view());
+    if (node.is_type<path_grammar::double_body>()) {
+        path.relative += L'"' + toWide(node.string_view()) + L'"';
+    } else {
+        path.relative += key.quoted ? pathQuoted(key.value) : key.value;
     }
+}
 
-    PathKey value(std::wstring name)
-    {
-        PathKey key;
-        key.name = std::move(name);
-        const wchar_t quote = look();
-        if (quote != L'"' && quote != L'\'') {
-            while (!atEnd() && look() != L',') {
-                key.value += m_text[m_at++];
-            }
-            if (key.value.empty()) {
-                fail("expected the value of a key");
-            }
-            m_unquotedText = m_unquotedText || !isNumberOrBoolean(key.value);
-            return key;
-        }
-        ++m_at;
-        key.quoted = true;
-        while (!take(quote)) {
-            // A backslash protects a quote or another backslash; before anything else it stands for itself.
-            if (look() == L'\\' && m_at + 1 < m_text.size() && isProtected(m_text[m_at + 1])) {
-                ++m_at;
-            }
-            if (atEnd()) {
-                fail(std::string("expected ") + static_cast<char>(quote) + " at the end of the value");
-            }
-            key.value += m_text[m_at++];
-        }
-        return key;
+void addKey(const Node& node, ObjectPath& path)
+{
+    const bool isShort = node.is_type<path_grammar::short_form>();
+    if (isShort && node.children.front()->is_type<path_grammar::singleton>()) {
+        path.singleton = true;
+        path.relative += L"=@";
+        return;
     }
+    const std::wstring name = isShort ? std::wstring() : toWide(node.children.front()->string_view());
+    const wchar_t* const separator = path.keys.empty() ? L"." : L",";
+    path.relative += (isShort ? L"" : separator) + name + L"=";
+    path.keys.push_back({name, {}, false});
+    addValue(*node.children.back(), path);
+}
 
-    std::size_t place() const { return m_at; }
-
-    // What has been read since that place, between double quotes where single ones stood.
-    std::wstring since(std::size_t begin, const PathKey& key) const
-    {
-        const std::wstring_view read = m_text.substr(begin, m_at - begin);
-        return read.starts_with(L'\'') ? pathQuoted(key.value) : std::wstring(read);
-    }
-
-    // What stands before the first colon outside quotes, if it is a namespace; it is consumed with the colon. With
-    // backslashes, whichever slashes were written.
-    std::optional<std::wstring> nameSpace()
-    {
-        const std::size_t end = m_text.find_first_of(L":\"'.=");
-        // "\\.\root:Class" has a dot for its server.
-        const bool withServer = m_text.starts_with(L"\\\\") || m_text.starts_with(L"//");
-        const std::size_t colon = withServer ? m_text.find(L':') : end;
-        if (colon == std::wstring_view::npos || m_text[colon] != L':') {
-            return std::nullopt;
-        }
-        m_at = colon + 1;
-        std::wstring prefix(m_text.substr(0, colon));
-        std::replace(prefix.begin(), prefix.end(), L'/', L'\\');
-        return prefix;
-    }
-
-    [[noreturn]] void fail(const std::string& reason) const
-    {
-        throw PathError("'" + toUtf8(m_text) + "' is no object path: " + reason + " at character " +
-                        std::to_string(m_at + 1) + (m_unquotedText ? "; " + quotesAdvice() : std::string()));
-    }
-
-private:
-    static bool isProtected(wchar_t c) { return c == L'"' || c == L'\'' || c == L'\\'; }
-
-    static bool isNumberOrBoolean(std::wstring_view text)
-    {
-        return parseSigned(text) || parseUnsigned(text) || sameName(text, L"TRUE") || sameName(text, L"FALSE");
-    }
-
-    std::wstring_view m_text;
-    std::size_t m_at = 0;
-    bool m_unquotedText = false;  // a value without quotes was read that would need them
-};
+// Whether the path has a text for a value, and no quotes at all: a shell may have taken them away.
+bool lacksQuotes(std::wstring_view text)
+{
+    const std::size_t equals = std::min(text.find(L'='), text.size());
+    const std::wstring_view value = text.substr(std::min(equals + 1, text.size()));
+    const std::wstring_view first = value.substr(0, value.find(L','));
+    return !first.empty() && text.find_first_of(L"\"'") == std::wstring_view::npos && !isNumberOrBoolean(first);
+}
 
 std::wstring keyText(const VARIANT& value, CIMTYPE type)
 {
@@ -146,49 +106,30 @@ std::string quotesAdvice()
 
 ObjectPath ObjectPath::parse(std::wstring_view text)
 {
+    const std::string utf8 = toUtf8(text);
+    path_grammar::p::memory_input input(utf8, "");
+    std::unique_ptr<Node> root;
+    try {
+        root = path_grammar::p::parse_tree::parse<path_grammar::path, path_grammar::selector, path_grammar::p::nothing,
+                                                  path_grammar::control>(input);
+    } catch (const path_grammar::p::parse_error& error) {
+        const std::size_t place = toWide(std::string_view(utf8).substr(0, error.positions().front().byte)).size();
+        throw PathError("'" + utf8 + "' is not an object path: " + std::string(error.message()) + " at character " +
+                        std::to_string(place + 1) + (lacksQuotes(text) ? "; " + quotesAdvice() : std::string()));
+    }
     ObjectPath path;
-    PathReader reader(text);
-    if (const auto prefix = reader.nameSpace()) {
-        path.prefix = *prefix + L":";
-        if (prefix->starts_with(L"\\\\")) {
-            const std::size_t end = prefix->find(L'\\', 2);
-            if (end == std::wstring::npos) {
-                reader.fail("expected a namespace after the server");
-            }
-            path.server = prefix->substr(2, end - 2);
-            path.nameSpace = prefix->substr(end + 1);
+    for (const auto& node : root->children) {
+        if (node->is_type<path_grammar::server>()) {
+            path.server = toWide(node->string_view());
+        } else if (node->is_type<path_grammar::class_name>()) {
+            path.className = toWide(node->string_view());
+            path.relative = path.className;
+            path.prefix = withBackslashes(std::string_view(utf8).substr(0, node->begin().byte));
+        } else if (node->is_type<path_grammar::name_space>() || node->is_type<path_grammar::local_name_space>()) {
+            path.nameSpace = withBackslashes(node->string_view());
         } else {
-            path.nameSpace = prefix->substr(prefix->starts_with(L"\\") ? 1 : 0);
+            addKey(*node, path);
         }
-    }
-    path.className = reader.identifier("the name of a class");
-    path.relative = path.className;
-    const auto takeValue = [&](std::wstring name) {
-        const std::size_t begin = reader.place();
-        path.keys.push_back(reader.value(std::move(name)));
-        path.relative += L"=" + reader.since(begin, path.keys.back());
-    };
-    if (reader.take(L'=')) {
-        if (reader.take(L'@')) {
-            path.singleton = true;
-            path.relative += L"=@";
-        } else {
-            takeValue(L"");
-        }
-    } else if (reader.take(L'.')) {
-        wchar_t separator = L'.';
-        do {
-            std::wstring name = reader.identifier("the name of a key");
-            if (!reader.take(L'=')) {
-                reader.fail("expected =");
-            }
-            path.relative += separator + name;
-            takeValue(std::move(name));
-            separator = L',';
-        } while (reader.take(L','));
-    }
-    if (!reader.atEnd()) {
-        reader.fail("expected the end");
     }
     return path;
 }

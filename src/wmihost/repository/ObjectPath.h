@@ -10,7 +10,7 @@
 
 namespace wmihost {
 
-// A text that is no object path; what() says why, in UTF-8.
+// A text that is not an object path; what() says why, in UTF-8.
 class PathError : public std::runtime_error
 {
 public:

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/wmihost/TextRow.h"
 #include "wmihost/TestObjects.h"
 #include "wmihost/mof/MofText.h"
 #include "wmihost/terminal/Text.h"
@@ -14,14 +15,7 @@
 namespace wmihost {
 namespace {
 
-struct Mistake
-{
-    const char* name;
-    const char* mof;
-    const char* message;
-};
-
-class MalformedMof : public testing::TestWithParam<Mistake>
+class MalformedMof : public testing::TestWithParam<TextRow>
 {
 };
 
@@ -29,131 +23,131 @@ TEST_P(MalformedMof, IsRefusedWithItsMessage)
 {
     ClassRepository repository;
     try {
-        compileMofText(GetParam().mof, "bad.mof", repository);
+        compileMofText(GetParam().given, "bad.mof", repository);
         FAIL() << "the text was accepted";
     } catch (const MofError& error) {
-        EXPECT_STREQ(error.what(), GetParam().message);
+        EXPECT_STREQ(error.what(), GetParam().expected);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, MalformedMof,
     testing::Values(
-        Mistake{"NothingKnown", "class A { };\nclas B { };",
+        TextRow{"NothingKnown", "class A { };\nclas B { };",
                 "bad.mof:2:1: expected a class, an instance, a qualifier or a directive"},
-        Mistake{"NoSemicolonBehindAProperty", "class A\n{\n    string Name\n};", "bad.mof:4:1: expected ;"},
-        Mistake{"NoSemicolonBehindAClass", "class A\n{\n}\nclass B { };", "bad.mof:4:1: expected ; after }"},
-        Mistake{"NoNameOfAProperty", "class A { string ; };",
+        TextRow{"NoSemicolonBehindAProperty", "class A\n{\n    string Name\n};", "bad.mof:4:1: expected ;"},
+        TextRow{"NoSemicolonBehindAClass", "class A\n{\n}\nclass B { };", "bad.mof:4:1: expected ; after }"},
+        TextRow{"NoNameOfAProperty", "class A { string ; };",
                 "bad.mof:1:18: expected the name of a property or method"},
-        Mistake{"NoBody", "class A : B string", "bad.mof:1:13: expected {"},
-        Mistake{"OpenText", "class A { string Name = \"abc\n\"; };",
+        TextRow{"NoBody", "class A : B string", "bad.mof:1:13: expected {"},
+        TextRow{"OpenText", "class A { string Name = \"abc\n\"; };",
                 "bad.mof:1:29: expected \" to end the text on the line where it begins"},
-        Mistake{"UnknownEscape", "class A { string Name = \"a\\q\"; };",
+        TextRow{"UnknownEscape", "class A { string Name = \"a\\q\"; };",
                 "bad.mof:1:28: expected one of b t n f r \" ' \\ or x and a hexadecimal number after the backslash"},
-        Mistake{"OpenComment", "class A { };\n/* and so on", "bad.mof:2:13: expected */ to end the comment"},
-        Mistake{"OpenQualifiers", "[key class A { };", "bad.mof:1:6: expected ]"},
-        Mistake{"NothingBehindQualifiers", "[key] struct A { };",
+        TextRow{"OpenComment", "class A { };\n/* and so on", "bad.mof:2:13: expected */ to end the comment"},
+        TextRow{"OpenQualifiers", "[key class A { };", "bad.mof:1:6: expected ]"},
+        TextRow{"NothingBehindQualifiers", "[key] struct A { };",
                 "bad.mof:1:7: expected 'class' or 'instance' after the qualifiers"},
-        Mistake{"NoValue", "class A { uint8 N = ; };", "bad.mof:1:21: expected a value"},
-        Mistake{"OpenList", "class A { uint8 N[] = {1, 2; };", "bad.mof:1:28: expected , or } in the list of values"},
-        Mistake{"NoFlavor", "[key:] class A { };", "bad.mof:1:6: expected a flavor after :"},
-        Mistake{"NoParameterName", "class A { uint32 M([in] string); };",
+        TextRow{"NoValue", "class A { uint8 N = ; };", "bad.mof:1:21: expected a value"},
+        TextRow{"OpenList", "class A { uint8 N[] = {1, 2; };", "bad.mof:1:28: expected , or } in the list of values"},
+        TextRow{"NoFlavor", "[key:] class A { };", "bad.mof:1:6: expected a flavor after :"},
+        TextRow{"NoParameterName", "class A { uint32 M([in] string); };",
                 "bad.mof:1:31: expected the name of a parameter"},
-        Mistake{"InstanceWithoutOf", "instance A { };", "bad.mof:1:10: expected 'of' after 'instance'"},
-        Mistake{"AliasWithoutDollar", "class A { [key] string K; };\ninstance of A as X { K = \"\"; };",
+        TextRow{"InstanceWithoutOf", "instance A { };", "bad.mof:1:10: expected 'of' after 'instance'"},
+        TextRow{"AliasWithoutDollar", "class A { [key] string K; };\ninstance of A as X { K = \"\"; };",
                 "bad.mof:2:18: expected an alias that begins with $"},
-        Mistake{"AssignmentWithoutEquals", "class A { string K; };\ninstance of A { K \"\"; };",
+        TextRow{"AssignmentWithoutEquals", "class A { string K; };\ninstance of A { K \"\"; };",
                 "bad.mof:2:19: expected = after the name of the property"},
-        Mistake{"QualifierWithoutAType", "Qualifier Key;", "bad.mof:1:14: expected : and the type of the qualifier"},
-        Mistake{"QualifierWithoutAName", "Qualifier : string;", "bad.mof:1:11: expected the name of a qualifier"},
-        Mistake{"QualifierWithAnUnknownPart", "Qualifier Key : boolean, Size(3);",
+        TextRow{"QualifierWithoutAType", "Qualifier Key;", "bad.mof:1:14: expected : and the type of the qualifier"},
+        TextRow{"QualifierWithoutAName", "Qualifier : string;", "bad.mof:1:11: expected the name of a qualifier"},
+        TextRow{"QualifierWithAnUnknownPart", "Qualifier Key : boolean, Size(3);",
                 "bad.mof:1:26: expected 'Scope' or 'Flavor' after ,"},
-        Mistake{"QualifierWithAnEmptyScope", "Qualifier Key : boolean, Scope();",
+        TextRow{"QualifierWithAnEmptyScope", "Qualifier Key : boolean, Scope();",
                 "bad.mof:1:32: expected where the qualifier may stand"},
-        Mistake{"QualifierWithAnOpenScope", "Qualifier Key : boolean, Scope(class;",
+        TextRow{"QualifierWithAnOpenScope", "Qualifier Key : boolean, Scope(class;",
                 "bad.mof:1:37: expected , or ) after the scope"},
-        Mistake{"QualifierWithoutSemicolon", "Qualifier Key : boolean = true\nclass A { };",
+        TextRow{"QualifierWithoutSemicolon", "Qualifier Key : boolean = true\nclass A { };",
                 "bad.mof:2:1: expected , or ; after the declaration of the qualifier"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Meaning, MalformedMof,
     testing::Values(
-        Mistake{"UnknownSuperclass", "class A : B { };",
+        TextRow{"UnknownSuperclass", "class A : B { };",
                 "bad.mof:1:11: the superclass 'B' is not declared in root\\default"},
-        Mistake{"PropertyTwice", "class A { string N; string n; };",
+        TextRow{"PropertyTwice", "class A { string N; string n; };",
                 "bad.mof:1:28: the property 'n' is declared twice"},
-        Mistake{"PropertyOfAnotherType", "class A { string N; };\nclass B : A { uint8 N; };",
+        TextRow{"PropertyOfAnotherType", "class A { string N; };\nclass B : A { uint8 N; };",
                 "bad.mof:2:21: the property 'N' of the superclass has another type"},
-        Mistake{"QualifierTwice", "[A, a] class C { };", "bad.mof:1:5: the qualifier 'a' stands here twice"},
-        Mistake{"FixedQualifierOverridden",
+        TextRow{"QualifierTwice", "[A, a] class C { };", "bad.mof:1:5: the qualifier 'a' stands here twice"},
+        TextRow{"FixedQualifierOverridden",
                 "class A { [Unit(\"m\"): DisableOverride ToSubclass] uint8 N; };\n"
                 "class B : A { [Unit(\"s\")] uint8 N; };",
                 "bad.mof:2:16: the qualifier 'Unit' of the superclass cannot be overridden"},
-        Mistake{"UnknownFlavor", "[A: Bitter] class C { };", "bad.mof:1:5: the flavor 'Bitter' is unknown"},
-        Mistake{"ValueOutOfRange", "class A { uint8 N = 256; };",
+        TextRow{"UnknownFlavor", "[A: Bitter] class C { };", "bad.mof:1:5: the flavor 'Bitter' is unknown"},
+        TextRow{"ValueOutOfRange", "class A { uint8 N = 256; };",
                 "bad.mof:1:21: '256' is no uint8: a whole number from 0 to 255"},
-        Mistake{"BinaryNumberThatNoTypeHolds",
+        TextRow{"BinaryNumberThatNoTypeHolds",
                 "class A { uint8 N = 1"
                 "0000000000000000000000000000000000000000000000000000000000000001b; };",
                 "bad.mof:1:21: '10000000000000000000000000000000000000000000000000000000000000001b' is no uint8: a "
                 "whole number from 0 to 255"},
-        Mistake{"HexadecimalNumberThatNoTypeHolds", "class A { uint64 N = 0x10000000000000000; };",
+        TextRow{"HexadecimalNumberThatNoTypeHolds", "class A { uint64 N = 0x10000000000000000; };",
                 "bad.mof:1:22: '0x10000000000000000' is no uint64: a whole number from 0 to 18446744073709551615"},
-        Mistake{"ValueTwice", "class A { [key] string K; };\ninstance of A { K = \"1\"; k = \"2\"; };",
+        TextRow{"ValueTwice", "class A { [key] string K; };\ninstance of A { K = \"1\"; k = \"2\"; };",
                 "bad.mof:2:26: the property 'k' gets a value a second time"},
-        Mistake{"MethodTwice", "class A { uint32 M(); uint32 m(); };",
+        TextRow{"MethodTwice", "class A { uint32 M(); uint32 m(); };",
                 "bad.mof:1:30: the method 'm' is declared twice"},
-        Mistake{"ParameterTwice", "class A { uint32 M([in] uint8 P, [in] uint8 p); };",
+        TextRow{"ParameterTwice", "class A { uint32 M([in] uint8 P, [in] uint8 p); };",
                 "bad.mof:1:34: the parameter 'p' is declared twice"},
-        Mistake{"EmbeddedObjectOfAType", "class A { uint8:B N; };",
+        TextRow{"EmbeddedObjectOfAType", "class A { uint8:B N; };",
                 "bad.mof:1:11: only 'object' may be followed by : and a class"},
-        Mistake{"NamespaceWithoutAName", "#pragma namespace(root)",
+        TextRow{"NamespaceWithoutAName", "#pragma namespace(root)",
                 "bad.mof:1:1: expected a namespace between quotes after #pragma namespace"},
-        Mistake{"IncludeWithoutAFile", "#pragma include(other)",
+        TextRow{"IncludeWithoutAFile", "#pragma include(other)",
                 "bad.mof:1:1: expected the name of a file between quotes after #pragma include"},
-        Mistake{"TextForANumber", "class A { uint16 N = \"1\"; };", "bad.mof:1:22: expected a value of type uint16"},
-        Mistake{"NumberForAText", "class A { string N = 1; };", "bad.mof:1:22: expected a value of type string"},
-        Mistake{"ListForAScalar", "class A { uint8 N = {1}; };", "bad.mof:1:21: expected a single value, not a list"},
-        Mistake{"ScalarForAnArray", "class A { uint8 N[] = 1; };",
+        TextRow{"TextForANumber", "class A { uint16 N = \"1\"; };", "bad.mof:1:22: expected a value of type uint16"},
+        TextRow{"NumberForAText", "class A { string N = 1; };", "bad.mof:1:22: expected a value of type string"},
+        TextRow{"ListForAScalar", "class A { uint8 N = {1}; };", "bad.mof:1:21: expected a single value, not a list"},
+        TextRow{"ScalarForAnArray", "class A { uint8 N[] = 1; };",
                 "bad.mof:1:23: expected a list of values between { and }"},
-        Mistake{"BadDatetime", "class A { datetime N = \"now\"; };",
+        TextRow{"BadDatetime", "class A { datetime N = \"now\"; };",
                 "bad.mof:1:24: 'now' is no datetime: yyyymmddhhmmss.ffffff+uuu or, for an interval, "
                 "ddddddddhhmmss.ffffff:000"},
-        Mistake{"ReferenceToAType", "class A { uint8 ref N; };",
+        TextRow{"ReferenceToAType", "class A { uint8 ref N; };",
                 "bad.mof:1:11: a reference is to a class, not to the type 'uint8'"},
-        Mistake{"UnknownClassOfAnInstance", "instance of A { };",
+        TextRow{"UnknownClassOfAnInstance", "instance of A { };",
                 "bad.mof:1:13: the class 'A' is not declared in root\\default"},
-        Mistake{"UnknownPropertyOfAnInstance", "class A { [key] string K; };\ninstance of A { L = \"\"; };",
+        TextRow{"UnknownPropertyOfAnInstance", "class A { [key] string K; };\ninstance of A { L = \"\"; };",
                 "bad.mof:2:17: the class 'A' has no property 'L'"},
-        Mistake{"InstanceWithoutKeys", "class A { [key] string K; };\ninstance of A { };",
+        TextRow{"InstanceWithoutKeys", "class A { [key] string K; };\ninstance of A { };",
                 "bad.mof:2:13: an instance of 'A' needs a value for each of its keys"},
-        Mistake{"UnknownAlias", "class A { [key] string K; };\ninstance of A { K = $Nobody; };",
+        TextRow{"UnknownAlias", "class A { [key] string K; };\ninstance of A { K = $Nobody; };",
                 "bad.mof:2:21: no instance has the alias $Nobody"},
-        Mistake{"AliasesThatWaitForEachOther",
+        TextRow{"AliasesThatWaitForEachOther",
                 "class A { [key] A ref K; };\ninstance of A as $One { K = $Two; };\n"
                 "instance of A as $Two { K = $One; };",
                 "bad.mof:2:29: no instance has the alias $Two"},
-        Mistake{"AliasInAClassAboveItsInstance",
+        TextRow{"AliasInAClassAboveItsInstance",
                 "class A { [key] string K; };\nclass B { A ref R = $One; };\ninstance of A as $One { K = \"\"; };",
                 "bad.mof:2:21: the alias $One is not defined above"},
-        Mistake{"AliasTwice",
+        TextRow{"AliasTwice",
                 "class A { [key] string K; };\ninstance of A as $One { K = \"1\"; };\n"
                 "instance of A as $one { K = \"2\"; };",
                 "bad.mof:3:18: the alias $one is defined twice"},
-        Mistake{"QualifierDeclaredTwice", "Qualifier Key : boolean;\nQualifier key : boolean;",
+        TextRow{"QualifierDeclaredTwice", "Qualifier Key : boolean;\nQualifier key : boolean;",
                 "bad.mof:2:11: the qualifier 'key' is declared twice"},
-        Mistake{"QualifierOfAnUnknownType", "Qualifier Key : bool;",
+        TextRow{"QualifierOfAnUnknownType", "Qualifier Key : bool;",
                 "bad.mof:1:17: a qualifier is of a simple type, not of 'bool'"},
-        Mistake{"QualifierWithAnUnknownScope", "Qualifier Key : boolean, Scope(class, planet);",
+        TextRow{"QualifierWithAnUnknownScope", "Qualifier Key : boolean, Scope(class, planet);",
                 "bad.mof:1:39: the scope 'planet' is unknown"},
-        Mistake{"QualifierWithAnUnknownFlavor", "Qualifier Key : boolean, Flavor(Bitter);",
+        TextRow{"QualifierWithAnUnknownFlavor", "Qualifier Key : boolean, Flavor(Bitter);",
                 "bad.mof:1:33: the flavor 'Bitter' is unknown"},
-        Mistake{"ValueThatIsNotOfTheDeclaredType", "Qualifier Size : uint16;\n[Size(\"large\")] class A { };",
+        TextRow{"ValueThatIsNotOfTheDeclaredType", "Qualifier Size : uint16;\n[Size(\"large\")] class A { };",
                 "bad.mof:2:7: expected a value of type uint16"},
-        Mistake{"MissingInclude", "#pragma include(\"nowhere.mof\")",
+        TextRow{"MissingInclude", "#pragma include(\"nowhere.mof\")",
                 "bad.mof:1:17: the included file 'nowhere.mof' does not exist"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(MofCompiler, KnowsEveryTypeAndItsArray)
 {

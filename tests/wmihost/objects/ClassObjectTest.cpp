@@ -1112,5 +1112,16 @@ TEST_F(EmbeddedObjectTest, GetObjectText_compilesAgain)
     EXPECT_EQ(map->CompareTo(0, ClassObject::ofInstance(*stored.front()).get()), WBEM_S_SAME);
 }
 
+TEST_F(EmbeddedObjectTest, GetObjectText_ofAnEmbeddedClass_compilesAgain)
+{
+    put(map, L"Any", objectVariant(ClassObject::ofClass(classIn(repository, L"Place"))));
+    Bstr text;
+    ASSERT_EQ(map->GetObjectText(0, text.put()), ok);
+    compileMofText("#pragma namespace(\"root\\\\test\")\n" + toUtf8(text.view()), "again.mof", repository);
+    const auto stored = repository.findNamespace(L"root\\test")->instancesOf(L"Map");
+    ASSERT_EQ(stored.size(), 1U);
+    EXPECT_EQ(map->CompareTo(0, ClassObject::ofInstance(*stored.front()).get()), WBEM_S_SAME);
+}
+
 }  // namespace
 }  // namespace wmihost

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/wmihost/TextRow.h"
+
 namespace wmihost {
 namespace {
 
@@ -66,6 +68,9 @@ const std::vector<CoerceRow>& coerceRows()
         {"StringTakesANumber", Variant::ofLong(42), CIM_STRING, Variant::ofText(L"42")},
         {"StringRefusesAnArray", Variant::ofTexts({L"a"}), CIM_STRING, std::nullopt},
         {"DatetimeRefusesANumber", Variant::ofLong(1), CIM_DATETIME, std::nullopt},
+        {"DatetimeTakesItsOwnForm", Variant::ofText(L"20261121094145.000000+000"), CIM_DATETIME,
+         Variant::ofText(L"20261121094145.000000+000")},
+        {"DatetimeRefusesOtherText", Variant::ofText(L"2026-11-21"), CIM_DATETIME, std::nullopt},
         {"ReferenceRefusesANumber", Variant::ofLong(1), CIM_REFERENCE, std::nullopt},
         {"Real64TakesANumber", Variant::ofLong(2), CIM_REAL64, Variant::ofDouble(2)},
         {"ArrayTakesItsOwnType", Variant::ofArray(VT_I4, {Variant::ofLong(1)}), numbers,
@@ -78,8 +83,7 @@ const std::vector<CoerceRow>& coerceRows()
     return rows;
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Coerce, testing::ValuesIn(coerceRows()),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, Coerce, testing::ValuesIn(coerceRows()), rowName);
 
 TEST(CimType, KnowsTypesByNameWithoutCase)
 {

@@ -59,15 +59,42 @@ TEST_P(BadPaths, AreRefusedWithTheirMessage)
 INSTANTIATE_TEST_SUITE_P(
     Table, BadPaths,
     testing::Values(
-        BadPath{L"", "'' is no object path: expected the name of a class at character 1"},
-        BadPath{L"1Class", "'1Class' is no object path: expected the name of a class at character 1"},
-        BadPath{L"Class.", "'Class.' is no object path: expected the name of a key at character 7"},
-        BadPath{L"Class.k", "'Class.k' is no object path: expected = at character 8"},
-        BadPath{L"Class.k=", "'Class.k=' is no object path: expected the value of a key at character 9"},
-        BadPath{L"Class.k=\"x", "'Class.k=\"x' is no object path: expected \" at the end of the value at character 11"},
-        BadPath{L"Class.k=\"x\"y", "'Class.k=\"x\"y' is no object path: expected the end at character 12"},
+        BadPath{L"", "'' is not an object path: expected the name of a class at character 1"},
+        BadPath{L"1Class", "'1Class' is not an object path: expected the name of a class at character 1"},
+        BadPath{L"Class.", "'Class.' is not an object path: expected the name of a key at character 7"},
+        BadPath{L"Class.k", "'Class.k' is not an object path: expected = at character 8"},
+        BadPath{L"Class.k=", "'Class.k=' is not an object path: expected the value of a key at character 9"},
+        BadPath{L"Class.k=\"x",
+                "'Class.k=\"x' is not an object path: expected \" at the end of the value at character 11"},
+        BadPath{L"Class.k=\"x\"y", "'Class.k=\"x\"y' is not an object path: expected the end at character 12"},
         BadPath{L"\\\\srv:Class",
-                "'\\\\srv:Class' is no object path: expected a namespace after the server at character 7"}));
+                "'\\\\srv:Class' is not an object path: expected a namespace behind the machine at character 6"},
+        BadPath{L"//", "'//' is not an object path: expected the name of a machine at character 3"},
+        BadPath{L"//srv/root", "'//srv/root' is not an object path: expected : behind the namespace at character 11"},
+        BadPath{L"Gr\u00F6\u00DFe.k='x",
+                "'Größe.k='x' is not an object path: expected ' at the end of the value at character 11"},
+        BadPath{L"Class.k=1,2", "'Class.k=1,2' is not an object path: expected the name of a key at character 11"}));
+
+TEST(ObjectPath, Path_withoutAnyQuotes_isRefusedWithAdvice)
+{
+    try {
+        ObjectPath::parse(L"Class.k=one,two");
+        FAIL() << "the path was accepted";
+    } catch (const PathError& error) {
+        EXPECT_EQ(error.what(),
+                  "'Class.k=one,two' is not an object path: expected = at character 16; " + quotesAdvice());
+    }
+}
+
+TEST(ObjectPath, Path_isWrittenWithBackslashesAndDoubleQuotes)
+{
+    const ObjectPath path = ObjectPath::parse(L"//./root/a:Gr\u00F6\u00DFe.k='say \"x\" \\\\',l=7,m=\"a\\\"b\"");
+    EXPECT_EQ(path.prefix, L"\\\\.\\root\\a:");
+    EXPECT_EQ(path.relative, L"Gr\u00F6\u00DFe.k=\"say \\\"x\\\" \\\\\",l=7,m=\"a\\\"b\"");
+    EXPECT_EQ(path.keys[0].value, L"say \"x\" \\");
+    EXPECT_EQ(ObjectPath::parse(L"/root/a:C='x'").nameSpace, L"root\\a");
+    EXPECT_EQ(ObjectPath::parse(L"C='x'").relative, L"C=\"x\"");
+}
 
 constexpr const char* mof = R"(
 class Keys { [key] string Text; [key] uint32 Number; [key] boolean Flag; [key] uint64 Large; string Other; };
