@@ -339,10 +339,10 @@ private:
 
     void addLoad(CLI::App* sub)
     {
-        sub->add_option("-t,--threads", m_options.threads, "ask on so many threads at once, and show a summary")
+        sub->add_option("-t,--threads", m_options.threads, "ask on N threads at once, and show a summary")
             ->type_name("N")
             ->check(between(1, 256));
-        sub->add_option("-r,--repeat", m_options.repeat, "ask so many times on each thread")
+        sub->add_option("-r,--repeat", m_options.repeat, "ask N times on each thread")
             ->type_name("N")
             ->check(between(1, 1000000));
     }
@@ -369,7 +369,7 @@ private:
         related->add_flag("--references", m_related.references, "show the associations, not what they lead to");
         related
             ->add_option("-w,--where", m_related.where,
-                         "keywords as behind WHERE of ASSOCIATORS OF: AssocClass=, ResultClass=, Role=, ClassDefsOnly")
+                         "what stands behind WHERE in such a query: AssocClass=, ResultClass=, Role=, ClassDefsOnly")
             ->type_name("KEYWORDS");
         for (CLI::App* sub : {query, related}) {
             sub->add_flag("--local", m_local, "with --service: read the classes through WMI, and find the answer here");
@@ -386,12 +386,13 @@ private:
         CLI::Option* output =
             metrics->add_option("-o,--output", m_output, "replace this file, whose name ends in .prom, in one step")
                 ->type_name("FILE");
-        CLI::Option* every =
-            metrics->add_option("-e,--every", m_options.everySeconds, "read again after so many seconds, and keep on")
-                ->type_name("SECONDS")
-                ->check(between(1, 86400))
-                ->needs(output);
-        metrics->add_option("-c,--count", m_options.count, "read so many times, then end")
+        CLI::Option* every = metrics
+                                 ->add_option("-e,--every", m_options.everySeconds,
+                                              "read again after SECONDS seconds, until interrupted")
+                                 ->type_name("SECONDS")
+                                 ->check(between(1, 86400))
+                                 ->needs(output);
+        metrics->add_option("-c,--count", m_options.count, "read N times, then end")
             ->type_name("N")
             ->check(between(1, 1000000))
             ->needs(every);
@@ -424,7 +425,7 @@ private:
         CLI::App* describe =
             command("describe", "Shows the properties and methods of a class, or of all", "describe Zerix_ConcreteJob",
                     [this](Connection& c, const CommandOptions& o) { return runDescribe(c, toWide(m_class), o); });
-        describe->add_option("class", m_class, "the class; without it, all")->type_name("");
+        describe->add_option("class", m_class, "the class; all classes if it is left out")->type_name("");
         addDescribeFormat(describe);
 
         CLI::App* list =
@@ -484,7 +485,7 @@ private:
             command("watch", "Shows the rates of a class's counters", "watch Zerix_EthernetPortStatistics --count 10",
                     [this](Connection& c, const CommandOptions& o) { return runWatch(c, toWide(m_class), o); });
         watch->add_option("class", m_class, "the class")->type_name("")->required();
-        watch->add_option("-c,--count", m_options.count, "show so many tables, then end")
+        watch->add_option("-c,--count", m_options.count, "show N tables, then end")
             ->type_name("N")
             ->check(between(1, 1000000));
         watch->add_option("-i,--interval", m_options.intervalMilliseconds, "milliseconds from one table to the next")

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -16,13 +17,23 @@ constexpr std::size_t explanationColumn = 30;
 constexpr std::size_t narrow = 60;
 constexpr std::size_t narrowIndent = 6;
 
+// A name in lines that fit. Choices that do not fit one line are broken between two of them.
+std::string narrowName(const std::string& name, std::size_t width)
+{
+    std::string text = "  " + name + "\n";
+    if (lengthOf(text) > width) {
+        text = std::regex_replace(text, std::regex("\\|"), ", ");
+    }
+    return wrappedLines(text, width, narrowIndent);
+}
+
 // A name and what it means, in lines that fit.
 std::string entry(const std::string& name, const std::string& explanation)
 {
     const auto width = lineWidth();
     const bool isNarrow = width && *width < narrow;
     const std::size_t column = isNarrow ? narrowIndent : explanationColumn;
-    std::string text = isNarrow ? wrappedLines("  " + name + "\n", width, narrowIndent) : "  " + name;
+    std::string text = isNarrow ? narrowName(name, *width) : "  " + name;
     const bool below = isNarrow || lengthOf(text) >= column;
     text += below && !isNarrow ? "\n" : "";
     const auto lines = width ? wrapped(explanation, *width - std::min(column, *width - 1)) : std::vector{explanation};

@@ -7,37 +7,13 @@
 #include <utility>
 
 #include "wmihost/repository/PathGrammar.h"
+#include "wmihost/repository/QuotedText.h"
 #include "wmihost/terminal/Text.h"
 
 namespace wmihost {
 namespace {
 
-std::wstring pathQuoted(std::wstring_view value)
-{
-    std::wstring text = L"\"";
-    for (const wchar_t c : value) {
-        if (c == L'"' || c == L'\\') {
-            text += L'\\';
-        }
-        text += c;
-    }
-    return text + L"\"";
-}
-
 using Node = path_grammar::p::parse_tree::node;
-
-// The text without the backslashes that protect a quote or another backslash.
-std::wstring unescaped(std::string_view text)
-{
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool escapes = text[i] == '\\' && i + 1 < text.size() &&
-                             (text[i + 1] == '\\' || text[i + 1] == '"' || text[i + 1] == '\'');
-        i += escapes ? 1 : 0;
-        result += text[i];
-    }
-    return toWide(result);
-}
 
 bool isNumberOrBoolean(std::wstring_view text)
 {
@@ -56,11 +32,11 @@ void addValue(const Node& node, ObjectPath& path)
 {
     PathKey& key = path.keys.back();
     key.quoted = !node.is_type<path_grammar::bare>();
-    key.value = key.quoted ? unescaped(node.string_view()) : toWide(node.string_view());
+    key.value = key.quoted ? unescapedText(node.string_view()) : toWide(node.string_view());
     if (node.is_type<path_grammar::double_body>()) {
         path.relative += L'"' + toWide(node.string_view()) + L'"';
     } else {
-        path.relative += key.quoted ? pathQuoted(key.value) : key.value;
+        path.relative += key.quoted ? quotedText(key.value) : key.value;
     }
 }
 
@@ -93,7 +69,7 @@ std::wstring keyText(const VARIANT& value, CIMTYPE type)
     if (type != CIM_STRING && type != CIM_DATETIME && type != CIM_REFERENCE) {
         return scalarText(value, type);
     }
-    return pathQuoted(viewOf(value.bstrVal));
+    return quotedText(viewOf(value.bstrVal));
 }
 
 }  // namespace

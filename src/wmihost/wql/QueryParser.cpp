@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "wmihost/repository/QuotedText.h"
 #include "wmihost/terminal/Text.h"
 #include "wmihost/wql/Query.h"
 #include "wmihost/wql/QueryGrammar.h"
@@ -43,19 +44,6 @@ std::size_t placeOf(const Node& node)
 std::wstring nameIn(const Node& node)
 {
     return toWide(childOf<grammar::name>(node)->string_view());
-}
-
-// A backslash protects a quote or another backslash; before anything else it stands for itself.
-std::wstring unescaped(std::string_view text)
-{
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool escapes = text[i] == '\\' && i + 1 < text.size() &&
-                             (text[i + 1] == '\\' || text[i + 1] == '"' || text[i + 1] == '\'');
-        i += escapes ? 1 : 0;
-        result += text[i];
-    }
-    return toWide(result);
 }
 
 // Reads the tree of one text.
@@ -153,7 +141,7 @@ private:
         const Node& node = *holder.children.front();
         Constant result{Constant::Kind::text, {}, placeOf(node)};
         if (node.is_type<grammar::text>()) {
-            result.text = unescaped(node.children.front()->string_view());
+            result.text = unescapedText(node.children.front()->string_view());
         } else if (node.is_type<grammar::word>()) {
             if (!m_words) {
                 throw QueryError(errorAt(m_text, result.place, grammar::aValue));

@@ -401,7 +401,7 @@ TEST_F(CommandLineTest, TheHelpOfACommandShowsWhatItTakes)
               "\n"
               "Options:\n"
               "  -h,--help                   Print this help message and exit\n"
-              "  -c,--count N:1 to 1000000   show so many tables, then end\n"
+              "  -c,--count N:1 to 1000000   show N tables, then end\n"
               "  -i,--interval N:10 to 3600000\n"
               "                              milliseconds from one table to the next\n"
               "  -p,--property A,B ...       show these properties; * and ? stand for letters of their names\n"
@@ -485,6 +485,16 @@ TEST_F(CommandLineTest, Help_fitsTheLine)
         }
     }
     _putenv("COLUMNS=");
+}
+
+TEST_F(CommandLineTest, NarrowHelp_breaksChoicesBetweenWords)
+{
+    _putenv("COLUMNS=40");
+    EXPECT_EQ(run({"query", "--help"}), 0);
+    _putenv("COLUMNS=");
+    EXPECT_NE(out.find("  --impersonation none, anonymous,\n        identify, impersonate, delegate\n"),
+              std::string::npos)
+        << out;
 }
 
 TEST_F(CommandLineTest, ControlCharactersOfArguments_areSpelled)
