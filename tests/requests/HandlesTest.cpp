@@ -1,15 +1,6 @@
-#include <winsock2.h>
-#include <ws2tcpip.h>
-
-#include "Os/Windows/Platform.h"
-
-#include <iphlpapi.h>
-#include <netioapi.h>
-
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -21,6 +12,7 @@
 
 #include "requests/RequestTest.h"
 #include "support/ImportHook.h"
+#include "support/MadeUpAdapters.h"
 #include "support/PrivateRegistry.h"
 #include "wmihost/com/NamespaceServices.h"
 #include "wmihost/com/ResponseSink.h"
@@ -93,88 +85,6 @@ struct CountedMutexes
     support::ImportHook close;
 };
 
-// The machine that the broker is shown.
-std::size_t adapterCount = 0;
-std::size_t addressesOfEach = 1;
-
-GUID guidOf(std::size_t number)
-{
-    return {static_cast<ULONG>(number), 0, 0, {}};
-}
-
-std::string guidText(std::size_t number)
-{
-    std::array<wchar_t, 39> text{};
-    StringFromGUID2(guidOf(number), text.data(), static_cast<int>(text.size()));
-    // ASCII alone, and without its end.
-    return {text.begin(), text.end() - 1};
-}
-
-NETIO_STATUS WINAPI ifTable(PMIB_IF_TABLE2* result)
-{
-    const std::size_t size = offsetof(MIB_IF_TABLE2, Table) + adapterCount * sizeof(MIB_IF_ROW2);
-    auto* table = static_cast<MIB_IF_TABLE2*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size));
-    table->NumEntries = static_cast<ULONG>(adapterCount);
-    for (std::size_t i = 0; i < adapterCount; ++i) {
-        MIB_IF_ROW2& row = table->Table[i];
-        row.InterfaceGuid = guidOf(i);
-        row.InterfaceLuid.Value = i + 1;
-        row.InterfaceIndex = static_cast<NET_IFINDEX>(i + 1);
-        row.Type = IF_TYPE_ETHERNET_CSMACD;
-        row.OperStatus = IfOperStatusUp;
-        row.AdminStatus = NET_IF_ADMIN_STATUS_UP;
-        row.MediaConnectState = MediaConnectStateConnected;
-        row.PhysicalAddressLength = 6;
-    }
-    *result = table;
-    return NO_ERROR;
-}
-
-void WINAPI freeTable(PVOID table)
-{
-    HeapFree(GetProcessHeap(), 0, table);
-}
-
-// What GetAdaptersAddresses points at; it lives for as long as the program.
-struct AdapterAddresses
-{
-    IP_ADAPTER_ADDRESSES adapter{};
-    std::array<char, 39> guid{};
-    std::array<wchar_t, 2> name{L"a"};
-    std::array<IP_ADAPTER_UNICAST_ADDRESS, 4> unicast{};
-    std::array<sockaddr_in, 4> sockets{};
-};
-
-ULONG WINAPI adaptersAddresses(ULONG, ULONG, PVOID, PIP_ADAPTER_ADDRESSES buffer, PULONG)
-{
-    static std::vector<AdapterAddresses> all;
-    all = std::vector<AdapterAddresses>(adapterCount);
-    for (std::size_t i = 0; i < adapterCount; ++i) {
-        AdapterAddresses& entry = all[i];
-        guidText(i).copy(entry.guid.data(), entry.guid.size());
-        entry.adapter.AdapterName = entry.guid.data();
-        entry.adapter.FriendlyName = entry.name.data();
-        entry.adapter.Description = entry.name.data();
-        entry.adapter.DnsSuffix = entry.name.data();
-        entry.adapter.IfType = IF_TYPE_ETHERNET_CSMACD;
-        entry.adapter.IfIndex = static_cast<ULONG>(i + 1);
-        entry.adapter.Luid.Value = i + 1;
-        entry.adapter.Next = i + 1 == adapterCount ? nullptr : &all[i + 1].adapter;
-        for (std::size_t j = 0; j < addressesOfEach; ++j) {
-            entry.sockets[j].sin_family = AF_INET;
-            entry.sockets[j].sin_addr.S_un.S_addr = static_cast<ULONG>(10U + (j << 8U) + (i << 16U));
-            entry.unicast[j].Address = {reinterpret_cast<SOCKADDR*>(&entry.sockets[j]), sizeof(sockaddr_in)};
-            entry.unicast[j].OnLinkPrefixLength = 24;
-            entry.unicast[j].DadState = IpDadStatePreferred;
-            entry.unicast[j].Next = j == 0 ? nullptr : &entry.unicast[j - 1];
-        }
-        entry.adapter.FirstUnicastAddress = addressesOfEach == 0 ? nullptr : &entry.unicast[addressesOfEach - 1];
-    }
-    // The caller's buffer holds the first; the others are where its chain leads.
-    *buffer = all.front().adapter;
-    return NO_ERROR;
-}
-
 // The provider over the counted mutexes and the made-up machine.
 class Handles : public testing::Test
 {
@@ -190,7 +100,6 @@ protected:
         m_provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
         std::wstring name = L"root\\DCIM\\vexal";
         init->Initialize(nullptr, 0, name.data(), nullptr, m_services.get(), &m_context, nullptr);
-        addressesOfEach = 1;
     }
 
     // What is closed while the modules are unloaded are stand-ins too.
@@ -210,7 +119,7 @@ protected:
         const std::string time = std::to_string(now.count());
         for (std::size_t i = 0; i < count; ++i) {
             const std::string number = "1-" + std::to_string(i);
-            const std::string adapter = ";AdapterGuid=" + guidText(i % adapterCount);
+            const std::string adapter = ";AdapterGuid=" + support::MadeUpAdapters::guidText(i % m_adapters.count);
             m_registry.store(
                 "Jobs", "Vexal:Job:" + number,
                 "JobState=7;AdapterName=a;Owner=HOST\\admin;Host=1-1;PercentComplete=100;Error=;StartTime=" + time +
@@ -280,7 +189,7 @@ protected:
                 CoInitializeEx(nullptr, COINIT_MULTITHREADED);
                 std::unique_lock lock(mutex);
                 changed.wait(lock, [&] { return done == i; });
-                EXPECT_GE(enumerateAllAndThen(last), static_cast<int>(adapterCount));
+                EXPECT_GE(enumerateAllAndThen(last), static_cast<int>(m_adapters.count));
                 ++done;
                 changed.notify_all();
                 changed.wait(lock, [&] { return mayEnd; });
@@ -320,9 +229,7 @@ protected:
     HMODULE m_core = GetModuleHandleA("ZerixCimCore.dll");
     CountedMutexes m_ofProvider{m_module.handle()};
     CountedMutexes m_ofCore{m_core};
-    support::ImportHook m_ifTable{"GetIfTable2", &ifTable, m_core};
-    support::ImportHook m_freeTable{"FreeMibTable", &freeTable, m_core};
-    support::ImportHook m_addresses{"GetAdaptersAddresses", &adaptersAddresses, m_core};
+    support::MadeUpAdapters m_adapters{m_core};
     wmihost::ClassRepository m_repository;
     const wmihost::Namespace* m_own = nullptr;
     wmihost::ComPtr<wmihost::NamespaceServices> m_services;
@@ -337,7 +244,7 @@ constexpr const char* ASSOCIATIONS[]{"Zerix_PortImplementsEndpoint", "Zerix_Elem
 
 TEST_F(Handles, EightThreads_afterAnAssociation)
 {
-    adapterCount = 50;
+    m_adapters.count = 50;
     storeJobs(50);
     for (const char* last : ASSOCIATIONS) {
         const int held = heldByThreads(8, last);
@@ -348,7 +255,7 @@ TEST_F(Handles, EightThreads_afterAnAssociation)
 
 TEST_F(Handles, EightThreads_afterThePorts)
 {
-    adapterCount = 50;
+    m_adapters.count = 50;
     const int held = heldByThreads(8, "Zerix_EthernetPort");
     RecordProperty("held", held);
     EXPECT_LE(held, 900);
@@ -356,7 +263,7 @@ TEST_F(Handles, EightThreads_afterThePorts)
 
 TEST_F(Handles, EightThreads_afterTheJobs)
 {
-    adapterCount = 50;
+    m_adapters.count = 50;
     storeJobs(50);
     const int held = heldByThreads(8, "Zerix_ConcreteJob");
     RecordProperty("held", held);
@@ -365,7 +272,7 @@ TEST_F(Handles, EightThreads_afterTheJobs)
 
 TEST_F(Handles, EightThreads_afterTheResults)
 {
-    adapterCount = 50;
+    m_adapters.count = 50;
     storeJobs(50);
     const int held = heldByThreads(8, "Zerix_DiagnosticResult");
     RecordProperty("held", held);
@@ -374,7 +281,7 @@ TEST_F(Handles, EightThreads_afterTheResults)
 
 TEST_F(Handles, ThreadsEnd_freesAll)
 {
-    adapterCount = 50;
+    m_adapters.count = 50;
     storeJobs(50);
     // What exists once is made, and what this thread holds is little.
     enumerateAllAndThen("Zerix_EthernetPort");
@@ -386,7 +293,7 @@ TEST_F(Handles, ThreadsEnd_freesAll)
 
 TEST_F(Handles, FiveHundredAdapters_atNoMoment)
 {
-    adapterCount = 500;
+    m_adapters.count = 500;
     // As many as are kept.
     storeJobs(200);
     for (const char* last : ASSOCIATIONS) {
@@ -400,8 +307,8 @@ TEST_F(Handles, FiveHundredAdapters_atNoMoment)
 
 TEST_F(Handles, Addresses_countAsAdaptersDo)
 {
-    adapterCount = 20;
-    addressesOfEach = 4;
+    m_adapters.count = 20;
+    m_adapters.addressesOfEach = 4;
     enumerate("Zerix_SoftwareIdentity");
     const int before = openMutexes;
     enumerate("Zerix_PortImplementsEndpoint");
@@ -413,7 +320,7 @@ TEST_F(Handles, Jobs_countAsAdaptersDo)
 {
     // The last has as many jobs as are kept.
     for (const auto& [adapters, jobs] : {std::pair{20, 30}, {50, 50}, {500, 200}}) {
-        adapterCount = static_cast<std::size_t>(adapters);
+        m_adapters.count = static_cast<std::size_t>(adapters);
         storeJobs(static_cast<std::size_t>(jobs));
         // What exists once is made.
         enumerateAllAndThen("Zerix_DiagnosticResult");
@@ -426,7 +333,7 @@ TEST_F(Handles, Jobs_countAsAdaptersDo)
 
 TEST_F(Handles, WithoutResults_noPortIsHeld)
 {
-    adapterCount = 20;
+    m_adapters.count = 20;
     enumerate("Zerix_SoftwareIdentity");
     const int before = openMutexes;
     enumerate("Zerix_DiagnosticResult");
@@ -436,11 +343,11 @@ TEST_F(Handles, WithoutResults_noPortIsHeld)
 TEST_F(Handles, Association_takesTwelveLocksAtMost)
 {
     for (const char* name : ASSOCIATIONS) {
-        adapterCount = 51;
+        m_adapters.count = 51;
         storeJobs(51);
         enumerate(name);
         const int more = pairsOf(name);
-        adapterCount = 1;
+        m_adapters.count = 1;
         storeJobs(1);
         enumerate(name);
         const int pairs = more - pairsOf(name);
@@ -452,7 +359,7 @@ TEST_F(Handles, Association_takesTwelveLocksAtMost)
 
 TEST_F(Handles, FirstAnswer_takesHardlyMoreLocks)
 {
-    adapterCount = 50;
+    m_adapters.count = 50;
     storeJobs(50);
     for (const std::string& name : classNames()) {
         enumerate("Zerix_SoftwareIdentity");
@@ -463,12 +370,25 @@ TEST_F(Handles, FirstAnswer_takesHardlyMoreLocks)
     }
 }
 
+TEST_F(Handles, Request_asksEachTableOnce)
+{
+    m_adapters.count = 20;
+    storeJobs(20);
+    for (const std::string& name : classNames()) {
+        m_adapters.interfaceReads = 0;
+        m_adapters.addressReads = 0;
+        enumerate(name);
+        EXPECT_LE(m_adapters.interfaceReads, 1) << name;
+        EXPECT_LE(m_adapters.addressReads, 1) << name;
+    }
+}
+
 TEST_F(Handles, Port_takesALockForEachProperty)
 {
     const std::size_t properties = m_own->findClass(L"Zerix_EthernetPort")->properties.size();
-    adapterCount = 1;
+    m_adapters.count = 1;
     const int one = pairsOf("Zerix_EthernetPort");
-    adapterCount = 51;
+    m_adapters.count = 51;
     enumerate("Zerix_EthernetPort");
     EXPECT_LE(pairsOf("Zerix_EthernetPort") - one, 50 * static_cast<int>(properties + 3));
 }
