@@ -4,11 +4,14 @@
 #include <functional>
 
 #include "bench/provider/Counters.h"
+#include "bench/provider/Ports.h"
 #include "bench/provider/Requests.h"
 
 namespace bench {
 
 namespace {
+
+constexpr std::array<std::size_t, 3> SIZES{1, 10, 100};
 
 nlohmann::json toJson(const Counts& counts)
 {
@@ -16,16 +19,22 @@ nlohmann::json toJson(const Counts& counts)
             {"mutexes", counts.mutexes},
             {"heapAllocations", counts.heapAllocations},
             {"bstrs", counts.bstrs},
-            {"textsFormatted", counts.textsFormatted}};
+            {"textsFormatted", counts.textsFormatted},
+            {"peakHeapBytes", counts.peakHeapBytes}};
 }
 
-nlohmann::json countOf(const ProviderModule& module, const std::function<void()>& request)
+nlohmann::json countOf(const std::vector<HMODULE>& modules, const std::function<void()>& request)
 {
-    // Whatever happens on first use only is over before anything is counted.
-    request();
-    const Counters counters(module.handle());
+    const Counters counters(modules);
     request();
     return toJson(Counters::read());
+}
+
+// A later request: what happens on first use only is over.
+nlohmann::json countWarm(const ProviderModule& module, const std::function<void()>& request)
+{
+    request();
+    return countOf({module.handle()}, request);
 }
 
 // `times` requests one after the other.
@@ -38,6 +47,43 @@ std::function<void()> repeated(std::size_t times, std::function<void()> request)
     };
 }
 
+void countKinds(const ProviderModule& module, nlohmann::json& table)
+{
+    const BenchmarksBroker benchmarksBroker(module.handle());
+    for (const std::size_t instances : SIZES) {
+        Broker broker(instances);
+        Client client(module, broker);
+        const std::string key = std::to_string(instances);
+        table["enumerate"][key] = countWarm(module, [&client] { client.enumerate(); });
+        client.check("enumerate", {2 * instances, 2 * instances * PROPERTY_COUNT, 2});
+        table["get"][key] = countWarm(module, repeated(instances, [&client] { client.get(); }));
+        client.check("get", {2 * instances, 2 * instances * PROPERTY_COUNT, 2 * instances});
+        table["put"][key] = countWarm(module, repeated(instances, [&client] { client.put(); }));
+        client.check("put", {0, 0, 2 * instances});
+        table["method"][key] = countWarm(module, repeated(instances, [&client] { client.method(); }));
+        client.check("method", {2 * instances, 2 * instances * PROPERTY_COUNT, 2 * instances});
+    }
+}
+
+// The ports as they are shipped: the first answer of a thread that keeps none of them, a later one, and the first of a
+// new thread.
+void countPorts(const ProviderModule& module, nlohmann::json& table)
+{
+    PortClient client(module);
+    const std::vector<HMODULE> modules{module.handle(), PortClient::broker()};
+    for (const std::size_t adapters : SIZES) {
+        const std::string key = std::to_string(adapters);
+        client.adapters().count = adapters;
+        client.enumerate();
+        client.forget();
+        table["ports, first"][key] = countOf(modules, [&client] { client.enumerate(); });
+        table["ports, later"][key] = countOf(modules, [&client] { client.enumerate(); });
+        client.enumerateOnNewThread([&](const std::function<void()>& enumerate) {
+            table["ports, new thread"][key] = countOf(modules, enumerate);
+        });
+    }
+}
+
 }  // namespace
 
 nlohmann::json countRequests()
@@ -45,19 +91,8 @@ nlohmann::json countRequests()
     const ProviderModule module;
     const CallContext context;
     nlohmann::json table;
-    for (const std::size_t instances : {1, 10, 100}) {
-        Broker broker(instances);
-        Client client(module, broker);
-        const std::string key = std::to_string(instances);
-        table["enumerate"][key] = countOf(module, [&client] { client.enumerate(); });
-        client.check("enumerate", {2 * instances, 2 * instances * PROPERTY_COUNT, 2});
-        table["get"][key] = countOf(module, repeated(instances, [&client] { client.get(); }));
-        client.check("get", {2 * instances, 2 * instances * PROPERTY_COUNT, 2 * instances});
-        table["put"][key] = countOf(module, repeated(instances, [&client] { client.put(); }));
-        client.check("put", {0, 0, 2 * instances});
-        table["method"][key] = countOf(module, repeated(instances, [&client] { client.method(); }));
-        client.check("method", {2 * instances, 2 * instances * PROPERTY_COUNT, 2 * instances});
-    }
+    countKinds(module, table);
+    countPorts(module, table);
     return table;
 }
 

@@ -27,7 +27,8 @@ decltype(&WaitForSingleObject) realWait = nullptr;
 
 DWORD WINAPI countedWait(HANDLE handle, DWORD milliseconds)
 {
-    counts.lockPairs += counting() ? 1 : 0;
+    // A lock waits for ever; whoever asks whether something has happened does not.
+    counts.lockPairs += counting() && milliseconds == INFINITE ? 1 : 0;
     return realWait(handle, milliseconds);
 }
 
@@ -70,19 +71,30 @@ int __cdecl countedFormat(char* buffer, std::size_t size, const char* format, st
 
 }  // namespace
 
-// operator new stands in the shared C++ library, whose own imports are where its memory comes from.
-Counters::Counters(HMODULE provider)
-    : m_wait("WaitForSingleObject", &countedWait, provider),
-      m_ownWait("WaitForSingleObject", &countedWait),
-      m_create("CreateMutexA", &countedCreate, provider),
-      m_malloc("malloc", &countedMalloc, provider),
-      m_libraryMalloc("malloc", &countedMalloc, GetModuleHandleA(support::RUN_TIME)),
-      m_libraryFree("free", &countedFree, GetModuleHandleA(support::RUN_TIME)),
-      m_bstr("SysAllocStringLen", &countedBstr, provider),
-      m_format("_vsnprintf", &countedFormat, provider)
+template <class Function>
+void Counters::hook(const char* name, Function* replacement, HMODULE module)
 {
+    if (support::importsFunction(module, name)) {
+        m_hooks.push_back(std::make_unique<support::ImportHook>(name, replacement, module));
+    }
+}
+
+Counters::Counters(const std::vector<HMODULE>& modules)
+{
+    realWait = &WaitForSingleObject;
+    hook("WaitForSingleObject", &countedWait, GetModuleHandleA(nullptr));
+    for (const HMODULE module : modules) {
+        hook("WaitForSingleObject", &countedWait, module);
+        hook("CreateMutexA", &countedCreate, module);
+        hook("malloc", &countedMalloc, module);
+        hook("SysAllocStringLen", &countedBstr, module);
+        hook("_vsnprintf", &countedFormat, module);
+    }
+    // operator new stands in the shared C++ library, whose own imports are where its memory comes from.
+    const HMODULE runTime = GetModuleHandleA(support::RUN_TIME);
+    hook("malloc", &countedMalloc, runTime);
+    hook("free", &countedFree, runTime);
     counts = {};
-    realWait = m_wait.original<decltype(&WaitForSingleObject)>();
     heapBytes = 0;
     pauses = 0;
 }
@@ -90,6 +102,9 @@ Counters::Counters(HMODULE provider)
 Counters::~Counters()
 {
     pauses = 1;
+    while (!m_hooks.empty()) {
+        m_hooks.pop_back();
+    }
 }
 
 Counts Counters::read()

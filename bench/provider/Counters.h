@@ -1,13 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 #include "Os/Windows/Platform.h"
 #include "support/ImportHook.h"
 
 namespace bench {
 
-// What the provider did.
+// What the counted modules did.
 struct Counts
 {
     std::uint64_t lockPairs = 0;
@@ -21,12 +23,12 @@ struct Counts
     bool operator==(const Counts&) const = default;
 };
 
-// While it lives, counts what the provider asks of the kernel, the heap and the BSTR allocator, and the locks of the
-// lists that this program handed to it. Not what happens inside an Uncounted. One at a time, and one thread at work.
+// While it lives, counts what the modules ask of the kernel, the heap and the BSTR allocator, and the locks of the
+// lists that this program handed to them. Not what happens inside an Uncounted. One at a time, and one thread at work.
 class Counters
 {
 public:
-    explicit Counters(HMODULE provider);
+    explicit Counters(const std::vector<HMODULE>& modules);
     ~Counters();
     Counters(const Counters&) = delete;
     Counters& operator=(const Counters&) = delete;
@@ -35,14 +37,10 @@ public:
     static Counts read();
 
 private:
-    support::ImportHook m_wait;
-    support::ImportHook m_ownWait;
-    support::ImportHook m_create;
-    support::ImportHook m_malloc;
-    support::ImportHook m_libraryMalloc;
-    support::ImportHook m_libraryFree;
-    support::ImportHook m_bstr;
-    support::ImportHook m_format;
+    template <class Function>
+    void hook(const char* name, Function* replacement, HMODULE module);
+
+    std::vector<std::unique_ptr<support::ImportHook>> m_hooks;
 };
 
 // A scope of work that is not the provider's, where the broker does it.

@@ -6,20 +6,28 @@ namespace bench {
 
 namespace {
 
+// As this program imports them, before anything is replaced.
+decltype(&WaitForSingleObject) realWait = nullptr;
+decltype(&ReleaseMutex) realReleaseMutex = nullptr;
+decltype(&CloseHandle) realClose = nullptr;
+
+// Every new mutex is this one.
+char standIn = 0;
+
 HANDLE WINAPI noCreateMutex(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
 {
-    static char anything = 0;
-    return &anything;
+    return &standIn;
 }
 
-BOOL WINAPI noCloseHandle(HANDLE /*handle*/)
+BOOL WINAPI noCloseHandle(HANDLE handle)
 {
-    return TRUE;
+    return handle == &standIn ? TRUE : realClose(handle);
 }
 
-DWORD WINAPI noWait(HANDLE /*handle*/, DWORD /*milliseconds*/)
+DWORD WINAPI noWait(HANDLE handle, DWORD milliseconds)
 {
-    return WAIT_OBJECT_0;
+    // A lock waits for ever; whoever asks whether something has happened does not.
+    return milliseconds == INFINITE ? WAIT_OBJECT_0 : realWait(handle, milliseconds);
 }
 
 BOOL WINAPI noReleaseMutex(HANDLE /*handle*/)
@@ -36,10 +44,6 @@ BOOL WINAPI noThreadToken(HANDLE /*thread*/, DWORD /*access*/, BOOL /*asSelf*/, 
 // Set by one thread at a time: with the kernel there is one client only.
 std::atomic<bool> locksAreFree{false};
 
-// As they are exported, whatever stands in this program's import table.
-decltype(&WaitForSingleObject) realWait = nullptr;
-decltype(&ReleaseMutex) realReleaseMutex = nullptr;
-
 DWORD WINAPI waitUnlessFree(HANDLE handle, DWORD milliseconds)
 {
     return locksAreFree.load(std::memory_order_relaxed) ? WAIT_OBJECT_0 : realWait(handle, milliseconds);
@@ -52,18 +56,19 @@ BOOL WINAPI releaseUnlessFree(HANDLE handle)
 
 }  // namespace
 
-KernelCalls::KernelCalls(HMODULE provider, Kernel kernel)
+KernelCalls::KernelCalls(const std::vector<HMODULE>& modules, Kernel kernel)
 {
+    realWait = &WaitForSingleObject;
+    realReleaseMutex = &ReleaseMutex;
+    realClose = &CloseHandle;
     if (kernel == Kernel::none) {
-        replace(provider);
+        for (const HMODULE module : modules) {
+            replace(module);
+        }
         replace(nullptr);
     } else {
-        auto wait = std::make_unique<support::ImportHook>("WaitForSingleObject", &waitUnlessFree);
-        auto release = std::make_unique<support::ImportHook>("ReleaseMutex", &releaseUnlessFree);
-        realWait = wait->original<decltype(&WaitForSingleObject)>();
-        realReleaseMutex = release->original<decltype(&ReleaseMutex)>();
-        m_hooks.push_back(std::move(wait));
-        m_hooks.push_back(std::move(release));
+        hook("WaitForSingleObject", &waitUnlessFree, nullptr);
+        hook("ReleaseMutex", &releaseUnlessFree, nullptr);
     }
     m_mutex = CreateMutexA(nullptr, FALSE, nullptr);
 }
@@ -78,14 +83,13 @@ KernelCalls::~KernelCalls()
 
 void KernelCalls::replace(HMODULE module)
 {
-    const auto hook = [this, module](const char* name, auto* replacement) {
-        m_hooks.push_back(std::make_unique<support::ImportHook>(name, replacement, module));
-    };
-    hook("CreateMutexA", &noCreateMutex);
-    hook("CloseHandle", &noCloseHandle);
-    hook("WaitForSingleObject", &noWait);
-    hook("ReleaseMutex", &noReleaseMutex);
-    hook("OpenThreadToken", &noThreadToken);
+    hook("CreateMutexA", &noCreateMutex, module);
+    hook("CloseHandle", &noCloseHandle, module);
+    hook("WaitForSingleObject", &noWait, module);
+    hook("ReleaseMutex", &noReleaseMutex, module);
+    if (support::importsFunction(module != nullptr ? module : GetModuleHandleA(nullptr), "OpenThreadToken")) {
+        hook("OpenThreadToken", &noThreadToken, module);
+    }
 }
 
 FreeLocks::FreeLocks() noexcept

@@ -17,12 +17,12 @@ enum class Kernel
     none
 };
 
-// While it lives, the provider, the lists that this program made, and the floors run on the kernel of its choice. One
-// at a time.
+// While it lives, the modules, the lists that this program made, and the floors run on the kernel of its choice. One at
+// a time. A mutex that was made meanwhile must not be used later.
 class KernelCalls
 {
 public:
-    KernelCalls(HMODULE provider, Kernel kernel);
+    KernelCalls(const std::vector<HMODULE>& modules, Kernel kernel);
     KernelCalls(const KernelCalls&) = delete;
     KernelCalls& operator=(const KernelCalls&) = delete;
     ~KernelCalls();
@@ -53,6 +53,11 @@ public:
     }
 
 private:
+    template <class Function>
+    void hook(const char* name, Function* replacement, HMODULE module)
+    {
+        m_hooks.push_back(std::make_unique<support::ImportHook>(name, replacement, module));
+    }
     void replace(HMODULE module);
 
     // Hooks can be put up and taken down only in order.

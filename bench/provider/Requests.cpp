@@ -52,9 +52,6 @@ constexpr std::size_t PROPERTY_LIST_ADD = 3;
 constexpr std::size_t PROPERTY_LIST_END = 2;
 constexpr std::size_t PROPERTY_LIST_MUTEXES = 2;
 
-// A pointer and its two neighbours.
-constexpr std::size_t LIST_NODE = 3 * sizeof(void*);
-
 }  // namespace
 
 PropertyBlocks::~PropertyBlocks()
@@ -67,17 +64,11 @@ PropertyBlocks::~PropertyBlocks()
 void PropertyBlocks::add()
 {
     m_blocks[m_count++] = ::operator new(sizeof(core::CimPropertyString));
-    m_blocks[m_count++] = ::operator new(LIST_NODE);
 }
 
-ProviderModule::ProviderModule()
-    : m_module(load()),
-      m_broker("_ZN4core12GetCimBrokerEv", &Broker::inUse, m_module),
-      m_find("_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE", &Broker::find, m_module)
-{
-}
+ProviderModule::ProviderModule() : m_module(load()) {}
 
-utils::ComReference<IWbemServices> ProviderModule::create(Namespace& nameSpace) const
+utils::ComReference<IWbemServices> ProviderModule::create(IWbemServices& nameSpace) const
 {
     const FARPROC entry = GetProcAddress(m_module, "DllGetClassObject");
     if (entry == nullptr) {
@@ -193,10 +184,11 @@ void Client::putReady(IWbemClassObject* object, std::size_t property, utils::Sco
     object->Put(PROPERTIES[property].wideName, 0, made.address(), 0);
 }
 
-void Client::walk(IWbemClassObject* object, PropertyBlocks& blocks) const
+// The first properties are keys, which are not handed over.
+void Client::walk(IWbemClassObject* object, std::size_t keys, PropertyBlocks& blocks) const
 {
     object->BeginEnumeration(WBEM_FLAG_NONSYSTEM_ONLY);
-    for (;;) {
+    for (std::size_t i = 0;; ++i) {
         utils::ScopedBstr name;
         utils::ScopedVariant value;
         CIMTYPE type = 0;
@@ -204,7 +196,7 @@ void Client::walk(IWbemClassObject* object, PropertyBlocks& blocks) const
         if (object->Next(0, name.out(), value.address(), &type, &flavor) != WBEM_S_NO_ERROR) {
             break;
         }
-        if (m_allowed) {
+        if (m_allowed && i >= keys) {
             blocks.add();
         }
     }
@@ -269,7 +261,7 @@ void Client::putFloor(const KernelCalls& kernel)
     kernel.mutexes(PROPERTY_LIST_MUTEXES + 1);
     walkNames(m_changed, WBEM_FLAG_KEYS_ONLY);
     PropertyBlocks properties;
-    walk(m_changed, properties);
+    walk(m_changed, 1, properties);
     kernel.lockPairs(MAP_SET + PROPERTY_COUNT * MAP_CONTAINS + MAP_END + EXTRACTED * PROPERTY_LIST_ADD +
                      PROPERTY_LIST_END);
     m_broker.modifyInstance(m_parsedPath, m_properties);
@@ -282,10 +274,10 @@ void Client::methodFloor(const KernelCalls& kernel)
     kernel.mutexes(2 * PROPERTY_LIST_MUTEXES + 1);
     walkNames(m_inputs, WBEM_FLAG_KEYS_ONLY);
     PropertyBlocks inputs;
-    walk(m_inputs, inputs);
+    walk(m_inputs, 0, inputs);
     kernel.lockPairs(PROPERTY_COUNT * (MAP_CONTAINS + PROPERTY_LIST_ADD) + MAP_END);
     PropertyBlocks outputs;
-    walk(spawnOutput().get(), outputs);
+    walk(spawnOutput().get(), 0, outputs);
     kernel.lockPairs(PROPERTY_COUNT * PROPERTY_LIST_ADD);
     core::CimInstance* job = nullptr;
     m_broker.invokeMethod(m_parsedPath, m_methodName, m_properties, m_results, job);
@@ -301,6 +293,14 @@ void Client::methodFloor(const KernelCalls& kernel)
     }
     kernel.lockPairs(2 * PROPERTY_LIST_END);
     m_answers->SetStatus(WBEM_STATUS_COMPLETE, WBEM_S_NO_ERROR, nullptr, nullptr);
+}
+
+void requireSameAnswers(const RequestKind& kind, Client& client, const KernelCalls& kernel)
+{
+    (client.*kind.request)();
+    const Sink::Told told = client.take();
+    (client.*kind.floor)(kernel);
+    client.check(kind.name, told);
 }
 
 }  // namespace bench

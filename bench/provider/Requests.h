@@ -12,7 +12,7 @@
 
 namespace bench {
 
-// The provider's DLL with its calls of the broker turned to Broker. One per process.
+// The provider's DLL as it is shipped.
 class ProviderModule
 {
 public:
@@ -22,15 +22,28 @@ public:
     HMODULE handle() const noexcept { return m_module; }
 
     // A provider at work for the namespace; throws std::runtime_error.
-    utils::ComReference<IWbemServices> create(Namespace& nameSpace) const;
+    utils::ComReference<IWbemServices> create(IWbemServices& nameSpace) const;
 
 private:
     HMODULE m_module;
+};
+
+// While it lives, the provider's calls of the broker go to Broker.
+class BenchmarksBroker
+{
+public:
+    explicit BenchmarksBroker(HMODULE provider)
+        : m_broker("_ZN4core12GetCimBrokerEv", &Broker::inUse, provider),
+          m_find("_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE", &Broker::find, provider)
+    {
+    }
+
+private:
     support::ImportHook m_broker;
     support::ImportHook m_find;
 };
 
-// Two heap blocks for each property of a list, freed with it: the property, and its place in the list.
+// One heap block for each property that is handed to the broker, freed with the list.
 class PropertyBlocks
 {
 public:
@@ -43,7 +56,7 @@ public:
 
 private:
     std::size_t m_count = 0;
-    std::array<void*, 2 * PROPERTY_COUNT> m_blocks;
+    std::array<void*, PROPERTY_COUNT> m_blocks;
 };
 
 // One thread's client: a provider with everything that its requests need, made beforehand.
@@ -61,7 +74,7 @@ public:
     // The four requests, each as a client makes it through the provider and as a floor: the calls that the answer
     // cannot do without, with every value ready, and the lock pairs that the lists' contracts ask for.
     // With setAllowed a floor also makes and frees what no provider can have ready: the BSTR of each text that it puts,
-    // and two heap blocks for each property that it hands to the broker.
+    // and one heap block for each property that it hands to the broker.
     void setAllowed(bool allowed) noexcept { m_allowed = allowed; }
     void enumerate();
     void enumerateFloor(const KernelCalls& kernel);
@@ -77,7 +90,7 @@ private:
     utils::ComReference<IWbemClassObject> spawnOutput();
     void fillInstance(const KernelCalls& kernel, IWbemClassObject* object);
     void putReady(IWbemClassObject* object, std::size_t property, utils::ScopedVariant& value) const;
-    void walk(IWbemClassObject* object, PropertyBlocks& blocks) const;
+    void walk(IWbemClassObject* object, std::size_t keys, PropertyBlocks& blocks) const;
     static void walkNames(IWbemClassObject* object, long flags);
 
     Broker& m_broker;
@@ -104,5 +117,22 @@ private:
     core::CimPropertyList m_results;
     std::vector<IWbemClassObject*> m_objects;
 };
+
+// A request of a client with its floor.
+struct RequestKind
+{
+    const char* name;
+    void (Client::*request)();
+    void (Client::*floor)(const KernelCalls&);
+};
+
+inline constexpr RequestKind ENUMERATE{"enumerate", &Client::enumerate, &Client::enumerateFloor};
+// Those that are about one instance, however many there are.
+inline constexpr std::array<RequestKind, 3> SINGLE_REQUESTS{{{"get", &Client::get, &Client::getFloor},
+                                                             {"put", &Client::put, &Client::putFloor},
+                                                             {"method", &Client::method, &Client::methodFloor}}};
+
+// Throws std::runtime_error where the request and its floor do not deliver the same.
+void requireSameAnswers(const RequestKind& kind, Client& client, const KernelCalls& kernel);
 
 }  // namespace bench

@@ -42,25 +42,9 @@ Json row(const char* request, std::size_t instances, Kernel kernel, const Compar
             {"allowedRatio", toJson(comparison.allowedRatio)}};
 }
 
-struct RequestKind
-{
-    const char* name;
-    void (Client::*request)();
-    void (Client::*floor)(const KernelCalls&);
-};
-
-constexpr RequestKind ENUMERATE{"enumerate", &Client::enumerate, &Client::enumerateFloor};
-constexpr std::array<RequestKind, 3> SINGLE_REQUESTS{{{"get", &Client::get, &Client::getFloor},
-                                                      {"put", &Client::put, &Client::putFloor},
-                                                      {"method", &Client::method, &Client::methodFloor}}};
-
 Comparison compareKind(const RequestKind& kind, Client& client, const KernelCalls& kernel)
 {
-    // Both must have delivered the same before it means anything how long they took.
-    (client.*kind.request)();
-    const Sink::Told told = client.take();
-    (client.*kind.floor)(kernel);
-    client.check(kind.name, told);
+    requireSameAnswers(kind, client, kernel);
     const auto floor = [&](bool allowed) {
         client.setAllowed(allowed);
         (client.*kind.floor)(kernel);
@@ -75,11 +59,12 @@ Comparison compareKind(const RequestKind& kind, Client& client, const KernelCall
 Json timeRequests()
 {
     const ProviderModule module;
+    const BenchmarksBroker benchmarksBroker(module.handle());
     const CallContext context;
     Json rows = Json::array();
     for (const Kernel kernel : {Kernel::none, Kernel::real}) {
         for (const std::size_t instances : {1, 10, 100}) {
-            const KernelCalls calls(module.handle(), kernel);
+            const KernelCalls calls({module.handle()}, kernel);
             Broker broker(instances);
             Client client(module, broker);
             rows.push_back(row(ENUMERATE.name, instances, kernel, compareKind(ENUMERATE, client, calls)));
@@ -114,13 +99,14 @@ Json timeGrowth()
     constexpr std::size_t FEW = 100;
     constexpr std::size_t MANY = 10000;
     const ProviderModule module;
+    const BenchmarksBroker benchmarksBroker(module.handle());
     const CallContext context;
-    const KernelCalls kernel(module.handle(), Kernel::none);
+    const KernelCalls kernel({module.handle()}, Kernel::none);
     Broker manyBroker(MANY);
     Client many(module, manyBroker);
     std::int64_t peak = 0;
     {
-        const Counters counters(module.handle());
+        const Counters counters({module.handle()});
         many.enumerate();
         peak = Counters::read().peakHeapBytes;
     }
@@ -221,8 +207,9 @@ Json timeThreads()
     constexpr std::size_t REQUESTS = 4;
     constexpr std::size_t SHORT_RUNS = 201;
     const ProviderModule module;
+    const BenchmarksBroker benchmarksBroker(module.handle());
     const CallContext context;
-    const KernelCalls kernel(module.handle(), Kernel::none);
+    const KernelCalls kernel({module.handle()}, Kernel::none);
     Broker broker(INSTANCES);
     Client first(module, broker);
     Client second(module, broker);
@@ -261,8 +248,9 @@ void repeatRequest(const std::string& name, double seconds)
     }
     const RequestKind& kind = name == ENUMERATE.name ? ENUMERATE : *single;
     const ProviderModule module;
+    const BenchmarksBroker benchmarksBroker(module.handle());
     const CallContext context;
-    const KernelCalls kernel(module.handle(), Kernel::none);
+    const KernelCalls kernel({module.handle()}, Kernel::none);
     Broker broker(100);
     Client client(module, broker);
     constexpr std::size_t BATCH = 20;

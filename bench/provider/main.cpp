@@ -1,14 +1,17 @@
+#include <array>
 #include <cstdio>
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include "Os/Windows/Platform.h"
 #include "bench/provider/CountTable.h"
+#include "bench/provider/StepTable.h"
 #include "bench/provider/TimeTable.h"
 
 // bench_provider: what the provider adds to the calls that a request cannot do without.
@@ -36,14 +39,21 @@ Json read(const std::string& file)
 
 void printCounts(const Json& table)
 {
-    std::printf("%-10s %9s %10s %8s %16s %6s %15s\n", "request", "instances", "lock pairs", "mutexes",
-                "heap allocations", "BSTRs", "texts formatted");
+    constexpr std::array columns{std::pair{"lockPairs", "lock pairs"},     std::pair{"mutexes", "mutexes"},
+                                 std::pair{"heapAllocations", "heap"},     std::pair{"bstrs", "BSTRs"},
+                                 std::pair{"textsFormatted", "formatted"}, std::pair{"peakHeapBytes", "peak bytes"}};
+    std::printf("%-18s %9s", "request", "instances");
+    for (const auto& [name, heading] : columns) {
+        std::printf(" %10s", heading);
+    }
+    std::printf("\n");
     for (const auto& [request, sizes] : table.items()) {
         for (const char* const size : {"1", "10", "100"}) {
-            const Json& counts = sizes.at(size);
-            std::printf("%-10s %9s %10d %8d %16d %6d %15d\n", request.c_str(), size, counts.at("lockPairs").get<int>(),
-                        counts.at("mutexes").get<int>(), counts.at("heapAllocations").get<int>(),
-                        counts.at("bstrs").get<int>(), counts.at("textsFormatted").get<int>());
+            std::printf("%-18s %9s", request.c_str(), size);
+            for (const auto& [name, heading] : columns) {
+                std::printf(" %10d", sizes.at(size).at(name).get<int>());
+            }
+            std::printf("\n");
         }
     }
 }
@@ -135,12 +145,17 @@ int main(int argc, char** argv)
     CLI::App* const repeat = app.add_subcommand("repeat", "one request again and again, for a profiler");
     repeat->add_option("request", request, "enumerate, get, put or method")->required();
     repeat->add_option("--seconds", seconds, "how long");
+    const CLI::App* const steps = app.add_subcommand("steps", "each request once more, for count_steps");
     CLI11_PARSE(app, argc, argv);
+    // Texts that hold the computer's name are as long on every computer.
+    _putenv_s("COMPUTERNAME", "BENCHMARK");
     return inApartment([&] {
         if (counts->parsed()) {
             return count(against, accept);
         }
-        if (repeat->parsed()) {
+        if (steps->parsed()) {
+            bench::stepRequests();
+        } else if (repeat->parsed()) {
             bench::repeatRequest(request, seconds);
         } else {
             time(json);

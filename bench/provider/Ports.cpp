@@ -1,0 +1,91 @@
+#include "bench/provider/Ports.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace bench {
+
+namespace {
+
+template <class Interface>
+HRESULT query(Interface* self, REFIID riid, void** object)
+{
+    const bool isKnown = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, __uuidof(Interface));
+    *object = isKnown ? self : nullptr;
+    return isKnown ? S_OK : E_NOINTERFACE;
+}
+
+}  // namespace
+
+HRESULT AnyObject::QueryInterface(REFIID riid, void** object)
+{
+    return query<IWbemClassObject>(this, riid, object);
+}
+
+HRESULT AnyObject::Put(LPCWSTR /*name*/, LONG /*flags*/, VARIANT* /*value*/, CIMTYPE /*type*/)
+{
+    ++m_values;
+    return WBEM_S_NO_ERROR;
+}
+
+HRESULT AnyObject::SpawnInstance(LONG /*flags*/, IWbemClassObject** instance)
+{
+    *instance = this;
+    return WBEM_S_NO_ERROR;
+}
+
+HRESULT AnyNamespace::QueryInterface(REFIID riid, void** object)
+{
+    return query<IWbemServices>(this, riid, object);
+}
+
+HRESULT AnyNamespace::GetObject(BSTR /*path*/, LONG /*flags*/, IWbemContext* /*context*/, IWbemClassObject** object,
+                                IWbemCallResult** /*result*/)
+{
+    *object = &m_object;
+    return WBEM_S_NO_ERROR;
+}
+
+HRESULT CountingSink::QueryInterface(REFIID riid, void** object)
+{
+    return query<IWbemObjectSink>(this, riid, object);
+}
+
+HRESULT CountingSink::Indicate(LONG count, IWbemClassObject** /*objects*/)
+{
+    m_objects += static_cast<std::size_t>(count);
+    return WBEM_S_NO_ERROR;
+}
+
+PortClient::PortClient(const ProviderModule& module) : m_provider(module.create(m_namespace))
+{
+    *m_ports.out() = SysAllocString(L"Zerix_EthernetPort");
+    *m_identities.out() = SysAllocString(L"Zerix_SoftwareIdentity");
+}
+
+HMODULE PortClient::broker()
+{
+    return GetModuleHandleA("ZerixCimCore.dll");
+}
+
+void PortClient::enumerate()
+{
+    const std::size_t objects = m_sink.objects();
+    const std::size_t values = m_object.valuesPut();
+    request(m_ports.get());
+    if (m_sink.objects() - objects != m_adapters.count || m_object.valuesPut() == values) {
+        throw std::runtime_error("the ports are not the adapters");
+    }
+}
+
+void PortClient::forget()
+{
+    request(m_identities.get());
+}
+
+void PortClient::request(BSTR className)
+{
+    m_provider->CreateInstanceEnumAsync(className, 0, &m_context, &m_sink);
+}
+
+}  // namespace bench
