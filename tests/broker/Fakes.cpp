@@ -51,8 +51,8 @@ broker::IpConfiguration ipConfiguration(unsigned adapterNumber)
     result.dnsSuffix = "example.org";
     result.isDhcpOn = true;
     result.dhcpServer = "192.0.2.67";
-    result.leaseObtained = 1'700'000'000'000'000;
-    result.leaseExpires = 1'700'086'400'000'000;
+    result.leaseObtained = broker::WallTime{std::chrono::seconds{1'700'000'000}};
+    result.leaseExpires = broker::WallTime{std::chrono::seconds{1'700'086'400}};
     result.ipv4 = {25, 1500};
     result.ipv6 = {35, 1280};
     return result;

@@ -111,6 +111,8 @@ public:
     ScopedVariant() noexcept { VariantInit(&m_value); }
     // Takes over what the VARIANT owns.
     explicit ScopedVariant(const VARIANT& owned) noexcept : m_value(owned) {}
+    ScopedVariant(ScopedVariant&& other) noexcept : m_value(other.detach()) {}
+    ScopedVariant& operator=(ScopedVariant&&) = delete;
     ScopedVariant(const ScopedVariant&) = delete;
     ScopedVariant& operator=(const ScopedVariant&) = delete;
     ~ScopedVariant() { VariantClear(&m_value); }

@@ -5,6 +5,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "Os/Windows/ComScope.h"
 #include "Os/Windows/Platform.h"
@@ -21,6 +22,15 @@ void copyName(const Copy& copy)
         throw _com_error(E_OUTOFMEMORY);
     }
 }
+
+// A property of a WMI object with all that the object says about it. Owns the value.
+struct EnumeratedProperty
+{
+    std::string name;
+    utils::ScopedVariant value;
+    CIMTYPE cimType = 0;
+    long flavor = 0;
+};
 
 // One walk over the properties of a WMI object; ends the object's enumeration on every way out.
 class PropertyEnumeration
@@ -56,15 +66,17 @@ public:
         return name;
     }
 
-    // Reads everything about the next property; false where nextName is empty. The value must be empty.
-    bool next(std::string& name, utils::ScopedVariant& value, CIMTYPE& cimType, long& flavor)
+    // The next property; empty where nextName is empty, and throws as nextName does.
+    std::optional<EnumeratedProperty> next()
     {
+        std::optional<EnumeratedProperty> property(std::in_place);
         utils::ScopedBstr text;
-        if (m_object->Next(0, text.out(), value.address(), &cimType, &flavor) != WBEM_S_NO_ERROR) {
-            return false;
+        if (m_object->Next(0, text.out(), property->value.address(), &property->cimType, &property->flavor) !=
+            WBEM_S_NO_ERROR) {
+            return std::nullopt;
         }
-        copyName([&] { name = utils::narrowBstr(text.get()); });
-        return true;
+        copyName([&] { property->name = utils::narrowBstr(text.get()); });
+        return property;
     }
 
 private:

@@ -14,25 +14,26 @@ namespace {
 
 constexpr const char* FILE_NAME = "WmiConverter";
 
-// Converts one value and appends it. Logs, and leaves the list as it is, when there is no converter or no result.
-void appendProperty(const utils::LogSite& here, PropertyConverter* converter, std::string name, const VARIANT& value,
-                    CIMTYPE cimType, core::CimPropertyList& properties)
+// Converts the property and appends it. Logs, and leaves the list as it is, when there is no converter or no result.
+void appendProperty(const utils::LogSite& here, PropertyConverter* converter, EnumeratedProperty&& property,
+                    core::CimPropertyList& properties)
 {
     if (converter == nullptr) {
-        here.error("No converter for property type %d", cimType);
+        here.error("No converter for property type %d", property.cimType);
         return;
     }
-    std::unique_ptr<core::CimProperty> property(converter->variantToProperty(std::move(name), &value));
-    if (property == nullptr) {
+    std::unique_ptr<core::CimProperty> converted(
+        converter->variantToProperty(std::move(property.name), &property.value.get()));
+    if (converted == nullptr) {
         here.error("Property convert error");
         return;
     }
-    properties.add(property.get());
-    property.release();
+    properties.add(converted.get());
+    converted.release();
 }
 
-// Calls `visit` for each property that is not a system property, with its name, value, CIM type and flavor. An object
-// that refuses the walk is a debug line of the caller's.
+// Calls `visit` with each property that is not a system property. If the object refuses the walk, the caller's log gets
+// a debug line.
 template <class Visit>
 void visitProperties(const utils::LogSite& here, IWbemClassObject* object, const Visit& visit)
 {
@@ -41,15 +42,8 @@ void visitProperties(const utils::LogSite& here, IWbemClassObject* object, const
         here.debug("Problem with properties enumeration %X", enumeration.status());
         return;
     }
-    for (;;) {
-        std::string name;
-        utils::ScopedVariant value;
-        CIMTYPE cimType = 0;
-        long flavor = 0;
-        if (!enumeration.next(name, value, cimType, flavor)) {
-            return;
-        }
-        visit(std::move(name), value.get(), cimType, flavor);
+    while (std::optional<EnumeratedProperty> property = enumeration.next()) {
+        visit(*std::move(property));
     }
 }
 
@@ -65,15 +59,15 @@ void WmiConverter::extractProperties(core::CimPropertyList& properties, IWbemCla
             copyName([&] { keys.set(*name, true); });
         }
     }
-    visitProperties(here, wmiInst, [&](std::string name, const VARIANT& value, CIMTYPE cimType, long flavor) {
-        here.debug("Converting property %s, %d", name.c_str(), cimType);
-        if (keys.contains(name)) {
+    visitProperties(here, wmiInst, [&](EnumeratedProperty&& property) {
+        here.debug("Converting property %s, %d", property.name.c_str(), property.cimType);
+        if (keys.contains(property.name)) {
             // Keys never go to the broker: the path says which instance it is.
             here.debug("Ignoring key property");
-        } else if ((flavor & WBEM_FLAVOR_ORIGIN_SYSTEM) != 0) {
+        } else if ((property.flavor & WBEM_FLAVOR_ORIGIN_SYSTEM) != 0) {
             here.debug("This is system property");
         } else {
-            appendProperty(here, findConverter(cimType), std::move(name), value, cimType, properties);
+            appendProperty(here, findConverter(property.cimType), std::move(property), properties);
         }
     });
 }
@@ -88,10 +82,10 @@ void WmiConverter::createResultsList(const std::string& className, const std::st
     if (outParams == nullptr) {
         return;
     }
-    visitProperties(here, outParams, [&](std::string name, const VARIANT& value, CIMTYPE cimType, long /*flavor*/) {
-        here.debug("Obtaining property %s, %d", name.c_str(), cimType);
+    visitProperties(here, outParams, [&](EnumeratedProperty&& property) {
+        here.debug("Obtaining property %s, %d", property.name.c_str(), property.cimType);
         // Every parameter gets its entry, keys and system properties as well.
-        appendProperty(here, findConverter(cimType), std::move(name), value, cimType, results);
+        appendProperty(here, findConverter(property.cimType), std::move(property), results);
     });
 }
 

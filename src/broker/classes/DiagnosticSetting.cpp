@@ -18,14 +18,22 @@ std::string instanceId(const DiagnosticSetting& /*row*/)
     return "Vexal:DiagnosticSetting";
 }
 
+std::uint16_t samplePeriodMilliseconds(const DiagnosticSetting& row)
+{
+    return static_cast<std::uint16_t>(row.samplePeriod.count());
+}
+std::uint64_t jobRetentionSeconds(const DiagnosticSetting& row)
+{
+    return static_cast<std::uint64_t>(row.jobRetention.count());
+}
+
 constexpr std::array columns{
     key<&instanceId>("InstanceID"),
     writable<&DiagnosticSetting::sampleCount>("SampleCount", &limitTo<DiagnosticSetting::SAMPLE_COUNTS>),
-    writable<&DiagnosticSetting::samplePeriodMilliseconds>("SamplePeriodMilliseconds",
-                                                           &limitTo<DiagnosticSetting::SAMPLE_PERIODS>),
+    writable<&samplePeriodMilliseconds>("SamplePeriodMilliseconds", &limitTo<DiagnosticSetting::SAMPLE_PERIODS>),
     writable<&DiagnosticSetting::passThresholdPercent>("PassThresholdPercent",
                                                        &limitTo<DiagnosticSetting::PASS_THRESHOLDS>),
-    writable<&DiagnosticSetting::jobRetentionSeconds>("JobRetentionSeconds", &limitTo<DiagnosticSetting::RETENTIONS>),
+    writable<&jobRetentionSeconds>("JobRetentionSeconds", &limitTo<DiagnosticSetting::RETENTIONS>),
     writable<&DiagnosticSetting::elementName>("ElementName", &limitTo<DiagnosticSetting::NAME_LENGTHS>),
 };
 

@@ -1,8 +1,8 @@
 #include <array>
 
-#include "Utils/Time.h"
 #include "broker/classes/ClassNames.h"
 #include "broker/classes/ServedClasses.h"
+#include "broker/classes/Times.h"
 #include "broker/model/Workspace.h"
 
 namespace broker {
@@ -13,15 +13,15 @@ struct Row
 {
     // Among what the workspace has read for the request.
     const Adapter& adapter;
-    // When the counters were read, in microseconds since 1970-01-01 00:00:00 UTC.
-    std::uint64_t time;
+    // When the counters were read.
+    WallTime time;
 };
 
 std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
     const std::vector<Adapter>& adapters = workspace.adapters();
-    const auto now = static_cast<std::uint64_t>(workspace.sources().machine.now().time_since_epoch().count());
+    const WallTime now = workspace.sources().machine.now();
     result.reserve(adapters.size());
     for (const Adapter& adapter : adapters) {
         result.push_back({adapter, now});
@@ -104,7 +104,7 @@ std::string instanceId(const Row& row)
 }
 utils::Time statisticTime(const Row& row)
 {
-    return utils::Time::timestamp(row.time);
+    return timestamp(row.time);
 }
 
 template <auto Read>

@@ -1,8 +1,8 @@
 #include <array>
 
-#include "Utils/Time.h"
 #include "broker/classes/ClassNames.h"
 #include "broker/classes/ServedClasses.h"
+#include "broker/classes/Times.h"
 #include "broker/model/Workspace.h"
 
 namespace broker {
@@ -24,9 +24,9 @@ std::optional<std::string> known(const std::string& text)
     return text.empty() ? std::nullopt : std::make_optional(text);
 }
 
-std::optional<utils::Time> known(const std::optional<std::uint64_t>& time)
+std::optional<utils::Time> known(const std::optional<WallTime>& time)
 {
-    return time ? std::make_optional(utils::Time::timestamp(*time)) : std::nullopt;
+    return time ? std::make_optional(timestamp(*time)) : std::nullopt;
 }
 
 std::string instanceId(const IpConfiguration& row)

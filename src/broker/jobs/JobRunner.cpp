@@ -97,7 +97,7 @@ StartOutcome JobRunner::start(const DiagnosticRequest& request, std::string& id)
         job.status.adapterGuid = request.adapter.guid;
         job.status.owner = request.owner;
         job.status.startTime = request.start.wall;
-        job.status.retention = std::chrono::seconds{request.setting.jobRetentionSeconds};
+        job.status.retention = request.setting.jobRetention;
         Running running{job.status.id, request.start.steady,
                         LinkDiagnostic(request.setting, request.sampleCount, request.adapter, request.start.steady),
                         std::nullopt, SteadyTime{}};

@@ -69,7 +69,7 @@ std::string problem(const Adapter& before, const Adapter& now)
 LinkDiagnostic::LinkDiagnostic(const DiagnosticSetting& setting, std::uint16_t sampleCount, Adapter start,
                                SteadyTime startTime)
     : m_sampleCount(sampleCount),
-      m_period(setting.samplePeriodMilliseconds),
+      m_period(setting.samplePeriod),
       m_thresholdPercent(setting.passThresholdPercent),
       m_last(std::move(start)),
       m_nextDue(startTime + m_period)

@@ -65,8 +65,9 @@ public:
         result = text.value_or(result);
     }
 
-    template <class Number>
-    void read(const char* name, Range range, Number& result) const
+    // Of a number, or of a duration, whose unit is that of the stored number.
+    template <class Value>
+    void read(const char* name, Range range, Value& result) const
     {
         const auto field = m_fields.find(name);
         if (field == m_fields.end()) {
@@ -74,7 +75,7 @@ public:
         }
         const std::optional<std::uint64_t> number = numberIn(field->second);
         if (number && range.contains(*number)) {
-            result = static_cast<Number>(*number);
+            result = static_cast<Value>(*number);
         } else {
             ignore(name, field->second);
         }
@@ -112,9 +113,9 @@ DiagnosticSetting SettingsStore::diagnosticSetting()
     const Reader reader(*this, key);
     DiagnosticSetting setting;
     reader.read("SampleCount", DiagnosticSetting::SAMPLE_COUNTS, setting.sampleCount);
-    reader.read("SamplePeriodMilliseconds", DiagnosticSetting::SAMPLE_PERIODS, setting.samplePeriodMilliseconds);
+    reader.read("SamplePeriodMilliseconds", DiagnosticSetting::SAMPLE_PERIODS, setting.samplePeriod);
     reader.read("PassThresholdPercent", DiagnosticSetting::PASS_THRESHOLDS, setting.passThresholdPercent);
-    reader.read("JobRetentionSeconds", DiagnosticSetting::RETENTIONS, setting.jobRetentionSeconds);
+    reader.read("JobRetentionSeconds", DiagnosticSetting::RETENTIONS, setting.jobRetention);
     reader.read("ElementName", DiagnosticSetting::NAME_LENGTHS, setting.elementName);
     return setting;
 }

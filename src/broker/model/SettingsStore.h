@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -34,9 +35,10 @@ struct AdapterSetting
 struct DiagnosticSetting
 {
     static constexpr Range SAMPLE_COUNTS{1, 600};
+    // In milliseconds.
     static constexpr Range SAMPLE_PERIODS{10, 60000};
     static constexpr Range PASS_THRESHOLDS{0, 100};
-    // A year at most.
+    // In seconds; a year at most.
     static constexpr Range RETENTIONS{0, 31'536'000};
     static constexpr Lengths NAME_LENGTHS{0, 256};
 
@@ -44,9 +46,9 @@ struct DiagnosticSetting
     static constexpr char KEY[] = "Diagnostics";
 
     std::uint16_t sampleCount = 10;
-    std::uint16_t samplePeriodMilliseconds = 1000;
+    std::chrono::milliseconds samplePeriod{1000};
     std::uint8_t passThresholdPercent = 90;
-    std::uint64_t jobRetentionSeconds = 300;
+    std::chrono::seconds jobRetention{300};
     std::string elementName = "Link Diagnostics";
 };
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "broker/platform/Clocks.h"
+
 namespace broker {
 
 // The states of an interface, numbered as in RFC 2863.
@@ -148,12 +150,11 @@ struct IpConfiguration
     std::vector<std::string> dnsServers;
     // Of this connection; empty for none.
     std::string dnsSuffix;
-    // DHCP for IPv4: the server is empty, and so are the times, when there is no lease. In microseconds since
-    // 1970-01-01 00:00:00 UTC.
+    // DHCP for IPv4. Without a lease the server and both times are empty.
     bool isDhcpOn = false;
     std::string dhcpServer;
-    std::optional<std::uint64_t> leaseObtained;
-    std::optional<std::uint64_t> leaseExpires;
+    std::optional<WallTime> leaseObtained;
+    std::optional<WallTime> leaseExpires;
     FamilyConfiguration ipv4;
     FamilyConfiguration ipv6;
 };

@@ -10,6 +10,7 @@
 #include <netioapi.h>
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <unordered_map>
 
@@ -95,12 +96,10 @@ ULONG adaptersInfo(std::vector<std::max_align_t>& buffer)
     return status;
 }
 
-// A time in seconds since 1970; empty for none.
-std::optional<std::uint64_t> microseconds(time_t seconds)
+// The platform writes 0 where there is no time.
+std::optional<WallTime> wallTime(time_t seconds)
 {
-    constexpr std::uint64_t MICROSECONDS_PER_SECOND = 1'000'000;
-    return seconds <= 0 ? std::nullopt
-                        : std::make_optional(static_cast<std::uint64_t>(seconds) * MICROSECONDS_PER_SECOND);
+    return seconds <= 0 ? std::nullopt : std::make_optional<WallTime>(std::chrono::seconds{seconds});
 }
 
 // Throws utils::EFailed when the leases cannot be read.
@@ -124,8 +123,8 @@ void addLeases(std::vector<IpConfiguration>& configurations)
             configurations.begin(), configurations.end(),
             [info](const IpConfiguration& configuration) { return configuration.adapterGuid == info->AdapterName; });
         if (found != configurations.end() && found->isDhcpOn) {
-            found->leaseObtained = microseconds(info->LeaseObtained);
-            found->leaseExpires = microseconds(info->LeaseExpires);
+            found->leaseObtained = wallTime(info->LeaseObtained);
+            found->leaseExpires = wallTime(info->LeaseExpires);
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <utility>
 
 #include "Os/Windows/WindowsRegistry.h"
@@ -15,7 +16,7 @@ namespace {
 
 constexpr const char* FILE_NAME = "RegistryStorage";
 constexpr const char* LOCK_NAME = "Global\\Vexal-DRAVEv2-Settings";
-constexpr DWORD LOCK_PATIENCE = 2000;
+constexpr std::chrono::milliseconds LOCK_PATIENCE{2000};
 
 utils::WindowsRegistry& registry()
 {
@@ -237,7 +238,7 @@ StoreResult RegistryStorage::lock()
         here.error("Settings could not be locked. Error %d", static_cast<int>(error));
         return error == ERROR_ACCESS_DENIED ? StoreResult::ACCESS_DENIED : StoreResult::FAILED;
     }
-    const DWORD result = WaitForSingleObject(m_lock, LOCK_PATIENCE);
+    const DWORD result = WaitForSingleObject(m_lock, static_cast<DWORD>(LOCK_PATIENCE.count()));
     // A process that ended while it held the lock has written its value as a whole or not at all.
     if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) {
         return StoreResult::DONE;

@@ -1,5 +1,6 @@
 #include "broker/windows/WindowsJobHosts.h"
 
+#include <chrono>
 #include <new>
 
 #include "Utils/Log.h"
@@ -11,7 +12,7 @@ namespace {
 
 constexpr const char* FILE_NAME = "WindowsJobHosts";
 constexpr const char* LOCK_NAME = "Global\\Vexal-DRAVEv2-Jobs";
-constexpr DWORD LOCK_PATIENCE = 1000;
+constexpr std::chrono::milliseconds LOCK_PATIENCE{1000};
 
 // As administrators have it. Everybody may see that a host is there.
 constexpr const char* HOST_ACCESS = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;NS)(A;;0x100000;;;WD)";
@@ -78,7 +79,8 @@ void WindowsJobHosts::lock() noexcept
         m_lock = openNamedMutex(LOCK_NAME, ADMINISTRATORS_ACCESS);
     }
     // A process that ended while it held the lock left every entry whole or absent, so its lock is simply taken over.
-    const DWORD result = m_lock == nullptr ? WAIT_FAILED : WaitForSingleObject(m_lock, LOCK_PATIENCE);
+    const DWORD result =
+        m_lock == nullptr ? WAIT_FAILED : WaitForSingleObject(m_lock, static_cast<DWORD>(LOCK_PATIENCE.count()));
     if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED) {
         here.error("Stored jobs are changed without a lock. Result %d, error %d", static_cast<int>(result),
                    static_cast<int>(GetLastError()));

@@ -293,6 +293,15 @@ private:
             ->check(oneOf(words));
     }
 
+    // An option whose value is a number of the duration's unit.
+    template <class Duration>
+    static CLI::Option* addDuration(CLI::App* sub, const std::string& name, Duration& target,
+                                    const std::string& summary)
+    {
+        return sub->add_option_function<unsigned>(
+            name, [&target](unsigned count) { target = Duration(count); }, summary);
+    }
+
     void addFormat(CLI::App* sub)
     {
         addChoice<Format>(
@@ -386,12 +395,11 @@ private:
         CLI::Option* output =
             metrics->add_option("-o,--output", m_output, "replace this file, whose name ends in .prom, in one step")
                 ->type_name("FILE");
-        CLI::Option* every = metrics
-                                 ->add_option("-e,--every", m_options.everySeconds,
-                                              "read again after SECONDS seconds, until interrupted")
-                                 ->type_name("SECONDS")
-                                 ->check(between(1, 86400))
-                                 ->needs(output);
+        CLI::Option* every =
+            addDuration(metrics, "-e,--every", m_options.every, "read again after SECONDS seconds, until interrupted")
+                ->type_name("SECONDS")
+                ->check(between(1, 86400))
+                ->needs(output);
         metrics->add_option("-c,--count", m_options.count, "read N times, then end")
             ->type_name("N")
             ->check(between(1, 1000000))
@@ -416,7 +424,26 @@ private:
         });
     }
 
+    // In the order of the help.
     void addCommands()
+    {
+        addSchemaCommands();
+        addReadingCommands();
+        addQueries();
+        addChangingCommands();
+        addWatch();
+        addMetrics();
+        addProgramCommands();
+
+        std::string footer = "Without a command, the network adapters are listed.\n\nExamples:\n";
+        for (const auto& [name, example] : m_examples) {
+            footer += "  wmihost " + example + "\n";
+        }
+        m_app.footer(footer);
+        m_command = [](Connection& c, const CommandOptions& o) { return runList(c, {}, o); };
+    }
+
+    void addSchemaCommands()
     {
         CLI::App* classes = command("classes", "Lists the classes of the MOF", "classes",
                                     [](Connection& c, const CommandOptions& o) { return runClasses(c, o); });
@@ -427,7 +454,10 @@ private:
                     [this](Connection& c, const CommandOptions& o) { return runDescribe(c, toWide(m_class), o); });
         describe->add_option("class", m_class, "the class; all classes if it is left out")->type_name("");
         addDescribeFormat(describe);
+    }
 
+    void addReadingCommands()
+    {
         CLI::App* list =
             command("list", "Lists the instances of a class", "list Zerix_EthernetPort --where EnabledState=Enabled",
                     [this](Connection& c, const CommandOptions& o) { return runList(c, toWide(m_class), o); });
@@ -446,9 +476,10 @@ private:
         addProperties(get);
         addImpersonation(get);
         addLoad(get);
+    }
 
-        addQueries();
-
+    void addChangingCommands()
+    {
         CLI::App* set = command("set", "Changes properties of an instance, and shows it",
                                 "set 'Zerix_AdapterSetting.InstanceID=\"...\"' ElementName=Uplink Tag=null",
                                 [this](Connection& c, const CommandOptions& o) {
@@ -480,7 +511,10 @@ private:
         invoke->add_flag("-W,--wait", m_options.wait, "follow the job that the method starts until it ends");
         addFormat(invoke);
         addImpersonation(invoke);
+    }
 
+    void addWatch()
+    {
         CLI::App* watch =
             command("watch", "Shows the rates of a class's counters", "watch Zerix_EthernetPortStatistics --count 10",
                     [this](Connection& c, const CommandOptions& o) { return runWatch(c, toWide(m_class), o); });
@@ -488,15 +522,16 @@ private:
         watch->add_option("-c,--count", m_options.count, "show N tables, then end")
             ->type_name("N")
             ->check(between(1, 1000000));
-        watch->add_option("-i,--interval", m_options.intervalMilliseconds, "milliseconds from one table to the next")
+        addDuration(watch, "-i,--interval", m_options.interval, "milliseconds from one table to the next")
             ->type_name("N")
             ->check(between(10, 3600000));
         addProperties(watch);
         addConditions(watch);
         addImpersonation(watch);
+    }
 
-        addMetrics();
-
+    void addProgramCommands()
+    {
         CLI::App* selfTest = command("self-test", "Makes a request of each kind, and gives each a verdict", "self-test",
                                      [](Connection& c, const CommandOptions& o) { return runSelfTest(c, o); });
         addImpersonation(selfTest);
@@ -506,13 +541,6 @@ private:
                     return runShell([&c](const std::vector<std::string>& line) { return CommandLine(&c).run(line); });
                 });
         addCompletion();
-
-        std::string footer = "Without a command, the network adapters are listed.\n\nExamples:\n";
-        for (const auto& [name, example] : m_examples) {
-            footer += "  wmihost " + example + "\n";
-        }
-        m_app.footer(footer);
-        m_command = [](Connection& c, const CommandOptions& o) { return runList(c, {}, o); };
     }
 
     CLI::App m_app{"Plays WMI's provider host for one provider, and asks it like a client.", "wmihost"};

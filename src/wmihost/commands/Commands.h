@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -41,10 +42,10 @@ struct CommandOptions
     std::vector<wql::Condition> conditions;  // an instance is shown if all of them hold
     unsigned threads = 1;
     unsigned repeat = 1;
-    unsigned count = 0;  // samples of `watch`, readings of `metrics`; 0: until it is interrupted
-    unsigned intervalMilliseconds = 1000;
-    std::wstring output;        // of `metrics`; empty: standard output
-    unsigned everySeconds = 0;  // 0: one reading
+    unsigned count = 0;                        // samples of `watch`, readings of `metrics`; 0: until it is interrupted
+    std::chrono::milliseconds interval{1000};  // between two tables of `watch`
+    std::wstring output;                       // of `metrics`; empty: standard output
+    std::chrono::seconds every{0};             // between two readings of `metrics`; 0: one reading
     bool wait = false;
     bool hasPropertyOption = false;  // a hint may name --property
     bool quiet = false;              // no hints and no progress

@@ -91,7 +91,7 @@ int runMetrics(Connection& connection, const CommandOptions& options)
 {
     checkOutput(options);
     const Targets targets = findTargets(connection, options);
-    const unsigned count = options.everySeconds == 0 ? 1 : options.count;
+    const unsigned count = options.every == std::chrono::seconds(0) ? 1 : options.count;
     Exposition exposition;
     auto due = Clock::now();
     for (unsigned done = 1;; ++done) {
@@ -108,7 +108,7 @@ int runMetrics(Connection& connection, const CommandOptions& options)
             return failure ? 1 : 0;
         }
         // What was missed, while the machine slept or the provider was slow, is not made up for.
-        due = std::max(due + std::chrono::seconds(options.everySeconds), Clock::now());
+        due = std::max(due + options.every, Clock::now());
         std::this_thread::sleep_until(due);
     }
 }

@@ -199,7 +199,7 @@ int runWatch(Connection& connection, const std::wstring& className, const Comman
     auto beforeTime = Clock::now();
     std::size_t linesShown = 0;
     for (unsigned shown = 0; options.count == 0 || shown < options.count; ++shown) {
-        if (!guard.pause(std::chrono::milliseconds(options.intervalMilliseconds))) {
+        if (!guard.pause(options.interval)) {
             return interruptedExit;
         }
         auto now = takeSamples(connection, target, counters, options);

@@ -1,5 +1,6 @@
 #include "wmihost/metrics/MetricFile.h"
 
+#include <chrono>
 #include <string>
 #include <system_error>
 
@@ -9,7 +10,7 @@
 namespace wmihost {
 namespace {
 
-constexpr DWORD pauseMilliseconds = 50;
+constexpr std::chrono::milliseconds pause{50};
 constexpr int mostAttempts = 100;
 
 struct FileCloser
@@ -52,7 +53,7 @@ DWORD replace(const std::filesystem::path& from, const std::filesystem::path& to
         if (!isHeldByReader(error) || attempt == mostAttempts) {
             return error;
         }
-        Sleep(pauseMilliseconds);
+        Sleep(static_cast<DWORD>(pause.count()));
     }
 }
 

@@ -81,7 +81,7 @@ public:
     explicit Process(const char* name) : hosts(table, name)
     {
         adapters.set({adapter});
-        setting.samplePeriodMilliseconds = 100;
+        setting.samplePeriod = std::chrono::milliseconds{100};
         // What the thread notes of its waits takes no memory.
         thread.limits.reserve(100);
     }

@@ -23,8 +23,8 @@ protected:
     JobProcesses()
     {
         m_adapters.set({m_adapter});
-        m_setting.samplePeriodMilliseconds = 100;
-        m_setting.jobRetentionSeconds = 60;
+        m_setting.samplePeriod = std::chrono::milliseconds{100};
+        m_setting.jobRetention = std::chrono::seconds{60};
     }
 
     std::unique_ptr<fakes::JobProcess> process(const std::string& name)
@@ -87,7 +87,7 @@ TEST_F(JobProcesses, Job_endedByTheOther_leavesItsResult)
 
 TEST_F(JobProcesses, WaitingThread_looksForChangesEachSecond)
 {
-    m_setting.samplePeriodMilliseconds = 60'000;
+    m_setting.samplePeriod = std::chrono::milliseconds{60'000};
     m_one->start(m_adapter, m_setting, 1);
     EXPECT_EQ(m_one->thread.play(), milliseconds{1000});
 }

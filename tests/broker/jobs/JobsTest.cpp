@@ -47,8 +47,8 @@ protected:
     Jobs()
     {
         m_adapters.set({m_adapter});
-        m_setting.samplePeriodMilliseconds = 100;
-        m_setting.jobRetentionSeconds = 60;
+        m_setting.samplePeriod = std::chrono::milliseconds{100};
+        m_setting.jobRetention = std::chrono::seconds{60};
     }
 
     std::string start(std::uint16_t samples = 2) { return m_process.start(m_adapter, m_setting, samples); }
@@ -525,7 +525,7 @@ TEST_F(Jobs, ManyClients_shareOneThread)
     fakes::Storage storage(m_stored);
     fakes::Hosts hosts(m_hosts, "20-1");
     broker::Jobs jobs({m_adapters, m_machine, storage, thread, hosts});
-    m_setting.samplePeriodMilliseconds = 10;
+    m_setting.samplePeriod = std::chrono::milliseconds{10};
     constexpr unsigned CLIENTS = 3;
     constexpr int ROUNDS = 30;
     std::vector<broker::Adapter> adapters;

@@ -176,7 +176,7 @@ TEST_F(LinkDiagnostic, AdapterThatIsGoneIsNoSample)
 
 TEST_F(LinkDiagnostic, NextSampleIsDueAPeriodAfterTheLast)
 {
-    m_setting.samplePeriodMilliseconds = 20;
+    m_setting.samplePeriod = std::chrono::milliseconds{20};
     broker::LinkDiagnostic tested = diagnostic(2);
     EXPECT_EQ(tested.nextDue(), START + std::chrono::milliseconds{20});
     tested.takeSample(m_adapter, START + std::chrono::milliseconds{500});

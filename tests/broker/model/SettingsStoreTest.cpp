@@ -38,9 +38,9 @@ TEST_F(SettingsStore, MissingValuesHaveTheirDefaults)
     EXPECT_EQ(adapter.tag, std::nullopt);
     const broker::DiagnosticSetting diagnostic = m_store.diagnosticSetting();
     EXPECT_EQ(diagnostic.sampleCount, 10);
-    EXPECT_EQ(diagnostic.samplePeriodMilliseconds, 1000);
+    EXPECT_EQ(diagnostic.samplePeriod, std::chrono::milliseconds{1000});
     EXPECT_EQ(diagnostic.passThresholdPercent, 90);
-    EXPECT_EQ(diagnostic.jobRetentionSeconds, 300U);
+    EXPECT_EQ(diagnostic.jobRetention, std::chrono::seconds{300});
     EXPECT_EQ(diagnostic.elementName, "Link Diagnostics");
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
@@ -56,9 +56,9 @@ TEST_F(SettingsStore, Stored_isRead)
     EXPECT_EQ(m_store.adapterSetting("{H}").elementName, std::nullopt);
     const broker::DiagnosticSetting diagnostic = m_store.diagnosticSetting();
     EXPECT_EQ(diagnostic.sampleCount, 600);
-    EXPECT_EQ(diagnostic.samplePeriodMilliseconds, 10);
+    EXPECT_EQ(diagnostic.samplePeriod, std::chrono::milliseconds{10});
     EXPECT_EQ(diagnostic.passThresholdPercent, 0);
-    EXPECT_EQ(diagnostic.jobRetentionSeconds, 31'536'000U);
+    EXPECT_EQ(diagnostic.jobRetention, std::chrono::seconds{31'536'000});
     EXPECT_EQ(diagnostic.elementName, "Mine;");
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
@@ -99,7 +99,7 @@ TEST_F(SettingsStore, Number_outOfRangeOrNone_isIgnored)
     }
     for (const char* setting : {"JobRetentionSeconds=31536001", "ElementName=a%00b"}) {
         m_storage.set("Diagnostics", "Setting", setting);
-        EXPECT_EQ(m_store.diagnosticSetting().jobRetentionSeconds, 300U) << setting;
+        EXPECT_EQ(m_store.diagnosticSetting().jobRetention, std::chrono::seconds{300}) << setting;
         EXPECT_EQ(m_store.diagnosticSetting().elementName, "Link Diagnostics") << setting;
     }
 }
@@ -231,7 +231,7 @@ TEST_F(SettingsOfTwoProcesses, RestoredDefault_isNotTakenBack)
         m_myStore.write("Diagnostics", {{"JobRetentionSeconds", "8"}});
         m_thread.join();
         EXPECT_EQ(m_myStore.diagnosticSetting().sampleCount, 10);
-        EXPECT_EQ(m_myStore.diagnosticSetting().jobRetentionSeconds, names.empty() ? 300U : 8U);
+        EXPECT_EQ(m_myStore.diagnosticSetting().jobRetention, std::chrono::seconds{names.empty() ? 300 : 8});
     }
 }
 

@@ -197,8 +197,8 @@ TEST_F(IpConfigurations, Lease_isThatOfTheAdapter)
     const broker::IpConfiguration read = this->read();
     EXPECT_TRUE(read.isDhcpOn);
     EXPECT_EQ(read.dhcpServer, "10.0.0.67");
-    EXPECT_EQ(read.leaseObtained, 1'700'000'000'000'000U);
-    EXPECT_EQ(read.leaseExpires, 1'700'086'400'000'000U);
+    EXPECT_EQ(read.leaseObtained, broker::WallTime{std::chrono::seconds{1'700'000'000}});
+    EXPECT_EQ(read.leaseExpires, broker::WallTime{std::chrono::seconds{1'700'086'400}});
 }
 
 TEST_F(IpConfigurations, DhcpWithoutLease_hasNoTimes)
