@@ -2,6 +2,7 @@
 
 namespace wa {
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): converters that make a property keep the name
 core::CimProperty* PropertyConverter::variantToProperty(std::string /*name*/, const VARIANT* /*variant*/)
 {
     return nullptr;

@@ -60,7 +60,7 @@ void WmiConverter::registerConverter(PropertyConverter* converter, core::CimProp
         delete oldConverter;
     }
     typeConverters.set(type, converter);
-    owned.release();
+    owned.release();  // NOLINT(bugprone-unused-return-value)
     cimTypeConverters.set(cimType, converter);
 }
 

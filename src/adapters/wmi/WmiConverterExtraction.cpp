@@ -29,7 +29,7 @@ void appendProperty(const utils::LogSite& here, PropertyConverter* converter, En
         return;
     }
     properties.add(converted.get());
-    converted.release();
+    converted.release();  // NOLINT(bugprone-unused-return-value)
 }
 
 // Calls `visit` with each property that is not a system property. If the object refuses the walk, the caller's log gets

@@ -25,11 +25,6 @@ namespace broker {
 
 namespace {
 
-struct TableFreer
-{
-    void operator()(MIB_IPINTERFACE_TABLE* table) const noexcept { FreeMibTable(table); }
-};
-
 template <class Entry>
 std::vector<std::string> addressTexts(const Entry* first)
 {

@@ -27,11 +27,6 @@ namespace {
 
 constexpr const char* FILE_NAME = "PlatformAdapters";
 
-struct TableFreer
-{
-    void operator()(MIB_IF_TABLE2* table) const noexcept { FreeMibTable(table); }
-};
-
 std::string guidText(const GUID& guid)
 {
     const unsigned char* tail = guid.Data4;

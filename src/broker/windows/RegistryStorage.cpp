@@ -102,11 +102,11 @@ LSTATUS readValues(HKEY key, const KeyState& state, StoredValues& values)
 {
     // The lengths are those of the longest wide texts; in the code page a character may take more than one byte.
     constexpr DWORD BYTES_PER_CHARACTER = 4;
-    std::string name(state.maxNameLength * BYTES_PER_CHARACTER + 1, '\0');
-    std::string data(state.maxDataLength * BYTES_PER_CHARACTER, '\0');
+    std::string name(std::size_t{state.maxNameLength} * BYTES_PER_CHARACTER + 1, '\0');
+    std::string data(std::size_t{state.maxDataLength} * BYTES_PER_CHARACTER, '\0');
     for (DWORD index = 0;; ++index) {
-        DWORD nameLength = static_cast<DWORD>(name.size());
-        DWORD dataLength = static_cast<DWORD>(data.size());
+        auto nameLength = static_cast<DWORD>(name.size());
+        auto dataLength = static_cast<DWORD>(data.size());
         DWORD type = REG_NONE;
         const LSTATUS status = registry().enumValue(key, index, name.data(), &nameLength, nullptr, &type,
                                                     reinterpret_cast<LPBYTE>(data.data()), &dataLength);
@@ -168,7 +168,7 @@ std::optional<std::vector<std::string>> RegistryStorage::children(const std::str
     // The platform's limit for the name of a key is 255 characters, each of four bytes at most.
     std::array<char, 255 * 4 + 1> name{};
     for (DWORD index = 0; status == ERROR_SUCCESS; ++index) {
-        DWORD length = static_cast<DWORD>(name.size());
+        auto length = static_cast<DWORD>(name.size());
         status = registry().enumKey(opened.get(), index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
         if (status == ERROR_NO_MORE_ITEMS) {
             return result;

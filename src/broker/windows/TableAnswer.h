@@ -1,8 +1,14 @@
 #pragma once
 
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
 #include "Os/Windows/Platform.h"
 
-// What the platform answers when it is asked for a table.
+#include <iphlpapi.h>
+#include <netioapi.h>
+
+// The platform's answers to a request for a table.
 namespace broker {
 
 // The table has no row: an answer, not a failure.
@@ -18,5 +24,11 @@ ULONG asked(Ask ask)
     const ULONG status = ask();
     return status == NO_ERROR || meansNone(status) ? status : ask();
 }
+
+// Frees a table of the IP helper library.
+struct TableFreer
+{
+    void operator()(void* table) const noexcept { FreeMibTable(table); }
+};
 
 }  // namespace broker

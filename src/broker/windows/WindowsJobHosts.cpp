@@ -11,8 +11,8 @@ namespace broker {
 namespace {
 
 constexpr const char* FILE_NAME = "WindowsJobHosts";
-constexpr const char* LOCK_NAME = "Global\\Vexal-DRAVEv2-Jobs";
-constexpr std::chrono::milliseconds LOCK_PATIENCE{1000};
+constexpr const char* JOBS_LOCK_NAME = "Global\\Vexal-DRAVEv2-Jobs";
+constexpr std::chrono::milliseconds JOBS_LOCK_PATIENCE{1000};
 
 // As administrators have it. Everybody may see that a host is there.
 constexpr const char* HOST_ACCESS = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;NS)(A;;0x100000;;;WD)";
@@ -76,11 +76,11 @@ void WindowsJobHosts::lock() noexcept
     static constexpr utils::LogSite here{FILE_NAME, "broker::WindowsJobHosts::lock"};
     // Recursive locking is the mutex's own business; only the first lock opens it.
     if (m_depth++ == 0) {
-        m_lock = openNamedMutex(LOCK_NAME, ADMINISTRATORS_ACCESS);
+        m_lock = openNamedMutex(JOBS_LOCK_NAME, ADMINISTRATORS_ACCESS);
     }
     // A process that ended while it held the lock left every entry whole or absent, so its lock is simply taken over.
     const DWORD result =
-        m_lock == nullptr ? WAIT_FAILED : WaitForSingleObject(m_lock, static_cast<DWORD>(LOCK_PATIENCE.count()));
+        m_lock == nullptr ? WAIT_FAILED : WaitForSingleObject(m_lock, static_cast<DWORD>(JOBS_LOCK_PATIENCE.count()));
     if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED) {
         here.error("Stored jobs are changed without a lock. Result %d, error %d", static_cast<int>(result),
                    static_cast<int>(GetLastError()));

@@ -34,13 +34,13 @@ std::string WindowsMachine::userName()
         return {};
     }
     alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> user{};
-    DWORD size = static_cast<DWORD>(user.size());
+    auto size = static_cast<DWORD>(user.size());
     const bool isKnown = GetTokenInformation(token, TokenUser, user.data(), size, &size) != FALSE;
     CloseHandle(token);
     std::array<wchar_t, UNLEN + 1> name{};
     std::array<wchar_t, MAX_DOMAIN_LENGTH + 1> domain{};
-    DWORD nameSize = static_cast<DWORD>(name.size());
-    DWORD domainSize = static_cast<DWORD>(domain.size());
+    auto nameSize = static_cast<DWORD>(name.size());
+    auto domainSize = static_cast<DWORD>(domain.size());
     SID_NAME_USE use{};
     if (!isKnown || !LookupAccountSidW(nullptr, reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, name.data(),
                                        &nameSize, domain.data(), &domainSize, &use))

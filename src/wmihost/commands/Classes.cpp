@@ -333,7 +333,7 @@ Table listTable(const std::vector<ClassTarget>& classes)
     return table;
 }
 
-std::string mofOf(const ClassTarget& target)
+std::string classMof(const ClassTarget& target)
 {
     return withEscapes(toUtf8(classText(*target.definition, true)), "\\x");
 }
@@ -351,7 +351,7 @@ void writeClassList(const std::vector<ClassTarget>& classes, const CommandOption
             break;
         case Format::mof:
             for (const ClassTarget& target : classes) {
-                writeOut(mofOf(target) + "\n");
+                writeOut(classMof(target) + "\n");
             }
             break;
         default:
@@ -383,7 +383,7 @@ int runDescribe(const Connection& connection, const std::wstring& className, con
                 break;
             case Format::mof:
                 writeOut(gap);
-                writeOut(mofOf(target));
+                writeOut(classMof(target));
                 break;
             case Format::markdown:
                 writeOut(gap);

@@ -18,7 +18,7 @@ namespace {
 constexpr auto pause = std::chrono::milliseconds(100);
 constexpr long completed = 7;
 constexpr long firstEndState = completed;
-constexpr std::size_t barWidth = 30;
+constexpr std::size_t jobBarWidth = 30;
 
 struct JobState
 {
@@ -53,8 +53,8 @@ void show(const JobState& state, bool terminal, const CommandOptions& options)
         writeError(text + "\n");
         return;
     }
-    const std::size_t filled = barWidth * static_cast<std::size_t>(state.percent) / 100;
-    writeStatus("[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " + text + "   ");
+    const std::size_t filled = jobBarWidth * static_cast<std::size_t>(state.percent) / 100;
+    writeStatus("[" + std::string(filled, '#') + std::string(jobBarWidth - filled, '.') + "] " + text + "   ");
 }
 
 int interruptedAt(const JobState& state, const InstanceTarget& job, const CommandOptions& options)

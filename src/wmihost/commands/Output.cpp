@@ -45,7 +45,7 @@ const std::map<std::wstring, std::vector<std::wstring>>& glances()
 bool isDull(const Property& property)
 {
     static const std::set<std::wstring> dull{L"SystemCreationClassName", L"SystemName", L"CreationClassName"};
-    return dull.count(property.name) != 0;
+    return dull.contains(property.name);
 }
 
 std::vector<const Property*> tableColumns(const ClassDefinition& definition, const CommandOptions& options)
@@ -98,7 +98,7 @@ std::vector<bool> identifying(const std::vector<const Property*>& properties, co
     for (const auto& row : rows) {
         values.insert(properties.empty() ? "" : row.front());
     }
-    const bool firstSuffices = values.size() == rows.size() && values.count("") == 0;
+    const bool firstSuffices = values.size() == rows.size() && !values.contains("");
     std::vector<bool> result;
     for (const Property* property : properties) {
         result.push_back(firstSuffices ? result.empty() : property->isKey());

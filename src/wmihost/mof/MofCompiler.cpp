@@ -104,7 +104,7 @@ private:
         if (!std::filesystem::exists(path)) {
             mof::fail(name, "the included file '" + asText(path) + "' does not exist");
         }
-        if (m_open.count(identityOf(path)) != 0) {
+        if (m_open.contains(identityOf(path))) {
             mof::fail(name, "the file '" + asText(path) + "' includes itself");
         }
         compileFile(path);

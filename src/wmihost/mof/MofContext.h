@@ -29,7 +29,7 @@ struct UpdateRule
 class Context
 {
 public:
-    explicit Context(ClassRepository& repository);
+    explicit Context(ClassRepository& target);
 
     // The namespace of the last #pragma namespace; root\default before the first.
     Namespace& nameSpace();

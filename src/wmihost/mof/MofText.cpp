@@ -190,7 +190,7 @@ std::wstring listLiteral(const VARIANT& list, CIMTYPE type)
 {
     std::wstring text = L"{";
     for (const Variant& element : elementsOf(list)) {
-        const std::wstring literal = mofLiteral(element.get(), elementTypeOf(type));
+        std::wstring literal = mofLiteral(element.get(), elementTypeOf(type));
         if (literal == L"NULL") {
             // No list holds an element without a value.
             return literal;

@@ -1,5 +1,6 @@
 #include "wmihost/objects/PropertyValues.h"
 
+#include <algorithm>
 #include <new>
 #include <vector>
 
@@ -36,12 +37,9 @@ bool areOfClass(const Variant& value, const std::wstring& className)
     if (value.type() != (VT_ARRAY | VT_UNKNOWN)) {
         return true;
     }
-    for (const Variant& element : elementsOf(value.get())) {
-        if (!isOfClass(element.get().punkVal, className)) {
-            return false;
-        }
-    }
-    return true;
+    const std::vector<Variant> elements = elementsOf(value.get());
+    return std::ranges::all_of(
+        elements, [&className](const Variant& element) { return isOfClass(element.get().punkVal, className); });
 }
 
 }  // namespace

@@ -287,27 +287,27 @@ const CimTypeInfo& infoOf(CIMTYPE type)
     return *found;
 }
 
-std::optional<Variant> coerce(const VARIANT& given, CIMTYPE type)
+std::optional<Variant> coerce(const VARIANT& value, CIMTYPE type)
 {
-    const auto read = dereferenced(given);
+    const auto read = dereferenced(value);
     if (!read) {
         return std::nullopt;
     }
-    const VARIANT& value = read->get();
-    if (value.vt == VT_NULL || value.vt == VT_EMPTY) {
+    const VARIANT& target = read->get();
+    if (target.vt == VT_NULL || target.vt == VT_EMPTY) {
         return Variant();
     }
-    if (((value.vt & VT_ARRAY) != 0) != isArray(type)) {
+    if (((target.vt & VT_ARRAY) != 0) != isArray(type)) {
         return std::nullopt;
     }
     if (!isArray(type)) {
-        return coerceScalar(value, type);
+        return coerceScalar(target, type);
     }
-    if (!isList(value)) {
+    if (!isList(target)) {
         return std::nullopt;
     }
     std::vector<Variant> elements;
-    for (const Variant& element : elementsOf(value)) {
+    for (const Variant& element : elementsOf(target)) {
         auto coerced = element.isArray() ? std::nullopt : coerce(element.get(), elementTypeOf(type));
         // The elements of an array are values; none of them may be missing.
         if (!coerced || coerced->isNull()) {

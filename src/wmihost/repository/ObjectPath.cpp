@@ -152,7 +152,7 @@ const std::wstring& serverName()
 {
     static const std::wstring name = [] {
         std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> buffer{};
-        DWORD size = static_cast<DWORD>(buffer.size());
+        auto size = static_cast<DWORD>(buffer.size());
         return GetComputerNameW(buffer.data(), &size) != 0 ? std::wstring(buffer.data(), size) : std::wstring(L".");
     }();
     return name;

@@ -35,7 +35,7 @@ ComPtr<IWbemContext> makeContext()
 std::wstring userName()
 {
     std::array<wchar_t, 257> buffer{};
-    DWORD size = static_cast<DWORD>(buffer.size());
+    auto size = static_cast<DWORD>(buffer.size());
     return GetUserNameW(buffer.data(), &size) != 0 ? std::wstring(buffer.data()) : std::wstring();
 }
 

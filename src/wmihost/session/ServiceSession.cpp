@@ -15,8 +15,8 @@
 namespace wmihost {
 namespace {
 
-// Longer than any class of a machine takes.
-constexpr std::chrono::milliseconds patience = std::chrono::minutes(10);
+// No class of a machine takes longer than this.
+constexpr std::chrono::milliseconds servicePatience = std::chrono::minutes(10);
 constexpr LONG withoutLimit = static_cast<LONG>(WBEM_INFINITE);
 // Classes at any distance from the one that is named.
 constexpr LONG allLevels = WBEM_FLAG_DEEP;
@@ -133,7 +133,7 @@ RequestResult ServiceSession::run(const RequestOptions& options, const Asynchron
         }
         const bool started = SUCCEEDED(returned) || response->status().has_value();
         if (started || !isRefusal(returned)) {
-            const bool over = !started || response->waitUntilDone(patience);
+            const bool over = !started || response->waitUntilDone(servicePatience);
             if (!over) {
                 m_services->CancelAsyncCall(callable.get());
             }
