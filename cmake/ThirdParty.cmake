@@ -4,7 +4,7 @@ if(BUILD_TESTING)
   set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
   set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
   add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
-  # Nobody debugs it here, and most of a test's time is not its own.
+  # Nobody debugs it here, and it takes little of a test's time, so it has neither symbols nor optimisation.
   foreach(library gtest gtest_main gmock gmock_main)
     target_compile_options(${library} PRIVATE -g0 -O0)
   endforeach()

@@ -1,11 +1,11 @@
-# Warnings are errors in everything that is ours; third-party sources are built without them.
+# Warnings are errors in the project's own sources; third-party sources are built without warnings.
 set(ZERIX_SANITIZERS "" CACHE STRING "Comma-separated sanitizers for the native build")
 
 add_library(zerix_options INTERFACE)
 target_compile_options(zerix_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough -Werror)
 if(WIN32)
-  # The platform's own formatter is the one that is called: "%I64u" is its name for unsigned 64-bit numbers.
+  # The product calls the platform's own formatter, which spells unsigned 64-bit numbers "%I64u".
   target_compile_options(zerix_options INTERFACE -Wno-pedantic-ms-format)
 endif()
 if(ZERIX_SANITIZERS)

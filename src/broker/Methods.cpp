@@ -25,7 +25,7 @@ constexpr std::uint32_t IN_USE = 6;
 constexpr std::uint32_t JOB_STARTED = 4096;
 constexpr std::uint32_t INVALID_STATE_TRANSITION = 4097;
 
-// The one input argument of a method; none when it is missing or null. An argument of another name is an error unless
+// The only input argument of a method; null if it is missing or null. An argument with another name is an error unless
 // it is null.
 template <class Property>
 auto onlyArgument(core::CimPropertyList& arguments, const char* name, core::CimProperty::EPropertyType type)
@@ -182,7 +182,7 @@ std::uint32_t Methods::restoreDefaults(Workspace& /*workspace*/, const MethodCal
         m_settings.restoreDefaults(key, isAll ? std::vector<std::string>() : names);
         return COMPLETED;
     } catch (const utils::EForbidden&) {
-        // Logged, as the next one.
+        // The failure has been logged; so has the next one.
         return FAILED;
     } catch (const utils::EFailed&) {
         return FAILED;

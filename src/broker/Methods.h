@@ -11,7 +11,7 @@
 
 namespace broker {
 
-// A method call as it came in, and where its outputs go.
+// The arguments of a method call, and the list that takes its outputs.
 struct MethodCall
 {
     const InstanceStore::Record& target;

@@ -15,7 +15,7 @@ utils::ENotFound notFound(const core::CimPath& path)
     return utils::ENotFound("Instance " + path.getModelPath() + " does not exist");
 }
 
-// The exception's message, ready to be passed on in an exception that puts the prefix in front of it again.
+// The exception's message without its prefix, which the new exception adds again.
 std::string messageOf(const std::exception& exception)
 {
     std::string_view text = exception.what();
@@ -67,7 +67,7 @@ void ObjectBroker::modifyInstance(core::CimPath& path, core::CimPropertyList& pr
     } catch (const utils::EFailed&) {
         throw;
     } catch (const std::exception& exception) {
-        // Callers know these five and no other.
+        // Callers handle these five types only.
         throw utils::EFailed(messageOf(exception));
     }
 }
@@ -103,7 +103,7 @@ namespace core {
 
 CimInstance* CimBroker::getInstanceByPath(CimPath& path)
 {
-    // Every broker of this library is one of these.
+    // This library makes no other kind of broker.
     return static_cast<broker::ObjectBroker*>(this)->findInstance(path);
 }
 

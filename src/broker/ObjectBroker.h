@@ -13,7 +13,7 @@
 
 namespace broker {
 
-// What a broker stands on. All must outlive it.
+// What a broker needs of the platform. All must outlive it.
 struct Platform
 {
     AdapterSource& adapters;
@@ -23,8 +23,8 @@ struct Platform
     JobHosts& jobHosts;
 };
 
-// The broker over the live machine. Every operation takes the calling thread's workspace and brings the classes up to
-// date that it needs; no lock is held meanwhile, so requests of several threads run side by side.
+// The broker of the live machine. Every operation uses the calling thread's workspace and first brings the classes that
+// it needs up to date. It holds no lock meanwhile, so requests of several threads run side by side.
 class ObjectBroker : public core::CimBroker
 {
 public:
@@ -33,7 +33,7 @@ public:
     ObjectBroker(const ObjectBroker&) = delete;
     ObjectBroker& operator=(const ObjectBroker&) = delete;
 
-    // Throws where the class cannot be read: a list without its instances would be a wrong answer.
+    // Throws if the class cannot be read: an empty list would be a wrong answer.
     utils::SafeList<core::CimInstance*> getInstances(const std::string& className) override;
 
     void modifyInstance(core::CimPath& path, core::CimPropertyList& properties) override;
@@ -41,7 +41,7 @@ public:
     std::uint32_t invokeMethod(core::CimPath& path, std::string methodName, core::CimPropertyList& inArguments,
                                core::CimPropertyList& outArguments, core::CimInstance*& job) override;
 
-    // What core::CimBroker::getInstanceByPath gives.
+    // Implements core::CimBroker::getInstanceByPath.
     core::CimInstance* findInstance(const core::CimPath& path);
 
 private:

@@ -18,7 +18,7 @@ struct LocalFreeDeleter
     void operator()(LPWSTR* memory) const { LocalFree(memory); }
 };
 
-// The arguments as UTF-8. The C run time would hand them over in a code page that cannot hold every path.
+// The arguments in UTF-8. The C run time would convert them to a code page that cannot represent every path.
 std::vector<std::string> arguments()
 {
     int count = 0;

@@ -28,7 +28,7 @@ std::vector<Row> rows(Workspace& workspace)
     for (const Adapter& adapter : workspace.adapters()) {
         result.push_back({adapter.guid, workspace.sources().settings.adapterSetting(adapter.guid)});
     }
-    // And those of adapters that are gone, perhaps for good.
+    // Settings of adapters that are gone are shown as well.
     for (const std::string& guid : workspace.sources().settings.adaptersWithSetting()) {
         AdapterSetting setting = workspace.sources().settings.adapterSetting(guid);
         if (!isThere(workspace, guid) && (setting.elementName || setting.tag)) {

@@ -15,9 +15,9 @@ std::vector<Association> rows(Workspace& workspace)
     std::vector<Association> result;
     const InstanceStore& jobs = workspace.references(CONCRETE_JOB);
     for (const JobStatus& status : workspace.sources().jobs.jobs()) {
-        // Asked for here: without jobs the platform is not asked.
+        // Inside the loop, so that without jobs the platform is not asked.
         const InstanceStore::Record* port = workspace.references(ETHERNET_PORT).withId(status.adapterGuid);
-        // Jobs are read twice: one may come between the readings.
+        // Jobs are read twice, and a new one may come in between.
         const InstanceStore::Record* job = jobs.withId(status.id);
         if (port != nullptr && job != nullptr) {
             result.push_back({*port, *job});

@@ -4,7 +4,7 @@
 
 #include "broker/model/InstanceStore.h"
 
-// What the classes of associations share.
+// Common parts of the classes of associations.
 namespace broker {
 
 // The two ends of an association: records of the same workspace, brought up to date before the row is made.
@@ -24,7 +24,7 @@ inline core::CimInstance* secondEnd(const Association& row)
     return row.second.instance.get();
 }
 
-// The ids of the ends. None holds a blank, so that no other two make the same id.
+// Both ids, separated by a blank. No id contains a blank, so the result is unique.
 inline std::string associationId(const Association& row)
 {
     return row.first.id + " " + row.second.id;

@@ -1,9 +1,9 @@
 #pragma once
 
-// The names of the classes that more than one file speaks of.
+// The names of the classes that several files mention.
 namespace broker {
 
-// The class of the system that has the ports and endpoints. The platform serves it.
+// The class of the computer that has the ports and endpoints. The platform serves it.
 inline constexpr char COMPUTER_SYSTEM[] = "Win32_ComputerSystem";
 
 inline constexpr char ETHERNET_PORT[] = "Zerix_EthernetPort";

@@ -13,7 +13,7 @@ namespace {
 struct Row
 {
     std::shared_ptr<const DiagnosticResult> result;
-    // Of the same workspace; null when the adapter is gone.
+    // From the same workspace; null if the adapter is gone.
     core::CimInstance* port;
 };
 
@@ -21,7 +21,7 @@ std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
     for (const std::shared_ptr<const DiagnosticResult>& found : workspace.sources().jobs.results()) {
-        // Asked for here: without results the platform is not asked.
+        // Inside the loop, so that without results the platform is not asked.
         const InstanceStore::Record* port = workspace.references(ETHERNET_PORT).withId(found->adapterGuid);
         result.push_back({found, port == nullptr ? nullptr : port->instance.get()});
     }
@@ -65,7 +65,7 @@ std::uint16_t completionState(const Row& row)
         case JobState::COMPLETED:
             break;
         default:
-            // The samples that were still to come could not be taken.
+            // The remaining samples could not be taken.
             return INCOMPLETE;
     }
     if (!row.result->isPassed) {
@@ -103,7 +103,7 @@ const std::vector<std::string>& errorMessages(const Row& row)
 
 constexpr std::array columns{
     key<&resultId>("InstanceID"),
-    // The adapter may go between a client's reading and its put.
+    // The adapter may disappear between a client's reading and its put.
     column<&port>("ManagedElement", PutRule::VOLATILE),
     column<&resultJobId>("JobInstanceID"),
     column<&completionState>("CompletionState"),

@@ -11,7 +11,7 @@ namespace broker {
 
 namespace {
 
-// Refers to what the workspace has read for the request.
+// Refers to data that the workspace has read for the request.
 struct Row
 {
     const Adapter& adapter;
@@ -37,7 +37,7 @@ std::string id(const Row& row)
     return row.adapter.guid;
 }
 
-// The IANA numbers of the interface types that the classes know by name.
+// The IANA numbers of interface types.
 constexpr std::uint32_t TYPE_ETHERNET = 6;
 constexpr std::uint32_t TYPE_TOKEN_RING = 9;
 constexpr std::uint32_t TYPE_FDDI = 15;
@@ -47,7 +47,7 @@ constexpr std::uint32_t TYPE_FIBRE_CHANNEL = 56;
 constexpr std::uint32_t TYPE_WIRELESS_LAN = 71;
 constexpr std::uint32_t TYPE_INFINIBAND = 199;
 
-// The NDIS numbers of the physical media that are not what their interface type says.
+// The NDIS numbers of the physical media whose interface type is misleading.
 constexpr std::uint32_t MEDIUM_WIRELESS_LAN = 1;
 constexpr std::uint32_t MEDIUM_NATIVE_802_11 = 9;
 constexpr std::uint32_t MEDIUM_BLUETOOTH = 10;
@@ -78,13 +78,14 @@ const std::string& name(const Row& row)
     return row.adapter.name;
 }
 
-// What the administrator calls the adapter, if anything. Read here, since a reference to a port does not need it.
+// The administrator's label for the adapter, or else its own name. It is read here and not with the row, since a
+// reference to a port does not need it.
 std::string elementName(const Row& row)
 {
     try {
         return row.settings.adapterSetting(row.adapter.guid).elementName.value_or(row.adapter.name);
     } catch (const utils::EFailed&) {
-        // Logged. A port is worth showing without its label.
+        // The failure has been logged. A port is shown even without its label.
         return row.adapter.name;
     }
 }
@@ -118,7 +119,7 @@ enum LinkTechnology : std::uint16_t
     TECHNOLOGY_WIRELESS_LAN = 11
 };
 
-// Radios often present themselves to the protocols as Ethernet, so the medium is asked first.
+// Radios often present themselves as Ethernet, so the medium is examined first.
 std::uint16_t linkTechnology(const Row& row)
 {
     switch (row.adapter.physicalMedium) {
@@ -219,7 +220,7 @@ std::uint16_t enabledState(const Row& row)
     }
 }
 
-// What was last asked for is what the platform holds as the administrative state.
+// The platform's administrative state is the state that was requested last.
 std::uint16_t requestedState(const Row& row)
 {
     constexpr std::uint16_t UNKNOWN = 0;
@@ -242,12 +243,12 @@ std::uint16_t healthState(const Row& row)
 {
     constexpr std::uint16_t UNKNOWN = 0;
     constexpr std::uint16_t OK = 5;
-    // A port without a link may be perfectly healthy: nothing is known about it.
+    // A port without a link may be healthy, so its health is unknown.
     return hasLink(row.adapter) ? OK : UNKNOWN;
 }
 
-// "No Contact" is not among them: it is for an element that could never be reached, and the platform reaches each
-// adapter that it lists.
+// "No Contact" is missing: it is for an element that was never reached, and the platform reaches every adapter that it
+// lists.
 enum OperationalStatus : std::uint16_t
 {
     STATUS_UNKNOWN = 0,
@@ -261,13 +262,13 @@ enum OperationalStatus : std::uint16_t
 
 std::uint16_t primaryStatus(const Adapter& adapter)
 {
-    // Switched off, an adapter is stopped whatever else the platform says of it.
+    // An adapter that is switched off is stopped, whatever its operational state.
     if (adapter.administrative == AdministrativeState::DOWN) {
         return STATUS_STOPPED;
     }
     switch (adapter.operational) {
         case OperationalState::NOT_PRESENT:
-            // The device was there when it was installed, and has been taken out.
+            // The device has been removed since its installation.
             return STATUS_LOST_COMMUNICATION;
         case OperationalState::TESTING:
             return STATUS_IN_SERVICE;
@@ -278,7 +279,7 @@ std::uint16_t primaryStatus(const Adapter& adapter)
         case OperationalState::UP:
             return hasLink(adapter) ? STATUS_OK : STATUS_DORMANT;
         case OperationalState::DOWN:
-            // Without its cable an adapter is inactive, not broken; why one with a cable is down is not known.
+            // An adapter without its cable is dormant. The reason why one with a cable is down is unknown.
             return adapter.media == MediaState::DISCONNECTED ? STATUS_DORMANT : STATUS_UNKNOWN;
         default:
             return STATUS_UNKNOWN;
@@ -290,7 +291,7 @@ std::vector<std::uint16_t> operationalStatus(const Row& row)
     return {primaryStatus(row.adapter)};
 }
 
-// A text that identifies the adapter, and what it is; both arrays are made from the same list.
+// A text that identifies the adapter, and its meaning. Both arrays are made from the same list.
 struct Identification
 {
     const char* description;

@@ -11,7 +11,7 @@ namespace {
 
 struct Row
 {
-    // Among what the workspace has read for the request.
+    // Among the adapters that the workspace has read for the request.
     const Adapter& adapter;
     // When the counters were read.
     WallTime time;
@@ -47,7 +47,7 @@ std::uint64_t sum(const Row& row)
     return row.adapter.counters.*First + row.adapter.counters.*Second;
 }
 
-// The counters of one direction, as far as the kinds of packets are concerned.
+// The counters of one direction that differ by kind of packet.
 struct Direction
 {
     std::uint64_t Counters::*bytes;
@@ -64,7 +64,7 @@ constexpr Direction TRANSMITTED{&Counters::bytesTransmitted, &Counters::nonUnica
                                 &Counters::unicastBytesTransmitted, &Counters::multicastBytesTransmitted,
                                 &Counters::broadcastBytesTransmitted};
 
-// A driver that counts bytes as a whole only leaves 0 for each kind, although bytes have moved.
+// Whether the driver counts bytes by kind. A driver that does not leaves 0 for each kind although bytes have moved.
 bool countsKinds(const Counters& counters, const Direction& direction)
 {
     return counters.*direction.bytes == 0 || counters.*direction.unicastBytes != 0 ||
@@ -78,8 +78,8 @@ std::optional<std::uint64_t> bytesOfKind(const Row& row)
     return countsKinds(counters, Of) ? std::make_optional(counters.*(Of.*Kind)) : std::nullopt;
 }
 
-// The platform counts the packets of both kinds together. Each is known where the bytes show that there were none of
-// one kind.
+// The platform counts multicast and broadcast packets together. The number of each kind is known if the bytes show that
+// there were no packets of the other kind.
 template <const Direction& Of, std::uint64_t Counters::*Direction::*Kind, std::uint64_t Counters::*Direction::*Other>
 std::optional<std::uint64_t> packetsOfKind(const Row& row)
 {

@@ -9,14 +9,14 @@ namespace broker {
 
 namespace {
 
-// Refers to what the workspace has read for the request.
+// Refers to data that the workspace has read for the request.
 struct Row
 {
     const Address& address;
     const std::string& systemName;
 };
 
-// In the order of the addresses, one each.
+// One row for each address, in the same order.
 std::vector<Row> rows(Workspace& workspace)
 {
     std::vector<Row> result;
@@ -43,7 +43,7 @@ const char* className(const Row& /*row*/)
 {
     return IP_PROTOCOL_ENDPOINT;
 }
-// Unique on the machine, without quote or backslash: an adapter carries an address once.
+// Unique on the machine, since an adapter has each address once. Contains no quote or backslash.
 std::string name(const Row& row)
 {
     return row.address.adapterGuid + ":" + row.address.text;
@@ -94,7 +94,7 @@ enum Origin : std::uint16_t
     LINK_LOCAL = 10
 };
 
-// The platform's word for it counts only as far as nothing else that the platform says contradicts it.
+// The platform's value counts only if no other data of the platform contradicts it.
 std::uint16_t addressOrigin(const Row& row)
 {
     const Address& address = row.address;
@@ -103,7 +103,7 @@ std::uint16_t addressOrigin(const Row& row)
         return STATIC;
     }
     if (address.isLinkLocal) {
-        // Nobody but the machine itself hands out addresses of these ranges.
+        // Only the machine itself assigns addresses of these ranges.
         return isIpv4 ? IPV4_LINK_LOCAL : LINK_LOCAL;
     }
     switch (address.origin) {

@@ -9,7 +9,7 @@ namespace broker {
 
 namespace {
 
-// The diagnostics of every port run by the one setting.
+// The diagnostics of all ports use the same setting.
 std::vector<Association> rows(Workspace& workspace)
 {
     std::vector<Association> result;

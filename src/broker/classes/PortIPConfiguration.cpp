@@ -14,7 +14,7 @@ std::vector<Association> rows(Workspace& workspace)
     std::vector<Association> result;
     const InstanceStore& ports = workspace.references(ETHERNET_PORT);
     for (const InstanceStore::Record& configuration : workspace.references("Zerix_IPConfiguration").records()) {
-        // Adapters and configurations are read by two calls: an adapter may come between them.
+        // Adapters and configurations are read by two calls, and a new adapter may come in between.
         if (const InstanceStore::Record* port = ports.withId(configuration.id)) {
             result.push_back({*port, configuration});
         }

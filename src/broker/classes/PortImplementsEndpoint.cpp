@@ -15,7 +15,7 @@ std::vector<Association> rows(Workspace& workspace)
     const InstanceStore& ports = workspace.references(ETHERNET_PORT);
     const std::vector<InstanceStore::Record>& endpoints = workspace.references(IP_PROTOCOL_ENDPOINT).records();
     for (std::size_t i = 0; i < endpoints.size(); ++i) {
-        // Adapters and addresses are read by two calls: an adapter may come between them.
+        // Adapters and addresses are read by two calls, and a new adapter may come in between.
         if (const InstanceStore::Record* port = ports.withId(workspace.addresses()[i].adapterGuid)) {
             result.push_back({*port, endpoints[i]});
         }

@@ -8,7 +8,7 @@ namespace broker {
 
 namespace {
 
-// The product states these values itself: there is one row and nothing to read.
+// These values are constants of the product, so there is one row and nothing to read.
 struct Row
 {
 };
@@ -23,7 +23,7 @@ std::string instanceId(const Row& /*row*/)
     return "Vexal:Profile:EthernetPort";
 }
 
-// The profile is the maker's, not one of the DMTF's: what a client of theirs relies on may be missing here.
+// The profile is the maker's own and not one of the DMTF's, whose clients may rely on more than this one has.
 std::uint16_t organization(const Row& /*row*/)
 {
     constexpr std::uint16_t OTHER = 1;

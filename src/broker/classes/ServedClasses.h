@@ -2,8 +2,8 @@
 
 #include "broker/model/ServedClass.h"
 
-// Every class that the broker serves, one line each. A class is one file of this folder, named like it: its row, its
-// columns, where its rows come from, and the definition that stands here.
+// Every class that the broker serves, one line each. The file of that name in this folder holds the class's row, its
+// columns, the source of its rows, and the definition that is listed here.
 // clang-format off
 #define BROKER_SERVED_CLASSES(CLASS) \
     CLASS(ethernetPort)              \

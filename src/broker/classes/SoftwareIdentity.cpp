@@ -9,7 +9,7 @@ namespace broker {
 
 namespace {
 
-// The product states these values itself: there is one row and nothing to read.
+// These values are constants of the product, so there is one row and nothing to read.
 struct Row
 {
 };

@@ -7,7 +7,7 @@
 
 namespace broker {
 
-// What the classes show of a moment and of a length of time.
+// Moments and lengths of time as the classes show them.
 
 inline utils::Time timestamp(WallTime time)
 {

@@ -18,7 +18,7 @@ constexpr const char* FILE_NAME = "JobArchive";
 std::optional<JobArchive::Contents> JobArchive::readIfChanged()
 {
     const utils::MutexGuard guard(m_mutex);
-    // Asked before the reading, so that a change in between counts for the next call.
+    // The watches are asked before the reading, so that the next call notices a change in between.
     noteChanges();
     if (m_isRead) {
         return std::nullopt;
@@ -114,7 +114,7 @@ void JobArchive::noteChanges()
         m_jobsWatch = m_storage.watch(JOBS);
         m_resultsWatch = m_storage.watch(RESULTS);
     }
-    // Both are asked each time: each answers for the time since it was asked before.
+    // Both are asked each time, since each answers for the time since its last question.
     const bool haveJobs = m_jobsWatch->hasChanged();
     const bool haveResults = m_resultsWatch->hasChanged();
     m_isRead = m_isRead && !haveJobs && !haveResults;

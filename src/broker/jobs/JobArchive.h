@@ -11,20 +11,20 @@
 
 namespace broker {
 
-// What is stored of jobs and of the results of diagnostics: one value an entry, named like what it is an entry of. It
-// is shared with the other processes that carry on jobs. Any thread; acts under the identity of the calling thread.
+// The stored jobs and results of diagnostics. Each entry is one value, named by the id of its job or result. All
+// processes that run jobs share the archive. Any thread; acts under the identity of the calling thread.
 class JobArchive
 {
 public:
     static constexpr char JOBS[] = "Jobs";
     static constexpr char RESULTS[] = "Results";
 
-    // All that is stored, in no order.
+    // All stored entries, in no particular order.
     struct Contents
     {
         std::vector<StoredJob> jobs;
         std::vector<std::shared_ptr<const DiagnosticResult>> results;
-        // The names of entries that cannot be understood.
+        // The names of entries that cannot be parsed.
         std::vector<std::string> unreadableJobs;
         std::vector<std::string> unreadableResults;
     };
@@ -32,17 +32,17 @@ public:
     // The storage must outlive the archive.
     explicit JobArchive(SettingsStorage& storage) : m_storage(storage) {}
 
-    // To be held from reading or writing here until the registry of jobs says the same.
+    // The caller holds it from a read or write here until the registry of jobs has the same content.
     utils::Mutex& mutex() noexcept { return m_mutex; }
 
-    // What is stored, or nothing when no process has changed it since it was read last. Throws utils::EFailed when it
-    // cannot be read; the next call then reads again.
+    // The stored entries, or nothing if no process has changed them since the last reading. Throws utils::EFailed if
+    // they cannot be read; the next call then reads again.
     std::optional<Contents> readIfChanged();
 
     // Makes the next call of readIfChanged() read, even if the platform reports no change.
     void readAgain();
 
-    // Each writes an error line and returns false when it fails; none throws.
+    // Each writes an error line and returns false if it fails; none throws.
     bool store(const StoredJob& job) noexcept;
     bool store(const DiagnosticResult& result) noexcept;
     bool dropJob(const std::string& id) noexcept;

@@ -69,7 +69,7 @@ std::vector<std::string> pieces(const std::string& text, char separator)
     return result;
 }
 
-// Reads the fields of an entry and notes whether one does not fit.
+// Reads the fields of an entry and remembers whether one was malformed.
 class Reader
 {
 public:

@@ -7,10 +7,10 @@
 
 namespace broker {
 
-// How a job and a result are written down, each as one text. Reading gives nothing for a text that this product did not
-// write or whose times lie outside the calendar.
+// Jobs and results as texts, for storing. Parsing returns nothing for a text that this product did not write, or whose
+// times lie outside the calendar.
 
-// The nearest moment that the calendar has.
+// The nearest moment within the calendar.
 WallTime inCalendar(WallTime time) noexcept;
 
 std::string entryOf(const StoredJob& job);

@@ -13,14 +13,14 @@ void JobReader::refresh()
             try {
                 m_registry.merge(*contents, moment);
             } catch (...) {
-                // Half of it may be merged.
+                // The merge may be incomplete.
                 m_archive.readAgain();
                 throw;
             }
         }
     }
     std::set<std::string> hosts = m_registry.otherHosts();
-    // A job of this process that it does not carry on was left by an earlier life of this module.
+    // A job of this process that nobody here runs was left behind when this module was loaded before.
     std::erase_if(hosts, [this](const std::string& host) { return host != m_hosts.own() && m_hosts.isAlive(host); });
     if (!hosts.empty()) {
         m_registry.endJobsOf(hosts, moment);

@@ -18,10 +18,10 @@ public:
     {
     }
 
-    // Throws utils::EFailed when the archive cannot be read; the registry then is as it was.
+    // Throws utils::EFailed if the archive cannot be read; the registry is then unchanged.
     void refresh();
 
-    // The wall clock's part within the calendar.
+    // Both clocks; the wall clock is limited to the calendar.
     Moment now() noexcept;
 
 private:

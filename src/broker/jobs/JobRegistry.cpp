@@ -16,7 +16,7 @@ constexpr const char* FILE_NAME = "JobRegistry";
 
 using std::chrono::microseconds;
 
-// Adds the names that are not there yet, and returns how many those were.
+// Adds the names that are new, and returns their number.
 std::size_t addNames(std::map<std::string, bool>& names, const std::vector<std::string>& added)
 {
     std::size_t count = 0;
@@ -58,23 +58,23 @@ bool holdsUntried(const std::map<std::string, bool>& names)
 struct JobRegistry::Job
 {
     StoredJob stored;
-    // When it started, if it runs.
+    // The start of a running job.
     SteadyTime start;
-    // When its retention is over, if it has ended.
+    // The end of an ended job's retention.
     SteadyTime expiry;
-    // Carried on by this process, if it runs.
+    // Whether this process runs it. False for an ended job.
     bool isOwn = false;
-    // An entry of it exists, if perhaps an older one.
+    // Whether an entry of it exists, which may be older than this.
     bool isStored = false;
-    // Its entry says less than this.
+    // Whether its entry is older than this.
     bool isBehind = false;
-    // Its entry is left to be removed.
+    // Whether its entry is still to be removed.
     bool isDropped = false;
     // Whether writing or removing the entry was tried.
     bool wasTried = false;
-    // What another process has made of it while it runs here.
+    // The entry by which another process has ended it while it runs here.
     std::optional<StoredJob> elsewhere;
-    // Another process has removed its entry while it runs here.
+    // Whether another process has removed its entry while it runs here.
     bool isGone = false;
 
     bool isRunning() const noexcept { return stored.status.isRunning(); }
@@ -90,7 +90,8 @@ struct JobRegistry::Job
         wasTried = false;
     }
 
-    // A clock that was set since the job ended, or started, neither shortens nor stretches what is left beyond reason.
+    // If the clock was set since the job ended, or started, the remaining time stays between zero and the whole
+    // retention.
     void resume(const Moment& now) noexcept
     {
         const microseconds zero{0};
@@ -99,7 +100,7 @@ struct JobRegistry::Job
         expiry = now.steady + std::clamp(left, zero, stored.status.retention);
     }
 
-    // It has ended, as its status says.
+    // Marks it as ended; the status is already set.
     void end(SteadyTime now) noexcept
     {
         expiry = now + stored.status.retention;
@@ -158,7 +159,7 @@ void JobRegistry::mergeJobs(const std::vector<StoredJob>& stored, const Moment& 
         if (job.isOwn) {
             job.elsewhere = entry;
         } else if (job.isRunning() || job.isBehind || job.stored.endTime != entry.endTime) {
-            // Copied first, so that it is taken over as a whole or not at all.
+            // The copy comes first, so that the entry is taken over as a whole or not at all.
             StoredJob copy = entry;
             job.stored = std::move(copy);
             job.isBehind = false;
@@ -180,7 +181,7 @@ void JobRegistry::mergeResults(const JobArchive::Contents& contents)
     const std::vector<std::shared_ptr<const DiagnosticResult>>& stored = contents.results;
     std::unordered_set<std::string> seen(contents.unreadableResults.begin(), contents.unreadableResults.end());
     std::vector<Result> merged;
-    // So that nothing throws once a known result is moved.
+    // After this, nothing throws once a known result is moved.
     merged.reserve(stored.size() + m_results.size());
     for (const std::shared_ptr<const DiagnosticResult>& result : stored) {
         seen.insert(result->id);
@@ -226,7 +227,7 @@ void JobRegistry::endJobsOf(const std::set<std::string>& hosts, const Moment& no
         } else if (found->value->jobState == JobState::EXCEPTION && !found->value->errors.empty()) {
             error = found->value->errors.back();
         }
-        // Nothing below fails: the job has ended as a whole or not at all.
+        // Nothing below throws, so the job ends completely or not at all.
         status.error = std::move(error);
         status.state = found == m_results.end() ? JobState::EXCEPTION : found->value->jobState;
         status.elapsed = found == m_results.end() ? now.steady - job->start : found->value->duration;
@@ -379,7 +380,7 @@ void JobRegistry::abandon(const std::string& id, const char* error, const Moment
         try {
             found->stored.status.error = error;
         } catch (const std::bad_alloc&) {
-            // The state says it without words.
+            // Without memory for the text, the state must do.
         }
     }
 }
@@ -431,7 +432,7 @@ JobRegistry::Chores JobRegistry::chores()
             result.results.push_back(known.value);
         }
     }
-    // Nothing from here on throws: the caller has them all.
+    // Nothing throws from here on, so the caller gets all of them.
     markTried(m_unreadableJobs);
     markTried(m_droppedResults);
     for (const std::unique_ptr<Job>& job : m_jobs) {
@@ -486,7 +487,7 @@ JobRegistry::Job* JobRegistry::job(const std::string& id) const noexcept
 
 void JobRegistry::sortByStart()
 {
-    // Only what has just been added is out of order, so this is quick.
+    // Only newly added elements are out of order, so sorting is quick.
     std::sort(m_jobs.begin(), m_jobs.end(), [](const std::unique_ptr<Job>& left, const std::unique_ptr<Job>& right) {
         const JobStatus& a = left->stored.status;
         const JobStatus& b = right->stored.status;

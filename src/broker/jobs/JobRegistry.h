@@ -21,9 +21,9 @@ struct Moment
     SteadyTime steady;
 };
 
-// The jobs and the results that clients see: those of this process and, as they were read last, all that are stored.
-// Knows what differs between the two, and so what is left to be written. Any thread; its lock is a leaf: nothing else
-// is locked and no platform is asked while it is held.
+// The jobs and results that clients see: those of this process and all stored ones, as of the last reading. Knows where
+// the two differ, and so which entries are still to be written. Any thread; its lock is a leaf: nothing else is locked
+// and no platform is asked while it is held.
 class JobRegistry
 {
 public:
@@ -31,10 +31,10 @@ public:
     static constexpr std::size_t MAX_JOBS = 200;
     static constexpr std::size_t MAX_RESULTS = 200;
 
-    // What a process does that ends without ending its jobs.
+    // The error of a job whose process ended before the job did.
     static constexpr char HOST_ENDED[] = "The host process ended";
 
-    // What is left to be written.
+    // The entries that are still to be written or removed.
     struct Chores
     {
         std::vector<std::string> droppedJobs;
@@ -48,18 +48,18 @@ public:
     JobRegistry(const JobRegistry&) = delete;
     JobRegistry& operator=(const JobRegistry&) = delete;
 
-    // Takes over what is stored. What was known as stored and is so no longer was dropped by another process. An own
-    // job that runs keeps running until the scheduler asks what became of it.
+    // Takes over the stored entries. An entry that was stored before and no longer exists was removed by another
+    // process. A running job of this process stays until the runner asks for its fate.
     void merge(const JobArchive::Contents& contents, const Moment& now);
 
-    // The hosts of the running jobs that this process does not carry on.
+    // The hosts of the running jobs of other processes.
     std::set<std::string> otherHosts();
 
-    // The running jobs of the hosts that this process does not carry on end: as their result says if there is one, by
-    // an exception otherwise.
+    // Ends the running jobs of those hosts, except those that this process runs. A job with a result ends as the result
+    // says, another one by an exception.
     void endJobsOf(const std::set<std::string>& hosts, const Moment& now);
 
-    // Drops what is past its time, and the oldest beyond the limits.
+    // Drops the entries whose retention is over, and the oldest ones beyond the limits.
     void expire(SteadyTime now);
 
     // In the order of their start.
@@ -71,35 +71,36 @@ public:
     bool isAdapterBusy(const std::string& adapterGuid);
     std::size_t running();
 
-    // Adds a job that this process carries on and that is not stored yet.
+    // Adds a job that this process runs and that is not stored yet.
     void add(const StoredJob& job, SteadyTime start);
 
     void setPercentComplete(const std::string& id, std::uint16_t percent) noexcept;
 
-    // What has become of a job that this process carries on: as it is stored when another process has ended it, and
-    // nothing when somebody has dropped it.
+    // The fate of a job that this process runs: its stored entry if another process has ended it, and nothing if
+    // somebody has dropped it.
     std::optional<StoredJob> fate(const std::string& id);
 
     void finish(const StoredJob& ended, SteadyTime now, bool isStored);
     void publish(std::shared_ptr<const DiagnosticResult> result, bool isStored);
 
-    // Ends, by an exception and without a result, the job for which there is no memory. That it is stored is a chore.
+    // Ends a job by an exception and without a result, since memory ran out. Storing its end becomes a chore.
     void abandon(const std::string& id, const char* error, const Moment& now) noexcept;
 
-    // This process does not carry on the job any more, whose entry another one has removed or will be removed here.
+    // Notes that this process no longer runs the job. Its entry has been removed by another process, or will be removed
+    // here.
     void forget(const std::string& id) noexcept;
 
-    // The job is gone for clients; that its entry is left to be removed is a chore. Needs no memory. A job that does
-    // not exist is fine.
+    // Hides the job from clients; removing its entry becomes a chore. Needs no memory. Ignores a job that does not
+    // exist.
     void drop(const std::string& id) noexcept;
 
-    // True while there is a chore that was not tried yet.
+    // Whether there is a chore that has not been tried yet.
     bool hasChores();
 
-    // All that is left to be written, which then counts as tried.
+    // All chores. From then on they count as tried.
     Chores chores();
 
-    // The chore is done.
+    // These report that a chore is done.
     void jobDropped(const std::string& id) noexcept;
     void resultDropped(const std::string& id) noexcept;
     void jobStored(const std::string& id) noexcept;
@@ -114,7 +115,7 @@ private:
         bool wasTried = false;
     };
 
-    // All of these need the lock.
+    // The caller of these holds the lock.
     Job* job(const std::string& id) const noexcept;
     void mergeJobs(const std::vector<StoredJob>& stored, const Moment& now);
     void mergeResults(const JobArchive::Contents& contents);
@@ -124,7 +125,7 @@ private:
     // Both in the order of their start.
     std::vector<std::unique_ptr<Job>> m_jobs;
     std::vector<Result> m_results;
-    // Entries that are to be removed besides those of dropped jobs, and whether that was tried.
+    // Other entries that are to be removed, and whether that has been tried.
     std::map<std::string, bool> m_unreadableJobs;
     std::map<std::string, bool> m_droppedResults;
 };

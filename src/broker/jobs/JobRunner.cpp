@@ -40,7 +40,7 @@ std::string resultId(const std::string& jobId)
     return "Vexal:DiagnosticResult:" + jobId.substr(jobId.rfind(':') + 1);
 }
 
-// What the diagnostic of the ended job leaves.
+// The result of the ended job's diagnostic.
 std::shared_ptr<const DiagnosticResult> resultOf(const LinkDiagnostic& diagnostic, const JobStatus& ended)
 {
     auto result = std::make_shared<DiagnosticResult>();
@@ -104,7 +104,7 @@ StartOutcome JobRunner::start(const DiagnosticRequest& request, std::string& id)
         id = job.status.id;
         m_running.reserve(m_running.size() + 1);
         m_registry.add(job, request.start.steady);
-        // Nothing from here on throws: the job runs.
+        // Nothing throws from here on; the job runs.
         m_running.push_back(std::move(running));
         if (m_hosts.announce() && m_archive.store(job)) {
             m_registry.jobStored(job.status.id);
@@ -150,7 +150,7 @@ EndOutcome JobRunner::endElsewhere(const std::string& id, JobState state)
 
 void JobRunner::drop(const std::string& id)
 {
-    // The registry may not know yet what another process has stored.
+    // The registry may not have the latest entries of other processes.
     tryRefresh();
     m_registry.drop(id);
     doChores();
@@ -180,7 +180,7 @@ void JobRunner::doChores()
         }
     }
     for (const StoredJob& job : chores.jobs) {
-        // Unless it is known what is stored, this could bring back what another process has dropped.
+        // Without an up-to-date reading, this could restore an entry that another process has removed.
         if (isUpToDate && m_archive.store(job)) {
             m_registry.jobStored(job.status.id);
         }
@@ -218,7 +218,7 @@ std::optional<SteadyTime> JobRunner::step() noexcept
     } catch (const std::exception& exception) {
         fail(job, exception.what());
     }
-    // Whoever handed over a task meanwhile comes first.
+    // A task that was handed over meanwhile comes first.
     return due;
 }
 
@@ -236,7 +236,7 @@ void JobRunner::sample(Running& job)
     }
 }
 
-// A failure to store the end of a job is tried again; one that stays leaves no more than the state.
+// Ends the job, and tries again if that fails. After several failures the job ends without its result.
 void JobRunner::fail(Running& job, const char* reason) noexcept
 {
     static constexpr utils::LogSite here{FILE_NAME, "broker::JobRunner::fail"};
@@ -255,7 +255,7 @@ void JobRunner::fail(Running& job, const char* reason) noexcept
     try {
         job.ending->error = reason;
     } catch (const std::bad_alloc&) {
-        // The state says it without words.
+        // Without memory for the text, the state must do.
     }
     job.retry = now.steady;
 }
@@ -264,7 +264,7 @@ bool JobRunner::finish(Running& job)
 {
     const HostGuard others(m_hosts);
     const utils::MutexGuard guard(m_archive.mutex());
-    // What another process did to the entry must not be overwritten.
+    // A change of the entry by another process must not be overwritten.
     m_archive.readAgain();
     tryRefresh();
     const std::optional<StoredJob> found = m_registry.fate(job.id);
@@ -288,7 +288,7 @@ bool JobRunner::finish(Running& job)
         ended.endTime = now.wall;
     }
     const std::shared_ptr<const DiagnosticResult> result = resultOf(job.diagnostic, ended.status);
-    // The result first: a job that is shown as running by its entry, and has a result, has ended.
+    // The result is stored first. If a job has a result, it has ended even if its entry says that it runs.
     const bool isResultStored = m_archive.store(*result);
     const bool isJobStored = m_archive.store(ended);
     m_registry.publish(result, isResultStored);

@@ -15,7 +15,7 @@
 
 namespace broker {
 
-// A diagnostic that a client asks for.
+// A client's request for a diagnostic.
 struct DiagnosticRequest
 {
     Adapter adapter;
@@ -28,7 +28,7 @@ struct DiagnosticRequest
 enum class StartOutcome
 {
     STARTED,
-    // A job of the adapter runs already, in this process or in another.
+    // A job of the adapter is already running, in this process or in another one.
     IN_USE,
     FAILED
 };
@@ -36,20 +36,20 @@ enum class StartOutcome
 enum class EndOutcome
 {
     ENDED,
-    // It has ended before, or does not exist.
+    // It had already ended, or does not exist.
     NOT_RUNNING,
     FAILED
 };
 
-// Carries on the jobs of this process, and alone writes what is stored of jobs. On the job thread only, so it needs no
-// lock; what others see of it is in the registry.
+// Runs the jobs of this process. It alone writes entries of jobs. It lives on the job thread only, so it needs no lock;
+// other threads see its jobs in the registry.
 class JobRunner final : public JobDuty
 {
 public:
     // All must outlive this.
     JobRunner(AdapterSource& adapters, JobHosts& hosts, JobArchive& archive, JobRegistry& registry, JobReader& reader);
 
-    // Starts the job and stores it. Sets the id when it is started.
+    // Starts the job and stores it. Sets the id if the outcome is STARTED.
     StartOutcome start(const DiagnosticRequest& request, std::string& id);
 
     // Ends a running job in the state TERMINATED or KILLED.
@@ -58,7 +58,7 @@ public:
     // Removes the job's entry, whichever process has stored it, and stops its work.
     void drop(const std::string& id);
 
-    // Writes what is left to be written, and stops the work of jobs that are gone.
+    // Does the chores of the registry, and stops the work of jobs that are gone.
     void doChores();
 
     std::optional<SteadyTime> step() noexcept override;
@@ -76,7 +76,7 @@ private:
         std::string id;
         SteadyTime start;
         LinkDiagnostic diagnostic;
-        // Set when the work is over and only storing is left.
+        // Set once the work is over and only storing is left.
         std::optional<Ending> ending;
         SteadyTime retry;
         int failures = 0;
@@ -85,15 +85,14 @@ private:
     };
 
     std::string newNumber();
-    // Returns whether the registry now says what is stored.
+    // Returns whether the registry is now up to date.
     bool tryRefresh() noexcept;
     void noteFates();
     void sample(Running& job);
     void fail(Running& job, const char* reason) noexcept;
-    // Ends the job and returns whether nobody else has ended or dropped it before. It then is not in m_running any
-    // more.
+    // Ends the job and removes it from m_running. Returns false if another process had already ended or dropped it.
     bool finish(Running& job);
-    // Ends a job that another process carries on; that process notices.
+    // Ends a job that another process runs. That process notices the change.
     EndOutcome endElsewhere(const std::string& id, JobState state);
     void stop(const std::string& id) noexcept;
     Running* find(const std::string& id) noexcept;
@@ -104,8 +103,8 @@ private:
     JobRegistry& m_registry;
     JobReader& m_reader;
     std::vector<Running> m_running;
-    // Jobs are numbered from the moment at which this was made, so that a client that still holds the name of a job of
-    // an earlier process does not meet another one.
+    // Part of the ids of this process's jobs, so that a client that kept the id of an earlier process's job never finds
+    // another job under it.
     WallTime m_made;
     std::uint64_t m_started = 0;
 };

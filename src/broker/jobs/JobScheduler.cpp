@@ -50,7 +50,8 @@ void JobScheduler::enqueue(const std::shared_ptr<Task>& task)
     nudge();
 }
 
-// Nobody runs what is in the queue; what other requests have handed over meanwhile counted on the same thread.
+// Empties the queue, since no thread could be started. This also affects tasks that other requests have added
+// meanwhile, because they relied on the same thread.
 void JobScheduler::giveUp() noexcept
 {
     const utils::MutexGuard guard(m_mutex);
@@ -99,7 +100,7 @@ std::optional<std::chrono::milliseconds> JobScheduler::work() noexcept
             continue;
         }
         if (!due) {
-            // Set under the lock: a nudge from here on starts a thread of its own.
+            // Set under the lock, so that a later nudge starts a new thread.
             m_threadRuns = false;
             return std::nullopt;
         }

@@ -13,14 +13,14 @@
 
 namespace broker {
 
-// What the scheduler carries on.
+// The recurring work of the job thread.
 class JobDuty
 {
 public:
     JobDuty(const JobDuty&) = delete;
     JobDuty& operator=(const JobDuty&) = delete;
 
-    // Takes the one step that is due, if any, and returns when the next one is; nothing when no job runs.
+    // Takes the one step that is due, if any. Returns the time of the next step, or nothing if no job runs.
     virtual std::optional<SteadyTime> step() noexcept = 0;
 
 protected:
@@ -28,33 +28,33 @@ protected:
     ~JobDuty() = default;
 };
 
-// Runs what requests hand over, and what is due, one after the other on the job thread. The thread starts with the
-// first task and ends when nothing is left. Its lock guards the queue; under it nothing is done but raising signals.
+// Runs the tasks of requests and the steps of the duty one after the other on the job thread. The thread starts with
+// the first task and ends when nothing is left. The lock guards the queue; code under it only raises signals.
 class JobScheduler final : private JobWork
 {
 public:
-    // How long the thread sleeps at most while jobs run: other processes may have dropped one.
+    // The longest sleep of the thread while jobs run, since another process may drop one of them.
     static constexpr std::chrono::milliseconds LONGEST_PAUSE{1000};
 
     enum class Late
     {
         // The task stays in the queue.
         STAYS,
-        // A task that was not begun is not run at all; one that was is waited for.
+        // A task that has not begun is removed from the queue; one that has begun is waited for.
         IS_WITHDRAWN
     };
 
-    // All must outlive the scheduler, and the scheduler the job thread's work.
+    // All must outlive the scheduler. The scheduler must outlive the job thread's work.
     JobScheduler(JobThread& thread, Machine& machine, JobDuty& duty)
         : m_thread(thread), m_machine(machine), m_duty(duty)
     {
     }
 
-    // Runs the task on the job thread and waits for its end. Returns whether it was run to its end. What it throws is
-    // logged. Any thread but the job thread.
+    // Runs the task on the job thread and waits for its end. Returns whether the task completed. An exception of the
+    // task is logged. Any thread except the job thread.
     bool run(std::function<void()> task, std::chrono::milliseconds patience, Late late);
 
-    // Has the duty take its next step soon. Needs no memory. Any thread.
+    // Makes the duty take its next step soon. Needs no memory. Any thread.
     void nudge() noexcept;
 
 private:
@@ -78,7 +78,7 @@ private:
     utils::Mutex m_mutex;
     std::deque<std::shared_ptr<Task>> m_queue;
     bool m_threadRuns = false;
-    // Since the thread found the queue empty.
+    // Whether a nudge came since the thread found the queue empty.
     bool m_isNudged = false;
 };
 

@@ -31,23 +31,23 @@ struct JobStatus
     std::string error;
     WallTime startTime;
     std::chrono::microseconds elapsed{0};
-    // How long the job is kept once it has ended.
+    // The time for which the job is kept after its end.
     std::chrono::microseconds retention{0};
 
     bool isRunning() const noexcept { return state == JobState::RUNNING; }
 };
 
-// A job as it is stored.
+// The stored form of a job.
 struct StoredJob
 {
     JobStatus status;
-    // The process that carries it on, or did.
+    // The name of the process that runs or ran it.
     std::string host;
-    // Means nothing while the job runs.
+    // Unspecified while the job runs.
     WallTime endTime;
 };
 
-// What a diagnostic found; never changes.
+// The findings of a diagnostic. They never change.
 struct DiagnosticResult
 {
     std::string id;

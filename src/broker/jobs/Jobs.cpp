@@ -46,7 +46,7 @@ Jobs::Jobs(const JobPlatform& platform)
 Jobs::Start Jobs::startDiagnostic(const Adapter& adapter, const DiagnosticSetting& setting, std::uint16_t sampleCount)
 {
     refresh();
-    // Owned by the task too, which may outlast this call.
+    // The task shares the ownership, since it may outlast this call.
     struct Order
     {
         DiagnosticRequest request;

@@ -14,7 +14,7 @@
 
 namespace broker {
 
-// What jobs stand on. All must outlive them.
+// What the jobs need of the platform. All must outlive them.
 struct JobPlatform
 {
     AdapterSource& adapters;
@@ -24,9 +24,8 @@ struct JobPlatform
     JobHosts& hosts;
 };
 
-// What requests do with jobs. A request reads for itself; what it wants to be changed is done on the job thread, by the
-// process's own identity. Any thread but the job thread. No request waits longer than PATIENCE for a task that is not
-// begun.
+// The operations of requests on jobs. A request reads by itself; the job thread makes the changes under the process's
+// own identity. Any thread except the job thread. A request waits at most PATIENCE for a task to begin.
 class Jobs
 {
 public:
@@ -36,8 +35,8 @@ public:
     Jobs(const Jobs&) = delete;
     Jobs& operator=(const Jobs&) = delete;
 
-    // Throws utils::EFailed when it cannot be read what is stored. The id is empty unless the job was started, and then
-    // its entry is written: where that failed, an error line says that the job will not survive this process.
+    // Throws utils::EFailed if the entries cannot be read. The id is empty unless the job was started. Its entry is
+    // then written; if that failed, an error line says that the job will not survive this process.
     struct Start
     {
         StartOutcome outcome = StartOutcome::FAILED;
@@ -48,20 +47,20 @@ public:
     // Whether the calling thread's identity has started the job.
     bool isOwned(const std::string& id);
 
-    // Ends a running job, also one of another process, in the state TERMINATED or KILLED.
+    // Ends a running job of this or another process in the state TERMINATED or KILLED.
     EndOutcome end(const std::string& id, JobState state);
 
-    // The work of the job is stopped and its entry gone when this returns, or two seconds are over; then they will be.
-    // No request of this process sees the job from here on. A job that does not exist is fine.
+    // Stops the work of the job and removes its entry. Returns when this is done or after two seconds, in which case it
+    // is done later. No request of this process sees the job any more. Ignores a job that does not exist.
     void remove(const std::string& id) noexcept;
 
-    // These throw utils::EFailed when it cannot be read what is stored.
+    // These throw utils::EFailed if the entries cannot be read.
 
     // In the order of their start.
     std::vector<JobStatus> jobs();
     std::vector<std::shared_ptr<const DiagnosticResult>> results();
 
-    // An instance that shows the job, and removes it when it is marked for deletion.
+    // An instance that shows the job. Marking it for deletion removes the job.
     std::unique_ptr<core::CimInstance> makeInstance(const std::string& id, const char* className);
 
 private:

@@ -12,27 +12,27 @@ namespace {
 
 constexpr std::size_t ALL_PERCENT = 100;
 
-// How far a counter of bytes or packets has come. After a restart of the driver it counts from 0 again.
+// The increase of a counter of bytes or packets. After a restart of the driver the counter starts at 0 again.
 std::uint64_t moved(std::uint64_t before, std::uint64_t now) noexcept
 {
     return now >= before ? now - before : now;
 }
 
-// How many packets were lost. What a counter shows after a restart was lost at no known time, before the sample or in
-// it: it does not count.
+// The number of lost packets. After a restart of the driver nobody knows whether the counted packets were lost in this
+// sample or before it, so they are ignored.
 std::uint64_t lost(std::uint64_t before, std::uint64_t now) noexcept
 {
     return now >= before ? now - before : 0;
 }
 
-// The most that fits stands for all that does not.
+// The value, or the largest number of 32 bits if it does not fit.
 std::uint32_t clamped(std::uint64_t value) noexcept
 {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(value, UINT32_MAX));
 }
 
-// Stacks discard a packet now and then that nobody misses: one that no protocol wants, or of a burst. It takes more
-// than one, and more than one in a hundred packets, to make a loss of it.
+// Network stacks discard a packet now and then without harm, for example one of a burst or one for an unknown protocol.
+// So only more than one packet and more than one in a hundred counts as a loss.
 bool areTooMany(std::uint64_t discards, std::uint64_t packets) noexcept
 {
     return discards > 1 && discards > packets / ALL_PERCENT;
@@ -74,7 +74,7 @@ LinkDiagnostic::LinkDiagnostic(const DiagnosticSetting& setting, std::uint16_t s
       m_last(std::move(start)),
       m_nextDue(startTime + m_period)
 {
-    // So that a sample has both numbers or none.
+    // After this, adding a sample cannot fail between its two numbers.
     m_bytesReceived.reserve(sampleCount);
     m_bytesTransmitted.reserve(sampleCount);
 }
@@ -97,7 +97,7 @@ bool LinkDiagnostic::takeSample(const std::optional<Adapter>& reading, SteadyTim
         m_problems.emplace_back("Nothing was seen: no byte was received or transmitted during the samples");
     }
     m_last = *reading;
-    // From now, not from when it was due: samples that were held up must not follow each other at once.
+    // The period starts now and not when this sample was due, so that delayed samples do not follow each other at once.
     m_nextDue = time + m_period;
     return true;
 }

@@ -26,24 +26,24 @@ public:
     // When the next sample is due.
     SteadyTime nextDue() const noexcept { return m_nextDue; }
 
-    // Takes what was read at the time. False when there is nothing to sample: the adapter is gone or cannot be read.
+    // Takes a sample of what was read at that time. Returns false if the adapter is gone or could not be read.
     bool takeSample(const std::optional<Adapter>& reading, SteadyTime time);
 
     bool isComplete() const noexcept { return m_bytesReceived.size() == m_sampleCount; }
     std::uint16_t percentComplete() const noexcept;
 
-    // Of the samples that were to be taken, so that an unfinished diagnostic does not look better than it is; 0 while
-    // no byte has moved, since nothing was seen to pass.
+    // The share of passed samples among all planned ones, so that an unfinished diagnostic does not look better than it
+    // is. 0 while no byte has moved, since nothing was seen to pass.
     std::uint8_t passedPercent() const noexcept;
 
-    // Whether enough samples did not fail, be it that nothing was seen in any of them.
+    // Whether enough samples passed. Samples without any traffic count as passed.
     bool isPassed() const noexcept;
 
     // One entry per sample.
     const std::vector<std::uint32_t>& bytesReceived() const noexcept { return m_bytesReceived; }
     const std::vector<std::uint32_t>& bytesTransmitted() const noexcept { return m_bytesTransmitted; }
 
-    // One text per sample that did not pass, and one at the end when nothing was seen.
+    // One text for each sample that did not pass, and one at the end if no byte has moved.
     const std::vector<std::string>& problems() const noexcept { return m_problems; }
 
 private:

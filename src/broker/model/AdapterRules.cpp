@@ -19,9 +19,9 @@ constexpr std::size_t ETHERNET_DIGITS = 12;
 // Parts of the English names of the platform's own helper interfaces, whose rows have the flags and types of real
 // adapters, or none. The names decide only where the client may not read which drivers are hidden, or a driver is not.
 constexpr std::array<std::string_view, 6> HELPERS{
-    // Ends of dialled and tunnelled connections, there whether anybody dials or not.
+    // The ends of dialled and tunnelled connections. They exist whether or not anybody dials.
     "WAN Miniport",
-    // Answers a debugger instead of the network stack.
+    // It serves a debugger instead of the network stack.
     "Kernel Debug Network Adapter",
     // Made by the Wi-Fi adapter's driver for peers and for sharing the connection.
     "Wi-Fi Direct Virtual Adapter",
@@ -44,8 +44,8 @@ bool isRemoteAccess(const std::string& hardwareAddress)
 
 }  // namespace
 
-// An interface is a port unless something says otherwise. The flags for hardware and connectors cannot be asked for:
-// teams, ports of virtual switches, TAP adapters, bridges and VLANs have neither, and people look for them first.
+// An interface is a port unless something below excludes it. The flags for hardware and connectors cannot be required:
+// teams, ports of virtual switches, TAP adapters, bridges and VLANs have neither, and people look for those first.
 bool isPort(const InterfaceTraits& traits)
 {
     switch (traits.type) {
@@ -61,7 +61,7 @@ bool isPort(const InterfaceTraits& traits)
            !isHelper(traits.description);
 }
 
-// The platform may leave an interface up when its cable is pulled, and a virtual one may not know of any medium.
+// The platform may leave an interface up when its cable is pulled, and the state of a virtual medium may be unknown.
 bool hasLink(const Adapter& adapter) noexcept
 {
     return adapter.operational == OperationalState::UP && adapter.media != MediaState::DISCONNECTED;

@@ -5,15 +5,15 @@
 
 #include "broker/platform/AdapterSource.h"
 
-// What the rows of the platform's tables mean. Pure functions; any thread.
+// How to read the rows of the platform's tables. Pure functions; any thread.
 namespace broker {
 
-// What both tables of the platform, that of the interfaces and that of the addresses, say about an interface.
+// The traits of an interface that both tables of the platform hold: that of the interfaces and that of the addresses.
 struct InterfaceTraits
 {
     // The IANA number of the interface type.
     std::uint32_t type = 0;
-    // A layer that the platform has stacked on another interface. Only the table of the interfaces says so.
+    // Whether the platform has stacked it as a layer on another interface. Only the table of the interfaces holds this.
     bool isFilter = false;
     std::string description;
     // As Adapter::hardwareAddress.

@@ -11,16 +11,17 @@
 #include "core/CimPropertyTypes.h"
 
 // How a class of the broker is described: one column per property, each with the function that reads its value from a
-// row. A row is whatever an instance of the class is made from. Building, refreshing, looking up and changing
+// row. A row holds the data that an instance of the class is made from. Building, refreshing, looking up and changing
 // instances all follow the one description.
 namespace broker {
 
-// What becomes of a value that a client puts.
+// What happens to a value that a client puts.
 enum class PutRule
 {
-    // May only be put back as it is.
+    // The value may be put back unchanged; a change is refused.
     READ_ONLY,
-    // Changes by itself: a client that puts back what it read a moment ago asks for no change, so the value is ignored.
+    // The value changes by itself. A client that puts back what it read a moment ago does not ask for a change, so the
+    // value is ignored.
     VOLATILE,
     WRITABLE
 };
@@ -33,11 +34,11 @@ struct Column
     // Whether a path may write the key's value in any case.
     bool ignoresCase;
     PutRule rule;
-    // Makes the property, null and without an owner.
+    // Makes the property. It is null and has no owner.
     std::unique_ptr<core::CimProperty> (*make)(const char* name);
-    // Sets the property from the row where the two differ. The property must come from this column.
+    // Sets the property from the row if the two differ. The property must come from this column.
     void (*refresh)(core::CimProperty& property, const Row& row);
-    // Adds the listeners that limit a writable property; null where there are none.
+    // Adds the listeners that limit a writable property; null if it has no limits.
     void (*limit)(core::CimProperty& property);
 };
 
@@ -143,7 +144,7 @@ void assign(Property& property, const std::optional<Value>& value)
 
 inline void assign(core::CimPropertyString_arr& property, const std::vector<std::string>& value)
 {
-    // WMI cannot tell an empty array of texts from none: none is what it is given.
+    // WMI cannot distinguish an empty array of texts from no array, so it gets no array.
     if (value.empty()) {
         property.setNull();
     } else {
@@ -196,7 +197,8 @@ constexpr auto key(const char* name)
     return result;
 }
 
-// A key that is the name of a class or a host, or is made of GUIDs and addresses: its value matches without case.
+// A key whose value is compared without case, since it is the name of a class or a host, or is made of GUIDs and
+// addresses.
 template <auto Read>
 constexpr auto keyWithoutCase(const char* name)
 {

@@ -6,7 +6,7 @@ namespace broker {
 
 namespace {
 
-// A key value of a path. A reference is looked up once, when the first candidate asks for it.
+// A key value of a path. A reference is resolved once, when the first candidate needs it.
 class KeyValue
 {
 public:

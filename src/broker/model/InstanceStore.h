@@ -16,12 +16,12 @@ namespace broker {
 
 class Workspace;
 
-// Finds what a reference points to.
+// Finds the target of a reference.
 class ReferenceResolver
 {
 public:
-    // The instance that references to the path's target point at; null when there is no target or the text is no path.
-    // The path may have a host and a namespace.
+    // The instance that references to the path's target point at; null if the target does not exist or the text is not
+    // a path. The path may have a host and a namespace.
     virtual core::CimInstance* resolve(const std::string& path) = 0;
 
     ReferenceResolver(const ReferenceResolver&) = delete;
@@ -32,12 +32,13 @@ protected:
     ~ReferenceResolver() = default;
 };
 
-// What the instances of a store hold.
+// Which properties the instances of a store have.
 enum class Shape
 {
-    // Every property: what clients are given.
+    // Every property, as clients get them.
     WHOLE,
-    // The keys alone: what references point at. A path is made of keys, and each step over a property is a lock.
+    // The keys only, for the targets of references. A path consists of keys, and each step over a property takes a
+    // lock.
     KEYS
 };
 
@@ -45,10 +46,11 @@ enum class Shape
 class InstanceStore
 {
 public:
-    // An instance with its properties in the order of the columns: a property list costs a lock per step.
+    // An instance and its properties in the order of the columns. Walking the instance's own list would cost a lock a
+    // step.
     struct Record
     {
-        // A stable id of what the instance shows, such as the adapter's GUID; unique in the class.
+        // A stable, unique id of the row, such as the adapter's GUID.
         std::string id;
         std::unique_ptr<core::CimInstance> instance;
         std::vector<core::CimProperty*> properties;
@@ -64,17 +66,17 @@ public:
     // The record of the id, or null.
     const Record* withId(const std::string& id) const;
 
-    // The record whose keys are those of the path, or null. Key names are compared without case, values as their
-    // columns say; all keys and no others must be given. The path's class is not looked at.
+    // The record with the keys of the path, or null. Key names are compared without case, values as their columns say.
+    // The path must have all keys and no others. Its class is ignored.
     const Record* find(const core::CimPath& path, ReferenceResolver& references) const;
 
-    // Makes the instances match what the class's rows are now. When it throws, the store is empty.
+    // Makes the instances match the class's present rows. If it throws, the store is empty.
     virtual void update(Workspace& workspace) = 0;
 
     // Deletes the instances.
     void clear() noexcept;
 
-    // What becomes of values put to the properties, in the order of the columns.
+    // What happens to a value that is put to the property of that column.
     virtual PutRule putRule(std::size_t column) const = 0;
 
     // The key under which the settings store keeps what clients change. Only for a class with writable properties.
@@ -89,7 +91,7 @@ protected:
     std::unordered_map<std::string, std::size_t> m_indexOfId;
 };
 
-// All that makes a class, whose rows are of the type.
+// The description of a class whose instances are made from rows of that type.
 template <class Row>
 struct ClassDescription
 {
@@ -97,11 +99,11 @@ struct ClassDescription
 
     const char* name;
     std::span<const Column<Row>> columns;
-    // A stable id of what the row describes, unique in the class.
+    // A stable, unique id of the row.
     std::string (*id)(const Row& row);
-    // What there is now. Rows may refer to what the workspace has read for the request.
+    // The rows at this moment. They may refer to data that the workspace has read for the request.
     std::vector<Row> (*rows)(Workspace& workspace);
-    // Makes an instance without properties; null where a plain instance will do.
+    // Makes an instance without properties; null if a plain instance is enough.
     std::unique_ptr<core::CimInstance> (*make)(const Row& row) = nullptr;
     // The key under which the settings store keeps what clients change in the instance of the id; null for a class
     // that clients cannot change.
@@ -134,8 +136,8 @@ public:
         }
     }
 
-    // Makes the instances match the rows. An instance whose row is still there stays, and only its values that differ
-    // are set. When it throws, the instances are unspecified until the next call or clear().
+    // Makes the instances match the rows. An instance whose row still exists stays, and only its differing values are
+    // set. If it throws, the instances are unspecified until the next call or clear().
     void show(const std::vector<Row>& rows)
     {
         std::vector<std::string> ids;
@@ -161,8 +163,8 @@ protected:
     bool ignoresCase(std::size_t column) const override { return m_columns[column]->ignoresCase; }
 
 private:
-    // Makes the records those of the ids, one for each row. What is gone is deleted before anything new is made, since
-    // each instance holds handles.
+    // Makes one record for each id, which belong to the rows in the same order. Deletes instances that are gone before
+    // it makes new ones, since each instance holds handles.
     void arrange(const std::vector<Row>& rows, std::vector<std::string> ids)
     {
         std::unordered_map<std::string, std::size_t> indexOfId;

@@ -12,7 +12,7 @@ namespace {
 
 using Number = std::optional<std::uint64_t>;
 
-// Empty for a property of a type that has no range.
+// Empty for a property whose type has no range.
 Number numberOf(const core::CimProperty& property)
 {
     return core::visit(property,

@@ -24,8 +24,8 @@ struct Lengths
     constexpr bool contain(std::size_t length) const noexcept { return length >= min && (max == 0 || length <= max); }
 };
 
-// Refuses a number out of the range with utils::EInvalidParameter. Only for uint8, uint16 and uint64 properties; what
-// other types hold is not looked at. One listener may serve any number of properties on any threads.
+// Refuses a number out of the range with utils::EInvalidParameter. Checks uint8, uint16 and uint64 properties and
+// ignores others. One listener may serve any number of properties on any threads.
 class RangeListener : public core::CimProperty::Listener
 {
 public:
@@ -37,14 +37,14 @@ private:
     Range m_range;
 };
 
-// Lets the property, which must be a text, refuse texts of other lengths.
+// Makes the property, which must be a text, refuse texts of other lengths.
 void limitLength(core::CimProperty& property, Lengths lengths);
 
 // The limits in the form that a column takes.
 template <const Range& Limit>
 void limitTo(core::CimProperty& property)
 {
-    // One for all properties of the column: it holds nothing but the range.
+    // One listener serves all properties of the column, since its only state is the range.
     static RangeListener listener(Limit);
     property.addListener(&listener);
 }

@@ -34,7 +34,7 @@ bool pointToSame(const core::CimPropertyRef& property, const core::CimProperty& 
     return target != nullptr && references.resolve(value.toString()) == target;
 }
 
-// A value that could have been read from the property, now or a moment ago.
+// Whether a client may have read the value from the property, now or a moment ago.
 bool mayComeFrom(const core::CimProperty& property, const core::CimProperty& value)
 {
     return value.isNull() || value.getType() == property.getType();
@@ -58,7 +58,7 @@ bool canBeVerified(const core::CimProperty& property)
 void verify(core::CimProperty& property, const core::CimProperty& value)
 {
     if (!canBeVerified(property)) {
-        // None of these is writable in any class, so the answer is that of any other property that may not change.
+        // No class has a writable property of these types, so the answer is that for any property that may not change.
         throw utils::EForbidden(utils::format("Modyfying of %s property is not allowed", property.getName().c_str()));
     }
     property.verify(&value);
@@ -124,7 +124,7 @@ void modify(const InstanceStore& store, const InstanceStore::Record& record, cor
         verify(*change.property, *change.value);
         stored.emplace_back(change.property->getName(), change.value->toString());
     }
-    // Stored first: that can fail, and the properties then still are what they were.
+    // Storing comes first because it can fail. The properties are then still unchanged.
     settings.write(store.storageKey(record), stored);
     for (const Change& change : asked) {
         change.property->modify(change.value);

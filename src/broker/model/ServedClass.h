@@ -7,7 +7,7 @@
 
 namespace broker {
 
-// A class as a workspace knows it: its name, and how a store of its instances is made.
+// A class as a workspace sees it: its name, and a function that makes a store of its instances.
 struct ServedClass
 {
     const char* name;

@@ -21,7 +21,7 @@ void expectDone(StoreResult result, const std::string& key)
     }
 }
 
-// Keeps other processes from changing settings.
+// Keeps other processes from changing settings while it lives.
 class ChangeLock
 {
 public:
@@ -39,7 +39,7 @@ private:
 
 }  // namespace
 
-// Reads the fields of a setting. What does not fit is left out, so that the default holds.
+// Reads the fields of a setting. A value that is out of range is ignored, so that the default stays.
 class SettingsStore::Reader
 {
 public:
@@ -209,7 +209,7 @@ const SettingsStore::Fields& SettingsStore::fieldsReadAgain(const std::string& k
 
 void SettingsStore::store(const std::string& key, const Fields& fields)
 {
-    // What is known may be old from here on, whatever comes of it.
+    // From here on the known values may be out of date, even if storing fails.
     current(key).known.clear();
     expectDone(m_storage.write(key, VALUE, joinFields({fields.begin(), fields.end()})), key);
 }

@@ -18,7 +18,7 @@ namespace broker {
 
 // The names of the stored fields are those of the properties.
 
-// What an administrator notes about an adapter; null until somebody does.
+// An administrator's notes about an adapter; null until somebody writes them.
 struct AdapterSetting
 {
     static constexpr Lengths LABEL_LENGTHS{1, 64};
@@ -54,8 +54,8 @@ struct DiagnosticSetting
 
 // The product's settings, each stored as one value, so that a reader in any process sees a change whole or not at all.
 // A change of some fields keeps the others as any process has left them: it reads and writes under the storage's lock.
-// Read again when the platform says that they have changed. What is missing has its default, and what does not fit is
-// ignored with one error line. Any thread; acts under the identity of the calling thread.
+// Settings are read again when the platform reports a change. A missing value has its default; a value that is out of
+// range is ignored with one error line. Any thread; acts under the identity of the calling thread.
 class SettingsStore
 {
 public:
@@ -65,19 +65,18 @@ public:
     // The storage must outlive the store. Throws utils::Exception when the platform refuses a mutex.
     explicit SettingsStore(SettingsStorage& storage) : m_storage(storage) {}
 
-    // These three throw utils::EFailed when the platform does not let it be read.
+    // These three throw utils::EFailed if the platform refuses to read.
     AdapterSetting adapterSetting(const std::string& adapterGuid);
     DiagnosticSetting diagnosticSetting();
 
-    // The GUIDs of the adapters for which a setting is stored, whether or not they are there.
+    // The GUIDs of all adapters for which a setting is stored, whether or not the adapter exists.
     std::vector<std::string> adaptersWithSetting();
 
     // Whether the calling thread may change the settings of diagnostics.
     bool mayWrite() { return m_storage.canWrite(DiagnosticSetting::KEY); }
 
-    // Stores the fields, named, under the key: all of them or, when it throws, none. Throws utils::EInvalidParameter
-    // for a text with a zero in it, utils::EForbidden when the platform denies access and utils::EFailed when it fails
-    // otherwise.
+    // Stores the named fields under the key: all of them or, if it throws, none. Throws utils::EInvalidParameter if a
+    // text contains a zero, utils::EForbidden if the platform denies access and utils::EFailed if it fails otherwise.
     void write(const std::string& key, const std::vector<std::pair<std::string, std::string>>& changes);
 
     // The named fields go back to their defaults, or all when no names are given. Throws as write() does.
@@ -86,7 +85,7 @@ public:
 private:
     using Fields = std::map<std::string, std::string>;
 
-    // What is known of the settings below one key of the storage.
+    // The known settings below one key of the storage.
     struct Group
     {
         const char* key;
@@ -97,18 +96,18 @@ private:
 
     class Reader;
 
-    // All of these need the lock.
+    // The caller of these holds the lock.
     Group& current(const std::string& key);
     const Fields& fields(const std::string& key);
-    // Whatever the platform says about changes.
+    // Reads even if the platform reports no change.
     const Fields& fieldsReadAgain(const std::string& key);
     void store(const std::string& key, const Fields& fields);
-    // Whether the misfit was not reported before.
+    // Returns whether this is the first report of the misfit.
     bool isNew(const std::string& misfit);
 
     SettingsStorage& m_storage;
-    // Held while the platform reads and writes: one change at a time, and no reading of what a change has just made
-    // old.
+    // Held while the platform reads and writes, so that there is one change at a time and a reader never keeps what a
+    // change has just made out of date.
     utils::Mutex m_mutex;
     Group m_adapters{"Adapters", nullptr, {}, std::nullopt};
     Group m_diagnostics{DiagnosticSetting::KEY, nullptr, {}, std::nullopt};

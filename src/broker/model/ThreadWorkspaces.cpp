@@ -8,7 +8,8 @@ namespace broker {
 
 ThreadWorkspaces::ThreadWorkspaces(const Sources& sources)
     : m_sources(sources), m_slot([](void* value) {
-          // While the process ends, a thread that held a mutex may be gone, and nobody needs the workspace any more.
+          // While the process ends, the thread that held a mutex may already be gone. Nobody needs the workspace any
+          // more.
           if (!utils::processIsEnding()) {
               delete static_cast<Workspace*>(value);
           }

@@ -12,10 +12,10 @@ namespace broker {
 class ThreadWorkspaces
 {
 public:
-    // Throws utils::Exception when the platform has no slot left.
+    // Throws utils::Exception if the platform has no slot left.
     explicit ThreadWorkspaces(const Sources& sources);
 
-    // The calling thread's workspace, made when it first asks. Throws std::bad_alloc.
+    // The calling thread's workspace, which the thread's first call makes. Throws std::bad_alloc.
     Workspace& ofThisThread();
 
 private:

@@ -45,7 +45,7 @@ void Workspace::begin(const std::string& className) noexcept
         if (&held != asked) {
             held.instances.store->clear();
         }
-        // What the class refers to was brought up to date in the same request.
+        // The targets of the class's references have been brought up to date in the same request.
         if (asked == nullptr || held.references.request != asked->instances.request) {
             held.references.store->clear();
         }
@@ -109,7 +109,7 @@ const std::vector<Address>& Workspace::addresses()
 const Adapter& Workspace::adapterOf(const InstanceStore::Record& port)
 {
     const std::vector<Adapter>& read = adapters();
-    // The port was made from one of them.
+    // The port was made from one of these adapters.
     return *std::find_if(read.begin(), read.end(), [&port](const Adapter& adapter) { return adapter.guid == port.id; });
 }
 

@@ -24,25 +24,25 @@ struct Sources
 
 // The instances that one thread's requests read, with the references between them. Belongs to one thread.
 //
-// A request begins with begin(). After that each class is brought up to date when it is first asked for, together with
-// what it refers to, and the platform is asked at most once for each kind of thing. Instances are kept from request to
-// request, but since each holds two handles of the process, begin() deletes what its request does not need.
+// A request begins with begin(). After that, the first use of a class brings it up to date, together with the classes
+// it refers to. The platform is asked at most once for each kind of data. Instances are kept from request to request,
+// but since each holds two handles of the process, begin() deletes those that its request does not need.
 class Workspace final : public ReferenceResolver
 {
 public:
-    // So few instances are kept whatever the next request needs.
+    // Up to this number of instances is kept even if the next request does not need them.
     static constexpr std::size_t KEPT_INSTANCES = 16;
 
     explicit Workspace(const Sources& sources);
 
-    // Starts a request that is about the class, named without case: what was read for the one before counts as out of
-    // date, and of the instances, those of the class and what they refer to are kept.
+    // Starts a request about the class, whose name is compared without case. All data of the previous request counts as
+    // out of date. The instances of the class and those they refer to are kept.
     void begin(const std::string& className) noexcept;
 
     // The instances of the class, up to date; null for a class that is not served. Names are compared without case.
     const InstanceStore* instances(const std::string& className);
 
-    // What references to the class's instances point at, up to date: for each, an instance that holds the keys alone.
+    // The targets of references to the class's instances, up to date. Each is an instance with only the keys.
     const InstanceStore& references(const char* className);
 
     // The record that the path names, up to date; null when there is none.
@@ -52,19 +52,19 @@ public:
 
     const Sources& sources() const noexcept { return m_sources; }
 
-    // What this request has read of the machine.
+    // The data that this request has read of the machine.
     const std::string& systemName();
     const std::vector<Adapter>& adapters();
     const std::vector<Address>& addresses();
 
-    // What this request has read about the adapter of a port.
+    // The data that this request has read about the adapter of a port.
     const Adapter& adapterOf(const InstanceStore::Record& port);
 
     // The instance of the job; null when there is none.
     core::CimInstance* job(const std::string& id);
 
 private:
-    // A store and the number of the request that has brought it up to date.
+    // A store, and the number of the last request that brought it up to date.
     struct Slot
     {
         std::unique_ptr<InstanceStore> store;
@@ -85,7 +85,7 @@ private:
     Sources m_sources;
     std::uint64_t m_request = 0;
     std::vector<Class> m_classes;
-    // What this request has read.
+    // The data that this request has read.
     std::optional<std::string> m_systemName;
     std::optional<std::vector<Adapter>> m_adapters;
     std::optional<std::vector<Address>> m_addresses;

@@ -28,7 +28,7 @@ enum class AdministrativeState
     TESTING = 3
 };
 
-// Whether the adapter's medium carries: a cable is plugged in, a radio is associated.
+// Whether the medium is connected: a cable is plugged in, or a radio is associated.
 enum class MediaState
 {
     UNKNOWN = 0,
@@ -36,7 +36,7 @@ enum class MediaState
     DISCONNECTED = 2
 };
 
-// Since the machine started, or since the driver did. Bytes include framing.
+// Counted since the start of the machine or of the driver. Bytes include framing.
 struct Counters
 {
     std::uint64_t bytesReceived = 0;
@@ -50,9 +50,9 @@ struct Counters
     std::uint64_t transmitErrors = 0;
     std::uint64_t receiveDiscards = 0;
     std::uint64_t transmitDiscards = 0;
-    // Packets that no protocol of this machine wanted.
+    // Packets of protocols that this machine does not have.
     std::uint64_t unknownProtocolsReceived = 0;
-    // All six are 0 where the driver counts bytes as a whole only.
+    // All six are 0 if the driver only counts bytes in total.
     std::uint64_t unicastBytesReceived = 0;
     std::uint64_t unicastBytesTransmitted = 0;
     std::uint64_t multicastBytesReceived = 0;
@@ -64,15 +64,15 @@ struct Counters
 // A network adapter as the platform describes it. Texts are in the ANSI code page.
 struct Adapter
 {
-    // With braces and upper-case digits. Tells adapters apart; names and hardware addresses may coincide.
+    // The stable, unique id, with braces and upper-case digits. Names and hardware addresses are not unique.
     std::string guid;
-    // The handle of single-adapter calls; valid while the adapter is there.
+    // The handle for calls about one adapter; valid while the adapter exists.
     std::uint64_t luid = 0;
     std::uint32_t index = 0;
     std::string name;
     std::string description;
     // Upper-case hexadecimal digits without separators, as many as the link technology has: six bytes on Ethernet,
-    // twenty on InfiniBand. Empty for an adapter that has none.
+    // twenty on InfiniBand. Empty if the adapter has none.
     std::string hardwareAddress;
     std::string permanentAddress;
     // Bits per second; empty when unknown.
@@ -83,7 +83,7 @@ struct Adapter
     std::uint32_t type = 0;
     // The NDIS number of the physical medium; 0 when the driver does not say.
     std::uint32_t physicalMedium = 0;
-    // Backed by a device, and with a connector or a radio for it.
+    // Whether a device backs it, and whether that has a connector or a radio.
     bool isHardware = false;
     bool hasConnector = false;
     OperationalState operational = OperationalState::UNKNOWN;
@@ -106,7 +106,7 @@ enum class AddressFamily
     IPV6
 };
 
-// Where the network prefix of an address comes from, as the platform says. It may be wrong: see isDhcpOn.
+// The origin of an address's network prefix, as the platform reports it. The platform may be wrong: see isDhcpOn.
 enum class AddressOrigin
 {
     UNKNOWN,
@@ -117,15 +117,15 @@ enum class AddressOrigin
     ROUTER_ADVERTISEMENT
 };
 
-// A unicast address of an adapter that is in use: not one that is still being checked for duplicates, is a duplicate,
-// or belongs to an adapter that lost its link.
+// A unicast address in use. Addresses that are duplicates, are still being checked for duplicates, or belong to an
+// adapter without a link are not in use.
 struct Address
 {
     std::string adapterGuid;
     AddressFamily family = AddressFamily::IPV4;
     // Without prefix length and zone.
     std::string text;
-    // Empty when the platform gives none that the family could have.
+    // Empty if the platform reports none, or one that the family cannot have.
     std::optional<std::uint8_t> prefixLength;
     AddressOrigin origin = AddressOrigin::UNKNOWN;
     // Whether the adapter asks a DHCP server for addresses of this family.
@@ -134,21 +134,21 @@ struct Address
     bool isLinkLocal = false;
 };
 
-// What one family of the internet's protocols goes by on an adapter. Empty when the platform does not say.
+// The parameters of IPv4 or IPv6 on an adapter. Empty if the platform does not report them.
 struct FamilyConfiguration
 {
-    // What the interface adds to the metric of a route through it.
+    // Added to the metric of each route through the interface.
     std::optional<std::uint32_t> metric;
     std::optional<std::uint32_t> mtu;
 };
 
-// How an adapter is set up for the internet's protocols. Addresses are without zone, in the platform's order.
+// The configuration of IPv4 and IPv6 on an adapter. Addresses are without zone, in the platform's order.
 struct IpConfiguration
 {
     std::string adapterGuid;
     std::vector<std::string> gateways;
     std::vector<std::string> dnsServers;
-    // Of this connection; empty for none.
+    // The suffix of this connection; empty if it has none.
     std::string dnsSuffix;
     // DHCP for IPv4. Without a lease the server and both times are empty.
     bool isDhcpOn = false;
@@ -169,10 +169,10 @@ enum class StateChange
     FAILED
 };
 
-// Platform boundary: the machine's network adapters, read live on every call; nothing is kept between calls.
-// CONTRACT: only what isPort accepts (broker/model/AdapterRules.h); adapters come in the platform's order.
-// A table that the platform refuses is asked for once more and then is a failure, which is thrown: none is an answer,
-// and a wrong one here. Any thread, several at once.
+// Platform boundary: the machine's network adapters, read on every call; nothing is kept between calls. CONTRACT:
+// returns only adapters that isPort accepts (broker/model/AdapterRules.h), in the platform's order. If the platform
+// refuses a table, it is asked once more; if it refuses again, the call throws, since an empty list would be a wrong
+// answer. Any number of threads at once.
 class AdapterSource
 {
 public:
@@ -187,10 +187,10 @@ public:
     // Throws utils::EFailed.
     virtual std::vector<Address> readAddresses() = 0;
 
-    // Of the adapters that a protocol is bound to. Throws utils::EFailed.
+    // The configurations of all adapters with a bound protocol. Throws utils::EFailed.
     virtual std::vector<IpConfiguration> readIpConfigurations() = 0;
 
-    // One adapter alone; empty, and one error line, when it is gone or cannot be read.
+    // A single adapter. Empty, with one error line, if it is gone or cannot be read.
     virtual std::optional<Adapter> readAdapter(std::uint64_t luid) = 0;
 
     // Empty when the platform does not let the calling thread's identity ask, or cannot answer: nothing is logged.

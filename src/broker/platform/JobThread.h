@@ -6,14 +6,14 @@
 
 namespace broker {
 
-// What the job thread does.
+// The work of the job thread.
 class JobWork
 {
 public:
     JobWork(const JobWork&) = delete;
     JobWork& operator=(const JobWork&) = delete;
 
-    // Does what is due and returns after how long it wants to be called again, or nothing when nothing is left to do.
+    // Does the work that is due. Returns the time until the next call, or nothing if no work is left.
     virtual std::optional<std::chrono::milliseconds> work() noexcept = 0;
 
 protected:
@@ -21,8 +21,7 @@ protected:
     ~JobWork() = default;
 };
 
-// A flag that one thread raises, once, and others wait for.
-// CONTRACT: any thread. Waiting is by a steady clock.
+// A flag that one thread raises once and others wait for. CONTRACT: any thread. Waiting goes by a steady clock.
 class Signal
 {
 public:
@@ -33,12 +32,12 @@ public:
 
     virtual void raise() noexcept = 0;
 
-    // Returns whether the flag was raised before the limit was over.
+    // Returns false if the limit passed before the flag was raised.
     virtual bool wait(std::chrono::milliseconds limit) noexcept = 0;
 };
 
-// Platform boundary: the thread that carries on the jobs, while there are any.
-// CONTRACT: nobody waits for the thread; the module stays loaded while it runs, and the process may end at any moment.
+// Platform boundary: the thread that runs the jobs while there are any. CONTRACT: nobody waits for the thread. The
+// module stays loaded while it runs. The process may end at any moment.
 class JobThread
 {
 public:
@@ -47,15 +46,15 @@ public:
     JobThread(const JobThread&) = delete;
     JobThread& operator=(const JobThread&) = delete;
 
-    // Starts a thread of the process's own identity that calls work() until nothing is left. False, and one error line,
-    // when the platform has no thread to give. Called again only after work() has decided that nothing is left; the
-    // thread before may still be on its way out.
+    // Starts a thread with the process's own identity that calls work() until no work is left. Returns false, with one
+    // error line, if the platform cannot start one. It is called again only after work() has returned nothing; the
+    // previous thread may then still be ending.
     virtual bool start(JobWork& work) noexcept = 0;
 
-    // Cuts the present wait, or the next one, short. Any thread.
+    // Ends the present wait of the thread, or its next one, at once. Any thread.
     virtual void wake() noexcept = 0;
 
-    // Throws utils::Exception when the platform refuses.
+    // Throws utils::Exception if the platform refuses.
     virtual std::unique_ptr<Signal> makeSignal() = 0;
 };
 

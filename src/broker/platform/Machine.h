@@ -6,8 +6,7 @@
 
 namespace broker {
 
-// Platform boundary: what the broker asks of the machine besides its adapters.
-// CONTRACT: any thread, several at once.
+// Platform boundary: the machine's name, users and clocks. CONTRACT: any number of threads at once.
 class Machine
 {
 public:
@@ -19,7 +18,7 @@ public:
     // Never empty.
     virtual std::string computerName() = 0;
 
-    // The identity of the calling thread with its domain, or an empty text when the platform does not tell.
+    // The user of the calling thread, with the domain. Empty if the platform does not know.
     virtual std::string userName() = 0;
 
     virtual WallTime now() noexcept = 0;

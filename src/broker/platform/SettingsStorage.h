@@ -8,7 +8,7 @@
 
 namespace broker {
 
-// A stored value. What is not a text was not written by this product.
+// A stored value. This product writes texts only.
 struct StoredValue
 {
     bool isText = false;
@@ -26,8 +26,8 @@ enum class StoreResult
     FAILED
 };
 
-// Tells whether a key has changed, whoever changed it.
-// CONTRACT: one thread at a time. Never fails: where the platform cannot tell, the answer is "changed".
+// Reports changes of a key by any process. CONTRACT: one thread at a time. Never fails: if the platform does not know,
+// the answer is "changed".
 class ChangeWatch
 {
 public:
@@ -36,15 +36,14 @@ public:
     ChangeWatch(const ChangeWatch&) = delete;
     ChangeWatch& operator=(const ChangeWatch&) = delete;
 
-    // Whether the key, its values or a key below it may have changed since the call before. True at the first call.
-    // What changes after the call is seen by the next one, so ask first and read then.
+    // Whether the key, its values or a key below it may have changed since the previous call. True at the first call.
+    // The next call reports changes that come after this one, so call this before reading.
     virtual bool hasChanged() = 0;
 };
 
-// Platform boundary: values that survive the process, as texts by name, grouped under keys. A key is a relative path
-// of parts separated by backslashes.
-// CONTRACT: acts under the identity of the calling thread. Failures are results, and each writes one error line unless
-// it says otherwise. Any thread.
+// Platform boundary: values that survive the process, as texts by name, grouped under keys. A key is a relative path of
+// parts separated by backslashes. CONTRACT: acts under the identity of the calling thread. Failures are return values;
+// each writes one error line unless the operation says otherwise. Any thread.
 class SettingsStorage
 {
 public:
@@ -53,33 +52,35 @@ public:
     SettingsStorage(const SettingsStorage&) = delete;
     SettingsStorage& operator=(const SettingsStorage&) = delete;
 
-    // All values of the key as they were at one moment, none when it does not exist; empty when they could not be read.
+    // All values of the key as they were at one moment. No values if the key does not exist; an empty optional if they
+    // cannot be read.
     virtual std::optional<StoredValues> read(const std::string& key) = 0;
 
-    // The names of the keys below the key, none when it does not exist; empty when they could not be read.
+    // The names of the keys below the key. No names if the key does not exist; an empty optional if they cannot be
+    // read.
     virtual std::optional<std::vector<std::string>> children(const std::string& key) = 0;
 
-    // Whether the key, or what is missing of it, could be written. Logs nothing.
+    // Whether the calling thread may write the key or, if it does not exist, create it. Logs nothing.
     virtual bool canWrite(const std::string& key) = 0;
 
-    // Sets one value, which from then on is there as a whole. Creates the key where it is missing.
+    // Sets one value: readers see the old text or the whole new one. Creates the key if necessary.
     virtual StoreResult write(const std::string& key, const std::string& name, const std::string& text) = 0;
 
-    // Removes the key with its values. A key that does not exist is done.
+    // Removes the key with its values. DONE if the key does not exist.
     virtual StoreResult erase(const std::string& key) = 0;
 
-    // Removes one value. A value or a key that does not exist is done.
+    // Removes one value. DONE if the value or the key does not exist.
     virtual StoreResult eraseValue(const std::string& key, const std::string& name) = 0;
 
-    // Keeps other processes from changing what is stored until unlock(), for a change that depends on what is there.
-    // All who change a key must lock. Waits for two seconds at most. Unless DONE, nothing is locked. One thread at a
-    // time.
+    // Keeps other processes from changing any setting until unlock(), for a change that depends on the stored values.
+    // Everyone who changes a key must lock. Waits at most two seconds. Nothing is locked unless the result is DONE. One
+    // thread at a time.
     virtual StoreResult lock() = 0;
 
-    // By the thread that has locked.
+    // Only the thread that has locked may call this.
     virtual void unlock() noexcept = 0;
 
-    // A watch of the key, which may not exist yet. Ends before the storage.
+    // A watch of the key, which need not exist. The storage must outlive it.
     virtual std::unique_ptr<ChangeWatch> watch(const std::string& key) = 0;
 };
 

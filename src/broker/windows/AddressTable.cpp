@@ -36,7 +36,7 @@ AddressTable::AddressTable(ULONG flags)
 
 ULONG AddressTable::read(ULONG flags)
 {
-    // Enough for most machines at the first attempt; the list may grow between two.
+    // This is enough for most machines at the first attempt. The list may grow between two attempts.
     constexpr ULONG FIRST_SIZE = 16 * 1024;
     constexpr int ATTEMPTS = 4;
     ULONG size = FIRST_SIZE;

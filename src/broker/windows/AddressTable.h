@@ -15,15 +15,15 @@
 
 namespace broker {
 
-// The platform's list of the adapters that a protocol is bound to, with what the flags of GetAdaptersAddresses ask for.
-// Owns the list. Belongs to one thread.
+// The platform's list of the adapters with a bound protocol, with the details that the flags of GetAdaptersAddresses
+// select. Owns the list. Belongs to one thread.
 class AddressTable
 {
 public:
-    // Throws utils::EFailed when the platform refuses the list twice. A machine without any address is no failure.
+    // Throws utils::EFailed if the platform refuses the list twice. A machine without any address has an empty list.
     explicit AddressTable(ULONG flags);
 
-    // Those that are ports, in the platform's order. They live as long as the table.
+    // The adapters that are ports, in the platform's order. They live as long as the table.
     std::vector<const IP_ADAPTER_ADDRESSES*> ports() const;
 
 private:
@@ -35,7 +35,7 @@ private:
     bool m_isEmpty = true;
 };
 
-// Upper-case digits of at most as many bytes as a hardware address may have.
+// The bytes as upper-case digits, cut after the longest possible hardware address.
 std::string hexDigits(const UCHAR* bytes, ULONG length);
 
 // An IPv4 or IPv6 address without its zone; empty for null and for other families.

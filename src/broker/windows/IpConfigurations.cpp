@@ -1,5 +1,5 @@
-// What PlatformAdapters reads of the adapters' IP configurations: the list of addresses for most of it, and one table
-// more for the two families and for the leases of DHCP.
+// How PlatformAdapters reads the adapters' IP configurations. Most of it is in the list of addresses; the parameters of
+// IPv4 and IPv6 and the leases of DHCP are in one table each.
 
 #include <winsock2.h>
 #include <ws2tcpip.h>
@@ -50,8 +50,8 @@ IpConfiguration configurationFrom(const IP_ADAPTER_ADDRESSES& adapter)
     return result;
 }
 
-// A platform that has no such table, as an emulated one may not, leaves metrics and MTUs unknown. Throws utils::EFailed
-// when there is one that cannot be read.
+// On a platform without this table, such as an emulated one, metrics and MTUs stay unknown. Throws utils::EFailed if
+// the table exists and cannot be read.
 void addFamilies(std::vector<IpConfiguration>& configurations, const std::vector<const IP_ADAPTER_ADDRESSES*>& ports)
 {
     MIB_IPINTERFACE_TABLE* rows = nullptr;
@@ -77,7 +77,7 @@ void addFamilies(std::vector<IpConfiguration>& configurations, const std::vector
     });
 }
 
-// The platform's older list, which alone holds the times of the leases, in a buffer of the caller's.
+// Fills the caller's buffer with the platform's older list, the only one with the times of the leases.
 ULONG adaptersInfo(std::vector<std::max_align_t>& buffer)
 {
     constexpr ULONG FIRST_SIZE = 16 * 1024;
@@ -97,7 +97,7 @@ std::optional<WallTime> wallTime(time_t seconds)
     return seconds <= 0 ? std::nullopt : std::make_optional<WallTime>(std::chrono::seconds{seconds});
 }
 
-// Throws utils::EFailed when the leases cannot be read.
+// Throws utils::EFailed if the leases cannot be read.
 void addLeases(std::vector<IpConfiguration>& configurations)
 {
     const auto usesDhcp = [](const IpConfiguration& configuration) { return configuration.isDhcpOn; };

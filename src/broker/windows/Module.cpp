@@ -8,7 +8,7 @@
 
 namespace {
 
-// The broker with the platform under it.
+// The broker and the parts of the platform that it uses.
 struct BrokerModule
 {
     broker::PlatformAdapters adapters;
@@ -19,7 +19,8 @@ struct BrokerModule
     broker::ObjectBroker broker{{adapters, machine, settings, jobThread, jobHosts}};
 };
 
-// Ends with the module, but not with the process: there, threads are gone wherever they stood.
+// Destroys the broker when the module is unloaded, but not when the process ends: other threads are then already gone,
+// and may have held locks.
 class Holder
 {
 public:
@@ -45,7 +46,7 @@ namespace core {
 
 CimBroker* GetCimBroker()
 {
-    // Made by the first caller; when that fails, the next caller tries again.
+    // The first call makes it; if that fails, the next call tries again.
     static const Holder holder;
     return holder.broker();
 }

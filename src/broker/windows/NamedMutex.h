@@ -4,11 +4,11 @@
 
 namespace broker {
 
-// The system, administrators and network services may do everything with an object of this access.
+// Access for the system, administrators and network services, who may do everything.
 inline constexpr const char* ADMINISTRATORS_ACCESS = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;NS)";
 
-// A handle of the kernel mutex of that name, which is made with the access (as security descriptor text) where it does
-// not exist yet. The caller closes it. Null when the platform refuses, and GetLastError() says why.
+// A handle of the kernel mutex of that name, which the caller closes. A mutex that does not exist yet is created with
+// the access, which is the text of a security descriptor. Null if the platform refuses; GetLastError() has the reason.
 HANDLE openNamedMutex(const char* name, const char* access) noexcept;
 
 }  // namespace broker

@@ -35,7 +35,7 @@ std::string guidText(const GUID& guid)
                          tail[7]);
 }
 
-// A driver that has no permanent address to tell leaves zeros.
+// A driver without a permanent address leaves zeros.
 std::string permanentAddress(const MIB_IF_ROW2& row)
 {
     std::string digits = hexDigits(row.PermanentPhysicalAddress, row.PhysicalAddressLength);
@@ -113,7 +113,7 @@ AddressOrigin originFrom(NL_PREFIX_ORIGIN origin)
     }
 }
 
-// An adapter that loses its link keeps its addresses in the list, as tentative ones; a duplicate stays there too.
+// An adapter without a link keeps its addresses in the list as tentative ones, and a duplicate stays in the list too.
 bool isInUse(const IP_ADAPTER_UNICAST_ADDRESS& unicast)
 {
     return unicast.DadState == IpDadStatePreferred || unicast.DadState == IpDadStateDeprecated;
@@ -125,7 +125,7 @@ std::optional<std::uint8_t> prefixLength(UINT8 length, std::uint8_t most)
     return length > most ? std::nullopt : std::make_optional<std::uint8_t>(length);
 }
 
-// Empty for a family that is neither of the two.
+// Empty if the family is neither IPv4 nor IPv6.
 std::optional<Address> addressFrom(const IP_ADAPTER_ADDRESSES& adapter, const IP_ADAPTER_UNICAST_ADDRESS& unicast)
 {
     Address address;

@@ -4,7 +4,7 @@
 
 namespace broker {
 
-// The adapters as the platform's IP helper tells them.
+// The adapters as the platform's IP helper library reports them.
 class PlatformAdapters : public AdapterSource
 {
 public:

@@ -33,7 +33,7 @@ utils::ScopedKey openKey(const std::string& path, REGSAM access)
     return {registry(), HKEY_LOCAL_MACHINE, path, access};
 }
 
-// The path up to its last backslash, and what comes after; the parent is empty when there is no backslash.
+// The parts of a path before and after its last backslash. The parent is empty if there is no backslash.
 struct SplitPath
 {
     explicit SplitPath(const std::string& path)
@@ -47,7 +47,7 @@ struct SplitPath
     std::string child;
 };
 
-// What opening the key for writing says or, where it does not exist, opening the nearest one above it that does.
+// The status of opening the key for writing. If it does not exist, the nearest existing key above it is opened instead.
 LSTATUS writeStatus(std::string path)
 {
     for (;;) {
@@ -62,19 +62,19 @@ LSTATUS writeStatus(std::string path)
     }
 }
 
-// A key that may not be opened is not missing: a client must not be told that it is gone.
+// A key that may not be opened is not missing. Clients must not be told that it is gone.
 bool isMissing(const std::string& path)
 {
     return openKey(path, KEY_READ).status() == ERROR_FILE_NOT_FOUND;
 }
 
-// Why the key could not be written: the registry object tells success only.
+// Finds out why the key could not be written, since the registry object only reports success.
 StoreResult failureOf(const std::string& path)
 {
     return writeStatus(path) == ERROR_ACCESS_DENIED ? StoreResult::ACCESS_DENIED : StoreResult::FAILED;
 }
 
-// What shows whether the values of a key have changed, and how much room they take.
+// The state of a key: its time of change, and the sizes of its values.
 struct KeyState
 {
     explicit KeyState(HKEY key)
@@ -93,11 +93,11 @@ struct KeyState
     DWORD maxNameLength = 0;
     DWORD maxDataLength = 0;
     FILETIME lastWrite{};
-    // The last member: the ones before it are filled in while this one is made.
+    // The last member, since its initialisation fills in the others.
     LSTATUS status;
 };
 
-// ERROR_NO_MORE_ITEMS when all of them were read.
+// Returns ERROR_NO_MORE_ITEMS if all values were read.
 LSTATUS readValues(HKEY key, const KeyState& state, StoredValues& values)
 {
     // The lengths are those of the longest wide texts; in the code page a character may take more than one byte.
@@ -116,7 +116,7 @@ LSTATUS readValues(HKEY key, const KeyState& state, StoredValues& values)
         StoredValue& value = values[name.substr(0, nameLength)];
         value.isText = type == REG_SZ;
         if (value.isText) {
-            // A stored text may lack its terminator, or hold something behind it.
+            // A stored text may lack its terminator, or continue behind it.
             value.text = data.substr(0, std::min<std::size_t>(data.find('\0'), dataLength));
         }
     }
@@ -133,7 +133,8 @@ std::optional<StoredValues> RegistryStorage::read(const std::string& key)
     if (status == ERROR_FILE_NOT_FOUND) {
         return StoredValues();
     }
-    // Others may write meanwhile; what was read counts only when nothing has changed from the first call to the last.
+    // Other processes may write meanwhile. The values count only if nothing has changed from the first call to the
+    // last.
     constexpr int MAX_ATTEMPTS = 10;
     for (int attempt = 0; status == ERROR_SUCCESS && attempt < MAX_ATTEMPTS; ++attempt) {
         const KeyState before(opened.get());
@@ -201,7 +202,7 @@ StoreResult RegistryStorage::erase(const std::string& key)
     }
     const SplitPath split(path);
     registry().deleteKey(HKEY_LOCAL_MACHINE, split.parent, split.child);
-    // The registry object does not tell whether the child could be deleted.
+    // The registry object does not report whether it deleted the child.
     if (isMissing(path)) {
         return StoreResult::DONE;
     }
@@ -239,7 +240,7 @@ StoreResult RegistryStorage::lock()
         return error == ERROR_ACCESS_DENIED ? StoreResult::ACCESS_DENIED : StoreResult::FAILED;
     }
     const DWORD result = WaitForSingleObject(m_lock, static_cast<DWORD>(LOCK_PATIENCE.count()));
-    // A process that ended while it held the lock has written its value as a whole or not at all.
+    // A process that ended while it held the lock has written a whole value or none.
     if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) {
         return StoreResult::DONE;
     }

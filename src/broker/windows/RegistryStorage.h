@@ -5,8 +5,8 @@
 
 namespace broker {
 
-// Settings as REG_SZ values under HKEY_LOCAL_MACHINE\Software\Vexal\DRAVEv2. The lock is a named kernel mutex, which
-// the system, administrators and network services may lock: those who may change settings.
+// Settings as REG_SZ values under HKEY_LOCAL_MACHINE\Software\Vexal\DRAVEv2. The lock is a named kernel mutex. Only
+// those who may change settings can lock it: the system, administrators and network services.
 class RegistryStorage : public SettingsStorage
 {
 public:
@@ -21,7 +21,7 @@ public:
     std::unique_ptr<ChangeWatch> watch(const std::string& key) override;
 
 private:
-    // Exists while it is locked.
+    // Not null while it is locked.
     HANDLE m_lock = nullptr;
 };
 

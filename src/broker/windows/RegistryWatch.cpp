@@ -13,7 +13,7 @@ bool RegistryWatch::hasChanged()
         if (arm()) {
             return true;
         }
-        // The key was deleted; another one of its name may be there.
+        // The key was deleted. A new key may have its name.
         close();
     }
     open();
@@ -46,14 +46,14 @@ void RegistryWatch::open()
 bool RegistryWatch::arm()
 {
     constexpr DWORD CHANGES = REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET;
-    // The platform also raises the event when the thread that calls this ends, which costs one reading too many.
+    // The platform also raises the event when the calling thread ends, which only costs an unnecessary reading.
     return RegNotifyChangeKeyValue(m_key, TRUE, CHANGES, m_event, TRUE) == ERROR_SUCCESS;
 }
 
 void RegistryWatch::close() noexcept
 {
-    // A key of this machine is a kernel handle. Closed as one, it needs no function of the registry, which must not be
-    // called while the module is being unloaded.
+    // A key of this machine is a kernel handle and can be closed as one. The registry's functions must not be called
+    // while the module is being unloaded.
     if (m_key != nullptr) {
         CloseHandle(m_key);
         m_key = nullptr;

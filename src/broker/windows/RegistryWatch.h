@@ -8,8 +8,8 @@
 
 namespace broker {
 
-// Watches a key of HKEY_LOCAL_MACHINE with all that is below it. The key is opened under the identity of the thread
-// that asks first. While it does not exist, or may not be opened, every answer is "changed".
+// Watches a key of HKEY_LOCAL_MACHINE and everything below it. The first call opens the key under its thread's
+// identity. While the key does not exist or may not be opened, every answer is "changed".
 class RegistryWatch final : public ChangeWatch
 {
 public:
@@ -23,7 +23,7 @@ public:
 private:
     bool isThere();
     void open();
-    // Returns whether the platform promises to raise the event at the next change.
+    // Returns whether the platform will raise the event at the next change.
     bool arm();
     void close() noexcept;
 

@@ -11,13 +11,13 @@
 // The platform's answers to a request for a table.
 namespace broker {
 
-// The table has no row: an answer, not a failure.
+// Whether the status means that the table is empty, which is not a failure.
 inline bool meansNone(ULONG status) noexcept
 {
     return status == ERROR_NO_DATA || status == ERROR_ADDRESS_NOT_ASSOCIATED;
 }
 
-// The platform's answer, or the second one where the first is a failure: tables change while they are read.
+// Asks the platform, and once more if the first answer is a failure, since tables change while they are read.
 template <class Ask>
 ULONG asked(Ask ask)
 {

@@ -14,7 +14,7 @@ constexpr const char* FILE_NAME = "WindowsJobHosts";
 constexpr const char* JOBS_LOCK_NAME = "Global\\Vexal-DRAVEv2-Jobs";
 constexpr std::chrono::milliseconds JOBS_LOCK_PATIENCE{1000};
 
-// As administrators have it. Everybody may see that a host is there.
+// As ADMINISTRATORS_ACCESS; besides, everybody may see that a host is alive.
 constexpr const char* HOST_ACCESS = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;NS)(A;;0x100000;;;WD)";
 
 std::string hostName(const std::string& host)
@@ -37,7 +37,7 @@ std::string WindowsJobHosts::own()
     FILETIME end{};
     FILETIME kernelTime{};
     FILETIME userTime{};
-    // Fails for no process that asks about itself.
+    // This cannot fail for the own process.
     GetProcessTimes(GetCurrentProcess(), &start, &end, &kernelTime, &userTime);
     const ULONGLONG time = ULONGLONG{start.dwHighDateTime} << 32U | start.dwLowDateTime;
     return std::to_string(GetCurrentProcessId()) + "-" + std::to_string(time);
@@ -74,11 +74,12 @@ bool WindowsJobHosts::isAlive(const std::string& host)
 void WindowsJobHosts::lock() noexcept
 {
     static constexpr utils::LogSite here{FILE_NAME, "broker::WindowsJobHosts::lock"};
-    // Recursive locking is the mutex's own business; only the first lock opens it.
+    // Only the outermost lock() opens and waits.
     if (m_depth++ == 0) {
         m_lock = openNamedMutex(JOBS_LOCK_NAME, ADMINISTRATORS_ACCESS);
     }
-    // A process that ended while it held the lock left every entry whole or absent, so its lock is simply taken over.
+    // A process that ended while it held the lock left every entry whole or absent, so an abandoned lock counts as
+    // locked.
     const DWORD result =
         m_lock == nullptr ? WAIT_FAILED : WaitForSingleObject(m_lock, static_cast<DWORD>(JOBS_LOCK_PATIENCE.count()));
     if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED) {
@@ -90,7 +91,7 @@ void WindowsJobHosts::lock() noexcept
 void WindowsJobHosts::unlock() noexcept
 {
     if (m_lock != nullptr) {
-        // Fails, without harm, where the lock was not got.
+        // If lock() did not get the lock, this fails without harm.
         ReleaseMutex(m_lock);
     }
     if (--m_depth == 0 && m_lock != nullptr) {

@@ -5,9 +5,9 @@
 
 namespace broker {
 
-// Hosts announce themselves by named kernel mutexes, which the platform takes away when their process ends. The names
-// are global, so that hosts of different sessions see each other. Only the system, administrators and network services
-// may lock.
+// Hosts announce themselves by named kernel mutexes, which the platform removes when their process ends. The names are
+// global, so that hosts of different sessions see each other. Only the system, administrators and network services may
+// lock.
 class WindowsJobHosts final : public JobHosts
 {
 public:
@@ -23,9 +23,9 @@ public:
     void unlock() noexcept override;
 
 private:
-    // Exists from the first announcement on.
+    // Not null from the first announcement on.
     HANDLE m_announcement = nullptr;
-    // Exists while it is locked.
+    // Not null while it is locked.
     HANDLE m_lock = nullptr;
     int m_depth = 0;
 };

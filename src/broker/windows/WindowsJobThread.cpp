@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* FILE_NAME = "WindowsJobThread";
 
-// The module that this code is in, with a reference more.
+// This module, with an additional reference; null if the platform refuses.
 HMODULE holdThisModule() noexcept
 {
     static constexpr char SOME_ADDRESS = 0;
@@ -60,7 +60,7 @@ DWORD WINAPI WindowsJobThread::run(void* self)
     const auto* thread = static_cast<const WindowsJobThread*>(self);
     const HMODULE module = thread->m_module;
     thread->runWork();
-    // With the last reference the module goes, this object and this code with it: the call never returns.
+    // If this is the last reference, the module is unloaded with this object and this code. So the call never returns.
     FreeLibraryAndExitThread(module, 0);
 }
 

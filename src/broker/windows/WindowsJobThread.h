@@ -5,12 +5,12 @@
 
 namespace broker {
 
-// A bare platform thread that holds a reference to this module and gives it up in the moment it ends: so nothing needs
-// to wait for it, neither at the module's unloading nor at the process's end.
+// A platform thread that holds a reference to this module and releases it as its last action. So nothing has to wait
+// for it, neither when the module is unloaded nor when the process ends.
 class WindowsJobThread : public JobThread
 {
 public:
-    // Throws utils::Exception when the platform refuses an event.
+    // Throws utils::Exception if the platform refuses an event.
     WindowsJobThread();
     ~WindowsJobThread() override;
 
@@ -23,7 +23,7 @@ private:
     void runWork() const;
 
     HANDLE m_wakeUp;
-    // Written before a thread starts, and read by it before it leaves its work.
+    // Written before a thread starts. The thread reads it before it leaves its work.
     HMODULE m_module = nullptr;
     JobWork* m_work = nullptr;
 };

@@ -14,7 +14,7 @@ namespace broker {
 
 namespace {
 
-// DNS names are the longest that a domain may have.
+// A domain's name is at most as long as a DNS name.
 constexpr std::size_t MAX_DOMAIN_LENGTH = 255;
 
 }  // namespace
@@ -26,7 +26,7 @@ std::string WindowsMachine::computerName()
 
 std::string WindowsMachine::userName()
 {
-    // The client's token while one is impersonated, and the process's otherwise.
+    // The client's token during impersonation, otherwise the process's.
     HANDLE token = nullptr;
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) &&
         !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token))

@@ -13,7 +13,7 @@ enum class EventKind
     EVERY_WAIT
 };
 
-// An event that the caller closes. Throws utils::Exception when the platform refuses.
+// An event that the caller closes. Throws utils::Exception if the platform refuses.
 HANDLE makeEvent(EventKind kind);
 
 class WindowsSignal final : public Signal

@@ -35,7 +35,7 @@ SECURITY_IMPERSONATION_LEVEL tokenLevel(Impersonation level)
 
 HRESULT CallContext::QueryBlanket(DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**, DWORD*)
 {
-    // A call inside one process is not authenticated, so there is nothing true to say.
+    // A call inside one process is not authenticated, so no answer would be true.
     return E_NOTIMPL;
 }
 

@@ -14,9 +14,9 @@ enum class Impersonation
     delegate
 };
 
-// The security of a call as COM offers it to whoever serves the call. CoImpersonateClient then gives the
-// thread a token of this process's user at the chosen level, and CoRevertToSelf takes it away again.
-// Belongs to the thread on which it is installed.
+// The security of a call, as COM offers it to the object that serves the call. CoImpersonateClient then gives the
+// thread a token of this process's user with the chosen level, and CoRevertToSelf removes it. Belongs to the thread on
+// which it is installed.
 class CallContext final : public ComObject<IServerSecurity>
 {
 public:
@@ -34,8 +34,8 @@ private:
     bool m_impersonating = false;
 };
 
-// Installs a call context on this thread for as long as the scope lives; then the one before returns, and a
-// token that the provider left on the thread is taken away. Throws std::runtime_error if COM refuses.
+// Installs a call context on this thread for as long as the scope lives. Its end restores the previous context and
+// removes a token that the provider left on the thread. Throws std::runtime_error if COM refuses.
 class CallScope
 {
 public:

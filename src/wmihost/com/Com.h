@@ -13,7 +13,7 @@ class ComPtr
 {
 public:
     ComPtr() = default;
-    // Takes a reference of its own.
+    // Takes an additional reference.
     explicit ComPtr(Interface* object) : m_object(object)
     {
         if (m_object != nullptr) {
@@ -44,7 +44,7 @@ public:
         }
     }
 
-    // Where a function stores a new reference; what was held before is released first.
+    // For functions that store a new reference; releases the old one first.
     Interface** put()
     {
         reset();
@@ -62,8 +62,8 @@ private:
     Interface* m_object = nullptr;
 };
 
-// The IUnknown part of an object with one interface. Born with one reference, which belongs to its maker;
-// the last Release destroys it. References may be taken and given back on any thread.
+// The IUnknown part of an object with one interface. A new object has one reference, which belongs to its creator; the
+// last Release destroys it. AddRef and Release may be called on any thread.
 template <class Interface>
 class ComObject : public Interface
 {

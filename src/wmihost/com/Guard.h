@@ -6,14 +6,14 @@
 
 namespace wmihost {
 
-// WMI's status codes as what COM operations return.
+// WMI's status code as the HRESULT that a COM operation returns.
 constexpr HRESULT code(WBEMSTATUS status)
 {
     return static_cast<HRESULT>(status);
 }
 
-// Runs the body of a COM operation. No C++ exception may cross that boundary: lack of memory becomes
-// WBEM_E_OUT_OF_MEMORY, anything else WBEM_E_CRITICAL_ERROR.
+// Runs the body of a COM operation. No C++ exception may cross that boundary: std::bad_alloc becomes
+// WBEM_E_OUT_OF_MEMORY, and any other exception WBEM_E_CRITICAL_ERROR.
 template <class Body>
 HRESULT guarded(Body body)
 {
@@ -22,7 +22,7 @@ HRESULT guarded(Body body)
     } catch (const std::bad_alloc&) {
         return code(WBEM_E_OUT_OF_MEMORY);
     } catch (...) {
-        // COM errors among them, which are no std::exception.
+        // This includes COM errors, which do not derive from std::exception.
         return code(WBEM_E_CRITICAL_ERROR);
     }
 }

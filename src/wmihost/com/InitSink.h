@@ -7,13 +7,13 @@
 
 namespace wmihost {
 
-// Keeps what a provider says about its initialisation. May be told on any thread.
+// Keeps the status that a provider reports for its initialisation. Any thread.
 class InitSink final : public ComObject<IWbemProviderInitSink>
 {
 public:
     HRESULT STDMETHODCALLTYPE SetStatus(LONG status, LONG flags) override;
 
-    // Nothing until the provider has spoken.
+    // Nothing until the provider has reported.
     std::optional<HRESULT> status() const;
 
 private:

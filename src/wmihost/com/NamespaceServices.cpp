@@ -22,7 +22,7 @@ HRESULT NamespaceServices::GetObject(BSTR path, LONG flags, IWbemContext*, IWbem
         } catch (const PathError&) {
             return code(WBEM_E_INVALID_OBJECT_PATH);
         }
-        // Instances come from providers; this side holds classes only.
+        // Instances come from providers; a namespace serves only classes.
         if (parsed.isInstance()) {
             return code(WBEM_E_NOT_SUPPORTED);
         }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The one place of the host that includes the platform's headers and tames their macros.
+// The one place in wmihost that includes the platform's headers and tames their macros.
 
 #ifndef NOMINMAX
 #define NOMINMAX

@@ -4,8 +4,8 @@
 
 namespace wmihost {
 
-// An IWbemServices that answers every request with WBEM_E_NOT_SUPPORTED and touches no argument; what derives
-// from it overrides what it serves.
+// An IWbemServices that answers every request with WBEM_E_NOT_SUPPORTED and touches no argument. Derived classes
+// override the requests that they serve.
 class RefusingServices : public ComObject<IWbemServices>
 {
 public:

@@ -12,15 +12,15 @@
 
 namespace wmihost {
 
-// How far an enumeration is, as the provider reports it.
+// The progress of an enumeration, as the provider reports it.
 struct Progress
 {
     unsigned total;
     unsigned index;  // of the object that was just delivered, from 0
 };
 
-// What a request has brought so far. Filled through the sink by whatever threads the provider uses; the
-// request is over when the last reference to its sink is released.
+// The result of a request so far. The sink fills it, on any thread. The request is over when the last reference to its
+// sink is released.
 class Response
 {
 public:

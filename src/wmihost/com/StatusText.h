@@ -7,7 +7,7 @@
 
 namespace wmihost {
 
-// What a status code of WMI or COM says to a person.
+// The explanation of a status code of WMI or COM.
 struct StatusInfo
 {
     HRESULT status;

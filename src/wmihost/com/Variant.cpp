@@ -34,7 +34,7 @@ void check(HRESULT result)
     }
 }
 
-// What SafeArrayPutElement wants to be pointed at: the text or the object itself, else the value's bytes.
+// The address that SafeArrayPutElement expects: that of the text or the object itself, otherwise that of the value.
 void* elementAddress(VARIANT& value)
 {
     switch (value.vt) {
@@ -48,7 +48,7 @@ void* elementAddress(VARIANT& value)
     }
 }
 
-// Where SafeArrayGetElement may write an element of that type.
+// The address where SafeArrayGetElement may write an element of that type.
 void* elementSlot(VARIANT& slot, VARTYPE type)
 {
     switch (type) {

@@ -28,7 +28,7 @@ public:
     static Variant ofShort(short value);
     static Variant ofFloat(float value);
     static Variant ofDouble(double value);
-    // Takes over the reference; a null object is no value.
+    // Takes over the reference. A null object makes VT_NULL.
     static Variant ofObject(ComPtr<IWbemClassObject> object);
     // An array with lower bound 0 whose elements are all of the given type.
     static Variant ofArray(VARTYPE elementType, const std::vector<Variant>& elements);
@@ -37,9 +37,9 @@ public:
     const VARIANT& get() const { return m_value; }
     // For functions that take a VARIANT* and only read it.
     VARIANT* in() const { return const_cast<VARIANT*>(&m_value); }
-    // Where a function stores a new value; what was held before is cleared first.
+    // For functions that store a new value; clears the old one first.
     VARIANT* put();
-    // Gives the value to the caller, who clears it.
+    // Hands the value to the caller, who clears it.
     VARIANT detach();
 
     VARTYPE type() const { return m_value.vt; }
@@ -53,10 +53,10 @@ private:
 // The text of a BSTR; a null one is empty.
 std::wstring_view viewOf(BSTR text);
 
-// The value itself where a VARIANT only points at one (VT_BYREF); a copy. None if it points at nothing usable.
+// A copy of the value, or of the value that the VARIANT points at (VT_BYREF). None if it points at nothing usable.
 std::optional<Variant> dereferenced(const VARIANT& value);
 
-// Whether the value is an array of one dimension whose elements a VARIANT can hold. WMI knows no others.
+// Whether the value is an array of one dimension whose elements a VARIANT can hold. WMI has no other arrays.
 bool isList(const VARIANT& value);
 
 // The elements of a list in order, each as a VARIANT of the element type, or of its own type in an array of VARIANTs.

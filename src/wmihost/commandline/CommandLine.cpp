@@ -28,7 +28,7 @@ namespace {
 constexpr int requestFailed = 1;
 constexpr int wrongUsage = 2;
 
-// The MOF lies beside the program, as the installer puts it.
+// The installer puts the MOF into the program's folder.
 std::filesystem::path defaultMof()
 {
     std::array<wchar_t, MAX_PATH> buffer{};
@@ -54,7 +54,7 @@ std::vector<Assignment> assignmentsOf(const std::vector<std::string>& texts)
     return result;
 }
 
-// Accepts a whole number of that range, and says so in the help.
+// Accepts whole numbers of that range, and shows the range in the help.
 CLI::Validator between(int least, int most)
 {
     const std::string range = std::to_string(least) + " to " + std::to_string(most);
@@ -77,11 +77,11 @@ CLI::Validator oneOf(const std::vector<std::string>& words)
     return CLI::Validator(check, "");
 }
 
-// The command line as CLI11 fills it, and the command that it chose.
+// The values that CLI11 fills in from the command line, and the command that it chose.
 class CommandLine
 {
 public:
-    // With a connection the command line is one of a shell, which chose it for all of its lines.
+    // With a connection, this is a line in a shell, which uses the same connection for all of its lines.
     explicit CommandLine(Connection* shell = nullptr) : m_shell(shell)
     {
         m_app.require_subcommand(0, 1);
@@ -170,14 +170,14 @@ private:
         if (m_options.impersonation == Impersonation::none) {
             throw UsageError("--impersonation none is for the provider in this process; WMI always knows its client");
         }
-        // Another part of the process may have decided already, and each request says its level again.
+        // This may fail because another part of the process has called it before. Each request sets its own level.
         CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE,
                              nullptr, EOAC_NONE, nullptr);
         return std::make_unique<ServiceConnection>(
             m_synchronous ? ServiceCalls::synchronous : ServiceCalls::asynchronous, m_options.impersonation);
     }
 
-    // Says what is wrong with the command line, and how the command, or the program, wants to be called.
+    // Writes what is wrong with the command line, and the usage of the command or the program.
     int usage(const std::string& reason) const
     {
         const auto chosen = m_app.get_subcommands();
@@ -197,7 +197,7 @@ private:
         return wrongUsage;
     }
 
-    // What is wrong with the arguments that nothing has taken.
+    // The error message for the arguments that no option has taken.
     std::string unexpectedArgument() const
     {
         const std::vector<std::string> left = m_app.remaining(true);

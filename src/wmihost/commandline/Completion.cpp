@@ -88,8 +88,7 @@ bool any(const CLI::App&)
     return true;
 }
 
-// The words that may follow an option, in the form that `write` gives to a command, the names of the option and its
-// words.
+// A line for each option with choices. `write` makes it from the command, the names of the option and its words.
 std::string choiceLines(const CLI::App& program,
                         const std::function<std::string(const std::string&, const Words&, const Words&)>& write)
 {

@@ -6,7 +6,7 @@
 
 namespace wmihost {
 
-// A script that makes a shell complete the program's commands, options, their words, and the names of classes.
+// A script for bash that completes the program's commands, options, the words of options, and the names of classes.
 std::string bashCompletion(const CLI::App& program);
 std::string powershellCompletion(const CLI::App& program);
 

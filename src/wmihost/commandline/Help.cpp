@@ -12,7 +12,7 @@
 namespace wmihost {
 namespace {
 
-// Where the explanations begin; on a narrow terminal they stand below what they explain.
+// The column of the explanations. On a narrow terminal they stand on a line of their own.
 constexpr std::size_t explanationColumn = 30;
 constexpr std::size_t narrow = 60;
 constexpr std::size_t narrowIndent = 6;
@@ -68,7 +68,7 @@ public:
         return entry(command->get_name(), command->get_description());
     }
 
-    // Examples are not wrapped: they are there to be copied.
+    // Examples are not wrapped, so that they can be copied.
     std::string make_footer(const CLI::App* app) const override
     {
         const CLI::App* program = app->get_parent();

@@ -18,8 +18,8 @@ std::string described(const Property& property, const Variant& value)
     return value.isNull() ? "no value" : "'" + displayText(property, value.get()) + "'";
 }
 
-// A slip must not cost a request. With another key the provider would be asked to change another instance, one that
-// nobody has named.
+// A slip must not cost a request. Refuses new values for keys: they would change an instance that the user has not
+// named.
 void checkChanges(const ClassDefinition& definition, const std::vector<Assignment>& values)
 {
     for (const Assignment& value : values) {
@@ -32,7 +32,7 @@ void checkChanges(const ClassDefinition& definition, const std::vector<Assignmen
     }
 }
 
-// Puts the instance; a refusal names what the class states against the changes.
+// Puts the instance. If the provider refuses, the error also names the limits of the class that the changes violate.
 void putChanges(Connection& connection, const ClassTarget& target, IWbemClassObject* object,
                 const std::vector<Assignment>& changes, const CommandOptions& options)
 {
@@ -54,7 +54,7 @@ std::vector<Variant> changedValues(IWbemClassObject& object, const ClassDefiniti
     return values;
 }
 
-// Says which of the values the provider keeps in another form than they were sent.
+// Reports the values that the provider has stored differently from what was sent.
 void reportDifferences(const std::vector<Variant>& sent, const std::vector<Variant>& kept,
                        const ClassDefinition& definition, const std::vector<Assignment>& changes)
 {
@@ -79,7 +79,7 @@ int runSet(Connection& connection, const std::wstring& path, const std::vector<A
     for (const Assignment& value : values) {
         assign(*object.get(), definition, value);
     }
-    // Read before the call: a provider may keep the very object that it is given.
+    // The values are read before the call, since a provider may keep and change the object that it gets.
     const auto sent = changedValues(*object.get(), definition, values);
     putChanges(connection, instance.target, object.get(), values, options);
     const auto kept = getInstance(connection, instance, options);

@@ -49,7 +49,7 @@ std::string valueMapText(const Qualifiers& qualifiers)
     return text;
 }
 
-// The description and everything else that is worth knowing of a property, as sentences.
+// The description of a property and its other qualifiers of interest, as sentences.
 std::string remarks(const Property& property)
 {
     std::string text = description(property.qualifiers);
@@ -100,7 +100,7 @@ std::string returnType(const Method& method)
     return value == nullptr ? "void" : typeOf(*value);
 }
 
-// What the remarks say, for programs.
+// The content of the remarks, for programs.
 void addRemarks(Json& entry, const Qualifiers& qualifiers)
 {
     entry["description"] = description(qualifiers);
@@ -158,7 +158,7 @@ Json describeJson(const ClassTarget& target)
     return json;
 }
 
-// A method for people: its signature, and indented below what is worth knowing of it.
+// A method for people: its signature, and below it, indented, its description and values.
 std::string methodText(const Method& method)
 {
     std::string text = returnType(method) + " " + toUtf8(method.name) + "(" + parameterList(method) + ")\n";
@@ -214,7 +214,7 @@ std::string rangeText(const Property& property)
     return text;
 }
 
-// A bar would end the cell of the table.
+// A vertical bar would end the cell of the table.
 std::string markdownCell(const std::string& text)
 {
     std::string cell;
@@ -224,8 +224,7 @@ std::string markdownCell(const std::string& text)
     return cell;
 }
 
-// The names of the property in classes that others define, of the DMTF's or of the platform's own, for a cell of a
-// table.
+// The names of the property in the classes of the DMTF or of the platform, for a cell of a table.
 std::string namesElsewhere(const Property& property, bool inDmtfClasses)
 {
     std::string names;
@@ -242,7 +241,7 @@ std::string namesElsewhere(const Property& property, bool inDmtfClasses)
     return names;
 }
 
-// A table of the properties that other classes have as well; empty when there is none.
+// A table of the properties that classes of others have as well; empty if there is none.
 std::string mappingTable(const ClassDefinition& definition)
 {
     std::string rows;
@@ -256,7 +255,7 @@ std::string mappingTable(const ClassDefinition& definition)
     return rows.empty() ? rows : "\n| property | as the DMTF has it | as Windows has it |\n|---|---|---|\n" + rows;
 }
 
-// The head of the reference of all classes: what wrote it, and a list that leads to each class.
+// The head of the reference of all classes: how it was made, and a list of links to the classes.
 void writeReferenceHead(const std::vector<ClassTarget>& classes)
 {
     std::string text =

@@ -13,7 +13,7 @@
 
 namespace wmihost {
 
-// A command line that makes no sense; what() says why, in UTF-8.
+// An invalid command line; what() says in UTF-8 why.
 class UsageError : public std::runtime_error
 {
 public:
@@ -32,10 +32,10 @@ enum class Format
 // NAME=VALUE of the command line.
 using Assignment = std::pair<std::wstring, std::wstring>;
 
-// What all commands take from the command line.
+// The options of all commands.
 struct CommandOptions
 {
-    std::wstring nameSpace;  // empty: wherever the class is
+    std::wstring nameSpace;  // empty: any namespace that has the class
     Format format = Format::table;
     Impersonation impersonation = Impersonation::impersonate;
     std::vector<std::wstring> properties;    // empty: the command chooses
@@ -49,18 +49,18 @@ struct CommandOptions
     bool wait = false;
     bool hasPropertyOption = false;  // a hint may name --property
     bool quiet = false;              // no hints and no progress
-    bool jobsGoOn = false;           // when the command ends: the host of the provider outlives it
+    bool jobsGoOn = false;           // after the end of the command, since the provider's host outlives it
 };
 
-// What `related` takes besides.
+// Additional options of `related`.
 struct RelatedOptions
 {
     bool references = false;  // show the associations, not what they lead to
     std::string where;        // keywords of the query's WHERE; empty: none
 };
 
-// Each command writes its result to standard output and returns the exit code: 0 for success, 1 if what was
-// asked for did not come out well. They throw RequestError, PathError, UsageError and wql::QueryError.
+// Each command writes its result to standard output and returns the exit code: 0 for success, 1 for a failure that it
+// has reported. They throw RequestError, PathError, UsageError and wql::QueryError.
 int runClasses(const Connection& connection, const CommandOptions& options);
 // All classes if `className` is empty.
 int runDescribe(const Connection& connection, const std::wstring& className, const CommandOptions& options);

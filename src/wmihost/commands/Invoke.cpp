@@ -27,7 +27,7 @@ const Method& methodOf(const ClassDefinition& definition, const std::wstring& na
     return *method;
 }
 
-// The return value's words stand at the method, not at the value.
+// The words for the return value are qualifiers of the method and not of the value.
 std::string outputText(const Method& method, const Property& property, const VARIANT& value)
 {
     if (property.name != L"ReturnValue") {
@@ -80,8 +80,8 @@ void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOpti
     }
 }
 
-// Whether a return value says that the method did, or has begun, what was asked. 0 and 4096 (a job was started) do by
-// convention; others, such as "Successful completion, reboot required", by their word.
+// Whether a return value means success or that a job was started. By convention these are 0 and 4096; other values,
+// such as "Successful completion, reboot required", are recognised by their word.
 bool isAccepted(const Method& method, const Property& property, const VARIANT& value)
 {
     const std::wstring number = scalarText(value, property.type);
@@ -97,7 +97,8 @@ std::string objectionsTo(const Method& method, const std::vector<Assignment>& ar
     return method.in ? refusedArguments(*method.in, arguments) : std::string();
 }
 
-// Calls the method; a refusal names what its parameters state against the arguments.
+// Calls the method. If the provider refuses, the error also names the limits of the parameters that the arguments
+// violate.
 ComPtr<IWbemClassObject> call(Connection& connection, const InstanceTarget& instance, const Method& method,
                               const std::vector<Assignment>& arguments, const CommandOptions& options)
 {
@@ -108,7 +109,8 @@ ComPtr<IWbemClassObject> call(Connection& connection, const InstanceTarget& inst
     }
 }
 
-// Says that the method refused, and what its parameters state against the arguments. Returns whether it did not.
+// Returns whether the method succeeded. If not, reports its return value and the limits of the parameters that the
+// arguments violate.
 bool reportReturnValue(IWbemClassObject& out, const Method& method, const std::vector<Assignment>& arguments)
 {
     const Property* property = method.out->findProperty(L"ReturnValue");
@@ -122,14 +124,14 @@ bool reportReturnValue(IWbemClassObject& out, const Method& method, const std::v
     return false;
 }
 
-// A class without keys has no instances that a path could name.
+// Without keys, no path can name an instance of the class.
 bool hasKeys(const ClassDefinition& definition)
 {
     return std::any_of(definition.properties.begin(), definition.properties.end(),
                        [](const Property& property) { return property.isKey(); });
 }
 
-// A method acts on an instance, unless it is one of the class.
+// A method needs an instance, unless it is static.
 void checkTarget(const InstanceTarget& target, const Method& method)
 {
     const ClassDefinition& definition = *target.target.definition;

@@ -11,7 +11,7 @@
 namespace wmihost {
 namespace {
 
-// A type that holds every integer of 64 bits, with or without a sign.
+// This type represents every integer of 64 bits, signed or unsigned.
 using Number = long double;
 
 std::optional<Number> numberOf(const std::wstring& text)
@@ -23,7 +23,7 @@ std::optional<Number> numberOf(const std::wstring& text)
     return number ? std::optional(static_cast<Number>(*number)) : std::nullopt;
 }
 
-// The bytes that a text takes in the code page of the machine, which is what classes count.
+// The length of a text in bytes of the machine's code page, which is what the limits of classes mean.
 int bytesOf(std::wstring_view text)
 {
     return WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0, nullptr, nullptr);
@@ -39,7 +39,8 @@ struct Limit
 constexpr std::array limits{Limit{L"MinValue", false, false}, Limit{L"MaxValue", true, false},
                             Limit{L"MinLen", false, true}, Limit{L"MaxLen", true, true}};
 
-// "SampleCount: 601 is above its MaxValue, 600"; empty where the value keeps the limit, or has none of that kind.
+// "SampleCount: 601 is above its MaxValue, 600"; empty if the value keeps the limit, or if the property has no such
+// limit.
 std::string beyond(const Property& property, const VARIANT& value, const Limit& limit)
 {
     const Qualifier* stated = findQualifier(property.qualifiers, limit.qualifier);
@@ -64,7 +65,7 @@ std::string outsideMap(const Property& property, const VARIANT& value)
     const std::wstring text = scalarText(value, property.type);
     std::string list;
     for (const ValueWord& entry : words) {
-        // A range of values: whether it has this one is the provider's affair.
+        // A range of values is left to the provider.
         if (entry.value == text || entry.value.find(L"..") != std::wstring::npos) {
             return {};
         }
@@ -73,7 +74,7 @@ std::string outsideMap(const Property& property, const VARIANT& value)
     return words.empty() ? std::string() : toUtf8(text) + " is not in its ValueMap: " + list;
 }
 
-// What the class states against a value of a property. Arrays and "no value" have no limits.
+// The limit of the property that the value violates; empty if none. Arrays and null values have no limits.
 std::string objectionTo(const Property& property, const VARIANT& value)
 {
     if (value.vt == VT_NULL || value.vt == VT_EMPTY || (value.vt & VT_ARRAY) != 0) {
@@ -113,7 +114,7 @@ std::string refusedArguments(const ClassDefinition& parameters, const std::vecto
 {
     std::string sentences;
     for (const Assignment& argument : arguments) {
-        // One that the method does not have was refused for that.
+        // The method may not have the parameter; that was reported before.
         if (const Property* property = parameters.findProperty(argument.first)) {
             add(sentences, *property, objectionTo(*property, valueOfText(*property, argument.second).get()));
         }

@@ -14,7 +14,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// What many requests came to.
+// The totals of many requests.
 struct Tally
 {
     std::mutex mutex;
@@ -51,7 +51,7 @@ std::string milliseconds(Clock::duration duration)
     return std::to_string(micro / 1000) + "." + std::to_string(micro / 100 % 10) + " ms";
 }
 
-// Sends the request `repeat` times on each of `threads` threads, one at a time per thread.
+// Sends the request `repeat` times, one after the other, on each of `threads` threads.
 int runMany(const CommandOptions& options, const std::function<void()>& request)
 {
     Tally tally;

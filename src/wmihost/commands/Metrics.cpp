@@ -41,7 +41,7 @@ std::vector<MetricFamily> readMachine(Connection& connection, const Targets& tar
     return machineMetrics({rows(targets.ports), rows(targets.statistics), rows(targets.endpoints), rows(targets.jobs)});
 }
 
-// Reads the machine once; the failure, if there was one.
+// Reads the machine once. Returns the failure, if there was one.
 std::exception_ptr read(Exposition& exposition, Connection& connection, const Targets& targets,
                         const CommandOptions& options)
 {
@@ -65,7 +65,7 @@ void write(const Exposition& exposition, const CommandOptions& options)
     }
 }
 
-// One line for a failure after which the command goes on.
+// Writes a line about a failure after which the command goes on.
 void report(const std::exception_ptr& failure)
 {
     try {
@@ -107,7 +107,7 @@ int runMetrics(Connection& connection, const CommandOptions& options)
         if (done == count) {
             return failure ? 1 : 0;
         }
-        // What was missed, while the machine slept or the provider was slow, is not made up for.
+        // Readings that were missed, because the machine slept or the provider was slow, are skipped.
         due = std::max(due + options.every, Clock::now());
         std::this_thread::sleep_until(due);
     }

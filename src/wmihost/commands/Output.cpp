@@ -24,7 +24,7 @@ namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-// What a line of a table says of an instance at a glance; classes that are not named here show everything.
+// The properties that a line of a table shows by default. Classes that are not listed here show all of theirs.
 const std::map<std::wstring, std::vector<std::wstring>>& glances()
 {
     static const std::map<std::wstring, std::vector<std::wstring>> columns{
@@ -41,7 +41,7 @@ const std::map<std::wstring, std::vector<std::wstring>>& glances()
     return columns;
 }
 
-// What is the same on every line and tells nothing.
+// Whether the property is the same on every line and so is not worth showing.
 bool isDull(const Property& property)
 {
     static const std::set<std::wstring> dull{L"SystemCreationClassName", L"SystemName", L"CreationClassName"};
@@ -91,7 +91,7 @@ Rows rowsOf(const Objects& objects, const std::vector<const Property*>& properti
     return rows;
 }
 
-// The columns that tell the rows apart: the first one where its values differ, else the keys.
+// The columns that identify the rows: the first one if its values are unique, otherwise the keys.
 std::vector<bool> identifying(const std::vector<const Property*>& properties, const Rows& rows)
 {
     std::set<std::string> values;
@@ -114,7 +114,7 @@ Table::Long longTextsOf(const Property& property, bool identifies)
     return identifies || property.isKey() ? Table::Long::whole : Table::Long::cut;
 }
 
-// A reference that does not fit loses first what says nothing.
+// Removes the dull keys from references.
 void shortenReferences(const std::vector<const Property*>& properties, Rows& rows)
 {
     for (auto& row : rows) {

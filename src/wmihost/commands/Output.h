@@ -6,8 +6,9 @@
 
 namespace wmihost {
 
-// Writes objects of one class to standard output in the chosen format: a table with a line an object, a JSON
-// array, MOF, or CSV with the names in the first record. Columns that do not fit the line are named on standard error.
+// Writes objects of one class to standard output in the chosen format: a table with a line for each object, a JSON
+// array, MOF, or CSV with the names in the first record. Standard error gets the names of columns that do not fit the
+// line.
 void writeObjects(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options);
 
 // An object of that class for programs: its class, its path and the properties to show.
@@ -16,10 +17,10 @@ Json objectJson(IWbemClassObject& object, const ClassDefinition& definition, con
 // Writes the names and descriptions of classes to standard output, or their definitions as MOF.
 void writeClassList(const std::vector<ClassTarget>& classes, const CommandOptions& options);
 
-// Writes one object: a line a property, a JSON object, MOF, or two records of CSV.
+// Writes one object: a line for each property, a JSON object, MOF, or two records of CSV.
 void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options);
 
-// The columns of a table with a line a property: its name under the given heading, and its value.
+// The columns of a table with a line for each property: its name, under the given heading, and its value.
 std::vector<Table::Column> detailColumns(const std::string& name);
 
 // The record of an object in a CSV file.
@@ -33,11 +34,11 @@ std::string mofOf(IWbemClassObject& object);
 // A property for people with both its value and the word for it: "2 (Enabled)".
 std::string valueAndWord(const Property& property, const VARIANT& value);
 
-// The properties to show: those the user chose, else all. Throws RequestError for an unknown name.
+// The properties to show: the user's choice, or all. Throws RequestError for an unknown name.
 std::vector<const Property*> shownProperties(const ClassDefinition& definition, const CommandOptions& options);
 
-// Throws RequestError for a property that the user chose or sets a condition for and that the class does not have, and
-// wql::QueryError for a condition that does not fit its property: a slip must not cost a request.
+// Checks the user's properties and conditions before any request is made. Throws RequestError if the class does not
+// have a property, and wql::QueryError if a condition does not fit its property.
 void checkNames(const ClassDefinition& definition, const CommandOptions& options);
 
 }  // namespace wmihost

@@ -19,7 +19,7 @@
 namespace wmihost {
 namespace {
 
-// The class whose instances are the definitions of classes.
+// The instances of this class are the definitions of classes.
 constexpr std::wstring_view metaClass = L"meta_class";
 
 bool sameClass(const ClassTarget& left, const ClassTarget& right)
@@ -85,7 +85,7 @@ void writeCsv(const std::vector<FoundObject>& found)
     writeOut(text);
 }
 
-// One list for programs; for people a table of each class below its name.
+// Programs get one list; people get a table for each class below its name.
 void writeFound(const std::vector<FoundObject>& found, const CommandOptions& options)
 {
     if (options.format == Format::json) {
@@ -119,7 +119,7 @@ void reportIfEmpty(bool isEmpty, const CommandOptions& options)
     }
 }
 
-// The objects with their own classes, which may be derived from the one that the query named.
+// The objects with their classes, which may be derived from the class in the query.
 std::vector<FoundObject> withClasses(const Connection& connection, const Objects& objects,
                                      const std::wstring& nameSpace)
 {
@@ -130,7 +130,7 @@ std::vector<FoundObject> withClasses(const Connection& connection, const Objects
     return found;
 }
 
-// What the query brings: from the machine's WMI if it is to answer, else found here.
+// The result of the query. The machine's WMI answers it unless `local` is true; otherwise it is evaluated here.
 Objects select(Connection& connection, const wql::SelectQuery& query, const ClassTarget& target,
                const std::string& text, bool local, const CommandOptions& options)
 {
@@ -140,7 +140,7 @@ Objects select(Connection& connection, const wql::SelectQuery& query, const Clas
                 return std::move(*answer);
             }
         } catch (const RequestError& error) {
-            // WMI does not say what it finds wrong; the check here may.
+            // WMI does not say what is wrong with the query; this check may find it.
             if (query.where && error.status() == code(WBEM_E_INVALID_QUERY)) {
                 wql::checkCondition(*query.where, *target.definition);
             }
@@ -259,7 +259,7 @@ int runQuery(Connection& connection, const std::string& text, bool local, const 
 int runRelated(Connection& connection, const std::string& path, const RelatedOptions& related, bool local,
                const CommandOptions& options)
 {
-    // WMI reads a path in its own form alone: between double quotes and with the names of all keys.
+    // WMI only accepts paths in its own form, with double quotes and the names of all keys.
     const ObjectPath parsed = ObjectPath::parse(toWide(path));
     const std::wstring relative =
         parsed.isInstance() ? ObjectPath::parse(connection.findInstance(toWide(path), options.nameSpace).path).relative

@@ -24,7 +24,7 @@ bool isAssociation(const ClassDefinition& definition)
            std::any_of(definition.properties.begin(), definition.properties.end(), isReference);
 }
 
-// An empty name asks for nothing, here and below.
+// Here and below, an empty name is no restriction.
 bool inherits(const ClassDefinition& definition, const std::wstring& className)
 {
     return className.empty() || definition.inheritsFrom(className);
@@ -65,7 +65,7 @@ bool isResult(const ClassDefinition& definition, const wql::RelatedQuery& query)
     return inherits(definition, query.resultClass) && carries(definition, query.requiredQualifier);
 }
 
-// Whether the reference may lead to objects of that class, in the role that the query asks for.
+// Whether the reference may lead to objects of that class and has the role that the query asks for.
 bool mayLeadTo(const Property& property, const ClassDefinition& definition, const wql::RelatedQuery& query)
 {
     return isReference(property) && plays(property, query.role) && inherits(definition, property.className);
@@ -93,7 +93,7 @@ ObjectPath parsed(const std::wstring& reference)
     }
 }
 
-// An object with the values of its keys and no others.
+// A copy of the object with only the values of its keys.
 ComPtr<IWbemClassObject> withKeysAlone(IWbemClassObject& object, const ClassTarget& target)
 {
     InstanceData data(target.definition);
@@ -154,7 +154,7 @@ private:
         }
     }
 
-    // A reference without a namespace leads to the one of its association.
+    // A reference without a namespace refers to the namespace of its association.
     bool leadsToSource(const std::wstring& reference, const std::wstring& home) const
     {
         if (reference.empty()) {
@@ -167,7 +167,7 @@ private:
         const InstanceTarget end = m_connection.findInstance(reference, home);
         const ClassDefinition& source = *m_source.target.definition;
         const ClassDefinition& other = *end.target.definition;
-        // The path of an instance may name a class that its own is derived from.
+        // The path of an instance may name a base class of its own class.
         return (source.inheritsFrom(other.name) || other.inheritsFrom(source.name)) &&
                keysOf(ObjectPath::parse(end.path)) == keysOf(m_path);
     }
@@ -183,7 +183,7 @@ private:
             if (!isResult(*end.target.definition, m_query)) {
                 continue;
             }
-            // An association may outlive the instance it leads to.
+            // An association may outlive the instance that it refers to.
             if (const auto object = getIfPresent(m_connection, end, m_options)) {
                 add(object, end.target);
             }

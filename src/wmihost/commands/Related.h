@@ -14,14 +14,14 @@ struct FoundObject
     ClassTarget target;
 };
 
-// What ASSOCIATORS OF or REFERENCES OF finds around an instance, by reading one class of associations after the other:
-// an object comes as often as associations lead to it. With KEYSONLY the objects have their keys alone. Throws
-// RequestError, also if there is no such instance or class, and PathError.
+// The result of ASSOCIATORS OF or REFERENCES OF for an instance. It reads one class of associations after the other; an
+// object appears once for each association that leads to it. With KEYSONLY the objects only have their keys. Throws
+// RequestError, also if the instance or a class does not exist, and PathError.
 std::vector<FoundObject> findRelated(Connection& connection, const wql::RelatedQuery& query,
                                      const CommandOptions& options);
 
-// The same for a class (SchemaOnly): the classes that the declarations of associations lead to, or with REFERENCES OF
-// the associations, each once. Throws RequestError if there is no such class, and PathError.
+// The same for a class (SchemaOnly): the classes that the declarations of associations lead to, or the associations for
+// REFERENCES OF, each once. Throws RequestError if the class does not exist, and PathError.
 std::vector<ClassTarget> findRelatedClasses(const Connection& connection, const wql::RelatedQuery& query,
                                             const CommandOptions& options);
 

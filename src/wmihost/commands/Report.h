@@ -6,10 +6,11 @@
 
 namespace wmihost {
 
-// Hints and progress: on standard error, unless the user asked for quiet.
+// Writes a hint or progress to standard error, unless the user wants quiet.
 void writeHint(const CommandOptions& options, std::string_view text);
 
-// A remark on the result: beside a table on standard output; on standard error where that holds data for programs.
+// Writes a remark on the result: to standard output below a table, to standard error if the result is data for
+// programs.
 void writeRemark(const CommandOptions& options, std::string_view text);
 
 }  // namespace wmihost

@@ -19,7 +19,7 @@
 namespace wmihost {
 namespace {
 
-// Below this, an enumeration is over before anybody could read how far it is.
+// An enumeration of fewer objects ends before anybody could read its progress.
 constexpr unsigned worthReporting = 20;
 
 void reportProgress(Progress progress)
@@ -74,7 +74,7 @@ void checkCall(HRESULT result, const std::string& what)
     }
 }
 
-// The text with numbers in place of words of the property's value map.
+// The text, with the words of the property's value map replaced by their numbers.
 std::wstring withoutWords(const Property& property, const std::wstring& text)
 {
     if (const auto value = valueForWord(property.qualifiers, text)) {
@@ -93,7 +93,7 @@ std::wstring withoutWords(const Property& property, const std::wstring& text)
     return result;
 }
 
-// The end of a complaint about a value: the words that the value map has, and the one that is most like the text.
+// The end of an error message about a value: the words of the value map, and the most similar one.
 std::string wordsOf(const Qualifiers& qualifiers, const std::wstring& text)
 {
     std::string list;
@@ -115,7 +115,7 @@ Objects enumerateInstances(Connection& connection, const ClassTarget& target, co
     }
     const std::vector<ClassTarget> derived = connection.derivedClasses(target);
     Objects objects;
-    // A class without a provider is asked for only where nobody else could answer, and fails.
+    // A request for a class without a provider fails. It is made only if no derived class can answer.
     if (derived.empty() || connection.hasProvider(target)) {
         objects = enumerate(connection, target, request);
     }
@@ -171,7 +171,7 @@ void deleteInstance(Connection& connection, const InstanceTarget& instance, cons
 ComPtr<IWbemClassObject> invokeMethod(Connection& connection, const InstanceTarget& instance, const Method& method,
                                       const std::vector<Assignment>& arguments, const CommandOptions& options)
 {
-    // WMI hands the provider a null object when the client gave none or the method takes none, and so does this.
+    // If the client gives no object or the method takes none, WMI hands the provider a null pointer, and so does this.
     ComPtr<IWbemClassObject> in;
     if (method.in && !arguments.empty()) {
         in = connection.makeArguments(instance.target, method);

@@ -9,14 +9,14 @@ namespace wmihost {
 
 using Objects = std::vector<ComPtr<IWbemClassObject>>;
 
-// The requests of the commands. They throw RequestError for every status that is no success.
+// The requests of the commands. They throw RequestError for every status that is not a success.
 
 // The instances of the class and of those derived from it. Shows the provider's progress reports on standard error if
 // that is a terminal.
 Objects enumerateInstances(Connection& connection, const ClassTarget& target, const CommandOptions& options);
 // The instances of exactly that class.
 Objects enumerateExactly(Connection& connection, const ClassTarget& target, const CommandOptions& options);
-// What the machine's WMI answers to a query; nothing where the provider in this process is asked.
+// The answer of the machine's WMI to a query. Nothing if the connection leads to the provider in this process.
 std::optional<Objects> queryService(Connection& connection, const std::wstring& nameSpace, const std::string& text,
                                     const CommandOptions& options);
 ComPtr<IWbemClassObject> getInstance(Connection& connection, const InstanceTarget& instance,
@@ -31,23 +31,23 @@ void deleteInstance(Connection& connection, const InstanceTarget& instance, cons
 ComPtr<IWbemClassObject> invokeMethod(Connection& connection, const InstanceTarget& instance, const Method& method,
                                       const std::vector<Assignment>& arguments, const CommandOptions& options);
 
-// What a user's text means for a property: `null` is no value, and a word of the property's value map is the number
-// that it stands for. Throws UsageError for a text that does not fit.
+// The value of a property that a user's text spells. `null` is the null value; a word of the property's value map is
+// its number. Throws UsageError for a text that does not fit.
 Variant valueOfText(const Property& property, const std::wstring& text);
 
-// Sets a property of an object to what the text means. Throws as valueOfText does, and RequestError for a property that
-// does not exist.
+// Sets a property of an object to the value that the text spells. Throws as valueOfText does, and RequestError for a
+// property that does not exist.
 void assign(IWbemClassObject& object, const ClassDefinition& definition, const Assignment& assignment);
 
 // The property of that name or heading, or one of the system properties. Throws RequestError with
 // WBEM_E_INVALID_PROPERTY.
 const Property& propertyOf(const ClassDefinition& definition, std::wstring_view name);
 
-// The properties of the class whose names fit a pattern with * and ?; of a name without these the one that propertyOf
-// has. Throws RequestError with WBEM_E_INVALID_PROPERTY if there is none.
+// The properties of the class whose names match a pattern with * and ?. A name without these gives the result of
+// propertyOf. Throws RequestError with WBEM_E_INVALID_PROPERTY if there is none.
 std::vector<const Property*> propertiesNamed(const ClassDefinition& definition, std::wstring_view pattern);
 
-// Keeps the objects for which all conditions of the options hold. The conditions have been checked.
+// Keeps the objects for which all conditions of the options hold. The conditions must have been checked.
 void applyConditions(Objects& objects, const ClassDefinition& definition, const CommandOptions& options);
 
 }  // namespace wmihost

@@ -12,15 +12,15 @@
 namespace wmihost {
 namespace {
 
-// A step of the tour that did not come out as it should; what() says how.
+// A failed step of the tour; what() says what went wrong.
 class StepFailure : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// The tour: one request of each kind, each building on the one before it. It changes nothing that lasts:
-// the setting is put back as it was read, and the job that the method starts is deleted.
+// The tour makes one request of each kind; each builds on the previous one. It leaves no changes: it puts the setting
+// back as it was read, and deletes the job that the method starts.
 class Tour
 {
 public:

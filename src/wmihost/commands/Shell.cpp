@@ -10,7 +10,7 @@
 namespace wmihost {
 namespace {
 
-// The text in quotes that begin at that place, which moves behind them.
+// The text between the quotes at that place. Moves the place behind them.
 std::string quotedPart(std::string_view line, std::size_t& at)
 {
     const char quote = line[at++];
@@ -33,7 +33,7 @@ bool isBlank(char c)
     return c == ' ' || c == '\t' || c == '\r';
 }
 
-// Lines may be copied from a document, with the name of the program before them.
+// A line that was copied from a document may begin with the name of the program.
 void dropProgramName(std::vector<std::string>& words)
 {
     if (!words.empty() && words.front() == "wmihost") {
@@ -83,7 +83,7 @@ int runShell(const std::function<int(const std::vector<std::string>&)>& runComma
 {
     int last = 0;
     while (true) {
-        // Ctrl+C ends the line or the command, not the shell and the jobs in it.
+        // Ctrl+C ends the line or the command, but neither the shell nor the jobs in it.
         const InterruptGuard guard;
         const auto line = readLine("wmihost> ");
         if (!line) {

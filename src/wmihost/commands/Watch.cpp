@@ -29,7 +29,7 @@ struct Sample
     std::vector<unsigned long long> counters;
 };
 
-// The properties that a class declares as counters; of a class that declares none, the numbers that the user names.
+// The counters that a class declares. If it declares none, the numeric properties that the user names.
 std::vector<const Property*> countersOf(const ClassDefinition& definition, const CommandOptions& options)
 {
     const auto isCounter = [](const Property& p) { return hasQualifier(p.qualifiers, L"Counter"); };
@@ -43,7 +43,7 @@ std::vector<const Property*> countersOf(const ClassDefinition& definition, const
     return result;
 }
 
-// The values of the keys that the class does not fix; the path where the class does not say which are its keys.
+// The values of the keys that differ between instances. The path, if the class does not say which properties are keys.
 std::string labelOf(IWbemClassObject& object, const ClassDefinition& definition)
 {
     std::string label;
@@ -78,13 +78,13 @@ std::string unitOf(const Property& counter)
     return sameName(units, L"Bytes") ? "B/s" : "/s";
 }
 
-// A counter that runs backwards was reset; it has no rate then.
+// A counter that runs backwards was reset, and has no rate.
 double rateOf(unsigned long long before, unsigned long long now, double seconds)
 {
     return now < before ? 0 : static_cast<double>(now - before) / seconds;
 }
 
-// The rate of the first counter, compared with the fastest instance. Empty when nothing moves.
+// A bar for the rate of the first counter, relative to the fastest instance. Empty if nothing moves.
 std::string barOf(double rate, double fastest)
 {
     const double share = fastest > 0 ? rate / fastest : 0;
@@ -108,7 +108,7 @@ std::vector<Rates> ratesOf(const std::vector<Sample>& before, const std::vector<
     std::vector<Rates> result;
     for (const Sample& sample : now) {
         const auto found = earlier.find(sample.path);
-        // An instance that has just come is compared with itself: no rate yet.
+        // A new instance is compared with itself, so its rate is 0.
         const Sample& old = found == earlier.end() ? sample : *found->second;
         Rates rates{sample.label, {}};
         for (std::size_t i = 0; i < sample.counters.size(); ++i) {
@@ -180,7 +180,7 @@ std::string render(const std::vector<Rates>& instances, const std::vector<const 
     const std::size_t room = roomFor(instances.size(), height);
     Table table = tableOf(instances, room, counters, true);
     if (table.hiddenColumns(width).size() >= counters.size()) {
-        // One counter says more than the bar alone.
+        // Another counter is more useful than the bar.
         table = tableOf(instances, room, counters, false);
     }
     return table.render(width) + leftOutText(instances.size() - room, table.hiddenColumns(width).size());

@@ -9,14 +9,14 @@
 
 namespace wmihost {
 
-// What a collector is shown: the metrics of the last good reading of this process, how the latest reading went, how
-// long it took, and when the last good one was. Used by one thread at a time.
+// The text for a collector: the metrics of the last successful reading and its time, and the outcome and duration of
+// the latest reading. Used by one thread at a time.
 class Exposition
 {
 public:
     void succeeded(std::vector<MetricFamily> metrics, std::chrono::duration<double> took,
                    std::chrono::system_clock::time_point when);
-    // The metrics of the last good reading stay.
+    // Keeps the metrics of the last successful reading.
     void failed(std::chrono::duration<double> took);
 
     // In Prometheus' text format. At least one reading must have been reported.

@@ -36,7 +36,7 @@ std::optional<unsigned long long> number(IWbemClassObject& row, std::wstring_vie
     return parseUnsigned(textOf(row, property));
 }
 
-// What the MOF says about a property, and what the metric makes of it.
+// The description of a property in the MOF, followed by a remark on the metric.
 std::string helpOf(const ClassDefinition& definition, std::wstring_view property, const std::string& remark = "")
 {
     const Property* found = definition.findProperty(property);
@@ -57,7 +57,7 @@ std::string guidIn(const std::string& key)
     return open == std::string::npos || close == std::string::npos ? "" : key.substr(open, close - open + 1);
 }
 
-// A gauge of each port: what `read` makes of the row, if anything.
+// A gauge with a sample for each port. `read` returns its value, or nothing.
 template <class Read>
 MetricFamily portGauge(const ClassRows& ports, const std::string& name, const std::string& help, Read read)
 {
@@ -89,7 +89,7 @@ std::optional<double> isUp(IWbemClassObject& port)
     return state ? std::optional<double>(*state == enabled ? 1 : 0) : std::nullopt;
 }
 
-// A port that is switched off, or in test, does not show whether it has a link.
+// The carrier of a port that is switched off or in test is unknown.
 std::optional<double> hasCarrier(IWbemClassObject& port)
 {
     const auto state = number(port, L"EnabledState");
@@ -157,7 +157,8 @@ void addCounters(std::vector<MetricFamily>& families, const ClassRows& statistic
     }
 }
 
-// Addresses that a machine makes up anew every day would make a new series each time: they are counted, not named.
+// Temporary addresses, which a machine renews every day, would each make a new series. So they are counted and not
+// named.
 bool changesOften(IWbemClassObject& endpoint)
 {
     const auto origin = number(endpoint, L"AddressOrigin");
@@ -213,7 +214,7 @@ MetricFamily jobCount(const ClassRows& jobs, const std::string& name, const std:
 std::string counterName(const Property& property)
 {
     std::vector<std::string> words = wordsOf(toUtf8(property.name));
-    // What every counter's name ends in.
+    // The name of every counter ends in this word.
     std::erase(words, "total");
     for (const std::string& unit : wordsOf(toUtf8(qualifierText(property.qualifiers, L"Units")))) {
         if (std::erase(words, unit) > 0 || unit == "bytes") {

@@ -8,14 +8,14 @@
 
 namespace wmihost {
 
-// The instances of one class, as the provider delivered them.
+// The instances of one class that the provider delivered.
 struct ClassRows
 {
     ClassPointer definition;
     std::vector<ComPtr<IWbemClassObject>> objects;
 };
 
-// What one reading of the machine delivered.
+// The result of one reading of the machine.
 struct MachineRows
 {
     ClassRows ports;
@@ -24,12 +24,12 @@ struct MachineRows
     ClassRows jobs;
 };
 
-// The metrics of a machine. The GUID of its adapter identifies every series of a port; zerix_port_info has the texts
-// that people know a port by. Every property that the MOF qualifies as a counter becomes a counter. HELP is the
-// description in the MOF. A value that the provider does not know has no sample.
+// The metrics of a machine. The adapter's GUID identifies the series of a port; zerix_port_info has the names that
+// people use for it. Every property with the MOF's qualifier for counters becomes a counter. HELP is the description in
+// the MOF. A null value has no sample.
 std::vector<MetricFamily> machineMetrics(const MachineRows& rows);
 
-// The name of the metric of a counter: "BytesReceived" in "Bytes" is "zerix_port_received_bytes_total".
+// The metric's name for a counter: "BytesReceived" in "Bytes" gives "zerix_port_received_bytes_total".
 std::string counterName(const Property& property);
 
 }  // namespace wmihost

@@ -37,7 +37,7 @@ DWORD write(const std::filesystem::path& file, std::string_view text)
     return ERROR_SUCCESS;
 }
 
-// A reader that does not share the file's deletion makes the platform refuse with either of these.
+// While a reader has opened the file without sharing its deletion, the platform refuses with one of these errors.
 bool isHeldByReader(DWORD error)
 {
     return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;

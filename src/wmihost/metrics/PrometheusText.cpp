@@ -5,15 +5,15 @@
 #include <cstddef>
 #include <set>
 
-// Written by hand: Debian's only C++ library of this format (prometheus-cpp) is compiled for Linux and comes without
-// its sources, so a cross build cannot link it; and the format is small.
+// The format is small, and no library fits: Debian's only C++ library for it (prometheus-cpp) is compiled for Linux and
+// comes without its sources, so that a cross build cannot link it.
 
 namespace wmihost {
 namespace {
 
 constexpr std::size_t longestLabelValue = 256;
 
-// The bytes of a UTF-8 text up to a length, without a part of a character at the end.
+// The beginning of a UTF-8 text up to a length in bytes. Does not cut through a character.
 std::string cut(const std::string& text, std::size_t length)
 {
     if (text.size() <= length) {
@@ -27,7 +27,7 @@ std::string cut(const std::string& text, std::size_t length)
     return text.substr(0, length);
 }
 
-// The format escapes backslashes and line feeds everywhere, and quotation marks in label values alone.
+// The format escapes backslashes and line feeds everywhere, but quotation marks only in label values.
 std::string escaped(const std::string& text, bool quoted)
 {
     constexpr unsigned char firstPrintable = 0x20;
@@ -54,7 +54,7 @@ std::string labelText(const Labels& labels)
     return text.empty() ? text : text + "}";
 }
 
-// As many digits as it takes to read the same number again, and no exponent.
+// The fewest digits that give the same number again, without an exponent.
 std::string numberText(double value)
 {
     std::array<char, 512> digits{};

@@ -36,7 +36,7 @@ Type scalarType(const Node& node)
     if (embeddedNode != nullptr) {
         return {CIM_OBJECT, nameIn<type_name>(*embeddedNode)};
     }
-    // A class as a type is an embedded object of that class.
+    // A class that stands as a type means an embedded object of that class.
     return info == nullptr ? Type{CIM_OBJECT, nameOf(typeNode)} : Type{info->type, std::wstring()};
 }
 
@@ -105,7 +105,7 @@ private:
         return found == nullptr ? m_context.nameSpace() : *found;
     }
 
-    // What a property takes over from the one of the superclass that it overrides.
+    // Copies into a property what it inherits from the overridden property of the superclass.
     static void inherit(Property& result, const Property& inherited, const Node& nameNode)
     {
         if (inherited.local) {
@@ -116,7 +116,8 @@ private:
         }
         result.origin = inherited.origin;
         result.defaultValue = inherited.defaultValue;
-        // The first qualifier names the type, and a reference may be to a class derived from the inherited one's.
+        // The first qualifier names the type. It is not inherited, since a reference may be restricted to a derived
+        // class.
         for (const Qualifier& qualifier : inherited.qualifiers) {
             if (!sameName(qualifier.name, L"CIMTYPE")) {
                 result.qualifiers.push_back(qualifier);
@@ -125,7 +126,7 @@ private:
         result.overridden = std::make_shared<const Property>(inherited);
     }
 
-    // EmbeddedInstance names a class by a text.
+    // The qualifier EmbeddedInstance names a class by a text.
     void checkEmbeddedClass(const Node& node, const Property& property)
     {
         const Qualifier* found = findQualifier(property.qualifiers, L"EmbeddedInstance");
@@ -226,7 +227,7 @@ private:
         }
     }
 
-    // A parameter that says nothing is an input, and gets the qualifier that says so.
+    // A parameter without In and Out is an input and gets the qualifier In.
     bool isInput(Property& parameter, bool isOut) const
     {
         if (findQualifier(parameter.qualifiers, L"in") != nullptr) {

@@ -19,7 +19,7 @@ std::string asText(const std::filesystem::path& path)
     return toUtf8(path.wstring());
 }
 
-// One file has many names: "a.mof", "sub/../A.mof".
+// The same for all names of a file, such as "a.mof" and "sub/../A.mof".
 std::wstring identityOf(const std::filesystem::path& file)
 {
     return foldName(file.lexically_normal().wstring());
@@ -30,7 +30,7 @@ class MofCompiler
 public:
     explicit MofCompiler(ClassRepository& repository) : m_context(repository) {}
 
-    // Checks DSP0004's rules, too.
+    // From now on the rules of DSP0004 are checked as well.
     void enableStrictRules() { m_context.strict.enable(m_context.qualifiers); }
     const std::vector<std::string>& violations() const { return m_context.strict.violations(); }
 

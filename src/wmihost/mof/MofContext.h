@@ -10,7 +10,7 @@
 
 namespace wmihost::mof {
 
-// What an alias of a text stands for: an instance or a class.
+// The meaning of an alias: an instance or a class.
 struct Alias
 {
     std::wstring path;  // empty for an instance of a class without keys
@@ -18,14 +18,14 @@ struct Alias
     ClassPointer definition;  // null for an instance
 };
 
-// What #pragma classflags or instanceflags demands of what exists already.
+// How #pragma classflags or instanceflags treats classes or instances that exist already.
 struct UpdateRule
 {
     bool createOnly = false;
     bool updateOnly = false;
 };
 
-// What the statements of one compilation share.
+// The state that the statements of one compilation share.
 class Context
 {
 public:
@@ -34,8 +34,8 @@ public:
     // The namespace of the last #pragma namespace; root\default before the first.
     Namespace& nameSpace();
 
-    // The class that the node names in the current namespace. Throws MofError if it is not declared; `role` is what
-    // the message calls it.
+    // The class that the node names in the current namespace. Throws MofError if it is not declared; `role` is its
+    // description in the message.
     ClassPointer requiredClass(const Node& nameNode, std::string_view role);
 
     // Remembers what an alias stands for. Throws MofError if the text defined it already.

@@ -6,8 +6,8 @@
 #include <tao/pegtl/contrib/limit_depth.hpp>
 #include <tao/pegtl/contrib/parse_tree.hpp>
 
-// The grammar of MOF text. Each rule that stands behind a must<> has a message in MofMessages.h, which says what
-// was expected at the place where the rule did not match.
+// The grammar of MOF text. Each rule in a must<> has a message in MofMessages.h, which says what was expected where the
+// rule did not match.
 
 namespace wmihost::mof {
 
@@ -44,7 +44,7 @@ struct kw_qualifier : keyword<TAO_PEGTL_ISTRING("qualifier")> {};
 struct kw_scope : keyword<TAO_PEGTL_ISTRING("scope")> {};
 struct kw_flavor : keyword<TAO_PEGTL_ISTRING("flavor")> {};
 
-// Texts. Neighbouring pieces are one text.
+// Texts. Adjacent pieces form one text.
 struct escape_code : p::sor<p::one<'b', 't', 'n', 'f', 'r', '"', '\'', '\\'>,
                             p::seq<p::one<'x', 'X'>, p::rep_min_max<1, 4, p::xdigit>>> {};
 struct escape : p::seq<p::one<'\\'>, p::must<escape_code>> {};
@@ -75,7 +75,7 @@ struct decimal : p::seq<sign, p::plus<p::digit>, number_end> {};
 
 struct alias : p::seq<p::one<'$'>, identifier> {};
 
-// An instance that is the value of a property. Its assignments hold values again.
+// An instance that is the value of a property. Its assignments contain values in turn.
 struct assignment;
 struct class_name : identifier {};
 struct instance_alias : p::seq<p::one<'$'>, identifier> {};

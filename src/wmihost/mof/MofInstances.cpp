@@ -27,7 +27,7 @@ const VARIANT& nameValue(const InstanceData& instance)
 
 void InstanceDeclarations::declare(const Node& node, const Node* qualifiers)
 {
-    // The qualifiers of an instance follow from its class; those that stand here must at least be sound.
+    // The qualifiers of an instance follow from its class. Those in the text are only checked.
     m_context.qualifiers.read(qualifiers);
     if (const Node* alias = undefinedAlias(m_context, node)) {
         m_postponed.push_back({&node, alias, &m_context.nameSpace()});
@@ -36,7 +36,7 @@ void InstanceDeclarations::declare(const Node& node, const Node* qualifiers)
     }
 }
 
-// Instances may wait for each other. Once no round gets any further, an alias is missing for good.
+// Instances may wait for each other. If a round declares none, an alias is missing.
 void InstanceDeclarations::declarePostponed()
 {
     Namespace* const current = m_context.current;
@@ -60,7 +60,7 @@ void InstanceDeclarations::declareNow(const Node& node)
     const Node& classNode = *childOf<class_name>(node);
     const ClassDefinition& definition = *instance.definition;
     const std::wstring path = relativePath(definition, instance.values).value_or(std::wstring());
-    // An instance of a class without keys can only be the value of a property, by its alias.
+    // An instance of a class without keys can only be used through its alias, as the value of a property.
     if (path.empty() && hasKeys(definition)) {
         fail(classNode, "an instance of " + inQuotes(definition.name) + " needs a value for each of its keys");
     }
@@ -75,7 +75,7 @@ void InstanceDeclarations::add(const Node& node, InstanceData instance, const st
 {
     Namespace& target = m_context.nameSpace();
     if (sameName(instance.definition->name, L"__NAMESPACE")) {
-        // An instance of the namespace class makes that namespace.
+        // An instance of __NAMESPACE creates that namespace.
         m_context.repository.openNamespace(target.name() + L"\\" + scalarText(nameValue(instance), CIM_STRING));
         return;
     }

@@ -6,7 +6,7 @@
 
 namespace wmihost::mof {
 
-// The instances of a text. One that uses an alias which stands further down waits until the text is read.
+// The instances of a text. One that uses an alias defined further down is postponed until the whole text is read.
 class InstanceDeclarations
 {
 public:
@@ -16,7 +16,7 @@ public:
     // be null. The node must live until then. Throws MofError.
     void declare(const Node& node, const Node* qualifiers);
 
-    // Adds what waits. Throws MofError for an alias that nothing defines.
+    // Adds the postponed instances. Throws MofError for an undefined alias.
     void declarePostponed();
 
 private:

@@ -55,7 +55,7 @@ wchar_t characterOf(const Node& node)
     return text[1] == L'\\' ? escaped(text, place) : text[1];
 }
 
-// The digits of an integer without its sign and the marks of its notation, and their base.
+// The digits of an integer without the sign and the marks of its notation, and the base.
 struct Digits
 {
     std::string_view text;
@@ -86,7 +86,7 @@ unsigned signedBits(CIMTYPE type)
     return found == widths.end() ? 0 : found->bits;
 }
 
-// An integer of any notation in decimal. One that no type holds stays as it is written.
+// An integer of any notation in decimal. A number that no type can hold stays as it is written.
 std::wstring decimalText(const Node& node, CIMTYPE type)
 {
     std::string_view text = node.string_view();

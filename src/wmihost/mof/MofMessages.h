@@ -2,7 +2,7 @@
 
 #include "wmihost/mof/MofGrammar.h"
 
-// What the compiler says where the text does not go on as the grammar demands.
+// The compiler's messages for texts that do not follow the grammar.
 
 namespace wmihost::mof {
 
@@ -101,7 +101,7 @@ struct Messages
 {
     template <class Rule>
     static constexpr const char* message = mof::message<Rule>;
-    // A rule fails quietly wherever an alternative is left; only a must<> speaks.
+    // A rule fails without a message while there is an alternative; only a must<> reports one.
     template <class Rule>
     static constexpr bool raise_on_failure = false;
 };

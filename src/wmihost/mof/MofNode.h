@@ -5,7 +5,7 @@
 
 #include "wmihost/mof/MofGrammar.h"
 
-// What everything that reads the parse tree of a MOF text needs.
+// Helpers for reading the parse tree of a MOF text.
 
 namespace wmihost::mof {
 
@@ -25,7 +25,7 @@ std::string inQuotes(const Node& name);
 // The text of a node.
 std::wstring nameOf(const Node& node);
 
-// The first child that the rule made; null if there is none.
+// The first child of that rule; null if there is none.
 template <class Rule>
 const Node* childOf(const Node& node)
 {

@@ -51,7 +51,7 @@ void changeNamespace(Context& context, const Node& node)
     context.current = &context.repository.openNamespace(textOf(*argument));
 }
 
-// One text may hold several flags: "updateonly, forceupdate".
+// A text may contain several flags: "updateonly, forceupdate".
 UpdateRule updateRule(const Node& node, std::initializer_list<std::wstring_view> known)
 {
     UpdateRule rule;
@@ -84,7 +84,7 @@ void setInstanceFlags(Context& context, const Node& node)
     context.instanceRule = updateRule(node, {L"createonly", L"updateonly"});
 }
 
-// Whether the pragma's second argument says that nothing need be there to delete.
+// Whether the pragma's second argument allows that there is nothing to delete.
 bool mayBeMissing(const std::vector<Argument>& arguments)
 {
     if (arguments.size() < 2 || sameName(arguments[1].text, L"fail")) {

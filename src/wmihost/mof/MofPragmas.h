@@ -4,8 +4,7 @@
 
 namespace wmihost::mof {
 
-// Does what a pragma says, apart from #pragma include. A pragma that this compiler has no use for is skipped, as MOF
-// demands. Throws MofError.
+// Executes a pragma other than #pragma include. Ignores unknown pragmas, as MOF requires. Throws MofError.
 void runPragma(Context& context, const Node& node);
 
 }  // namespace wmihost::mof

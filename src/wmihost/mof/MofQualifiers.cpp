@@ -27,7 +27,7 @@ constexpr std::array<Flavor, 9> flavorTable{{
     {L"DisableOverride", WBEM_FLAVOR_NOT_OVERRIDABLE, 0},
     {L"EnableOverride", 0, WBEM_FLAVOR_NOT_OVERRIDABLE},
     {L"Amended", WBEM_FLAVOR_AMENDED, 0},
-    // Texts in several languages, of which this compiler has one.
+    // The qualifier marks texts in several languages. This compiler supports one.
     {L"Translatable", 0, 0},
 }};
 
@@ -37,7 +37,7 @@ struct ScopeWord
     unsigned scopes;
 };
 
-// A schema and a qualifier are elements of the model that no text declares.
+// Schemas and qualifiers are elements of the model, but no text declares them with qualifiers.
 constexpr std::array<ScopeWord, 10> scopeTable{{
     {L"Any", scopeAny},
     {L"Association", scopeAssociation},
@@ -76,7 +76,7 @@ unsigned scopesOf(const Node& node)
     return limited ? scopes : unsigned{scopeAny};
 }
 
-// The type of a declaration; none where a flavor stands in its place.
+// The type of a declaration; none if a flavor stands in its place.
 std::optional<CIMTYPE> declaredType(const Node& node)
 {
     const Node& typeNode = *childOf<qualifier_type>(node);
@@ -90,7 +90,7 @@ std::optional<CIMTYPE> declaredType(const Node& node)
     return childOf<array_mark>(node) == nullptr ? info->type : info->type | CIM_FLAG_ARRAY;
 }
 
-// WMI gives these their flavor in every MOF; without it, instances would have no keys.
+// WMI gives these qualifiers their flavor in every MOF. Without it, instances would have no keys.
 bool hasFixedFlavor(std::wstring_view name)
 {
     constexpr std::array<std::wstring_view, 4> names{L"key", L"in", L"out", L"ID"};
@@ -193,7 +193,7 @@ Qualifier QualifierTable::qualifier(const Node& node) const
     if (declaration != nullptr) {
         result.flavor = declaration->flavor;
     }
-    // A boolean that merely stands there is true, whatever holds where it does not stand.
+    // A boolean qualifier without a value is true, whatever the declared default.
     if (isTyped && *declaration->type != CIM_BOOLEAN) {
         result.value = declaration->defaultValue;
     }

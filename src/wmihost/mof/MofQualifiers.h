@@ -24,20 +24,20 @@ enum Scope : unsigned
     scopeAny = 127
 };
 
-// What the declaration of a qualifier says about each use of it.
+// The declaration of a qualifier, which applies to each use of it.
 struct QualifierDeclaration
 {
-    // None where the declaration names flavors alone, as in "Qualifier Description : ToSubclass Amended;".
+    // None if the declaration only names flavors, as in "Qualifier Description : ToSubclass Amended;".
     std::optional<CIMTYPE> type;
     Variant defaultValue;
     long flavor = 0;  // WBEM_FLAVOR_ bits
     unsigned scopes = scopeAny;
-    // Belongs to the standard and not to the file, which may declare it again.
+    // Whether it is declared by the standard and not by the file, which may declare it again.
     bool isStandard = false;
 };
 
-// The flavors that a list of words gives to a qualifier that has `flavor` without them. Throws MofError for a word
-// that is not a flavor.
+// The flavor of a qualifier after the words of the list have changed `flavor`. Throws MofError for a word that is not a
+// flavor.
 long withFlavors(long flavor, const Node& node);
 
 // Whether the word is a flavor.
@@ -55,7 +55,7 @@ public:
     // Null if the qualifier is not declared.
     const QualifierDeclaration* find(std::wstring_view name) const;
 
-    // Adds a declaration that is not in the text.
+    // Adds a declaration that does not come from the text.
     void add(std::wstring_view name, QualifierDeclaration declaration);
 
     // Adds the declaration that the node spells. Throws MofError.
@@ -65,8 +65,8 @@ public:
     // Throws MofError.
     Qualifiers read(const Node* list, Qualifiers inherited = {}) const;
 
-    // Whether a parameter that says nothing about In is an input, although it is an output. True where a file
-    // declares In with the default TRUE, as the schema of the DMTF does.
+    // Whether an output parameter without the qualifier In is an input as well. True if a file declares In with the
+    // default TRUE, as the schema of the DMTF does.
     bool outputsAreInputs() const;
 
 private:

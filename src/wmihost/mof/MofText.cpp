@@ -9,7 +9,7 @@
 namespace wmihost {
 namespace {
 
-// What the type says already is not written as a qualifier.
+// Whether the type already implies the qualifier, which is then not written.
 bool isImplied(const Qualifier& qualifier)
 {
     return sameName(qualifier.name, L"CIMTYPE");
@@ -45,7 +45,7 @@ std::wstring qualifierText(const Qualifier& qualifier, bool withFlavors)
     return withFlavors ? text + flavorText(qualifier.flavor) : text;
 }
 
-// "[key, read]" and what is to stand behind it; nothing if there is no qualifier to show.
+// "[key, read]" and the text behind it; nothing if there is no qualifier to show.
 std::wstring qualifiersText(const Qualifiers& qualifiers, bool withFlavors, const wchar_t* behind)
 {
     std::wstring text;
@@ -79,7 +79,7 @@ long parameterId(const Property& parameter)
     return id == nullptr ? 0 : id->value.get().lVal;
 }
 
-// Inputs and outputs in the order of their IDs; one that is both stands in both signatures.
+// Inputs and outputs in the order of their IDs. A parameter that is both is in both signatures.
 std::vector<const Property*> parametersOf(const Method& method)
 {
     std::vector<const Property*> result;
@@ -101,7 +101,7 @@ std::vector<const Property*> parametersOf(const Method& method)
     return result;
 }
 
-// A parameter at that place of the list. Its place says its ID, unless the MOF chose another.
+// A parameter at that place in the list. Its place implies its ID, unless the MOF chose another one.
 std::wstring parameterText(const Property& parameter, long place, bool withFlavors)
 {
     Qualifiers shown = parameter.qualifiers;
@@ -150,7 +150,7 @@ std::wstring escapedByNumber(wchar_t c)
     return text;
 }
 
-// A real in a form that every MOF compiler takes: with a point, and digits on both sides of it.
+// A real in a form that every MOF compiler accepts: with a point, and digits on both sides of it.
 std::wstring realLiteral(const VARIANT& value, CIMTYPE type)
 {
     if (!std::isfinite(value.vt == VT_R4 ? value.fltVal : value.dblVal)) {
@@ -192,7 +192,7 @@ std::wstring listLiteral(const VARIANT& list, CIMTYPE type)
     for (const Variant& element : elementsOf(list)) {
         std::wstring literal = mofLiteral(element.get(), elementTypeOf(type));
         if (literal == L"NULL") {
-            // No list holds an element without a value.
+            // Lists have no elements without a value.
             return literal;
         }
         text += (text.size() > 1 ? L", " : L"") + literal;

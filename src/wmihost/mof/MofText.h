@@ -8,12 +8,12 @@
 
 namespace wmihost {
 
-// What this file writes compiles again, and gives the same classes and values.
+// Compiling these texts gives the same classes and values again.
 
 // The MOF of a class: its own qualifiers, properties and methods, not the inherited ones. Lines end in "\n".
 std::wstring classText(const ClassDefinition& definition, bool withFlavors);
 
-// The MOF of an instance: the properties that have a value, and those that lost the default of their class.
+// The MOF of an instance: the properties that have a value, and those that are null although their class has a default.
 std::wstring instanceText(const ClassDefinition& definition, const std::vector<Variant>& values);
 
 // The type of a property as the MOF spells it: "uint16", "Zerix_EthernetPort ref". Without the [] of arrays.
@@ -23,7 +23,7 @@ std::wstring typeText(const Property& property);
 // spelling and is NULL.
 std::wstring mofLiteral(const VARIANT& value, CIMTYPE type);
 
-// A text between quotes, escaped as the MOF wants it.
+// A text between quotes, escaped for MOF.
 std::wstring mofQuoted(std::wstring_view text);
 
 }  // namespace wmihost

@@ -31,7 +31,7 @@ void demandClass(const Node& node, const ClassDefinition& definition, const std:
     }
 }
 
-// An object that stands for the value: an object where the property holds one, its text where it holds a text.
+// The object as the value of the property: itself if the property holds objects, its MOF if the property holds texts.
 Variant embedded(const Node& node, const Alias& object, const Property& target)
 {
     const bool asText = elementTypeOf(target.type) == CIM_STRING;
@@ -127,7 +127,7 @@ InstanceData readInstance(Context& context, const Node& node)
         if (!assigned.insert(place).second) {
             fail(nameNode, "the property " + inQuotes(nameNode) + " gets a value a second time");
         }
-        // The qualifiers of a value follow from its class; those that stand here must at least be sound.
+        // The qualifiers of a value follow from its class. Those in the text are only checked.
         context.qualifiers.read(childOf<qualifiers>(*child));
         const auto index = static_cast<std::size_t>(place);
         instance.values[index] = readValue(context, *child->children.back(), definition->properties[index]);

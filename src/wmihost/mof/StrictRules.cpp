@@ -17,7 +17,7 @@ bool isStandardPragma(std::wstring_view name)
     return std::any_of(names.begin(), names.end(), [name](const auto& known) { return sameName(known, name); });
 }
 
-// What messages call the element.
+// The word for the element in messages.
 std::string_view wordFor(Scope element)
 {
     switch (element) {

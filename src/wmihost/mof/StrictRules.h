@@ -26,7 +26,7 @@ public:
     // The type that stands before a property, method or parameter of `className`. A class that it names has to be
     // declared in the namespace.
     void checkType(const Node& owner, std::wstring_view className, const Namespace& nameSpace);
-    // A class that something named by a text refers to, as EmbeddedInstance does.
+    // A class that a text names, as in EmbeddedInstance.
     void checkReference(const Node& place, std::wstring_view referred, std::wstring_view className,
                         const Namespace& nameSpace);
     void checkParameterDefault(const Node& parameter);
@@ -44,7 +44,7 @@ private:
     std::vector<std::string> m_violations;
 };
 
-// The kind of class that its qualifiers make it.
+// The kind of a class with these qualifiers.
 Scope classScope(const Qualifiers& qualifiers);
 
 }  // namespace wmihost::mof

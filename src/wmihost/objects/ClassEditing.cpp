@@ -22,7 +22,7 @@ bool isNameCharacter(wchar_t c)
     return isLetter(c) || (c >= L'0' && c <= L'9') || c == L'_';
 }
 
-// A derived class is born without a name, and gets it once.
+// A new derived class has no name. It can be set once.
 HRESULT putClassName(ClassDefinition& definition, std::wstring_view property, const VARIANT& value)
 {
     if (!isSystemProperty(property)) {
@@ -71,7 +71,7 @@ HRESULT putToClass(ClassDefinition& definition, std::wstring_view name, const VA
         if (!isUserName(name)) {
             return code(WBEM_E_INVALID_PARAMETER);
         }
-        // A reference needs to know its class, which only the MOF can say.
+        // A reference needs a class, and only MOF can name it.
         if (!isCimType(type) || elementTypeOf(type) == CIM_REFERENCE) {
             return code(WBEM_E_INVALID_PROPERTY_TYPE);
         }

@@ -72,7 +72,7 @@ HRESULT ClassObject::Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type
         if (!found) {
             return code(WBEM_E_NOT_FOUND);
         }
-        // The caller's VARIANT need not be initialised: it is written, never cleared.
+        // The caller's VARIANT need not be initialised, so it is overwritten and not cleared.
         if (value != nullptr) {
             *value = found->value.detach();
         }
@@ -143,7 +143,7 @@ HRESULT ClassObject::Delete(LPCWSTR name)
     });
 }
 
-// Objects that share the old definition, instances among them, keep it.
+// Other objects that share the old definition, such as instances, keep it.
 void ClassObject::replaceDefinition(ClassDefinition definition)
 {
     m_class = std::make_shared<const ClassDefinition>(std::move(definition));
@@ -187,7 +187,7 @@ HRESULT ClassObject::GetObjectText(LONG flags, BSTR* text)
             return code(WBEM_E_INVALID_PARAMETER);
         }
         if (m_class->name.empty()) {
-            // Without a name there is no declaration that a compiler reads.
+            // A class without a name has no declaration that a compiler accepts.
             return code(WBEM_E_INCOMPLETE_CLASS);
         }
         const bool withFlavors = (flags & WBEM_FLAG_NO_FLAVORS) == 0;

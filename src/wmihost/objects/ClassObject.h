@@ -10,10 +10,10 @@
 
 namespace wmihost {
 
-// A class or an instance as WMI hands it to providers and clients: IWbemClassObject with WMI's documented
-// behaviour. Not supported, and answered so: PutMethod, DeleteMethod, and changes of qualifiers.
-// Embedded objects are copied when they are put and when they are handed out.
-// Used by one thread at a time; objects of one class share its definition, which never changes.
+// A class or an instance as WMI hands it to providers and clients: IWbemClassObject with WMI's documented behaviour.
+// PutMethod, DeleteMethod and changes of qualifiers answer WBEM_E_NOT_SUPPORTED. Embedded objects are copied when they
+// are put and when they are handed out. Used by one thread at a time. Objects of one class share its definition, which
+// never changes.
 class ClassObject final : public ComObject<IWbemClassObject>
 {
 public:

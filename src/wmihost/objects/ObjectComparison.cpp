@@ -10,7 +10,7 @@
 namespace wmihost {
 namespace {
 
-// Whether two values are equal; texts without case on demand.
+// Whether two values are equal. Texts are compared without case if requested.
 bool equalValues(const VARIANT& left, const VARIANT& right, bool ignoreCase)
 {
     if (ignoreCase && left.vt == VT_BSTR && right.vt == VT_BSTR) {
@@ -77,7 +77,7 @@ HRESULT compare(IWbemClassObject& left, IWbemClassObject& right, LONG flags)
     constexpr LONG withoutQualifiers =
         WBEM_FLAG_IGNORE_QUALIFIERS | WBEM_FLAG_IGNORE_CLASS | WBEM_FLAG_IGNORE_DEFAULT_VALUES;
     const LONG textFlags = (flags & WBEM_FLAG_IGNORE_FLAVOR) != 0 ? WBEM_FLAG_NO_FLAVORS : 0;
-    // Only classes have qualifiers of their own; their text shows them.
+    // Only classes can differ in their qualifiers, which their texts contain.
     if (!isInstance && (flags & withoutQualifiers) == 0 && !sameText(left, right, textFlags)) {
         return code(WBEM_S_DIFFERENT);
     }

@@ -4,8 +4,8 @@
 
 namespace wmihost {
 
-// What IWbemClassObject::CompareTo answers for two objects of any implementation: WBEM_S_SAME, WBEM_S_DIFFERENT, or
-// the failure of one of them.
+// Implements IWbemClassObject::CompareTo for two objects of any implementation. Returns WBEM_S_SAME, WBEM_S_DIFFERENT,
+// or the failure of one of them.
 HRESULT compare(IWbemClassObject& left, IWbemClassObject& right, LONG flags);
 
 }  // namespace wmihost

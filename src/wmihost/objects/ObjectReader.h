@@ -15,14 +15,14 @@ struct NamedValue
     CIMTYPE type = CIM_STRING;
 };
 
-// The properties of an object of any implementation, without the system's. A clone is walked, so that an
-// enumeration that the object's owner has under way is left alone. Returns a failure of the object.
+// Reads the properties of an object of any implementation, without the system's. It walks a clone, so that it does not
+// disturb an enumeration by the object's owner. Returns the object's failure, if any.
 HRESULT readProperties(IWbemClassObject& object, std::vector<NamedValue>& properties);
 
-// The value of a property, system or not; no value if there is no such property.
+// The value of a property, which may be the system's. VT_NULL if the property does not exist.
 Variant valueOf(IWbemClassObject& object, std::wstring_view name);
 
-// The same as text; empty where there is no value.
+// The same as a text; empty if there is no value.
 std::wstring textOf(IWbemClassObject& object, std::wstring_view name);
 
 }  // namespace wmihost

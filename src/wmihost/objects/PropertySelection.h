@@ -8,8 +8,8 @@
 
 namespace wmihost {
 
-// The names that the flags of BeginEnumeration and GetNames choose of a class, or of an instance of it. Nothing for
-// flags that contradict each other.
+// The names of the properties that the flags of BeginEnumeration and GetNames select, for a class or for an instance of
+// it. Nothing if the flags contradict each other.
 std::optional<std::vector<std::wstring>> selectedNames(const ClassDefinition& definition, bool isInstance, LONG flags);
 
 }  // namespace wmihost

@@ -6,8 +6,8 @@
 
 namespace wmihost {
 
-// The value as the property stores it, or nothing where WMI answers WBEM_E_TYPE_MISMATCH: converted to the property's
-// type, with a copy of each embedded object, which must be of the property's class if it names one.
+// The value converted to the property's type, with copies of embedded objects. Nothing if WMI would answer
+// WBEM_E_TYPE_MISMATCH, for example because an embedded object is not of the property's class.
 std::optional<Variant> storedValue(const Property& property, const VARIANT& value);
 
 // A copy of a stored value that its receiver may change: embedded objects are copied, too. Throws std::bad_alloc.

@@ -24,7 +24,7 @@ public:
     HRESULT STDMETHODCALLTYPE EndEnumeration() override;
 
 private:
-    // The qualifiers of an enumeration over the local, the inherited or all; null for other flags.
+    // The local, the inherited or all qualifiers, as the flags select. Nothing for other flags.
     std::optional<std::vector<const Qualifier*>> selected(LONG flags) const;
 
     const Qualifiers m_qualifiers;

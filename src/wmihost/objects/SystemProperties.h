@@ -13,7 +13,7 @@ namespace wmihost {
 // The system properties in the order in which WMI enumerates them.
 extern const std::array<std::wstring_view, 10> systemPropertyNames;
 
-// Whether the name begins as those of system properties do, and whether it is the name of one.
+// Whether the name begins like that of a system property, and whether it is the name of one.
 bool isSystemName(std::wstring_view name);
 bool isSystemProperty(std::wstring_view name);
 
@@ -27,8 +27,8 @@ struct SystemValue
     CIMTYPE type;
 };
 
-// The value of a system property of a class, or of its instance with those values. Nothing if there is no such
-// property.
+// The value of a system property of a class, or of its instance with those values. Nothing if the property does not
+// exist.
 std::optional<SystemValue> systemValue(const ClassDefinition& definition,
                                        const std::optional<std::vector<Variant>>& values, std::wstring_view name);
 

@@ -41,7 +41,7 @@ auto entryOf(CIMTYPE type)
 std::optional<Variant> changed(const VARIANT& value, VARTYPE type)
 {
     Variant result;
-    // The user's locale must not decide what a number looks like.
+    // Numbers must not depend on the user's locale.
     if (FAILED(VariantChangeTypeEx(result.put(), const_cast<VARIANT*>(&value), LOCALE_INVARIANT, 0, type))) {
         return std::nullopt;
     }
@@ -75,8 +75,8 @@ std::optional<Variant> classObjectOf(const VARIANT& value)
     return Variant::ofObject(std::move(object));
 }
 
-// Whether the text has one of the two forms yyyymmddhhmmss.ffffff(+|-)uuu and ddddddddhhmmss.ffffff:000;
-// an asterisk stands for a digit that is not given.
+// Whether the text has one of the two forms yyyymmddhhmmss.ffffff(+|-)uuu and ddddddddhhmmss.ffffff:000; an asterisk
+// replaces a digit that is not specified.
 bool isDatetime(std::wstring_view text)
 {
     if (text.size() != 25 || text[14] != L'.') {
@@ -117,7 +117,7 @@ std::optional<Variant> coerceScalar(const VARIANT& value, CIMTYPE type)
             if (value.vt == VT_I4) {
                 return Variant(value);
             }
-            // A 16-bit value would have to be extended, with or without its sign; WMI does neither.
+            // WMI does not extend a 16-bit value, neither with nor without its sign.
             if (value.vt == VT_I2) {
                 return std::nullopt;
             }
@@ -163,7 +163,7 @@ std::optional<Real> realFromText(std::wstring_view wide)
     return error == std::errc() && complete && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
-// The values of an integer type as a user reads them.
+// The range of an integer type in messages for the user.
 struct Range
 {
     long long low;
@@ -309,7 +309,7 @@ std::optional<Variant> coerce(const VARIANT& value, CIMTYPE type)
     std::vector<Variant> elements;
     for (const Variant& element : elementsOf(target)) {
         auto coerced = element.isArray() ? std::nullopt : coerce(element.get(), elementTypeOf(type));
-        // The elements of an array are values; none of them may be missing.
+        // Every element of an array must have a value.
         if (!coerced || coerced->isNull()) {
             return std::nullopt;
         }

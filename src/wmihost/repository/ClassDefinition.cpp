@@ -21,7 +21,7 @@ auto pointerTo(const Items& items, std::wstring_view name)
     return found == items.end() ? nullptr : &*found;
 }
 
-// The flavor of qualifiers that a derived class or an instance cannot be without.
+// The flavor of qualifiers that derived classes and instances always have.
 constexpr long everywhere =
     WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE | WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS | WBEM_FLAVOR_NOT_OVERRIDABLE;
 

@@ -23,10 +23,10 @@ using Qualifiers = std::vector<Qualifier>;
 // Null if there is none of that name (without case).
 const Qualifier* findQualifier(const Qualifiers& qualifiers, std::wstring_view name);
 
-// Whether a boolean qualifier is there and true.
+// Whether the boolean qualifier exists and is true.
 bool hasQualifier(const Qualifiers& qualifiers, std::wstring_view name);
 
-// The text of a qualifier; empty if there is none or it is no text.
+// The text of a qualifier; empty if it does not exist or is not a text.
 std::wstring qualifierText(const Qualifiers& qualifiers, std::wstring_view name);
 
 // The qualifier that every property and parameter has: CIMTYPE, "uint16" or "ref:Class".
@@ -39,13 +39,13 @@ struct Property
 {
     std::wstring name;
     CIMTYPE type = CIM_STRING;
-    // The class a reference or an embedded object is of; empty for other types and for any class.
+    // The class of a reference or an embedded object; empty for any class and for other types.
     std::wstring className;
     Variant defaultValue;
     std::wstring origin;  // the class that declares it first
     bool local = true;    // declared or overridden by the class itself, not only inherited
     Qualifiers qualifiers;
-    // What the class inherits and overrides by this; null where it overrides nothing.
+    // The inherited property that this one overrides; null if there is none.
     std::shared_ptr<const Property> overridden = nullptr;
 
     bool isKey() const { return hasQualifier(qualifiers, L"key"); }
@@ -59,14 +59,14 @@ struct Method
     std::wstring origin;
     bool local = true;
     Qualifiers qualifiers;
-    // Parameter classes named __PARAMETERS; null where the method has no inputs or no outputs. The return
-    // value is the property ReturnValue of the outputs.
+    // Parameter classes named __PARAMETERS; null if the method has no inputs or no outputs. The outputs have a property
+    // ReturnValue for the return value.
     std::shared_ptr<const ClassDefinition> in;
     std::shared_ptr<const ClassDefinition> out;
 };
 
-// A class as the repository keeps it, inherited members included. Shared between threads and objects, and
-// so never changed once it is shared.
+// A class as the repository keeps it, including inherited members. Threads and objects share it, so it never changes
+// once it is shared.
 struct ClassDefinition
 {
     std::wstring name;
@@ -79,7 +79,7 @@ struct ClassDefinition
     // Null if there is none of that name (without case).
     const Property* findProperty(std::wstring_view propertyName) const;
     const Method* findMethod(std::wstring_view methodName) const;
-    // The place of a property in `properties`, which is its place in an instance's values; -1 for none.
+    // The index of a property in `properties` and in an instance's values; -1 if the class does not have it.
     int indexOf(std::wstring_view propertyName) const;
     bool inheritsFrom(std::wstring_view ancestor) const;
 };
@@ -92,12 +92,12 @@ struct InstanceData
     ClassPointer definition;
     std::vector<Variant> values;
 
-    // An instance that has nothing but the defaults of its class.
+    // An instance with the defaults of its class.
     explicit InstanceData(ClassPointer instanceClass);
 };
 
-// What a class of that name inherits from its superclass before it declares anything itself: members, and
-// the qualifiers whose flavor sends them to derived classes.
+// A class of that name that has only inherited members and qualifiers. Qualifiers are inherited if their flavor says
+// so.
 ClassDefinition derivedFrom(const ClassDefinition& superclass, std::wstring name);
 
 // The qualifiers that a derived class, or with WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE an instance, receives.

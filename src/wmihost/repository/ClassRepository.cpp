@@ -20,7 +20,7 @@ std::optional<ObjectPath> parsedPath(std::wstring_view text)
     }
 }
 
-// Whether two paths of one class name the same object. A key without a name is the only key of its class.
+// Whether two paths with the same class name the same object. A key without a name is the only key of its class.
 bool sameObject(const ObjectPath& left, const ObjectPath& right)
 {
     if (left.singleton != right.singleton || left.keys.size() != right.keys.size()) {

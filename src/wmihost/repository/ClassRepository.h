@@ -23,24 +23,24 @@ public:
 
     // Null if there is no class of that name (without case).
     ClassPointer findClass(std::wstring_view className) const;
-    // In the order in which they were added; classes of the system, whose names begin with "__", included.
+    // In the order in which they were added. Includes the system's classes, whose names begin with "__".
     const std::vector<ClassPointer>& classes() const { return m_classes; }
     // The stored instances of exactly that class.
     std::vector<const InstanceData*> instancesOf(std::wstring_view className) const;
-    // The stored instance of that relative path, in any spelling of it. Null if there is none, or if the text is not
+    // The stored instance with that relative path in any of its spellings. Null if there is none, or if the text is not
     // a path.
     const InstanceData* findInstance(std::wstring_view path) const;
 
-    // A class of the same name is replaced.
+    // Replaces a class of the same name.
     void addClass(ClassPointer definition);
-    // An instance of the same path is replaced. Instances of classes without keys have no path.
+    // Replaces an instance with the same path. Instances of classes without keys have no path.
     void addInstance(InstanceData instance);
     // The classes derived from it and the instances of all of them go, too. Returns whether there was one.
     bool removeClass(std::wstring_view className);
     bool removeInstance(std::wstring_view path);
 
 private:
-    // The place of that instance in m_instances; none if there is no such instance.
+    // The index of that instance in m_instances; none if it does not exist.
     std::optional<std::size_t> placeOf(std::wstring_view path) const;
 
     std::wstring m_name;
@@ -49,22 +49,22 @@ private:
     std::vector<InstanceData> m_instances;
 };
 
-// What the MOF files say: namespaces with their classes and stored instances. Filled by one thread, then
-// only read, by any number of them.
+// The content of the MOF files: namespaces with their classes and stored instances. One thread fills it; after that,
+// any number of threads may read it.
 class ClassRepository
 {
 public:
-    // Null if there is no namespace of that name (without case). A leading "\\.\" or "\" does not matter,
-    // and both slashes separate.
+    // Null if there is no namespace of that name (without case). A leading "\\.\" or "\" is ignored, and both kinds of
+    // slashes separate.
     const Namespace* findNamespace(std::wstring_view name) const;
 
-    // The namespace, made with the system's classes in it if it does not exist.
+    // The namespace. If it does not exist, it is created with the system's classes.
     Namespace& openNamespace(std::wstring_view name);
 
-    // The namespaces in the order in which they were made.
+    // The namespaces in the order of their creation.
     std::vector<const Namespace*> namespaces() const;
 
-    // The name of a namespace without what does not matter: "\\.\root/cimv2" -> "root\cimv2".
+    // The normal form of a namespace's name: "\\.\root/cimv2" -> "root\cimv2".
     static std::wstring plainName(std::wstring_view name);
 
 private:

@@ -25,17 +25,17 @@ struct PathKey
     bool quoted = false;
 };
 
-// The parts of an object path: \\server\namespace:Class.Key="value",Other=7. Values may stand between single quotes and
-// the parts before the class may be separated by forward slashes, which survive a shell.
+// The parts of an object path: \\server\namespace:Class.Key="value",Other=7. Single quotes around values and forward
+// slashes before the class are also accepted, since they survive a shell.
 struct ObjectPath
 {
     std::wstring server;     // empty if the path names none
     std::wstring nameSpace;  // without the leading backslash; empty if the path names none
     std::wstring className;
-    std::vector<PathKey> keys;  // as the text orders them; none: the path names the class
+    std::vector<PathKey> keys;  // in the order of the text; empty if the path names the class
     bool singleton = false;     // Class=@
 
-    // The text again, with backslashes and double quotes: what precedes the class, colon included, and the rest.
+    // The text with backslashes and double quotes, in two parts: up to the colon before the class, and the rest.
     std::wstring prefix;
     std::wstring relative;
 
@@ -45,11 +45,11 @@ struct ObjectPath
     static ObjectPath parse(std::wstring_view text);
 };
 
-// How to write a path whose quotes a shell took away.
+// Advice for writing a path whose quotes a shell removed.
 std::string quotesAdvice();
 
-// "Class.Key="value",Other=7" with the keys in the order of their names, as WMI renders it. Nothing while
-// a key has no value, or if the class has no keys.
+// "Class.Key="value",Other=7" with the keys in the order of their names, as WMI renders it. Nothing if a key has no
+// value or the class has no keys.
 std::optional<std::wstring> relativePath(const ClassDefinition& definition, const std::vector<Variant>& values);
 
 // "\\server\namespace:" and the relative path.

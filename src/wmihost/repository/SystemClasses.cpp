@@ -18,7 +18,7 @@ struct Member
 struct SystemClass
 {
     const wchar_t* name;
-    const wchar_t* superclass;  // empty for none; stands above
+    const wchar_t* superclass;  // empty for none; declared further up
     std::vector<Member> members;
 };
 
@@ -212,7 +212,7 @@ std::vector<SystemClass> consumerClasses()
     };
 }
 
-// Properties of the system's classes carry the qualifiers that the host looks at, and no others.
+// Properties of the system's classes only have the qualifiers that wmihost uses.
 Property propertyOf(const Member& member, const wchar_t* origin)
 {
     Property property;

@@ -4,7 +4,7 @@
 
 namespace wmihost {
 
-// Adds the classes that WMI puts into every new namespace, as far as registrations and methods need them.
+// Adds those of WMI's classes for new namespaces that registrations and methods need.
 void addSystemClasses(Namespace& target);
 
 }  // namespace wmihost

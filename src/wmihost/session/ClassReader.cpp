@@ -10,7 +10,7 @@
 namespace wmihost {
 namespace {
 
-// The CIM type that a qualifier of that variant has.
+// The CIM type of a qualifier whose value has that VARIANT type.
 CIMTYPE typeOf(VARTYPE variant)
 {
     const CIMTYPE array = (variant & VT_ARRAY) != 0 ? CIM_FLAG_ARRAY : 0;

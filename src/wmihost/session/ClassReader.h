@@ -7,9 +7,9 @@
 
 namespace wmihost {
 
-// The definition of a class that a service handed out: its properties, methods and qualifiers, as far as the object
-// tells them. Some services answer with an instance in place of the class; its values are not taken for defaults.
-// Throws RequestError if the object does not list its properties.
+// The definition of a class that a service delivered: the properties, methods and qualifiers that the object lists.
+// Some services deliver an instance instead of the class; its values do not count as defaults. Throws RequestError if
+// the object does not list its properties.
 ClassPointer readClass(IWbemClassObject& object, const std::wstring& nameSpace);
 
 }  // namespace wmihost

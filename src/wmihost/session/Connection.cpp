@@ -51,8 +51,8 @@ bool isWrittenInQuotes(CIMTYPE type)
     return type == CIM_STRING || type == CIM_DATETIME || type == CIM_REFERENCE;
 }
 
-// A name that is not a key of the class, a text without its quotes and a key without a value are slips that no request
-// is made for.
+// Refuses slips before a request is made: a name that is not a key of the class, a text without its quotes, or a key
+// without a value.
 void checkKeys(const ObjectPath& path, const ClassDefinition& definition)
 {
     const std::string className = toUtf8(definition.name);
@@ -78,7 +78,7 @@ void checkKeys(const ObjectPath& path, const ClassDefinition& definition)
     }
 }
 
-// The short form Class="value" with the name of the only key.
+// The path; the short form Class="value" gets the name of the only key.
 std::wstring withKeyName(const ObjectPath& path, const ClassDefinition& definition)
 {
     const std::vector<std::wstring> keys = namesOf(keysOf(definition));

@@ -28,7 +28,7 @@ bool isTrue(const InstanceData& instance, std::wstring_view name)
     return value.vt == VT_BOOL && value.boolVal != VARIANT_FALSE;
 }
 
-// Whether the registration's path to a provider leads to the one of that name.
+// Whether the registration refers to the provider of that name.
 bool refersTo(const InstanceData& registration, std::wstring_view providerName)
 {
     try {

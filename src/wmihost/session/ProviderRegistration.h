@@ -6,7 +6,7 @@
 
 namespace wmihost {
 
-// What a namespace's registration instances say about a provider.
+// The registration of a provider in a namespace.
 struct ProviderRegistration
 {
     std::wstring name;

@@ -17,10 +17,10 @@
 namespace wmihost {
 namespace {
 
-// A provider that keeps a sink longer than this is taken for hung.
+// A provider that keeps a sink longer than this counts as hung.
 constexpr std::chrono::milliseconds patience = std::chrono::minutes(1);
 
-// The context that WMI sends along with every request; nobody puts values into it here.
+// The context that WMI passes with every request. It has no values.
 ComPtr<IWbemContext> makeContext()
 {
     ComPtr<IWbemContext> context;
@@ -61,7 +61,7 @@ ProviderSession::ProviderSession(const ClassRepository& repository, const Namesp
     std::wstring locale = L"ms_409";
     const HRESULT returned =
         init->Initialize(user.data(), 0, space.data(), locale.data(), services.get(), makeContext().get(), sink.get());
-    // A failed return value counts even if the sink was told of success; silence counts as failure.
+    // A failed return value counts even if the sink got a success. Without any report, the initialisation has failed.
     const HRESULT status = FAILED(returned) ? returned : sink->status().value_or(code(WBEM_E_INITIALIZATION_FAILURE));
     if (FAILED(status)) {
         throw RequestError(code(WBEM_E_INITIALIZATION_FAILURE),
@@ -133,7 +133,7 @@ RequestResult ProviderSession::run(bool supported, const RequestOptions& options
     {
         const auto sink = ComPtr<IWbemObjectSink>::adopt(new ResponseSink(response));
         const CallScope security(options.impersonation);
-        // Exceptions escape some of a provider's requests; the host of WMI survives them, and so does this.
+        // Some requests of providers throw. WMI's host process survives this, so it is caught here.
         try {
             returned = call(*m_provider.get(), context.get(), sink.get());
         } catch (const std::exception& error) {
@@ -152,8 +152,8 @@ RequestResult ProviderSession::run(bool supported, const RequestOptions& options
         result.status = code(WBEM_E_PROVIDER_TIMED_OUT);
         return result;
     }
-    // A request that is refused at once returns its status and reports none. One that claims success and
-    // never reports it has broken its contract.
+    // A request that is refused at once returns its status and reports nothing. One that returns success and reports
+    // nothing has broken its contract.
     result.status = response->status().value_or(FAILED(returned) ? returned : code(WBEM_E_PROVIDER_FAILURE));
     result.objects = response->takeObjects();
     return result;

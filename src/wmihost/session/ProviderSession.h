@@ -9,8 +9,8 @@
 
 namespace wmihost {
 
-// One provider at work for one namespace, as WMI's provider host runs it: created by its CLSID, initialised,
-// then sent requests through IWbemServices. The repository outlives the session.
+// A running provider for one namespace, as in WMI's host process: it is created by its CLSID, initialised, and gets
+// requests through IWbemServices. The repository must outlive the session.
 class ProviderSession final : public Session
 {
 public:

@@ -17,7 +17,7 @@ namespace {
 constexpr std::wstring_view profileNamespace = L"root\\interop";
 constexpr std::wstring_view machineNamespace = L"root\\cimv2";
 
-// Where a class is looked for when nobody says where.
+// The namespaces to search if the user names none.
 constexpr std::array searched{adapterNamespace, profileNamespace, machineNamespace};
 
 }  // namespace
@@ -86,7 +86,7 @@ ClassTarget ServiceConnection::findClass(std::wstring_view className, std::wstri
                 return {place, std::move(found)};
             }
         } catch (const RequestError& error) {
-            // A machine without the product lacks its namespaces.
+            // A machine without the product does not have its namespaces.
             if (error.status() != code(WBEM_E_INVALID_NAMESPACE)) {
                 throw;
             }

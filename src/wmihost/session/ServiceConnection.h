@@ -12,25 +12,25 @@
 
 namespace wmihost {
 
-// The machine's own WMI. A namespace is connected to when it is first needed. Without the name of a namespace a class
-// is looked for in those of the product, then in root\cimv2.
+// The machine's own WMI. Connects to a namespace when it is first needed. If the user names no namespace, a class is
+// searched in those of the product, then in root\cimv2.
 class ServiceConnection final : public Connection
 {
 public:
-    // The impersonation holds for the retrieval of classes, which the other requests need.
+    // The impersonation applies to the retrieval of classes, which the other requests need.
     ServiceConnection(ServiceCalls calls, Impersonation impersonation);
 
     ClassTarget findClass(std::wstring_view className, std::wstring_view nameSpace) const override;
-    // Throws RequestError, also where the service lists no classes.
+    // Throws RequestError, also if the service does not list classes.
     std::vector<ClassTarget> classes(std::wstring_view nameSpace) const override;
     const ServiceSession& sessionFor(const ClassTarget& target) override;
     std::optional<RequestResult> query(const std::wstring& nameSpace, std::wstring_view text,
                                        const RequestOptions& options) override;
-    // An object that the service made: it takes no others.
+    // An object that the service made, since it accepts no others.
     ComPtr<IWbemClassObject> makeArguments(const ClassTarget& target, const Method& method) override;
 
 protected:
-    // The session belongs to the namespace already, and some services refuse to read it in a path.
+    // The path without its namespace: the session already belongs to it, and some services refuse a path with one.
     std::wstring requestPath(const std::wstring& prefix, const std::wstring& relative) const override;
     bool knowsKeys(const ClassDefinition& definition) const override;
 

@@ -18,11 +18,11 @@ namespace {
 // No class of a machine takes longer than this.
 constexpr std::chrono::milliseconds servicePatience = std::chrono::minutes(10);
 constexpr LONG withoutLimit = static_cast<LONG>(WBEM_INFINITE);
-// Classes at any distance from the one that is named.
+// Derived classes at any level below the named class.
 constexpr LONG allLevels = WBEM_FLAG_DEEP;
-// The class that is named and no other.
+// The named class only.
 constexpr LONG thisClass = WBEM_FLAG_SHALLOW;
-// The first flag lets the service forget a row that was read.
+// With the first flag the service need not keep the rows that were read.
 constexpr LONG asRowsCome = WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY;
 
 DWORD levelOf(Impersonation impersonation)
@@ -39,8 +39,8 @@ DWORD levelOf(Impersonation impersonation)
     }
 }
 
-// How far the service may act as this process when it is called through the interface. An object that lives in this
-// process has no proxy, and needs none.
+// Sets how far the service may act as this process in calls of the interface. Does nothing for an object in this
+// process, which has no proxy.
 HRESULT allow(IUnknown* proxy, Impersonation impersonation)
 {
     const HRESULT result = CoSetProxyBlanket(proxy, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
@@ -48,7 +48,7 @@ HRESULT allow(IUnknown* proxy, Impersonation impersonation)
     return result == E_NOINTERFACE ? S_OK : result;
 }
 
-// Whether a status that an asynchronous call returned says that the service does not make such calls.
+// Whether the status of an asynchronous call means that the service does not support such calls.
 bool isRefusal(HRESULT returned)
 {
     constexpr std::array refusals{
@@ -57,8 +57,8 @@ bool isRefusal(HRESULT returned)
     return std::find(refusals.begin(), refusals.end(), returned) != refusals.end();
 }
 
-// The sink as the service calls it. The platform wraps it in an object that accepts calls
-// which this process would refuse. Where the platform offers no such wrapper, the service gets the sink itself.
+// The sink in the form for the service. The platform wraps it in an object that accepts calls which this process would
+// refuse. Without such a wrapper, the service gets the sink itself.
 ComPtr<IWbemObjectSink> callableSink(const ComPtr<IWbemObjectSink>& sink)
 {
     ComPtr<IUnsecuredApartment> apartment;

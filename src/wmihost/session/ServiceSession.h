@@ -14,13 +14,13 @@ enum class ServiceCalls
     synchronous
 };
 
-// A namespace of the machine's own WMI. Requests are made with the identity of this process; how far the service may
-// act with it is part of each request.
+// A namespace of the machine's own WMI. Requests have the identity of this process. Each request says how far the
+// service may use it.
 class ServiceSession final : public Session
 {
 public:
-    // Connects to the namespace. Throws RequestError with the status of the service; WBEM_E_INVALID_NAMESPACE where
-    // there is no such namespace.
+    // Connects to the namespace. Throws RequestError with the status of the service: WBEM_E_INVALID_NAMESPACE if the
+    // namespace does not exist.
     ServiceSession(const std::wstring& nameSpace, ServiceCalls calls);
 
     RequestResult enumerate(std::wstring_view className, const RequestOptions& options) const override;
@@ -39,7 +39,7 @@ public:
 
 private:
     using AsynchronousCall = std::function<HRESULT(IWbemObjectSink* sink)>;
-    // Adds to the objects what the call brings.
+    // Appends the results of the call to the objects.
     using SynchronousCall = std::function<HRESULT(std::vector<ComPtr<IWbemClassObject>>& objects)>;
     using EnumerationCall = std::function<HRESULT(IEnumWbemClassObject** rows)>;
 

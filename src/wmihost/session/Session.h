@@ -15,22 +15,22 @@ namespace wmihost {
 struct RequestOptions
 {
     Impersonation impersonation = Impersonation::impersonate;
-    // Of an enumeration: instances of derived classes come too, where the session has a say in that. A provider is
-    // asked class by class.
+    // Whether an enumeration includes instances of derived classes. Only the service decides by it; a provider is asked
+    // class by class.
     bool withDerived = true;
     std::function<void(Progress)> onProgress;  // may be empty
 };
 
-// What became of a request.
+// The result of a request.
 struct RequestResult
 {
-    HRESULT status = 0;  // what was reported last, or returned where nothing was reported
+    HRESULT status = 0;  // the last reported status, or the returned one if none was reported
     std::vector<ComPtr<IWbemClassObject>> objects;
-    std::string exception;  // the text of a C++ exception that escaped the provider; else empty
+    std::string exception;  // the text of a C++ exception that the provider threw; empty if none
 };
 
-// Answers the requests that concern one namespace. Requests may be made by any number of threads at once; each
-// needs to be in the multithreaded apartment. A request that fails says so in its result; none throws for it.
+// Answers the requests about one namespace. Any number of threads at once; each must be in the multithreaded apartment.
+// A failed request is a result and does not throw.
 class Session
 {
 public:

@@ -10,7 +10,7 @@
 namespace wmihost {
 namespace {
 
-// The end of a complaint about a class that none of the namespaces has.
+// The end of an error message about a class that none of the namespaces has.
 std::string classSuggestion(std::wstring_view name, const std::vector<const Namespace*>& namespaces)
 {
     std::vector<std::wstring> names;

@@ -14,8 +14,8 @@
 
 namespace wmihost {
 
-// The classes of a MOF file and the providers that serve them, in this process. A provider is created when it is first
-// needed and lives as long as the workspace.
+// The classes of a MOF file, and their providers in this process. The first request to a provider creates it; it lives
+// as long as the workspace.
 class Workspace final : public Connection
 {
 public:

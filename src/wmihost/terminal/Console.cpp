@@ -27,10 +27,10 @@ std::optional<std::size_t> environmentNumber(const char* name)
     return number && *number > 0 ? std::optional<std::size_t>(*number) : std::nullopt;
 }
 
-// How much of a text a terminal is given at once: some take no more than 64 KB.
+// Longer texts are written in pieces of this size, since some terminals accept at most 64 KB at once.
 constexpr std::size_t terminalPiece = 8000;
 
-// The length of the next piece, which does not end between the halves of a pair.
+// The length of the next piece, which does not cut through a surrogate pair.
 std::size_t pieceOf(std::wstring_view text)
 {
     const std::size_t size = std::min(text.size(), terminalPiece);
@@ -71,7 +71,7 @@ DWORD write(DWORD which, std::string_view text)
     return isTerminal(which) ? writeToTerminal(handle, toWide(text)) : writeToFile(handle, text);
 }
 
-// A byte at a time: what follows the line may be meant for somebody else.
+// Reads one byte at a time, since another program may want the input behind the line.
 std::optional<std::string> lineOfFile(HANDLE handle)
 {
     std::string line;
@@ -100,7 +100,7 @@ std::optional<std::string> lineOfTerminal(HANDLE handle)
             return std::nullopt;
         }
         if (count == 0) {
-            // Ctrl+C leaves no characters.
+            // After Ctrl+C there are no characters.
             return GetLastError() == ERROR_OPERATION_ABORTED ? std::optional<std::string>("") : std::nullopt;
         }
         line.append(buffer.data(), count);
@@ -117,7 +117,7 @@ bool meansNobodyReads(DWORD error)
     return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED;
 }
 
-// What the platform says of an error, without the end of its line.
+// The platform's text for an error, without the line break.
 std::string systemText(DWORD error)
 {
     std::array<wchar_t, 512> buffer{};
@@ -178,7 +178,7 @@ std::optional<std::size_t> lineWidth()
     CONSOLE_SCREEN_BUFFER_INFO info{};
     if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0 &&
         info.srWindow.Right > info.srWindow.Left) {
-        // One less than the window has: a character in the last column would make some terminals begin a new line.
+        // The last column stays empty, since a character there makes some terminals begin a new line.
         return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left);
     }
     return std::nullopt;

@@ -83,7 +83,7 @@ std::vector<ValueWord> valueWords(const Qualifiers& qualifiers)
     for (std::size_t i = 0; i < keys.size() && i < words.size(); ++i) {
         result.push_back({keys[i], words[i]});
     }
-    // Without a map the words stand for 0, 1, 2 and so on.
+    // Without ValueMap the words are those of 0, 1, 2 and so on.
     for (std::size_t i = 0; keys.empty() && i < words.size(); ++i) {
         result.push_back({std::to_wstring(i), words[i]});
     }

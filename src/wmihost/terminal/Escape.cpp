@@ -60,7 +60,7 @@ std::string spelled(unsigned codePoint)
     }
 }
 
-// The text with what `spell` says in place of the characters that steer and that `stays` does not keep.
+// The text, with each control character replaced by the result of `spell` unless `stays` accepts it.
 template <class Stays, class Spell>
 std::string replaced(std::string_view text, Stays stays, Spell spell)
 {

@@ -28,7 +28,7 @@ BOOL WINAPI onControlEvent(DWORD event)
         return FALSE;
     }
     if (guards == 0 || isSet()) {
-        // Not ExitProcess: the provider's threads may hold what the end of its DLL would wait for.
+        // ExitProcess could hang, since the provider's threads may hold a lock that the unloading of its DLL waits for.
         TerminateProcess(GetCurrentProcess(), interruptedExit);
     }
     SetEvent(interruptEvent());

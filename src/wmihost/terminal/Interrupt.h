@@ -4,14 +4,14 @@
 
 namespace wmihost {
 
-// The exit code of a program that Ctrl+C ended, as shells have it.
+// The exit code of a program that Ctrl+C ended, as in shells.
 inline constexpr int interruptedExit = 130;
 
 // From now on Ctrl+C and Ctrl+Break end the process with that exit code. Called once.
 void endOnInterrupt();
 
-// As long as one lives, the first Ctrl+C does not end the process: its owner finds out, and ends what it does. A second
-// one does.
+// While a guard lives, the first Ctrl+C does not end the process. The guard's owner must check for it and end its work.
+// A second Ctrl+C ends the process.
 class InterruptGuard
 {
 public:
@@ -21,7 +21,7 @@ public:
     ~InterruptGuard();
 
     bool interrupted() const;
-    // Waits that long. Returns whether it was not interrupted.
+    // Waits for that time. Returns false if it was interrupted.
     bool pause(std::chrono::milliseconds time) const;
 };
 

@@ -6,7 +6,7 @@
 namespace wmihost {
 namespace {
 
-// Narrower, lines would become a thread of syllables.
+// Narrower lines would be unreadable.
 constexpr std::size_t leastLine = 10;
 
 // The place of the n-th code point.
@@ -49,7 +49,7 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t width)
                 lines.back() += ' ';
             }
         }
-        // A word that is longer than a line goes on in the next one.
+        // A word that is longer than a line is broken.
         for (const char byte : word) {
             if (beginsCodePoint(byte) && lengthOf(lines.back()) == width) {
                 lines.emplace_back();
@@ -70,7 +70,7 @@ std::string wrappedLines(std::string_view text, std::optional<std::size_t> width
     for (std::string line; std::getline(lines, line);) {
         const std::size_t own = std::min(line.find_first_not_of(' '), line.size());
         const std::size_t hanging = lengthOf(line) > *width ? own + indent : own;
-        // The first line has room for `indent` more than the others; it is given up for the sake of one width.
+        // The first line could be longer by `indent`, but all lines get the same width.
         const std::size_t room = std::max(*width > hanging ? *width - hanging : 0, leastLine);
         std::size_t blanks = own;
         for (const std::string& piece : wrapped(std::string_view(line).substr(own), room)) {

@@ -22,11 +22,11 @@ std::size_t lengthOf(std::string_view text);
 // The code points from `begin` on, `count` of them or fewer.
 std::string_view charactersOf(std::string_view text, std::size_t begin, std::size_t count);
 
-// The text in lines of at most that many characters, broken at blanks where it has some.
+// The text in lines of at most that many characters, broken at blanks if possible.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 
-// Paragraphs that fit the width: a line that is longer goes on below, indented by `indent` more than it was itself.
-// Without a width the text as it is.
+// Wraps the lines of a text that are longer than the width. The continuations are indented by `indent` more than the
+// line. Without a width, the text stays unchanged.
 std::string wrappedLines(std::string_view text, std::optional<std::size_t> width, std::size_t indent);
 
 }  // namespace wmihost

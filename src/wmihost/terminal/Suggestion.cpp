@@ -9,7 +9,7 @@
 namespace wmihost {
 namespace {
 
-// How many letters have to be put in, left out, replaced or swapped with the next one to make one name of the other.
+// The number of insertions, deletions, replacements and swaps of adjacent letters that turn one name into the other.
 std::size_t distanceBetween(std::wstring_view left, std::wstring_view right)
 {
     std::vector<std::vector<std::size_t>> rows(left.size() + 1, std::vector<std::size_t>(right.size() + 1));
@@ -31,7 +31,7 @@ std::size_t distanceBetween(std::wstring_view left, std::wstring_view right)
 
 std::string suggestion(std::wstring_view unknown, const std::vector<std::wstring>& known)
 {
-    // Shorter, a piece of a name is a piece of too many.
+    // Too many names contain a shorter piece.
     constexpr std::size_t leastPiece = 3;
     const std::wstring folded = foldName(unknown);
     const std::wstring* best = nullptr;

@@ -6,8 +6,9 @@
 
 namespace wmihost {
 
-// The end of a complaint about a name that nobody knows: "; did you mean X?" with the known name that is most like it,
-// without case. Empty if none is like it: more than a third of the letters would have to change, and none contains it.
+// The end of an error message about an unknown name: "; did you mean X?" with the most similar known name, compared
+// without case. Empty if no name is similar, that is, if more than a third of the letters would have to change and no
+// known name contains the unknown one.
 std::string suggestion(std::wstring_view unknown, const std::vector<std::wstring>& known);
 
 // The same for the names of properties or methods.

@@ -10,7 +10,7 @@ namespace wmihost {
 namespace {
 
 constexpr std::size_t gapWidth = 2;
-// Narrower, a cut text says nothing any more.
+// A text that is cut to fewer characters would be useless.
 constexpr std::size_t leastCut = 12;
 constexpr std::size_t leastMiddle = 24;
 constexpr std::size_t leastWrapped = 20;
@@ -28,8 +28,8 @@ std::string withoutEnd(const std::string& text, std::size_t width)
                                    : std::string(charactersOf(text, 0, std::max<std::size_t>(width, 1) - 1)) + ellipsis;
 }
 
-// Keeps what lies between the common prefix and the common suffix, and of these the outer ends and as much beside the
-// core as there is room for.
+// Shortens the common prefix and the common suffix of the column in their middle, so that the differing part of the
+// text fits.
 std::string withoutCommon(const std::string& text, std::size_t width, const Table::Common& common)
 {
     const std::size_t length = lengthOf(text);
@@ -52,7 +52,7 @@ std::size_t commonPrefix(std::string_view left, std::string_view right)
 {
     const auto at = std::mismatch(left.begin(), left.end(), right.begin(), right.end()).first;
     auto bytes = static_cast<std::size_t>(at - left.begin());
-    // Two characters that begin with the same byte are not the same.
+    // Two different characters may begin with the same byte.
     while (bytes > 0 && bytes < left.size() && !beginsCodePoint(left[bytes])) {
         --bytes;
     }
@@ -71,7 +71,7 @@ std::size_t lineLength(const std::vector<std::size_t>& widths)
            (widths.empty() ? 0 : gapWidth * (widths.size() - 1));
 }
 
-// Takes from the widest of the columns until the line fits, as far as the least widths allow.
+// Narrows the widest columns until the line fits, but no column below its least width.
 void squeeze(std::vector<std::size_t>& widths, const std::vector<std::size_t>& least, std::size_t width)
 {
     while (lineLength(widths) > width) {
@@ -276,7 +276,7 @@ std::string Table::inColumns(const Layout& layout) const
     return text;
 }
 
-// The first cell of a row, and the others below it.
+// Shows the first cell of each row, and the others below it.
 std::string Table::inStacks(std::size_t width) const
 {
     std::string text;

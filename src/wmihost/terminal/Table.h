@@ -17,10 +17,10 @@ public:
     // What happens to a text that is longer than its column.
     enum class Long
     {
-        cut,     // it loses its end, marked by an ellipsis
-        middle,  // it loses what it has in common with the others of its column, marked by ellipses
-        whole,   // the column does not become narrower
-        wraps    // it goes on below
+        cut,     // its end is replaced by an ellipsis
+        middle,  // the parts that all texts of the column share are replaced by ellipses
+        whole,   // the column keeps its width
+        wraps    // it continues on the next line
     };
 
     struct Column
@@ -28,10 +28,10 @@ public:
         std::string heading;
         bool right = false;  // a number: never cut
         Long longTexts = Long::cut;
-        bool identifies = false;  // tells the rows apart: never left out
+        bool identifies = false;  // it identifies the rows, and is never left out
     };
 
-    // How many characters at the beginning and at the end all the texts of a column share.
+    // The number of characters that all texts of a column share at the beginning and at the end.
     struct Common
     {
         std::size_t prefix;
@@ -40,15 +40,16 @@ public:
 
     explicit Table(std::vector<Column> columns) : m_columns(std::move(columns)) {}
 
-    // As many cells as there are columns.
+    // The row must have one cell for each column.
     void addRow(std::vector<std::string> cells) { m_rows.push_back(std::move(cells)); }
 
-    // The lines of the table, each ending in "\n". Where they are longer than `width`, columns become narrower as far
-    // as their kind allows; then columns are left out from the right, but for those that identify the rows, which wrap
-    // in the end. A table with a column that wraps leaves none out: it puts the cells of a row below each other.
+    // The lines of the table, each ending in "\n". If they are longer than `width`, columns become narrower as far as
+    // their kind allows. Then columns are left out from the right, except those that identify the rows; if these still
+    // do not fit, they wrap. A table with a wrapping column leaves none out, but puts the cells of a row below each
+    // other.
     std::string render(std::optional<std::size_t> width) const;
 
-    // Whether no text is cut and nothing left out at that width.
+    // Whether that width suffices without cutting a text or leaving out a column.
     bool fits(std::optional<std::size_t> width) const;
 
     // The headings of the columns that `render` leaves out at that width.
@@ -61,7 +62,7 @@ private:
         std::vector<std::size_t> columns;
         std::vector<std::size_t> widths;
         std::vector<Common> common;
-        bool wrapsAll = false;  // even the columns that identify the rows do not fit otherwise
+        bool wrapsAll = false;  // even the columns that identify the rows must wrap
         bool stacked = false;
     };
     Layout layoutFor(std::optional<std::size_t> width) const;

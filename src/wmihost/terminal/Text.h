@@ -6,23 +6,23 @@
 
 namespace wmihost {
 
-// UTF-8 to UTF-16; what is no UTF-8 becomes U+FFFD.
+// UTF-8 to UTF-16; invalid bytes become U+FFFD.
 std::wstring toWide(std::string_view text);
 
 // UTF-16 to UTF-8; a lone surrogate becomes U+FFFD.
 std::string toUtf8(std::wstring_view text);
 
-// Whether two names are the same to WMI, which never looks at their case.
+// Whether two names are the same to WMI, which ignores their case.
 bool sameName(std::wstring_view left, std::wstring_view right);
 
-// The form of a name under which tables index it: equal for names that sameName calls equal.
+// The key of a name in tables. It is the same for all names that sameName calls equal.
 std::wstring foldName(std::wstring_view name);
 
-// Order of names without case, for sorted output.
+// The order of names without case, for sorted output.
 bool nameBefore(std::wstring_view left, std::wstring_view right);
 
-// The number that a text spells in decimal (or hexadecimal after 0x), with an optional sign. Null if the text
-// is anything else or does not fit.
+// The number that a text spells in decimal (or hexadecimal after 0x), with an optional sign. Nothing if the text has
+// another form or the number does not fit.
 std::optional<unsigned long long> parseUnsigned(std::wstring_view text);
 std::optional<long long> parseSigned(std::wstring_view text);
 

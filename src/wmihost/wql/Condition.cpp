@@ -18,7 +18,7 @@
 namespace wmihost::wql {
 namespace {
 
-// Holds every integer of 64 bits exactly.
+// This type represents every integer of 64 bits exactly.
 using Number = long double;
 
 constexpr std::wstring_view thisObject = L"__THIS";
@@ -53,7 +53,7 @@ std::optional<Number> numberOf(std::wstring_view text)
     return whole && std::isfinite(real) ? std::optional<Number>(real) : std::nullopt;
 }
 
-// The number whose word in the value map that is.
+// The number of that word in the value map.
 std::optional<Number> numberForWord(const Qualifiers& qualifiers, std::wstring_view word)
 {
     const Qualifier* words = findQualifier(qualifiers, L"Values");
@@ -80,7 +80,7 @@ std::optional<Number> wantedNumber(const Constant& constant, const Qualifiers& q
     return number ? number : numberForWord(qualifiers, constant.text);
 }
 
-// The words that tables show count as well.
+// The words that tables show for booleans are accepted as well.
 std::optional<bool> wantedBoolean(const Constant& constant)
 {
     const auto isOneOf = [&constant](std::initializer_list<std::wstring_view> words) {
@@ -204,7 +204,7 @@ void checkComparison(const Condition& whole, const Comparison& comparison, const
         if (!holdsObject) {
             refuse(whole, comparison.place, toUtf8(name) + " holds no object, so that it has no properties");
         }
-        // What is embedded is known when it is there.
+        // The class of an embedded object is known only when there is one.
         return;
     }
     if (tests) {
@@ -317,7 +317,7 @@ std::optional<bool> holds(const Condition& condition, const ClassDefinition& def
             return part ? std::optional(!*part) : std::nullopt;
         }
         default: {
-            // One part that decides is enough: false of AND, true of OR.
+            // One part can decide: false decides AND, true decides OR.
             const bool deciding = condition.kind == Condition::Kind::any;
             std::optional<bool> result = !deciding;
             for (const Condition& part : condition.parts) {

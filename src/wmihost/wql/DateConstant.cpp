@@ -121,7 +121,7 @@ std::vector<Token> tokensOf(std::wstring_view text)
     return tokens;
 }
 
-// Reads tokens from the first to the last; each function takes what it recognises and nothing else.
+// Reads tokens from the first to the last. Each function takes only tokens that it recognises.
 class TokenReader
 {
 public:
@@ -156,7 +156,7 @@ public:
         return m_tokens[m_at++].text;
     }
 
-    // The number of a month whose name, whole or its first three letters, stands here.
+    // The number of the month whose name, or its first three letters, is the next token.
     std::optional<long long> takeMonth()
     {
         constexpr std::array<std::wstring_view, 12> months{L"January",   L"February", L"March",    L"April",
@@ -212,7 +212,7 @@ bool solidDate(std::wstring_view digits, Moment& result)
             result.year = numberIn(digits);
             return true;
         case 6: {
-            // The year has two digits where the rest is a day of the calendar, and four where it is not.
+            // The year has two digits if the rest is then a day of the calendar, otherwise four.
             Moment shorter{yearOf(digits.substr(0, 2)), numberIn(digits.substr(2, 2)), numberIn(digits.substr(4))};
             result = isValid(shorter) ? shorter : Moment{numberIn(digits.substr(0, 4)), numberIn(digits.substr(4))};
             return true;
@@ -225,8 +225,8 @@ bool solidDate(std::wstring_view digits, Moment& result)
     }
 }
 
-// Three numbers with the same separator between them. Four digits are the year; without them it comes last. Of the
-// other two the month comes first, unless only the second can be one.
+// Three numbers with the same separator between them. The number with four digits is the year; without one, the last
+// number is. Of the other two the first is the month, unless it cannot be one.
 bool separatedDate(TokenReader& reader, std::wstring_view first, wchar_t separator, Moment& result)
 {
     std::vector<std::wstring_view> parts{first};
@@ -251,7 +251,8 @@ bool separatedDate(TokenReader& reader, std::wstring_view first, wchar_t separat
 }
 
 // The month is a word: "Jan 21, 1932", "January 1932", "21 January 32", "1932 21 Jan" and the like. Of two numbers the
-// one of four digits is the year; without one it is the last, or the first where it is greater than any day.
+// one with four digits is the year. Without one, the year is the first number if that is greater than any day,
+// otherwise the last one.
 bool wordDate(TokenReader& reader, Moment& result)
 {
     std::vector<std::wstring_view> numbers;
@@ -313,7 +314,7 @@ bool readTime(TokenReader& reader, Moment& result)
     return hasMinutes;
 }
 
-// A date as people write it, and a time behind it or not.
+// A date as people write it, optionally followed by a time.
 std::optional<Moment> writtenDate(std::wstring_view text)
 {
     const std::vector<Token> tokens = tokensOf(text);
