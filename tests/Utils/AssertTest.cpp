@@ -22,7 +22,7 @@ TEST(AssertTest, aTrueConditionIsEvaluatedOnceAndWritesNothing)
     EXPECT_THAT(log.debugger(), IsEmpty());
 }
 
-TEST(AssertTest, aFalseConditionThrowsTheConditionAsItIsWritten)
+TEST(AssertTest, FalseCondition_isThrownAsWritten)
 {
     const void* pointer = nullptr;
     EXPECT_EQ(support::thrownBy([&] { ASSERT_AT(here, 42, pointer != NULL); }),
@@ -37,7 +37,7 @@ TEST(AssertTest, aFalseConditionCarriesItsOwnLineNumber)
               "DRAVEv2: Some/File:" + std::to_string(LINE) + ": Assertion failed: '1 == 2'");
 }
 
-TEST(AssertTest, aFalseConditionWritesOneErrorLineWithoutThePrefix)
+TEST(AssertTest, FalseCondition_writesOneErrorLine)
 {
     const support::LogCapture log;
     support::thrownBy([] { ASSERT_AT(here, 42, 1 == 2); });

@@ -67,7 +67,7 @@ TEST(AutoSingletonTest, Holder_takesTheInstanceThatIsThere)
     EXPECT_EQ(HeldEarly::getInstance(), earlier);
 }
 
-TEST(AutoSingletonTest, aLaterInstanceStandsInForTheHeldOneWhileItLives)
+TEST(AutoSingletonTest, LaterInstance_isCurrentWhileItLives)
 {
     Held* const held = Held::getInstance();
     {
@@ -77,7 +77,7 @@ TEST(AutoSingletonTest, aLaterInstanceStandsInForTheHeldOneWhileItLives)
     EXPECT_EQ(Held::getInstance(), held);
 }
 
-TEST(AutoSingletonTest, withoutMemoryAtLoadTheFirstUseMakesTheInstance)
+TEST(AutoSingletonTest, WithoutMemoryAtLoad_theFirstUseMakesIt)
 {
     EXPECT_EQ(HeldLate::tries, 1);
     HeldLate* const held = HeldLate::getInstance();

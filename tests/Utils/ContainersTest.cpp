@@ -11,6 +11,7 @@
 #include "support/LockCount.h"
 #include "support/SlotOf.h"
 #include "support/Thrown.h"
+#include "support/Together.h"
 
 namespace {
 
@@ -63,7 +64,7 @@ TEST(MapTest, iteratesInByteWiseOrderOfTheKeys)
     EXPECT_EQ(map.size(), 3U);
 }
 
-TEST(MapTest, setReplacesAndFindGivesNullForAnUnknownKeyWithoutInsertingIt)
+TEST(MapTest, Set_replaces_andFindInsertsNothing)
 {
     utils::Map<std::string, int> map;
     map.set("a", 1);
@@ -87,7 +88,7 @@ TEST(MapTest, destroyingAMapOfPointersLeavesTheObjectsAlive)
     EXPECT_EQ(deletions, 0);
 }
 
-TEST(SafeMapTest, getOfAnUnknownKeyIsFalseAndLeavesTheKeyPresent)
+TEST(SafeMapTest, Get_ofAnUnknownKey_insertsIt)
 {
     Flags flags;
     EXPECT_FALSE(flags.contains("a"));
@@ -146,21 +147,15 @@ TEST(SafeMapTest, destroyingAMapOfPointersLeavesTheObjectsAlive)
     EXPECT_EQ(deletions, 0);
 }
 
-TEST(SafeMapTest, threadsMayUseOneMap)
+TEST(SafeMapTest, Threads_mayUseOneMap)
 {
     utils::SafeMap<int, int> map;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&map, thread] {
-            for (int i = 0; i < 100; ++i) {
-                map.set(100 * thread + i, i);
-                EXPECT_EQ(map.get(100 * thread + i), i);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    support::runTogether(4, [&](int thread) {
+        for (int i = 0; i < 100; ++i) {
+            map.set(100 * thread + i, i);
+            EXPECT_EQ(map.get(100 * thread + i), i);
+        }
+    });
     for (int key = 0; key < 400; ++key) {
         EXPECT_TRUE(map.contains(key));
     }
@@ -255,7 +250,7 @@ TEST_F(SafeListTest, UnsharedAppend_takesNoLock)
     EXPECT_EQ(list.getIterator().next(), &m_first);
 }
 
-TEST_F(SafeListTest, anotherThreadMayAppendWhileTheCallerWorksOnAnElement)
+TEST_F(SafeListTest, OtherThread_mayAppendBetweenSteps)
 {
     Elements list;
     list.append(&m_first);
@@ -279,7 +274,7 @@ TEST_F(SafeListTest, neverDeletesElementsUnlessToldTo)
     EXPECT_EQ(deletions, 0);
 }
 
-TEST_F(SafeListTest, anOwningListDeletesEachElementWhenItIsClearedAndWhenItIsDestroyed)
+TEST_F(SafeListTest, OwningList_deletesItsElements)
 {
     int deletions = 0;
     {
@@ -341,23 +336,17 @@ TEST_F(SafeListTest, aCopyHasAMutexOfItsOwn)
     EXPECT_EQ(moved.size(), 2U);
 }
 
-TEST_F(SafeListTest, threadsMayAppendAndIterateAtOnce)
+TEST_F(SafeListTest, Threads_mayAppendAndIterateAtOnce)
 {
     Elements list;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 50; ++i) {
-                list.append(&m_first);
-                Elements::Iterator iterator = list.getIterator();
-                EXPECT_EQ(iterator.first(), &m_first);
-                iterator.next();
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    support::runTogether(4, [&](int /*thread*/) {
+        for (int i = 0; i < 50; ++i) {
+            list.append(&m_first);
+            Elements::Iterator iterator = list.getIterator();
+            EXPECT_EQ(iterator.first(), &m_first);
+            iterator.next();
+        }
+    });
     EXPECT_EQ(list.size(), 200U);
 }
 
@@ -389,7 +378,7 @@ TEST_F(SafeListTest, appendingToAFullListIsRefused)
     EXPECT_EQ(list.size(), 2U);
 }
 
-TEST(IteratorTest, withoutAnImplementationNextAndFirstFailTheirAssertions)
+TEST(IteratorTest, Iterator_withoutAnImplementation_asserts)
 {
     Elements::Iterator iterator(nullptr);
     EXPECT_EQ(support::thrownBy([&] { iterator.next(); }),
@@ -398,7 +387,7 @@ TEST(IteratorTest, withoutAnImplementationNextAndFirstFailTheirAssertions)
               "DRAVEv2: Utils/Containers:156: Assertion failed: 'implementation != NULL'");
 }
 
-TEST(IteratorTest, aMovedIteratorGoesOnWhereItStoodAndLeavesNoneBehind)
+TEST(IteratorTest, MovedIterator_goesOnWhereItStood)
 {
     Element element;
     Elements list;
@@ -435,7 +424,7 @@ TEST(IteratorTest, deletesItsImplementation)
     EXPECT_TRUE(deleted);
 }
 
-TEST(SimpleIteratorImplementationTest, sizeCountsTheWholeListWhereverTheIteratorStands)
+TEST(SimpleIteratorImplementationTest, Size_countsTheWholeList)
 {
     Element element;
     Elements list;

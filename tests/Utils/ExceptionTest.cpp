@@ -16,7 +16,7 @@ std::string logged(const std::string& text)
     return "error|Exception|utils::Exception::Exception|" + text;
 }
 
-TEST(ExceptionTest, aMessageGetsTheProductPrefixAndIsLoggedWithoutIt)
+TEST(ExceptionTest, Message_isLoggedWithoutThePrefix)
 {
     const support::LogCapture log;
     const utils::Exception exception(std::string("x"));
@@ -51,7 +51,7 @@ TEST(ExceptionTest, aMessageIsNotCut)
     EXPECT_EQ(utils::Exception(message).what(), "DRAVEv2: " + message);
 }
 
-TEST(ExceptionTest, constructionWritesOneErrorEventAtTheDefaultLevel)
+TEST(ExceptionTest, Construction_writesOneErrorEvent)
 {
     const support::LogCapture log(1);
     const utils::EForbidden exception("no");
@@ -74,7 +74,7 @@ TEST(ExceptionTest, copiesKeepTheTextAndWriteNothing)
     EXPECT_THAT(log.debugger(), IsEmpty());
 }
 
-TEST(ExceptionTest, typedExceptionsPutTheirNameBetweenPrefixAndTextWithoutABlank)
+TEST(ExceptionTest, TypedException_putsItsNameBeforeTheText)
 {
     const support::LogCapture log;
     EXPECT_STREQ(utils::EForbidden("text").what(), "DRAVEv2: EForbidden:text");

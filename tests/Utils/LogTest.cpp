@@ -3,10 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <ostream>
-#include <thread>
+#include <vector>
 
 #include "support/CapturedSinks.h"
 #include "support/LogCapture.h"
+#include "support/Together.h"
 
 namespace {
 
@@ -79,7 +80,7 @@ TEST(LogTest, level0SilencesEverything)
     EXPECT_THAT(log.sequence(), IsEmpty());
 }
 
-TEST(LogTest, withoutTheVariableAnErrorIsOneEventOfTheWholeLineAndNothingElseIsWritten)
+TEST(LogTest, WithoutTheVariable_anErrorIsOneEvent)
 {
     support::setLogLevelVariable(nullptr);
     support::startCapturing();
@@ -110,7 +111,7 @@ TEST(LogTest, level3AddsStandardErrorForBoth)
                                             std::string("debugger: ") + ERROR_LINE));
 }
 
-TEST(LogTest, standardErrorInterpretsPercentSignsASecondTime)
+TEST(LogTest, StandardError_interpretsPercentSignsTwice)
 {
     const support::LogCapture log(3);
     testing::internal::CaptureStderr();
@@ -129,7 +130,7 @@ TEST(LogTest, aLineIsCutTo511CharactersAndLosesItsNewline)
     EXPECT_THAT(log.events(), ElementsAre(line));
 }
 
-TEST(LogTest, aLineOf511CharactersKeepsItsNewlineAndALongerOneDoesNot)
+TEST(LogTest, Line_of511Characters_keepsItsNewline)
 {
     const support::LogCapture log;
     const std::string start = "ZerixDRAVEv2: Some/File:17:some::function: debug: ";
@@ -153,39 +154,27 @@ TEST(LogTest, aMessageMayBeEmpty)
     EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: F:1:f: debug: \n"));
 }
 
-TEST(LogTest, linesOfSeveralThreadsStayWhole)
+TEST(LogTest, LinesOfSeveralThreads_stayWhole)
 {
     const support::LogCapture log;
     constexpr int THREADS = 8;
     constexpr int LINES = 50;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < THREADS; ++i) {
-        threads.emplace_back([] {
-            for (int line = 0; line < LINES; ++line) {
-                utils::logError("Some/File", "some::function", 18, "text");
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    support::runTogether(THREADS, [](int /*thread*/) {
+        for (int line = 0; line < LINES; ++line) {
+            utils::logError("Some/File", "some::function", 18, "text");
+        }
+    });
     EXPECT_EQ(log.debugger().size(), static_cast<std::size_t>(THREADS * LINES));
     EXPECT_EQ(log.events().size(), static_cast<std::size_t>(THREADS * LINES));
     EXPECT_THAT(log.debugger(), Each(std::string(ERROR_LINE)));
     EXPECT_THAT(log.events(), Each(std::string(ERROR_LINE)));
 }
 
-TEST(LogTest, threadsThatMeetOnTheFirstReadFindTheSameLevel)
+TEST(LogTest, FirstReads_atOnce_findTheSameLevel)
 {
     support::setLogLevelVariable("2");
     std::vector<std::int32_t> levels(8);
-    std::vector<std::thread> threads;
-    for (std::int32_t& level : levels) {
-        threads.emplace_back([&level] { level = utils::logLevel(); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    support::runTogether(8, [&](int thread) { levels[static_cast<std::size_t>(thread)] = utils::logLevel(); });
     EXPECT_THAT(levels, Each(2));
 }
 
@@ -223,7 +212,7 @@ TEST(LogSiteTest, debugLinesAreOnFromLevel2)
     EXPECT_TRUE(here.debugOn());
 }
 
-TEST(LogSiteTest, atTheDefaultLevelDebugWritesNothingAndAnErrorOneEvent)
+TEST(LogSiteTest, DefaultLevel_writesErrorsToTheEventLogAlone)
 {
     const support::LogCapture log(1);
     static constexpr utils::LogSite here{"Some/File", "some::function"};

@@ -5,9 +5,9 @@
 #include <atomic>
 #include <thread>
 #include <type_traits>
-#include <vector>
 
 #include "support/LockCount.h"
+#include "support/Together.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ static_assert(std::has_virtual_destructor_v<utils::Mutex>);
 static_assert(sizeof(utils::Mutex) == 2 * sizeof(void*), "the virtual table and the handle, nothing else");
 static_assert(sizeof(utils::MutexGuard) == sizeof(void*));
 
-TEST(MutexTest, aThreadMayTakeAMutexThatItHolds)
+TEST(MutexTest, Thread_mayTakeAMutexThatItHolds)
 {
     utils::Mutex mutex;
     const std::uint32_t taken = support::locksTaken();
@@ -31,7 +31,7 @@ TEST(MutexTest, aThreadMayTakeAMutexThatItHolds)
     EXPECT_EQ(support::locksReleased() - released, 2U);
 }
 
-TEST(MutexTest, aMutexIsFreeForOtherThreadsOnlyOnceEveryGuardIsGone)
+TEST(MutexTest, Mutex_isFreeOnceEveryGuardIsGone)
 {
     utils::Mutex mutex;
     std::atomic<bool> entered{false};
@@ -52,24 +52,18 @@ TEST(MutexTest, aMutexIsFreeForOtherThreadsOnlyOnceEveryGuardIsGone)
     EXPECT_TRUE(entered);
 }
 
-TEST(MutexTest, guardsKeepThreadsApart)
+TEST(MutexTest, Guards_keepThreadsApart)
 {
     utils::Mutex mutex;
     int counter = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int step = 0; step < 200; ++step) {
-                const utils::MutexGuard guard(mutex);
-                const int seen = counter;
-                std::this_thread::yield();
-                counter = seen + 1;
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    support::runTogether(4, [&](int /*thread*/) {
+        for (int step = 0; step < 200; ++step) {
+            const utils::MutexGuard guard(mutex);
+            const int seen = counter;
+            std::this_thread::yield();
+            counter = seen + 1;
+        }
+    });
     EXPECT_EQ(counter, 800);
 }
 

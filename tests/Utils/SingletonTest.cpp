@@ -43,7 +43,7 @@ TEST(SingletonTest, theInstanceIsCreatedOnFirstUseAndStaysTheSame)
     EXPECT_THAT(log.numberedMessages(), ElementsAre(NEW_LAZY));
 }
 
-TEST(SingletonTest, aSecondConstructionBecomesCurrentAndItsDeletionMakesTheFirstCurrentAgain)
+TEST(SingletonTest, SecondInstance_isCurrentWhileItLives)
 {
     const support::LogCapture log;
     auto first = std::make_unique<Lazy>();
@@ -81,7 +81,7 @@ public:
     static constexpr const char* qualifiedName = "Unqualified";
 };
 
-TEST(SingletonTest, theLogLineNamesTheClassPlainlyAndTheFunctionInFull)
+TEST(SingletonTest, LogLine_namesTheClassPlainly)
 {
     const support::LogCapture log;
     Unqualified::getInstance();

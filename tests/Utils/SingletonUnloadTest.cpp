@@ -27,7 +27,7 @@ TEST(SingletonUnloadTest, aHeldSingletonLivesFromLoadToUnload)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "held deleted\n");
 }
 
-TEST(SingletonUnloadTest, aLazySingletonIsDeletedWhenItsModuleIsUnloaded)
+TEST(SingletonUnloadTest, LazySingleton_goesWithItsModule)
 {
     testing::internal::CaptureStderr();
     const HMODULE module = loadModule();

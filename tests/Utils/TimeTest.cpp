@@ -6,7 +6,6 @@
 #include <limits>
 #include <thread>
 #include <tuple>
-#include <vector>
 
 #include "support/LockCount.h"
 #include "support/Thrown.h"
@@ -52,12 +51,12 @@ TEST(TimeTest, monthsAndDaysCountFromOneAndLeapDaysExist)
     EXPECT_EQ(all(Time::timestamp(1'798'761'599 * SECOND).decomposeTimestamp()), Fields(2026, 12, 31, 23, 59, 59));
 }
 
-TEST(TimeTest, theLastTimeThatCanBeBrokenDownIsEightHoursIntoTheYear3001)
+TEST(TimeTest, LastTime_isEightHoursIntoTheYear3001)
 {
     EXPECT_EQ(all(Time::timestamp(FIRST_NOT_REPRESENTED - 1).decomposeTimestamp()), Fields(3001, 1, 1, 7, 59, 59));
 }
 
-TEST(TimeTest, aTimeBeyondThatFailsTheAssertionOnTheBreakdown)
+TEST(TimeTest, LaterTime_failsTheAssertion)
 {
     for (const std::uint64_t value : {FIRST_NOT_REPRESENTED, std::numeric_limits<std::uint64_t>::max()}) {
         EXPECT_EQ(support::withoutLine(support::thrownBy([&] { Time::timestamp(value).decomposeTimestamp(); })),
@@ -65,7 +64,7 @@ TEST(TimeTest, aTimeBeyondThatFailsTheAssertionOnTheBreakdown)
     }
 }
 
-TEST(TimeTest, aFailedBreakdownLeavesTheLockFreeForOtherThreads)
+TEST(TimeTest, FailedBreakdown_leavesTheLockFree)
 {
     EXPECT_THROW(Time::timestamp(FIRST_NOT_REPRESENTED).decomposeTimestamp(), utils::Exception);
     std::thread([] { EXPECT_EQ(Time::timestamp(0).decomposeTimestamp().year, 1970U); }).join();
@@ -84,7 +83,7 @@ TEST(TimeTest, daysOfAPeriodAreNotCapped)
               Period(213'503'982, 8, 1, 49));
 }
 
-TEST(TimeTest, decomposeTakesEitherKindAndGivesAPeriodNoYearAndNoMonth)
+TEST(TimeTest, Decompose_ofAPeriod_hasNoYearAndMonth)
 {
     EXPECT_EQ(all(Time::period(90'061 * SECOND).decompose()), Fields(0, 0, 1, 1, 1, 1));
     EXPECT_EQ(all(Time::timestamp(90'061 * SECOND).decompose()), Fields(1970, 1, 2, 1, 1, 1));
@@ -127,22 +126,6 @@ TEST(TimeTest, onlyTheTimestampBreakdownTakesALock)
     EXPECT_EQ(support::locksTakenBy([] { Time::period(0).decompose(); }), 0U);
     EXPECT_EQ(support::locksTakenBy([] { support::thrownBy([] { Time::period(0).decomposeTimestamp(); }); }), 0U);
     EXPECT_EQ(support::locksTaken() - support::locksReleased(), balance);
-}
-
-TEST(TimeTest, threadsNeverReadEachOthersBreakdown)
-{
-    std::vector<std::thread> threads;
-    for (std::uint64_t day = 0; day < 4; ++day) {
-        threads.emplace_back([day] {
-            for (int i = 0; i < 200; ++i) {
-                EXPECT_EQ(all(Time::timestamp(day * 86'400 * SECOND).decomposeTimestamp()),
-                          Fields(1970, 1, 1 + day, 0, 0, 0));
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
 }
 
 }  // namespace

@@ -103,7 +103,7 @@ TEST(ToUintTest, logsNothingForADecimalNumberAndForNoNumber)
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(ToUintTest, logsTheHexLineAloneWhenNothingFollowsThePrefix)
+TEST(ToUintTest, HexWithNothingBehindIt_isLoggedOnce)
 {
     const support::LogCapture log;
     std::uint32_t number = 0;
@@ -111,7 +111,7 @@ TEST(ToUintTest, logsTheHexLineAloneWhenNothingFollowsThePrefix)
     EXPECT_THAT(log.messages(), ElementsAre("debug|Utils/Utils|utils::toUint|HEX: 0x"));
 }
 
-TEST(ToUintTest, logsBothLinesForAHexadecimalTextWithMoreBehindIt)
+TEST(ToUintTest, HexWithMoreBehindIt_isLoggedTwice)
 {
     const support::LogCapture log;
     std::uint32_t number = 0;
@@ -188,12 +188,12 @@ TEST(SplitTest, aBackslashBeforeAQuoteKeepsTheQuotesOpen)
     EXPECT_THAT(utils::split(R"("a\":b":c)", ':', '"'), ElementsAre(R"("a\":b")", "c"));
 }
 
-TEST(SplitTest, aBackslashOutsideQuotesDoesNotKeepAQuoteFromOpeningThem)
+TEST(SplitTest, Backslash_beforeAQuote_letsItOpen)
 {
     EXPECT_THAT(utils::split(R"(\"a:b")", ':', '"'), ElementsAre(R"(\"a:b")"));
 }
 
-TEST(SplitTest, aValueThatEndsInABackslashSwallowsItsClosingQuote)
+TEST(SplitTest, Value_endingInABackslash_swallowsItsQuote)
 {
     EXPECT_THAT(utils::split(R"(k="a\",l="b")", ',', '"'), ElementsAre(R"(k="a\",l="b")"));
     EXPECT_THAT(utils::split(R"(k="a\\",l=1)", ',', '"'), ElementsAre(R"(k="a\\",l=1)"));
@@ -219,7 +219,7 @@ TEST(UnquoteTest, leavesATextWithoutBothQuotesAsItIs)
     EXPECT_EQ(utils::unquote(R"(a\"b)"), R"(a\"b)");
 }
 
-TEST(UnquoteTest, dropsABackslashBeforeAQuoteAndKnowsNoOtherEscape)
+TEST(UnquoteTest, Backslash_isDroppedBeforeAQuoteAlone)
 {
     EXPECT_EQ(utils::unquote(R"("a\"b")"), R"(a"b)");
     EXPECT_EQ(utils::unquote(R"("\"\"")"), R"("")");

@@ -43,7 +43,7 @@ TEST(CimInstanceTest, markForDeletionStoresItsArgument)
     EXPECT_FALSE(instance.isMarkedForDeletion());
 }
 
-TEST(CimInstanceTest, propertiesJoinTheirOwnersListAndAnEarlierOneOfTheNameIsSkipped)
+TEST(CimInstanceTest, Property_joinsTheListAndSkipsAnEarlierOne)
 {
     core::CimInstance instance("Port");
     const auto* const earlier = new core::CimPropertyString("Name", &instance);
@@ -165,7 +165,7 @@ TEST(CimInstanceTest, theSlotsOfItsVirtualFunctionsAreFixed)
     EXPECT_EQ(support::slotOf(&core::CimInstance::getClassName), 4U);
 }
 
-TEST(CimInstancePathTest, textsAreQuotedWithTheirQuotesEscapedAndNumbersAreBare)
+TEST(CimInstancePathTest, Texts_areQuoted_andNumbersBare)
 {
     core::CimInstance instance("Port");
     addKey(instance, "Name", "a\"b");
@@ -231,7 +231,7 @@ TEST(CimInstancePathTest, aKeyThatIsNullRendersTheValueItHolds)
     EXPECT_EQ(instance.toPathString(), R"(Port.Name="a")");
 }
 
-TEST(CimInstancePathTest, withoutKeysItIsTheClassNameAndTheDotWhichNoParserTakes)
+TEST(CimInstancePathTest, Path_withoutKeys_isNoneThatParses)
 {
     core::CimInstance instance("Port");
     EXPECT_EQ(instance.toPathString(), "Port.");
@@ -286,7 +286,7 @@ public:
     bool armed = false;
 };
 
-TEST(CimInstanceTest, Operations_ofTheProvider_callNoneOfTheFirstSlots)
+TEST(CimInstanceTest, Operations_callNoneOfTheFirstSlots)
 {
     Trapping instance("Port");
     addKey(instance, "Name", "a");

@@ -131,7 +131,7 @@ struct Exposed
 Index& indexOf(CimPropertyList& list);
 template struct Exposed<&CimPropertyList::m_index>;
 
-TEST_F(CimPropertyListTest, addUnderANameThatTheIndexHoldsWithNullFailsItsAssertionAndChangesNothing)
+TEST_F(CimPropertyListTest, Add_underANullOfTheIndex_changesNothing)
 {
     EXPECT_THAT(indexOf(m_list).get("A"), IsNull());
     EXPECT_EQ(support::thrownBy([&] { m_list.add(&m_a); }),
@@ -140,7 +140,7 @@ TEST_F(CimPropertyListTest, addUnderANameThatTheIndexHoldsWithNullFailsItsAssert
     EXPECT_THAT(indexOf(m_list).get("A"), IsNull());
 }
 
-TEST_F(CimPropertyListTest, findPropertyOfAnUnknownNameIsNullAndLeavesTheNameFree)
+TEST_F(CimPropertyListTest, FindProperty_ofAnUnknownName_isNull)
 {
     EXPECT_THAT(m_list.findProperty("A"), IsNull());
     m_list.add(&m_a);
@@ -242,7 +242,7 @@ TEST_F(SkippingIteratorTest, propertiesAddedAtTheEndAreSeen)
     EXPECT_EQ(m_iterator.next(), &c);
 }
 
-TEST_F(CimPropertyListTest, getIteratorStandsBehindTheDestructorInTheVirtualTable)
+TEST_F(CimPropertyListTest, GetIterator_standsBehindTheDestructor)
 {
     EXPECT_EQ(support::slotOf(&CimPropertyList::getIterator), 2U);
     EXPECT_EQ(support::slotOf(&core::OverridenPropertiesSkippingIterator::next), 0U);

@@ -53,7 +53,7 @@ std::string notSupportedLine(const char* function, int line, const char* name, i
                          function, name, type);
 }
 
-TEST(CimPropertyTest, startsNullNotModifiableNoKeyNotOverriddenAndWithoutAnOwner)
+TEST(CimPropertyTest, NewProperty_isNullAndNothingElse)
 {
     const core::CimPropertyUint8 property("P");
     EXPECT_EQ(property.getName(), "P");
@@ -73,7 +73,7 @@ TEST(CimPropertyTest, joinsItsOwnersListAndKnowsItsOwner)
     EXPECT_EQ(owner.getProperties().findProperty("P"), property);
 }
 
-TEST(CimPropertyTest, anEmptyNameFailsItsAssertionBeforeTheOwnerHearsOfIt)
+TEST(CimPropertyTest, EmptyName_failsBeforeTheOwnerHears)
 {
     core::CimInstance owner("Port");
     EXPECT_EQ(thrownBy([&] { const core::CimPropertyUint8 property("", &owner); }),
@@ -153,7 +153,7 @@ TEST(ListenerTest, acceptsEverythingByDefault)
     EXPECT_NO_THROW(listener.onVerify(nullptr, nullptr));
 }
 
-TEST(VerifyPropertyTest, withoutAPropertyOrANewValueItRefusesBeforeItLogs)
+TEST(VerifyPropertyTest, Verify_withoutAPropertyOrValue_logsNothing)
 {
     const support::LogCapture log;
     core::CimPropertyUint8 property("P");
@@ -192,7 +192,7 @@ TEST(VerifyPropertyTest, Size_isLoggedBeforeTheListenersAreAsked)
     EXPECT_EQ(log.messages().size(), 1U);
 }
 
-TEST(VerifyPropertyTest, asksListenersInOrderAndStopsAtTheFirstThatThrows)
+TEST(VerifyPropertyTest, Listeners_areAskedUntilOneThrows)
 {
     MockListener first;
     MockListener second;
@@ -336,7 +336,7 @@ TEST(ModifyEnabledTypesTest, everyTypeWithoutARuleIsUnsupported)
     }
 }
 
-TEST(ModifyEnabledTypesTest, aValueOfAnotherTypeIsAnotherValueAndNeverReadAsThisType)
+TEST(ModifyEnabledTypesTest, ValueOfAnotherType_isAnotherValue)
 {
     const auto text = make<core::CimPropertyString>("a");
     const auto number = make<core::CimPropertyUint8>(0);
@@ -347,7 +347,7 @@ TEST(ModifyEnabledTypesTest, aValueOfAnotherTypeIsAnotherValueAndNeverReadAsThis
     EXPECT_EQ(thrownBy<EForbidden>([&] { make<core::CimPropertyUint8>(7)->verify(wider.get()); }), NOT_ALLOWED);
 }
 
-TEST(VerifyTypeTest, namesThePropertysTypeFirstAndTheNewValuesSecond)
+TEST(VerifyTypeTest, Message_namesThePropertysTypeFirst)
 {
     const auto property = make<core::CimPropertyUint16>(7, true);
     EXPECT_EQ(thrownBy<EForbidden>([&] { property->verify(make<core::CimPropertyUint8>(7).get()); }),
@@ -365,7 +365,7 @@ TEST(VerifyTypeTest, refusesAnotherTypeOverNullToo)
               "DRAVEv2: EForbidden:Property type 4 doesn't support assigning value from property type 0");
 }
 
-TEST(VerifyTypeTest, withoutAPropertyOrANewValueItFailsItsAssertions)
+TEST(VerifyTypeTest, WithoutAPropertyOrValue_itAsserts)
 {
     core::CimPropertyUint8 property("P");
     CimProperty::Listener* const listener = property.listeners()[1];
@@ -377,7 +377,7 @@ TEST(VerifyTypeTest, withoutAPropertyOrANewValueItFailsItsAssertions)
               "DRAVEv2: CimProperty:138: Assertion failed: 'newValue != NULL'");
 }
 
-TEST(CimPropertyTest, theEmbeddedListenersHearNothingOfAModification)
+TEST(CimPropertyTest, EmbeddedListeners_hearNoModification)
 {
     core::CimPropertyUint8 property("P");
     for (CimProperty::Listener* listener : property.listeners()) {

@@ -364,7 +364,7 @@ TEST_F(LengthTest, withAMinimumEvenNullOverNullIsTooShort)
               "DRAVEv2: EInvalidParameter:Length of P property cannot be smaller then 1");
 }
 
-TEST_F(LengthTest, theListenersFailTheirAssertionsWithoutAPropertyOrANewValue)
+TEST_F(LengthTest, Listeners_withoutAPropertyOrValue_assert)
 {
     m_property.registerLengthListeners();
     CimProperty::Listener* const minimum = m_property.listeners()[2];

@@ -16,8 +16,8 @@ template <class Interface, class Base = Interface>
 class FakeUnknown : public Base
 {
 public:
-    FakeUnknown(CallLog& calls, std::string name, bool recordsRelease = true)
-        : m_calls(calls), m_name(std::move(name)), m_recordsRelease(recordsRelease)
+    FakeUnknown(CallLog& calls, std::string name, bool recordsReferences = true)
+        : m_calls(calls), m_name(std::move(name)), m_recordsReferences(recordsReferences)
     {
     }
     FakeUnknown(const FakeUnknown&) = delete;
@@ -34,20 +34,21 @@ public:
         return S_OK;
     }
 
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++m_references); }
+    ULONG STDMETHODCALLTYPE AddRef() override { return noted(++m_references); }
 
     ULONG STDMETHODCALLTYPE Release() override
     {
         const int count = --m_references;
-        if (count == 0) {
-            if (m_recordsRelease) {
-                m_calls.add(m_name + " released");
-            }
-            if (onLastRelease) {
-                onLastRelease();
-            }
+        if (count != 0) {
+            return noted(count);
         }
-        return static_cast<ULONG>(count);
+        if (m_recordsReferences) {
+            m_calls.add(m_name + " released");
+        }
+        if (onLastRelease) {
+            onLastRelease();
+        }
+        return 0;
     }
 
     // Runs when the last reference goes.
@@ -64,9 +65,17 @@ protected:
     CallLog& calls() noexcept { return m_calls; }
 
 private:
+    ULONG noted(int count) const
+    {
+        if (m_recordsReferences) {
+            CallLog::noteReferences(m_name, count);
+        }
+        return static_cast<ULONG>(count);
+    }
+
     CallLog& m_calls;
     std::string m_name;
-    bool m_recordsRelease;
+    bool m_recordsReferences;
     std::atomic<int> m_references{0};
 };
 

@@ -95,7 +95,7 @@ TEST_P(LeaksTest, tenThousandRequestsLeaveEverythingWhereItWas)
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     const support::ComMemory comMemory;
     support::CallLog registryCalls;
-    const reliability::ProviderModule module(registryCalls);
+    const reliability::RegistrylessModule module(registryCalls);
     {
         const CheapMutexes ofProvider(module.handle());
         const CheapMutexes ofProgram(GetModuleHandleA(nullptr));

@@ -10,7 +10,7 @@ namespace reliability {
 
 namespace {
 
-Outcome runRegistration(Scenario scenario, const ProviderModule& module, support::CallLog& registryCalls)
+Outcome runRegistration(Scenario scenario, const RegistrylessModule& module, support::CallLog& registryCalls)
 {
     registryCalls.take();
     Outcome result;
@@ -73,7 +73,7 @@ std::vector<std::string> Outcome::reports() const
     return result;
 }
 
-Outcome run(Scenario scenario, const ProviderModule& module, support::CallLog& registryCalls)
+Outcome run(Scenario scenario, const RegistrylessModule& module, support::CallLog& registryCalls)
 {
     if (scenario == Scenario::registerServer || scenario == Scenario::unregisterServer) {
         return runRegistration(scenario, module, registryCalls);
@@ -92,7 +92,7 @@ Outcome run(Scenario scenario, const ProviderModule& module, support::CallLog& r
     if (surroundings.nameSpace.references() != 0) {
         result.disorder += "the namespace is held; ";
     }
-    if (!module.canUnload()) {
+    if (module.canUnloadNow() != S_OK) {
         result.disorder += "the module cannot be unloaded; ";
     }
     return result;

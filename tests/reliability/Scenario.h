@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "reliability/ProviderModule.h"
+#include "reliability/RegistrylessModule.h"
 
 namespace reliability {
 
@@ -51,6 +51,6 @@ struct Outcome
 };
 
 // Runs the scenario once with neighbours of its own that do nothing wrong.
-Outcome run(Scenario scenario, const ProviderModule& module, support::CallLog& registryCalls);
+Outcome run(Scenario scenario, const RegistrylessModule& module, support::CallLog& registryCalls);
 
 }  // namespace reliability

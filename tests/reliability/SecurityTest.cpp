@@ -4,127 +4,21 @@
 #include <filesystem>
 #include <fstream>
 
-#include "Utils/Exception.h"
 #include "reliability/Surroundings.h"
-#include "support/CapturedModules.h"
 #include "support/LogCapture.h"
 #include "support/RunTimeName.h"
+#include "support/Samples.h"
 
-// What a client gets and what it leaves behind, by what it allows: through the built DLLs.
+// What a client without rights leaves behind, and which libraries are loaded: through the built DLLs. What clients
+// below impersonation get stands in the matrix of tests/requests.
 namespace {
 
 using reliability::Outcome;
 using reliability::Scenario;
 using reliability::Surroundings;
-using support::ClientToken;
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
-
-constexpr std::array REQUESTS{Scenario::enumerate, Scenario::get,    Scenario::getMissing, Scenario::getUnreadablePath,
-                              Scenario::put,       Scenario::remove, Scenario::invoke};
-
-class SecurityTest : public testing::Test
-{
-protected:
-    SecurityTest()
-    {
-        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        support::captureModule(m_module.handle());
-    }
-    ~SecurityTest() override { support::releaseModule(m_module.handle()); }
-
-    Outcome ask(Scenario scenario, Surroundings& surroundings)
-    {
-        const reliability::Provider provider(m_module, surroundings);
-        surroundings.calls.take();
-        return surroundings.request(scenario, provider.get());
-    }
-
-    // The default level.
-    const support::LogCapture m_log{1};
-    support::CallLog m_registryCalls;
-    reliability::ProviderModule m_module{m_registryCalls};
-};
-
-// Neither the broker, nor the namespace, nor the client's object is asked for anything.
-TEST_F(SecurityTest, clientBelowImpersonationGetsTheDenialAloneForEveryRequest)
-{
-    for (const ClientToken token : {ClientToken::anonymous, ClientToken::identification}) {
-        for (const Scenario scenario : REQUESTS) {
-            Surroundings surroundings;
-            surroundings.token = token;
-            const Outcome found = ask(scenario, surroundings);
-            EXPECT_EQ(found.answer, "0x80041003") << reliability::nameOf(scenario);
-            EXPECT_THAT(found.calls, ElementsAre("call.ImpersonateClient()",
-                                                 "sink.SetStatus(0, 0x80041003, null, null)", "call.RevertToSelf()"))
-                << reliability::nameOf(scenario);
-            EXPECT_THAT(found.disorder, IsEmpty()) << reliability::nameOf(scenario);
-        }
-    }
-}
-
-TEST_F(SecurityTest, clientAtImpersonationOrAboveIsServed)
-{
-    for (const ClientToken token : {ClientToken::impersonation, ClientToken::delegation}) {
-        Surroundings surroundings;
-        surroundings.token = token;
-        EXPECT_EQ(ask(Scenario::enumerate, surroundings).answer, "0x00000000");
-    }
-}
-
-// Surroundings::request tells in `disorder` when the thread still has the client's token.
-TEST_F(SecurityTest, threadHasItsOwnTokenAgainWhateverIsThrown)
-{
-    const std::vector<std::function<void()>> failures{[] { throw utils::Exception("%s", "x"); },
-                                                      [] { throw std::bad_alloc(); },
-                                                      [] { throw std::runtime_error("x"); }, [] { throw 1; }};
-    for (const auto& fail : failures) {
-        for (const Scenario scenario : REQUESTS) {
-            Surroundings surroundings;
-            bool actedAsClient = false;
-            const auto failAsClient = [&] {
-                actedAsClient = support::threadHasToken();
-                fail();
-            };
-            surroundings.broker.onGetInstances = [&]() -> utils::SafeList<core::CimInstance*> {
-                failAsClient();
-                return {};
-            };
-            surroundings.broker.onFind = [&]() -> core::CimInstance* {
-                failAsClient();
-                return nullptr;
-            };
-            surroundings.broker.onModify = [&](core::CimPropertyList&) { failAsClient(); };
-            surroundings.broker.onInvoke = [&](core::CimPropertyList&, core::CimInstance*&) {
-                failAsClient();
-                return 0U;
-            };
-            EXPECT_THAT(ask(scenario, surroundings).disorder, IsEmpty()) << reliability::nameOf(scenario);
-            // A missing instance is one that the broker of the test knows nothing of, and an unreadable path never
-            // reaches a broker.
-            EXPECT_EQ(actedAsClient, scenario != Scenario::getMissing && scenario != Scenario::getUnreadablePath)
-                << reliability::nameOf(scenario);
-        }
-    }
-}
-
-TEST_F(SecurityTest, atTheDefaultLevelOnlyErrorsAreWritten)
-{
-    for (const ClientToken token : {ClientToken::identification, ClientToken::impersonation}) {
-        for (const Scenario scenario : REQUESTS) {
-            Surroundings surroundings;
-            surroundings.token = token;
-            surroundings.path = "nonsense";
-            surroundings.jobPath = "nonsense";
-            ask(scenario, surroundings);
-        }
-    }
-    EXPECT_THAT(m_log.debugger(), IsEmpty());
-    ASSERT_FALSE(m_log.events().empty());
-    EXPECT_THAT(m_log.events(), Each(testing::ContainsRegex(": error: ")));
-}
 
 // The real broker. The registry answers as it does an identity that may not write.
 LSTATUS WINAPI createDenied(HKEY, LPCSTR, DWORD, LPSTR, DWORD, REGSAM, LPSECURITY_ATTRIBUTES, HKEY*, LPDWORD)
@@ -146,12 +40,12 @@ std::string storedPeriod()
     return status == ERROR_SUCCESS ? text.data() : "nothing";
 }
 
-TEST(SecuritySettingsTest, identityWithoutRightsIsDeniedAndChangesNothing)
+TEST(SecuritySettingsTest, IdentityWithoutRights_changesNothing)
 {
     const support::LogCapture log(1);
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     support::CallLog registryCalls;
-    const reliability::ProviderModule module(registryCalls, reliability::Broker::built);
+    const reliability::RegistrylessModule module(registryCalls, reliability::Broker::built);
     const HMODULE broker = GetModuleHandleA("ZerixCimCore.dll");
     const std::string before = storedPeriod();
 
@@ -160,7 +54,7 @@ TEST(SecuritySettingsTest, identityWithoutRightsIsDeniedAndChangesNothing)
     Surroundings surroundings;
     const reliability::Provider provider(module, surroundings);
     support::FakeClassObject setting(surroundings.calls, "Setting");
-    *setting.path.address() = reliability::textValue("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
+    *setting.path.address() = samples::bstr("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
     VARIANT value{};
     value.vt = VT_I4;
     value.lVal = 4321;
@@ -208,7 +102,7 @@ std::string fileOf(const char* module)
 }
 
 // A new process, so that the loader looks for every library: this program once more, told to load the provider.
-TEST(SecurityPlantedLibraryTest, librariesInTheCurrentFolderAreNotLoaded)
+TEST(SecurityPlantedLibraryTest, Libraries_ofTheCurrentFolder_areNotLoaded)
 {
     const std::string program = fileOf(nullptr);
     const PlantedFolder planted;

@@ -9,7 +9,7 @@
 #include "fakes/FakeContext.h"
 #include "fakes/FakeNamespace.h"
 #include "fakes/FakeSink.h"
-#include "reliability/ProviderModule.h"
+#include "reliability/RegistrylessModule.h"
 #include "reliability/Scenario.h"
 
 namespace reliability {
@@ -17,9 +17,6 @@ namespace reliability {
 constexpr const char* PORT_CLASS = "Zerix_EthernetPort";
 constexpr const char* PORT_PATH = "Zerix_EthernetPort.DeviceID=\"{A}\"";
 constexpr const char* JOB_PATH = "Zerix_ConcreteJob.InstanceID=\"1\"";
-
-// A VARIANT that owns the text.
-VARIANT textValue(const std::string& text);
 
 // Runs the work and tells what it returned or threw: "0x00000000", "threw std::bad_alloc".
 std::string answerOf(const std::function<HRESULT()>& work);
@@ -70,7 +67,7 @@ private:
 class Provider
 {
 public:
-    Provider(const ProviderModule& module, Surroundings& surroundings);
+    Provider(const RegistrylessModule& module, Surroundings& surroundings);
 
     // "0x00000000", or what its making answered; there is a provider to talk to only in the first case.
     const std::string& made() const noexcept { return m_made; }

@@ -94,11 +94,11 @@ public:
     }
 
     int liveObjects() const { return objectsOf(m_base, m_size); }
-    const ProviderModule& module() const { return *m_module; }
+    const support::ProviderModule& module() const { return *m_module; }
     void unload() { m_module.reset(); }
 
 private:
-    std::unique_ptr<ProviderModule> m_module = std::make_unique<ProviderModule>();
+    std::unique_ptr<support::ProviderModule> m_module = std::make_unique<support::ProviderModule>();
     const std::byte* m_base;
     std::size_t m_size;
 };
@@ -106,7 +106,7 @@ private:
 // The converter with its eleven converters, the modifier and the remover.
 constexpr int OBJECTS_OF_SINGLETONS = 14;
 
-TEST(DllLifetimeTest, TheSingletonsLiveUntilTheModuleIsUnloadedAndGoWithIt)
+TEST(DllLifetimeTest, Singletons_goWithTheModule)
 {
     const ComApartment apartment;
     UsedModule used;
@@ -129,9 +129,9 @@ TEST(DllLifetimeDeathTest, TheSingletonsAreLeftAloneWhenTheProcessEnds)
         testing::ExitedWithCode(0), "");
 }
 
-TEST(DllLifetimeTest, TheModuleMayGoOnceNoProviderLivesAndNoLockIsLeft)
+TEST(DllLifetimeTest, Module_mayGoWithoutProviderAndLock)
 {
-    const ProviderModule module;
+    const support::ProviderModule module;
     EXPECT_EQ(module.canUnloadNow(), S_OK);
     utils::ComReference<IClassFactory> factory;
     ASSERT_EQ(module.classObject(CLSID{0xD39A94C6, 0x35D2, 0x4B40, {0xBB, 0x6A, 0x56, 0xE2, 0x79, 0x95, 0x10, 0x17}},
@@ -156,7 +156,7 @@ TEST(DllLifetimeTest, TheModuleComesBackAfterItsUnloading)
 {
     for (int round = 0; round < 3; ++round) {
         {
-            const ProviderModule module;
+            const support::ProviderModule module;
             utils::ComReference<IWbemServices> provider(module.createProvider());
             EXPECT_EQ(module.canUnloadNow(), S_FALSE);
         }

@@ -315,7 +315,7 @@ TEST_F(EscapeTest, Unloading_freesWhatIsLeft)
     EXPECT_EQ(Watched::live, 1) << "until the module is unloaded";
 }
 
-TEST_F(EscapeTest, Exception_beingHandled_outlivesFurtherRequests)
+TEST_F(EscapeTest, Exception_beingHandled_outlivesRequests)
 {
     arrangeWatched();
     try {
@@ -332,7 +332,7 @@ TEST_F(EscapeTest, Exception_beingHandled_outlivesFurtherRequests)
     EXPECT_EQ(Watched::live, 0);
 }
 
-TEST_F(EscapeTest, Exception_onItsWay_outlivesRequestsOfDestructors)
+TEST_F(EscapeTest, Exception_onItsWay_outlivesRequests)
 {
     arrangeWatched();
     EXPECT_THROW(
@@ -388,7 +388,7 @@ TEST_F(EscapeTest, WithoutRoomInTheSlot_exceptionsStillLeave)
     ordinaryRequest();
 }
 
-TEST_F(EscapeTest, SinkThatThrowsWhileAClientIsRefused_endsNothing)
+TEST_F(EscapeTest, SinkThatThrowsAtARefusal_endsNothing)
 {
     call.reset();
     call.emplace(calls, support::ClientToken::identification);

@@ -225,7 +225,7 @@ protected:
     support::LogCapture m_log{0};
     support::CallLog m_calls;
     support::FakeContext m_context{m_calls};
-    ProviderModule m_module;
+    support::ProviderModule m_module;
     HMODULE m_core = GetModuleHandleA("ZerixCimCore.dll");
     CountedMutexes m_ofProvider{m_module.handle()};
     CountedMutexes m_ofCore{m_core};

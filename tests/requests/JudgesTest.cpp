@@ -13,7 +13,7 @@
 #include "adapters/wmi/ProviderIdentity.h"
 #include "core/CimPropertyTypes.h"
 #include "fakes/FakeBroker.h"
-#include "requests/ProviderModule.h"
+#include "fakes/ProviderModule.h"
 #include "support/Describe.h"
 #include "tests/wmihost/PlatformPath.h"
 #include "wmihost/commands/Requests.h"
@@ -45,10 +45,10 @@ public:
     ServedProvider& operator=(const ServedProvider&) = delete;
     ~ServedProvider() { CoRevokeClassObject(m_cookie); }
 
-    ProviderModule& module() { return m_module; }
+    support::ProviderModule& module() { return m_module; }
 
 private:
-    ProviderModule m_module;
+    support::ProviderModule m_module;
     DWORD m_cookie = 0;
 };
 
@@ -183,7 +183,7 @@ protected:
     Workspace workspace{ZERIX_MOF};
 };
 
-TEST_F(LiveJudgesTest, ThePlatformsAdaptersHaveTheSameAddressesAndIndexes)
+TEST_F(LiveJudgesTest, PlatformsAdapters_haveTheSameAddresses)
 {
     using AddressAndIndex = std::pair<std::wstring, std::wstring>;
     std::multiset<AddressAndIndex> expected;

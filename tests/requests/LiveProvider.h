@@ -35,18 +35,23 @@ protected:
     void SetUp() override
     {
         wmihost::compileMofFile(std::filesystem::path(ZERIX_MOF), repository);
-        own = repository.findNamespace(L"root\\DCIM\\vexal");
-        ASSERT_NE(own, nullptr);
-        services = wmihost::ComPtr<wmihost::NamespaceServices>::adopt(new wmihost::NamespaceServices(repository, *own));
         *provider.out() = module.createProvider();
-        utils::ComReference<IWbemProviderInit> init;
-        provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
-        std::wstring name = L"root\\DCIM\\vexal";
-        init->Initialize(nullptr, 0, name.data(), nullptr, services.get(), &context, nullptr);
+        serve(L"root\\DCIM\\vexal");
         module.captureLog();
     }
 
-    // What the broker serves in this namespace.
+    // From here on the provider serves this namespace.
+    void serve(std::wstring name)
+    {
+        own = repository.findNamespace(name);
+        ASSERT_NE(own, nullptr);
+        services = wmihost::ComPtr<wmihost::NamespaceServices>::adopt(new wmihost::NamespaceServices(repository, *own));
+        utils::ComReference<IWbemProviderInit> init;
+        provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
+        init->Initialize(nullptr, 0, name.data(), nullptr, services.get(), &context, nullptr);
+    }
+
+    // The classes that are declared in the served namespace.
     std::vector<std::string> classNames() const
     {
         std::vector<std::string> result;
@@ -102,7 +107,7 @@ protected:
     support::CallLog calls;
     support::FakeContext context{calls};
     support::CallContext call{calls};
-    ProviderModule module;
+    support::ProviderModule module;
     wmihost::ClassRepository repository;
     const wmihost::Namespace* own = nullptr;
     wmihost::ComPtr<wmihost::NamespaceServices> services;

@@ -38,7 +38,7 @@ std::set<std::string> adapterIdentifiers()
 using LiveRequestTest = requests::LiveProvider;
 using requests::textOf;
 
-TEST_F(LiveRequestTest, ThePortsAreThisMachinesAdapters)
+TEST_F(LiveRequestTest, Ports_areThisMachinesAdapters)
 {
     std::set<std::string> identifiers;
     for (const wmihost::ComPtr<IWbemClassObject>& port : enumerate("Zerix_EthernetPort").objects) {
@@ -49,9 +49,11 @@ TEST_F(LiveRequestTest, ThePortsAreThisMachinesAdapters)
     EXPECT_EQ(log.events(), support::Lines{});
 }
 
-TEST_F(LiveRequestTest, EachPortIsFoundAgainUnderItsPath)
+TEST_F(LiveRequestTest, Port_isFoundAgainUnderItsPath)
 {
-    for (const wmihost::ComPtr<IWbemClassObject>& port : enumerate("Zerix_EthernetPort").objects) {
+    const auto ports = enumerate("Zerix_EthernetPort").objects;
+    EXPECT_FALSE(ports.empty());
+    for (const wmihost::ComPtr<IWbemClassObject>& port : ports) {
         const std::string path = textOf(port.get(), L"__RELPATH");
         const auto found = get(path);
         EXPECT_EQ(found.status, 0) << path;
@@ -61,12 +63,23 @@ TEST_F(LiveRequestTest, EachPortIsFoundAgainUnderItsPath)
     EXPECT_EQ(log.events(), support::Lines{});
 }
 
-TEST_F(LiveRequestTest, EveryClassIsEnumeratedWithoutAnErrorLine)
+// There are jobs and results only once somebody has asked for a diagnostic.
+const std::set<std::string> MAY_BE_EMPTY{"Zerix_AffectedJobElement", "Zerix_ConcreteJob", "Zerix_DiagnosticResult"};
+
+TEST_F(LiveRequestTest, EveryClass_hasInstancesAndNoErrorLine)
 {
-    for (const std::string& name : classNames()) {
-        EXPECT_EQ(enumerate(name).status, 0) << name;
-        EXPECT_EQ(log.events(), support::Lines{}) << name;
+    std::size_t classes = 0;
+    for (const wchar_t* const name : {L"root\\DCIM\\vexal", L"root\\interop"}) {
+        serve(name);
+        for (const std::string& className : classNames()) {
+            const Answer answer = enumerate(className);
+            EXPECT_EQ(answer.status, 0) << className;
+            EXPECT_TRUE(!answer.objects.empty() || MAY_BE_EMPTY.contains(className)) << className;
+            EXPECT_EQ(log.events(), support::Lines{}) << className;
+            ++classes;
+        }
     }
+    EXPECT_EQ(classes, 17U);
 }
 
 }  // namespace

@@ -67,9 +67,9 @@ private:
     const IMAGE_NT_HEADERS* m_headers;
 };
 
-TEST(ModuleFileTest, TheFourNamesOfAComServerAreExportedAndNothingElse)
+TEST(ModuleFileTest, Exports_areTheFourOfAComServer)
 {
-    const ProviderModule module;
+    const support::ProviderModule module;
     const ModuleFile file(module.handle());
     EXPECT_EQ(file.exports(),
               (Names{"DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer", "DllUnregisterServer"}));
@@ -78,21 +78,21 @@ TEST(ModuleFileTest, TheFourNamesOfAComServerAreExportedAndNothingElse)
 
 TEST(ModuleFileTest, BrokerLibrary_isNeededForItsTwoNames)
 {
-    const ProviderModule module;
+    const support::ProviderModule module;
     EXPECT_EQ(ModuleFile(module.handle()).imports()["zerixcimcore.dll"],
               (Names{"_ZN4core12GetCimBrokerEv", "_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE"}));
 }
 
 TEST(ModuleFileTest, TheModuleIsToldOfEveryThread)
 {
-    const ProviderModule module;
+    const support::ProviderModule module;
     // Its entry point writes a line for each thread that comes and goes, which this call would end.
     EXPECT_EQ(ModuleFile(module.handle()).imports()["kernel32.dll"].count("DisableThreadLibraryCalls"), 0U);
 }
 
 TEST(ModuleFileTest, CppRunTime_isThePrivateOne)
 {
-    const ProviderModule module;
+    const support::ProviderModule module;
     const std::map<std::string, Names> imports = ModuleFile(module.handle()).imports();
     // Exceptions are thrown and caught by that copy, and memory comes from it.
     for (const char* const name : {"__cxa_throw", "__cxa_begin_catch", "_Znwy", "__gxx_personality_seh0"}) {

@@ -28,7 +28,7 @@ public:
     RegistrationAsItWas& operator=(const RegistrationAsItWas&) = delete;
     ~RegistrationAsItWas()
     {
-        const ProviderModule module;
+        const support::ProviderModule module;
         if (m_file.empty()) {
             module.unregisterServer();
             return;
@@ -46,12 +46,12 @@ private:
     std::string m_file;
 };
 
-TEST(RegistrationTest, AfterItsRegistrationComCreatesTheProviderByItsClassIdentifier)
+TEST(RegistrationTest, Registration_letsComCreateTheProvider)
 {
     const RegistrationAsItWas before;
     const ComApartment apartment;
     {
-        const ProviderModule module;
+        const support::ProviderModule module;
         ASSERT_EQ(module.registerServer(), S_OK);
         std::array<char, MAX_PATH> file{};
         GetModuleFileNameA(module.handle(), file.data(), file.size());
@@ -66,7 +66,7 @@ TEST(RegistrationTest, AfterItsRegistrationComCreatesTheProviderByItsClassIdenti
     EXPECT_EQ(support::hex(services->CancelAsyncCall(nullptr)), "0x8004100C");
     services.reset();
     init.reset();
-    const ProviderModule module;
+    const support::ProviderModule module;
     EXPECT_EQ(module.canUnloadNow(), S_OK);
     EXPECT_EQ(module.unregisterServer(), S_OK);
     EXPECT_EQ(support::hex(CoCreateInstance(identity::PROVIDER_CLSID, nullptr, CLSCTX_INPROC_SERVER,

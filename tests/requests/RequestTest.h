@@ -12,7 +12,7 @@
 #include "fakes/FakeContext.h"
 #include "fakes/FakeNamespace.h"
 #include "fakes/FakeSink.h"
-#include "requests/ProviderModule.h"
+#include "fakes/ProviderModule.h"
 #include "support/LogLines.h"
 #include "support/NoComLeaks.h"
 #include "support/Samples.h"
@@ -34,15 +34,15 @@ public:
 };
 
 // One provider object of the built DLL, given its namespace, with everything around it the test's own: the broker and
-// its data, the class definitions, the sink, and a client that allows impersonation. Nothing holds a reference when the
-// test ends.
-class RequestTest : public testing::Test
+// its data, the class definitions, the sink, and a client that allows impersonation. Fails the test when something
+// still holds a reference at its end. One at a time.
+class RequestWorld
 {
-protected:
+public:
     static constexpr const char* PORT_PATH = "Zerix_EthernetPort.DeviceID=\"a\"";
     static constexpr const char* JOB_PATH = "Zerix_ConcreteJob.InstanceID=\"7\"";
 
-    RequestTest()
+    RequestWorld()
     {
         _putenv_s("COMPUTERNAME", "TESTHOST");
         module.useTheTestsBroker();
@@ -56,7 +56,10 @@ protected:
         samples::addKey(job, "InstanceID", "7");
     }
 
-    ~RequestTest() override
+    RequestWorld(const RequestWorld&) = delete;
+    RequestWorld& operator=(const RequestWorld&) = delete;
+
+    ~RequestWorld()
     {
         provider.reset();
         for (const int references :
@@ -69,13 +72,20 @@ protected:
     }
 
     // Makes the provider object and hands it its namespace.
-    void start()
+    void start() { start(&wmiNamespace); }
+
+    void start(IWbemServices* given)
     {
         *provider.out() = module.createProvider();
+        initialize(given);
+    }
+
+    void initialize(IWbemServices* given)
+    {
         utils::ComReference<IWbemProviderInit> init;
         provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
         std::wstring name = L"root\\DCIM\\vexal";
-        init->Initialize(nullptr, 0, name.data(), nullptr, &wmiNamespace, &context, &initSink);
+        init->Initialize(nullptr, 0, name.data(), nullptr, given, &context, &initSink);
     }
 
     HRESULT enumerate()
@@ -120,7 +130,7 @@ protected:
     support::NoComLeaks leaks;
     support::LogCapture log{levelOfEnvironment()};
     support::CallLog calls;
-    ProviderModule module;
+    support::ProviderModule module;
     support::FakeBroker broker{calls};
     support::FakeNamespace wmiNamespace{calls};
     support::FakeContext context{calls};
@@ -134,4 +144,8 @@ protected:
     core::CimInstance job{"Zerix_ConcreteJob"};
     std::optional<support::CallContext> call{std::in_place, calls, support::ClientToken::impersonation};
     utils::ComReference<IWbemServices> provider;
+};
+
+class RequestTest : public testing::Test, protected RequestWorld
+{
 };

@@ -24,7 +24,7 @@ DWORD WINAPI eight()
     return GetCurrentProcessId();
 }
 
-TEST(ImportHookTest, callsOfTheProgramGoToTheReplacementWhileTheHookLives)
+TEST(ImportHookTest, Calls_goToTheReplacementWhileTheHookLives)
 {
     const DWORD real = processId();
     ASSERT_NE(real, 7U);

@@ -21,7 +21,8 @@ public:
     std::vector<std::string> events() const;
     std::vector<std::string> debugger() const;
 
-    // Events and debugger lines in the order in which they came, each behind "event: " or "debugger: ".
+    // Everything in the order in which it came: events and debugger lines behind "event: " or "debugger: ", and between
+    // them the calls and references of a CallLog.
     std::vector<std::string> sequence() const;
 
     // The debugger's lines as "level file:line:function: message" is too long to repeat in every test: each line as

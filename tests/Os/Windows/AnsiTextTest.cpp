@@ -40,7 +40,7 @@ TEST(AnsiTextTest, anEmptyTextIsABstrOfItsOwnNotNull)
     SysFreeString(made);
 }
 
-TEST(AnsiTextTest, charactersOutsideTheCodePageBecomeQuestionMarks)
+TEST(AnsiTextTest, OutsideTheCodePage_areQuestionMarks)
 {
     ASSERT_EQ(GetACP(), 1252U) << "run with LC_ALL=C.UTF-8";
     EXPECT_EQ(narrow(L"a\u4e2db"), "a?b");

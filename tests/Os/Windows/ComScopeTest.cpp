@@ -94,7 +94,7 @@ void WINAPI countFreed(BSTR text)
     }
 }
 
-TEST(ScopedBstrTest, freesItsTextOnceAndTheEarlierOneWhenAnotherIsStored)
+TEST(ScopedBstrTest, Text_isFreedOnce)
 {
     const support::ImportHook hook("SysFreeString", &countFreed);
     BSTR first = nullptr;

@@ -201,7 +201,7 @@ TEST(ExpandVariantArrayTest, anArrayOfTwoDimensionsHasNoElements)
     EXPECT_THAT(expandVariantArray(value.get()), IsEmpty());
 }
 
-TEST(ExpandVariantArrayTest, theArraysOwnTypeCountsWhereTheValueDeclaresAnother)
+TEST(ExpandVariantArrayTest, ArraysOwnType_countsBeforeTheDeclared)
 {
     utils::ScopedVariant value;
     value.address()->vt = VT_ARRAY | VT_BSTR;

@@ -58,7 +58,7 @@ HANDLE WINAPI failCreate(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPC
     return nullptr;
 }
 
-TEST(WindowsMutexTest, aFailedCreationIsLoggedAndThrownWithTheSameText)
+TEST(WindowsMutexTest, FailedCreation_isLoggedAndThrown)
 {
     const support::LogCapture log;
     const ImportHook hook("CreateMutexA", &failCreate);
@@ -70,7 +70,7 @@ TEST(WindowsMutexTest, aFailedCreationIsLoggedAndThrownWithTheSameText)
                 ElementsAre(errorLine("Mutex", text), "error|Exception|utils::Exception::Exception|" + text));
 }
 
-TEST(WindowsMutexTest, aListThatCannotBeMovedForWantOfAMutexKeepsItsElements)
+TEST(WindowsMutexTest, List_movedWithoutAMutex_keepsItsElements)
 {
     const support::LogCapture log;
     utils::SafeList<int*> list;
@@ -118,7 +118,7 @@ DWORD WINAPI noteWait(HANDLE /*handle*/, DWORD timeout)
     return WAIT_TIMEOUT;
 }
 
-TEST(WindowsMutexTest, waitsWithoutLimitAndTakesEveryOtherAnswerForAFailure)
+TEST(WindowsMutexTest, Lock_waitsWithoutLimit)
 {
     const support::LogCapture log;
     utils::Mutex mutex;
@@ -132,7 +132,7 @@ TEST(WindowsMutexTest, waitsWithoutLimitAndTakesEveryOtherAnswerForAFailure)
     EXPECT_THAT(log.messages(), ElementsAre(lockingFailed("Lock", mutex, 0)));
 }
 
-TEST(WindowsMutexTest, aFailedReleaseIsLoggedWithTheTextOfAFailedLockAndCounted)
+TEST(WindowsMutexTest, FailedRelease_isLoggedAsAFailedLock)
 {
     const support::LogCapture log;
     utils::Mutex mutex;

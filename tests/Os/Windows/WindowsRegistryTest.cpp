@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstring>
+#include <optional>
 
 #include "support/ImportHook.h"
 #include "support/LogCapture.h"
@@ -81,14 +82,14 @@ protected:
     std::uint32_t m_number = 0;
 };
 
-TEST_F(WindowsRegistryTest, existsFromModuleLoadOn)
+TEST_F(WindowsRegistryTest, Registry_existsFromModuleLoadOn)
 {
     const LogCapture log;
     EXPECT_NE(WindowsRegistry::getInstance(), nullptr);
     EXPECT_THAT(log.messages(), IsEmpty()) << "made now, it would have logged";
 }
 
-TEST_F(WindowsRegistryTest, anotherInstanceStandsInWhileItLives)
+TEST_F(WindowsRegistryTest, OtherInstance_isCurrentWhileItLives)
 {
     const LogCapture log;
     {
@@ -101,7 +102,7 @@ TEST_F(WindowsRegistryTest, anotherInstanceStandsInWhileItLives)
                             "singleton instance for WindowsRegistry"));
 }
 
-TEST_F(WindowsRegistryTest, setKeyCreatesTheKeyAndWritesATextWithItsTerminator)
+TEST_F(WindowsRegistryTest, SetKey_writesATextWithItsTerminator)
 {
     const LogCapture log;
     EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\a\\b", "Name", "text"));
@@ -114,19 +115,15 @@ TEST_F(WindowsRegistryTest, setKeyCreatesTheKeyAndWritesATextWithItsTerminator)
             line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "' with value 'caf\xe9'")));
 }
 
-TEST_F(WindowsRegistryTest, setKeyWithoutANameWritesTheDefaultValue)
+TEST_F(WindowsRegistryTest, SetKey_withoutNameOrText_writesTheDefaultValue)
 {
     EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "", "text"));
     EXPECT_EQ(stored(nullptr), std::pair(static_cast<DWORD>(REG_SZ), std::string("text\0", 5)));
-}
-
-TEST_F(WindowsRegistryTest, setKeyWritesAnEmptyTextAsItsTerminator)
-{
     EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", ""));
     EXPECT_EQ(stored("Name"), std::pair(static_cast<DWORD>(REG_SZ), std::string(1, '\0')));
 }
 
-TEST_F(WindowsRegistryTest, setKeyLogsAndThenAssertsAPath)
+TEST_F(WindowsRegistryTest, SetKey_logsBeforeItAssertsAPath)
 {
     const LogCapture log;
     EXPECT_EQ(
@@ -144,7 +141,7 @@ LSTATUS WINAPI refuseCreate(HKEY /*key*/, LPCSTR /*path*/, DWORD /*reserved*/, L
     return accessDenied();
 }
 
-TEST_F(WindowsRegistryTest, setKeyLogsAFailedCreationWithPathAndValue)
+TEST_F(WindowsRegistryTest, FailedCreation_isLoggedWithPathAndValue)
 {
     const LogCapture log;
     const ImportHook hook("RegCreateKeyExA", &refuseCreate);
@@ -176,7 +173,7 @@ LSTATUS WINAPI noteCreation(HKEY /*key*/, LPCSTR /*path*/, DWORD reserved, LPSTR
     return accessDenied();
 }
 
-TEST_F(WindowsRegistryTest, SetKey_createsAKeyThatLasts_forWritingAlone)
+TEST_F(WindowsRegistryTest, SetKey_createsAKeyThatLastsForWriting)
 {
     const ImportHook hook("RegCreateKeyExA", &noteCreation);
     EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
@@ -207,7 +204,7 @@ private:
     ImportHook m_hook{"RegCloseKey", &countClose};
 };
 
-TEST_F(RegistryCloseTest, setKeyLogsAFailedValueAndClosesTheKey)
+TEST_F(RegistryCloseTest, FailedValue_isLogged_andTheKeyClosed)
 {
     const LogCapture log;
     const ImportHook hook("RegSetValueExA", &refuseSet);
@@ -219,7 +216,7 @@ TEST_F(RegistryCloseTest, setKeyLogsAFailedValueAndClosesTheKey)
     EXPECT_EQ(closedKeys, 1);
 }
 
-TEST_F(RegistryCloseTest, everyOperationThatOpensAKeyClosesIt)
+TEST_F(RegistryCloseTest, EveryOperation_closesItsKey)
 {
     m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text");
     EXPECT_EQ(closedKeys, 1);
@@ -236,7 +233,7 @@ TEST_F(RegistryCloseTest, everyOperationThatOpensAKeyClosesIt)
     EXPECT_EQ(closedKeys, 6);
 }
 
-TEST_F(WindowsRegistryTest, keyExistsLooksUnderTheLocalMachine)
+TEST_F(WindowsRegistryTest, KeyExists_looksUnderTheLocalMachine)
 {
     EXPECT_FALSE(m_registry.keyExists(KEY));
     m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "", "");
@@ -260,7 +257,7 @@ LSTATUS WINAPI refuseOpen(HKEY root, LPCSTR path, DWORD options, REGSAM access, 
     return accessDenied();
 }
 
-TEST_F(WindowsRegistryTest, keysAreOpenedWithTheAccessTheyNeedAndARefusalIsFalse)
+TEST_F(WindowsRegistryTest, Keys_areOpenedWithTheAccessTheyNeed)
 {
     const LogCapture log;
     const ImportHook hook("RegOpenKeyExA", &refuseOpen);
@@ -282,7 +279,7 @@ TEST_F(WindowsRegistryTest, keysAreOpenedWithTheAccessTheyNeedAndARefusalIsFalse
     EXPECT_THAT(log.messages(), ElementsAre(openingLine("Name")));
 }
 
-TEST_F(WindowsRegistryTest, deleteKeyRemovesAChild)
+TEST_F(WindowsRegistryTest, DeleteKey_removesAChild)
 {
     m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child", "", "");
     EXPECT_TRUE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
@@ -290,7 +287,7 @@ TEST_F(WindowsRegistryTest, deleteKeyRemovesAChild)
     EXPECT_TRUE(m_registry.keyExists(KEY));
 }
 
-TEST_F(WindowsRegistryTest, deleteKeyIsTrueForAChildThatIsMissingOrCannotBeDeleted)
+TEST_F(WindowsRegistryTest, DeleteKey_ofAMissingChild_isTrue)
 {
     m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child\\grandchild", "", "");
     EXPECT_TRUE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "missing"));
@@ -298,122 +295,87 @@ TEST_F(WindowsRegistryTest, deleteKeyIsTrueForAChildThatIsMissingOrCannotBeDelet
     EXPECT_TRUE(m_registry.keyExists(KEY + "\\child\\grandchild"));
 }
 
-TEST_F(WindowsRegistryTest, deleteKeyIsFalseWithoutTheParent)
+TEST_F(WindowsRegistryTest, DeleteKey_withoutTheParent_isFalse)
 {
     EXPECT_FALSE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
 }
 
-TEST_F(WindowsRegistryTest, getRegistryDataReadsATextUpToItsFirstZero)
+struct Reading
 {
-    const LogCapture log;
-    writeText("Name", "text");
-    write("Zero", REG_SZ, "a\0b", 4);
-    write("Open", REG_SZ, "abcd", 3);
-    EXPECT_TRUE(read(REG_SZ, "Name"));
-    EXPECT_EQ(m_text, "text");
-    EXPECT_TRUE(read(REG_SZ, "Zero"));
-    EXPECT_EQ(m_text, "a");
-    EXPECT_TRUE(read(REG_SZ, "Open"));
-    EXPECT_EQ(m_text, "abc");
-    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Name"), openingLine("Zero"), openingLine("Open")));
+    const char* name;
+    DWORD storedType;
+    std::string bytes;
+    DWORD askedType;
+    // What is read; without one the answer is false and the text empty.
+    std::optional<std::string> text;
+};
+
+std::string bytesOf(DWORD number)
+{
+    return {reinterpret_cast<const char*>(&number), sizeof number};
 }
 
-TEST_F(WindowsRegistryTest, getRegistryDataDoesNotExpandEnvironmentReferences)
+// Texts are stored with their zero, where they have one.
+const std::vector<Reading>& readings()
 {
-    writeText("Name", "%SystemRoot%\\x", REG_EXPAND_SZ);
-    EXPECT_TRUE(read(REG_EXPAND_SZ, "Name"));
-    EXPECT_EQ(m_text, "%SystemRoot%\\x");
+    static const std::vector<Reading> all{
+        {"text", REG_SZ, std::string("text", 5), REG_SZ, "text"},
+        {"textUpToItsFirstZero", REG_SZ, std::string("a\0b", 4), REG_SZ, "a"},
+        {"textWithoutAZero", REG_SZ, "abc", REG_SZ, "abc"},
+        {"textThatFillsTheBuffer", REG_SZ, std::string(255, 'a') + '\0', REG_SZ, std::string(255, 'a')},
+        {"textWithoutAZeroThatFillsIt", REG_SZ, std::string(256, 'b'), REG_SZ, std::string(256, 'b')},
+        {"textThatIsTooLong", REG_SZ, std::string(256, 'c') + '\0', REG_SZ, std::nullopt},
+        {"emptyText", REG_SZ, std::string(1, '\0'), REG_SZ, std::nullopt},
+        {"nothing", REG_SZ, "", REG_SZ, std::nullopt},
+        {"variableUnexpanded", REG_EXPAND_SZ, std::string("%SystemRoot%", 13), REG_EXPAND_SZ, "%SystemRoot%"},
+        {"textAskedAsVariable", REG_SZ, std::string("text", 5), REG_EXPAND_SZ, std::nullopt},
+        {"number", REG_DWORD, bytesOf(7), REG_DWORD, "7"},
+        {"numberSigned", REG_DWORD, bytesOf(0xFFFFFFFF), REG_DWORD, "-1"},
+        {"numberOfTwoBytes", REG_DWORD, std::string("\1\0", 2), REG_DWORD, std::nullopt},
+        {"numberAskedAsText", REG_DWORD, bytesOf(7), REG_SZ, std::nullopt},
+        {"bytes", REG_BINARY, "abc", REG_BINARY, std::nullopt},
+    };
+    return all;
 }
 
-TEST_F(WindowsRegistryTest, getRegistryDataReadsANumberSigned)
+TEST_F(WindowsRegistryTest, GetData_readsAsInTheTable)
 {
-    const DWORD number = 0xFFFFFFFF;
-    write("Name", REG_DWORD, &number, sizeof number);
-    EXPECT_TRUE(read(REG_DWORD, "Name"));
-    EXPECT_EQ(m_text, "-1");
+    for (const Reading& reading : readings()) {
+        const LogCapture log;
+        // The platform adds a terminator itself where one follows directly, so none may.
+        const std::string followed = reading.bytes + '!';
+        write(reading.name, reading.storedType, followed.c_str(), reading.bytes.size());
+        EXPECT_EQ(read(reading.askedType, reading.name), reading.text.has_value()) << reading.name;
+        EXPECT_EQ(m_text, reading.text.value_or("")) << reading.name;
+        std::vector<std::string> lines{openingLine(reading.name)};
+        if (reading.bytes.size() > 256) {
+            lines.push_back(
+                line("debug", "getRegistryData", std::string(reading.name) + " Registry Entry does not exist"));
+        }
+        EXPECT_EQ(log.messages(), lines) << reading.name;
+    }
 }
 
-TEST_F(WindowsRegistryTest, getRegistryDataReadsNoNumberOfAnotherSize)
-{
-    write("Name", REG_DWORD, "\1\0", 2);
-    EXPECT_FALSE(read(REG_DWORD, "Name"));
-    EXPECT_EQ(m_text, "");
-}
-
-TEST_F(WindowsRegistryTest, getRegistryDataOfAnotherTypeIsFalseWithAnEmptyText)
-{
-    const LogCapture log;
-    const DWORD number = 7;
-    write("Number", REG_DWORD, &number, sizeof number);
-    writeText("Text", "text");
-    EXPECT_FALSE(read(REG_SZ, "Number"));
-    EXPECT_EQ(m_text, "");
-    EXPECT_FALSE(read(REG_EXPAND_SZ, "Text"));
-    EXPECT_EQ(m_text, "");
-    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Number"), openingLine("Text")));
-}
-
-TEST_F(WindowsRegistryTest, getRegistryDataOfATypeWithoutATextIsFalse)
-{
-    write("Name", REG_BINARY, "abc", 4);
-    EXPECT_FALSE(read(REG_BINARY, "Name"));
-    EXPECT_EQ(m_text, "");
-}
-
-TEST_F(WindowsRegistryTest, getRegistryDataTakesAnEmptyTextForAMissingOne)
-{
-    writeText("Name", "");
-    write("Nothing", REG_SZ, "", 0);
-    EXPECT_FALSE(read(REG_SZ, "Name"));
-    EXPECT_EQ(m_text, "");
-    EXPECT_FALSE(read(REG_SZ, "Nothing"));
-    EXPECT_EQ(m_text, "");
-}
-
-TEST_F(WindowsRegistryTest, getRegistryDataReads256BytesAndNoMore)
-{
-    const LogCapture log;
-    writeText("Fits", std::string(255, 'a'));
-    // The platform adds a terminator itself where one follows directly, so none may.
-    write("Open", REG_SZ, std::string(257, 'b').c_str(), 256);
-    writeText("TooLong", std::string(256, 'c'));
-    EXPECT_TRUE(read(REG_SZ, "Fits"));
-    EXPECT_EQ(m_text, std::string(255, 'a'));
-    EXPECT_TRUE(read(REG_SZ, "Open"));
-    EXPECT_EQ(m_text, std::string(256, 'b'));
-    EXPECT_FALSE(read(REG_SZ, "TooLong"));
-    EXPECT_EQ(m_text, "");
-    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Fits"), openingLine("Open"), openingLine("TooLong"),
-                                            line("debug", "getRegistryData", "TooLong Registry Entry does not exist")));
-}
-
-TEST_F(WindowsRegistryTest, getRegistryDataOfAMissingKeyLogsTheOpeningAlone)
+TEST_F(WindowsRegistryTest, GetData_ofAMissingKey_logsTheOpeningAlone)
 {
     const LogCapture log;
     EXPECT_FALSE(read(REG_SZ, "Name"));
     EXPECT_THAT(log.messages(), ElementsAre(openingLine("Name")));
 }
 
-TEST_F(WindowsRegistryTest, getRegistryUintReadsTextsAndNumbers)
+TEST_F(WindowsRegistryTest, GetUint_readsTextsAndNumbers)
 {
-    const DWORD number = 7;
-    write("Number", REG_DWORD, &number, sizeof number);
+    for (const DWORD number : {7U, 0xFFFFFFFEU}) {
+        write("Number", REG_DWORD, &number, sizeof number);
+        EXPECT_TRUE(readNumber(REG_DWORD, "Number"));
+        EXPECT_EQ(m_number, number);
+    }
     writeText("Text", " 0x1F ");
-    EXPECT_TRUE(readNumber(REG_DWORD, "Number"));
-    EXPECT_EQ(m_number, 7U);
     EXPECT_TRUE(readNumber(REG_SZ, "Text"));
     EXPECT_EQ(m_number, 31U);
 }
 
-TEST_F(WindowsRegistryTest, getRegistryUintGetsALargeNumberBackThroughItsSign)
-{
-    const DWORD number = 0xFFFFFFFE;
-    write("Number", REG_DWORD, &number, sizeof number);
-    EXPECT_TRUE(readNumber(REG_DWORD, "Number"));
-    EXPECT_EQ(m_number, 0xFFFFFFFEU);
-}
-
-TEST_F(WindowsRegistryTest, getRegistryUintIsZeroWhereTheTextIsNoNumberAndUntouchedWhereThereIsNone)
+TEST_F(WindowsRegistryTest, GetUint_withoutANumber_isZeroOrUntouched)
 {
     writeText("Text", "apples");
     EXPECT_FALSE(readNumber(REG_SZ, "Text"));
@@ -439,19 +401,19 @@ BOOL WINAPI noVersion(LPOSVERSIONINFOA /*version*/)
     return FALSE;
 }
 
-TEST_F(WindowsRegistryTest, getOsVersionIsTenTimesTheMajorVersionPlusTheMinor)
+TEST_F(WindowsRegistryTest, OsVersion_isTenTimesMajorPlusMinor)
 {
     const ImportHook hook("GetVersionExA", &windows61);
     EXPECT_EQ(m_registry.getOsVersion(), 61);
 }
 
-TEST_F(WindowsRegistryTest, getOsVersionIsZeroWhereThePlatformSaysNothing)
+TEST_F(WindowsRegistryTest, OsVersion_withoutAnAnswer_isZero)
 {
     const ImportHook hook("GetVersionExA", &noVersion);
     EXPECT_EQ(m_registry.getOsVersion(), 0);
 }
 
-TEST_F(WindowsRegistryTest, thePrimitivesAreThePlatformsFunctions)
+TEST_F(WindowsRegistryTest, Primitives_areThePlatformsFunctions)
 {
     m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child", "", "");
     writeText("Name", "text");
@@ -511,7 +473,7 @@ public:
     std::vector<std::string> m_calls;
 };
 
-TEST_F(WindowsRegistryTest, readingPassesThroughTheObject)
+TEST_F(WindowsRegistryTest, Reading_passesThroughTheObject)
 {
     writeText("Name", "7");
     StandIn registry;
@@ -522,7 +484,7 @@ TEST_F(WindowsRegistryTest, readingPassesThroughTheObject)
     EXPECT_THAT(registry.m_calls, ElementsAre("getRegistryData", "openKey", "closeKey"));
 }
 
-TEST_F(WindowsRegistryTest, theOtherOperationsCallThePlatformDirectly)
+TEST_F(WindowsRegistryTest, OtherOperations_callThePlatformDirectly)
 {
     StandIn registry;
     EXPECT_TRUE(registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
@@ -531,7 +493,7 @@ TEST_F(WindowsRegistryTest, theOtherOperationsCallThePlatformDirectly)
     EXPECT_THAT(registry.m_calls, IsEmpty());
 }
 
-TEST_F(WindowsRegistryTest, virtualFunctionsStandInTheirDeclaredOrder)
+TEST_F(WindowsRegistryTest, Operations_keepTheirSlots)
 {
     // The destructor takes the first two places.
     EXPECT_EQ(support::slotOf(&WindowsRegistry::openKey), 2U);

@@ -30,7 +30,7 @@ TEST(PropertyConverterTest, TheConversionsComeFirstAndTheDestructorLast)
     EXPECT_EQ(deleted, 1);
 }
 
-TEST(PropertyConverterTest, AConverterThatSaysNothingAboutItTakesNothingFromWmi)
+TEST(PropertyConverterTest, Converter_takesNothingByDefault)
 {
     int deleted = 0;
     CountingConverter converter(deleted);

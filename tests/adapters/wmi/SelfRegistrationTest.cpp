@@ -137,7 +137,7 @@ TEST_F(SelfRegistrationTest, ALongFileNameIsWrittenCut)
     EXPECT_EQ(valuesOf(SERVER_KEY).at(""), registered(fileName.substr(0, 259)));
 }
 
-TEST_F(SelfRegistrationTest, UnregisteringRemovesBothKeysAndTheSecondTimeFails)
+TEST_F(SelfRegistrationTest, Unregistering_removesBothKeysOnce)
 {
     DllRegisterServer();
     takeMessages();
@@ -205,7 +205,7 @@ LSTATUS WINAPI limitedCreate(HKEY root, LPCSTR path, DWORD reserved, LPSTR name,
     return ERROR_ACCESS_DENIED;
 }
 
-TEST_F(SelfRegistrationTest, WithoutAccessOneErrorLineIsWrittenAndNothingElse)
+TEST_F(SelfRegistrationTest, WithoutAccess_oneErrorLineIsWritten)
 {
     const ImportHook hook("RegCreateKeyExA", &limitedCreate);
     allowedCreations = 0;

@@ -11,13 +11,7 @@
 
 namespace {
 
-using support::address;
-using support::assertionLine;
 using support::assertionText;
-using support::comErrorOf;
-using support::debugLine;
-using support::errorLine;
-using support::exceptionLine;
 using support::Lines;
 using support::thrownBy;
 using support::withoutLine;
@@ -41,11 +35,6 @@ public:
     EPropertyType getType() const override { return NO_SUCH_TYPE; }
 };
 
-constexpr const char* CREATE = "wa::WmiConverter::createWmiInstance";
-constexpr const char* COPY = "wa::WmiConverter::copyProperties";
-constexpr const char* ENUMERATE = "wa::WmiConverter::getInstances";
-constexpr const char* GET = "wa::WmiConverter::getInstanceByPath";
-
 class WmiConverterTest : public WmiTest
 {
 protected:
@@ -60,7 +49,6 @@ protected:
     {
         wmiNamespace.classes = {{"Zerix_EthernetPort", &port}, {"Zerix_IPProtocolEndpoint", &endpoint}};
         samples::addKey(instance, "DeviceID", "a");
-        log.clear();
     }
 
     // Releases what an enumeration gave.
@@ -81,7 +69,7 @@ protected:
     wa::WmiConverter converter;
 };
 
-TEST(WmiConverterSlotsTest, TheDestructorComesFirstAndTheFourOperationsInTheirOrder)
+TEST(WmiConverterSlotsTest, Operations_keepTheirSlots)
 {
     // The destructor takes two entries.
     EXPECT_EQ(support::slotOf(&wa::WmiConverter::getPath), 2U);
@@ -90,17 +78,7 @@ TEST(WmiConverterSlotsTest, TheDestructorComesFirstAndTheFourOperationsInTheirOr
     EXPECT_EQ(support::slotOf(&wa::WmiConverter::indicateResults), 5U);
 }
 
-TEST(WmiConverterSingletonTest, TheFirstUseMakesTheOneInstanceAndSaysSo)
-{
-    support::LogCapture log(2);
-    wa::WmiConverter* const first = wa::WmiConverter::getInstance();
-    EXPECT_EQ(wa::WmiConverter::getInstance(), first);
-    EXPECT_EQ(log.numberedMessages(),
-              Lines{"debug|Utils/Singleton:68|utils::Singleton<class wa::WmiConverter>::Singleton|"
-                    "New singleton instance for WmiConverter"});
-}
-
-TEST_F(WmiConverterTest, AConverterOfATypeThatIsThereReplacesTheOldOneWhichIsDeleted)
+TEST_F(WmiConverterTest, SecondConverter_replacesTheFirst)
 {
     struct Counting : wa::BoolPropertyConverter
     {
@@ -122,141 +100,31 @@ TEST_F(WmiConverterTest, AConverterOfATypeThatIsThereReplacesTheOldOneWhichIsDel
     EXPECT_EQ(deleted, 3);
 }
 
-TEST_F(WmiConverterTest, ANullThatIsRegisteredFailsTheNextRegistrationOfItsType)
+TEST_F(WmiConverterTest, NullConverter_failsTheNextOfItsType)
 {
     (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
     auto* const next = new wa::BoolPropertyConverter;
     EXPECT_EQ(withoutLine(thrownBy([&] { (converter.*registerConverter())(next, NO_SUCH_TYPE, 1000); })),
               assertionText("oldConverter != NULL"));
-    EXPECT_EQ(takeMessages(), Lines{assertionLine("oldConverter != NULL")});
 }
 
-TEST_F(WmiConverterTest, ANewInstanceIsSpawnedFromTheClassOfTheNamespace)
-{
-    IWbemClassObject* const made = converter.createWmiInstance("Zerix_EthernetPort", &wmiNamespace, &context);
-    EXPECT_EQ(made, &port.spawned().at(0));
-    EXPECT_EQ(port.spawned().at(0).references(), 1);
-    EXPECT_EQ(calls.take(), (Lines{"namespace.GetObject(Zerix_EthernetPort, 0, context, out, null)",
-                                   "Zerix_EthernetPort.SpawnInstance(0)", "Zerix_EthernetPort released"}));
-    EXPECT_EQ(takeMessages(), Lines{debugLine(CREATE, "createWmiInstance")});
-    made->Release();
-}
-
-TEST_F(WmiConverterTest, AClassThatTheNamespaceDoesNotGiveThrowsTheFormattedTextWithoutPrefix)
-{
-    EXPECT_EQ(thrownBy([&] { converter.createWmiInstance("Zerix_Unknown", &wmiNamespace, &context); }),
-              "pNamespace->GetObject(Zerix_Unknown) error #80041002");
-    EXPECT_EQ(takeMessages(), (Lines{debugLine(CREATE, "createWmiInstance"),
-                                     exceptionLine("pNamespace->GetObject(Zerix_Unknown) error #80041002")}));
-}
-
-TEST_F(WmiConverterTest, AnyAnswerOfTheNamespaceButZeroThrowsSuccessCodesToo)
-{
-    wmiNamespace.getObjectStatus = 1;
-    EXPECT_EQ(thrownBy([&] { converter.createWmiInstance("Zerix_EthernetPort", &wmiNamespace, nullptr); }),
-              "pNamespace->GetObject(Zerix_EthernetPort) error #1");
-    EXPECT_EQ(calls.take(),
-              (Lines{"namespace.GetObject(Zerix_EthernetPort, 0, null, out, null)", "Zerix_EthernetPort released"}));
-}
-
-TEST_F(WmiConverterTest, SuccessWithoutAClassIsABrokenPrecondition)
-{
-    wmiNamespace.classes["Zerix_EthernetPort"] = nullptr;
-    EXPECT_EQ(
-        withoutLine(thrownBy([&] { converter.createWmiInstance("Zerix_EthernetPort", &wmiNamespace, &context); })),
-        assertionText("pClass != NULL"));
-}
-
-TEST_F(WmiConverterTest, TheClassIsReleasedBeforeTheStatusOfTheSpawnIsJudged)
-{
-    port.spawnsNothing = true;
-    port.spawnStatus = static_cast<HRESULT>(WBEM_E_OUT_OF_MEMORY);
-    Lines atRelease;
-    port.onLastRelease = [&] { atRelease = log.messages(); };
-    EXPECT_EQ(thrownBy([&] { converter.createWmiInstance("Zerix_EthernetPort", &wmiNamespace, &context); }),
-              "pClass->SpawnInstance(Zerix_EthernetPort) error #80041006");
-    EXPECT_EQ(atRelease, Lines{debugLine(CREATE, "createWmiInstance")});
-    EXPECT_EQ(takeMessages(), (Lines{debugLine(CREATE, "createWmiInstance"),
-                                     exceptionLine("pClass->SpawnInstance(Zerix_EthernetPort) error #80041006")}));
-}
-
-TEST_F(WmiConverterTest, ASpawnThatSucceedsWithAnotherCodeIsASuccess)
-{
-    port.spawnStatus = 1;
-    IWbemClassObject* const made = converter.createWmiInstance("Zerix_EthernetPort", &wmiNamespace, &context);
-    EXPECT_EQ(made, &port.spawned().at(0));
-    made->Release();
-}
-
-TEST_F(WmiConverterTest, ASpawnWithoutAnObjectIsABrokenPrecondition)
-{
-    port.spawnsNothing = true;
-    EXPECT_EQ(
-        withoutLine(thrownBy([&] { converter.createWmiInstance("Zerix_EthernetPort", &wmiNamespace, &context); })),
-        assertionText("result != NULL"));
-}
-
-TEST_F(WmiConverterTest, CopyingAssertsTheObjectAheadOfTheInstance)
+TEST_F(WmiConverterTest, Copying_assertsItsArgumentsInOrder)
 {
     EXPECT_EQ(withoutLine(thrownBy([&] { converter.copyProperties(nullptr, nullptr); })),
               assertionText("wmiInst != NULL"));
     EXPECT_EQ(withoutLine(thrownBy([&] { converter.copyProperties(&object, nullptr); })),
               assertionText("coreInst != NULL"));
-    EXPECT_EQ(takeMessages(), (Lines{assertionLine("wmiInst != NULL"), assertionLine("coreInst != NULL")}));
 }
 
-TEST_F(WmiConverterTest, EveryTypeIsPutThroughItsConverterInListOrderWithoutACimType)
-{
-    using namespace core;
-    _putenv_s("COMPUTERNAME", "TESTHOST");
-    CimInstance all("Zerix_All");
-    samples::add<CimPropertyString>(all, "String", "text");
-    samples::add<CimPropertyString_arr>(all, "Strings", std::vector<std::string>{"a", "b"});
-    samples::add<CimPropertyUint8>(all, "Uint8", std::uint8_t{200});
-    samples::add<CimPropertyUint16>(all, "Uint16", std::uint16_t{65535});
-    samples::add<CimPropertyUint16_arr>(all, "Uint16s", std::vector<std::uint16_t>{1, 2});
-    samples::add<CimPropertyUint32>(all, "Uint32", 4294967295U);
-    samples::add<CimPropertyUint32_arr>(all, "Uint32s", std::vector<std::uint32_t>{3});
-    samples::add<CimPropertyUint64>(all, "Uint64", std::uint64_t{10000000000});
-    samples::add<CimPropertyBool>(all, "Bool", true);
-    samples::add<CimPropertyDatetime>(all, "Datetime", utils::Time::timestamp(0));
-    samples::add<CimPropertyRef>(all, "Ref", &instance);
-    converter.copyProperties(&object, &all);
-    EXPECT_EQ(
-        calls.take(),
-        (Lines{"object.Put(String, 0, VT_BSTR 'text', 0)", "object.Put(Strings, 0, VT_ARRAY|VT_BSTR {'a', 'b'}, 0)",
-               "object.Put(Uint8, 0, VT_UI1 200, 0)", "object.Put(Uint16, 0, VT_I4 65535, 0)",
-               "object.Put(Uint16s, 0, VT_ARRAY|VT_I4 {1, 2}, 0)", "object.Put(Uint32, 0, VT_I4 -1, 0)",
-               "object.Put(Uint32s, 0, VT_ARRAY|VT_I4 {3}, 0)", "object.Put(Uint64, 0, VT_BSTR '10000000000', 0)",
-               "object.Put(Bool, 0, VT_BOOL 1, 0)", "object.Put(Datetime, 0, VT_BSTR '19700101000000.000000+000', 0)",
-               R"(object.Put(Ref, 0, VT_BSTR '\\TESTHOST\root\DCIM\vexal:Zerix_EthernetPort.DeviceID="a"', 0))"}));
-}
-
-TEST_F(WmiConverterTest, ANullPropertyIsNeverPut)
-{
-    new core::CimPropertyString("Nothing", &instance);
-    samples::add<core::CimPropertyString>(instance, "Name", "x");
-    converter.copyProperties(&object, &instance);
-    EXPECT_EQ(calls.take(), (Lines{"object.Put(DeviceID, 0, VT_BSTR 'a', 0)", "object.Put(Name, 0, VT_BSTR 'x', 0)"}));
-    EXPECT_EQ(takeMessages(),
-              (Lines{debugLine(COPY, "copyProperties " + address(&object) + "<-" + address(&instance)),
-                     debugLine(COPY, "Converting 'DeviceID'"), debugLine(COPY, "Converting 'Nothing'"),
-                     debugLine(COPY, "Property is NULL - skip copying"), debugLine(COPY, "Converting 'Name'")}));
-}
-
-TEST_F(WmiConverterTest, ATypeWithoutAConverterIsReportedAndTheOthersAreStillCopied)
+TEST_F(WmiConverterTest, UnknownType_isLeftOut)
 {
     samples::add<PropertyOfNoKnownType>(instance, "Strange", "?");
     samples::add<core::CimPropertyString>(instance, "Name", "x");
     converter.copyProperties(&object, &instance);
     EXPECT_EQ(calls.take(), (Lines{"object.Put(DeviceID, 0, VT_BSTR 'a', 0)", "object.Put(Name, 0, VT_BSTR 'x', 0)"}));
-    EXPECT_EQ(takeMessages(),
-              (Lines{debugLine(COPY, "copyProperties " + address(&object) + "<-" + address(&instance)),
-                     debugLine(COPY, "Converting 'DeviceID'"), debugLine(COPY, "Converting 'Strange'"),
-                     errorLine(COPY, "Not supported property type: 77"), debugLine(COPY, "Converting 'Name'")}));
 }
 
-TEST_F(WmiConverterTest, ATypeWhoseConverterIsNullIsABrokenPrecondition)
+TEST_F(WmiConverterTest, TypeWithANullConverter_isRefused)
 {
     (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
     samples::add<PropertyOfNoKnownType>(instance, "Strange", "?");
@@ -264,48 +132,7 @@ TEST_F(WmiConverterTest, ATypeWhoseConverterIsNullIsABrokenPrecondition)
               assertionText("converter != NULL"));
 }
 
-TEST_F(WmiConverterTest, AnOverriddenPropertyIsLeftOut)
-{
-    samples::add<core::CimPropertyString>(instance, "Name", "old");
-    samples::add<core::CimPropertyString>(instance, "Name", "new");
-    converter.copyProperties(&object, &instance);
-    EXPECT_EQ(calls.take(),
-              (Lines{"object.Put(DeviceID, 0, VT_BSTR 'a', 0)", "object.Put(Name, 0, VT_BSTR 'new', 0)"}));
-}
-
-TEST_F(WmiConverterTest, AnyAnswerOfPutButZeroIsLoggedAndTheNextPropertyIsTried)
-{
-    samples::add<core::CimPropertyString>(instance, "Name", "x");
-    object.putStatus = {{"DeviceID", static_cast<HRESULT>(WBEM_E_TYPE_MISMATCH)}, {"Name", 1}};
-    converter.copyProperties(&object, &instance);
-    EXPECT_EQ(calls.take(), (Lines{"object.Put(DeviceID, 0, VT_BSTR 'a', 0)", "object.Put(Name, 0, VT_BSTR 'x', 0)"}));
-    EXPECT_EQ(takeMessages(),
-              (Lines{debugLine(COPY, "copyProperties " + address(&object) + "<-" + address(&instance)),
-                     debugLine(COPY, "Converting 'DeviceID'"), errorLine(COPY, "Property copy error: 80041005"),
-                     debugLine(COPY, "Converting 'Name'"), errorLine(COPY, "Property copy error: 1")}));
-}
-
-BSTR WINAPI noBstr(const OLECHAR*, UINT)
-{
-    return nullptr;
-}
-
-TEST_F(WmiConverterTest, WithoutMemoryForAValueTheErrorOfComPassesAndTheValueIsNotPut)
-{
-    const support::ImportHook hook("SysAllocStringLen", &noBstr);
-    EXPECT_EQ(comErrorOf([&] { converter.copyProperties(&object, &instance); }), "0x8007000E");
-    EXPECT_EQ(calls.take(), Lines{});
-}
-
-TEST_F(WmiConverterTest, WithoutMemoryForTheClassNameNoClassIsAskedFor)
-{
-    const support::ImportHook hook("SysAllocStringLen", &noBstr);
-    EXPECT_EQ(comErrorOf([&] { converter.createWmiInstance("Zerix_EthernetPort", &wmiNamespace, &context); }),
-              "0x8007000E");
-    EXPECT_EQ(calls.take(), Lines{});
-}
-
-TEST_F(WmiConverterTest, AnEnumerationAssertsNamespaceClassAndContextInThisOrder)
+TEST_F(WmiConverterTest, Enumeration_assertsItsArgumentsInOrder)
 {
     const utils::ScopedBstr name("Zerix_EthernetPort");
     EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstances(nullptr, nullptr, nullptr); })),
@@ -316,17 +143,7 @@ TEST_F(WmiConverterTest, AnEnumerationAssertsNamespaceClassAndContextInThisOrder
               assertionText("pCtx != NULL"));
 }
 
-TEST_F(WmiConverterTest, AnEmptyListGivesNoObjectsAndACountOfZero)
-{
-    const utils::ScopedBstr name("Zerix_EthernetPort");
-    EXPECT_TRUE(converter.getInstances(&wmiNamespace, name.get(), &context).empty());
-    EXPECT_EQ(calls.take(), Lines{"broker.getInstances(Zerix_EthernetPort)"});
-    EXPECT_EQ(takeMessages(), (Lines{debugLine(ENUMERATE, "Getting instances for class Zerix_EthernetPort"),
-                                     debugLine(ENUMERATE, "CimBroker instance: #" + address(&broker)),
-                                     debugLine(ENUMERATE, "0 instances found")}));
-}
-
-TEST_F(WmiConverterTest, EachObjectIsOfItsInstancesOwnClassFetchedAnewInBrokerOrder)
+TEST_F(WmiConverterTest, Object_isOfItsInstancesOwnClass)
 {
     core::CimInstance second("Zerix_IPProtocolEndpoint");
     samples::addKey(second, "Name", "b");
@@ -369,7 +186,7 @@ TEST_F(WmiConverterTest, ClassNames_ofOneLength_areTwoClasses)
     EXPECT_EQ(namesAndRelease(objects), (Lines{"Zerix_EthernetPort#1", "Zerix_EthernetPorT#1"}));
 }
 
-TEST_F(WmiConverterTest, WhatIsBuiltIsReleasedWhenALaterInstanceThrows)
+TEST_F(WmiConverterTest, Objects_areReleasedWhenALaterOneThrows)
 {
     core::CimInstance unknown("Zerix_Unknown");
     broker.onGetInstances = [&] {
@@ -386,7 +203,7 @@ TEST_F(WmiConverterTest, WhatIsBuiltIsReleasedWhenALaterInstanceThrows)
     EXPECT_EQ(port.spawnedReferences(), 0);
 }
 
-TEST_F(WmiConverterTest, AnObjectWhoseCopyThrowsIsReleasedToo)
+TEST_F(WmiConverterTest, Object_whoseCopyThrows_isReleased)
 {
     (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
     samples::add<PropertyOfNoKnownType>(instance, "Strange", "?");
@@ -402,7 +219,7 @@ TEST_F(WmiConverterTest, AnObjectWhoseCopyThrowsIsReleasedToo)
     EXPECT_EQ(port.spawnedReferences(), 0);
 }
 
-TEST_F(WmiConverterTest, TheBrokersExceptionPasses)
+TEST_F(WmiConverterTest, BrokersException_passes)
 {
     broker.onGetInstances = []() -> utils::SafeList<core::CimInstance*> { throw std::runtime_error("broken"); };
     const utils::ScopedBstr name("Zerix_EthernetPort");
@@ -410,7 +227,7 @@ TEST_F(WmiConverterTest, TheBrokersExceptionPasses)
               "broken");
 }
 
-TEST_F(WmiConverterTest, TheBrokerIsAskedForAnewOnEveryCall)
+TEST_F(WmiConverterTest, Broker_isFetchedOnEveryCall)
 {
     const utils::ScopedBstr name("Zerix_EthernetPort");
     converter.getInstances(&wmiNamespace, name.get(), &context);
@@ -420,7 +237,7 @@ TEST_F(WmiConverterTest, TheBrokerIsAskedForAnewOnEveryCall)
     EXPECT_EQ(later.take(), Lines{"broker.getInstances(Zerix_EthernetPort)"});
 }
 
-TEST_F(WmiConverterTest, AClassNameOutsideTheCodePageIsAskedForWithQuestionMarks)
+TEST_F(WmiConverterTest, ClassName_outsideTheCodePage_hasQuestionMarks)
 {
     const BSTR name = SysAllocString(L"Zerix_\x4E2D");
     converter.getInstances(&wmiNamespace, name, &context);
@@ -428,7 +245,7 @@ TEST_F(WmiConverterTest, AClassNameOutsideTheCodePageIsAskedForWithQuestionMarks
     EXPECT_EQ(calls.take(), Lines{"broker.getInstances(Zerix_?)"});
 }
 
-TEST_F(WmiConverterTest, GettingAssertsPathNamespaceResultAndContextInThisOrder)
+TEST_F(WmiConverterTest, Get_assertsItsArgumentsInOrder)
 {
     IWbemClassObject* result = nullptr;
     EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstanceByPath("", nullptr, nullptr, nullptr); })),
@@ -441,16 +258,7 @@ TEST_F(WmiConverterTest, GettingAssertsPathNamespaceResultAndContextInThisOrder)
               assertionText("pCtx != NULL"));
 }
 
-TEST_F(WmiConverterTest, ATextThatIsNoPathThrowsASyntaxError)
-{
-    IWbemClassObject* result = nullptr;
-    EXPECT_EQ(thrownBy<utils::ESyntaxError>(
-                  [&] { converter.getInstanceByPath("Zerix_EthernetPort", &wmiNamespace, &result, &context); }),
-              "DRAVEv2: ESyntaxError:too many classname separators: 'Zerix_EthernetPort'");
-    EXPECT_EQ(calls.take(), Lines{});
-}
-
-TEST_F(WmiConverterTest, APathThatMatchesNothingIsNotFoundAndTheResultUntouched)
+TEST_F(WmiConverterTest, Path_withoutAnInstance_leavesTheResult)
 {
     auto* const before = reinterpret_cast<IWbemClassObject*>(this);
     IWbemClassObject* result = before;
@@ -458,33 +266,9 @@ TEST_F(WmiConverterTest, APathThatMatchesNothingIsNotFoundAndTheResultUntouched)
               "0x80041002");
     EXPECT_EQ(result, before);
     EXPECT_EQ(calls.take(), Lines{"broker.getInstanceByPath(C.k=1)"});
-    EXPECT_EQ(takeMessages(), (Lines{debugLine("core::CimPath::CimPath", "Creating path root\\x:C.k=1", "CimPath"),
-                                     debugLine("core::CimPath::CimPath", "namespace is stripped [root\\x]", "CimPath"),
-                                     debugLine(GET, "CimBroker instance: #" + address(&broker)),
-                                     debugLine(GET, "Instance root\\x:C.k=1 not found")}));
 }
 
-TEST_F(WmiConverterTest, TheInstanceAtThePathIsGivenAsAnObjectOfItsClass)
-{
-    broker.onFind = [&] { return &instance; };
-    IWbemClassObject* result = nullptr;
-    EXPECT_EQ(converter.getInstanceByPath("CIM_Port.DeviceID=\"a\"", &wmiNamespace, &result, &context), 0);
-    ASSERT_EQ(result, &port.spawned().at(0));
-    EXPECT_EQ(port.spawned().at(0).references(), 1);
-    result->Release();
-    EXPECT_EQ(calls.take(),
-              (Lines{"broker.getInstanceByPath(CIM_Port.DeviceID=\"a\")",
-                     "namespace.GetObject(Zerix_EthernetPort, 0, context, out, null)",
-                     "Zerix_EthernetPort.SpawnInstance(0)", "Zerix_EthernetPort released",
-                     "Zerix_EthernetPort#1.Put(DeviceID, 0, VT_BSTR 'a', 0)", "Zerix_EthernetPort#1 released"}));
-    EXPECT_EQ(takeMessages(),
-              (Lines{debugLine("core::CimPath::CimPath", "Creating path CIM_Port.DeviceID=\"a\"", "CimPath"),
-                     debugLine(GET, "CimBroker instance: #" + address(&broker)), debugLine(CREATE, "createWmiInstance"),
-                     debugLine(COPY, "copyProperties " + address(&port.spawned().at(0)) + "<-" + address(&instance)),
-                     debugLine(COPY, "Converting 'DeviceID'")}));
-}
-
-TEST_F(WmiConverterTest, AnObjectWhoseCopyThrowsIsReleasedAndTheResultUntouched)
+TEST_F(WmiConverterTest, Copy_thatThrows_leavesTheResult)
 {
     (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
     samples::add<PropertyOfNoKnownType>(instance, "Strange", "?");
@@ -495,36 +279,12 @@ TEST_F(WmiConverterTest, AnObjectWhoseCopyThrowsIsReleasedAndTheResultUntouched)
     EXPECT_EQ(result, nullptr);
 }
 
-TEST_F(WmiConverterTest, ThePathOfAnObjectIsItsSystemProperty)
+TEST_F(WmiConverterTest, Path_isASystemProperty)
 {
     *object.path.address() = samples::bstr(R"(\\HOST\root\DCIM\vexal:Zerix_EthernetPort.DeviceID="a")");
     const core::CimPath path = converter.getPath(&object);
     EXPECT_EQ(path.getModelPath(), R"(Zerix_EthernetPort.DeviceID="a")");
     EXPECT_EQ(calls.take(), Lines{"object.Get(__PATH, 0, null, null)"});
-}
-
-TEST_F(WmiConverterTest, AnObjectThatCannotSayItsPathHasAnEmptyOne)
-{
-    EXPECT_EQ(thrownBy<utils::ESyntaxError>([&] { converter.getPath(&object); }), "DRAVEv2: ESyntaxError:empty path");
-}
-
-TEST_F(WmiConverterTest, Path_readWithAFailure_isTakenAllTheSame)
-{
-    *object.path.address() = samples::bstr("Zerix_X.k=1");
-    object.pathStatus = static_cast<HRESULT>(WBEM_E_FAILED);
-    EXPECT_EQ(converter.getPath(&object).getModelPath(), "Zerix_X.k=1");
-}
-
-TEST_F(WmiConverterTest, AnObjectWhosePathIsNullHasNoneThatParses)
-{
-    *object.path.address() = samples::null();
-    EXPECT_EQ(thrownBy<utils::ESyntaxError>([&] { converter.getPath(&object); }),
-              "DRAVEv2: ESyntaxError:too many classname separators: '<NULL>'");
-}
-
-TEST_F(WmiConverterTest, ThePathOfNoObjectIsABrokenPrecondition)
-{
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getPath(nullptr); })), assertionText("wmiInst != NULL"));
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
 #include "support/PrivateRegistry.h"
+#include "support/Samples.h"
 
 // Makes every platform call of the broker fail, one at a time, while the built provider asks it about this machine's
 // adapters, settings and jobs; and every call of either module while they are loaded and unloaded. Both are loaded anew
@@ -102,7 +103,7 @@ Outcome lasting(Outcome outcome)
     return outcome;
 }
 
-Outcome ask(const Request& request, const std::string& portPath, const reliability::ProviderModule& module)
+Outcome ask(const Request& request, const std::string& portPath, const reliability::RegistrylessModule& module)
 {
     reliability::Surroundings surroundings;
     surroundings.removed = nullptr;
@@ -113,7 +114,7 @@ Outcome ask(const Request& request, const std::string& portPath, const reliabili
     surroundings.nameSpace.classes = {{request.className, &surroundings.classObject}};
     surroundings.classObject.methods = {{request.method, &surroundings.signature}};
     support::FakeClassObject given(surroundings.calls, "Given");
-    *given.path.address() = reliability::textValue(surroundings.path);
+    *given.path.address() = samples::bstr(surroundings.path);
     if (request.value != nullptr) {
         VARIANT value{};
         value.vt = VT_I4;
@@ -132,7 +133,7 @@ Outcome ask(const Request& request, const std::string& portPath, const reliabili
     if (surroundings.nameSpace.references() != 0) {
         result.disorder += "the namespace is held; ";
     }
-    if (!module.canUnload()) {
+    if (module.canUnloadNow() != S_OK) {
         result.disorder += "the module cannot be unloaded; ";
     }
     return lasting(std::move(result));
@@ -196,7 +197,7 @@ protected:
         support::CallLog registryCalls;
         std::optional<reliability::ModuleMemory> memory;
         std::optional<reliability::Fault> fault;
-        std::optional<reliability::ProviderModule> module;
+        std::optional<reliability::RegistrylessModule> module;
         {
             const reliability::LoadWatch watch(ofBroker ? L"ZerixCimCore.dll" : L"ZerixDRAVEv2Provider.dll",
                                                [&](HMODULE failing) {
@@ -317,7 +318,7 @@ class BrokerFaultsTest : public BrokerFaults, public testing::WithParamInterface
 {
 };
 
-TEST_P(BrokerFaultsTest, everyFailingCallHasItsDefinedOutcomeAndLeavesNothingBehind)
+TEST_P(BrokerFaultsTest, FailingCall_leavesNothingBehind)
 {
     ASSERT_FALSE(m_portPath.empty()) << "this machine has no adapter";
     std::ofstream table(std::string(ZERIX_TABLES) + "/broker-faults-" + GetParam().name + ".md");
@@ -336,7 +337,7 @@ protected:
     LoadFaultsTest() : BrokerFaults(GetParam()) {}
 };
 
-TEST_P(LoadFaultsTest, modulesLoadThoughACallFailsAndServeTheFirstRequest)
+TEST_P(LoadFaultsTest, FailingCall_atLoading_isSurvived)
 {
     std::ofstream table(std::string(ZERIX_TABLES) + "/load-faults-" + std::to_string(GetParam()) + ".md");
     failEveryCall(LIST_PORTS, Phase::load, true, table);
@@ -349,7 +350,7 @@ class UnloadFaultsTest : public BrokerFaults, public testing::WithParamInterface
 {
 };
 
-TEST_P(UnloadFaultsTest, callsThatFailWhileTheModulesAreUnloadedLeaveNothingBehind)
+TEST_P(UnloadFaultsTest, FailingCall_atUnloading_leavesNothing)
 {
     std::ofstream table(std::string(ZERIX_TABLES) + "/unload-faults-" + GetParam().name + ".md");
     failEveryCall(GetParam(), Phase::unload, true, table);

@@ -36,7 +36,7 @@ Attempt attempt(Scenario scenario, const support::ComMemory& comMemory, const Fa
     Attempt result;
     support::CallLog registryCalls;
     const reliability::Balance before = reliability::balanceNow(comMemory);
-    std::optional<reliability::ProviderModule> module(std::in_place, registryCalls);
+    std::optional<reliability::RegistrylessModule> module(std::in_place, registryCalls);
     support::captureModule(module->handle());
     reliability::ModuleMemory memory(module->handle());
     {
@@ -126,7 +126,7 @@ private:
     }
 };
 
-TEST_P(FaultsTest, everyFailingCallHasItsDefinedOutcomeAndLeavesNothingBehind)
+TEST_P(FaultsTest, FailingCall_leavesNothingBehind)
 {
     failEveryCall(1);
 }

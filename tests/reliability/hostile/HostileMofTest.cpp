@@ -65,7 +65,7 @@ std::string complaintAbout(const std::string& message, const std::string& text)
     return "";
 }
 
-TEST(HostileMofTest, everyTextIsReadOrRefusedWithThePlaceOfTheMistake)
+TEST(HostileMofTest, Text_isReadOrRefusedWithItsPlace)
 {
     const std::array<std::string, 2> sound{std::string(SHORT_MOF), contentOf(ZERIX_MOF)};
     for (const std::string& text : sound) {

@@ -13,6 +13,7 @@
 #include "reliability/hostile/RandomValues.h"
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
+#include "support/Samples.h"
 
 // Clients that send nonsense: random values in their objects, random paths, random method names. Whatever they send,
 // the provider answers with one of the outcomes that it has for nonsense, and keeps nothing.
@@ -50,7 +51,7 @@ TEST(HostileTest, nonsenseHasADefinedAnswerAndLeavesNothing)
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     const support::ComMemory comMemory;
     support::CallLog registryCalls;
-    const reliability::ProviderModule module(registryCalls);
+    const reliability::RegistrylessModule module(registryCalls);
     reliability::ModuleMemory memory(module.handle());
     reliability::Surroundings surroundings;
     const reliability::Provider provider(module, surroundings);
@@ -74,9 +75,8 @@ TEST(HostileTest, nonsenseHasADefinedAnswerAndLeavesNothing)
             fill(object, random);
             if (scenario == Scenario::put) {
                 *object.path.address() =
-                    random.below(4) == 0
-                        ? random.value()
-                        : reliability::textValue(random.below(3) == 0 ? random.path() : reliability::PORT_PATH);
+                    random.below(4) == 0 ? random.value()
+                                         : samples::bstr(random.below(3) == 0 ? random.path() : reliability::PORT_PATH);
             }
             surroundings.path = random.below(3) == 0 ? random.path() : reliability::PORT_PATH;
             surroundings.jobPath = random.path();
