@@ -215,7 +215,7 @@ private:
             m_behindMark = registers.rip;
             obey(thread, textAt(thread, registers.rdx));
         } else {
-            throw std::runtime_error("the program stopped at a breakpoint that is no mark");
+            throw std::runtime_error("the program stopped at a breakpoint that is not a mark");
         }
     }
 

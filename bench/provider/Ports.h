@@ -105,7 +105,7 @@ public:
 private:
     void request(BSTR className);
 
-    // Nothing is stored, whatever other programs do.
+    // Empty, and not shared with other programs.
     support::PrivateRegistry m_registry;
     support::MadeUpAdapters m_adapters{broker()};
     AnyObject m_object;
