@@ -71,6 +71,8 @@ LSTATUS WindowsRegistry::closeKey(HKEY key)
     return RegCloseKey(key);
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the operations take their texts by value
+
 bool WindowsRegistry::keyExists(std::string path)
 {
     ScopedKey key;
@@ -161,5 +163,7 @@ bool WindowsRegistry::getRegistryData(HKEY root, std::string path, DWORD type, s
     }
     return !out->empty();
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace utils

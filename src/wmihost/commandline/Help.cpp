@@ -72,7 +72,7 @@ public:
     std::string make_footer(const CLI::App* app) const override
     {
         const CLI::App* program = app->get_parent();
-        const std::string footer = Formatter::make_footer(app);
+        std::string footer = Formatter::make_footer(app);
         if (program == nullptr) {
             return footer;
         }

@@ -162,7 +162,7 @@ void addCounters(std::vector<MetricFamily>& families, const ClassRows& statistic
 bool changesOften(IWbemClassObject& endpoint)
 {
     const auto origin = number(endpoint, L"AddressOrigin");
-    return origin == autoConfiguration || origin == stateless;
+    return origin == autoConfiguration || origin == stateless;  // NOLINT(misc-redundant-expression): two constants
 }
 
 void addAddresses(std::vector<MetricFamily>& families, const ClassRows& ports, const ClassRows& endpoints)
