@@ -6,6 +6,15 @@ import pathlib
 import subprocess
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
+# Where tools/wine-test notes which programs it started once more, and why.
+RACES = TOP / "build" / "wine-races"
+
+
+def failure_of_wine(code, out, error):
+    """The name of Wine's failure, or nothing when the program is answerable for its end: see tools/wine-test."""
+    if "Inconsistency detected by ld.so" in error:
+        return "end"
+    return "loader" if code != 0 and not out and not error else None
 
 
 class Program:
@@ -21,8 +30,18 @@ class Program:
                     LC_ALL="C.UTF-8")
 
     def run(self, *command, folder=None, stdin=b""):
-        """Exit code, standard output and standard error of a program of the machine. Through files: the prefix's
-        services, which outlive the program, would keep a pipe open."""
+        """Exit code, standard output and standard error of a program of the machine, which is started once more where
+        Wine failed."""
+        result = self.run_once(*command, folder=folder, stdin=stdin)
+        race = failure_of_wine(*result)
+        if race is None or any("--quiet" in word for word in command):
+            return result
+        with open(RACES, "a", encoding="utf-8") as races:
+            print(race, *command, file=races)
+        return self.run_once(*command, folder=folder, stdin=stdin)
+
+    def run_once(self, *command, folder=None, stdin=b""):
+        """Through files: the prefix's services, which outlive the program, would keep a pipe open."""
         with open(self.prefix / "in.txt", "w+b") as given, open(self.prefix / "out.txt", "w+b") as out, \
                 open(self.prefix / "error.txt", "w+b") as error:
             given.write(stdin)
