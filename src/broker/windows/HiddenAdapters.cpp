@@ -65,7 +65,7 @@ std::vector<std::string> hiddenAdapters()
     }
     std::array<char, MAX_KEY_NAME + 1> name{};
     for (DWORD i = 0;; ++i) {
-        DWORD length = static_cast<DWORD>(name.size());
+        auto length = static_cast<DWORD>(name.size());
         if (registry.enumKey(drivers.get(), i, name.data(), &length, nullptr, nullptr, nullptr, nullptr) !=
             ERROR_SUCCESS) {
             return result;

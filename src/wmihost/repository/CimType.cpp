@@ -95,36 +95,42 @@ bool isDatetime(std::wstring_view text)
     return sign != L':' || text.substr(22) == L"000";
 }
 
+std::optional<Variant> textOnly(const VARIANT& value)
+{
+    return value.vt == VT_BSTR ? std::optional(Variant(value)) : std::nullopt;
+}
+
+template <class Number>
+std::optional<Variant> textOf(const std::optional<Number>& number)
+{
+    return number ? std::optional(Variant::ofText(std::to_wstring(*number))) : std::nullopt;
+}
+
+std::optional<Variant> uint32Of(const VARIANT& value)
+{
+    if (value.vt == VT_I4) {
+        return Variant(value);
+    }
+    // WMI does not extend a 16-bit value, neither with nor without its sign.
+    const auto number = value.vt == VT_I2 ? std::nullopt : changed(value, VT_UI4);
+    return number ? std::optional(Variant::ofLong(number->get().lVal)) : std::nullopt;
+}
+
 std::optional<Variant> coerceScalar(const VARIANT& value, CIMTYPE type)
 {
     switch (type) {
         case CIM_STRING:
             return value.vt == VT_BSTR ? Variant(value) : changed(value, VT_BSTR);
         case CIM_DATETIME:
-            return value.vt == VT_BSTR && isDatetime(viewOf(value.bstrVal)) ? std::optional(Variant(value))
-                                                                            : std::nullopt;
+            return value.vt == VT_BSTR && !isDatetime(viewOf(value.bstrVal)) ? std::nullopt : textOnly(value);
         case CIM_REFERENCE:
-            return value.vt == VT_BSTR ? std::optional(Variant(value)) : std::nullopt;
-        case CIM_UINT64: {
-            const auto number = value.vt == VT_BSTR ? parseUnsigned(viewOf(value.bstrVal)) : unsignedOf(value);
-            return number ? std::optional(Variant::ofText(std::to_wstring(*number))) : std::nullopt;
-        }
-        case CIM_SINT64: {
-            const auto number = value.vt == VT_BSTR ? parseSigned(viewOf(value.bstrVal)) : signedOf(value);
-            return number ? std::optional(Variant::ofText(std::to_wstring(*number))) : std::nullopt;
-        }
+            return textOnly(value);
+        case CIM_UINT64:
+            return textOf(value.vt == VT_BSTR ? parseUnsigned(viewOf(value.bstrVal)) : unsignedOf(value));
+        case CIM_SINT64:
+            return textOf(value.vt == VT_BSTR ? parseSigned(viewOf(value.bstrVal)) : signedOf(value));
         case CIM_UINT32:
-            if (value.vt == VT_I4) {
-                return Variant(value);
-            }
-            // WMI does not extend a 16-bit value, neither with nor without its sign.
-            if (value.vt == VT_I2) {
-                return std::nullopt;
-            }
-            if (const auto number = changed(value, VT_UI4)) {
-                return Variant::ofLong(number->get().lVal);
-            }
-            return std::nullopt;
+            return uint32Of(value);
         case CIM_UINT16:
             if (const auto number = changed(value, VT_UI2)) {
                 return Variant::ofLong(number->get().uiVal);
