@@ -2,5 +2,5 @@
 
 #include <functional>
 
-// The work, for a program that counts the instructions of this function: its name is plain, and it is never inlined.
+// Runs the work. A counting program finds this function by its name, so the name is plain and it is never inlined.
 extern "C" void counted(const std::function<void()>& work);

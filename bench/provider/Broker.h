@@ -8,12 +8,12 @@
 
 namespace bench {
 
-// A broker that has its answers ready: it finds without looking and changes nothing. The provider's calls of the
-// broker go to the one that was made or named last. Instances are only read, by any number of threads.
+// A broker whose answers are ready: it searches nothing and changes nothing. The provider's calls go to the broker that
+// was constructed or selected last. Instances are only read, so any number of threads may use them.
 class Broker final : public core::CimBroker
 {
 public:
-    // With so many instances of the benchmark's class.
+    // Holds the given number of instances of the benchmark's class.
     explicit Broker(std::size_t instances);
 
     utils::SafeList<core::CimInstance*> getInstances(const std::string& className) override;
@@ -24,7 +24,7 @@ public:
     void use() noexcept;
     std::size_t size() const noexcept { return m_instances.size(); }
 
-    // What the broker exports by name, with the calling convention of its member function.
+    // The functions that the broker exports by name, with the calling convention of its member functions.
     static core::CimBroker* inUse();
     static core::CimInstance* find(core::CimBroker* broker, core::CimPath& path);
 

@@ -9,7 +9,7 @@
 
 namespace bench {
 
-// What the counted modules did.
+// The calls that the counted modules made.
 struct Counts
 {
     std::uint64_t lockPairs = 0;
@@ -17,14 +17,14 @@ struct Counts
     std::uint64_t heapAllocations = 0;
     std::uint64_t bstrs = 0;
     std::uint64_t textsFormatted = 0;
-    // The most bytes of its heap that were in use at one time.
+    // The most bytes of heap in use at one time.
     std::int64_t peakHeapBytes = 0;
 
     bool operator==(const Counts&) const = default;
 };
 
-// While it lives, counts what the modules ask of the kernel, the heap and the BSTR allocator, and the locks of the
-// lists that this program handed to them. Not what happens inside an Uncounted. One at a time, and one thread at work.
+// While it lives, counts the modules' calls of the kernel, the heap and the BSTR allocator, and the locks of the lists
+// that this program passed to them. Skips the scopes of Uncounted. One object at a time; one thread may work.
 class Counters
 {
 public:
@@ -33,7 +33,7 @@ public:
     Counters(const Counters&) = delete;
     Counters& operator=(const Counters&) = delete;
 
-    // Since it was made.
+    // The counts since construction.
     static Counts read();
 
 private:
@@ -43,7 +43,7 @@ private:
     std::vector<std::unique_ptr<support::ImportHook>> m_hooks;
 };
 
-// A scope of work that is not the provider's, where the broker does it.
+// A scope of work that the real broker does, not the provider. Nothing in it is counted.
 class Uncounted
 {
 public:

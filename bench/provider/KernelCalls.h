@@ -9,16 +9,16 @@
 
 namespace bench {
 
-// Which kernel the two sides of a comparison run on. Without one, the calls that enter the kernel (mutexes and the
-// question for the thread's token) answer at once, so that the instructions around them show.
+// The kernel on which both sides of a comparison run. Without a kernel, the calls that enter it (mutexes and the query
+// of the thread's token) return at once, so that the instructions around them become visible.
 enum class Kernel
 {
     real,
     none
 };
 
-// While it lives, the modules, the lists that this program made, and the floors run on the kernel of its choice. One at
-// a time. A mutex that was made meanwhile must not be used later.
+// While it lives, the modules, this program's lists and the floors run on the chosen kernel. One object at a time. A
+// mutex that is created meanwhile must not be used later.
 class KernelCalls
 {
 public:
@@ -27,7 +27,7 @@ public:
     KernelCalls& operator=(const KernelCalls&) = delete;
     ~KernelCalls();
 
-    // Takes and releases a free mutex so many times.
+    // Takes and releases a free mutex this many times.
     void lockPairs(std::size_t count) const
     {
         for (std::size_t i = 0; i < count; ++i) {
@@ -36,7 +36,7 @@ public:
         }
     }
 
-    // Makes and closes so many mutexes.
+    // Creates and closes this many mutexes.
     static void mutexes(std::size_t count)
     {
         for (std::size_t i = 0; i < count; ++i) {
@@ -44,7 +44,7 @@ public:
         }
     }
 
-    // What a request does to find out how far it may act for its client; the benchmark's client has no token.
+    // The calls by which a request finds the client's impersonation level. The benchmark's client has no token.
     static void askToken()
     {
         HANDLE token = nullptr;
@@ -60,13 +60,13 @@ private:
     }
     void replace(HMODULE module);
 
-    // Hooks can be put up and taken down only in order.
+    // Hooks must be removed in the reverse order of their installation.
     std::vector<std::unique_ptr<support::ImportHook>> m_hooks;
     HANDLE m_mutex;
 };
 
-// A scope in which the thread's locks of this program's lists do nothing: what the broker does to fill a list that no
-// one else knows yet is not what is measured.
+// A scope in which this thread does not lock this program's lists. The broker fills a list that no other thread knows
+// yet, and that work is not measured.
 class FreeLocks
 {
 public:

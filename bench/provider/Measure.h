@@ -6,7 +6,7 @@
 
 namespace bench {
 
-// What repeated measurements of one thing came to. Half of them lie between the quartiles.
+// The results of repeated measurements. Half of the values lie between the quartiles.
 struct Sample
 {
     double median = 0;
@@ -15,33 +15,33 @@ struct Sample
     double least = 0;
 };
 
-// Throws nothing; at least one value.
+// Needs at least one value. Throws nothing.
 Sample summarise(std::vector<double> values);
 
-// One side of a comparison and what it is compared with.
+// One side of a comparison and the floor with which it is compared.
 struct Comparison
 {
-    // Nanoseconds for one call.
+    // Nanoseconds per call.
     Sample subject;
     Sample floor;
-    // Subject to floor, pair by pair.
+    // Ratio of subject to floor, pair by pair.
     Sample ratio;
-    // The same against the floor that is allowed what no one can have ready.
+    // The same ratio with the floor that also does the work that cannot be prepared.
     Sample allowedRatio;
-    // The shortest run to the shortest: what comes out when nothing else disturbs.
+    // Ratio of the shortest runs, which other programs disturbed least.
     double leastRatio = 0;
     std::size_t callsPerRun = 0;
     std::size_t runs = 0;
 };
 
-// How often things are measured that are not compared in short runs.
+// The number of repetitions for things that are not compared in short runs.
 inline constexpr std::size_t LONG_RUNS = 21;
 
-// Nanoseconds that `calls` calls take, divided by their number.
+// Returns the mean time of one of `calls` calls in nanoseconds.
 double timeOf(std::size_t calls, const std::function<void()>& call);
 
-// Measures all three by turns, so that whatever else the machine does meets each, in runs so short that most end before
-// the scheduler gives the processor to another program.
+// Measures all three by turns, so that other load on the machine affects each alike. The runs are so short that most
+// end before the scheduler gives the processor to another program.
 Comparison compare(const std::function<void()>& subject, const std::function<void()>& floor,
                    const std::function<void()>& allowedFloor);
 

@@ -11,11 +11,11 @@
 #include "support/MadeUpAdapters.h"
 #include "support/PrivateRegistry.h"
 
-// The classes that are shipped, from the broker that is shipped, over as many adapters as a benchmark wants. WMI's side
-// takes everything and does nothing, so that what is counted is the product's.
+// The shipped classes from the shipped broker, over as many adapters as a benchmark wants. The fake WMI accepts
+// everything and does nothing, so that only the product's work is counted.
 namespace bench {
 
-// Any class and any instance of it: takes every value, and counts them.
+// Serves as any class and as any instance. Accepts every value and counts the values.
 class AnyObject final : public support::RefusingClassObject
 {
 public:
@@ -39,7 +39,7 @@ private:
     std::size_t m_values = 0;
 };
 
-// Has every class.
+// A namespace that has every class.
 class AnyNamespace final : public wa::RefusingServices
 {
 public:
@@ -55,7 +55,7 @@ private:
     AnyObject& m_object;
 };
 
-// Counts the objects that it is given.
+// Counts the objects that it receives.
 class CountingSink final : public IWbemObjectSink
 {
 public:
@@ -71,17 +71,17 @@ private:
     std::size_t m_objects = 0;
 };
 
-// A client of the provider and the broker as they are shipped. Its requests may come from any thread, one at a time,
-// which serves a call (CallContext).
+// A client of the shipped provider and broker. Its requests may come from any thread that serves a call (CallContext),
+// one at a time.
 class PortClient
 {
 public:
     explicit PortClient(const ProviderModule& module);
 
-    // Asks for all ports. Throws std::runtime_error where other than the adapters came, or no value of one.
+    // Enumerates all ports. Throws std::runtime_error if a port is missing, is unexpected, or has no values.
     void enumerate();
 
-    // The same on a thread that has not asked before; `count` is called there with the request.
+    // Enumerates the ports on a new thread, which calls `count` with the request.
     template <class Count>
     void enumerateOnNewThread(const Count& count)
     {
@@ -95,7 +95,7 @@ public:
         }).join();
     }
 
-    // Asks for another class, so that the broker deletes what it keeps of the ports.
+    // Enumerates another class, so that the broker deletes the port instances that it keeps.
     void forget();
 
     support::MadeUpAdapters& adapters() noexcept { return m_adapters; }
@@ -105,7 +105,7 @@ public:
 private:
     void request(BSTR className);
 
-    // Empty, and not shared with other programs.
+    // An empty registry that other programs do not share.
     support::PrivateRegistry m_registry;
     support::MadeUpAdapters m_adapters{broker()};
     AnyObject m_object;

@@ -12,7 +12,7 @@
 
 namespace bench {
 
-// The provider's DLL as it is shipped.
+// The shipped provider DLL.
 class ProviderModule
 {
 public:
@@ -21,14 +21,14 @@ public:
 
     HMODULE handle() const noexcept { return m_module; }
 
-    // A provider at work for the namespace; throws std::runtime_error.
+    // A provider that is initialised for the namespace. Throws std::runtime_error.
     utils::ComReference<IWbemServices> create(IWbemServices& nameSpace) const;
 
 private:
     HMODULE m_module;
 };
 
-// While it lives, the provider's calls of the broker go to Broker.
+// While it lives, the provider calls Broker instead of the real broker.
 class BenchmarksBroker
 {
 public:
@@ -43,7 +43,7 @@ private:
     support::ImportHook m_find;
 };
 
-// One heap block for each property that is handed to the broker, freed with the list.
+// A list of properties for the broker. Each property is one heap block; the list frees them.
 class PropertyBlocks
 {
 public:
@@ -59,22 +59,22 @@ private:
     std::array<void*, PROPERTY_COUNT> m_blocks;
 };
 
-// One thread's client: a provider with everything that its requests need, made beforehand.
+// The client of one thread: a provider and everything that its requests need, prepared beforehand.
 class Client
 {
 public:
     Client(const ProviderModule& module, Broker& broker);
 
-    // What came of the requests since the last call.
+    // The results of the requests since the last call.
     Sink::Told take() noexcept { return m_sink.take(); }
 
-    // The same; throws std::runtime_error, with the name of the request, where it is not what should have come.
+    // The same. Throws std::runtime_error with the request's name if the results are not as expected.
     void check(const char* name, const Sink::Told& expected);
 
-    // The four requests, each as a client makes it through the provider and as a floor: the calls that the answer
-    // cannot do without, with every value ready, and the lock pairs that the lists' contracts ask for.
-    // With setAllowed a floor also makes and frees what no provider can have ready: the BSTR of each text that it puts,
-    // and one heap block for each property that it hands to the broker.
+    // The four requests. Each exists as a client makes it through the provider, and as a floor: the calls that any
+    // answer needs, with every value ready, and the lock pairs that the lists' contracts require.
+    // With setAllowed a floor also makes and frees what a provider cannot prepare: the BSTR of each text that it puts,
+    // and one heap block for each property that it passes to the broker.
     void setAllowed(bool allowed) noexcept { m_allowed = allowed; }
     void enumerate();
     void enumerateFloor(const KernelCalls& kernel);
@@ -100,7 +100,7 @@ private:
     Context m_context;
     utils::ComReference<IWbemServices> m_provider;
 
-    // The floors call through the interfaces, as the provider must.
+    // The floors call through the interfaces because the provider must do so too.
     IWbemServices* m_services = &m_namespace;
     IWbemObjectSink* m_answers = &m_sink;
 
@@ -118,7 +118,7 @@ private:
     std::vector<IWbemClassObject*> m_objects;
 };
 
-// A request of a client with its floor.
+// A client's request and its floor.
 struct RequestKind
 {
     const char* name;
@@ -127,12 +127,12 @@ struct RequestKind
 };
 
 inline constexpr RequestKind ENUMERATE{"enumerate", &Client::enumerate, &Client::enumerateFloor};
-// Those that are about one instance, however many there are.
+// The requests that concern one instance, however many instances exist.
 inline constexpr std::array<RequestKind, 3> SINGLE_REQUESTS{{{"get", &Client::get, &Client::getFloor},
                                                              {"put", &Client::put, &Client::putFloor},
                                                              {"method", &Client::method, &Client::methodFloor}}};
 
-// Throws std::runtime_error where the request and its floor do not deliver the same.
+// Throws std::runtime_error if a request and its floor deliver different results.
 void requireSameAnswers(const RequestKind& kind, Client& client, const KernelCalls& kernel);
 
 }  // namespace bench

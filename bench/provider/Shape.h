@@ -5,8 +5,8 @@
 
 #include "Os/Windows/Platform.h"
 
-// What every benchmark works on: instances of one class with twenty properties, in the mixture of types that an
-// adapter's class has, and one method with as many parameters in each direction.
+// The data of every benchmark: instances of one class with twenty properties, whose types are mixed as in the class of
+// an adapter, and one method with the same number of parameters in each direction.
 namespace bench {
 
 struct PropertyShape
@@ -53,10 +53,10 @@ inline constexpr unsigned NUMBER_VALUE = 7;
 inline constexpr unsigned long long LARGE_VALUE = 10000000000ULL;
 inline constexpr wchar_t WIDE_LARGE_VALUE[] = L"10000000000";
 
-// The value of a property of the type as the provider sends it. Texts that it holds are the caller's.
+// The value of a property of this type as the provider sends it. The caller owns its texts.
 VARIANT valueOf(CIMTYPE type);
 
-// What the provider sends of a property of the type that was never given a value.
+// The VARIANT that the provider sends for a property of this type that has no value.
 VARIANT emptyValueOf(CIMTYPE type);
 
 }  // namespace bench

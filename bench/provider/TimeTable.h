@@ -6,16 +6,16 @@
 
 namespace bench {
 
-// Each request against its floor, with and without the kernel, for 1, 10 and 100 instances; an array of rows.
+// Compares each request with its floor, with and without the kernel, for 1, 10 and 100 instances. Returns rows.
 nlohmann::json timeRequests();
 
-// Time and heap per instance at 100 and at 10,000 instances, without the kernel.
+// Measures time and heap per instance at 100 and at 10,000 instances, without the kernel.
 nlohmann::json timeGrowth();
 
-// How much more two threads do than one in the same time, without the kernel.
+// Measures how much more work two threads do than one in the same time, without the kernel.
 nlohmann::json timeThreads();
 
-// Makes the named request again and again for so many seconds, without the kernel: for a profiler to look at. Throws
+// Repeats the named request for this many seconds without the kernel, so that a profiler can observe it. Throws
 // std::runtime_error for an unknown name.
 void repeatRequest(const std::string& name, double seconds);
 

@@ -13,15 +13,15 @@
 #include "bench/provider/Shape.h"
 #include "fakes/RefusingObjects.h"
 
-// WMI's side of a request, as light as its contracts allow: a class object finds a property by its name without case
-// and copies what is put, an enumeration hands out copies that its caller frees, and nothing else happens. Objects
-// belong to their namespace, which keeps released ones for the next request: no benchmark pays for making them.
-// Each namespace with all that came from it is used by one thread.
+// A minimal fake of WMI's side of a request. A class object finds a property by its name without case and copies the
+// values that are put; an enumeration returns copies that its caller frees. A namespace owns its objects and reuses the
+// released ones for the next request, so that no benchmark measures their construction.
+// One thread uses a namespace and all of its objects.
 namespace bench {
 
 class Namespace;
 
-// An instance, a class definition or a method's parameters: every one has the twenty properties.
+// An instance, a class definition or a method's parameters. Each kind has the same twenty properties.
 class ClassObject final : public support::RefusingClassObject
 {
 public:
@@ -30,10 +30,10 @@ public:
     ClassObject& operator=(const ClassObject&) = delete;
     ~ClassObject();
 
-    // Gives every property its value; without this they are null.
+    // Gives every property its value. Before this call all values are null.
     void fill();
 
-    // Says whether the first property is a key; it is until told otherwise.
+    // Sets whether the first property is a key. It is a key by default.
     void setKeyed(bool keyed) noexcept { m_keyed = keyed; }
 
     // The properties that are not null.
@@ -59,23 +59,23 @@ private:
     ULONG m_references = 0;
     bool m_keyed = true;
     std::array<VARIANT, PROPERTY_COUNT> m_values{};
-    // Where a search starts: properties are usually put in the order of their class.
+    // The position where a search starts. Properties are usually put in the order of their class.
     std::size_t m_expected = 0;
     std::size_t m_position = 0;
     std::size_t m_end = 0;
 };
 
-// Gives the class and refuses everything else.
+// Returns the class and refuses every other operation.
 class Namespace final : public wa::RefusingServices
 {
 public:
-    // Holds enough objects for a request that delivers so many instances.
+    // Holds enough objects for a request that delivers this many instances.
     explicit Namespace(std::size_t instances);
     Namespace(const Namespace&) = delete;
     Namespace& operator=(const Namespace&) = delete;
     ~Namespace();
 
-    // An empty object with one reference, or null when all are out.
+    // Returns an empty object with one reference, or null when all objects are in use.
     ClassObject* take() noexcept;
     void giveBack(ClassObject* object) noexcept { m_idle.push_back(object); }
 
@@ -97,7 +97,7 @@ private:
     ClassObject* m_signature = nullptr;
 };
 
-// Counts what it is told, so that a run can be checked: a benchmark of requests that fail says nothing.
+// Counts the results that it receives. A benchmark checks them, since a failing request would measure nothing useful.
 class Sink final : public IWbemObjectSink
 {
 public:
@@ -106,7 +106,7 @@ public:
     Sink& operator=(const Sink&) = delete;
     virtual ~Sink() = default;
 
-    // The objects indicated, the values that they held, and the final statuses that were 0, since the last call.
+    // The number of objects, of their values, and of final statuses equal to 0, since the last call.
     struct Told
     {
         std::uint64_t objects = 0;
@@ -127,7 +127,7 @@ private:
     Told m_told;
 };
 
-// Takes the provider's answer to its initialisation.
+// Receives the provider's answer to its initialisation.
 class InitSink final : public IWbemProviderInitSink
 {
 public:
@@ -147,7 +147,7 @@ public:
     }
 };
 
-// Only passed on by the provider.
+// The provider only passes this object on.
 class Context final : public support::RefusingContext
 {
 public:
@@ -160,7 +160,7 @@ public:
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 };
 
-// While it lives, the calling thread serves a call whose client the process itself trusts: impersonation succeeds and
+// While it lives, the calling thread serves a call whose client is the process itself: impersonation succeeds and the
 // leaves the thread without a token. Throws std::runtime_error when COM refuses.
 class CallContext final : public IServerSecurity
 {
