@@ -6,7 +6,7 @@
 
 namespace support {
 
-// A property list that owns its elements and can be started anew: clearing a list keeps its index of names.
+// A property list that owns its elements and can be emptied for reuse. Clearing a plain list keeps its index of names.
 class ArgumentList
 {
 public:

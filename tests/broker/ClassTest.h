@@ -11,13 +11,13 @@
 
 namespace fakes {
 
-// One class over a machine that the test makes up.
+// Tests one class over a fake machine.
 class ClassTest : public testing::Test
 {
 protected:
     explicit ClassTest(std::string className) : m_className(std::move(className)) {}
 
-    // The instances as a new request reads them.
+    // Returns the instances that a new request reads.
     const std::vector<broker::InstanceStore::Record>& records()
     {
         m_workspace.begin(m_className);
@@ -26,7 +26,7 @@ protected:
 
     core::CimInstance& instance() { return *records().at(0).instance; }
 
-    // "Name=value" of each property of the first instance.
+    // Returns "Name=value" for each property of the first instance.
     std::vector<std::string> values() { return support::values(instance()); }
 
     std::string value(const std::string& property) { return support::value(instance(), property); }

@@ -23,17 +23,17 @@
 
 namespace fakes {
 
-// An adapter of type Ethernet that is up, with a GUID, a hardware address and counters made from the number.
+// Returns an Ethernet adapter that is up. Its GUID, hardware address and counters are derived from the number.
 broker::Adapter adapter(unsigned number);
 
 // An address of the adapter.
 broker::Address address(unsigned adapterNumber, const std::string& text,
                         broker::AddressFamily family = broker::AddressFamily::IPV4);
 
-// A configuration of the adapter with all that there is.
+// Returns a configuration of the adapter with every field set.
 broker::IpConfiguration ipConfiguration(unsigned adapterNumber);
 
-// Adapters as the test sets them. Any thread.
+// Adapters that the test sets. Thread-safe.
 class Adapters : public broker::AdapterSource
 {
 public:
@@ -90,7 +90,7 @@ public:
     // Of every adapter.
     broker::LinkDetails link{10'000'000'000, true};
 
-    // What setAdministrativeState answers, and what it was asked for.
+    // The answer of setAdministrativeState, and the arguments of its last call.
     std::atomic<broker::StateChange> stateChange{broker::StateChange::DONE};
     std::vector<std::pair<std::string, broker::AdministrativeState>> stateChanges;
 
@@ -106,7 +106,7 @@ private:
     std::vector<broker::IpConfiguration> m_ipConfigurations;
 };
 
-// Two clocks that stand still until the test moves them.
+// Two clocks that change only when the test moves them.
 class Machine : public broker::Machine
 {
 public:
@@ -119,14 +119,14 @@ public:
     broker::WallTime now() noexcept override { return broker::WallTime{std::chrono::microseconds{wall}}; }
     broker::SteadyTime steadyNow() noexcept override { return broker::SteadyTime{std::chrono::microseconds{steady}}; }
 
-    // Time goes by.
+    // Advances both clocks.
     void pass(std::chrono::microseconds time)
     {
         wall += time.count();
         steady += time.count();
     }
 
-    // Somebody sets the clock.
+    // Sets the wall clock alone, as an administrator does.
     void setClock(std::chrono::microseconds change) { wall += change.count(); }
 
     void setUser(const std::string& user)
@@ -143,7 +143,7 @@ private:
     std::string m_user = "HOST\\admin";
 };
 
-// What one machine has stored, for all of its processes. Any thread.
+// The stored entries of one machine, which all of its processes share. Thread-safe.
 class StoredKeys
 {
 public:
@@ -157,18 +157,18 @@ public:
 
     std::mutex mutex;
     Keys keys;
-    // How often each key was changed.
+    // The number of changes of each key.
     std::map<std::string, int> changes;
-    // Held by who changes settings.
+    // The thread that changes settings holds this mutex.
     std::mutex settings;
 };
 
-// The storage as one process sees it. Jobs and results may be written by the job thread alone: a client's identity has
-// no right to. Any thread.
+// The storage as one process sees it. It can let only the job thread write jobs and results, because a client's
+// identity lacks that right. Thread-safe.
 class Storage : public broker::SettingsStorage
 {
 public:
-    // A storage that is empty, or one that other processes use too.
+    // Creates an empty storage, or one that shares its entries with other processes.
     explicit Storage(std::shared_ptr<StoredKeys> stored = std::make_shared<StoredKeys>()) : m_stored(std::move(stored))
     {
     }
@@ -187,20 +187,20 @@ public:
 
     void set(const std::string& key, const std::string& name, const std::string& text, bool isText = true);
 
-    // "name=text" of each value of the key.
+    // Returns "name=text" for each value of the key.
     std::vector<std::string> values(const std::string& key);
 
-    // How many changes were asked for, those that failed included.
+    // The number of attempted changes, failed ones included.
     std::atomic<int> changes{0};
-    // Changes from this one to the last one fail; 0 is none.
+    // The range of changes that fail, counted from 1. 0 means that none fails.
     int firstFailing = 0;
     int lastFailing = 0;
     broker::StoreResult failure = broker::StoreResult::FAILED;
-    // The process ends before the change after these; what it does then reaches nobody.
+    // The process ends after this many changes. Later changes are not stored.
     int lifetime = INT_MAX;
     std::atomic<bool> isWritable{true};
     std::atomic<bool> isReadable{true};
-    // What lock() answers, and how often it was asked.
+    // The answer of lock(), and the number of its calls.
     std::atomic<broker::StoreResult> lockResult{broker::StoreResult::DONE};
     std::atomic<int> lockRequests{0};
     std::atomic<int> reads{0};
@@ -208,7 +208,7 @@ public:
 private:
     class Watch;
 
-    // What is to be answered at once, if anything.
+    // The answer that a call returns at once, if one is set.
     std::optional<broker::StoreResult> refusal(const std::string& key);
 
     std::shared_ptr<StoredKeys> m_stored;
@@ -233,11 +233,11 @@ class HostTable
 public:
     std::mutex mutex;
     std::set<std::string> alive;
-    // Held by the host that changes what is stored.
+    // The host that changes the stored entries holds this mutex.
     std::recursive_mutex jobs;
 };
 
-// One of them, alive from its announcement to its end.
+// One process of the machine. It is alive from its announcement to its end.
 class Hosts : public broker::JobHosts
 {
 public:
@@ -264,7 +264,7 @@ private:
     std::string m_name;
 };
 
-// A thread that the test plays: while a request waits for it, or when the test says so.
+// A job thread that the test runs. It works while a request waits for it, or when the test calls play().
 class ManualThread : public broker::JobThread
 {
 public:
@@ -272,17 +272,17 @@ public:
     void wake() noexcept override { ++wakes; }
     std::unique_ptr<broker::Signal> makeSignal() override;
 
-    // What the thread would do now; how long it would wait then.
+    // Does the thread's pending work. Returns how long the thread would wait then.
     std::optional<std::chrono::milliseconds> play();
 
     bool isRunning() const noexcept { return m_work != nullptr; }
 
     bool canStart = true;
-    // Whether the thread works while somebody waits; otherwise it is busy elsewhere until play().
+    // Whether the thread works while a request waits. Otherwise it is busy until play().
     bool worksWhileWaited = true;
     int starts = 0;
     int wakes = 0;
-    // How long the waits were at most.
+    // The longest wait that was requested.
     std::vector<std::chrono::milliseconds> limits;
 
 private:
@@ -291,13 +291,13 @@ private:
     broker::JobWork* m_work = nullptr;
 };
 
-// A real thread.
+// A job thread that is a real thread.
 class RealThread : public broker::JobThread
 {
 public:
     ~RealThread() override { join(); }
 
-    // Waits until nothing is left to do. Call before what the thread works on ends.
+    // Waits until no work is left. Call this before the objects that the thread uses end.
     void join();
 
     bool start(broker::JobWork& work) noexcept override;
@@ -313,7 +313,7 @@ private:
     std::thread m_thread;
 };
 
-// Everything that a workspace stands on.
+// All services that a workspace needs.
 class World
 {
 public:

@@ -10,7 +10,7 @@
 
 namespace fakes {
 
-// Stores ended jobs, with their results, as other processes have left them: "stored 0" and so on, a millisecond apart.
+// Stores ended jobs and their results, as other processes leave them: "stored 0" and so on, one millisecond apart.
 inline void storeEndedJobs(Storage& storage, broker::Machine& machine, std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i) {
@@ -29,8 +29,8 @@ inline void storeEndedJobs(Storage& storage, broker::Machine& machine, std::size
     }
 }
 
-// A broker that keeps a number of ended jobs and as many results, and whole requests about them, each with all that a
-// client is shown.
+// A broker that keeps a number of ended jobs and as many results. It makes whole requests for them and reads every
+// value that a client would read.
 class JobRequests
 {
 public:
@@ -40,7 +40,7 @@ public:
         storeEndedJobs(m_storage, m_machine, entries);
     }
 
-    // How many instances were read.
+    // Returns the number of instances that were read.
     std::size_t listJobs() { return list("Zerix_ConcreteJob"); }
     std::size_t listResults() { return list("Zerix_DiagnosticResult"); }
     std::size_t getJob()
@@ -50,7 +50,7 @@ public:
         return found == nullptr ? 0 : read(*found);
     }
 
-    // Another process changes one entry, so that the next request reads what is stored.
+    // Changes one entry as another process would, so that the next request reads the stored entries again.
     void changeOne()
     {
         m_machine.pass(std::chrono::milliseconds{1});

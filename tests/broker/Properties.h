@@ -8,7 +8,7 @@
 namespace support {
 
 // The property's value as text: "null", the number, the text itself, "true" or "false", "{a, b}" for an array, a
-// datetime as its microseconds behind "at " or "for ", a reference as the path of what it points to.
+// datetime as its microseconds after "at " or "for ", a reference as the path that it refers to.
 std::string valueText(const core::CimProperty& property);
 
 // "Name=value" of each property of the instance, in order.

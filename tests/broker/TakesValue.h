@@ -5,7 +5,7 @@
 
 namespace support {
 
-// Whether the property takes the value; every way of refusing it is the same here.
+// Returns whether the property accepts the value. All kinds of refusal count alike.
 template <class Property, class Value>
 bool takes(core::CimInstance& instance, const char* name, Value value)
 {

@@ -4,7 +4,7 @@
 
 namespace support {
 
-// The token that a thread gets while it acts for its client.
+// The token that a thread receives while it impersonates its client.
 enum class ClientToken
 {
     none,
@@ -14,9 +14,9 @@ enum class ClientToken
     delegation
 };
 
-// While it lives, the calling thread serves a call whose client allows the given level: CoImpersonateClient gives the
-// thread such a token, made from the process's own, and CoRevertToSelf takes it away. Records
-// "call.ImpersonateClient()" and "call.RevertToSelf()". Construct and destroy it on that thread; throws
+// While it lives, the calling thread serves a call whose client allows the given level. CoImpersonateClient gives the
+// thread such a token, a copy of the process's token, and CoRevertToSelf removes it. Records
+// "call.ImpersonateClient()" and "call.RevertToSelf()". Construct and destroy the object on that thread. Throws
 // std::runtime_error when COM refuses.
 class CallContext final : public FakeUnknown<IServerSecurity>
 {
@@ -24,7 +24,7 @@ public:
     explicit CallContext(CallLog& calls, ClientToken token = ClientToken::impersonation);
     ~CallContext();
 
-    // A failure here is what ImpersonateClient answers, without a token.
+    // If this is a failure, ImpersonateClient returns it and sets no token.
     HRESULT impersonateStatus = S_OK;
 
     HRESULT STDMETHODCALLTYPE ImpersonateClient() override;
@@ -40,7 +40,7 @@ private:
     IUnknown* m_before = nullptr;
 };
 
-// True while the calling thread has a token of its own.
+// Returns whether the calling thread has a token.
 bool threadHasToken();
 
 }  // namespace support

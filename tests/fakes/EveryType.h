@@ -5,14 +5,14 @@
 
 namespace support {
 
-// Appends a property of every type that the broker knows, and one that is null. The reference is to `referred`.
+// Appends a property of every type that the broker knows, and a null property. The reference points to `referred`.
 void addEveryType(core::CimInstance& instance, core::CimInstance& referred);
 
-// Appends a property of every type that a client's object may carry, among them a key, a null, a system property, and
-// such as the provider does not take.
+// Appends a property of every type that a client's object may hold. They include a key, a null, a system property and
+// types that the provider does not accept.
 void addEveryType(FakeClassObject& object);
 
-// An array of VT_I4 or VT_BSTR that the receiver owns.
+// Returns an array of VT_I4 or VT_BSTR. The caller owns it.
 VARIANT numbersVariant(std::initializer_list<LONG> numbers);
 VARIANT textsVariant(std::initializer_list<const char*> texts);
 

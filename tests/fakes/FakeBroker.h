@@ -9,8 +9,8 @@
 
 namespace support {
 
-// The broker of a test. Records each call with its arguments under "broker." and answers what the test has set. The one
-// that lives is what core::GetCimBroker gives, where the program links fake_core or has redirected the provider's
+// The broker of a test. Records each call and its arguments under "broker." and returns what the test has set.
+// core::GetCimBroker returns the living object in programs that link fake_core, or that redirect the provider's
 // imports to brokerInUse and findInstance.
 class FakeBroker final : public core::CimBroker
 {
@@ -18,7 +18,7 @@ public:
     explicit FakeBroker(CallLog& calls);
     ~FakeBroker() override;
 
-    // What the calls do; by default an empty list, nothing, 0 and null.
+    // The actions of the calls. By default they return an empty list, nothing, 0 or null.
     std::function<utils::SafeList<core::CimInstance*>()> onGetInstances;
     std::function<void(core::CimPropertyList& properties)> onModify;
     std::function<std::uint32_t(core::CimPropertyList& outArguments, core::CimInstance*& job)> onInvoke;
@@ -34,8 +34,8 @@ private:
     CallLog& m_calls;
 };
 
-// The two operations that the broker exports by name, on the broker that lives. Throw std::logic_error when
-// there is none. They have the calling convention of those.
+// The two functions that the broker exports by name; they use the living FakeBroker. They throw std::logic_error when
+// no FakeBroker lives, and have the calling convention of the exported functions.
 core::CimBroker* brokerInUse();
 core::CimInstance* findInstance(core::CimBroker* broker, core::CimPath& path);
 

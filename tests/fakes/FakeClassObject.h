@@ -11,18 +11,18 @@
 
 namespace support {
 
-// A class definition, an instance or a parameter object of WMI, as simple as the provider needs it. Records Get, Put,
-// BeginEnumeration, EndEnumeration, SpawnInstance and GetMethod under its own name. What it spawns belongs to it and is
-// named after it: "Class#1", "Class#2". Everything that the provider has no business calling answers E_NOTIMPL.
+// A minimal WMI class definition, instance or parameter object. Records Get, Put, BeginEnumeration, EndEnumeration,
+// SpawnInstance and GetMethod under its name. It owns the objects that it spawns and names them after itself:
+// "Class#1", "Class#2". Operations that the provider must not call return E_NOTIMPL.
 class FakeClassObject final : public FakeUnknown<IWbemClassObject, RefusingClassObject>
 {
 public:
     using FakeUnknown::FakeUnknown;
 
-    // Appends a property; takes over what the value owns.
+    // Appends a property and takes ownership of the value.
     void add(const std::string& name, VARIANT value, CIMTYPE cimType, long flavor = 0, bool key = false);
 
-    // What the next calls answer; 0 is success. A failed enumeration begins nothing.
+    // The results of the next calls; 0 is success. A failed BeginEnumeration starts no enumeration.
     HRESULT beginKeysStatus = WBEM_S_NO_ERROR;
     HRESULT beginStatus = WBEM_S_NO_ERROR;
     HRESULT endOfEnumeration = WBEM_S_NO_MORE_DATA;
@@ -31,21 +31,21 @@ public:
     HRESULT getMethodStatus = WBEM_S_NO_ERROR;
     std::map<std::string, HRESULT> putStatus;
 
-    // "__PATH"; VT_EMPTY fails the read and leaves the caller's VARIANT untouched.
+    // The value of "__PATH". With VT_EMPTY the read fails and leaves the caller's VARIANT unchanged.
     utils::ScopedVariant path;
-    // The answer where the path is there.
+    // The result of reading "__PATH" when it is set.
     HRESULT pathStatus = WBEM_S_NO_ERROR;
 
-    // Output signatures by method name. One that is missing answers WBEM_E_NOT_FOUND; null is given as null.
+    // Output signatures by method name. For a missing name GetMethod returns WBEM_E_NOT_FOUND. An entry may be null.
     std::map<std::string, FakeClassObject*> methods;
 
-    // Run when something is read, walked to or put, before the answer.
+    // These run before a read, a step of an enumeration, or a put returns.
     std::function<void()> onGet;
     std::function<void()> onNext;
     std::function<void()> onPut;
 
     std::deque<FakeClassObject>& spawned() noexcept { return m_spawned; }
-    // References to everything that was spawned, together.
+    // The number of references to all spawned objects.
     int spawnedReferences() const;
 
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override;
@@ -71,7 +71,7 @@ private:
 
     std::deque<Property> m_properties;
     std::deque<FakeClassObject> m_spawned;
-    // Position of a walk that has begun; past the end without one.
+    // The position of the current enumeration. It is past the end when no enumeration is active.
     std::size_t m_position = 0;
     bool m_begun = false;
     bool m_keysOnly = false;

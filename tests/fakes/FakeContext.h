@@ -5,7 +5,7 @@
 
 namespace support {
 
-// The context of a request, which the provider only passes on.
+// The context of a request. The provider only passes it on.
 class FakeContext final : public FakeUnknown<IWbemContext, RefusingContext>
 {
 public:

@@ -8,15 +8,15 @@
 
 namespace support {
 
-// The namespace that WMI hands to the provider: gives class definitions and refuses everything else.
+// The namespace that WMI passes to the provider. Returns class definitions and refuses every other operation.
 class FakeNamespace final : public FakeUnknown<IWbemServices, wa::RefusingServices>
 {
 public:
     explicit FakeNamespace(CallLog& calls, const std::string& name = "namespace") : FakeUnknown(calls, name) {}
 
-    // By class name. One that is missing answers WBEM_E_NOT_FOUND; null is given as null.
+    // Classes by name. For a missing name GetObject returns WBEM_E_NOT_FOUND; a null entry is returned as null.
     std::map<std::string, FakeClassObject*> classes;
-    // The answer where the class is there.
+    // The result of GetObject when the class exists.
     HRESULT getObjectStatus = WBEM_S_NO_ERROR;
 
     HRESULT STDMETHODCALLTYPE GetObject(BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,

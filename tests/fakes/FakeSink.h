@@ -13,12 +13,12 @@ class FakeSink final : public FakeUnknown<IWbemObjectSink>
 public:
     explicit FakeSink(CallLog& calls) : FakeUnknown(calls, "sink") {}
 
-    // The answers of the next calls, in order; 0 once they are used up.
+    // The results of the next calls, in order. Later calls return 0.
     std::deque<HRESULT> indicateAnswers;
     std::deque<HRESULT> statusAnswers;
-    // Runs for each status, before the answer.
+    // Runs for each status, before the call returns.
     std::function<void()> onStatus;
-    // Runs for each object that is indicated.
+    // Runs for each indicated object.
     std::function<void(IWbemClassObject*)> onIndicate;
 
     HRESULT STDMETHODCALLTYPE Indicate(LONG count, IWbemClassObject** objects) override;

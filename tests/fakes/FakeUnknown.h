@@ -9,9 +9,9 @@
 
 namespace support {
 
-// The part that every fake COM object shares: it belongs to its test, counts its references, and tells when the last
-// one goes. It answers QueryInterface for nothing but its own interface and IUnknown.
-// Base is what it derives from where that is more than the interface.
+// The common base of the fake COM objects. The test owns the object; the fake counts its references and reports the
+// release of the last one. QueryInterface supports only the fake's interface and IUnknown.
+// Base is the direct base class if it adds something to the interface.
 template <class Interface, class Base = Interface>
 class FakeUnknown : public Base
 {
@@ -51,10 +51,10 @@ public:
         return 0;
     }
 
-    // Runs when the last reference goes.
+    // Runs when the last reference is released.
     std::function<void()> onLastRelease;
 
-    // The references that are held now; the test itself holds none.
+    // The number of references that are held now. The test itself holds none.
     int references() const noexcept { return m_references; }
     const std::string& name() const noexcept { return m_name; }
 

@@ -8,7 +8,7 @@
 
 namespace support {
 
-// The built provider, loaded from the folder of the program as COM loads it. Unloaded with the object.
+// The built provider, loaded from the program's folder as COM loads it. The destructor unloads it.
 class ProviderModule
 {
 public:
@@ -20,19 +20,19 @@ public:
 
     HMODULE handle() const noexcept { return m_module; }
 
-    // The exports; throw std::runtime_error where one is missing.
+    // The exported functions. They throw std::runtime_error when the export is missing.
     HRESULT classObject(REFCLSID clsid, REFIID riid, void** object) const;
     HRESULT canUnloadNow() const;
     HRESULT registerServer() const;
     HRESULT unregisterServer() const;
 
-    // From here on the provider asks the test's broker instead of the broker.
+    // From this call on, the provider uses the test's broker instead of the real one.
     void useTheTestsBroker();
 
-    // From here on a LogCapture that lives collects the provider's lines too.
+    // From this call on, a living LogCapture collects the provider's lines too.
     void captureLog();
 
-    // A provider object with one reference, which the caller owns.
+    // Returns a provider object with one reference, which the caller owns.
     IWbemServices* createProvider() const;
 
 private:

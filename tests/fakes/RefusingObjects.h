@@ -2,8 +2,8 @@
 
 #include "Os/Windows/Platform.h"
 
-// WMI's objects as far as the provider has no business calling them: those operations answer E_NOTIMPL. What derives
-// from one brings the others, and IUnknown.
+// Bases for fakes of WMI's objects. Operations that the provider must not call return E_NOTIMPL. A derived class
+// implements the other operations and IUnknown.
 namespace support {
 
 class RefusingClassObject : public IWbemClassObject

@@ -8,9 +8,9 @@
 
 namespace reliability {
 
-// The C++ memory that one module has allocated and that nobody has freed yet, whoever frees it. Sees what the module's
-// own code allocates from the construction on; releaseModule() must come before the module is unloaded, and what is
-// freed while it unloads is still seen. One at a time, any thread.
+// Counts the C++ memory that one module has allocated and that nobody, in any module, has freed. It counts allocations
+// from construction on. Call releaseModule() before the module is unloaded; memory that is freed during the unloading
+// is still counted as freed. One object at a time, any thread.
 class ModuleMemory
 {
 public:
@@ -28,11 +28,11 @@ private:
     support::ImportHook m_free;
 };
 
-// A number that grows with each handle that the process keeps open and falls with each that it closes. Not a count:
-// compare two of them.
+// A number that grows with each open handle of the process and falls with each closed one. It is not a count of
+// handles: compare two values.
 std::size_t handleLevel();
 
-// What must be the same before and after a piece of work of the provider. Start the program with OANOCACHE=1.
+// The counts that must be equal before and after the provider works. Start the program with OANOCACHE=1.
 struct Balance
 {
     std::size_t handles;

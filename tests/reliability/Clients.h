@@ -9,8 +9,8 @@
 
 namespace reliability {
 
-// One kind of request with the check of its answer. `run` gives the complaint, or nothing; it is called from several
-// threads at once and must not throw.
+// One kind of request and the check of its answer. `run` returns a complaint, or nothing. Several threads call it at
+// once, and it must not throw.
 struct Work
 {
     const char* name;
@@ -19,21 +19,21 @@ struct Work
 
 struct LoadResult
 {
-    // How often each kind of request was made, in the order of the works.
+    // The number of requests of each kind, in the order of the works.
     std::vector<unsigned> counts;
-    // Complaints, each behind the name of its request, and how often they came.
+    // The complaints, each after the name of its request, and how often each occurred.
     std::map<std::string, int> complaints;
 };
 
-// How many clients runClients has.
+// The number of clients of runClients.
 constexpr std::size_t CLIENTS = 8;
 
-// Lets the clients, a thread each, do the works in orders of their own until the time is over. A request that does not
-// come back for a minute ends the process, after what every client does has been told.
+// Runs the clients, one thread each, until the time is over; each client has its order of the works. If a request takes
+// longer than a minute, prints what every client is doing and ends the process.
 LoadResult runClients(const std::vector<Work>& works, std::chrono::seconds time);
 
-// Complains, as failures of the running test, about works that were never done and about each complaint; writes the
-// counts to the file.
+// Adds a failure to the running test for each work that was never done and for each complaint. Writes the counts to the
+// file.
 void judge(const std::vector<Work>& works, const LoadResult& result, const std::string& tableFile);
 
 }  // namespace reliability

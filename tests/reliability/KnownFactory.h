@@ -6,7 +6,7 @@
 
 namespace reliability {
 
-// The provider's class factory, known to COM for as long as this lives, so that no registration is needed.
+// While it lives, COM knows the provider's class factory in this process, so that no registration is needed.
 class KnownFactory
 {
 public:

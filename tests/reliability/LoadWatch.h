@@ -8,21 +8,21 @@
 
 namespace reliability {
 
-// While it lives, gives each DLL of one file name to a function when the DLL is mapped and linked to what it imports,
-// and none of its own code has run yet. The function is called on the loading thread, under the loader's lock.
+// While it lives, passes each DLL with the given file name to a function when the DLL is mapped and its imports are
+// resolved, before any of its code runs. The loading thread calls the function under the loader's lock.
 class LoadWatch
 {
 public:
-    // `file` without case. Throws std::runtime_error where the platform does not tell of its loading.
+    // Compares `file` without case. Throws std::runtime_error if the platform does not report loaded DLLs.
     LoadWatch(const wchar_t* file, std::function<void(HMODULE)> mapped);
     ~LoadWatch();
     LoadWatch(const LoadWatch&) = delete;
     LoadWatch& operator=(const LoadWatch&) = delete;
 
-    // Throws what the function has thrown, which must not leave it through the loader.
+    // Rethrows the exception of the function, since none may pass through the loader.
     void rethrow() const;
 
-    // Called by the platform's answer to the loading of any DLL.
+    // The platform calls this function when it loads a DLL.
     void loaded(const wchar_t* file, HMODULE module) noexcept;
 
 private:

@@ -7,14 +7,14 @@
 
 namespace reliability {
 
-// Who answers the provider: the broker of the test (support::FakeBroker) or the built broker.
+// Which broker the provider uses: the fake broker of the test (support::FakeBroker) or the built broker.
 enum class Broker
 {
     standIn,
     built
 };
 
-// The built provider with a registry for its own entries that only records what it is asked. One at a time.
+// The built provider. Its registry calls for its COM entries are only recorded. One object at a time.
 class RegistrylessModule : public support::ProviderModule
 {
 public:
@@ -22,7 +22,7 @@ public:
     explicit RegistrylessModule(support::CallLog& registryCalls, Broker broker = Broker::standIn);
     ~RegistrylessModule();
 
-    // Registry keys that are open now.
+    // The number of open registry keys.
     int openKeys() const noexcept;
 
 private:

@@ -5,7 +5,7 @@
 
 namespace reliability {
 
-// How long a run of no fixed length takes: ZERIX_SECONDS, or the few seconds of the ordinary run.
+// The duration of a run without a fixed length: ZERIX_SECONDS, or a few seconds in the ordinary run.
 inline std::chrono::seconds runTime()
 {
     const char* const text = std::getenv("ZERIX_SECONDS");

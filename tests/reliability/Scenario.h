@@ -8,7 +8,7 @@
 
 namespace reliability {
 
-// What a client of the provider may ask for, each from the class factory to the last release.
+// The requests that a client of the provider makes, each from the class factory to the last release.
 enum class Scenario
 {
     enumerate,
@@ -24,33 +24,33 @@ enum class Scenario
 
 const char* nameOf(Scenario scenario);
 
-// Names the scenario in a test's own name, where its bytes would stand otherwise.
+// Prints the scenario's name as the parameter in the test's name; gtest would print its bytes.
 void PrintTo(Scenario scenario, std::ostream* out);
 
-// True for the requests whose exceptions leave them; the others turn them into WBEM_E_FAILED.
+// True for requests that let exceptions through. The other requests turn them into WBEM_E_FAILED.
 bool letsExceptionsOut(Scenario scenario);
 
-// True for the requests that catch only what happens after the client's arguments have been read: without the memory
-// for those, the exception leaves them.
+// True for requests that catch exceptions only after they have read the client's arguments. If memory runs out while
+// they read them, the exception leaves the request.
 bool readsArgumentsFirst(Scenario scenario);
 
-// What the client and the provider's neighbours saw.
+// What the client and the fakes around the provider saw.
 struct Outcome
 {
-    // "0x00000000", or "threw std::bad_alloc"; "no provider: 0x8007000E" where it came to no request.
+    // "0x00000000", "threw std::bad_alloc", or "no provider: 0x8007000E" when the provider could not be made.
     std::string answer;
-    // All calls of the neighbours, in order.
+    // All calls of the fakes, in order.
     std::vector<std::string> calls;
-    // What went wrong beside the answer: a reference not given back, an impersonation that lasts. Empty when nothing.
+    // Other defects: a reference that was not released, an impersonation that was not reverted. Empty if there is none.
     std::string disorder;
 
     bool operator==(const Outcome&) const = default;
 
-    // What the client's sink saw of it.
+    // The calls that the client's sink received.
     std::vector<std::string> reports() const;
 };
 
-// Runs the scenario once with neighbours of its own that do nothing wrong.
+// Runs the scenario once with new fakes that all succeed.
 Outcome run(Scenario scenario, const RegistrylessModule& module, support::CallLog& registryCalls);
 
 }  // namespace reliability

@@ -18,11 +18,11 @@ constexpr const char* PORT_CLASS = "Zerix_EthernetPort";
 constexpr const char* PORT_PATH = "Zerix_EthernetPort.DeviceID=\"{A}\"";
 constexpr const char* JOB_PATH = "Zerix_ConcreteJob.InstanceID=\"1\"";
 
-// Runs the work and tells what it returned or threw: "0x00000000", "threw std::bad_alloc".
+// Runs the work. Returns its result or exception as text: "0x00000000", "threw std::bad_alloc".
 std::string answerOf(const std::function<HRESULT()>& work);
 
-// Everything that surrounds one provider: a broker with two instances of every property type, a namespace, a client's
-// object with values of every type, and a sink. By default they all do what they should; a test spoils one of them.
+// All fakes around one provider: a broker with two instances of every property type, a namespace, a client's object
+// with values of every type, and a sink. By default all of them succeed; a test makes one of them fail.
 class Surroundings
 {
 public:
@@ -42,34 +42,34 @@ public:
     support::FakeInitSink initSink{calls};
     support::FakeContext context{calls};
 
-    // What the client names in its requests.
+    // The names that the client sends in its requests.
     std::string className = PORT_CLASS;
     std::string path = PORT_PATH;
     std::string jobPath = JOB_PATH;
     std::string method = "Reset";
-    // What a removal that succeeds must have marked; null where another broker than the one above answers.
+    // The object that a successful removal must have marked. Null when another broker answers.
     core::CimInstance* removed = &job;
-    // What the client allows.
+    // The impersonation level that the client allows.
     support::ClientToken token = support::ClientToken::impersonation;
-    // The sink of the requests; the one above by default.
+    // The sink of the requests. The default is the sink above.
     IWbemObjectSink* client = &sink;
 
-    // Sends the request of the scenario under a client's identity, and looks afterwards for what was not given back.
+    // Sends the scenario's request under a client's identity. Afterwards checks that everything was released.
     Outcome request(Scenario scenario, IWbemServices* provider);
-    // The same with an object of the caller's as what is written, or as the method's arguments.
+    // The same with the caller's object as the written instance or as the method's arguments.
     Outcome request(Scenario scenario, IWbemServices* provider, support::FakeClassObject& given);
 
 private:
     HRESULT send(Scenario scenario, IWbemServices* provider, IWbemClassObject* given);
 };
 
-// A provider of the module, initialised with the surroundings, which outlive it.
+// A provider of the module, initialised with the fakes, which must outlive it.
 class Provider
 {
 public:
     Provider(const RegistrylessModule& module, Surroundings& surroundings);
 
-    // "0x00000000", or what its making answered; there is a provider to talk to only in the first case.
+    // "0x00000000", or the error of making the provider. The provider exists only in the first case.
     const std::string& made() const noexcept { return m_made; }
     IWbemServices* get() const noexcept { return m_services.get(); }
 

@@ -13,7 +13,7 @@
 
 namespace requests {
 
-// The text of a property of the object; empty when the value is none.
+// Returns a text property of the object, or an empty text if the property has another type.
 inline std::string textOf(IWbemClassObject* object, const wchar_t* property)
 {
     utils::ScopedVariant value;
@@ -21,13 +21,13 @@ inline std::string textOf(IWbemClassObject* object, const wchar_t* property)
     return value.get().vt == VT_BSTR ? utils::narrowBstr(value.get().bstrVal) : "";
 }
 
-// The built provider with the built broker on this machine's own adapters, and with the classes as they are installed.
+// The built provider and the built broker on this machine's real adapters, with the classes of the installed MOF.
 class LiveProvider : public testing::Test
 {
 protected:
     struct Answer
     {
-        // What the request returned; the status that the sink was given is the same.
+        // The return value of the request. The status that the sink received is equal.
         HRESULT status;
         std::vector<wmihost::ComPtr<IWbemClassObject>> objects;
     };
@@ -40,7 +40,7 @@ protected:
         module.captureLog();
     }
 
-    // From here on the provider serves this namespace.
+    // From this call on, the provider serves this namespace.
     void serve(std::wstring name)
     {
         own = repository.findNamespace(name);
@@ -51,7 +51,7 @@ protected:
         init->Initialize(nullptr, 0, name.data(), nullptr, services.get(), &context, nullptr);
     }
 
-    // The classes that are declared in the served namespace.
+    // The classes that the served namespace declares.
     std::vector<std::string> classNames() const
     {
         std::vector<std::string> result;
@@ -77,7 +77,7 @@ protected:
         return send([&](IWbemObjectSink* sink) { return provider->GetObjectAsync(text.get(), 0, &context, sink); });
     }
 
-    // Puts back what was read.
+    // Writes an object that the test has read.
     Answer put(IWbemClassObject* object)
     {
         return send([&](IWbemObjectSink* sink) {
@@ -85,7 +85,7 @@ protected:
         });
     }
 
-    // Without arguments: all of the method's inputs are null.
+    // Calls the method without arguments: all of its inputs are null.
     Answer execute(const std::string& path, const std::string& className, const std::string& method)
     {
         const utils::ScopedBstr text(path);

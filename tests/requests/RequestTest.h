@@ -17,7 +17,7 @@
 #include "support/NoComLeaks.h"
 #include "support/Samples.h"
 
-// The level that the program was started with.
+// The log level with which the program was started.
 inline int levelOfEnvironment()
 {
     const char* const value = std::getenv("VEXAL_DRAVEv2_LOG_LEVEL");
@@ -33,9 +33,9 @@ public:
     ComApartment& operator=(const ComApartment&) = delete;
 };
 
-// One provider object of the built DLL, given its namespace, with everything around it the test's own: the broker and
-// its data, the class definitions, the sink, and a client that allows impersonation. Fails the test when something
-// still holds a reference at its end. One at a time.
+// One provider object of the built DLL, initialised with its namespace. Everything around it is a fake: the broker and
+// its data, the class definitions, the sink, and a client that allows impersonation. The test fails if a reference is
+// left at its end. One object at a time.
 class RequestWorld
 {
 public:
@@ -71,7 +71,7 @@ public:
         }
     }
 
-    // Makes the provider object and hands it its namespace.
+    // Makes the provider object and passes the namespace to it.
     void start() { start(&wmiNamespace); }
 
     void start(IWbemServices* given)

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-// While it lives, standard error goes to a file. The C run time is one for the program and the DLLs.
+// While it lives, standard error goes to a file. The program and the DLLs share one C run time.
 class StandardErrorFile
 {
 public:
@@ -12,7 +12,7 @@ public:
     StandardErrorFile(const StandardErrorFile&) = delete;
     StandardErrorFile& operator=(const StandardErrorFile&) = delete;
 
-    // What has been written so far, line by line.
+    // Returns the lines written so far.
     std::vector<std::string> lines() const;
 
 private:

@@ -3,21 +3,21 @@
 #include <string>
 #include <vector>
 
-// Whole outputs kept in files beside the tests. With ZERIX_ACCEPT_BASELINES=1 in the environment a comparison writes
-// the file anew instead of failing.
+// Compares whole outputs with files beside the tests. With ZERIX_ACCEPT_BASELINES=1 in the environment a comparison
+// writes the file and does not fail.
 namespace support {
 
-// Addresses as <address>, and line numbers as <line> except in the files whose numbers are part of their text.
+// Replaces addresses by <address>, and line numbers by <line> except in files whose line numbers are fixed.
 std::string withoutAddressesAndLines(const std::string& line);
 
-// Fails the running test, and shows the lines that differ, when the file is missing or does not hold exactly these
+// Fails the running test and shows the differing lines if the file is missing or does not hold exactly these
 // lines.
 void expectBaseline(const std::string& file, const std::vector<std::string>& lines);
 
-// Whether comparisons write their files.
+// Returns whether comparisons write their files.
 bool acceptsBaselines();
 
-// The lines of the file; none when it is missing.
+// Returns the lines of the file, or none when it is missing.
 std::vector<std::string> readBaseline(const std::string& file);
 
 }  // namespace support

@@ -8,27 +8,27 @@
 
 namespace support {
 
-// What the fakes of one test were asked, in order, each call as one text with its arguments. One thread at a time.
-// A LogCapture that lives has the same between its lines, behind "call: ", and the references that are taken and given
-// back, as "references: NAME COUNT".
+// Records the calls that the fakes of one test receive, in order, each as one text with its arguments. One thread at a
+// time. A living LogCapture shows the calls between its lines, after "call: ", and the changes of reference counts as
+// "references: NAME COUNT".
 class CallLog
 {
 public:
     void add(std::string call);
 
-    // One reference more or less, but not the last one, whose release is a call; `count` are left. Any thread.
+    // Records an AddRef, or a Release that is not the last (the last is a call). `count` references remain. Any thread.
     static void noteReferences(const std::string& name, int count);
 
     const std::vector<std::string>& all() const noexcept { return m_calls; }
 
-    // What came since the last take.
+    // Returns the calls since the previous take().
     std::vector<std::string> take() { return std::exchange(m_calls, {}); }
 
 private:
     std::vector<std::string> m_calls;
 };
 
-// A status as the tests spell it: "0x80041008".
+// Returns a status as the tests write it: "0x80041008".
 std::string hex(HRESULT status);
 
 }  // namespace support

@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
-// The lines that LogCapture collects, and what it needs of the platform: by import hooks on Windows, by sinks of the
+// Captures the lines for LogCapture: with import hooks on Windows, and natively with sinks that belong to the tests.
 // tests' own natively.
 namespace support {
 
-// From start to stop, what the log hands to the event log and to the debugger is kept here and goes nowhere else.
-// Standard error is not touched. Any thread may log meanwhile.
+// From start to stop, keeps what the log sends to the event log and to the debugger, and sends it nowhere else.
+// Standard error is unchanged. Any thread may log meanwhile.
 void startCapturing();
 void stopCapturing();
 bool isCapturing();
@@ -16,16 +16,16 @@ void clearCaptured();
 std::vector<std::string> capturedEvents();
 std::vector<std::string> capturedDebugger();
 
-// Both in the order in which they came, each text behind "event: " or "debugger: ", and between them what a test has
-// added itself.
+// Returns the lines of both sinks in their order, each after "event: " or "debugger: ", and between them the entries
+// that a test has added.
 std::vector<std::string> capturedSequence();
 
-// For the sinks, and for a test's own entries. Nothing is kept while nothing is captured.
+// Adds an entry; for the sinks and for tests. Does nothing while the capture is stopped.
 void captureEvent(const std::string& line);
 void captureDebugger(const std::string& text);
 void addToCaptured(std::string entry);
 
-// Defined for each platform. Null removes the variable.
+// Sets an environment variable; defined for each platform. Null removes the variable.
 void setLogLevelVariable(const char* value);
 void redirectSinks();
 void restoreSinks();

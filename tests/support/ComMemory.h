@@ -6,8 +6,8 @@
 
 namespace support {
 
-// Counts COM's memory blocks: each BSTR and each part of a SAFEARRAY is one. Start the program with OANOCACHE=1 in its
-// environment, or freed BSTRs wait in a cache and count as alive. One at a time; throws std::runtime_error otherwise.
+// Counts COM's memory blocks: each BSTR and each part of a SAFEARRAY is one block. Start the program with OANOCACHE=1:
+// otherwise a cache keeps freed BSTRs and the constructor throws std::runtime_error. One object at a time.
 class ComMemory final : public IMallocSpy
 {
 public:
@@ -16,7 +16,7 @@ public:
     ComMemory(const ComMemory&) = delete;
     ComMemory& operator=(const ComMemory&) = delete;
 
-    // Blocks that were allocated since this object was made and are not freed yet.
+    // The number of blocks that were allocated since construction and are not freed yet.
     int live() const noexcept { return m_live; }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;

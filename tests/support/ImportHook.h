@@ -6,21 +6,21 @@
 
 namespace support {
 
-// While it lives, one module's calls of an imported function go to a function of the test; other modules, and pointers
-// that the module took before, are not affected: a function that has called the import already may keep its address, so
-// let the calls that are to be hooked stand in functions of their own. Everything linked into one program or DLL shares
-// its import table.
+// While it lives, one module's calls of an imported function go to a function of the test. Other modules are unchanged,
+// and so are pointers that the module read before. A function that has called the import may keep its address, so put
+// the calls that are to be hooked into separate functions. All code that is linked into one program or DLL shares its
+// import table.
 //
 //     static HANDLE WINAPI refuse(LPSECURITY_ATTRIBUTES, BOOL, LPCSTR) { SetLastError(5); return nullptr; }
 //     const support::ImportHook hook("CreateMutexA", &refuse);
 //
-// Hooks of one function nest: destroy them in the reverse order. The module must stay loaded for the hook's life.
-// Installing and removing is safe while other threads call the function; the replacement must then be so too.
+// Hooks of one function nest: destroy them in the reverse order. The module must stay loaded while the hook lives.
+// Other threads may call the function during installation and removal; the replacement must then be thread-safe.
 class ImportHook
 {
 public:
-    // `function` is the exact exported name. Null `module` is the program itself. Null `dll` takes the function from
-    // whichever DLL it is imported; otherwise the DLL's file name, without case ("kernel32.dll").
+    // `function` is the exact exported name. A null `module` means the program itself. A null `dll` matches every DLL;
+    // otherwise it is the DLL's file name, compared without case ("kernel32.dll").
     // Throws std::runtime_error when the module does not import it by that name.
     template <class Result, class... Arguments>
     ImportHook(const char* function, Result (*replacement)(Arguments...), HMODULE module = nullptr,
@@ -29,16 +29,16 @@ public:
     {
     }
 
-    // Puts back what stood there.
+    // Restores the previous function.
     ~ImportHook();
 
-    // Leaves the replacement where it is, for a module that is being unloaded: its calls then are hooked to its end.
+    // Keeps the replacement installed, for a module that is being unloaded: its last calls are hooked too.
     void abandon() noexcept { m_entries.clear(); }
 
     ImportHook(const ImportHook&) = delete;
     ImportHook& operator=(const ImportHook&) = delete;
 
-    // The function as it was before this hook, to be called on: hook.original<decltype(&CloseHandle)>()(handle).
+    // The function as it was before this hook, for forwarding: hook.original<decltype(&CloseHandle)>()(handle).
     template <class Pointer>
     Pointer original() const noexcept
     {
@@ -54,11 +54,11 @@ private:
 
     ImportHook(const char* function, void* replacement, HMODULE module, const char* dll);
 
-    // More than one where several DLLs offer the function and the module imports it from each.
+    // There are several if the module imports the function from several DLLs.
     std::vector<Entry> m_entries;
 };
 
-// Whether the module imports the function by that name, from any DLL.
+// Returns whether the module imports the function by that name, from any DLL.
 bool importsFunction(HMODULE module, const char* function);
 
 }  // namespace support

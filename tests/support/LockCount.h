@@ -2,14 +2,14 @@
 
 #include <cstdint>
 
-// How often any utils::Mutex of this program has been taken and released so far. Exact while one thread uses locks;
-// defined once for Windows and once natively.
+// The number of times that a utils::Mutex of this program was taken and released. Exact while one thread uses locks.
+// Defined once for Windows and once natively.
 namespace support {
 
 std::uint32_t locksTaken();
 std::uint32_t locksReleased();
 
-// The locks that `action` takes.
+// Returns the number of locks that `action` takes.
 template <class Action>
 std::uint32_t locksTakenBy(const Action& action)
 {

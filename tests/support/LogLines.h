@@ -5,33 +5,33 @@
 
 #include "support/LogCapture.h"
 
-// How the tests of the provider spell expected log output.
+// The expected log lines of the provider, as tests write them.
 namespace support {
 
 using Lines = std::vector<std::string>;
 
-// Lines as LogCapture::messages gives them, of the file that most of the conversion logs under.
+// Lines in the form of LogCapture::messages, from the source file that most of the conversion logs under.
 std::string debugLine(const std::string& function, const std::string& message,
                       const std::string& file = "WmiConverter");
 std::string errorLine(const std::string& function, const std::string& message,
                       const std::string& file = "WmiConverter");
 
-// The line that making an exception writes.
+// The line that is logged when an exception is made.
 std::string exceptionLine(const std::string& message);
 
-// The same for a failed assertion in the file, with '#' for the number.
+// The line of a failed assertion in the file, with '#' in place of the line number.
 std::string assertionLine(const std::string& condition, const std::string& file = "WmiConverter");
 
-// The text of the exception of a failed assertion, with '#' for the number.
+// The text of a failed assertion's exception, with '#' in place of the line number.
 std::string assertionText(const std::string& condition, const std::string& file = "WmiConverter");
 
-// A pointer as the log shows it.
+// A pointer as the log writes it.
 std::string address(const void* pointer);
 
-// All messages so far, assertions without their numbers; forgets them.
+// Returns and removes all messages so far. Line numbers of assertions are replaced.
 Lines takeMessages(LogCapture& log);
 
-// The lines of several steps, one after the other.
+// Joins the lines of several steps.
 Lines operator+(Lines first, const Lines& second);
 
 }  // namespace support

@@ -7,8 +7,8 @@
 
 namespace support {
 
-// While it lives, a module that reads the platform's tables of adapters and addresses is shown as many as a test wants,
-// each an Ethernet adapter that is up. One at a time; not thread-safe.
+// While it lives, a module that reads the platform's tables of adapters and addresses sees as many adapters as the test
+// wants, each an Ethernet adapter that is up. One object at a time; not thread-safe.
 class MadeUpAdapters
 {
 public:
@@ -17,13 +17,13 @@ public:
     MadeUpAdapters(const MadeUpAdapters&) = delete;
     MadeUpAdapters& operator=(const MadeUpAdapters&) = delete;
 
-    // The GUID of the adapter of that number, from 0 on, as the platform writes it.
+    // The GUID of the n-th adapter, counted from 0, as the platform writes it.
     static std::string guidText(std::size_t number);
 
     std::size_t count = 0;
     // At most 4.
     std::size_t addressesOfEach = 1;
-    // How often each table was asked for.
+    // The number of reads of each table.
     int interfaceReads = 0;
     int addressReads = 0;
 

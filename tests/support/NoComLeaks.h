@@ -6,7 +6,7 @@
 
 namespace support {
 
-// Fails the test when it leaves a block of COM's memory behind. Declare it ahead of everything that owns some.
+// Fails the test if it leaves a block of COM's memory. Declare it before every object that owns such blocks.
 class NoComLeaks
 {
 public:

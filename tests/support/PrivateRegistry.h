@@ -7,7 +7,7 @@
 
 namespace support {
 
-// HKEY_LOCAL_MACHINE, as this process sees it, is an empty branch of the user's registry while this lives. One at a
+// While it lives, HKEY_LOCAL_MACHINE of this process is an empty branch of the user's registry. One object at a
 // time.
 class PrivateRegistry
 {
@@ -31,7 +31,7 @@ public:
     PrivateRegistry(const PrivateRegistry&) = delete;
     PrivateRegistry& operator=(const PrivateRegistry&) = delete;
 
-    // Removes what the product has stored.
+    // Removes everything that the product has stored.
     void clear() const { RegDeleteTreeA(m_root, SETTINGS_KEY); }
 
     // Stores a text below the product's key.

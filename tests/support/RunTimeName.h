@@ -2,7 +2,7 @@
 
 namespace support {
 
-// The DLL with the one C++ run time of the product, its tests and the benchmarks.
+// The file name of the C++ run time that the product, its tests and the benchmarks share.
 constexpr const char* RUN_TIME = "ZerixRuntime.dll";
 
 }  // namespace support

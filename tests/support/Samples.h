@@ -7,10 +7,10 @@
 #include "core/CimInstance.h"
 #include "core/CimPropertyTypes.h"
 
-// Instances and values that the tests of the provider are made of.
+// Sample instances and values for the tests of the provider.
 namespace samples {
 
-// Adds a property to the instance, which owns it.
+// Adds a property to the instance, which takes ownership.
 template <class Property, class Value>
 Property* add(core::CimInstance& instance, const char* name, Value value)
 {
@@ -24,7 +24,7 @@ inline void addKey(core::CimInstance& instance, const char* name, const char* va
     add<core::CimPropertyString>(instance, name, value)->setKey(true);
 }
 
-// Values that the receiver owns.
+// Values that the caller owns.
 inline VARIANT bstr(const std::string& text)
 {
     VARIANT value{};

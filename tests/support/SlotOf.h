@@ -5,8 +5,8 @@
 
 namespace support {
 
-// The index in its class's virtual table that a virtual function is called through, read out of the pointer to it.
-// A virtual destructor takes two entries of the table at the place of its declaration.
+// Returns the index in the virtual table of a virtual function, read from a pointer to the member function.
+// A virtual destructor occupies two entries of the table at the place of its declaration.
 template <class Function, class Class>
 std::size_t slotOf(Function Class::*function)
 {

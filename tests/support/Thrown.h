@@ -7,8 +7,8 @@
 
 namespace support {
 
-// The whole text of what `action` throws, which must be an Expected and no class derived from it; otherwise a text that
-// says what happened instead.
+// Returns the text of the exception that `action` throws. The exception must be exactly an Expected; otherwise the
+// text says what happened instead.
 template <class Expected = utils::Exception, class Action>
 std::string thrownBy(const Action& action)
 {
@@ -21,7 +21,7 @@ std::string thrownBy(const Action& action)
     return "nothing was thrown";
 }
 
-// The text of a failed assertion whose line number is not fixed, with '#' for the number.
+// Returns the text of a failed assertion with '#' in place of its line number.
 std::string withoutLine(const std::string& text);
 
 }  // namespace support

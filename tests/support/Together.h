@@ -6,7 +6,7 @@
 
 namespace support {
 
-// Runs work(0), work(1) ... each in a thread of its own; none begins before all are there. Returns when all are done.
+// Runs work(0), work(1) ..., each in a new thread. They begin when all threads have started. Returns when all are done.
 template <class Work>
 void runTogether(int threads, const Work& work)
 {

@@ -19,8 +19,8 @@
 
 namespace wmihost {
 
-// Runs command lines in this process, on the fake provider and its classes. It has two things, `one` in state 2 and
-// `two` in state 3, and finds the first by its path.
+// Runs command lines in this process, with the fake provider and its classes. It has two things, `one` in state 2 and
+// `two` in state 3, and finds `one` by its path.
 class CommandTest : public testing::Test
 {
 protected:
@@ -44,7 +44,7 @@ protected:
     }
     ~CommandTest() override { std::filesystem::remove(mof); }
 
-    // What a provider makes: an instance of a class, or the outputs of a method.
+    // Makes an object for the provider: an instance of a class, or the outputs of a method.
     static ComPtr<IWbemClassObject> spawn(IWbemServices& ns, const wchar_t* className)
     {
         ComPtr<IWbemClassObject> definition;
@@ -81,14 +81,14 @@ protected:
         return sink->SetStatus(WBEM_STATUS_COMPLETE, status, nullptr, nullptr);
     }
 
-    // Runs the command on the test's MOF; what it writes goes where standard output and standard error lead.
+    // Runs the command with the test's MOF. Its output goes to standard output and standard error.
     int runWithMof(std::vector<std::string> arguments) const
     {
         arguments.insert(arguments.begin(), {"--mof", mof.string()});
         return runCommandLine(arguments);
     }
 
-    // Declares more than the fake provider's own classes.
+    // Declares further classes besides those of the fake provider.
     void addToMof(std::string_view text) const { std::ofstream(mof) << fakeMof << text; }
 
     int run(std::vector<std::string> arguments)
@@ -98,7 +98,7 @@ protected:
         const int result = runWithMof(std::move(arguments));
         out = standardOut.text();
         error = standardError.text();
-        // What was asked is repeated with the place of the MOF, which differs from run to run.
+        // Removes the path of the MOF from the output, because it differs between runs.
         const std::string place = " --mof " + mof.string();
         if (const std::size_t at = error.find(place); at != std::string::npos) {
             error.erase(at, place.size());

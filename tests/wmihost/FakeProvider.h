@@ -10,11 +10,11 @@
 
 namespace wmihost {
 
-// What a fake provider does when it is asked. Requests without an entry are refused.
+// The behaviour of a fake provider. Requests without an entry are refused.
 struct FakeBehaviour
 {
     HRESULT returnedByInitialize = 0;
-    std::optional<LONG> initStatus = 0;  // nothing: it never speaks
+    std::optional<LONG> initStatus = 0;  // empty: Initialize reports no status
     std::function<HRESULT(IWbemServices& nameSpace, std::wstring_view className, IWbemContext*, IWbemObjectSink*)>
         enumerate;
     std::function<HRESULT(IWbemServices& nameSpace, std::wstring_view path, IWbemObjectSink*)> get;
@@ -22,14 +22,14 @@ struct FakeBehaviour
     std::function<HRESULT(std::wstring_view path, IWbemObjectSink*)> remove;
     std::function<HRESULT(IWbemServices& nameSpace, std::wstring_view method, IWbemClassObject* in, IWbemObjectSink*)>
         execMethod;
-    // What Initialize was given.
+    // The arguments of Initialize.
     std::wstring user;
     std::wstring nameSpace;
     int alive = 0;
 };
 
-// Serves the fake provider's class to COM, in this process, for as long as the scope lives. The behaviour
-// outlives the scope and every provider.
+// While the scope lives, COM finds the fake provider's class in this process. The behaviour outlives the scope and
+// every provider.
 class FakeProviderScope
 {
 public:
@@ -42,8 +42,8 @@ private:
     DWORD m_cookie = 0;
 };
 
-// A MOF with the registration of the fake provider and the classes Fake_Thing and Fake_Stray, the latter of a
-// provider that is not registered.
+// A MOF with the registration of the fake provider and the classes Fake_Thing and Fake_Stray. The provider of
+// Fake_Stray is not registered.
 extern const char* const fakeMof;
 
 }  // namespace wmihost

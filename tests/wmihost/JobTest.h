@@ -4,8 +4,8 @@
 
 namespace wmihost {
 
-// For tests of what commands do with jobs: the class Fake_Runner, whose method Start starts the job "1" of Fake_Job.
-// What a retrieval of the job answers is the test's own.
+// Helps to test commands that wait for jobs: the method Start of the class Fake_Runner starts the job "1" of Fake_Job.
+// Each test defines the answer to a retrieval of the job.
 template <class Fixture>
 class JobTest : public Fixture
 {
@@ -37,7 +37,7 @@ class Fake_Runner
         };
     }
 
-    // Answers a retrieval of the job.
+    // Sets the answer to a retrieval of the job.
     static HRESULT deliverJob(IWbemServices& ns, IWbemObjectSink* sink, long state, long percent)
     {
         const auto job = Fixture::spawn(ns, L"Fake_Job");

@@ -12,21 +12,21 @@
 
 namespace wmihost {
 
-// A path as the platform's own parser of object paths (wmiutils) understands it.
+// A path as the platform's parser of object paths (wmiutils) reads it.
 struct PlatformPath
 {
-    std::wstring server;     // empty if the path names none
-    std::wstring nameSpace;  // empty if the path names none
+    std::wstring server;     // empty if the path has no server
+    std::wstring nameSpace;  // empty if the path has no namespace
     std::wstring className;
-    // "Class.Key="value",Other=7", put together again from the parsed keys. Wine 8 offers no other way to see them:
-    // its lists of keys implement GetCount, and neither GetKey nor GetKey2.
+    // "Class.Key="value",Other=7", rebuilt from the parsed keys. Wine 8 offers only this way to read them: its list
+    // of keys implements GetCount, but not GetKey or GetKey2.
     std::wstring relative;
     ULONG keyCount = 0;
 };
 
 namespace platform_path {
 
-// The class and the interface of the platform's parser; the headers declare them, no library has them.
+// The class and the interface of the platform's parser. The headers declare them, but no library defines them.
 inline constexpr CLSID parserClass = {0xcf4cc405, 0xe2c5, 0x4ddd, {0xb3, 0xce, 0x5e, 0x75, 0x82, 0xd8, 0xc9, 0xfa}};
 inline constexpr IID parserInterface = {0x3bc15af2, 0x736c, 0x477e, {0x9e, 0x51, 0x23, 0x8a, 0xf8, 0x66, 0x7d, 0xcc}};
 
@@ -40,7 +40,7 @@ inline std::wstring textFrom(const std::function<HRESULT(ULONG*, LPWSTR)>& call)
 
 }  // namespace platform_path
 
-// Fails the running test where the platform does not take the text for a path. Needs COM on this thread.
+// Fails the running test if the platform does not accept the text as a path. The thread must have initialised COM.
 inline PlatformPath parsedByPlatform(const std::wstring& text)
 {
     using platform_path::textFrom;

@@ -10,7 +10,7 @@
 
 namespace wmihost {
 
-// Standard output or standard error goes to a file for as long as the scope lives.
+// While the scope lives, standard output or standard error goes to a file.
 class Redirected
 {
 public:
@@ -26,7 +26,7 @@ public:
     {
         SetStdHandle(m_which, m_before);
         CloseHandle(m_handle);
-        // A service of Wine's that starts meanwhile inherits the handle and keeps the file; it stays behind then.
+        // A Wine service that starts meanwhile inherits the handle and keeps the file open. The file then remains.
         std::error_code ignored;
         std::filesystem::remove(m_file, ignored);
     }

@@ -10,7 +10,7 @@
 
 namespace wmihost {
 
-// A repository made from a text; classes stand in root\test unless the text says otherwise.
+// Makes a repository from a text. Classes are in root\test unless the text names another namespace.
 inline ClassRepository compiled(std::string_view mof)
 {
     ClassRepository repository;

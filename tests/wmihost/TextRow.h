@@ -5,7 +5,7 @@
 
 namespace wmihost {
 
-// A row of a table of tests: its name, a text, and what is expected of it.
+// A row of a table of tests: its name, a text, and the expected result.
 struct TextRow
 {
     const char* name;

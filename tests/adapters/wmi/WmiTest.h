@@ -20,7 +20,7 @@
 
 namespace support {
 
-// The code of the COM error that `action` throws, as a text; otherwise what happened instead.
+// Returns the code of the COM error that `action` throws, or a text that says what happened instead.
 template <class Action>
 std::string comErrorOf(const Action& action)
 {
@@ -36,7 +36,7 @@ std::string comErrorOf(const Action& action)
 
 }  // namespace support
 
-// What surrounds one test of the conversion layer. Nothing holds a reference when it ends.
+// The fixture of one test of the conversion layer. Checks that no reference is left at the end.
 class WmiTest : public testing::Test
 {
 protected:

@@ -9,7 +9,7 @@
 
 namespace fakes {
 
-// A process that carries on jobs, on a machine that it may share with others.
+// One process that runs jobs. It may share its machine with other processes.
 class JobProcess
 {
 public:

@@ -15,7 +15,7 @@ namespace support {
 inline constexpr const char* GET_BROKER = "_ZN4core12GetCimBrokerEv";
 inline constexpr const char* GET_INSTANCE = "_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE";
 
-// The built library, loaded as the provider's import loads it.
+// The built library, loaded as it is when the provider imports it.
 class Library
 {
 public:
@@ -55,7 +55,7 @@ public:
         for (DWORD i = 0; i < directory->NumberOfNames; ++i) {
             result.emplace_back(base + names[i]);
         }
-        // An entry without a name would be an export too.
+        // An entry without a name would be an export as well.
         EXPECT_EQ(directory->NumberOfFunctions, directory->NumberOfNames);
         return result;
     }
@@ -64,7 +64,7 @@ private:
     HMODULE m_module;
 };
 
-// The path of a running diagnostic of the machine's first port; empty when the port is busy.
+// Returns the path of a running diagnostic of the machine's first port, or an empty text when the port is busy.
 inline std::string startDiagnostic(const Library& library, std::uint16_t samples)
 {
     auto ports = library.broker()->getInstances("Zerix_EthernetPort");

@@ -4,9 +4,9 @@
 
 namespace support {
 
-// While it lives, the registry treats a module as on a machine where it serves: the process, an account of the service,
-// may write below the keys of jobs and results alone, where they exist, and a thread with a client's token may not
-// write there. One at a time.
+// While it lives, the registry treats a module as in WMI's host process. The process runs under a service account and
+// may write only below the existing keys of jobs and results; a thread with a client's token may not write even there.
+// One object at a time.
 class ServiceRegistry
 {
 public:
@@ -15,7 +15,7 @@ public:
     ServiceRegistry(const ServiceRegistry&) = delete;
     ServiceRegistry& operator=(const ServiceRegistry&) = delete;
 
-    // How often access was denied.
+    // The number of denied accesses.
     int refused() const noexcept;
 
 private:

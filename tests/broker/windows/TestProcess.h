@@ -7,7 +7,7 @@
 
 namespace support {
 
-// HKEY_LOCAL_MACHINE is a branch of the user's registry, for this process, as long as this lives.
+// While it lives, HKEY_LOCAL_MACHINE of this process is a branch of the user's registry.
 class OwnRegistry
 {
 public:
@@ -30,8 +30,8 @@ private:
     HKEY m_key = nullptr;
 };
 
-// This program once more, in a process of its own, which runs one test that is disabled in the ordinary run. It
-// inherits the environment. Does not end the process.
+// Runs this program again as a separate process, which runs one test that the ordinary run disables. The process
+// inherits the environment. The destructor does not end it.
 class TestProcess
 {
 public:
@@ -52,7 +52,7 @@ public:
     TestProcess(const TestProcess&) = delete;
     TestProcess& operator=(const TestProcess&) = delete;
 
-    // False when the platform did not start it.
+    // Returns false when the platform did not start the process.
     bool hasStarted() const noexcept { return m_process.hProcess != nullptr; }
 
     bool isRunning() const noexcept { return WaitForSingleObject(m_process.hProcess, 0) == WAIT_TIMEOUT; }
@@ -63,7 +63,7 @@ public:
         WaitForSingleObject(m_process.hProcess, INFINITE);
     }
 
-    // Waits for its end; 0 when the test has passed.
+    // Waits until the process ends. Returns 0 when its test passed.
     DWORD exitCode() const noexcept
     {
         DWORD code = 0;

@@ -7,10 +7,10 @@
 
 namespace reliability {
 
-// What may become of a request in which one platform call fails. Bits, since some failures depend on where they hit.
+// The possible results of a request in which one platform call fails. They are bits: a failure may have several.
 enum Effect : unsigned
 {
-    UNCHANGED = 1,         // nobody but the log notices
+    UNCHANGED = 1,         // only the log shows the failure
     VALUE_LOST = 2,        // same status and same reports, but a value is missing or different
     DENIED = 4,            // the access-denied answer
     EXCEPTION = 8,         // an exception of the product: thrown or turned into a status, as the request does it
@@ -18,7 +18,7 @@ enum Effect : unsigned
     OUT_OF_MEMORY = 32,    // std::bad_alloc, likewise
     CREATION_FAILED = 64,  // the class factory or the provider is not made: E_OUTOFMEMORY
     REGISTRATION_FAILED = 128,
-    NOT_THERE = 256,  // as on a machine that lacks something: a shorter list, or the answer that it is not found
+    NOT_THERE = 256,  // as on a machine that lacks the data: a shorter list, or "not found"
     FORBIDDEN = 512,  // an update is answered with WBEM_E_ACCESS_DENIED
 };
 
@@ -28,19 +28,19 @@ struct FaultPoint
     const char* function;
     const char* failure;
     unsigned effects;
-    // What an impersonation failure reports to the sink.
+    // The status that an impersonation failure reports to the sink.
     HRESULT reported;
     std::unique_ptr<support::ImportHook> (*install)(const char* function, HMODULE module);
 };
 
-// Every way in which a platform call of the provider is made to fail.
+// All failures of platform calls that the tests cause in the provider.
 std::span<const FaultPoint> faultPoints();
 
-// The same for the broker.
+// All failures that they cause in the broker.
 std::span<const FaultPoint> brokerFaultPoints();
 
-// Makes the given call of one function fail, once, counting from 1, from the moment it is armed. The module must stay
-// loaded for the fault's life. One at a time; the calls of any thread count.
+// Makes one call of a function fail once; calls are counted from 1 after arming, in any thread. The module must stay
+// loaded while the fault lives. One object at a time.
 class Fault
 {
 public:
@@ -52,11 +52,11 @@ public:
     void arm(int call);
     void disarm();
 
-    // For a module that is being unloaded: the fault stays until the module is gone. Calls no longer reach the module's
-    // table after that, and nothing is put back.
+    // For a module that is being unloaded: the hook stays installed until the module is gone, and the destructor does
+    // not restore the module's import table.
     void abandon() noexcept { m_hook->abandon(); }
 
-    // Calls since it was armed, and whether the chosen one was among them.
+    // The number of calls since arming, and whether the chosen call was among them.
     int calls() const;
     bool fired() const;
 

@@ -6,14 +6,14 @@
 #include "reliability/Scenario.h"
 #include "reliability/faults/Fault.h"
 
-// How the tests that make platform calls fail read and write down what became of them.
+// Reads and writes the tables of results of the tests that make platform calls fail.
 namespace reliability {
 
-// What the outcome is called among the effects that the failing function may have; empty when it is none of them.
+// Returns the name of the outcome if it is one of the function's permitted effects, and otherwise an empty text.
 // `normal` is the outcome without a failure.
 std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& normal, const Outcome& found);
 
-// One row of a table: what became of every call of one function.
+// One row of a table: the results of failing each call of one function.
 struct Row
 {
     int calls = 0;
@@ -23,10 +23,10 @@ struct Row
 
 std::string effectsText(const Row& row);
 
-// For the message of a failure.
+// Returns the outcome as text for the message of a failed test.
 std::string describe(const Outcome& outcome);
 
-// True when ZERIX_EVERY_CALL asks for every call to fail; the ordinary run takes a sample where there are hundreds.
+// True when ZERIX_EVERY_CALL requests that every call fails. The ordinary run takes a sample of hundreds of calls.
 bool everyCall();
 
 }  // namespace reliability

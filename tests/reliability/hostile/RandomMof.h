@@ -6,17 +6,17 @@
 
 namespace reliability {
 
-// MOF texts with mistakes: sound ones in which characters, words and runs of characters have been changed, lost,
-// repeated or put elsewhere. The same seed gives the same texts. One thread at a time.
+// Produces MOF texts with mistakes: valid texts in which characters, words and runs of characters are changed, removed,
+// repeated or moved. The same seed gives the same texts. One thread at a time.
 class RandomMof
 {
 public:
     explicit RandomMof(unsigned seed) : m_engine(seed) {}
 
-    // The sound text with one to six changes. It may hold any byte, null included.
+    // Returns the valid text with one to six changes. It may contain any byte, null included.
     std::string changed(std::string_view sound);
 
-    // Below the bound, which is at least 1.
+    // Returns a number below the bound, which must be at least 1.
     std::size_t below(std::size_t bound) { return m_engine() % bound; }
 
 private:

@@ -9,27 +9,27 @@
 
 namespace reliability {
 
-// Values that no sound client sends: every type, types that do not fit what they hold, arrays of any shape, values by
-// reference. The same seed gives the same values. One thread at a time.
+// Produces values that no correct client sends: every type, types that do not match their contents, arrays of any
+// shape, values by reference. The same seed gives the same values. One thread at a time.
 class RandomValues
 {
 public:
     explicit RandomValues(unsigned seed) : m_engine(seed) {}
 
-    // The caller owns the value. What a value by reference points to lives until the next clear().
+    // The caller owns the value. The target of a value by reference lives until the next clear().
     VARIANT value();
     CIMTYPE cimType();
-    // An object path, or something like one.
+    // Returns an object path or a similar text.
     std::string path();
     std::string name();
 
-    // Below the bound, which is at least 1.
+    // Returns a number below the bound, which must be at least 1.
     unsigned below(unsigned bound) { return m_engine() % bound; }
 
     void clear() { m_referred.clear(); }
 
 private:
-    // Clears what it holds.
+    // Owns the target of a value by reference; the destructor clears it.
     struct Referred
     {
         VARIANT value{};
