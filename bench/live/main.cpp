@@ -13,8 +13,8 @@
 #include "wmihost/com/Com.h"
 #include "wmihost/session/Workspace.h"
 
-// bench_live MOF JSON: the machine's adapters through the registered provider, end to end through COM, against the
-// platform's own class for them in the same run, by turns. Prints one line and writes the figures.
+// bench_live MOF JSON: enumerates the machine's adapters through the registered provider, end to end through COM, and
+// alternately, in the same run, through the platform's own class. Prints one line and writes the figures.
 namespace {
 
 using wmihost::ComPtr;
@@ -25,7 +25,7 @@ struct Delivery
 {
     double milliseconds = 0;
     std::size_t instances = 0;
-    // Values that are not null.
+    // The number of values that are not null.
     std::size_t values = 0;
 };
 
@@ -42,7 +42,7 @@ std::size_t countValues(IWbemClassObject& object)
     return values;
 }
 
-// The clock runs while objects are delivered, not while they are counted.
+// Measures the delivery of the objects, not their counting.
 template <class Deliver>
 Delivery timed(const Deliver& deliver)
 {
@@ -116,7 +116,7 @@ void run(const std::filesystem::path& mof, const std::string& file)
     wmihost::Workspace workspace(mof);
     const wmihost::ProviderSession& session = workspace.sessionFor(workspace.findClass(L"Zerix_EthernetPort", L""));
     const ComPtr<IWbemServices> services = platformServices();
-    // The first answers build what later ones find.
+    // Warms up: the first requests build data that later ones reuse.
     const Delivery first = timed([&] { return ours(session); });
     const Delivery platformFirst = timed([&] { return platforms(*services.get()); });
     if (first.values == 0 || platformFirst.values == 0) {

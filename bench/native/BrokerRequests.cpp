@@ -10,11 +10,11 @@
 #include "broker/JobRequests.h"
 #include "support/LockCount.h"
 
-// broker_requests REQUEST ELEMENTS [changed|first|threads=N]: one request of the broker, for a program that counts
-// instructions. It is made to warm up and then once more in `counted`; prints the lock pairs of that one.
+// broker_requests REQUEST ELEMENTS [changed|first|threads=N]: makes one request of the broker, for a program that
+// counts instructions. Makes it first to warm up and then once in `counted`, and prints the lock pairs of the latter.
 //
-// "changed": another process has changed a job in between. "first": another class was asked for in between, so that the
-// instances are made anew. "threads=N": so many other threads keep instances of the same class.
+// "changed": another process has changed a job in between. "first": another class was requested in between, so that the
+// instances are made again. "threads=N": N other threads keep instances of the same class.
 namespace {
 
 using fakes::JobRequests;
@@ -33,7 +33,7 @@ std::size_t readAll(core::CimBroker& broker, const char* className)
     return count;
 }
 
-// A broker of so many adapters, each with one address.
+// A broker of this many adapters, each with one address.
 class AdapterRequests
 {
 public:
@@ -75,7 +75,7 @@ int count(const std::function<std::size_t()>& request)
     return values == 0 ? 1 : 0;
 }
 
-// Threads that have made the request and live on.
+// Threads that have made the request and stay alive.
 class OtherThreads
 {
 public:

@@ -52,7 +52,7 @@ Work parsePath()
     };
 }
 
-// The five texts that a path keeps.
+// The five texts that a path stores.
 Work parsePathFloor()
 {
     return [] {
@@ -83,7 +83,7 @@ Work buildInstance()
     };
 }
 
-// The properties alone, in no list.
+// The properties without a list.
 Work buildInstanceFloor()
 {
     return [] {
@@ -107,7 +107,7 @@ Work walkProperties()
     };
 }
 
-// The lock of each step, and of the one that finds the end.
+// The lock of each step, and of the step that finds the end.
 Work walkPropertiesFloor()
 {
     return [mutex = std::make_shared<utils::Mutex>(), properties = std::vector<int>(PROPERTIES)] {
@@ -176,7 +176,7 @@ Work splitPath()
     };
 }
 
-// The pieces, from where they stand.
+// Copies the two pieces from their known positions.
 Work splitPathFloor()
 {
     return [text = std::string_view(R"(SystemName="HOST",DeviceID="{D39A94C6-35D2-4B40-BB6A-56E279951017}")")] {
@@ -187,7 +187,7 @@ Work splitPathFloor()
     };
 }
 
-// At the default level, where debug lines go nowhere: what every function pays for being able to log.
+// The default level, at which debug lines are not written: the cost of logging that every function bears.
 Work disabledDebug()
 {
     return [name = std::string("PermanentAddress")] {

@@ -23,19 +23,19 @@
 #include <vector>
 
 // count_steps PROGRAM [ARGUMENT...]: runs a program and counts the instructions that it executes in its marked
-// stretches, by single-stepping the thread that marks them. Prints one line for each stretch and group, when the
-// stretch ends: "NAME<tab>GROUP<tab>COUNT". What the kernel and other threads execute is not counted. The exit code is
-// the program's.
+// stretches, by single-stepping the thread that marks them. At the end of a stretch it prints one line for each group:
+// "NAME<tab>GROUP<tab>COUNT". Instructions of the kernel and of other threads are not counted. The exit code is that of
+// the program.
 //
-// The program marks by a breakpoint instruction with MAGIC in rax and the address of a text in rdx
+// The program marks with a breakpoint instruction, with MAGIC in rax and the address of a text in rdx
 // (bench/provider/Steps.h):
 //
 //     module GROUP FIRST LAST   instructions from the one address up to the other belong to the group
-//     call GROUP ADDRESS        and so does what a call of this function executes, whichever module it is in
-//     begin NAME                from here on, count
-//     end                       stop counting, and print
+//     call GROUP ADDRESS        so do the instructions that a call of this function executes, in any module
+//     begin NAME                start counting
+//     end                       stop counting and print
 //
-// Addresses are hexadecimal. Instructions of no module belong to the group "rest".
+// Addresses are hexadecimal. Instructions outside every module belong to the group "rest".
 namespace {
 
 constexpr std::uint64_t MAGIC = 0x5a45524958;
@@ -53,7 +53,7 @@ struct Module
     std::string group;
 };
 
-// The stretch that is being counted. Of its thread alone.
+// The stretch that is being counted. It concerns one thread only.
 class Stretch
 {
 public:
@@ -65,7 +65,7 @@ public:
     void step(const std::vector<Module>& modules, const std::map<std::uint64_t, std::string>& calls,
               std::uint64_t address)
     {
-        // A repeated instruction stops after each repetition, and is one.
+        // A repeated instruction stops after each repetition but counts once.
         if (address == m_last) {
             return;
         }
@@ -115,7 +115,7 @@ private:
     std::string m_name;
     std::map<std::string, std::uint64_t> m_counts;
     std::uint64_t m_last = 0;
-    // The call that is being executed, and where it will return to.
+    // The call that is being executed, and its return address.
     std::uint64_t* m_call = nullptr;
     std::uint64_t m_return = 0;
     // The module of the last instruction.
@@ -139,7 +139,7 @@ public:
         resume(process, 0);
     }
 
-    // Until the program ends; its exit code.
+    // Runs until the program ends. Returns its exit code.
     int run()
     {
         for (;;) {
@@ -164,7 +164,7 @@ private:
             // A thread was made, or another program was loaded.
             resume(thread, 0);
         } else if (signal == SIGSTOP && m_known.insert(thread).second) {
-            // A new thread's first stop.
+            // The first stop of a new thread.
             resume(thread, 0);
         } else if (signal != SIGTRAP) {
             resume(thread, signal);
@@ -179,13 +179,13 @@ private:
     void resume(pid_t thread, int signal) const
     {
         const bool steps = m_stretch != nullptr && m_stretch->thread() == thread;
-        // A thread that has been killed meanwhile is gone.
+        // The thread no longer exists if it was killed meanwhile.
         if (ptrace(steps ? PTRACE_SINGLESTEP : PTRACE_CONT, thread, nullptr, signal) != 0 && errno != ESRCH) {
             fail("the program cannot go on");
         }
     }
 
-    // Counts, where the stop was a step and no mark.
+    // Counts the stop if it is a step and not a mark.
     bool isStep(pid_t thread)
     {
         if (m_stretch == nullptr || m_stretch->thread() != thread) {
@@ -208,7 +208,7 @@ private:
         user_regs_struct registers{};
         ptrace(PTRACE_GETREGS, thread, nullptr, &registers);
         if (cause.si_code == TRAP_TRACE) {
-            // Code that saves and restores the flags while it is stepped goes on stepping by itself.
+            // Code that saves the flags while it is stepped would restore the trap flag later and continue stepping.
             registers.eflags &= ~TRAP_FLAG;
             ptrace(PTRACE_SETREGS, thread, nullptr, &registers);
         } else if (registers.rax == MAGIC) {

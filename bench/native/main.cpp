@@ -7,8 +7,8 @@
 #include "bench/native/Counted.h"
 
 // bench_native [OPTION...]    the time of each case, as a benchmark of that name
-// bench_native --cases        their names
-// bench_native --count NAME   the case's work a few times to warm up, and then once in `counted`
+// bench_native --cases        prints the names of the cases
+// bench_native --count NAME   runs the case's work a few times to warm up, and then once in `counted`
 namespace {
 
 int listCases()

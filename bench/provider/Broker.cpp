@@ -11,7 +11,7 @@ namespace {
 
 Broker* latest = nullptr;
 
-// The instance owns what is made here.
+// The instance owns the properties that are made here.
 template <class Property, class Value>
 core::CimProperty& addProperty(const char* name, core::CimInstance& owner, Value value)
 {

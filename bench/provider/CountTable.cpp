@@ -30,14 +30,14 @@ nlohmann::json countOf(const std::vector<HMODULE>& modules, const std::function<
     return toJson(Counters::read());
 }
 
-// A later request: what happens on first use only is over.
+// Measures a later request, after the work of the first use.
 nlohmann::json countWarm(const ProviderModule& module, const std::function<void()>& request)
 {
     request();
     return countOf({module.handle()}, request);
 }
 
-// `times` requests one after the other.
+// Makes `times` requests one after the other.
 std::function<void()> repeated(std::size_t times, std::function<void()> request)
 {
     return [times, request = std::move(request)] {
@@ -65,8 +65,8 @@ void countKinds(const ProviderModule& module, nlohmann::json& table)
     }
 }
 
-// The ports as they are shipped: the first answer of a thread that keeps none of them, a later one, and the first of a
-// new thread.
+// The shipped ports: the first request of a thread, which keeps no ports yet, a later request, and the first request of
+// a new thread.
 void countPorts(const ProviderModule& module, nlohmann::json& table)
 {
     PortClient client(module);

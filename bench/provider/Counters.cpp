@@ -22,12 +22,12 @@ bool counting() noexcept
     return pauses == 0;
 }
 
-// As it is exported: this program's own calls are counted as well.
+// The exported function, because this program's own calls are counted too.
 decltype(&WaitForSingleObject) realWait = nullptr;
 
 DWORD WINAPI countedWait(HANDLE handle, DWORD milliseconds)
 {
-    // A lock waits for ever; whoever asks whether something has happened does not.
+    // Only a lock waits without a limit. A wait with a limit is a query of an event.
     counts.lockPairs += counting() && milliseconds == INFINITE ? 1 : 0;
     return realWait(handle, milliseconds);
 }
@@ -90,7 +90,7 @@ Counters::Counters(const std::vector<HMODULE>& modules)
         hook("SysAllocStringLen", &countedBstr, module);
         hook("_vsnprintf", &countedFormat, module);
     }
-    // operator new stands in the shared C++ library, whose own imports are where its memory comes from.
+    // operator new is in the shared C++ library, so its memory comes through the imports of that library.
     const HMODULE runTime = GetModuleHandleA(support::RUN_TIME);
     hook("malloc", &countedMalloc, runTime);
     hook("free", &countedFree, runTime);

@@ -6,12 +6,12 @@ namespace bench {
 
 namespace {
 
-// As this program imports them, before anything is replaced.
+// The functions that this program imports, read before anything is replaced.
 decltype(&WaitForSingleObject) realWait = nullptr;
 decltype(&ReleaseMutex) realReleaseMutex = nullptr;
 decltype(&CloseHandle) realClose = nullptr;
 
-// Every new mutex is this one.
+// Its address serves as the handle of every new mutex.
 char standIn = 0;
 
 HANDLE WINAPI noCreateMutex(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
@@ -26,7 +26,7 @@ BOOL WINAPI noCloseHandle(HANDLE handle)
 
 DWORD WINAPI noWait(HANDLE handle, DWORD milliseconds)
 {
-    // A lock waits for ever; whoever asks whether something has happened does not.
+    // Only a lock waits without a limit. A wait with a limit is a query of an event.
     return milliseconds == INFINITE ? WAIT_OBJECT_0 : realWait(handle, milliseconds);
 }
 
@@ -41,7 +41,7 @@ BOOL WINAPI noThreadToken(HANDLE /*thread*/, DWORD /*access*/, BOOL /*asSelf*/, 
     return FALSE;
 }
 
-// Set by one thread at a time: with the kernel there is one client only.
+// One thread at a time sets it, because there is only one client while the kernel is in use.
 std::atomic<bool> locksAreFree{false};
 
 DWORD WINAPI waitUnlessFree(HANDLE handle, DWORD milliseconds)

@@ -9,9 +9,9 @@ namespace bench {
 
 namespace {
 
-// Long beside the clock's step of a hundred nanoseconds.
+// Long in comparison with the clock's step of a hundred nanoseconds.
 constexpr double RUN_NANOSECONDS = 0.1e6;
-// For all runs of one comparison together.
+// The limit for all runs of one comparison together.
 constexpr double BUDGET_NANOSECONDS = 3e9;
 constexpr double LEAST_RUNS = 9;
 constexpr double MOST_RUNS = 301;
@@ -27,7 +27,7 @@ Sample summarise(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     const std::size_t last = values.size() - 1;
-    // The nearest that was really measured.
+    // Each quantile is the nearest measured value.
     return {values[last / 2], values[last / 4], values[last - last / 4], values.front()};
 }
 
@@ -53,7 +53,7 @@ Comparison compare(const std::function<void()>& subject, const std::function<voi
         toCount(std::clamp(BUDGET_NANOSECONDS / (run * static_cast<double>(sides.size())), LEAST_RUNS, MOST_RUNS));
     std::array<std::vector<double>, 3> times;
     for (std::size_t number = 0; number < result.runs; ++number) {
-        // Another one begins each time: none always runs on what the same neighbour left in the caches.
+        // A different side begins each time, so that no side always follows the same other side and its cache contents.
         for (std::size_t turn = 0; turn < sides.size(); ++turn) {
             const std::size_t side = (number + turn) % sides.size();
             times[side].push_back(timeOf(result.callsPerRun, *sides[side]));

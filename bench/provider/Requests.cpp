@@ -26,7 +26,7 @@ void require(HRESULT hr, const char* what)
     }
 }
 
-// A request acts for its client from here to the end of the scope.
+// From here to the end of the scope, a request impersonates its client.
 class FloorImpersonation
 {
 public:
@@ -40,13 +40,13 @@ public:
     ~FloorImpersonation() { CoRevertToSelf(); }
 };
 
-// What the contracts of the containers ask for besides the steps of a walk: each operation of a map or list holds the
-// container's lock, and so does its end.
+// The locks that the containers' contracts require besides the steps of an iteration: each operation of a map or list
+// holds the container's lock, and so does its destructor.
 constexpr std::size_t LIST_WALK_AND_END = 2;
 constexpr std::size_t MAP_SET = 1;
 constexpr std::size_t MAP_CONTAINS = 1;
 constexpr std::size_t MAP_END = 1;
-// Asking the name index, entering the property there, and appending it.
+// The search in the name index, the insertion into it, and the append to the list.
 constexpr std::size_t PROPERTY_LIST_ADD = 3;
 // The index and the list.
 constexpr std::size_t PROPERTY_LIST_END = 2;
@@ -162,7 +162,7 @@ utils::ComReference<IWbemClassObject> Client::spawnOutput()
     return object;
 }
 
-// A step of a walk holds the list's lock; so does the step that finds the end.
+// A step of an iteration holds the list's lock; so does the step that finds the end.
 void Client::fillInstance(const KernelCalls& kernel, IWbemClassObject* object)
 {
     for (std::size_t i = 0; i < PROPERTY_COUNT; ++i) {
@@ -184,7 +184,7 @@ void Client::putReady(IWbemClassObject* object, std::size_t property, utils::Sco
     object->Put(PROPERTIES[property].wideName, 0, made.address(), 0);
 }
 
-// The first properties are keys, which are not handed over.
+// The first properties are keys, which are not passed to the broker.
 void Client::walk(IWbemClassObject* object, std::size_t keys, PropertyBlocks& blocks) const
 {
     object->BeginEnumeration(WBEM_FLAG_NONSYSTEM_ONLY);
@@ -251,7 +251,7 @@ void Client::getFloor(const KernelCalls& kernel)
 
 void Client::putFloor(const KernelCalls& kernel)
 {
-    // Every property but the key.
+    // Every property except the key.
     constexpr std::size_t EXTRACTED = PROPERTY_COUNT - 1;
     const FloorImpersonation impersonation(kernel);
     {

@@ -14,11 +14,11 @@ namespace bench {
 
 namespace {
 
-// So often a request is made before it is counted: the platform's heap then serves blocks as it does from there on.
+// A request is made this often before it is counted, so that the platform's heap has reached a stable state.
 constexpr int WARM_UP = 100;
 
-// Takes what lies free on the heaps of the process, which depends on the lengths of paths and environment, so that the
-// requests find the same everywhere. The blocks stay.
+// Allocates all free blocks of the process's heaps. The free blocks depend on the lengths of paths and environment;
+// without them each request finds the same heap everywhere. The blocks are never freed.
 void fillHeaps()
 {
     constexpr int BLOCKS = 100;
@@ -75,7 +75,7 @@ void stepKinds(const ProviderModule& module)
     }
 }
 
-// A later answer of a thread, and the first of a new one, which makes all instances.
+// A later request of a thread, and the first request of a new thread, which makes all instances.
 void stepAnswers(PortClient& client, const std::string& adapters)
 {
     countWarm("ports of " + adapters + ", later", [&] { client.enumerate(); });
@@ -96,7 +96,7 @@ void stepRequests()
     markModules();
     fillHeaps();
     stepKinds(module);
-    // Stays until the process ends: what the broker has made with it, it would close without it.
+    // Lives until the process ends: the broker holds handles that were made under it and must be closed under it.
     static const KernelCalls kernel({module.handle(), PortClient::broker()}, Kernel::none);
     PortClient client(module);
     for (const std::size_t adapters : {1, 3}) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint64_t MAGIC = 0x5a45524958;
 
-// One copy, so that count_steps knows every mark by its address.
+// The only copy of the instruction, so that count_steps can recognise every mark by its address.
 [[gnu::noinline]] void mark(const char* text)
 {
     __asm__ volatile("int3" : : "a"(MAGIC), "d"(text) : "memory");
@@ -37,7 +37,7 @@ void markModule(const char* group, const char* module)
 {
     const HMODULE handle = loaded(module);
     const auto first = number(handle);
-    // From the file's headers: the platform reads another process's, and asks for the debugger's rights to it.
+    // Read from the headers in the file. The platform's function could read another process and would need its rights.
     const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(handle);
     const auto* headers =
         reinterpret_cast<const IMAGE_NT_HEADERS*>(reinterpret_cast<const char*>(handle) + dos->e_lfanew);

@@ -80,7 +80,7 @@ Json timeRequests()
 
 namespace {
 
-// Requests of growing size, for a plot.
+// Requests of increasing size, for a plot.
 Json timeCurve(const ProviderModule& module, const KernelCalls& kernel)
 {
     Json curve = Json::array();
@@ -120,7 +120,7 @@ Json timeGrowth()
         double few = 0;
         double fewFloor = 0;
         {
-            // A broker of its own for each size; the one made last answers.
+            // A separate broker for each size. The broker that was constructed last answers.
             Broker fewBroker(FEW);
             Client client(module, fewBroker);
             few = timeOf(MANY / FEW, [&client] { client.enumerate(); }) / FEW;
@@ -148,7 +148,7 @@ Json timeGrowth()
 
 namespace {
 
-// A thread of its own with its own client, ready to begin; its requests start with begin().
+// A thread with its own client, ready to start. Its requests start with begin().
 class Companion
 {
 public:
@@ -188,7 +188,7 @@ private:
     std::thread m_thread;
 };
 
-// Gives the process the processors that whoever started it kept from it.
+// Lets the process use all processors, including those that its parent excluded.
 void useAllProcessors()
 {
     DWORD_PTR own = 0;

@@ -22,8 +22,8 @@ HRESULT query(Interface* self, REFIID riid, void** object)
     return S_OK;
 }
 
-// Names are compared without case. Only letters of the English alphabet stand in them, and the run-time library's own
-// comparison costs more than all the rest that an object does.
+// Compares names without case. Names contain only English letters. The comparison of the run-time library would cost
+// more than everything else that an object does.
 bool sameName(const wchar_t* left, const wchar_t* right) noexcept
 {
     const auto lower = [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c; };

@@ -14,7 +14,7 @@
 #include "bench/provider/StepTable.h"
 #include "bench/provider/TimeTable.h"
 
-// bench_provider: what the provider adds to the calls that a request cannot do without.
+// bench_provider measures what the provider adds to the calls that every request needs.
 namespace {
 
 using Json = nlohmann::json;
@@ -111,7 +111,7 @@ void time(const std::string& file)
     }
 }
 
-// Runs `work` in a multithreaded apartment, as WMI's threads are.
+// Runs `work` in a multithreaded apartment, in which WMI's threads run.
 template <class Work>
 int inApartment(const Work& work)
 {
@@ -147,7 +147,7 @@ int main(int argc, char** argv)
     repeat->add_option("--seconds", seconds, "how long");
     const CLI::App* const steps = app.add_subcommand("steps", "each request once more, for count_steps");
     CLI11_PARSE(app, argc, argv);
-    // Texts that hold the computer's name are as long on every computer.
+    // Gives texts that contain the computer's name the same length on every computer.
     _putenv_s("COMPUTERNAME", "BENCHMARK");
     return inApartment([&] {
         if (counts->parsed()) {
