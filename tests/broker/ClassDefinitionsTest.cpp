@@ -1,5 +1,5 @@
-// The class definitions that WMI is given and the classes that the broker serves must be the same, property by
-// property: whatever differs is a property that no client ever sees.
+// The class definitions in the MOF and the classes of the broker must be equal, property by property. No client would
+// see a property that differs.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ namespace {
 
 using Classes = std::map<std::string, std::vector<std::string>>;
 
-// "Name: type", with " key" behind it for a key and " write" for a writable property.
+// "Name: type", followed by " key" for a key and " write" for a writable property.
 Classes definedClasses()
 {
     static const std::regex classLine(R"(^class (\w+)$)");

@@ -82,7 +82,7 @@ bool belongsToJobs(const std::string& key)
     return key == "Jobs" || key == "Results";
 }
 
-// A flag for real threads.
+// A signal for real threads.
 class RealFlag final : public broker::Signal
 {
 public:
@@ -345,7 +345,7 @@ void RealThread::join()
 bool RealThread::start(broker::JobWork& work) noexcept
 {
     const std::lock_guard guard(m_mutex);
-    // The thread before has nothing left to do, or none would be started: it takes no lock any more.
+    // The broker starts a thread only when the previous one has no work left, so the previous one takes no lock now.
     join();
     m_thread = std::thread([this, &work] { run(work); });
     return true;

@@ -35,7 +35,7 @@ protected:
 
     void names(const std::vector<std::string>& names) { argument<core::CimPropertyString_arr>("Names", names); }
 
-    // Calls the method of the class's instance of that index.
+    // Calls the method of the class's n-th instance.
     std::uint32_t invoke(const std::string& className, const std::string& method, std::size_t index = 0)
     {
         m_workspace.begin(className);

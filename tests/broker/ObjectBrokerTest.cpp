@@ -56,8 +56,8 @@ Copy copyOf(const Property& property, const Value& value)
     return copy;
 }
 
-// What comes back from a client that changes nothing: references as paths with host and namespace, datetimes in whole
-// seconds.
+// The values as a client that changes nothing sends them back: references as paths with host and namespace, datetimes
+// in whole seconds.
 Copy copyAsAClientSeesIt(const core::CimProperty& property)
 {
     return core::visit(property,
@@ -78,7 +78,7 @@ class ObjectBroker : public testing::Test
 protected:
     ObjectBroker() { m_adapters.set({fakes::adapter(1), fakes::adapter(2)}); }
 
-    // A diagnostic of the first port, started through the broker.
+    // Starts a diagnostic of the first port through the broker.
     core::CimInstance* startJob()
     {
         auto ports = m_broker.getInstances("Zerix_EthernetPort");
@@ -90,7 +90,7 @@ protected:
         return job;
     }
 
-    // As many as the settings ask for by default.
+    // The number of samples in the default settings.
     void takeAllSamples()
     {
         for (int i = 0; i < 10; ++i) {
@@ -194,13 +194,13 @@ TEST_F(ObjectBroker, InstancesOfAThreadOutliveTheRequestsOfOthers)
     EXPECT_EQ(support::value(*listedAgain.getIterator().next(), "Name"), "eth3");
 }
 
-// Whether the values are of two adapters: a fake one makes its name and index from the same number.
+// Returns whether the values belong to two adapters. The name and index of a fake adapter come from one number.
 bool isMixedPort(core::CimInstance& port)
 {
     return "eth" + support::value(port, "InterfaceIndex") != support::value(port, "Name");
 }
 
-// Whether the ends are of two adapters.
+// Returns whether the two ends belong to different adapters.
 bool isMixedAssociation(core::CimInstance& association)
 {
     const auto end = [&association](const char* role) -> core::CimInstance& {
@@ -238,7 +238,7 @@ TEST_F(ObjectBroker, ServesManyThreadsAtOnceWhileAdaptersChange)
     EXPECT_EQ(wrong, 0);
 }
 
-// What the operation throws, by its class.
+// The class of the exception that the operation throws.
 template <class Operation>
 std::string thrown(Operation operation)
 {
@@ -329,7 +329,7 @@ TEST_F(ObjectBroker, EveryInstanceMayBePutBackAsItIs)
         while (const core::CimProperty* property = iterator.next()) {
             values.add(copyAsAClientSeesIt(*property).release());
         }
-        // Time goes by between the reading and the writing.
+        // Time passes between the read and the write.
         m_machine.pass(std::chrono::milliseconds{1500});
         broker::Adapter busier = fakes::adapter(1);
         busier.counters.bytesReceived += 99;
@@ -370,7 +370,7 @@ TEST_F(ObjectBroker, FlaggedJob_isGoneAtOnceForEveryThread)
     core::CimInstance* job = startJob();
     job->markForDeletion(true);
     std::thread([this] { EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U); }).join();
-    // This thread's instance stays until its own next call.
+    // This thread's instance lives until the thread's next call.
     EXPECT_EQ(support::value(*job, "JobState"), "4");
     EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U);
 }
@@ -403,7 +403,7 @@ TEST_F(ObjectBroker, JobPastItsTimeGoesTheSameWay)
 
 using JobRequest = std::size_t (fakes::JobRequests::*)();
 
-// The lock pairs of a request that comes again, for each entry that the broker keeps.
+// The lock pairs of a repeated request, per entry that the broker keeps.
 double lockPairsPerEntry(JobRequest request, std::size_t entries, bool isChanged)
 {
     fakes::JobRequests requests(entries);

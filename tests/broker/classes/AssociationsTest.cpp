@@ -5,7 +5,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The associations of a port, all made the same way.
+// The associations of a port, which share one implementation.
 class Associations : public testing::Test
 {
 protected:
@@ -95,7 +95,7 @@ TEST_F(Associations, Job_leadsToItsPort)
     EXPECT_THAT(ends("Zerix_AffectedJobElement", "AffectedElement"),
                 ElementsAre(path("Zerix_EthernetPort", 1), path("Zerix_EthernetPort", 0)));
     EXPECT_THAT(ends("Zerix_AffectedJobElement", "AffectingElement"), testing::ElementsAreArray(jobs));
-    // The end of a job changes nothing.
+    // The end of a job does not change them.
     m_world.machine.pass(std::chrono::seconds{2});
     m_world.thread.play();
     EXPECT_THAT(ends("Zerix_AffectedJobElement", "AffectingElement"), testing::ElementsAreArray(jobs));

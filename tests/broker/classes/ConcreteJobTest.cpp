@@ -10,7 +10,7 @@ class ConcreteJob : public fakes::ClassTest
 protected:
     ConcreteJob() : ClassTest("Zerix_ConcreteJob") { m_world.adapters.set({fakes::adapter(1)}); }
 
-    // Starts a job of five samples, a second apart.
+    // Starts a job that takes five samples, one per second.
     void start() { m_id = m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 5).id; }
 
     void takeSamples(int count)

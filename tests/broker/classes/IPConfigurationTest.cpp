@@ -40,7 +40,7 @@ protected:
 TEST_F(PortIPConfiguration, Configuration_leadsToItsPort)
 {
     m_world.adapters.set({fakes::adapter(3), fakes::adapter(4)});
-    // That of an adapter which came after the ports were read has no port yet.
+    // A configuration of an adapter that appeared after the ports were read has no port yet.
     m_world.adapters.set({fakes::ipConfiguration(5), fakes::ipConfiguration(4)});
     ASSERT_EQ(records().size(), 1U);
     EXPECT_THAT(value("ManagedElement"), testing::HasSubstr(fakes::adapter(4).guid));

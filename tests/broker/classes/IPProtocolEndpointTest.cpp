@@ -109,7 +109,7 @@ TEST_F(IPProtocolEndpoint, Origin_linkLocalRange_isLinkLocal)
         EXPECT_EQ(origin(AddressFamily::IPV4, said), "6");
         EXPECT_EQ(origin(AddressFamily::IPV6, said), "10");
     }
-    // An administrator may set one.
+    // An administrator may set such an address.
     EXPECT_EQ(origin(AddressFamily::IPV4, AddressOrigin::MANUAL), "3");
 }
 

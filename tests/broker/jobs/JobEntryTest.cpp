@@ -55,7 +55,7 @@ TEST(JobEntry, Entry_isPrintableAscii)
 TEST(JobEntry, Job_cutAnywhere_isRefused)
 {
     const std::string entry = broker::entryOf(sampleJob());
-    // The last field is a number: what is left of it may be one too.
+    // The last field is a number, so a part of it may be a number too.
     for (std::size_t length = 0; length < entry.rfind('='); ++length) {
         EXPECT_FALSE(broker::jobOf("x", entry.substr(0, length))) << entry.substr(0, length);
     }

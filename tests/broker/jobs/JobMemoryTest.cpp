@@ -9,14 +9,14 @@
 #include "broker/jobs/JobEntry.h"
 #include "broker/jobs/JobWorld.h"
 
-// Memory runs out once, at every allocation of every step in a job's life. The test has operator new of its own, so it
-// is a program of its own.
+// Lets memory run out once, at every allocation of every step in a job's life. This is a separate program because it
+// replaces operator new.
 namespace {
 
-// The allocation of this number fails; none while it is 0.
+// The number of the allocation that fails; 0 if none fails.
 std::size_t failing = 0;
 std::size_t allocated = 0;
-// Work of the test's stand-ins that promise not to throw.
+// While positive, no allocation fails: the fakes must not throw.
 int pauses = 0;
 
 void* allocate(std::size_t size)
@@ -74,7 +74,7 @@ public:
     }
 };
 
-// A process whose memory runs out when the test says so, with one adapter to diagnose.
+// A process with one adapter. The test decides when its memory runs out.
 class Process
 {
 public:
@@ -82,7 +82,7 @@ public:
     {
         adapters.set({adapter});
         setting.samplePeriod = std::chrono::milliseconds{100};
-        // What the thread notes of its waits takes no memory.
+        // The thread's record of its waits must not fail.
         thread.limits.reserve(100);
     }
 
@@ -94,7 +94,7 @@ public:
         thread.play();
     }
 
-    // Lets all that runs come to its end.
+    // Runs all jobs to their end.
     void finish()
     {
         for (int i = 0; i < 20; ++i) {
@@ -118,9 +118,9 @@ public:
 struct Step
 {
     const char* name;
-    // Brings the process to the step, with memory enough.
+    // Brings the process to the step, with enough memory.
     std::function<void(Process&)> before;
-    // What may throw std::bad_alloc, or another exception that says that it failed.
+    // The step itself. It may throw std::bad_alloc or another exception that reports the failure.
     std::function<void(Process&)> run;
 };
 
@@ -166,7 +166,7 @@ bool runWithFailure(const std::function<void(Process&)>& run, Process& process, 
     try {
         run(process);
     } catch (const std::exception&) {
-        // The client was told.
+        // The client received an error.
     }
     failing = 0;
     return allocated >= number;
@@ -213,7 +213,7 @@ void terminate(Process& process)
     process.jobs.end("Vexal:Job:1700000000000000-1", JobState::TERMINATED);
 }
 
-// Entries of a process that is gone: one job that ended, one that did not.
+// The entries of a process that has ended: one job that had ended and one that had not.
 void leaveEntries(Process& process)
 {
     Process other("9-1");
@@ -237,7 +237,7 @@ INSTANTIATE_TEST_SUITE_P(Steps, JobMemory,
                                               }}),
                          [](const auto& step) { return step.param.name; });
 
-// A deletion cannot tell a failure: the job is gone for clients, and its entry when the thread gets to it.
+// A deletion cannot report a failure. Clients no longer see the job, and the thread deletes its entry later.
 TEST(JobMemoryOfDeletion, OneAllocationFails_theJobIsGone)
 {
     std::size_t number = 1;
@@ -261,7 +261,7 @@ TEST(JobMemoryOfDeletion, OneAllocationFails_theJobIsGone)
     EXPECT_GT(number, 2U);
 }
 
-// What another process has left is shown as a whole or not at all.
+// Entries of another process are shown completely or not at all.
 TEST(JobMemoryOfReading, OneAllocationFails_theNextRequestReads)
 {
     std::size_t number = 1;
@@ -278,7 +278,7 @@ TEST(JobMemoryOfReading, OneAllocationFails_theNextRequestReads)
         EXPECT_EQ(shown[1].state, JobState::EXCEPTION);
         EXPECT_EQ(shown[1].error, "The host process ended");
         EXPECT_EQ(process.jobs.results().size(), 1U);
-        // And it is stored so.
+        // The stored entries agree.
         process.thread.play();
         const auto stored = process.stored->copy();
         EXPECT_EQ(stored.at("Jobs").size(), 2U);

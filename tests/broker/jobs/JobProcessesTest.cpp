@@ -5,8 +5,8 @@
 #include "broker/jobs/JobWorld.h"
 #include "support/LogCapture.h"
 
-// Processes that carry on jobs side by side, and what they find of those that ended: at any change of what is stored,
-// and with any change failing.
+// Processes that run jobs at the same time, and what they find of processes that have ended: at every change of the
+// stored entries, and when any change fails.
 namespace {
 
 using broker::EndOutcome;
@@ -32,7 +32,7 @@ protected:
         return std::make_unique<fakes::JobProcess>(m_stored, m_hosts, m_machine, m_adapters, name);
     }
 
-    // What a process that comes after all others shows.
+    // The jobs that a new process shows.
     std::vector<std::string> statesLater() { return process("99-1")->states(); }
 
     fakes::Machine m_machine;
@@ -103,7 +103,7 @@ TEST_F(JobProcesses, JobOfADeadHost_hasEndedByAnException)
     EXPECT_EQ(jobs[0].error, "The host process ended");
     EXPECT_EQ(jobs[0].elapsed, seconds{3});
     m_two->thread.play();
-    // Stored as ended, and kept for its retention from then on.
+    // The job is stored as ended and kept for its retention.
     m_machine.pass(seconds{59});
     EXPECT_THAT(statesLater(), ElementsAre("10 " + id));
     m_machine.pass(seconds{1});
@@ -115,7 +115,7 @@ TEST_F(JobProcesses, JobOfADeadHost_hasEndedByAnException)
 TEST_F(JobProcesses, JobLeftByAnEarlierLifeOfTheModule_hasEnded)
 {
     const std::string id = m_one->start(m_adapter, m_setting, 5);
-    // The same process: it lives, and does not carry on the job.
+    // A process with the same name is alive, but it does not run the job.
     EXPECT_THAT(process("10-1")->states(), ElementsAre("10 " + id));
 }
 
@@ -123,7 +123,7 @@ TEST_F(JobProcesses, RecoveredJob_thatWasDeletedMeanwhile_staysDeleted)
 {
     const std::string id = m_one->start(m_adapter, m_setting, 5);
     m_one->hosts.end();
-    // Both see the dead host's job; one deletes it before the other gets to write.
+    // Both processes see the ended host's job. One deletes it before the other one writes.
     m_two->thread.worksWhileWaited = false;
     EXPECT_THAT(m_two->states(), ElementsAre("10 " + id));
     auto three = process("12-1");
@@ -133,7 +133,7 @@ TEST_F(JobProcesses, RecoveredJob_thatWasDeletedMeanwhile_staysDeleted)
     EXPECT_THAT(statesLater(), IsEmpty());
 }
 
-// A process ends before its change of this number: what it did after that reaches nobody.
+// The process ends before its change with this number. Later changes are not stored.
 class JobCrash : public JobProcesses, public testing::WithParamInterface<int>
 {
 };
@@ -161,7 +161,7 @@ TEST_P(JobCrash, WhatWasAnswered_isWhatTheNextProcessFinds)
     if (wasDeletedStarted && !wasDeleted) {
         expected.push_back("10 " + deleted);
     }
-    // A result that is stored says how the job ended, though its entry was not written any more.
+    // A stored result shows how the job ended, even if the job's entry was not updated.
     const bool hasResult = !next->jobs.results().empty();
     EXPECT_TRUE(!wasCompleted || hasResult);
     if (wasStarted) {
@@ -175,7 +175,7 @@ TEST_P(JobCrash, WhatWasAnswered_isWhatTheNextProcessFinds)
     for (const broker::JobStatus& job : next->jobs.jobs()) {
         EXPECT_EQ(job.error, job.state == JobState::EXCEPTION ? "The host process ended" : "");
     }
-    // And it can go on from there.
+    // The next process can continue.
     next->thread.play();
     EXPECT_NE(next->start(m_adapter, m_setting, 1), "");
     for (const broker::JobStatus& job : next->jobs.jobs()) {
@@ -188,7 +188,7 @@ INSTANTIATE_TEST_SUITE_P(Changes, JobCrash, testing::Range(0, 8));
 
 TEST(JobCrashCount, EveryChange_isCovered)
 {
-    // The changes of the test above: three starts, a deletion, a result with its job.
+    // The changes of the test above: three starts, a deletion, a result and its job.
     fakes::Machine machine;
     fakes::Adapters adapters;
     adapters.set({fakes::adapter(1)});
@@ -220,9 +220,9 @@ TEST_P(JobWriteFailure, ThisProcessShowsAllAndTriesAgain)
     EXPECT_THAT(m_one->states(), ElementsAre("7 " + completed, "4 " + running));
     EXPECT_THAT(m_one->jobs.results(), SizeIs(1));
     EXPECT_THAT(log.events(), SizeIs(1)) << "each failure is an event";
-    // The thread is there for the running job, and what is left to be written is written with its next step.
+    // The thread works on the running job and repeats the failed write in its next step.
     m_one->mark("another");
-    // A running job is stored when it starts or when it ends.
+    // A running job is stored only when it starts and when it ends.
     const bool wasNotStored = GetParam() == 6;
     m_one->hosts.end();
     std::vector<std::string> expected{"7 " + completed};

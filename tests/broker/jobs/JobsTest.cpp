@@ -53,7 +53,7 @@ protected:
 
     std::string start(std::uint16_t samples = 2) { return m_process.start(m_adapter, m_setting, samples); }
 
-    // A job of another adapter each time.
+    // Starts a job of a different adapter each time.
     std::string startOnAnother(std::uint16_t samples = 2)
     {
         return m_process.start(fakes::adapter(++m_other), m_setting, samples);
@@ -112,7 +112,7 @@ TEST_F(Jobs, Ids_differAlsoFromThoseOfAnotherProcess)
 {
     EXPECT_EQ(start(), "Vexal:Job:1700000000000000-1");
     EXPECT_EQ(startOnAnother(), "Vexal:Job:1700000000000000-2");
-    // Made in the same microsecond.
+    // Both were made in the same microsecond.
     fakes::JobProcess twin(m_stored, m_hosts, m_machine, m_adapters, "11-1");
     m_machine.setClock(-m_machine.now().time_since_epoch());
     fakes::JobProcess other(m_stored, m_hosts, m_machine, m_adapters, "12-1");
@@ -518,7 +518,7 @@ TEST_F(Jobs, NoThread_whileNothingRunsAndNothingIsMarked)
     EXPECT_EQ(m_process.thread.starts, starts);
 }
 
-// Many clients at once, on a real thread. Under ThreadSanitizer it shows that nothing is shared without a lock.
+// Many clients at once and a real thread. ThreadSanitizer would report data that is shared without a lock.
 TEST_F(Jobs, ManyClients_shareOneThread)
 {
     fakes::RealThread thread;

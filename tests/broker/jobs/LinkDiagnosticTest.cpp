@@ -17,7 +17,7 @@ class LinkDiagnostic : public testing::Test
 protected:
     broker::LinkDiagnostic diagnostic(std::uint16_t samples) const { return {m_setting, samples, m_adapter, START}; }
 
-    // The adapter after so many bytes more.
+    // The adapter after it has received this many more bytes.
     broker::Adapter later(std::uint64_t received, std::uint64_t transmitted)
     {
         m_adapter.counters.bytesReceived += received;
@@ -139,7 +139,7 @@ TEST_F(LinkDiagnostic, IdleLink_saysThatNothingWasSeen)
     EXPECT_THAT(tested.problems(),
                 ElementsAre("Nothing was seen: no byte was received or transmitted during the samples"));
     EXPECT_EQ(tested.passedPercent(), 0);
-    // Nothing failed either.
+    // No sample has failed either.
     EXPECT_TRUE(tested.isPassed());
 }
 
@@ -160,7 +160,7 @@ TEST_F(LinkDiagnostic, ThresholdDecides)
     m_adapter.operational = broker::OperationalState::DOWN;
     tested.takeSample(m_adapter, START);
     m_adapter.operational = broker::OperationalState::UP;
-    // Half of the samples would be enough, were it complete.
+    // Half of the samples would be enough if the job were complete.
     EXPECT_FALSE(tested.isPassed());
     tested.takeSample(m_adapter, START);
     EXPECT_TRUE(tested.isPassed());

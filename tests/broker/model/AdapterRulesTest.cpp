@@ -7,7 +7,7 @@
 
 #include "broker/Fakes.h"
 
-// The tables below were written from what is known of such machines, not recorded on them.
+// The tables below follow what is known of such machines. They were not recorded on them.
 namespace {
 
 using testing::ElementsAre;
@@ -20,7 +20,7 @@ constexpr std::uint32_t WIRELESS_LAN = 71;
 constexpr std::uint32_t TUNNEL = 131;
 constexpr std::uint32_t MOBILE_BROADBAND = 243;
 
-// The descriptions of those that are ports, in order.
+// The descriptions of the adapters that are ports, in order.
 std::vector<std::string> ports(const std::vector<broker::InterfaceTraits>& table)
 {
     std::vector<std::string> result;
@@ -97,7 +97,7 @@ TEST(AdapterRules, LaptopWithVpn_hasItsVpnAdapters)
                        {VIRTUAL, false, "Wintun Userspace Tunnel", ""},
                        {PPP, false, "Office", ""},
                        {WIRELESS_LAN, false, "Microsoft Wi-Fi Direct Virtual Adapter", "5CC5D4001123"},
-                       // The platform in another language.
+                       // A platform in another language.
                        {ETHERNET, false, "WAN-Minipoort (IP)", "9C8A20524153", true},
                        {TUNNEL, false, "WAN-Minipoort (SSTP)", "", true},
                        {PPP, false, "WAN-Minipoort (PPPOE)", "", true},
@@ -107,7 +107,7 @@ TEST(AdapterRules, LaptopWithVpn_hasItsVpnAdapters)
                             "TAP-Windows Adapter V9", "Wintun Userspace Tunnel", "Office"));
 }
 
-// Where the list of drivers cannot be read.
+// The list of drivers cannot be read.
 TEST(AdapterRules, RemoteAccess_isToldByItsAddress)
 {
     EXPECT_THAT(ports({{ETHERNET, false, "WAN-Minipoort (IP)", "9C8A20524153"}}), testing::IsEmpty());

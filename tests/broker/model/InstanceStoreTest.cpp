@@ -42,7 +42,7 @@ std::string id(const Row& row)
     return row.id;
 }
 
-// What a workspace would read.
+// The rows that a workspace would read.
 std::vector<Row> rowsNow;
 
 std::vector<Row> rows(broker::Workspace& /*workspace*/)

@@ -93,7 +93,7 @@ protected:
 
     std::string value(const char* name) const { return support::value(*record().instance, name); }
 
-    // The exception of the put, or "done".
+    // The exception of the put as text, or "done".
     std::string modify()
     {
         try {

@@ -15,7 +15,7 @@ TEST(Names, EveryOtherDifferenceCounts)
     EXPECT_FALSE(broker::sameName("Name1", "Name"));
     EXPECT_FALSE(broker::sameName("", "N"));
     EXPECT_FALSE(broker::sameName("A_B", "A-B"));
-    // Neighbours of the letters, a fixed distance apart as letters of two cases are.
+    // Characters next to the letters, at the distance of upper from lower case.
     EXPECT_FALSE(broker::sameName("[", "{"));
     EXPECT_FALSE(broker::sameName("@", "`"));
 }

@@ -25,7 +25,7 @@ protected:
     support::LogCapture m_log{1};
 };
 
-// It holds a mutex, which the platform may refuse: a promise not to throw would end the process.
+// The constructor makes a mutex, which the platform may refuse, so it must not be noexcept.
 TEST(SettingsStoreMade, MayThrow)
 {
     EXPECT_FALSE((std::is_nothrow_constructible_v<broker::SettingsStore, broker::SettingsStorage&>));
@@ -79,7 +79,7 @@ TEST_F(SettingsStore, Misfit_isIgnoredAndReportedOnce)
     m_storage.set("Adapters\\{G}", "Setting", "ElementName=;Tag=" + std::string(33, 'x'));
     EXPECT_EQ(m_store.adapterSetting("{G}").elementName, std::nullopt);
     EXPECT_EQ(m_store.adapterSetting("{G}").tag, std::nullopt);
-    // Something else changes, so all is read again.
+    // Another entry changes, so everything is read again.
     m_storage.set("Adapters\\{H}", "Setting", "Tag=1");
     m_store.adapterSetting("{G}");
     EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: Value '' of ElementName in Adapters\\{G} is out of range "
@@ -168,7 +168,7 @@ TEST_F(SettingsStore, FailedWrite_changesNothing)
 
 // Two processes
 
-// What one process sees of the storage, while another one acts just before a write.
+// The storage as one process sees it. Another process acts just before a write.
 class SharedStorage final : public fakes::Storage
 {
 public:
@@ -188,7 +188,7 @@ public:
 class SettingsOfTwoProcesses : public SettingsStore
 {
 protected:
-    // Has the other process make its change while this one is between reading and writing: it then waits for the lock.
+    // The other process makes its change while this one is between read and write, and therefore waits for the lock.
     void changeMeanwhile(const std::function<void()>& change)
     {
         m_mine.beforeWrite = [this, change] {
@@ -235,7 +235,7 @@ TEST_F(SettingsOfTwoProcesses, RestoredDefault_isNotTakenBack)
     }
 }
 
-// The watch may tell of the other's change only after this one's begin.
+// The watch may report the other's change only after the start of this one's.
 TEST_F(SettingsOfTwoProcesses, Change_readsWhatIsStoredUnderTheLock)
 {
     m_storage.set("Diagnostics", "Setting", "JobRetentionSeconds=7");

@@ -11,7 +11,7 @@ namespace {
 class ThreadWorkspaces : public testing::Test
 {
 protected:
-    // A deletion flag is noticed by the job table when its instance goes: so a workspace shows that it has ended.
+    // The job table notices a deletion flag when the job's instance ends. Thus the flag shows the end of the workspace.
     void markTheJob(broker::ThreadWorkspaces& workspaces)
     {
         broker::Workspace& workspace = workspaces.ofThisThread();
@@ -63,7 +63,7 @@ TEST_F(ThreadWorkspaces, Thread_mayEndLater)
             markTheJob(workspaces);
         }
         EXPECT_TRUE(m_world.jobs.jobs().empty());
-        // The first is gone; the thread uses another one and then ends.
+        // The first object has ended. The thread uses another one and then ends.
         broker::ThreadWorkspaces(m_world.sources()).ofThisThread();
     }).join();
 }

@@ -130,7 +130,7 @@ TEST_F(Workspace, FindsEveryInstanceByThePathThatItReports)
     }
 }
 
-// The text with every letter of its quoted values in the other case.
+// Swaps the case of every letter in the quoted values.
 std::string withValuesInTheOtherCase(std::string path)
 {
     bool isQuoted = false;
@@ -203,7 +203,7 @@ TEST_F(Workspace, ShowsJobsAndTheirResults)
 {
     EXPECT_THAT(m_workspace.instances("Zerix_ConcreteJob")->records(), IsEmpty());
     EXPECT_THAT(m_workspace.instances("Zerix_DiagnosticResult")->records(), IsEmpty());
-    // Nobody asked for an adapter.
+    // No adapter was requested.
     EXPECT_EQ(m_adapters.adapterReads, 0);
     const std::string id = m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1).id;
     m_world.machine.pass(std::chrono::seconds{2});
@@ -217,7 +217,7 @@ TEST_F(Workspace, ShowsJobsAndTheirResults)
     EXPECT_THAT(valuesOf("Zerix_DiagnosticResult", "ManagedElement"), ElementsAre("null"));
 }
 
-// More adapters than a handful, an address each.
+// Many adapters, each with one address.
 void setManyAdapters(fakes::Adapters& adapters)
 {
     std::vector<broker::Adapter> many;
