@@ -4,7 +4,7 @@
 
 #include "Utils/Singleton.h"
 
-// A program of its own: making the instance before main() reads the log level, which other tests choose.
+// A separate program: making the instance before main() reads the log level, which other tests want to choose.
 namespace {
 
 class Held : public utils::AutoSingleton<Held>
@@ -17,7 +17,7 @@ public:
     static inline int made = 0;
 };
 
-// Another static object has made it before the holder's turn comes.
+// Another static object makes the instance before the holder is constructed.
 class HeldEarly : public utils::AutoSingleton<HeldEarly>
 {
 public:
@@ -30,7 +30,7 @@ public:
 
 HeldEarly* const earlier = HeldEarly::getInstance();
 
-// There is no memory for it while the module is loaded.
+// Memory runs out while the module is loaded.
 class HeldLate : public utils::AutoSingleton<HeldLate>
 {
 public:

@@ -21,7 +21,7 @@ using testing::IsNull;
 using testing::NotNull;
 using testing::Pair;
 
-// Counts its deletions, which reach it through the virtual destructor of its base.
+// Counts its deletions. Each comes through the virtual destructor of the base class.
 class Element
 {
 public:
@@ -350,8 +350,8 @@ TEST_F(SafeListTest, Threads_mayAppendAndIterateAtOnce)
     EXPECT_EQ(list.size(), 200U);
 }
 
-// The list inside a SafeList is private; naming it in an explicit instantiation is the one place where that does not
-// matter. Only so can a test see a list that is full.
+// The list inside a SafeList is private, but an explicit instantiation may name it. Tests need this access to make a
+// full list.
 template <std::list<Element*> Elements::*MEMBER>
 struct Exposed
 {
@@ -366,7 +366,7 @@ TEST_F(SafeListTest, appendingToAFullListIsRefused)
     Elements list;
     list.append(&m_first);
     std::list<Element*>& elements = elementsOf(list);
-    // Behind its two links a list keeps its size.
+    // A list stores its size after its two links.
     std::size_t& size = reinterpret_cast<std::size_t*>(&elements)[2];
     ASSERT_EQ(size, elements.size());
     size = elements.max_size();
@@ -471,7 +471,7 @@ TEST(SimpleIteratorImplementationTest, withoutAListThereIsNothing)
     EXPECT_THAT(clone->next(), IsNull());
 }
 
-// A destructor takes two entries; what follows one tells that it stands there.
+// A destructor occupies two entries. The entry of the next function shows that it is there.
 TEST(ContainersTest, virtualFunctionsStandInTheirDeclaredOrder)
 {
     using Implementation = Elements::IteratorImplementation;

@@ -2,7 +2,7 @@
 
 #include "Utils/Singleton.h"
 
-// A DLL with one lazy and one held singleton, whose lives are told on standard error.
+// A DLL with one lazy and one held singleton. It writes their construction and destruction to standard error.
 namespace {
 
 class Reporter

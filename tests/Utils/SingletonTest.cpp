@@ -119,8 +119,8 @@ TEST(SingletonTest, aConstructorThatThrowsLeavesNoInstanceBehind)
     EXPECT_THAT(Failing::getInstance(), NotNull());
 }
 
-// Where threads meet: one is inside a constructor, and the others call getInstance. The constructor goes on once each
-// of them waits, or has come back without waiting.
+// A meeting point of threads: one is inside a constructor while the others call getInstance. The constructor continues
+// when each of the others either waits or has returned without waiting.
 class Meeting
 {
 public:
@@ -129,17 +129,17 @@ public:
     Meeting& operator=(const Meeting&) = delete;
     ~Meeting() { current = nullptr; }
 
-    // For the constructor: lets the visitors come, and waits for them.
+    // Called in the constructor: lets the visitors start and waits for them.
     void hold()
     {
         m_begun.set_value();
         m_everybodyIsHere.get_future().wait();
     }
 
-    // For the test: until a constructor has begun.
+    // Called by the test: waits until a constructor has started.
     void waitForConstructor() { m_begun.get_future().wait(); }
 
-    // For each visitor, when it waits or has come back; only its first call counts.
+    // Called by each visitor when it waits or has returned. Only its first call counts.
     void arrive()
     {
         if (!std::exchange(counted, true) && m_missing.fetch_sub(1) == 1) {
@@ -159,8 +159,8 @@ private:
 
 }  // namespace
 
-// A thread that waits for another one's turn gives up its own time. The linker puts this in the place of the platform's
-// function for the whole program.
+// A waiting thread gives up its time slice. The linker replaces the platform's function by this one for the whole
+// program.
 extern "C" int __wrap_sched_yield()
 {
     if (Meeting* const meeting = Meeting::current) {
@@ -174,7 +174,7 @@ namespace {
 
 constexpr int VISITORS = 7;
 
-// Lets several threads ask for the instance while one constructs it. What the visitors got.
+// Several threads request the instance while one thread constructs it. Returns what the visitors received.
 template <class T>
 std::vector<T*> meetInConstructorOf(const std::function<void()>& maker)
 {
@@ -186,7 +186,7 @@ std::vector<T*> meetInConstructorOf(const std::function<void()>& maker)
     for (T*& instance : found) {
         visitors.emplace_back([&instance, &meeting] {
             T* const asked = T::getInstance();
-            // Read before the constructor goes on, had this thread not waited for it.
+            // Without waiting, this thread would read the value before the constructor continues.
             instance = asked->whole ? asked : nullptr;
             meeting.arrive();
         });

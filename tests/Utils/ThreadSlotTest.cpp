@@ -8,7 +8,7 @@
 
 namespace {
 
-// Counts how often it was handed to the end of a thread.
+// Counts how often the end of a thread received it.
 struct Value
 {
     std::atomic<int> ends{0};

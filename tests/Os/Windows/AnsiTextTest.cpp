@@ -88,7 +88,7 @@ TEST(WideTextTest, mayHoldZerosOfItsOwn)
     EXPECT_EQ(text.length(), 3);
 }
 
-// Runs the process under another ANSI code page, as far as the conversions ask for it.
+// While it lives, the conversions see another ANSI code page.
 template <UINT CodePage>
 UINT WINAPI codePageIs()
 {
@@ -108,7 +108,7 @@ protected:
     support::ImportHook m_codePage{"GetACP", GetParam().hook};
 };
 
-// "?" alone, or a text that turns back into the very character: never one that only looks like it.
+// "?" or a text that converts back to the same character, but never a similar character.
 TEST_P(EveryCodePageTest, Character_isItselfOrAQuestionMark)
 {
     for (unsigned code = 0; code <= 0xFFFF; ++code) {
@@ -146,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(CodePages, EveryCodePageTest,
 TEST(AnsiTextTest, Lookalikes_areNotTaken)
 {
     ASSERT_EQ(GetACP(), 1252U) << "run with LC_ALL=C.UTF-8";
-    // Best fits would be J, a quote, a full stop, I and a backslash.
+    // Best-fit conversion would give J, a quote, a full stop, I and a backslash.
     EXPECT_EQ(narrow(L"\u0134 \uFF02 \uFF0E \uFF29 \uFF3C"), "? ? ? ? ?");
 }
 

@@ -41,7 +41,7 @@ TEST(BoundedFormatTest, aLongerTextGivesANegativeLengthAndItsStart)
 
 TEST(BoundedFormatTest, formatsArePlatformOnes)
 {
-    // Through a variable: these are the platform's conversions, which the compiler's check does not know.
+    // The format is in a variable, because the compiler's check does not know the platform's conversions.
     const char* const pointer = "%p";
     const char* const wide = "%I64u";
     EXPECT_EQ(utils::format(pointer, reinterpret_cast<void*>(0xabc)), "0000000000000ABC");

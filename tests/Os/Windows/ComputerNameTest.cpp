@@ -23,7 +23,7 @@ char* emptyVariable(const char* /*name*/)
 
 TEST(ComputerNameTest, EmptyVariable_isNoName)
 {
-    // The run time cannot set an empty variable, but a host's environment may hold one.
+    // The run time cannot set an empty variable, but a host's environment may contain one.
     const support::ImportHook hook("getenv", &emptyVariable);
     EXPECT_EQ(utils::computerName(), "localhost");
 }

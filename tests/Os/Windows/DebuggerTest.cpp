@@ -7,7 +7,7 @@ namespace {
 
 std::vector<std::string> heard;
 
-// The platform raises this exception for a debugger, text with terminator included.
+// The platform raises this exception for a debugger. Its text includes the terminator.
 LONG CALLBACK hear(EXCEPTION_POINTERS* pointers)
 {
     constexpr DWORD DEBUGGER_TEXT = 0x40010006;

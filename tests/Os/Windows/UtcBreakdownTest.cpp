@@ -29,7 +29,7 @@ TEST(UtcBreakdownTest, isNullBeforeThePlatformsFirstTime)
     EXPECT_EQ(utils::utcBreakdown(-86'400'000), nullptr);
 }
 
-// The storage that the run time's breakdowns share. Whoever does not hold the lock finds another one's result there.
+// The storage that all breakdowns of the run time share. A thread without the lock may read another thread's result.
 std::tm shared{};
 decltype(&ReleaseMutex) releaseMutex = nullptr;
 

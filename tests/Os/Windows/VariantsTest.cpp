@@ -40,7 +40,7 @@ VARIANT text(const wchar_t* content)
     return value;
 }
 
-// An array of the elements' own type, or of VARIANT.
+// An array of the elements' type, or of VARIANT.
 template <class Element>
 VARIANT arrayOf(VARTYPE type, const std::vector<Element>& elements, LONG lower = 0)
 {

@@ -140,7 +140,7 @@ TEST(WindowsMutexTest, FailedRelease_isLoggedAsAFailedLock)
     {
         const ImportHook wait(
             "WaitForSingleObject", +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_OBJECT_0; });
-        // Released without being owned: the platform itself refuses.
+        // The thread does not own the mutex, so the platform refuses to release it.
         const utils::MutexGuard guard(mutex);
     }
     EXPECT_EQ(locksReleased() - released, 1U);
@@ -197,7 +197,7 @@ TEST(WindowsMutexTest, anAbandonedMutexIsLoggedAndOwnedAllTheSame)
     const support::LogCapture log;
     const ImportHook create("CreateMutexA", &keepCreated);
     utils::Mutex mutex;
-    // A thread that takes the mutex and ends without giving it back.
+    // A thread that takes the mutex and ends without releasing it.
     std::thread([] { WaitForSingleObject(createdHandle, INFINITE); }).join();
     SetLastError(0);
     {

@@ -36,7 +36,7 @@ LSTATUS accessDenied()
     return ERROR_ACCESS_DENIED;
 }
 
-// Every test starts without the key and leaves none.
+// Every test starts without the key and deletes it at the end.
 class WindowsRegistryTest : public testing::Test
 {
 protected:
@@ -66,7 +66,7 @@ protected:
         return m_registry.getRegistryUint(HKEY_LOCAL_MACHINE, KEY, type, name, &m_number);
     }
 
-    // The bytes and the type of a value as they stand in the registry.
+    // The bytes and the type of a value as the registry stores them.
     std::pair<DWORD, std::string> stored(const char* name)
     {
         DWORD type = REG_NONE;
@@ -306,7 +306,7 @@ struct Reading
     DWORD storedType;
     std::string bytes;
     DWORD askedType;
-    // What is read; without one the answer is false and the text empty.
+    // The value that is read. Without a value the function returns false and the text is empty.
     std::optional<std::string> text;
 };
 
@@ -315,7 +315,7 @@ std::string bytesOf(DWORD number)
     return {reinterpret_cast<const char*>(&number), sizeof number};
 }
 
-// Texts are stored with their zero, where they have one.
+// The registry stores a text's terminator if there is one.
 const std::vector<Reading>& readings()
 {
     static const std::vector<Reading> all{
@@ -342,7 +342,7 @@ TEST_F(WindowsRegistryTest, GetData_readsAsInTheTable)
 {
     for (const Reading& reading : readings()) {
         const LogCapture log;
-        // The platform adds a terminator itself where one follows directly, so none may.
+        // The platform appends a terminator itself if the following memory is zero, so none may follow.
         const std::string followed = reading.bytes + '!';
         write(reading.name, reading.storedType, followed.c_str(), reading.bytes.size());
         EXPECT_EQ(read(reading.askedType, reading.name), reading.text.has_value()) << reading.name;
@@ -448,7 +448,7 @@ TEST_F(WindowsRegistryTest, Primitives_areThePlatformsFunctions)
               ERROR_FILE_NOT_FOUND);
 }
 
-// What stands in for the primitives, and tells which operations pass through them.
+// Replaces the primitives and records which operations call them.
 class StandIn : public WindowsRegistry
 {
 public:
@@ -495,7 +495,7 @@ TEST_F(WindowsRegistryTest, OtherOperations_callThePlatformDirectly)
 
 TEST_F(WindowsRegistryTest, Operations_keepTheirSlots)
 {
-    // The destructor takes the first two places.
+    // The destructor occupies the first two entries.
     EXPECT_EQ(support::slotOf(&WindowsRegistry::openKey), 2U);
     EXPECT_EQ(support::slotOf(&WindowsRegistry::queryInfoKey), 3U);
     EXPECT_EQ(support::slotOf(&WindowsRegistry::enumKey), 4U);

@@ -14,7 +14,7 @@ using support::comErrorOf;
 using support::describeAndClear;
 using support::describeAndDelete;
 
-// A VARIANT that declares `declared` over the array, which it owns. Freed as what the array really is.
+// A VARIANT that owns the array and declares its type as `declared`. It is freed as the array's real type.
 class ArrayVariant
 {
 public:
@@ -185,7 +185,7 @@ TEST_F(ArrayConvertersTest, Numbers_areReadFromIndexZero)
     EXPECT_EQ(numbersIn({VT_ARRAY | VT_I4, numbers({7, 8}, -2)}), "Name = uint16[] {}");
 }
 
-// Every type that a VARIANT may declare, with the array's bit: those with the bits of `element` pass.
+// Every type that a VARIANT may declare, with the array bit. Those with the bits of `element` pass.
 template <class Read>
 void expectPassingTypes(VARTYPE element, const std::string& passed, SAFEARRAY* array, const Read& read)
 {
@@ -264,7 +264,7 @@ TEST_F(ArrayConvertersTest, NoArray_comesInAsAnEmptyOne)
 {
     EXPECT_EQ(numbersIn({VT_ARRAY | VT_I4, nullptr}), "Name = uint16[] {}");
     EXPECT_EQ(textsIn({VT_ARRAY | VT_BSTR, nullptr}), "Name = string[] {}");
-    // Nor through a reference, nor behind a reference that leads nowhere.
+    // Neither by reference nor by a null reference.
     SAFEARRAY* none = nullptr;
     for (SAFEARRAY** const reference : {&none, static_cast<SAFEARRAY**>(nullptr)}) {
         VARIANT variant{};
@@ -309,7 +309,7 @@ HRESULT WINAPI giveText(SAFEARRAY*, LONG* index, void* element)
     return S_OK;
 }
 
-// The platform may refuse to read that index, but the walk must not go on behind it.
+// The platform may refuse to read that index, but the iteration must stop there.
 TEST_F(ArrayConvertersTest, LargestIndex_endsTheWalk)
 {
     const support::ImportHook hook("SafeArrayGetElement", &giveText);
@@ -357,7 +357,7 @@ TEST_F(ArrayConvertersTest, UnlockedTexts_raiseTheCode)
 
 int boundReads = 0;
 
-// Gives a first upper bound that is one too high, as if the array had shrunk since.
+// The first upper bound is one too high, as if the array had become shorter since.
 HRESULT WINAPI shrinkingBound(SAFEARRAY* array, UINT dimension, LONG* bound)
 {
     *bound = static_cast<LONG>(array->rgsabound[dimension - 1].cElements) - (boundReads++ == 0 ? 0 : 1);
@@ -368,7 +368,7 @@ TEST_F(ArrayConvertersTest, IndexOutsideNewBounds_isInvalid)
 {
     boundReads = 0;
     const support::ImportHook hook("SafeArrayGetUBound", &shrinkingBound);
-    // The first read lets the walk begin at index 0 of an empty array.
+    // The first bound lets the iteration read index 0 of an empty array.
     EXPECT_EQ(comErrorOf([&] { textsIn({VT_ARRAY | VT_BSTR, texts({})}); }), "0x80070057");
     EXPECT_EQ(boundReads, 2);
 }

@@ -12,13 +12,13 @@ using support::ClientToken;
 using support::ImportHook;
 using support::Lines;
 
-// What one request's impersonation comes to.
+// The result of one request's impersonation.
 struct Outcome
 {
     bool succeeded;
-    // What the sink was told; empty without a report.
+    // The report that the sink received; empty if there was none.
     std::string reported;
-    // The level of the error line that denies the access; 0 without one.
+    // The level of the error line about the denied access; 0 if there was none.
     int deniedLevel;
 
     friend bool operator==(const Outcome&, const Outcome&) = default;
@@ -39,7 +39,7 @@ Outcome denied(int level)
 class ImpersonatorTest : public testing::Test
 {
 protected:
-    // Of the calling thread's client, whatever it is.
+    // The impersonation of the calling thread's client.
     Outcome impersonate()
     {
         log.clear();
@@ -179,7 +179,7 @@ TEST_F(ImpersonatorTest, UnreadableToken_isAnonymousAndClosed)
     levelIsKnown = false;
     std::optional<Impersonator> impersonator;
     {
-        // Opened once by the fake that stands in for the call, which closes both of its handles itself.
+        // The fake call opens this handle once and closes both of its handles itself.
         const ImportHook close("CloseHandle", &countClose);
         closeHandle = close.original<decltype(&CloseHandle)>();
         closed = 0;

@@ -25,7 +25,7 @@ protected:
 
 TEST(InstanceModifierSlotsTest, Destructor_comesFirst)
 {
-    // It takes two entries.
+    // The destructor occupies two entries.
     EXPECT_EQ(support::slotOf(&wa::InstanceModifier::modifyInstance), 2U);
 }
 

@@ -20,7 +20,7 @@ protected:
 
 TEST(InstanceRemoverSlotsTest, Destructor_comesFirst)
 {
-    // It takes two entries.
+    // The destructor occupies two entries.
     EXPECT_EQ(support::slotOf(&wa::InstanceRemover::deleteInstance), 2U);
 }
 

@@ -8,7 +8,7 @@
 #include "support/CallLog.h"
 #include "support/ImportHook.h"
 
-// The module's exports have no header of their own: COM knows them by name.
+// No header declares the module's exports, because COM finds them by name.
 extern "C" BOOL WINAPI DllMain(HINSTANCE hinst, DWORD reason, LPVOID reserved);
 
 namespace {

@@ -24,7 +24,7 @@ TEST(PropertyConverterTest, TheConversionsComeFirstAndTheDestructorLast)
     EXPECT_EQ(support::slotOf(&wa::PropertyConverter::variantToProperty), 1U);
     int deleted = 0;
     auto* const converter = new CountingConverter(deleted);
-    // A virtual destructor takes two entries; the second one frees the memory as well.
+    // A virtual destructor occupies two entries. The second one also frees the memory.
     using Deleting = void (*)(wa::PropertyConverter*);
     (*reinterpret_cast<Deleting**>(converter))[3](converter);
     EXPECT_EQ(deleted, 1);

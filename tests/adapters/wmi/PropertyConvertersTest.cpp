@@ -7,8 +7,8 @@
 #include "core/CimPropertyTypes.h"
 #include "tests/adapters/wmi/WmiTest.h"
 
-// What every converter does alike. The values stand in NumberConvertersTest, TextConvertersTest and
-// ArrayConvertersTest.
+// The behaviour that all converters share. NumberConvertersTest, TextConvertersTest and ArrayConvertersTest test the
+// values.
 namespace {
 
 using support::assertionText;
@@ -18,10 +18,10 @@ using support::withoutLine;
 struct Kind
 {
     const char* name;
-    // The converter's class, as its functions name themselves.
+    // The converter's class as its functions log it.
     std::function<std::unique_ptr<wa::PropertyConverter>()> converter;
     std::function<std::unique_ptr<core::CimProperty>()> property;
-    // The text of the inbound type test; null where the converter takes nothing.
+    // The text of the type check for input values; null if the converter accepts no type.
     const char* accepted;
 };
 
@@ -152,7 +152,7 @@ TEST_P(TakingConvertersTest, EmptyVariant_isNotNull)
 
 TEST_P(TakingConvertersTest, OtherTypes_areRefused)
 {
-    // Of the types that no array test lets through either.
+    // Types that the array tests do not accept either.
     for (const int type : {+VT_I2, +VT_R8, +VT_DISPATCH, +VT_VARIANT, +VT_UI4, VT_BYREF | VT_I4, VT_BYREF | VT_BSTR,
                            VT_BYREF | VT_UI1, VT_ARRAY | VT_UI1, VT_ARRAY | VT_I2, +VT_ARRAY})
     {
@@ -168,7 +168,7 @@ TEST_P(TakingConvertersTest, Null_givesANullPropertyOfTheKind)
 {
     VARIANT variant{};
     variant.vt = VT_NULL;
-    // What stands beside the type is not read.
+    // The converter reads nothing but the type.
     variant.byref = &variant;
     const std::unique_ptr<core::CimProperty> property(converter->variantToProperty("Name", &variant));
     ASSERT_NE(property, nullptr);

@@ -11,7 +11,7 @@
 #include "support/LogLines.h"
 #include "support/PrivateRegistry.h"
 
-// The module's exports have no header of their own: COM's installers know them by name.
+// No header declares the module's exports, because COM's installers find them by name.
 extern "C" HRESULT WINAPI DllRegisterServer();
 extern "C" HRESULT WINAPI DllUnregisterServer();
 
@@ -24,7 +24,7 @@ using support::ImportHook;
 using support::Lines;
 using support::operator+;
 
-// The class identifier as text, which the installer's files carry too.
+// The class identifier as text, as the installer's files contain it.
 const std::string CLASSES_KEY = "Software\\classes\\CLSID\\";
 const std::string CLASS_KEY = CLASSES_KEY + "{D39A94C6-35D2-4B40-BB6A-56E279951017}";
 const std::string SERVER_KEY = CLASS_KEY + "\\InprocServer32";
@@ -32,7 +32,7 @@ const std::string DESCRIPTION = "DRAVEv2 Provider for Vexal(R) Ethernet Adapters
 constexpr const char* SET = "utils::WindowsRegistry::setKey";
 constexpr const char* REGISTRY = "Os/Windows/Windows";
 
-// The values of a key by name, each as its type, its size and its text; one entry "missing" when there is no key.
+// The values of a key by name, each as type, size and text. One entry "missing" if the key does not exist.
 std::map<std::string, std::string> valuesOf(const std::string& path)
 {
     HKEY key = nullptr;
@@ -66,7 +66,7 @@ std::string fileName;
 
 DWORD WINAPI giveFileName(HMODULE, LPSTR name, DWORD size)
 {
-    // As the platform does: cut to the buffer, terminated, and the buffer's size as the result.
+    // Behaves as the platform: cuts the text to the buffer, terminates it, and returns the buffer's size.
     const std::string text = fileName.substr(0, size - 1);
     std::strcpy(name, text.c_str());
     return text.size() == fileName.size() ? static_cast<DWORD>(text.size()) : size;
@@ -79,7 +79,7 @@ protected:
 
     Lines takeMessages() { return support::takeMessages(log); }
 
-    // The lines of one registration.
+    // The log lines of one registration.
     Lines written() const
     {
         const auto creating = [](const std::string& key, const std::string& value) {

@@ -8,7 +8,7 @@
 #include "core/CimPropertyTypes.h"
 #include "tests/adapters/wmi/WmiTest.h"
 
-// The converters of PropertyConverters.cpp whose WMI side is a text: string, uint64, datetime and reference.
+// The converters of PropertyConverters.cpp whose WMI value is a text: string, uint64, datetime and reference.
 namespace {
 
 using support::assertionText;
@@ -39,7 +39,7 @@ protected:
 
     void SetUp() override
     {
-        // The platform sets this variable itself: the environment of the program has no say.
+        // The platform sets this variable itself and ignores the environment of the program.
         _putenv_s("COMPUTERNAME", "TESTHOST");
     }
 

@@ -63,7 +63,7 @@ TEST_F(WmiAdapterTest, Identity_isTheInterfaceOfInitialize)
     EXPECT_EQ(init, static_cast<IWbemProviderInit*>(provider));
     EXPECT_EQ(services, static_cast<IWbemServices*>(provider));
     EXPECT_NE(services, unknown);
-    // Asked through the second base, it answers the same, and counts the same object.
+    // The second base gives the same answers and counts references of the same object.
     void* again = nullptr;
     EXPECT_EQ(static_cast<IWbemProviderInit*>(provider)->QueryInterface(IID_IWbemServices, &again), S_OK);
     EXPECT_EQ(again, services);
@@ -117,7 +117,7 @@ TEST_F(WmiAdapterTest, SecondInitialize_replacesTheNamespace)
     EXPECT_EQ(wmiNamespace.references(), 0);
     EXPECT_EQ(other.references(), 1);
     EXPECT_EQ(calls.take(), Lines{"namespace released"});
-    // The same one again must not be let go in between.
+    // Setting the same namespace again must not release it in between.
     initialize(other);
     EXPECT_EQ(other.references(), 1);
     EXPECT_EQ(calls.take(), Lines{});
@@ -152,7 +152,7 @@ TEST(WmiAdapterSlotsTest, Operations_keepTheirSlots)
     EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecNotificationQueryAsync), 23U);
     EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecMethod), 24U);
     EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecMethodAsync), 25U);
-    // The destructor takes the entries 26 and 27; the second one frees the memory as well.
+    // The destructor occupies the entries 26 and 27. The second one also frees the memory.
     auto* const object = new WmiInstanceProvider;
     ASSERT_EQ(server::objectCount, 1);
     using Deleting = void (*)(WmiInstanceProvider*);

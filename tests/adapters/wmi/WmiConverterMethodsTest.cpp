@@ -45,7 +45,7 @@ protected:
         converter.InvokeMethod(path, "Run", &wmiNamespace, &context, &inParams, &sink);
     }
 
-    // The calls that come after the broker has answered.
+    // The calls after the broker has answered.
     Lines callsBehindBroker()
     {
         Lines all = calls.take();

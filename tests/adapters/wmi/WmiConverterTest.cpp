@@ -16,7 +16,7 @@ using support::Lines;
 using support::thrownBy;
 using support::withoutLine;
 
-// Registration is private to the converter; an explicit instantiation may name it.
+// The registration of converters is private, but an explicit instantiation may name it.
 using RegisterConverter = void (wa::WmiConverter::*)(wa::PropertyConverter*, core::CimProperty::EPropertyType, long);
 RegisterConverter registerConverter();
 template <RegisterConverter function>
@@ -51,7 +51,7 @@ protected:
         samples::addKey(instance, "DeviceID", "a");
     }
 
-    // Releases what an enumeration gave.
+    // Frees the values that an enumeration returned.
     std::vector<std::string> namesAndRelease(const std::vector<IWbemClassObject*>& objects)
     {
         std::vector<std::string> names;
@@ -71,7 +71,7 @@ protected:
 
 TEST(WmiConverterSlotsTest, Operations_keepTheirSlots)
 {
-    // The destructor takes two entries.
+    // The destructor occupies two entries.
     EXPECT_EQ(support::slotOf(&wa::WmiConverter::getPath), 2U);
     EXPECT_EQ(support::slotOf(&wa::WmiConverter::extractProperties), 3U);
     EXPECT_EQ(support::slotOf(&wa::WmiConverter::createResultsList), 4U);
@@ -92,7 +92,7 @@ TEST_F(WmiConverterTest, SecondConverter_replacesTheFirst)
         (registering.*registerConverter())(new Counting(deleted), NO_SUCH_TYPE, 1000);
         (registering.*registerConverter())(new Counting(deleted), NO_SUCH_TYPE, 1001);
         EXPECT_EQ(deleted, 1);
-        // Another type under a WMI type that is taken: that entry is overwritten, and its converter lives on.
+        // Registers another type for a WMI type that has an entry. It replaces the entry; the converter stays alive.
         (registering.*registerConverter())(new Counting(deleted), static_cast<core::CimProperty::EPropertyType>(78),
                                            1001);
         EXPECT_EQ(deleted, 1);

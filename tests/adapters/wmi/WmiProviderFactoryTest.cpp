@@ -112,7 +112,7 @@ TEST(WmiProviderFactorySlotsTest, Operations_comeInTheirOrder)
     EXPECT_EQ(support::slotOf(&WmiProviderFactory::LockServer), 4U);
     auto* const factory = new WmiProviderFactory;
     support::LogCapture log(2);
-    // The destructor takes the entries 5 and 6; the second one frees the memory as well.
+    // The destructor occupies the entries 5 and 6. The second one also frees the memory.
     using Deleting = void (*)(WmiProviderFactory*);
     (*reinterpret_cast<Deleting**>(factory))[6](factory);
     EXPECT_EQ(log.debugger().size(), 1U) << "the destructor has spoken";
