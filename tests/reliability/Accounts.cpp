@@ -12,7 +12,7 @@ namespace reliability {
 
 namespace {
 
-// The addresses in an open-addressed table of fixed size: it may not allocate while it watches allocations.
+// A hash set of addresses with open addressing and a fixed size. It must not allocate, because it observes allocations.
 class Addresses
 {
 public:
@@ -32,7 +32,7 @@ public:
         const std::lock_guard guard(m_mutex);
         for (std::size_t slot = slotOf(address); m_slots[slot] != nullptr; slot = (slot + 1) % SIZE) {
             if (m_slots[slot] == address) {
-                // Only a slot before another used one must stay marked.
+                // Only a slot before another used slot must stay marked.
                 m_slots[slot] = m_slots[(slot + 1) % SIZE] == nullptr ? nullptr : removed();
                 --m_count;
                 return;
@@ -72,7 +72,7 @@ Addresses& addresses()
 
 constexpr const char* NEW_NOTHROW = "_ZnwyRKSt9nothrow_t";
 
-// The program and the watched modules share one C++ run time: its functions are the program's own.
+// The program and the watched modules share one C++ run time, so its functions are also the program's.
 void* countedNew(std::size_t size)
 {
     void* const block = ::operator new(size);
@@ -101,11 +101,11 @@ void countedFree(void* block)
 
 ModuleMemory::ModuleMemory(HMODULE module)
     : m_new(std::make_unique<support::ImportHook>("_Znwy", &countedNew, module)),
-      // A module whose every allocation may throw has no use for this one.
+      // A module in which every allocation may throw does not import this function.
       m_newNothrow(support::importsFunction(module, NEW_NOTHROW)
                        ? std::make_unique<support::ImportHook>(NEW_NOTHROW, &countedNewNothrow, module)
                        : nullptr),
-      // Every module deletes through the one C++ run time.
+      // Every module frees memory through the shared C++ run time.
       m_free("free", &countedFree, GetModuleHandleA(support::RUN_TIME))
 {
     addresses().clear();
@@ -132,8 +132,8 @@ std::size_t handleLevel()
     if (GetProcessHandleCount(GetCurrentProcess(), &count) && count != 0) {
         return count;
     }
-    // Where the platform does not count: it gives out the lowest free numbers, so those of a few new handles say how
-    // many lie below.
+    // If the platform does not count handles: it assigns the lowest free numbers, so the numbers of a few new handles
+    // show how many are in use below.
     std::array<HANDLE, 16> probes{};
     std::size_t sum = 0;
     for (HANDLE& probe : probes) {

@@ -21,18 +21,18 @@
 #include "wmihost/objects/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
-// Clients list, read and follow associations while adapters come and go. Run by adapters-come-and-go, which changes the
-// adapters of a network namespace, creates the file ZERIX_QUIET when it has stopped, and reads what was found then from
-// the file ZERIX_FOUND. The adapter v0 stays all the time; every other one stays for a second at least.
-// Wine's table of interfaces keeps the rows of those that are gone until its server ends, unlike its list of addresses;
-// so what goes away in time is seen by the addresses, and the whole machine is compared after a new start.
+// Clients list, read and follow associations while adapters come and go. The script adapters-come-and-go runs this
+// test: it changes the adapters of a network namespace, creates the file ZERIX_QUIET when it has stopped, and reads
+// the results from the file ZERIX_FOUND. The adapter v0 always exists; any other one exists for at least a second.
+// Wine's table of interfaces keeps the rows of removed adapters until its server ends, but its list of addresses does
+// not. So the test judges removals by addresses, and compares the whole machine after a restart.
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using Names = std::set<std::wstring>;
 
 constexpr std::size_t CLIENTS = 4;
-// Shorter than any adapter stays: what an answer of that age shows was there before it or after it.
+// Shorter than the life of any adapter: what an answer of this age shows existed before it or after it.
 constexpr std::chrono::milliseconds SHORT_ENOUGH{800};
 
 std::filesystem::path fileNamedBy(const char* variable)
@@ -48,7 +48,7 @@ std::wstring guidText(const GUID& guid)
     return text.data();
 }
 
-// The platform's own answer, asked without the product.
+// The platform's answer, read without the product.
 Names adaptersOfTheSystem()
 {
     Names result;
@@ -76,7 +76,7 @@ std::wstring textOf(const SOCKADDR& address)
     return text.data();
 }
 
-// Each as the endpoints are named: the adapter's GUID, a colon, the address.
+// In the form of the endpoints' names: the adapter's GUID, a colon, the address.
 Names addressesOfTheSystem()
 {
     Names result;
@@ -98,7 +98,7 @@ Names addressesOfTheSystem()
     return result;
 }
 
-// Whole texts of the property.
+// The property's whole texts.
 Names textsIn(const std::vector<wmihost::ComPtr<IWbemClassObject>>& objects, const wchar_t* property)
 {
     Names result;
@@ -108,7 +108,7 @@ Names textsIn(const std::vector<wmihost::ComPtr<IWbemClassObject>>& objects, con
     return result;
 }
 
-// The GUIDs that stand in the property of the objects, which may be a path or a name that holds one.
+// The GUIDs in the property of the objects. It may be a path, or a name that contains a GUID.
 Names guidsIn(const std::vector<wmihost::ComPtr<IWbemClassObject>>& objects, const wchar_t* property)
 {
     Names result;
@@ -146,8 +146,8 @@ protected:
         ++m_complaints[text];
     }
 
-    // Everything shown must have been there before the request or be there after it, and everything that was there all
-    // the time must be shown.
+    // Everything that the answer shows must exist before the request or after it. Everything that existed the whole
+    // time must be in the answer.
     void list(const wmihost::ProviderSession& session, const wchar_t* className, const wchar_t* property,
               decltype(&guidsIn) read = &guidsIn, decltype(&adaptersOfTheSystem) system = &adaptersOfTheSystem)
     {
@@ -182,7 +182,7 @@ protected:
         }
     }
 
-    // A port that was listed a moment ago is found or is gone; nothing else.
+    // A port that was listed just before is either found or not found. Any other result is a failure.
     void readPorts()
     {
         for (const auto& port : m_session->enumerate(L"Zerix_EthernetPort", {}).objects) {
@@ -199,7 +199,7 @@ protected:
         }
     }
 
-    // Both ends of each link are found or are gone.
+    // Both ends of each association are found or have gone.
     void followEndpoints()
     {
         const wmihost::RequestResult links = m_session->enumerate(L"Zerix_PortImplementsEndpoint", {});
@@ -305,7 +305,7 @@ TEST_F(AdaptersComeAndGoTest, noRequestFailsAndNothingStaleIsRead)
     for (const auto& [text, count] : m_complaints) {
         ADD_FAILURE() << text << " (" << count << " times)";
     }
-    // The adapters did come and go under the requests.
+    // The adapters have changed during the requests.
     EXPECT_GT(m_compared, 0);
     EXPECT_GT(m_changedMeanwhile + m_gone, 0);
     std::ofstream(std::string(ZERIX_TABLES) + "/adapters.md")
@@ -315,7 +315,7 @@ TEST_F(AdaptersComeAndGoTest, noRequestFailsAndNothingStaleIsRead)
     EXPECT_EQ(textsIn(m_session->enumerate(L"Zerix_IPProtocolEndpoint", {}).objects, L"Name"), addressesOfTheSystem());
 }
 
-// What the script compares with the kernel's own answer.
+// The results that the script compares with the kernel's data.
 TEST_F(AdaptersComeAndGoTest, quietMachineIsShownAsItIs)
 {
     const auto ports = m_session->enumerate(L"Zerix_EthernetPort", {}).objects;

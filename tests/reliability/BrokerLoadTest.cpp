@@ -13,9 +13,9 @@
 #include "reliability/RunTime.h"
 #include "support/LogCapture.h"
 
-// The load test's mix of requests, natively: eight clients at once through one broker, on a thread that carries on real
-// jobs, while adapters' data changes, settings are written and debug lines go out. Under ThreadSanitizer it shows that
-// the threads share nothing without a lock.
+// The load test's requests, natively: eight clients share one broker and a thread that runs real jobs, while adapters'
+// data changes, settings are written and debug lines are logged. ThreadSanitizer would report data that the threads
+// share without a lock.
 namespace {
 
 using reliability::Work;
@@ -23,7 +23,7 @@ using reliability::Work;
 constexpr unsigned PORTS = 3;
 constexpr const char* SETTING_PATH = "Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"";
 
-// Reads all that a request reads of an instance.
+// Reads every value of an instance, as a request does.
 std::string read(core::CimInstance& instance)
 {
     return instance.getClassName() + instance.toPathString() + testing::PrintToString(support::values(instance));
@@ -40,7 +40,7 @@ protected:
         m_broker.emplace(broker::Platform{m_adapters, m_machine, m_storage, m_thread, m_hosts});
     }
 
-    // The jobs end before the broker that they belong to.
+    // The jobs must end before their broker.
     ~BrokerLoadTest() override
     {
         auto jobs = m_broker->getInstances("Zerix_ConcreteJob");
@@ -54,7 +54,7 @@ protected:
     BrokerLoadTest(const BrokerLoadTest&) = delete;
     BrokerLoadTest& operator=(const BrokerLoadTest&) = delete;
 
-    // Time goes by, and frames arrive.
+    // Time passes, and frames arrive.
     void changeAdapters()
     {
         m_machine.pass(std::chrono::milliseconds{10});
@@ -71,7 +71,7 @@ protected:
         }
     }
 
-    // Every request sees another machine; whatever it throws is a complaint.
+    // The machine changes before every request. Any exception is a complaint.
     Work work(const char* name, std::function<std::string()> request)
     {
         return {name, [this, request = std::move(request)]() -> std::string {
@@ -146,11 +146,11 @@ protected:
         return "no exception";
     }
 
-    // No instance of it where another client has deleted it in that moment.
+    // There is no instance if another client has just deleted it.
     std::string startJob(const std::string& port)
     {
         core::CimInstance* job = nullptr;
-        // Another client's job may run on the port.
+        // Another client's job may be running on the port.
         const std::uint32_t answer = invoke(port, "RunLinkDiagnostic", job);
         if (answer != 4096 && answer != 6) {
             return "no job";
@@ -172,7 +172,7 @@ protected:
         return "";
     }
 
-    // One that another client has deleted is not found any more, and one that has ended cannot be ended.
+    // A job that another client has deleted is not found, and an ended job cannot be ended again.
     std::string endJob()
     {
         core::CimInstance* const job = firstJob();

@@ -19,7 +19,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds TOO_LONG{60};
 
-// What a client does now; read by the watchdog.
+// The current request of a client. The watchdog reads it.
 struct Activity
 {
     // Null between two requests.

@@ -8,13 +8,13 @@
 
 #include "wmihost/commandline/CommandLine.h"
 
-// The provider's host process has DLLs of other products in it, and the platform's loader gives a module the DLL that
-// came first under a base name.
+// The provider's host process also loads DLLs of other products. When several DLLs have one base name, the loader gives
+// every module the first one.
 namespace {
 
 using testing::StrCaseEq;
 
-// The compiler's own names for its run time. DLLs of other products bear them too.
+// The compiler's default names of its run time. DLLs of other products have these names too.
 constexpr std::array<const char*, 3> FOREIGN_RUN_TIMES{"libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"};
 
 std::string fileOf(const char* module)
@@ -31,7 +31,7 @@ std::string foreignFile(const char* name)
     return std::string(ZERIX_FOREIGN) + "\\" + name;
 }
 
-// Has COM find the provider by a manifest: the machine's registry belongs to all tests that run at the moment.
+// Lets COM find the provider through a manifest, because all running tests share the machine's registry.
 class ProviderManifest
 {
 public:

@@ -9,15 +9,15 @@
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
 
-// Ten thousand requests of each kind leave memory, BSTRs, handles and references where they were after the first
-// hundred.
+// After ten thousand requests of each kind, the process has as much memory and as many BSTRs, handles and references as
+// after the first hundred.
 namespace {
 
 using reliability::Scenario;
 using testing::IsEmpty;
 
-// Kernel mutexes cost most of a request's time here, so that these runs make do with numbers for them. They are
-// counted, which no handle of the platform's is.
+// Kernel mutexes take most of a request's time under Wine, so these runs replace their handles by numbers. The numbers
+// are counted like handles; no handle of the platform has such a number.
 std::atomic<int> liveMutexes{0};
 std::uintptr_t nextMutex = 1U << 30U;
 

@@ -9,9 +9,9 @@
 #include "wmihost/objects/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
-// Eight clients at once through one provider object, with the real broker behind it: every kind of request, jobs
-// starting and being deleted, settings changing. Every answer is checked; a request that does not come back is told
-// with what every client was doing.
+// Eight clients share one provider object with the real broker. They make every kind of request, start and delete jobs,
+// and change settings. Every answer is checked. If a request does not return, the test prints what every client was
+// doing.
 namespace {
 
 using reliability::Work;
@@ -29,7 +29,7 @@ class LoadTest : public testing::Test
 protected:
     LoadTest()
     {
-        // The clients' threads share this apartment without entering it.
+        // The clients' threads belong to this multithreaded apartment without initialising COM.
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         m_factory.emplace();
         m_workspace.emplace(std::filesystem::path(ZERIX_MOF));
@@ -40,14 +40,14 @@ protected:
         return m_workspace->sessionFor(m_workspace->findClass(className, L""));
     }
 
-    // What a client hands over that leaves every argument null.
+    // The arguments object of a client that leaves every argument null.
     wmihost::ComPtr<IWbemClassObject> nullArguments(std::wstring_view className, std::wstring_view method)
     {
         const wmihost::ClassTarget target = m_workspace->findClass(className, L"");
         return m_workspace->makeArguments(target, *target.definition->findMethod(method));
     }
 
-    // Every object must be of its class and have a path, and there must be as many as in the quiet machine.
+    // Every object must be of its class and have a path, and the number of objects must be that of the idle machine.
     Work listing(const char* name, std::wstring className)
     {
         const wmihost::ProviderSession& provider = session(className);
@@ -104,7 +104,7 @@ TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
              return complaint(provider.execMethod(settingPath, L"RestoreDefaults", namesOfNothing.get(), {}),
                               WBEM_S_NO_ERROR);
          }},
-        // For a client that gives no arguments at all, WMI hands over no object.
+        // For a client without arguments, WMI passes no object.
         {"call without arguments",
          [&] {
              return complaint(provider.execMethod(settingPath, L"RestoreDefaults", nullptr, {}),
@@ -115,7 +115,7 @@ TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
              return complaint(provider.remove(L"Zerix_EthernetPort.DeviceID=\"none\"", {}),
                               static_cast<HRESULT>(WBEM_E_NOT_SUPPORTED));
          }},
-        // Jobs come and go under everybody's hands: one that another client has deleted is not found any more.
+        // Jobs come and go during the request: a job that another client has deleted is not found.
         {"delete a job",
          [&]() -> std::string {
              const wmihost::RequestResult jobs = provider.enumerate(L"Zerix_ConcreteJob", {});

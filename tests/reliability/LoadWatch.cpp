@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-// Exported by ntdll and declared in no header of ours.
+// ntdll exports this function, but no available header declares it.
 extern "C" {
 
 struct LoadedDll

@@ -7,8 +7,8 @@
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
 
-// Sinks that go or call back while the built provider answers them. Failing brokers, namespaces, objects and sinks
-// stand in the matrix of tests/requests.
+// Sinks that disconnect or call back while the built provider uses them. Failing brokers, namespaces, objects and sinks
+// are tested by the matrix in tests/requests.
 namespace {
 
 using reliability::Outcome;
@@ -32,7 +32,7 @@ protected:
     reliability::RegistrylessModule m_module{m_registryCalls};
 };
 
-// A client that asks again while it is being answered.
+// A client that makes another request from within its sink.
 class ReenteringSink final : public support::FakeUnknown<IWbemObjectSink>
 {
 public:
@@ -57,7 +57,7 @@ private:
     std::function<void()> m_again;
 };
 
-// A sink whose client gives it up with the final status. What touches it after the last reference faults.
+// A sink whose client releases it at the final status. A call after the last release is an access violation.
 class LeavingSink final : public IWbemObjectSink
 {
 public:

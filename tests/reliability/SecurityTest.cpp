@@ -9,8 +9,8 @@
 #include "support/RunTimeName.h"
 #include "support/Samples.h"
 
-// What a client without rights leaves behind, and which libraries are loaded: through the built DLLs. What clients
-// below impersonation get stands in the matrix of tests/requests.
+// What a client without rights can change, and which libraries are loaded, through the built DLLs. The matrix in
+// tests/requests tests clients below the impersonation level.
 namespace {
 
 using reliability::Outcome;
@@ -20,7 +20,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-// The real broker. The registry answers as it does an identity that may not write.
+// The real broker. The registry treats it as an identity without the right to write.
 LSTATUS WINAPI createDenied(HKEY, LPCSTR, DWORD, LPSTR, DWORD, REGSAM, LPSECURITY_ATTRIBUTES, HKEY*, LPDWORD)
 {
     return ERROR_ACCESS_DENIED;
@@ -67,7 +67,7 @@ TEST(SecuritySettingsTest, IdentityWithoutRights_changesNothing)
     EXPECT_NE(storedPeriod(), "4321");
 }
 
-// A DLL of the run time's name that is none, in the folder that the process stands in.
+// A file with the name of the run time that is not a DLL, in the process's current folder.
 class PlantedFolder
 {
 public:
@@ -101,7 +101,7 @@ std::string fileOf(const char* module)
     return path.data();
 }
 
-// A new process, so that the loader looks for every library: this program once more, told to load the provider.
+// A new process, which is this program with the task to load the provider, so that the loader searches every library.
 TEST(SecurityPlantedLibraryTest, Libraries_ofTheCurrentFolder_areNotLoaded)
 {
     const std::string program = fileOf(nullptr);
@@ -121,7 +121,7 @@ TEST(SecurityPlantedLibraryTest, Libraries_ofTheCurrentFolder_areNotLoaded)
     EXPECT_EQ(code, 0U);
 }
 
-// The second process of the test above; by itself it would prove nothing.
+// The second process of the test above. It proves nothing when it runs alone.
 TEST(SecurityPlantedLibraryTest, DISABLED_loadsFromBesideTheProgram)
 {
     const std::string program = fileOf(nullptr);

@@ -18,9 +18,9 @@
 #include "support/PrivateRegistry.h"
 #include "support/Samples.h"
 
-// Makes every platform call of the broker fail, one at a time, while the built provider asks it about this machine's
-// adapters, settings and jobs; and every call of either module while they are loaded and unloaded. Both are loaded anew
-// for each attempt. What is stored lies in a branch of the registry of the test's own.
+// Makes every platform call of the broker fail, one at a time, while the built provider requests this machine's
+// adapters, settings and jobs. Also fails every call of both modules while they are loaded and unloaded. Each attempt
+// loads both modules again. The stored entries are in a branch of the registry that belongs to the test.
 namespace {
 
 using reliability::FaultPoint;
@@ -37,12 +37,12 @@ HMODULE brokerModule()
     return GetModuleHandleA("ZerixCimCore.dll");
 }
 
-// One ended job, and diagnostics that are over in a moment.
+// One ended job, and settings with which a diagnostic takes only a moment.
 void fill(const support::PrivateRegistry& registry)
 {
     registry.clear();
     registry.store("Diagnostics", "Setting", "SampleCount=1;SamplePeriodMilliseconds=10");
-    // Ended yesterday, and kept for a year.
+    // The job ended yesterday and is kept for a year.
     const auto yesterday = std::chrono::system_clock::now() - std::chrono::hours{24};
     const std::string time =
         std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(yesterday.time_since_epoch()).count());
@@ -52,7 +52,7 @@ void fill(const support::PrivateRegistry& registry)
                        time + ";Elapsed=1;Retention=31536000000000");
 }
 
-// A request that the broker answers.
+// A request for the broker.
 struct Request
 {
     const char* name;
@@ -61,14 +61,14 @@ struct Request
     // Empty: the machine's first port.
     const char* path;
     const char* method;
-    // The one value that the client's object carries; null for none.
+    // The only value in the client's object; null for none.
     const char* value;
     LONG number;
-    // True where the request changes what the same one would find a second time; another then follows it.
+    // True if the request changes what its repetition would find. Another request then follows it.
     bool uses;
 };
 
-// Names the request in a test's own name, where its bytes would stand otherwise.
+// Prints the request's name as the parameter in the test's name; gtest would print its bytes.
 void PrintTo(const Request& request, std::ostream* out)
 {
     *out << request.name;
@@ -94,7 +94,7 @@ constexpr std::array REQUESTS{
             false},
 };
 
-// What does not change from one moment to the next: what the sink saw, and what the method returned.
+// The results that do not change with time: the calls of the sink, and the method's return value.
 Outcome lasting(Outcome outcome)
 {
     std::erase_if(outcome.calls, [](const std::string& call) {
@@ -156,7 +156,7 @@ std::string firstPortPath()
     return path;
 }
 
-// While the modules are loaded, while the request is served, or while the modules are unloaded after it.
+// While the modules are loaded, during the request, or while the modules are unloaded after it.
 enum class Phase
 {
     load,
@@ -172,7 +172,7 @@ std::string textOf(Phase phase)
 struct Attempt
 {
     Outcome disturbed;
-    // A request that follows through the same modules, with nothing failing.
+    // A further request to the same modules, in which nothing fails.
     Outcome next;
     std::string leaks;
     int calls = 0;
@@ -188,7 +188,7 @@ protected:
         std::filesystem::create_directories(ZERIX_TABLES);
     }
 
-    // What fails is a call of the broker, or of the provider.
+    // The module whose call fails: the broker or the provider.
     Attempt attempt(const Request& request, Phase phase, bool ofBroker, const FaultPoint* point, int call)
     {
         fill(m_registry);
@@ -222,7 +222,7 @@ protected:
         }
         result.disturbed = ask(request, m_portPath, *module);
         if (request.scenario == Scenario::invoke) {
-            // What the diagnostic's thread does belongs to it.
+            // The calls of the diagnostic's thread are part of the request.
             Sleep(25);
         }
         if (fault && phase == Phase::request) {
@@ -238,7 +238,7 @@ protected:
             fault->abandon();
         }
         module.reset();
-        // A diagnostic holds the broker until it is over.
+        // A diagnostic keeps the broker loaded until it ends.
         for (int i = 0; i < 1000 && brokerModule() != nullptr; ++i) {
             Sleep(10);
         }
@@ -263,7 +263,7 @@ protected:
 
     void failEveryCall(const Request& request, Phase phase, bool ofBroker, std::ofstream& table)
     {
-        // The platform opens handles of its own at first, some of them late; a leak would come back each time.
+        // The platform opens handles at first use, some of them late. A leak would open one at each repetition.
         Attempt normal = attempt(request, phase, ofBroker, nullptr, 0);
         for (int i = 0; i < 4 && (i == 0 || !normal.leaks.empty()); ++i) {
             normal = attempt(request, phase, ofBroker, nullptr, 0);
@@ -286,7 +286,7 @@ private:
     Row failEveryCallOf(const Request& request, Phase phase, bool ofBroker, const FaultPoint& point,
                         const Attempt& normal)
     {
-        // Counts the calls.
+        // A run that only counts the calls.
         Row row;
         row.calls = attempt(request, phase, ofBroker, &point, -1).calls;
         constexpr int SAMPLE = 4;
@@ -294,7 +294,7 @@ private:
         for (int call = 1;; call += step) {
             Attempt found = attempt(request, phase, ofBroker, &point, call);
             if (!found.leaks.empty()) {
-                // What the platform sets up on first use stays once; a leak comes back with every attempt.
+                // Resources that the platform allocates at first use stay once. A leak grows with every attempt.
                 found = attempt(request, phase, ofBroker, &point, call);
             }
             if (!found.fired) {
@@ -330,7 +330,7 @@ INSTANTIATE_TEST_SUITE_P(Requests, BrokerFaultsTest, testing::ValuesIn(REQUESTS)
                              return std::string(instance.param.name);
                          });
 
-// The level of the log, which shows at level 2 what else is done while a module is loaded.
+// The log level. At level 2 the log makes further platform calls while a module is loaded.
 class LoadFaultsTest : public BrokerFaults, public testing::WithParamInterface<int>
 {
 protected:
@@ -357,7 +357,7 @@ TEST_P(UnloadFaultsTest, FailingCall_atUnloading_leavesNothing)
     failEveryCall(GetParam(), Phase::unload, false, table);
 }
 
-// A list of instances is left, jobs that are marked, a thread that has just ended.
+// The end leaves a list of instances, marked jobs, and a thread that has just ended.
 INSTANTIATE_TEST_SUITE_P(Requests, UnloadFaultsTest, testing::Values(LIST_PORTS, REQUESTS[7], REQUESTS[8]),
                          [](const testing::TestParamInfo<Request>& instance) {
                              return std::string(instance.param.name);

@@ -1,4 +1,4 @@
-// The adapter calls' headers want the sockets' one first.
+// The sockets' header has to be included before those of the adapter functions.
 #include <winsock2.h>
 #include <ws2tcpip.h>
 
@@ -28,7 +28,7 @@ bool due()
 template <class Signature, auto Failure>
 class FaultyCall;
 
-// Failure is called with the real function and the arguments; it may call that first and report a failure all the same.
+// Failure receives the real function and the arguments. It may call the function first and still report a failure.
 template <class Result, class... Arguments, auto Failure>
 class FaultyCall<Result(Arguments...), Failure>
 {
@@ -61,7 +61,7 @@ constexpr auto falseWithError = [](auto&&...) {
     return FALSE;
 };
 
-// The thing is done, or the harness itself would leak it; only the answer is that of a failure.
+// The real call is made, because otherwise the test would leak; only its result is that of a failure.
 template <DWORD Error>
 constexpr auto doneButFalse = [](auto original, auto... arguments) {
     original(arguments...);
@@ -211,7 +211,7 @@ const std::vector<FaultPoint>& brokerTable()
          FaultyCall<decltype(ReleaseMutex), doneButFalse<ERROR_NOT_OWNER>>::install},
         {"CloseHandle", "invalid handle", UNCHANGED, 0,
          FaultyCall<decltype(CloseHandle), doneButFalse<ERROR_INVALID_HANDLE>>::install},
-        // Without the event of a watched key the key is read anew by each request.
+        // Without the event of a watched key, each request reads the key again.
         {"CreateEventA", "null", UNCHANGED | EXCEPTION, 0, FaultyCall<decltype(CreateEventA), noHandle>::install},
         {"SetEvent", "invalid handle", UNCHANGED, 0,
          FaultyCall<decltype(SetEvent), doneButFalse<ERROR_INVALID_HANDLE>>::install},
@@ -231,19 +231,19 @@ const std::vector<FaultPoint>& brokerTable()
          FaultyCall<decltype(RegNotifyChangeKeyValue), accessDenied>::install},
         {"RegDeleteValueA", "access denied", UNCHANGED, 0,
          FaultyCall<decltype(RegDeleteValueA), accessDenied>::install},
-        // A table that is refused is asked for once more.
+        // A refused table is requested once more.
         {"GetIfTable2", "out of memory", UNCHANGED, 0,
          FaultyCall<decltype(GetIfTable2), adapterError<ERROR_NOT_ENOUGH_MEMORY>>::install},
         {"GetAdaptersAddresses", "no data", NOT_THERE, 0,
          FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_NO_DATA>>::install},
         {"GetAdaptersAddresses", "out of memory", UNCHANGED, 0,
          FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_NOT_ENOUGH_MEMORY>>::install},
-        // The list has grown since its size was told: asked for once more.
+        // The list has grown since its size was read, so it is requested once more.
         {"GetAdaptersAddresses", "buffer overflow", UNCHANGED, 0,
          FaultyCall<decltype(GetAdaptersAddresses), adapterError<ERROR_BUFFER_OVERFLOW>>::install},
         {"GetIfEntry2", "file not found", UNCHANGED, 0,
          FaultyCall<decltype(GetIfEntry2), adapterError<ERROR_FILE_NOT_FOUND>>::install},
-        // Wine has no devices of adapters: the question that an opened one would get is never asked.
+        // Wine has no devices for adapters, so the query to an opened device is never made.
         {"CreateFileA", "access denied", UNCHANGED, 0, FaultyCall<decltype(CreateFileA), noDevice>::install},
         {"SetIfEntry", "access denied", VALUE_LOST, 0,
          FaultyCall<decltype(SetIfEntry), adapterError<ERROR_ACCESS_DENIED>>::install},

@@ -19,7 +19,7 @@ std::vector<std::string> finalStatus(const std::string& status)
     return {"sink.SetStatus(0, " + status + ", null, null)"};
 }
 
-// The answer of a machine that lacks what the failing call would have told.
+// The answer of a machine that lacks the data of the failing call.
 bool isNotThere(Scenario scenario, const Outcome& normal, const Outcome& found)
 {
     if (scenario != Scenario::enumerate) {
@@ -70,18 +70,18 @@ std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& 
         if (!may(effect)) {
             continue;
         }
-        // The arguments of a retrieval or of a method call are read before the part that catches.
+        // A retrieval or a method call reads its arguments before it starts to catch exceptions.
         const bool mayEscape = reliability::letsExceptionsOut(scenario) ||
                                (effect == Effect::OUT_OF_MEMORY && reliability::readsArgumentsFirst(scenario));
         if (found.answer == text && found.reports().empty() && mayEscape) {
             return text;
         }
-        // So does an update while it is at the broker, which reads the list of values through the provider's code.
+        // An update turns some exceptions into a status: the broker reads the values through the provider's code.
         const bool mayBeCaught = !reliability::letsExceptionsOut(scenario) || scenario == Scenario::put;
         if (found.answer == FAILED && found.reports() == finalStatus(FAILED) && mayBeCaught) {
             return "WBEM_E_FAILED";
         }
-        // Updates and removals know few exceptions of a broker by name.
+        // A removal recognises only a few exceptions of a broker by their types.
         if (effect == Effect::EXCEPTION && scenario == Scenario::remove && found.answer == UNEXPECTED &&
             found.reports() == finalStatus(UNEXPECTED))
         {

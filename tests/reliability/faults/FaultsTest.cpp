@@ -10,9 +10,9 @@
 #include "support/CapturedModules.h"
 #include "support/LogCapture.h"
 
-// Makes every platform call of the provider fail, one at a time, from the class factory to the last release, and looks
-// at what the client and everybody else is left with. Each attempt loads the provider anew, so that what it makes on
-// first use is made under fire as well.
+// Makes every platform call of the provider fail, one at a time, from the class factory to the last release. Checks
+// the state of the client and of the other objects afterwards. Each attempt loads the provider again, so that objects
+// that are made at first use are made under failures too.
 namespace {
 
 using reliability::FaultPoint;
@@ -24,7 +24,7 @@ using testing::IsEmpty;
 struct Attempt
 {
     Outcome disturbed;
-    // The same once more through the same module, with nothing failing.
+    // The same request to the same module, in which nothing fails.
     Outcome next;
     std::string leaks;
     int calls = 0;
@@ -70,7 +70,7 @@ Attempt attempt(Scenario scenario, const support::ComMemory& comMemory, const Fa
 class FaultsTest : public testing::TestWithParam<Scenario>
 {
 protected:
-    // Fails the calls of every function in turn, and writes the table.
+    // Fails the calls of every function, one function after the other, and writes the table.
     void failEveryCall(int level)
     {
         const support::LogCapture log(level);
@@ -85,7 +85,7 @@ protected:
         std::ofstream table(std::string(ZERIX_TABLES) + "/faults-" + reliability::nameOf(GetParam()) + "-level" +
                             std::to_string(level) + ".md");
         for (const FaultPoint& point : reliability::faultPoints()) {
-            // What debug lines add is memory.
+            // Debug lines add only allocations of memory.
             if (level > 1 && std::string(point.function) != "_Znwy") {
                 continue;
             }
@@ -104,7 +104,7 @@ private:
         for (int call = 1;; call += step) {
             Attempt found = attempt(GetParam(), comMemory, &point, call);
             if (!found.leaks.empty()) {
-                // What the platform sets up on first use stays once; a leak comes back with every attempt.
+                // Resources that the platform allocates at first use stay once. A leak grows with every attempt.
                 found = attempt(GetParam(), comMemory, &point, call);
             }
             if (call == 1 || found.calls > row.calls) {

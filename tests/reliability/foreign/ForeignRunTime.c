@@ -1,5 +1,5 @@
-// A DLL that bears the name of a compiler's run time and has none of its functions, as another product's version may
-// lack those that ours needs.
+// A DLL with the name of a compiler's run time but without its functions. Another product's version may likewise lack
+// functions that our modules need.
 __declspec(dllexport) int foreignRunTime(void)
 {
     return 1;

@@ -10,15 +10,15 @@
 #include "reliability/hostile/RandomMof.h"
 #include "wmihost/mof/MofCompiler.h"
 
-// MOF texts with random mistakes. Each is read, or refused with a message that says where the mistake stands.
+// MOF texts with random mistakes. Each is either read, or refused with a message that gives the position of a mistake.
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// No text here is long enough to be worth more, on any machine.
+// The texts are short, so no machine should need longer than this to read one.
 constexpr std::chrono::seconds TOO_LONG{20};
 
-// Everything that a MOF can say, in few lines: a change hits something that matters.
+// A short text with every construct of MOF, so that a change hits an important place.
 constexpr std::string_view SHORT_MOF = R"(// A comment
 #pragma namespace("\\\\.\\root")
 /* Another */
@@ -47,16 +47,16 @@ std::string contentOf(const char* file)
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-// Empty when the message tells a place within the text and a reason.
+// Empty if the message gives a position within the text and a reason.
 std::string complaintAbout(const std::string& message, const std::string& text)
 {
-    // The reason may quote more of the text than a pattern that goes on to its end can take.
+    // The pattern matches only the first character of the reason: matching a long reason is too much for std::regex.
     static const std::regex pattern(R"(hostile\.mof:(\d+):(\d+): .)");
     std::smatch found;
     if (!std::regex_search(message, found, pattern, std::regex_constants::match_continuous)) {
         return "no place: " + message;
     }
-    // Behind the last line is where the end of the text is reported.
+    // The end of the text is reported as the position after the last line.
     const auto lines = static_cast<unsigned long>(std::count(text.begin(), text.end(), '\n')) + 1;
     const unsigned long line = std::stoul(found[1]);
     if (line == 0 || line > lines || std::stoul(found[2]) == 0) {

@@ -15,8 +15,8 @@
 #include "support/LogCapture.h"
 #include "support/Samples.h"
 
-// Clients that send nonsense: random values in their objects, random paths, random method names. Whatever they send,
-// the provider answers with one of the outcomes that it has for nonsense, and keeps nothing.
+// Clients that send invalid data: random values in their objects, random paths, random method names. The provider must
+// answer each with one of the outcomes for invalid data, and must keep nothing of it.
 namespace {
 
 using reliability::Scenario;
@@ -89,7 +89,7 @@ TEST(HostileTest, nonsenseHasADefinedAnswerAndLeavesNothing)
             ++answers[std::string(reliability::nameOf(scenario)) + " " + found.answer];
         }
         random.clear();
-        // An exception that left the request is freed by the thread's next one; this one is refused at once.
+        // The thread's next exception frees the one that left the request. This request is refused at once.
         provider.get()->GetObjectAsync(nullptr, 0, nullptr, nullptr);
         ASSERT_EQ(memory.live(), blocks) << "C++ blocks after request " << requests;
         ASSERT_EQ(comMemory.live(), comBlocks) << "COM blocks after request " << requests;

@@ -7,7 +7,7 @@ namespace reliability {
 
 namespace {
 
-// What has a meaning somewhere in MOF, spelled well and badly.
+// Words and symbols that have a meaning in MOF, in correct and incorrect spelling.
 constexpr std::array<std::string_view, 60> WORDS{"class ",
                                                  "instance of ",
                                                  "Qualifier ",
@@ -103,7 +103,7 @@ void RandomMof::change(std::string& text)
             break;
         }
         case 4:
-            // Now and then more of it than any reader expects.
+            // Sometimes longer than a reader expects.
             if (below(20) == 0) {
                 std::string many;
                 const std::string_view word = WORDS[below(WORDS.size())];

@@ -43,7 +43,7 @@ std::string RandomValues::text()
     for (unsigned left = below(12); left != 0; --left) {
         result += pieces[below(pieces.size())];
     }
-    // Now and then longer than any buffer.
+    // Sometimes longer than any buffer.
     return below(50) == 0 ? result + std::string(below(2000), 'x') : result;
 }
 
@@ -98,7 +98,7 @@ SAFEARRAY* RandomValues::array()
         bounds[i] = {static_cast<ULONG>(below(5)), static_cast<LONG>(below(11)) - 5};
     }
     if (type == VT_BSTR && below(10) == 0) {
-        // Its last index is the largest that there is.
+        // The array's last index is the largest possible one.
         bounds[0] = {2, std::numeric_limits<LONG>::max() - 1};
     }
     SAFEARRAY* const result = SafeArrayCreate(type, dimensions, bounds.data());
