@@ -12,7 +12,7 @@ namespace {
 VARIANT copyOf(const utils::ScopedVariant& value)
 {
     VARIANT copy{};
-    // The platform declares a source that it only reads as writable.
+    // The platform declares the source of a copy as writable although it only reads it.
     VariantCopy(&copy, const_cast<VARIANT*>(&value.get()));
     return copy;
 }

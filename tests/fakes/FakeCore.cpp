@@ -1,7 +1,7 @@
 #include "core/CimBroker.h"
 #include "fakes/FakeBroker.h"
 
-// What the broker exports, for programs that link the provider's code without it.
+// The broker's exports, for programs that link the provider's code without the broker.
 namespace core {
 
 CimInstance* CimBroker::getInstanceByPath(CimPath& path)

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The platform's own formatter with room enough, cut to what a message may have.
+// The platform's formatter with a sufficient buffer, cut to the maximum length of a message.
 template <class... Args>
 std::string cut(const char* format, Args... args)
 {
@@ -20,7 +20,7 @@ std::string cut(const char* format, Args... args)
 
 }  // namespace
 
-// The first bytes give the numbers, the rest is the text.
+// The first bytes are the numbers, and the rest is the text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     struct Numbers

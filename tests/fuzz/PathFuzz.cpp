@@ -20,8 +20,8 @@ std::unique_ptr<core::CimInstance> instanceOf(const core::CimPath& path)
     return instance;
 }
 
-// A value whose last byte is a backslash swallows its closing quote when it is read back; that is how paths are
-// written, and clients know it.
+// When a value ends with a backslash, the reader takes its closing quote for an escaped one. Paths are written in that
+// form, and clients know it.
 bool survivesRendering(const core::CimPath& path)
 {
     for (const auto& [name, value] : path) {
@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             fuzz::require(sameKeys(path, again), "rendering keeps the keys", rendered);
         }
     } catch (const utils::ESyntaxError&) {
-        // The answer to most texts; anything else that is thrown ends the process.
+        // Most texts are syntax errors. Any other exception ends the process.
         return 0;
     }
     return 0;

@@ -3,7 +3,7 @@
 
 namespace {
 
-// The rule as a search and replace.
+// The rule, written as a search and replace.
 std::string withoutQuotes(const std::string& text)
 {
     if (text.size() < 2 || text.front() != '"' || text.back() != '"') {

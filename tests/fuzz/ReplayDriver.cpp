@@ -6,9 +6,9 @@
 
 #include "fuzz/FuzzTarget.h"
 
-// Runs one fuzz target on stored inputs, so that an ordinary build keeps every seed and past crash passing:
-// PROGRAM FOLDER... A broken promise ends the process; a folder that is missing counts as empty, but no input at all is
-// an error.
+// Runs one fuzz target on stored inputs, so that an ordinary build tests every seed and past crash:
+// PROGRAM FOLDER... A broken contract ends the process. A missing folder counts as empty, but it is an error when all
+// folders together hold no input.
 int main(int argc, char** argv)
 {
     int inputs = 0;

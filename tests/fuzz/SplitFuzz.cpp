@@ -5,7 +5,7 @@
 
 namespace {
 
-// Where the quotes that open at `open` close; the end of the text when they never do.
+// Returns the position of the quote that closes the one at `open`, or the end of the text if there is none.
 std::size_t closingQuote(const std::string& text, std::size_t open, char quote)
 {
     std::size_t position = open + 1;
@@ -15,8 +15,8 @@ std::size_t closingQuote(const std::string& text, std::size_t open, char quote)
     return position;
 }
 
-// The rule by positions: from a quote to its closing one nothing separates. A byte that closes quotes is outside them
-// again, and so separates where it is the separator as well.
+// The rule, written with positions: nothing separates between a quote and its closing quote. A closing quote is outside
+// the quotes again, so it separates if it is the separator as well.
 std::vector<std::string> piecesOf(const std::string& text, char separator, char quote)
 {
     std::vector<std::string> pieces;
@@ -40,7 +40,7 @@ std::vector<std::string> piecesOf(const std::string& text, char separator, char 
 
 }  // namespace
 
-// The first two bytes are the separator and the quote.
+// The first two bytes are the separator and the quote character.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size < 2) {

@@ -12,7 +12,7 @@ std::uint64_t digitsOf(const std::string& text)
     return number;
 }
 
-// Twenty digits at most, as two tens of which neither can overflow; their sum wraps.
+// At most twenty digits, in two groups of ten. Neither group can overflow, but their sum wraps.
 std::uint64_t numberOf(const std::string& text)
 {
     if (text.size() >= 21) {

@@ -15,8 +15,8 @@ std::optional<Number> whole(const std::string& digits, int base)
     return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
 }
 
-// What is read is what a 32-bit number is written as: a signed decimal without a superfluous zero, or hexadecimal
-// digits of any width that the bounded formatter can write.
+// The accepted texts are the forms in which a 32-bit number is written: a signed decimal without leading zeros, or
+// hexadecimal digits of any width that the bounded formatter can write.
 std::optional<std::uint32_t> numberOf(const std::string& text)
 {
     const std::size_t first = text.find_first_not_of(" \t");

@@ -6,8 +6,8 @@
 #include <iomanip>
 #include <iostream>
 
-// Creates the provider as any COM client does, knowing nothing but its CLSID, and tells where each module came from.
-// Exit code 0: it was created.
+// Creates the provider as any COM client does, from its CLSID alone, and prints where each module was loaded from.
+// Exit code 0: the provider was created.
 
 namespace {
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The file lies beside this program.
+// The file is in the folder of this program.
 std::string pathOf(const std::string& file)
 {
     std::array<char, MAX_PATH> own{};
@@ -18,7 +18,7 @@ std::string pathOf(const std::string& file)
     return path.substr(0, path.rfind('\\') + 1) + file;
 }
 
-// What the event viewer shows for an event of the log: the text of that id in the message file, filled in.
+// The text that the event viewer shows for an event: the message file's text of that id, with its insertions.
 std::string render(DWORD eventId, const char* insert)
 {
     const HMODULE module =

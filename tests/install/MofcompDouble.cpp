@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-// Stands in for WMI's compiler: notes what it is asked to compile in C:\mofcomp.log, and whether that file is there.
-// A file with "#pragma autorecover" is added to WMI's list of files to restore, as the real one does; it never takes
-// one out. Fails, with the real one's code for a faulty file, when C:\mofcomp-fails-on holds the file's name.
+// Replaces WMI's compiler. Records the file that it is asked to compile, and whether it exists, in C:\mofcomp.log. Like
+// the real compiler, adds a file with "#pragma autorecover" to WMI's list of files to restore and never removes one.
+// Fails with the real exit code for a faulty file when C:\mofcomp-fails-on contains the file's name.
 namespace {
 
 constexpr const wchar_t* WMI_KEY = L"SOFTWARE\\Microsoft\\WBEM\\CIMOM";

@@ -1,5 +1,5 @@
-// Stands in for Windows' schtasks.exe in a Wine prefix: writes the arguments of each call as a line into
-// C:\schtasks.log. Ends with 1 where C:\schtasks-fails exists, otherwise with 0.
+// Replaces Windows' schtasks.exe in a Wine prefix: writes the arguments of each call as a line into
+// C:\schtasks.log. Exits with 1 if C:\schtasks-fails exists, otherwise with 0.
 
 #include <windows.h>
 

@@ -32,7 +32,7 @@ CURRENT = SHARED / "current-binaries"
 
 VERSION = "2.0.1.10"
 OLDER = "2.0.0.9"
-# Windows Installer compares three numbers: for it this build has the same version.
+# Windows Installer compares only three numbers, so it considers this build to have the same version.
 LOWER_BUILD = "2.0.1.9"
 CLSID_KEY = r"HKEY_LOCAL_MACHINE\Software\Classes\CLSID\{D39A94C6-35D2-4B40-BB6A-56E279951017}"
 EVENT_KEY = r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Services\EventLog\Application\Vexal DRAVEv2 Provider"
@@ -44,17 +44,17 @@ UNINSTALL_KEY = r"HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\U
 FOLDER = r"C:\Program Files\Vexal\DRAVEv2 Provider"
 DLLS = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "ZerixRuntime.dll"]
 MODULES = DLLS + ["wmihost.exe"]
-# The package has it inside; it is not installed.
+# The package contains this program but does not install it.
 SETUP_ACTION = "ZerixSetupAction.exe"
 LEGAL = ["LICENSE.txt", "NOTICES.txt"]
 FILES = sorted(MODULES + LEGAL + ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof", "README.txt", "metrics-task.xml",
                                   "zerix.rules.yml", "wmihost-completion.bash", "wmihost-completion.ps1"])
 
-# How Wine's installer ends when an action fails (1627) or a launch condition does (1603); an exit code has 8 bits here.
+# The exit codes of Wine's installer (8 bits) when an action fails (1627) or a launch condition is not met (1603).
 ACTION_FAILED = 1627 & 0xFF
 REFUSED = 1603 & 0xFF
 
-# What stays after a removal although this product put nothing there.
+# Files that remain after a removal and do not belong to this product.
 KEPT_FILES = {
     r"windows/Installer": "Windows Installer's store for packages; the folder itself stays when it is empty",
 }
@@ -64,7 +64,7 @@ KEPT_KEYS = {
     r"HKEY_LOCAL_MACHINE\Software\Classes\Installer":
         "the part of that book which clients read; the same holds",
 }
-# What the system does by itself while the tests run.
+# Changes that the system makes by itself while the tests run.
 FOREIGN_KEYS = {
     r"HKEY_LOCAL_MACHINE\Hardware\DEVICEMAP\VIDEO": "Wine's desktop notes what display it found, whenever it starts",
     r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Video": "the same",
@@ -72,9 +72,9 @@ FOREIGN_KEYS = {
 
 
 def environment(prefix):
-    # Nothing of the caller's may help the product to find its DLLs.
+    # The caller's environment must not help the product to find its DLLs.
     kept = {name: value for name, value in os.environ.items() if name in ("HOME", "PATH", "USER")}
-    # Wine would run its own schtasks in place of the one that the tests put into its folder.
+    # By default Wine would run its built-in schtasks and not the one that the tests put into its folder.
     return dict(kept, WINEPREFIX=str(prefix), WINEARCH="win64", WINEDEBUG="-all", DISPLAY="", LC_ALL="C",
                 WINEDLLOVERRIDES="schtasks.exe=n")
 
@@ -118,7 +118,7 @@ def prepare():
     subprocess.run([TOP / "tools/wine", "wineboot", "-i"], env=environment(PRISTINE), check=True,
                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     subprocess.run(["/usr/lib/wine/wineserver64", "-w"], env=environment(PRISTINE), check=True)
-    # Wine leaves the log's own key empty, and an empty key goes with the last source; Windows has values in it.
+    # Wine leaves the log's key empty, and an empty key is deleted with the last source. On Windows it has values.
     subprocess.run([TOP / "tools/wine", "reg", "add", EVENT_KEY.rsplit("\\", 1)[0], "/v", "MaxSize", "/t", "REG_DWORD",
                     "/d", "20971520"], env=environment(PRISTINE), check=True, stdout=subprocess.DEVNULL,
                    stderr=subprocess.DEVNULL)
@@ -136,7 +136,7 @@ def prepare():
     probe = PRISTINE / "drive_c/probe"
     probe.mkdir()
     shutil.copy(WORK / "install_com_probe.exe", probe / "probe.exe")
-    # A copy: the packages must stay what they are while somebody builds.
+    # Copies, because a build may replace the packages meanwhile.
     CURRENT.mkdir()
     for name in MODULES + [SETUP_ACTION]:
         shutil.copy(BIN / name, CURRENT)
@@ -175,7 +175,7 @@ class Prefix(unittest.TestCase):
         cls.prefix = WORK / f"prefix-{cls.__name__}"
         if cls.prefix.exists():
             shutil.rmtree(cls.prefix)
-        # Links: a prefix has 700 MB, and Wine replaces files, it does not write into them.
+        # Hard links: a prefix has 700 MB, and Wine replaces files instead of changing them.
         subprocess.run(["cp", "-al", PRISTINE, cls.prefix], check=True)
         for name in ("system.reg", "user.reg", "userdef.reg"):
             (cls.prefix / name).unlink()
@@ -187,7 +187,7 @@ class Prefix(unittest.TestCase):
 
     def wine(self, *command):
         """Runs a program of the prefix from its root folder; returns exit code and output."""
-        # Into a file: the prefix's services, which outlive the program, would keep a pipe open.
+        # To a file: the prefix's services live longer than the program and would keep a pipe open.
         with open(self.prefix / "output.txt", "w+", encoding="utf-8") as output:
             done = subprocess.run(["/usr/lib/wine/wine64", *command], env=environment(self.prefix), cwd=self.c,
                                   stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL, timeout=120,
@@ -206,7 +206,7 @@ class Prefix(unittest.TestCase):
         return code
 
     def repair(self):
-        # What /famus stands for; Wine has not got it.
+        # The equivalent of /famus, which Wine lacks.
         return self.msiexec("/i", package(), "REINSTALL=ALL", "REINSTALLMODE=amus")
 
     def files(self):
@@ -315,7 +315,7 @@ class InstallRepairRemove(Prefix):
         self.assertEqual(registry[EVENT_KEY.lower()],
                          {"EventMessageFile": provider, "TypesSupported": "dword:00000007"})
         self.assertEqual(registry[MAKER_KEY.lower()], {"DRAVEv2 Provider": quoted(FOLDER + "\\")})
-        # Their rights are Windows Installer's to set; Wine does not know the table.
+        # Windows Installer sets their access rights; Wine does not support that table.
         self.assertEqual([registry[(SETTINGS_KEY + key).lower()] for key in (r"\Jobs", r"\Results")], [{}, {}])
 
     def test_4_the_programs_list_shows_the_product(self):
@@ -362,7 +362,7 @@ class InstallRepairRemove(Prefix):
 class Documents(Prefix):
     """The commands that the documents tell people to type."""
 
-    # Wine has not got it; InstallRepairRemove repairs by the properties that it stands for.
+    # Wine lacks this option; InstallRepairRemove repairs with the equivalent properties.
     UNKNOWN_TO_WINE = "msiexec /famus"
 
     def commands(self, document, *programs):
@@ -395,14 +395,14 @@ class Documents(Prefix):
         self.run_each(commands)
 
     def test_those_of_the_installed_readme_do_too(self):
-        # It tells about the installed product first, and how it came there below.
+        # Lists the installed product first, and below how it was installed.
         verify, install, remove = self.commands("install/README.txt", "msiexec", "wmihost")
         self.assertEqual([" ".join(words[:2]) for words in (install, verify, remove)],
                          ["msiexec /i", "wmihost list", "msiexec /x"])
         self.run_each([install, verify, remove])
 
     def test_every_repair_writes_files_and_registry(self):
-        # "a" alone brings back files; the machine's registry values need "m".
+        # "a" alone restores files; the machine's registry values need "m".
         for document in ["docs/windows-install.md", "docs/operations.md", "install/README.txt"]:
             for command in re.findall(r"msiexec /f\w*", (TOP / document).read_text()):
                 self.assertEqual(command, self.UNKNOWN_TO_WINE, document)
@@ -454,7 +454,7 @@ class LowerBuild(Prefix):
             self.assertEqual((folder / name).read_bytes(), packaged(name, LOWER_BUILD), name)
         self.assertEqual([values["DisplayVersion"] for values in self.installed_products()], [quoted(LOWER_BUILD)])
         self.assertEqual(self.restored_classes(), [FOREIGN_MOF, FOLDER + r"\ZerixDRAVEv2.mof"])
-        # Wine plans with the files that are there when the older product is gone. Windows plans before, and needs this.
+        # Wine plans with the files that exist after the older product is removed. Windows plans before and needs this.
         self.assertEqual(table("Property")["REINSTALLMODE"], ["amus"])
         self.assertEqual(self.msiexec("/x", package(LOWER_BUILD)), 0)
         self.assert_nothing_left(*before)
@@ -462,7 +462,7 @@ class LowerBuild(Prefix):
 
 class RemovalFails(Prefix):
     def test_a_removal_that_fails_loses_no_settings(self):
-        # This build with one more action, which fails at the end of a removal.
+        # This build with an additional action, which fails at the end of a removal.
         faulty = self.c / "faulty.msi"
         shutil.copy(package(), faulty)
         directory, deferred = 34, 1024
@@ -483,7 +483,7 @@ class RemovalFails(Prefix):
 
 class SettingsStay(Prefix):
     def test_a_removal_on_behalf_of_an_upgrade_keeps_the_settings(self):
-        # Windows hands this property to the removal of the older product; Wine's upgrade forgets it.
+        # Windows passes this property to the removal of the older product. Wine's upgrade does not.
         self.assertEqual(self.msiexec("/i", package(OLDER)), 0)
         self.wine("reg", "add", SETTINGS_KEY + r"\DiagnosticSetting", "/v", "SampleCount", "/d", "7")
         upgrading = "UPGRADINGPRODUCTCODE={00000000-0000-0000-0000-000000000001}"
@@ -516,7 +516,7 @@ class MetricsTask(Prefix):
         folder = r"C:\Metrics here"
         self.assertEqual(self.msiexec("/i", package(OLDER), "METRICS=1", "INSTALLDIR=" + folder), 0)
         self.assertEqual(self.scheduled(), self.registered(folder))
-        # The two halves of an upgrade: Wine does not tell the older product that it makes room for another one.
+        # The two halves of an upgrade: Wine does not inform the older product that a newer one replaces it.
         self.assertEqual(self.msiexec("/x", package(OLDER), "UPGRADINGPRODUCTCODE={00000000-0000-0000-0000-000000000001}"), 0)
         self.assertEqual(self.scheduled(), [self.END])
         self.assertEqual(self.msiexec("/i", package(), "INSTALLDIR=" + folder), 0)
@@ -545,7 +545,7 @@ class MetricsTask(Prefix):
                     for element in task.iter()}
         action = f'"{expanded["Command"]}" {expanded["Arguments"]}'
         self.assertEqual(f"/Change {self.TASK} /RU SYSTEM /TR {action}", self.registered(FOLDER)[1])
-        # Without a limit and as the system, which may write into that folder.
+        # Without a time limit, and as the system account, which may write to that folder.
         self.assertEqual([expanded[tag] for tag in ("ExecutionTimeLimit", "UserId", "MultipleInstancesPolicy")],
                          ["PT0S", "S-1-5-18", "IgnoreNew"])
         (self.c / "task.xml").write_bytes(packaged("metrics-task.xml"))
@@ -584,11 +584,11 @@ class CompilerFails(Prefix):
         before = (self.files(), self.registry())
         (self.c / "mofcomp-fails-on").write_text("ZerixDRAVEv2.mof")
         self.assertEqual(self.msiexec("/i", package()), ACTION_FAILED)
-        # Wine undoes the earlier steps first, Windows the later ones, so only there the file still exists by then.
+        # Wine rolls back the earlier steps first, Windows the later ones; so only on Windows the file exists then.
         self.assertEqual([line.split(" ")[0] for line in self.compiled()],
                          ["ZerixDRAVEv2.mof", "ZerixDRAVEv2-uninstall.mof"])
         self.assertEqual(self.installed_products(), [])
-        # Wine's rollback forgets the keys that were made without a value, those of jobs and results.
+        # Wine's rollback leaves out the keys without values, which are those of jobs and results.
         self.assert_nothing_left(*before, empty_keys=[MAKER_KEY])
         self.wine("reg", "delete", MAKER_KEY, "/f")
 
@@ -643,7 +643,7 @@ class Package(PackageTest):
             self.assertEqual(sorted(archive.namelist()),
                              sorted([name + ".debug" for name in MODULES + [SETUP_ACTION]] + LEGAL))
             archive.extractall(self.folder)
-        # The run time is made of archives without debug information: its symbols are names alone.
+        # The run time comes from archives without debug information, so it has only symbol names.
         for name in sorted(set(MODULES) - {"ZerixRuntime.dll"}):
             (self.folder / name).write_bytes(packaged(name))
             sections = subprocess.run(["x86_64-w64-mingw32-objdump", "-h", self.folder / name], check=True, text=True,
@@ -672,7 +672,7 @@ class Package(PackageTest):
     def test_the_provider_has_a_host_process_of_its_own(self):
         mof = packaged("ZerixDRAVEv2.mof").decode()
         self.assertEqual(mof.count("instance of __Win32Provider\n"), 2)
-        # What follows the colon names the process: providers of other names are hosted elsewhere.
+        # The text after the colon names the process. Providers with another name run in other processes.
         self.assertEqual(re.findall(r"HostingModel = (.*);", mof), ['"NetworkServiceHost:ZerixDRAVEv2"'] * 2)
 
     def test_folder_and_keys_of_jobs_have_their_rights(self):
@@ -682,9 +682,9 @@ class Package(PackageTest):
             "ResultsKey": ["2", r"Software\Vexal\DRAVEv2\Results", "+", "", "Core"],
         })
         self.assertIn("INSTALLDIR", table("CreateFolder"))
-        # Protected, and for all that comes to lie below: the system and administrators may do everything (FA, KA),
-        # users read (0x1200a9 also runs programs), and NETWORK SERVICE, as which the provider's host runs, writes and
-        # deletes jobs.
+        # The rights are protected and inherited below. The system and administrators have full access (FA, KA),
+        # users read (0x1200a9 also runs programs), and NETWORK SERVICE, the account of the provider's host, writes
+        # and deletes jobs.
         folder = "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)"
         key = "D:P(A;CIOI;KA;;;SY)(A;CIOI;KA;;;BA)(A;CIOI;KR;;;BU)(A;CIOI;KRKWSD;;;NS)"
         self.assertEqual(table("MsiLockPermissionsEx"), {

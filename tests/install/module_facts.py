@@ -20,15 +20,15 @@ BASELINES = pathlib.Path(__file__).resolve().parent / "baselines"
 MODULES = ["ZerixDRAVEv2Provider.dll", "ZerixCimCore.dll", "ZerixRuntime.dll", "ZerixSetupAction.exe", "wmihost.exe"]
 CPP_RUN_TIME = "ZerixRuntime.dll"
 RUN_TIME = ["msvcrt.dll", CPP_RUN_TIME.lower()]
-# A DLL that is not in this list would have to be shipped, under a name that no other product uses: the loader hands out
-# whichever came first into the process. Storing new baselines does not change it.
+# A DLL that is not in this list would have to be shipped under a unique name, because the loader uses the first DLL of
+# a name that the process has loaded. Accepting new baselines does not change this list.
 SYSTEM = {"ADVAPI32.dll", "IPHLPAPI.DLL", "KERNEL32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll", "OLEAUT32.dll",
           "SHELL32.dll", "SHLWAPI.dll", "USER32.dll"}
 NEEDED = {
     "ZerixDRAVEv2Provider.dll": SYSTEM | {"ZerixCimCore.dll", CPP_RUN_TIME},
     "ZerixCimCore.dll": SYSTEM | {CPP_RUN_TIME},
     CPP_RUN_TIME: {"KERNEL32.dll", "msvcrt.dll"},
-    # The installer runs it where the product's own DLLs may be gone.
+    # The installer runs it when the product's DLLs may already be deleted.
     "ZerixSetupAction.exe": {"ADVAPI32.dll", "KERNEL32.dll", "msvcrt.dll"},
     "wmihost.exe": SYSTEM | {CPP_RUN_TIME},
 }
@@ -51,7 +51,7 @@ def imports(text):
     found = {}
     for block in text.partition("The Import Tables")[2].split("DLL Name: ")[1:]:
         name, _, rest = block.partition("\n")
-        # The tables end at the first empty line, also within the last block.
+        # The tables end at the first empty line, even inside the last block.
         functions = re.findall(r"^\s+[0-9a-f]+\s+\d+\s+(\S+)$", rest.partition("\n\n")[0], re.M)
         found[name.strip()] = sorted(functions)
     return found
@@ -61,7 +61,7 @@ def resources(text):
     """Type, identifier and language of each resource, from the three levels of the resource directory."""
     found, current = [], []
     for line in text.partition(".rsrc Resource Directory section")[2].split("\n"):
-        # The indentation after the offset tells the level: 3, 5 or 7 blanks.
+        # The indentation after the offset gives the level: 3, 5 or 7 blanks.
         if match := re.match(r"[0-9a-f]+( +)Entry: ID: 0x([0-9a-f]+)", line):
             current = current[: (len(match[1]) - 3) // 2] + [int(match[2], 16)]
             if len(current) == 3:

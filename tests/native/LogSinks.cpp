@@ -35,7 +35,7 @@ void setLogLevelVariable(const char* value)
     }
 }
 
-// The sinks above are the only ones.
+// There are no other sinks.
 void redirectSinks() {}
 
 void restoreSinks() {}
