@@ -1,5 +1,5 @@
 # zerix_product_version(VARIABLE)
-# The version of the product. It stands once, in ProductVersion.h, where the provider and its broker take it from as well.
+# Sets the variable to the product's version, which ProductVersion.h defines for the provider and the broker too.
 function(zerix_product_version variable)
   set(header ${CMAKE_SOURCE_DIR}/src/Utils/ProductVersion.h)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
@@ -9,7 +9,7 @@ function(zerix_product_version variable)
 endfunction()
 
 # zerix_version_resource(TARGET DESCRIPTION)
-# Gives a DLL or program of ours its version resource.
+# Gives a DLL or program of the product its version resource.
 function(zerix_version_resource target description)
   zerix_product_version(version)
   string(REPLACE "." "," numbers "${version}")
@@ -27,7 +27,7 @@ function(zerix_version_resource target description)
 endfunction()
 
 # zerix_event_messages(TARGET)
-# Puts the texts behind our events into a DLL: the event source names that DLL as its message file.
+# Puts the texts of the product's events into a DLL: the event source names that DLL as its message file.
 function(zerix_event_messages target)
   find_program(ZERIX_WINDMC x86_64-w64-mingw32-windmc REQUIRED)
   set(script ${CMAKE_CURRENT_BINARY_DIR}/EventMessages.rc)

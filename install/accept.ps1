@@ -42,8 +42,8 @@ $script:failures = 0
 $script:installed = $null
 $script:hostProcess = 0
 
-# Runs a check and writes its line. The check throws what it saw when that is not what it should be; what it returns is
-# written behind "ok".
+# Runs a check and writes its line. The check throws what it saw if that is not as expected. Its return value is
+# written after "ok".
 function Test-That([string] $Name, [scriptblock] $Check) {
     try {
         $seen = & $Check
@@ -64,7 +64,7 @@ function Assert-That([bool] $Condition, [string] $Seen) {
     }
 }
 
-# Runs Windows Installer silently. 3010: done, and the rest follows at the next start of the machine.
+# Runs Windows Installer silently. Exit code 3010: done, but a restart of the machine is required.
 function Invoke-Installer([string] $Option, [string] $File) {
     $log = Join-Path $logs ('{0:HHmmssfff}.log' -f (Get-Date))
     $arguments = @($Option, "`"$File`"", '/qn', '/l*v', "`"$log`"")
@@ -83,7 +83,7 @@ function Get-Zerix([string] $Class) {
     return @(Get-CimInstance -Namespace $space -ClassName $Class)
 }
 
-# The host processes that WMI runs the provider in, with everything else that they host.
+# The host processes in which WMI runs the provider, with their other providers.
 function Get-HostedProvider {
     $all = @(Get-CimInstance -Namespace root/cimv2 -ClassName Msft_Providers)
     $ids = @($all | Where-Object { $_.provider -eq $provider } | ForEach-Object { $_.HostProcessIdentifier })
@@ -105,13 +105,13 @@ function Get-FileVersion([string] $Name) {
     return (Get-Item -LiteralPath (Join-Path $folder $Name)).VersionInfo.FileVersion
 }
 
-# The rules by which ordinary users may change what the path names.
+# The access rules that let ordinary users change the item at the path.
 function Get-UserWriteRule([string] $Path) {
     $ordinary = 'S-1-5-32-545', 'S-1-5-11', 'S-1-1-0', 'S-1-5-4'
     $rules = (Get-Acl -LiteralPath $Path).GetAccessRules($true, $true, [System.Security.Principal.SecurityIdentifier])
     return @($rules | Where-Object {
             $rights = if ($_ -is [System.Security.AccessControl.RegistryAccessRule]) { $_.RegistryRights } else { $_.FileSystemRights }
-            # Setting values or writing data; making keys or files; deleting; changing the rights.
+            # Set values or write data; create keys or files; delete; change the access rights.
             $_.AccessControlType -eq 'Allow' -and $ordinary -contains $_.IdentityReference.Value -and
                 ([int64] $rights -band 0x000D0006) -ne 0
         })
@@ -199,7 +199,7 @@ function Test-Method {
         $stored = { @(Get-ChildItem -LiteralPath "$settingsKey\Jobs").Count -gt 0 }
         Assert-That (Wait-Until $stored 10) 'there is no entry in the registry'
         $before = @((Get-Zerix 'Zerix_ConcreteJob') | ForEach-Object { $_.InstanceID } | Sort-Object)
-        # Stored jobs outlive the host process.
+        # Stored jobs remain after the host process has ended.
         Stop-Process -Id (Get-HostedProvider)[0].HostProcessIdentifier -Force
         $after = @((Get-Zerix 'Zerix_ConcreteJob') | ForEach-Object { $_.InstanceID } | Sort-Object)
         $script:hostProcess = (Get-HostedProvider)[0].HostProcessIdentifier
@@ -250,7 +250,7 @@ function Test-PlainUser {
         return
     }
     Test-That 'plain user' {
-        # Ends with 0 when neither a file nor a setting could be changed.
+        # Exits with 0 if it could change neither a file nor a setting.
         $work = @"
 `$changed = 0
 try { Set-Content -LiteralPath '$folder\planted.txt' -Value 'x' -ErrorAction Stop; `$changed++ } catch { }

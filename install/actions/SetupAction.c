@@ -4,13 +4,13 @@
 #include <stdlib.h>
 #include <wchar.h>
 
-// What the installer does to the registry beyond its own tables. The package carries this program and runs it as the
-// system; it is not installed. In C, because the run time of the product may be gone when it runs.
+// The changes to the registry that the installer's tables cannot describe. The package contains this program and runs
+// it as the system account; it is not installed. It is in C, because the product's run time may already be removed.
 //
-//   forget-mof PATH    WMI no longer compiles the file when it rebuilds its repository
+//   forget-mof PATH    stops WMI from compiling the file when it rebuilds its repository
 //   delete-settings    deletes the product's settings and jobs, and the maker's key unless others use it
 //
-// Exit code 0: done, or there was nothing to do. 1: the registry refused; the message says what. 2: no such command.
+// Exit code 0: done, or nothing to do. 1: the registry refused, and a message gives the error. 2: unknown command.
 
 static int failed(const wchar_t* what, LSTATUS status)
 {
@@ -18,8 +18,8 @@ static int failed(const wchar_t* what, LSTATUS status)
     return 1;
 }
 
-// Takes the entries that name `file`, in any case and with variables expanded or not, out of the list of texts, which
-// ends at an empty one. Returns the length of what is left, with the end.
+// Removes the entries that name `file` from the list of texts, which ends with an empty text. Compares without case and
+// with variables expanded. Returns the length of the remaining list, its end included.
 static size_t removeFile(wchar_t* list, const wchar_t* file)
 {
     wchar_t* kept = list;
