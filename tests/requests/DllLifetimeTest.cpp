@@ -6,18 +6,18 @@
 #include "Utils/ProcessEnd.h"
 #include "requests/RequestTest.h"
 
-// What the built DLL leaves behind, and when it may go.
+// What the built DLL leaves in memory, and when it may be unloaded.
 namespace {
 
-// The blocks that the provider has allocated and not freed, while its imports are hooked. Only those that hold an
-// object with virtual functions of the provider are told from the rest: singletons, converters, properties.
+// Counts the blocks that the provider has allocated and not freed while its imports are hooked. It recognises only
+// those that hold an object with virtual functions of the provider: singletons, converters, properties.
 struct Blocks
 {
     std::mutex mutex;
     std::map<void*, std::size_t> live;
 };
 
-// Never destroyed: the provider frees memory after this program's own statics are gone.
+// Never destroyed, because the provider frees memory after this program's statics have been destroyed.
 Blocks& blocks()
 {
     static Blocks& instance = *new Blocks;
@@ -37,14 +37,14 @@ void countSizedDelete(void* block, std::size_t)
     {
         const std::lock_guard guard(blocks().mutex);
         if (blocks().live.erase(block) != 0 && utils::processIsEnding()) {
-            // Nothing of a request is freed this late: a singleton was.
+            // Only a singleton can be freed this late, and that would be an error.
             TerminateProcess(GetCurrentProcess(), 42);
         }
     }
     ::operator delete(block);
 }
 
-// How many live blocks begin with a pointer into the image from `base` on.
+// The number of live blocks that begin with a pointer into the image from `base` on.
 int objectsOf(const std::byte* base, std::size_t size)
 {
     const std::lock_guard guard(blocks().mutex);
@@ -65,7 +65,7 @@ std::size_t imageSize(HMODULE module)
     return reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew)->OptionalHeader.SizeOfImage;
 }
 
-// The provider with all its singletons in use, as one request of each kind leaves it, and its blocks counted.
+// The provider after one request of each kind, so that all its singletons exist, and the count of its blocks.
 class UsedModule
 {
 public:
@@ -80,7 +80,7 @@ public:
         *object.path.address() = samples::bstr("Zerix_X.k=1");
         const support::CallContext call(calls);
         m_module->useTheTestsBroker();
-        // Never taken back: they go with the import table that they stand in.
+        // The hooks are never removed; they end with the import table that contains them.
         new support::ImportHook("_Znwy", &countNew, m_module->handle());
         new support::ImportHook("_ZdlPvy", &countSizedDelete, m_module->handle());
         utils::ComReference<IWbemServices> provider(m_module->createProvider());
@@ -103,7 +103,7 @@ private:
     std::size_t m_size;
 };
 
-// The converter with its eleven converters, the modifier and the remover.
+// The converter with its eleven type converters, the modifier and the remover.
 constexpr int OBJECTS_OF_SINGLETONS = 14;
 
 TEST(DllLifetimeTest, Singletons_goWithTheModule)
@@ -122,7 +122,7 @@ TEST(DllLifetimeDeathTest, TheSingletonsAreLeftAloneWhenTheProcessEnds)
     EXPECT_EXIT(
         {
             const ComApartment apartment;
-            // Loaded until the end, as in a host that never unloads it.
+            // Stays loaded until the end, as in a host that never unloads it.
             const auto* const used = new UsedModule;
             std::exit(used->liveObjects() == OBJECTS_OF_SINGLETONS ? 0 : 1);
         },

@@ -16,8 +16,8 @@
 #include "support/RunTimeName.h"
 #include "support/Thrown.h"
 
-// Exceptions that escape a request of the built DLL, and the two kinds of host that they reach: one that catches them
-// by type, and one that guards its calls with __try/__except. Both go on, and nothing is left behind.
+// Exceptions that leave a request of the built DLL and reach two kinds of host: one that catches them by type, and one
+// that guards its calls with __try/__except. Both hosts continue, and nothing leaks.
 namespace {
 
 constexpr unsigned long CPP_EXCEPTION = 0x20474343;
@@ -79,8 +79,8 @@ const char* nameOf(Request request)
     }
 }
 
-// The blocks of memory that the C++ run time has given out less those that it has taken back, from the construction on.
-// Exceptions are among them.
+// Counts the memory blocks that the C++ run time has allocated and not freed since construction. Exceptions are such
+// blocks.
 std::atomic<int> liveBlocks{0};
 
 void* countedMalloc(std::size_t size)
@@ -106,7 +106,7 @@ private:
     support::ImportHook m_free{"free", &countedFree, GetModuleHandleA(support::RUN_TIME)};
 };
 
-// An exception whose life the test can watch.
+// An exception that lets the test see when it is destroyed.
 class Watched : public std::exception
 {
 public:
@@ -125,7 +125,7 @@ struct AtEnd
     std::function<void()> action;
 };
 
-// Stands outside everything else of a test: when it ends, the provider is unloaded and every exception is gone.
+// Declared outside everything else of a test: at its end the provider is unloaded and every exception is destroyed.
 struct NothingIsLeft
 {
     NothingIsLeft() = default;
@@ -149,13 +149,13 @@ protected:
         *object.path.address() = samples::bstr(PORT_PATH);
     }
 
-    // From here on the request lets an exception of the kind escape.
+    // From this call on, the request throws an exception of this kind.
     void arrange(Request asked, Kind kind)
     {
         request = asked;
         broker.onGetInstances = [kind]() -> utils::SafeList<core::CimInstance*> { throwOf(kind); };
         object.onGet = [kind] { throwOf(kind); };
-        // A broker's own failure is a status to a deletion; what escapes is a path that is none.
+        // A deletion turns a failure of the broker into a status. Only an invalid path lets an exception leave it.
         broker.onFind = [kind]() -> core::CimInstance* { throwOf(kind); };
         *path.out() = utils::toBstr(kind == Kind::ownFamily     ? ""
                                     : kind == Kind::syntaxError ? "Zerix_ConcreteJob=\"x\""
@@ -168,7 +168,7 @@ protected:
         broker.onGetInstances = []() -> utils::SafeList<core::CimInstance*> { throw Watched(); };
     }
 
-    // Has nothing to clean up, as the frames of a host in C.
+    // Has no destructors to run, like the functions of a host in C.
     static long send(void* test)
     {
         auto& self = *static_cast<EscapeTest*>(test);
@@ -182,7 +182,7 @@ protected:
         }
     }
 
-    // What a __try host gets: the code of the exception.
+    // The result for a __try host: the code of the exception.
     unsigned long guarded()
     {
         const unsigned long code = callGuarded(&EscapeTest::send, this, &answer);
@@ -190,7 +190,7 @@ protected:
         return code;
     }
 
-    // What a C++ host catches.
+    // The result for a C++ host: the exception that it catches.
     std::string caught()
     {
         std::string type = "nothing";
@@ -374,7 +374,7 @@ BOOL WINAPI noValue(DWORD, PVOID)
 TEST_F(EscapeTest, WithoutRoomInTheSlot_exceptionsStillLeave)
 {
     const support::ImportHook hook("FlsSetValue", &noValue, module.handle());
-    // On a thread of its own, since nothing tells the run time that this exception is dealt with.
+    // On a separate thread, because the run time never learns that this exception was handled.
     std::thread([this] {
         const ComApartment ofThread;
         const support::CallContext callOfThread(calls, support::ClientToken::impersonation);

@@ -18,11 +18,11 @@
 #include "wmihost/com/ResponseSink.h"
 #include "wmihost/mof/MofCompiler.h"
 
-// How many kernel mutexes the built provider and its broker hold, and how often they take one, on machines of many
-// adapters: WMI ends a host that passes 4,096 handles, and nobody sees it here, where there is no such quota.
+// How many kernel mutexes the built provider and its broker hold, and how often they lock one, on machines with many
+// adapters. WMI ends a host that has more than 4,096 handles. Wine has no such quota, so these tests count instead.
 namespace {
 
-// Mutexes are numbers here and counted: a kernel's would cost minutes. The threads of these tests take turns.
+// Replaces mutexes by counted numbers, since kernel mutexes would take minutes. The threads of these tests run in turn.
 std::atomic<int> openMutexes{0};
 std::atomic<int> mostMutexes{0};
 std::atomic<int> lockPairs{0};
@@ -85,7 +85,7 @@ struct CountedMutexes
     support::ImportHook close;
 };
 
-// The provider over the counted mutexes and the made-up machine.
+// The provider with the counted mutexes and the fake adapters.
 class Handles : public testing::Test
 {
 protected:
@@ -102,7 +102,7 @@ protected:
         init->Initialize(nullptr, 0, name.data(), nullptr, m_services.get(), &m_context, nullptr);
     }
 
-    // What is closed while the modules are unloaded are stand-ins too.
+    // The modules close counted mutexes while they are unloaded, so the hooks must stay.
     ~Handles() override
     {
         m_provider.reset();
@@ -110,7 +110,7 @@ protected:
         m_ofCore.abandon();
     }
 
-    // So many ended jobs are stored and no others, of each adapter in turn, and a result of each.
+    // Stores exactly this many ended jobs, with a result each, for the adapters in turn.
     void storeJobs(std::size_t count) const
     {
         m_registry.clear();
@@ -130,7 +130,7 @@ protected:
         }
     }
 
-    // What the broker serves in this namespace.
+    // The classes that the broker serves in this namespace.
     std::vector<std::string> classNames() const
     {
         std::vector<std::string> result;
@@ -143,7 +143,7 @@ protected:
         return result;
     }
 
-    // The calling thread's request; returns how many objects came.
+    // Makes a request on the calling thread. Returns the number of delivered objects.
     int enumerate(const std::string& className)
     {
         support::CallLog calls;
@@ -155,7 +155,7 @@ protected:
         return static_cast<int>(response->takeObjects().size());
     }
 
-    // Returns how many objects the last class has.
+    // Returns the number of objects of the last class.
     int enumerateAllAndThen(const std::string& last)
     {
         for (const std::string& name : classNames()) {
@@ -166,7 +166,7 @@ protected:
         return enumerate(last);
     }
 
-    // The mutexes that this thread holds for the class's instances when it has asked for them last.
+    // The mutexes that this thread holds for the instances of the class that it requested last.
     int heldAfter(const std::string& className)
     {
         enumerate("Zerix_SoftwareIdentity");
@@ -175,7 +175,7 @@ protected:
         return openMutexes - before;
     }
 
-    // The mutexes that so many living threads hold when each has asked for every class once, this one at the end.
+    // The mutexes that this many living threads hold after each has requested every class once, this one last.
     int heldByThreads(int count, const std::string& last)
     {
         std::vector<std::thread> threads;
@@ -212,7 +212,7 @@ protected:
         return held;
     }
 
-    // The lock pairs of one enumeration by the calling thread.
+    // The lock pairs of one enumeration on the calling thread.
     int pairsOf(const std::string& className)
     {
         const int before = lockPairs;
@@ -236,7 +236,7 @@ protected:
     utils::ComReference<IWbemServices> m_provider;
 };
 
-// With as many jobs as adapters.
+// The number of jobs is that of the adapters.
 constexpr const char* ASSOCIATIONS[]{"Zerix_PortImplementsEndpoint", "Zerix_ElementConformsToProfile",
                                      "Zerix_ElementSettingData",     "Zerix_ElementStatisticalData",
                                      "Zerix_PortIPConfiguration",    "Zerix_PortDiagnosticSetting",
@@ -283,7 +283,7 @@ TEST_F(Handles, ThreadsEnd_freesAll)
 {
     m_adapters.count = 50;
     storeJobs(50);
-    // What exists once is made, and what this thread holds is little.
+    // Creates the objects that exist once, and leaves only few instances in this thread.
     enumerateAllAndThen("Zerix_EthernetPort");
     enumerate("Zerix_SoftwareIdentity");
     const int before = openMutexes;
@@ -294,7 +294,7 @@ TEST_F(Handles, ThreadsEnd_freesAll)
 TEST_F(Handles, FiveHundredAdapters_atNoMoment)
 {
     m_adapters.count = 500;
-    // As many as are kept.
+    // The maximum number of stored jobs.
     storeJobs(200);
     for (const char* last : ASSOCIATIONS) {
         enumerateAllAndThen(last);
@@ -312,20 +312,20 @@ TEST_F(Handles, Addresses_countAsAdaptersDo)
     enumerate("Zerix_SoftwareIdentity");
     const int before = openMutexes;
     enumerate("Zerix_PortImplementsEndpoint");
-    // Two for each association, for each endpoint that one refers to and for each port.
+    // Two for each association, for each endpoint that an association refers to, and for each port.
     EXPECT_EQ(openMutexes - before, 2 * (80 + 80 + 20));
 }
 
 TEST_F(Handles, Jobs_countAsAdaptersDo)
 {
-    // The last has as many jobs as are kept.
+    // The last pair has the maximum number of stored jobs.
     for (const auto& [adapters, jobs] : {std::pair{20, 30}, {50, 50}, {500, 200}}) {
         m_adapters.count = static_cast<std::size_t>(adapters);
         storeJobs(static_cast<std::size_t>(jobs));
-        // What exists once is made.
+        // Creates the objects that exist once.
         enumerateAllAndThen("Zerix_DiagnosticResult");
         EXPECT_EQ(heldAfter("Zerix_ConcreteJob"), 2 * jobs);
-        // Two for each result, and for each port that one may refer to.
+        // Two for each result, and for each port that a result may refer to.
         EXPECT_EQ(heldAfter("Zerix_DiagnosticResult"), 2 * (jobs + adapters));
         EXPECT_EQ(heldAfter("Zerix_AffectedJobElement"), 2 * (jobs + jobs + adapters));
     }

@@ -22,12 +22,12 @@
 #include "wmihost/objects/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
-// What the provider and its host say, held against what the platform says about the same: its class objects, its
-// adapters, its parser of paths. None of the judges shares a line of code with this product.
+// Compares the provider and its host with the platform: with its class objects, its adapters and its parser of paths.
+// The platform's side shares no code with this product.
 namespace wmihost {
 namespace {
 
-// The built provider, served to COM in this process without an entry in the registry.
+// While it lives, COM finds the built provider in this process without an entry in the registry.
 class ServedProvider
 {
 public:
@@ -64,8 +64,8 @@ ComPtr<IWbemServices> platformNamespace(const wchar_t* name)
     return services;
 }
 
-// The provider in the platform's own namespace root\default, with the platform's registry class before it and the
-// test's broker behind it.
+// The provider between the platform's namespace root\default, with the platform's registry class, and the test's
+// broker.
 class PlatformSignatureTest : public testing::Test
 {
 protected:
@@ -89,8 +89,8 @@ protected:
         EXPECT_EQ(init->Initialize(nullptr, 0, name.data(), nullptr, platform.get(), context.get(), nullptr), 0);
     }
 
-    // Arguments made by the host: Wine 8's objects list every property where the keys alone are asked for, so that the
-    // provider, which hands no key on, would find no argument among them.
+    // The host makes the arguments. Wine 8's objects list every property when only keys are requested, and the provider
+    // passes no keys on, so it would find no argument in a platform object.
     ComPtr<IWbemClassObject> argumentsOf(const wchar_t* method) const
     {
         ComPtr<IWbemClassObject> signature;
@@ -101,7 +101,7 @@ protected:
         return arguments;
     }
 
-    // Runs the method; the objects that came are the platform's.
+    // Runs the method. The delivered objects are the platform's.
     std::vector<ComPtr<IWbemClassObject>> run(const wchar_t* method, IWbemClassObject* arguments)
     {
         const auto response = std::make_shared<Response>(nullptr);
@@ -131,8 +131,8 @@ protected:
     ComPtr<IWbemServices> provider;
 };
 
-// The return value is not judged: Wine 8's object takes a uint32 as VT_UI4 alone, where WMI documents VT_I4. The broker
-// finds it in its list as the object has it, 0 where WMI would have no value.
+// The return value is not compared: Wine 8's object accepts a uint32 only as VT_UI4, where WMI documents VT_I4. The
+// broker finds it in its list with the object's value, 0, where WMI would have no value.
 TEST_F(PlatformSignatureTest, AnArrayOfTextsReachesThePlatformsObject)
 {
     const auto arguments = argumentsOf(L"EnumKey");
@@ -168,7 +168,7 @@ TEST_F(PlatformSignatureTest, ATextReachesThePlatformsObject)
                                         "{ReturnValue = uint32 0; sValue = string ''}, null)"}));
 }
 
-// The provider with its broker, asked by the host about this machine.
+// The provider and its broker. The host sends requests about this machine.
 class LiveJudgesTest : public testing::Test
 {
 protected:
@@ -195,7 +195,7 @@ TEST_F(LiveJudgesTest, PlatformsAdapters_haveTheSameAddresses)
     ComPtr<IWbemClassObject> adapter;
     ULONG count = 0;
     while (found->Next(static_cast<LONG>(WBEM_INFINITE), 1, adapter.put(), &count) == S_OK) {
-        // Wine spells the digits in lower case, Windows in upper case.
+        // Wine writes the digits in lower case, Windows in upper case.
         std::wstring address = foldName(textOf(*adapter.get(), L"MACAddress"));
         std::erase(address, L':');
         expected.emplace(address, textOf(*adapter.get(), L"InterfaceIndex"));
@@ -230,7 +230,7 @@ TEST_F(LiveJudgesTest, ThePlatformsAddressesBelongToTheSameAdapters)
     EXPECT_EQ(ports, expected);
 }
 
-// Holds the platform's reading of a path against the host's.
+// Compares the platform's reading of a path with the host's.
 void expectSameReading(const std::wstring& text)
 {
     const ObjectPath own = ObjectPath::parse(text);
@@ -239,20 +239,20 @@ void expectSameReading(const std::wstring& text)
     EXPECT_EQ(platforms.nameSpace, own.nameSpace) << toUtf8(text);
     EXPECT_EQ(platforms.className, own.className) << toUtf8(text);
     EXPECT_EQ(platforms.relative, text.substr(text.find(own.className))) << toUtf8(text);
-    // Wine 8's parser takes a comma between the quotes for the end of a key. Only the keys of associations, paths
-    // themselves, have some; put together again they are still the same.
+    // Wine 8's parser takes a comma between quotes for the end of a key. Only the keys of associations, which are
+    // paths, contain commas. Joined again, the parts are still equal.
     const auto hasComma = [](const PathKey& key) { return key.value.find(L',') != std::wstring::npos; };
     if (std::none_of(own.keys.begin(), own.keys.end(), hasComma)) {
         EXPECT_EQ(platforms.keyCount, own.keys.size()) << toUtf8(text);
     }
 }
 
-// The paths of the object and those in its references.
+// Returns the paths of the object and those in its references.
 std::vector<std::wstring> pathsIn(IWbemClassObject& object)
 {
     std::vector<std::wstring> paths{textOf(object, L"__PATH")};
-    // Where a key of a relative path is a path itself, Wine 8's parser takes all up to that one's colon for a
-    // namespace. Such a path is judged as part of the full one alone.
+    // If a key of a relative path is a path, Wine 8's parser takes everything up to the colon of the key's path for
+    // a namespace. Such a path is compared only as a part of the full one.
     if (const std::wstring relative = textOf(object, L"__RELPATH"); relative.find(L'\\') == std::wstring::npos) {
         paths.push_back(relative);
     }
@@ -268,7 +268,7 @@ std::vector<std::wstring> pathsIn(IWbemClassObject& object)
 
 TEST_F(LiveJudgesTest, ThePlatformReadsEveryPathAsItIsMeant)
 {
-    // A job and its result exist only after a method has started them.
+    // Jobs and results exist only after a method has started a job.
     const Objects ports = instancesOf(L"Zerix_EthernetPort");
     ASSERT_FALSE(ports.empty());
     const InstanceTarget port = workspace.findInstance(textOf(*ports.front().get(), L"__PATH"), L"");

@@ -13,8 +13,8 @@
 #include "Utils/Utils.h"
 #include "requests/LiveProvider.h"
 
-// The built provider with the built broker on this machine's own adapters, and with the classes as they are
-// installed: every value that comes has to fit its property's declaration.
+// The built provider and the built broker on this machine's real adapters, with the classes of the installed MOF.
+// Every value that the provider delivers has to match its property's declaration.
 namespace {
 
 std::set<std::string> adapterIdentifiers()
@@ -63,7 +63,7 @@ TEST_F(LiveRequestTest, Port_isFoundAgainUnderItsPath)
     EXPECT_EQ(log.events(), support::Lines{});
 }
 
-// There are jobs and results only once somebody has asked for a diagnostic.
+// Jobs and results exist only after a client has started a diagnostic.
 const std::set<std::string> MAY_BE_EMPTY{"Zerix_AffectedJobElement", "Zerix_ConcreteJob", "Zerix_DiagnosticResult"};
 
 TEST_F(LiveRequestTest, EveryClass_hasInstancesAndNoErrorLine)

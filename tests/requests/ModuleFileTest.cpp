@@ -5,7 +5,7 @@
 
 #include "requests/RequestTest.h"
 
-// What the built DLL offers and needs, read from its own headers.
+// The exports and imports of the built DLL, read from its headers.
 namespace {
 
 using Names = std::set<std::string>;
@@ -30,13 +30,13 @@ public:
         return result;
     }
 
-    // How many functions are exported, with and without a name.
+    // The number of exported functions, with and without a name.
     DWORD exportCount() const
     {
         return at<IMAGE_EXPORT_DIRECTORY>(directory(IMAGE_DIRECTORY_ENTRY_EXPORT))->NumberOfFunctions;
     }
 
-    // The functions by the DLL, in small letters, that they come from.
+    // The imported functions by DLL, whose name is in lower case.
     std::map<std::string, Names> imports() const
     {
         std::map<std::string, Names> result;
@@ -86,7 +86,7 @@ TEST(ModuleFileTest, BrokerLibrary_isNeededForItsTwoNames)
 TEST(ModuleFileTest, TheModuleIsToldOfEveryThread)
 {
     const support::ProviderModule module;
-    // Its entry point writes a line for each thread that comes and goes, which this call would end.
+    // Its entry point logs each thread that starts and ends. This call would suppress those lines.
     EXPECT_EQ(ModuleFile(module.handle()).imports()["kernel32.dll"].count("DisableThreadLibraryCalls"), 0U);
 }
 
@@ -94,7 +94,7 @@ TEST(ModuleFileTest, CppRunTime_isThePrivateOne)
 {
     const support::ProviderModule module;
     const std::map<std::string, Names> imports = ModuleFile(module.handle()).imports();
-    // Exceptions are thrown and caught by that copy, and memory comes from it.
+    // That copy throws and catches exceptions and allocates memory.
     for (const char* const name : {"__cxa_throw", "__cxa_begin_catch", "_Znwy", "__gxx_personality_seh0"}) {
         EXPECT_EQ(imports.at("zerixruntime.dll").count(name), 1U) << name;
     }

@@ -17,14 +17,14 @@
 #include "support/PrivateRegistry.h"
 #include "support/Thrown.h"
 
-// Whole requests on a machine whose tables the platform refuses, or has nothing in: the first is a failure of every
-// request that needs the table, never an empty list or "not found"; the second is an answer.
+// Whole requests on a machine whose tables the platform refuses to read, or whose tables are empty. A refusal must fail
+// every request that needs the table, never give an empty list or "not found". An empty table is a valid answer.
 namespace {
 
 using testing::IsEmpty;
 using testing::Not;
 
-// How often the platform refuses from now on, and with what. After that it answers.
+// The number of further reads that the platform refuses, and the error. After that it answers.
 int refusals = 0;
 ULONG refusal = NO_ERROR;
 int asked = 0;
@@ -69,9 +69,9 @@ struct Table
 {
     const char* function;
     std::unique_ptr<support::ImportHook> (*hook)(HMODULE module);
-    // A class that has a row of the table in each of its instances.
+    // A class whose instances each contain a row of the table.
     const char* subject;
-    // What cannot be listed without the table, the subject included.
+    // The classes that cannot be enumerated without the table, the class itself included.
     std::vector<std::string> classes;
 };
 
@@ -131,7 +131,7 @@ protected:
         return std::find(classes.begin(), classes.end(), className) != classes.end();
     }
 
-    // No job and no result of another test's.
+    // Deletes the jobs and results of other tests.
     const support::PrivateRegistry m_registry;
     wmihost::ComPtr<IWbemClassObject> m_object;
     std::string m_path;
@@ -190,7 +190,7 @@ TEST_P(RefusedAdapters, Method_fails)
 INSTANTIATE_TEST_SUITE_P(Tables, RefusedAdapters, testing::Values(tables()[0]),
                          [](const testing::TestParamInfo<Table>& table) { return table.param.function; });
 
-// The two answers that mean an empty table. Without the families' table a configuration lacks four values.
+// The two errors that mean an empty table. Without the table of the families a configuration lacks four values.
 using EmptyTable = RefusedTable;
 
 TEST_P(EmptyTable, ListsAreEmptyAndNothingIsFound)

@@ -4,7 +4,7 @@
 #include "adapters/wmi/ProviderIdentity.h"
 #include "requests/RequestTest.h"
 
-// The provider as COM finds it, through the machine's registry.
+// The provider as COM finds it through the machine's registry.
 namespace {
 
 const std::string SERVER_KEY = "Software\\classes\\CLSID\\{D39A94C6-35D2-4B40-BB6A-56E279951017}\\InprocServer32";
@@ -19,7 +19,7 @@ std::string registeredFile()
                : "";
 }
 
-// Leaves the registration as it was: another build may be registered in this machine's registry.
+// Restores the registration, because another build may be registered in this machine's registry.
 class RegistrationAsItWas
 {
 public:

@@ -9,15 +9,15 @@
 #include "requests/StandardErrorFile.h"
 #include "support/Baseline.h"
 
-// All that happens in a whole request, in order: the calls that reach WMI's objects, the sink and the broker, the
-// references, the log's lines, and the answer. At level 2 each request is compared with its file in baselines/; what
-// the other levels write follows from it.
+// The whole course of a request, in order: the calls of WMI's objects, the sink and the broker, the references, the log
+// lines, and the result. At level 2 each request is compared with its file in baselines/. The output at the other
+// levels follows from it.
 namespace {
 
 using support::Lines;
 
-// What is left of the lines of level 2 at another level: no lines of the debugger below 2, no events below 1. At level
-// 3 each line of the debugger goes to standard error too, which is read at the end.
+// Removes from the lines of level 2 those that another level does not write: debugger lines below 2, events below 1. At
+// level 3 each debugger line goes to standard error too, which is read at the end.
 Lines atLevel(int level, const Lines& lines)
 {
     static const std::string debugger = "debugger: ";
@@ -64,7 +64,7 @@ class RecordedRequest : public RequestWorld
 public:
     RecordedRequest() { *object.path.address() = samples::bstr(std::string("root\\DCIM\\vexal:") + PORT_PATH); }
 
-    // Everything since the construction is left out but this one request.
+    // Records the calls and lines of this request only.
     template <class Send>
     void record(const Send& send)
     {
@@ -102,11 +102,11 @@ LONG CALLBACK hearDebugger(EXCEPTION_POINTERS* exception)
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-// Before its import table can be patched the module has spoken: its lines are heard where the platform raises them.
+// The module logs before its import table can be patched. These lines are read from the platform's exceptions.
 TEST(RequestLogLoadTest, LoadingAndUnloading)
 {
     const StandardErrorFile standardError;
-    // The broker first, whose lines are its own.
+    // Loads the broker first, so that its lines are not among the provider's.
     const HMODULE core = LoadLibraryA("ZerixCimCore.dll");
     ASSERT_NE(core, nullptr);
     const std::size_t before = standardError.lines().size();
@@ -124,7 +124,7 @@ TEST(RequestLogLoadTest, LoadingAndUnloading)
 
 struct Scenario
 {
-    // Of the file.
+    // The name of the baseline file.
     const char* name;
     void (*run)(RecordedRequest& request);
 };
@@ -140,7 +140,7 @@ const std::vector<Scenario>& scenarios()
              r.record([&] { return r.initialize(&r.wmiNamespace), 0; });
          }},
         {"initialize-no-namespace", [](R& r) { r.record([&] { return r.start(nullptr), 0; }); }},
-        // A request that comes as soon as the provider has said that it is ready.
+        // A request that arrives as soon as the provider has reported that it is ready.
         {"initialize-and-serve",
          [](R& r) {
              r.initSink.onStatus = [&] { r.enumerate(); };

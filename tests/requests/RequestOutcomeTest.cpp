@@ -7,13 +7,13 @@
 #include "Utils/Exception.h"
 #include "requests/RequestTest.h"
 
-// What the records of single requests and the matrix of failures cannot show.
+// Outcomes that neither the records of single requests nor the matrix of failures can show.
 namespace {
 
 using support::hex;
 using support::Lines;
 
-// The operations in front of getClassName belong to the broker: here the provider would end in one of them.
+// The operations before getClassName belong to the broker. Here a call of one of them would end the process.
 class TrappingInstance : public core::CimInstance
 {
 public:
@@ -43,7 +43,7 @@ protected:
         calls.take();
     }
 
-    // Everything that reached the sink.
+    // Everything that the sink received.
     Lines sent()
     {
         Lines lines;
@@ -58,7 +58,7 @@ protected:
 
 TEST_F(RequestOutcomeTest, Progress_keepsSixteenBitsOfEach)
 {
-    // Without properties, so that the many objects cost little.
+    // The instances have no properties, so that many of them cost little.
     core::CimInstance bare("Zerix_EthernetPort");
     broker.onGetInstances = [&] {
         utils::SafeList<core::CimInstance*> list;
@@ -78,7 +78,7 @@ TEST_F(RequestOutcomeTest, Progress_keepsSixteenBitsOfEach)
 
 TEST_F(RequestOutcomeTest, Path_withALookalike_namesAnotherInstance)
 {
-    // Best fits would make the class's name and the key whole: a deletion would hit a job that nobody named.
+    // Best-fit conversion would complete the class name or the key, and so delete a job that no client has named.
     for (const wchar_t* const text :
          {L"Zerix_ConcreteJob\uFF0EInstanceID=\"7\"", L"Zerix_Concrete\u0134ob.InstanceID=\"7\"",
           L"Zerix_ConcreteJob.InstanceID=\uFF027\uFF02", L"Zerix_ConcreteJob.InstanceID=\"\uFF17\""})
@@ -87,7 +87,7 @@ TEST_F(RequestOutcomeTest, Path_withALookalike_namesAnotherInstance)
         try {
             provider->DeleteInstanceAsync(path, 0, &context, &sink);
         } catch (const utils::ESyntaxError&) {
-            // Not a path at all.
+            // The text is not a path.
         }
         SysFreeString(path);
         for (const std::string& line : calls.take()) {
@@ -143,7 +143,7 @@ TEST_F(RequestOutcomeTest, Instances_areAskedForNothingButTheirClass)
     EXPECT_TRUE(trapping.isMarkedForDeletion());
 }
 
-// Allocations of the provider until one fails; none fails while it is negative.
+// The number of allocations of the provider until one fails. None fails while it is negative.
 int allocationsLeft = -1;
 bool allocationFailed = false;
 
@@ -158,7 +158,7 @@ void* newUntilNoneIsLeft(std::size_t size)
 
 TEST_F(RequestOutcomeTest, Put_nameWithoutMemory_isTheComErrorOfThat)
 {
-    // Nothing but their names is copied: one is a key, and the other has a type that is not taken.
+    // Only the names of these properties are copied: one is a key, and the other has a type that is not accepted.
     object.add("AKeyThatIsTooLongToBeKeptWithoutABlock", samples::bstr("a"), CIM_STRING, 0, true);
     object.add("ANameThatIsTooLongToBeKeptWithoutABlock", samples::i4(1), CIM_SINT32);
     std::multiset<std::string> outcomes;

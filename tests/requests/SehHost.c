@@ -1,4 +1,4 @@
-// Compiled by clang, since the cross compiler knows no __try.
+// Clang compiles this file, because the cross compiler does not support __try.
 static int take(unsigned long* to, unsigned long code)
 {
     *to = code;

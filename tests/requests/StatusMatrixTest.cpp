@@ -14,9 +14,9 @@
 #include "support/Baseline.h"
 #include "support/Thrown.h"
 
-// What each request of the built DLL answers when something fails, what the sink sees, and what the event log gets.
-// Everything thrown by the broker is made in this program and caught in the DLL, or the other way round: both sides
-// must agree on types that only their names make one.
+// The answer of each request of the built DLL when something fails, and what the sink and the event log receive. The
+// program makes the exceptions of the broker, and the DLL catches them, or the other way round. Both sides must agree
+// on types that are equal only by their names.
 namespace {
 
 using support::Lines;
@@ -28,7 +28,7 @@ public:
     EPropertyType getType() const override { return static_cast<EPropertyType>(77); }
 };
 
-// One request of each kind, with arguments that a failure may take away. All succeed by default.
+// One request of each kind, with arguments that a test may replace. By default all of them succeed.
 class TriedRequest : public RequestWorld
 {
 public:
@@ -70,7 +70,7 @@ public:
         };
     }
 
-    // While the request runs, the provider's calls of the imported function go to the replacement.
+    // During the request, the provider's calls of the imported function go to the replacement.
     template <class Function>
     void replace(const char* name, Function* replacement)
     {
@@ -78,7 +78,7 @@ public:
     }
     void putBack() { m_hook.reset(); }
 
-    // The client's object says that this is its path; takes over what the VARIANT owns.
+    // Makes the client's object return this value as its path. Takes ownership of the VARIANT's contents.
     void setObjectPath(const VARIANT& owned)
     {
         VariantClear(object.path.address());
@@ -102,7 +102,7 @@ private:
 struct Request
 {
     const char* name;
-    // The class or path where no other is given.
+    // The class or path that a request uses by default.
     const char* path;
     HRESULT (*send)(TriedRequest& r, BSTR path, BSTR method);
 };
@@ -367,7 +367,7 @@ std::string answerOf(TriedRequest& r, const Request& request, BSTR path, BSTR me
     }
 }
 
-// "answer | what reached the sink | error lines". The answer says when no client was acted for or no broker asked.
+// "answer | sink's calls | error lines". The answer says if no client was impersonated or the broker was not called.
 std::string outcomeOf(const Request& request, const Failure& failure)
 {
     static const std::regex line("ZerixDRAVEv2: [^:]*:\\d+:.*?([~\\w]+): error: ([^]*)\n");
@@ -407,8 +407,8 @@ std::string outcomeOf(const Request& request, const Failure& failure)
     return answer + (acted ? "" : " as itself") + (asked ? " | " : " without the broker | ") + sent + " | " + errors;
 }
 
-// A failure that a request does not notice has no row. The module stays loaded, so that a failure that spoils later
-// requests shows.
+// A failure that a request does not notice has no row. The module stays loaded, so that a failure with effects on
+// later requests becomes visible.
 TEST(StatusMatrixTest, Requests_answerAsInTheMatrix)
 {
     const support::ProviderModule stays;
