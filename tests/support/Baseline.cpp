@@ -11,7 +11,7 @@ namespace support {
 
 namespace {
 
-// The longest common subsequence, as the lines that are only in one of the two: "-" expected, "+" got.
+// Compares by the longest common subsequence. Returns the lines that only one side has: "-" expected, "+" got.
 std::string difference(const std::vector<std::string>& expected, const std::vector<std::string>& got)
 {
     std::vector<std::vector<std::size_t>> common(expected.size() + 1, std::vector<std::size_t>(got.size() + 1, 0));

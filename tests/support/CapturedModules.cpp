@@ -62,7 +62,7 @@ std::map<HMODULE, std::unique_ptr<SinkHooks>>& hooks()
 
 void setLogLevelVariable(const char* value)
 {
-    // The C run time keeps a copy of the environment of its own; a removal is an empty value to it.
+    // The C run time keeps a separate copy of the environment. It treats an empty value as a removal.
     _putenv_s("VEXAL_DRAVEv2_LOG_LEVEL", value != nullptr ? value : "");
     SetEnvironmentVariableA("VEXAL_DRAVEv2_LOG_LEVEL", value);
 }

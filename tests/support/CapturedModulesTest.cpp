@@ -13,7 +13,7 @@ using testing::IsEmpty;
 constexpr const char* NEW_LAZY =
     "debug|Utils/Singleton|utils::Singleton<class Lazy>::Singleton|New singleton instance for Lazy";
 
-// A DLL with a log of its own, of which this call writes one line.
+// A DLL with its copy of the log. This call writes one line.
 class LoggingModule
 {
 public:

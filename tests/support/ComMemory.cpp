@@ -41,7 +41,7 @@ void* ComMemory::PreFree(void* block, BOOL ours)
 
 SIZE_T ComMemory::PreRealloc(void* block, SIZE_T size, void** moved, BOOL ours)
 {
-    // A block that is first allocated by a resize, or freed by one, is no different from any other.
+    // A block that a resize allocates or frees counts like any other.
     if (block == nullptr && size != 0) {
         ++m_live;
     } else if (block != nullptr && size == 0 && ours) {

@@ -4,7 +4,7 @@
 
 namespace {
 
-// What the other tests' checks for leaks rest on.
+// The other tests rely on this check for leaks.
 TEST(ComMemoryTest, TextsAndArraysCountUntilTheyAreFreed)
 {
     const support::ComMemory memory;

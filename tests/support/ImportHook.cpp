@@ -37,7 +37,7 @@ std::vector<void**> findSlots(HMODULE module, const char* dll, const char* funct
         if (dll != nullptr && lstrcmpiA(at<char>(base, import->Name), dll) != 0) {
             continue;
         }
-        // The two tables run side by side: the names as they were linked, and the addresses as they were loaded.
+        // Two parallel tables: the names as they were linked, and the addresses as they were loaded.
         const auto* name = at<IMAGE_THUNK_DATA>(base, import->OriginalFirstThunk);
         auto* address = at<IMAGE_THUNK_DATA>(base, import->FirstThunk);
         for (; name->u1.AddressOfData != 0; ++name, ++address) {

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-// Kept by the product for whoever looks with a debugger, and so in no header.
+// The product keeps this counter for debuggers, so no header declares it.
 namespace utils {
 
 extern std::atomic<std::uint32_t> mutexLockCount;

@@ -44,7 +44,7 @@ void fill(MIB_IF_ROW2& row, std::size_t number)
     row.Mtu = 1500;
 }
 
-// What GetAdaptersAddresses points at; it lives for as long as the program.
+// The data to which the result of GetAdaptersAddresses points. It lives as long as the program.
 struct AdapterAddresses
 {
     IP_ADAPTER_ADDRESSES adapter{};
@@ -103,7 +103,7 @@ ULONG WINAPI addresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PI
         fill(all[i], i, current->addressesOfEach);
         all[i].adapter.Next = i + 1 == all.size() ? nullptr : &all[i + 1].adapter;
     }
-    // The caller's buffer holds the first; the others are where its chain leads.
+    // The caller's buffer holds the first adapter. Its chain leads to the others.
     *buffer = all.front().adapter;
     return NO_ERROR;
 }
@@ -127,7 +127,7 @@ std::string MadeUpAdapters::guidText(std::size_t number)
 {
     std::array<wchar_t, 39> text{};
     StringFromGUID2(guidOf(number), text.data(), static_cast<int>(text.size()));
-    // ASCII alone, and without its end.
+    // Copies ASCII text without its terminator.
     return {text.begin(), text.end() - 1};
 }
 
