@@ -236,7 +236,7 @@ private:
         return code(WBEM_S_NO_ERROR);
     }
 
-    // A class that the namespace does not have brings no rows, and no failure.
+    // For a class that the namespace lacks, returns no rows and no failure.
     HRESULT instances(std::wstring_view className, LONG flags, Rows& rows) const
     {
         const bool exactly = (flags & WBEM_FLAG_SHALLOW) != 0;

@@ -4,11 +4,11 @@
 #include "wmihost/terminal/Console.h"
 #include "wmihost/terminal/Text.h"
 
-// What commands look like on a terminal. These tests need one of at least 50 lines of 72 characters.
+// The output of commands on a terminal. These tests need a terminal of at least 50 lines of 72 characters.
 namespace wmihost {
 namespace {
 
-// A fresh screen of the terminal, with standard output and standard error on it for as long as the scope lives.
+// While the scope lives, standard output and standard error go to an empty screen of the terminal.
 class Screen
 {
 public:
@@ -31,7 +31,7 @@ public:
         CloseHandle(m_handle);
     }
 
-    // The lines of the whole screen, without blanks behind them and without the empty lines at the end.
+    // The lines of the whole screen, without trailing blanks and without the empty lines at the end.
     std::string text() const
     {
         CONSOLE_SCREEN_BUFFER_INFO info{};
@@ -66,7 +66,7 @@ TEST_F(OnTerminalTest, StandardOutputAndStandardErrorAreATerminal)
 {
     EXPECT_TRUE(outIsTerminal());
     EXPECT_TRUE(errorIsTerminal());
-    // One less than the 72 that a line has.
+    // One less than the 72 characters of a line.
     EXPECT_EQ(lineWidth(), 71U);
 }
 
@@ -219,7 +219,7 @@ TEST_F(OnTerminalTest, WatchDrawsItsTableInPlace)
     unsigned looks = 0;
     behaviour.enumerate = [&](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
         shown.push_back(screen.text());
-        // The last time one instance less: nothing of its line may stay.
+        // The last enumeration has one instance less. Nothing of its line may remain.
         const auto names = ++looks < 4 ? std::vector{L"one", L"two"} : std::vector{L"two"};
         for (const auto* name : names) {
             const auto thing = spawn(ns, L"Fake_Thing");

@@ -6,7 +6,7 @@ import pathlib
 import subprocess
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
-# Where tools/wine-test notes which programs it started once more, and why.
+# The folder in which tools/wine-test records the programs that it started again, and the reasons.
 RACES = TOP / "build" / "wine-races"
 
 

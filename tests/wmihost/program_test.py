@@ -23,7 +23,7 @@ PROMTOOL = pathlib.Path(sys.argv[3]).resolve()
 
 PROFILE = 'Zerix_RegisteredProfile="Vexal:Profile:EthernetPort"'
 SETTING = 'Zerix_DiagnosticSetting="Vexal:DiagnosticSetting"'
-# What examples of the document show that another machine, or another moment, does not: adapters, jobs, counters, times.
+# Parts of the document's examples that differ between machines or runs: adapters, jobs, counters, times.
 OF_ONE_MACHINE = ("-4E6574446576", "Vexal:Job:", " ms\n", "the first adapter,")
 NEEDS_INSTALLATION = ("wmihost --service self-test",)
 DENIED = """: failed
@@ -170,7 +170,7 @@ AdvertiseTypes               Not Advertised
             "job ended: 7 \\(Completed\\)\n", out)
         self.assertTrue(match, out)
         self.assertEqual(code, 0)
-        # How many of the steps are seen is a matter of time; the last one always is.
+        # The number of visible steps depends on timing, but the last one is always visible.
         self.assertRegex(error, r"^((0|50) % (New|Starting|Running)\n|100 % Running\n)*100 % Completed\n$")
         job = match[1]
         self.expect(["get", job, "--property", "JobState,PercentComplete"], 0,
@@ -210,7 +210,7 @@ AdvertiseTypes               Not Advertised
         ports = len(wmihost("list", "Zerix_EthernetPort")[1].split("\n")) - 3
         self.assertEqual(out.count("\nzerix_port_info{"), ports)
         self.assertIn("\nzerix_read_success 1\n", out)
-        # Alerts on a metric that nobody writes would never be raised.
+        # An alert on a metric that no program writes would never be raised.
         rules = (TOP / "install" / "prometheus" / "zerix.rules.yml").read_text(encoding="utf-8")
         asked = set(re.findall(r"zerix_[a-z_]+", re.sub(r"#.*", "", rules)))
         self.assertGreater(len(asked), 9)
@@ -234,7 +234,7 @@ AdvertiseTypes               Not Advertised
                 self.assertEqual(dict(counts()), {"running": "1", "failed": before["failed"]})
             finally:
                 host.kill()
-        # The host that carried on the job is gone, and the job with it.
+        # The host that ran the job has ended, and so has the job.
         self.assertEqual(dict(counts()), {"running": "0", "failed": str(int(before["failed"]) + 1)})
         self.assertEqual(wmihost("delete", f'Zerix_ConcreteJob="{running[0]["InstanceID"]}"')[0], 0)
         self.assertEqual(dict(counts()), before)
@@ -338,7 +338,7 @@ delete     FAILED   there is no job to delete
         for line in self.lines_of("sh"):
             with self.subTest(line):
                 code, out, error = PROGRAM.shell(line, folder=PREFIX)
-                # The machine's own WMI does not know the product's classes here.
+                # This machine's WMI does not know the product's classes.
                 self.assertEqual(code, 1 if line in NEEDS_INSTALLATION else 0, out + error)
 
     def test_completion_for_powershell_is_understood(self):

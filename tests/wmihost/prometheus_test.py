@@ -30,11 +30,11 @@ SCRAPE_SECONDS = 2
 SCRAPES = 40
 WINDOW_SECONDS = SCRAPE_SECONDS * SCRAPES
 TOLERANCE = 0.05
-# The namespace has a loopback interface of its own, so that no other program's port is in the way.
+# The namespace has a separate loopback interface, so that no other program uses the port.
 EXPORTER, PROMETHEUS = "127.0.0.1:9100", "127.0.0.1:9090"
 PAYLOAD = bytes(1000)
 PACKETS_PER_SECOND = 100
-# Ethernet, IPv4 and UDP: the adapters count frames without their check sum.
+# Ethernet, IPv4 and UDP headers. The adapters count frames without their checksum.
 FRAME_BYTES = 14 + 20 + 8 + len(PAYLOAD)
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
@@ -123,7 +123,7 @@ def make_adapters():
         ip("link", "set", name, "up")
     ip("address", "add", "10.77.0.1/24", "dev", "v0")
     address = pathlib.Path("/sys/class/net/w0/address").read_text(encoding="utf-8").strip()
-    # Nobody answers there; the frames go to the other end, which counts them.
+    # This address has no host. The frames go to the other end, which counts them.
     ip("neighbour", "add", "10.77.0.2", "lladdr", address, "dev", "v0", "nud", "permanent")
 
 
@@ -133,7 +133,7 @@ class Programs:
     def __init__(self, folder):
         self.folder = folder
         self.running = {}
-        # Nothing writes to the files of a prefix but the registry's, which are replaced, not changed.
+        # Only the registry's files change in a prefix, and they are replaced, not written to.
         self.environment = dict(os.environ, WINEPREFIX=str(folder / "prefix"))
         shutil.copytree(os.environ["WINEPREFIX"], folder / "prefix", symlinks=True, copy_function=os.link)
 
@@ -235,7 +235,7 @@ def check_changes(programs):
     event("x0 and y0 removed")
     ip("link", "delete", "x0")
     wait_for("x0 is down", lambda: query(of_ports("zerix_port_up")).get("x0") == 0)
-    # Wine goes on listing adapters that are gone until its server ends.
+    # Wine lists adapters that have gone until its server ends.
     programs.restart_wine()
     event("Wine started anew")
     wait_for("x0 and y0 have disappeared", lambda: set(query("zerix_port_info")) == {"v0", "w0"})

@@ -19,13 +19,13 @@ from program import Program
 
 WORK = pathlib.Path(sys.argv[2]).resolve()
 PROGRAM = Program(sys.argv[1], WORK / "terminal-prefix")
-# The path of a socket has room for a hundred characters, which that of a build folder may exceed.
+# A socket's path has at most about a hundred characters, and the path of a build folder may be longer.
 FOLDER = tempfile.TemporaryDirectory()
 SOCKET = FOLDER.name + "/tmux"
 WIDTHS = (40, 80, 200)
 LINES = 120
 PATIENCE = 100  # seconds
-# They go where the cells of a row stand below each other.
+# A narrow table omits these headings, because it shows the cells of a row below each other.
 HEADINGS = {"Property", "Value", "Type", "Access", "Description", "Request", "Verdict", "Detail"}
 SETTING = 'Zerix_DiagnosticSetting="Vexal:DiagnosticSetting"'
 
@@ -112,7 +112,7 @@ class TerminalTest(unittest.TestCase):
     maxDiff = None
 
     def test_rows_are_told_apart_in_every_class(self):
-        # Jobs and results to look at.
+        # Creates jobs and results for the commands to show.
         port = first_port()
         for _ in range(2):
             self.assertEqual(PROGRAM.wmihost("invoke", port, "RunLinkDiagnostic", "SampleCount=1", "--wait")[0], 0)
@@ -150,7 +150,7 @@ class TerminalTest(unittest.TestCase):
                         shown, code = terminal.run(line)
                         self.assertEqual(code, 0, shown)
                         self.assertTrue(all(len(text) <= columns for text in shown))
-                        # No word is cut in two but where it is longer than the line.
+                        # A word is split only if it is longer than the line.
                         _, whole, _ = PROGRAM.shell(line)
                         whole = re.sub("(?m)^  wmihost .*$", "", whole)  # examples stay in one piece
                         words = {word for word in whole.split() if len(word) < columns - 8 and word.strip("-")}
@@ -275,7 +275,7 @@ class PipeTest(unittest.TestCase):
                  "list Zerix_ConcreteJob -p JobState -w JobState=4 -f csv\n"
                  f"invoke '{port}' RunLinkDiagnostic SampleCount=2 -f csv\n")
         code, out, error = PROGRAM.wmihost("shell", stdin=lines.encode())
-        # The first job was running when the third line came: the port was in use.
+        # The first job was still running when the third line was executed, so the port was in use.
         self.assertEqual((code, out.split("\r\n")[2:5]), (1, ["JobState", "4", "Job,ReturnValue"]), out + error)
         self.assertIn("RunLinkDiagnostic returned 6 (In Use)", error)
 

@@ -5,7 +5,7 @@ import re
 
 GUID = r"\{[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}\}"
 
-# In this order: an earlier rule may take what a later one would.
+# The order matters: an earlier rule may match a text that a later one would match too.
 RULES = (
     ("ends of lines", r"\r", ""),
     ("GUIDs of adapters", GUID, "<guid>"),

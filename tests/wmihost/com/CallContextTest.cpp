@@ -7,7 +7,7 @@
 namespace wmihost {
 namespace {
 
-// The level of the token on this thread, or the error that OpenThreadToken gives.
+// The level of this thread's token, or the error of OpenThreadToken.
 struct ThreadToken
 {
     DWORD error = 0;

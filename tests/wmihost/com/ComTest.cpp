@@ -8,7 +8,7 @@
 namespace wmihost {
 namespace {
 
-// Tells when it goes.
+// Records its destruction.
 class Thing final : public ComObject<IClassFactory>
 {
 public:

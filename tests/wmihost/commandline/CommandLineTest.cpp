@@ -49,7 +49,7 @@ TEST_F(CommandLineTest, AClassWhoseProviderIsNotRegisteredIsRefused)
               "  Try: the MOF needs an instance of __Win32Provider in the namespace of the class\n");
 }
 
-// By command.
+// The examples of the help, by command.
 const std::map<std::string, std::string>& examples()
 {
     static const std::map<std::string, std::string> lines{
@@ -78,7 +78,7 @@ struct WrongUsage
 {
     const char* name;
     std::vector<std::string> arguments;
-    const char* reason;  // with the command that it is about
+    const char* reason;  // the name of the command included
 };
 
 void PrintTo(const WrongUsage& row, std::ostream* stream)
@@ -218,7 +218,7 @@ struct Refusal
 {
     const char* name;
     std::vector<std::string> arguments;
-    const char* explanation;  // behind what was asked
+    const char* explanation;  // the text after the command
 };
 
 void PrintTo(const Refusal& row, std::ostream* stream)
@@ -479,7 +479,7 @@ TEST_F(CommandLineTest, Help_fitsTheLine)
             EXPECT_EQ(run({command.substr(command.find(' ') + 1), "--help"}), 0);
             std::istringstream lines(out);
             for (std::string line; std::getline(lines, line);) {
-                // Examples stay in one piece, to be copied.
+                // Examples are not wrapped, so that users can copy them.
                 EXPECT_TRUE(lengthOf(line) <= width || line.starts_with("  wmihost ")) << command << ": " << line;
             }
         }
@@ -518,7 +518,7 @@ TEST_F(CommandLineTest, AMofThatIsNotThereIsMissed)
             "  Try: --mof FILE names another MOF; the product's own, ZerixDRAVEv2.mof, lies beside the program\n");
 }
 
-// The level at which the client lets the provider act, as the provider finds it.
+// The impersonation level of the client, as the provider reads it.
 std::string levelOfTheClient()
 {
     EXPECT_EQ(CoImpersonateClient(), S_OK);

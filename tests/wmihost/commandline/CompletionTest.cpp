@@ -6,7 +6,7 @@ namespace {
 
 using CompletionTest = CommandTest;
 
-// The packages carry these files, so that a shell need not run the program when it starts.
+// The packages contain these files, so that a shell does not run the program when it starts.
 TEST_F(CompletionTest, Scripts_areThoseOfThePackages)
 {
     const std::filesystem::path folder = std::filesystem::path(ZERIX_INSTALL_FOLDER) / "completion";

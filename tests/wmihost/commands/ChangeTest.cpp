@@ -11,7 +11,7 @@ constexpr const char* deletable =
     "instance of __InstanceProviderRegistration { Provider = \"__Win32Provider.Name=\\\"FakeProvider\\\"\"; "
     "SupportsDelete = TRUE; };\n";
 
-// A provider that keeps what is put and remembers who asked for what.
+// A provider that stores the values that are put and records the requests.
 class ChangeTest : public CommandTest
 {
 protected:
@@ -115,7 +115,7 @@ TEST_F(ChangeTest, Mistake_inOneOfTheValues_costsNoPut)
               "  WBEM_E_READ_ONLY (0x80041023): the property is read-only\n"
               "  Reason: the object takes no such value\n"
               "  Try: describe the class to see which properties are writable\n");
-    // A misspelt name and a wrong value cost no request at all.
+    // A misspelt name or a wrong value is refused before any request.
     EXPECT_EQ(requests, Requests{L"get Fake_Thing.Name=\"one\""});
     EXPECT_EQ(out, "");
 }

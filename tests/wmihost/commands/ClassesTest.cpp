@@ -161,7 +161,7 @@ TEST_F(ClassesTest, TheMofOfAClassCompilesAgain)
     EXPECT_EQ(out, first);
 }
 
-// `wmihost describe --format markdown` writes the page anew.
+// `wmihost describe --format markdown` writes the page again.
 TEST_F(ClassesTest, ThePageOfTheProductsClassesIsWhatTheMofSays)
 {
     std::filesystem::copy_file(ZERIX_INSTALL_FOLDER "/ZerixDRAVEv2.mof", mof,

@@ -4,7 +4,7 @@
 namespace wmihost {
 namespace {
 
-// A provider whose methods note the arguments they are given; Turn says no.
+// A provider whose methods record their arguments. Turn returns a refusal.
 class InvokeTest : public CommandTest
 {
 protected:

@@ -11,7 +11,7 @@ struct State
     long percent;
 };
 
-// A job that is in the next of the states each time somebody looks.
+// A job that changes to the next of the states at each retrieval.
 class JobFollowerTest : public JobTest<CommandTest>
 {
 protected:

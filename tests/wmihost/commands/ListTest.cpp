@@ -135,12 +135,12 @@ TEST_F(ListTest, GetsChosenPropertiesInEachFormat)
     EXPECT_EQ(run({"get", "Fake_Thing=\"one\"", "--property", "State", "--format", "json"}), 0);
     EXPECT_EQ(out, "{\n  \"__CLASS\": \"Fake_Thing\",\n  \"__PATH\": \"\\\\\\\\" + toUtf8(serverName()) +
                        "\\\\root\\\\test:Fake_Thing.Name=\\\"one\\\"\",\n  \"State\": 2\n}\n");
-    // A part of an instance is no MOF of it.
+    // The MOF form always shows the whole instance.
     EXPECT_EQ(run({"get", "Fake_Thing=\"one\"", "--property", "State", "--format", "mof"}), 0);
     EXPECT_EQ(out, "instance of Fake_Thing\n{\n    Name = \"one\";\n    Count = 3;\n    State = 2;\n};\n");
 }
 
-// The summary, and the two times that it tells.
+// The summary and its two times.
 void expectSummary(const std::string& text, const std::string& counts, double leastSlowest)
 {
     std::smatch match;
@@ -191,7 +191,7 @@ TEST_F(ListTest, EachThreadAsksOneRequestAtATime)
             ++requests[GetCurrentThreadId()];
             EXPECT_EQ(++underWay[GetCurrentThreadId()], 1);
         }
-        // Long enough for every thread to have begun before the first one is through.
+        // Long enough for every thread to start before the first one has finished.
         Sleep(20);
         const std::lock_guard lock(mutex);
         --underWay[GetCurrentThreadId()];

@@ -1,5 +1,5 @@
-// The commands with --service on the WMI that this machine has: here that of Wine, which keeps a few classes of its
-// own.
+// The commands with --service and this machine's WMI. Here it is Wine's WMI, which has only a few
+// classes.
 
 #include <algorithm>
 #include <array>
@@ -31,8 +31,8 @@ protected:
         return result;
     }
 
-    // The answer as JSON; null if the command failed. Wine's texts of paths end with zeros, and rows that lack the key
-    // have no path.
+    // The answer as JSON; null if the command failed. Wine's path texts end with null characters, and rows without
+    // the key have no path.
     Json ask(std::vector<std::string> arguments)
     {
         arguments.insert(arguments.end(), {"--format", "json"});
@@ -74,7 +74,7 @@ std::set<std::string> registryKeys(HKEY root, const wchar_t* path)
     return names;
 }
 
-// "02:fc:00:00:00:01" of each adapter that has such an address.
+// The hardware address, "02:fc:00:00:00:01", of each adapter that has one.
 std::multiset<std::string> adapterAddresses()
 {
     std::multiset<std::string> addresses;
@@ -135,7 +135,7 @@ TEST_F(MachineServiceTest, StdRegProv_readsTheRegistry)
     const Json value = ask({"invoke", "StdRegProv", "GetStringValue", localMachine, "sSubKeyName=" + toUtf8(versionKey),
                             "sValueName=CurrentBuildNumber"});
     EXPECT_EQ(value["sValue"], registryText(HKEY_LOCAL_MACHINE, versionKey, L"CurrentBuildNumber")) << error;
-    // A return value that means refusal is a failure.
+    // A return value that means a refusal counts as a failure.
     EXPECT_EQ(runService({"invoke", "StdRegProv", "EnumKey", localMachine, "sSubKeyName=Software\\Of nobody",
                           "--format", "json"}),
               1);
@@ -165,9 +165,9 @@ TEST_F(MachineServiceTest, UnknownClass_fails)
     }
 }
 
-// Queries that the platform's engine supports: its answer and the one that this program finds in the classes it reads
-// through the service are the same, and are not empty where `matches` says so. Wine finds nothing for a pattern of LIKE
-// that begins with %.
+// Queries that the platform's engine supports. Its answer must equal the one that this program computes from the
+// classes that it reads through the service, and must not be empty if `matches` is set. Wine finds nothing for a LIKE
+// pattern that begins with %.
 struct SharedQuery
 {
     const char* name;

@@ -6,7 +6,7 @@
 namespace wmihost {
 namespace {
 
-// The provider has one port, whose MTU is the number of the reading; a reading in `failing` is refused.
+// The provider has one port, whose MTU is the number of the reading. It refuses the readings in `failing`.
 class MetricsTest : public CommandTest
 {
 protected:
@@ -54,7 +54,7 @@ protected:
         return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     }
 
-    // The lines that differ from reading to reading.
+    // The lines that differ between readings.
     static std::string figures(const std::string& text)
     {
         std::string result;
@@ -71,7 +71,7 @@ protected:
     int readings = 0;
     int firstFailing = 0;
     int lastFailing = 0;
-    std::vector<std::string> shown;  // what the file held when each reading began
+    std::vector<std::string> shown;  // the contents of the file when each reading began
 };
 
 const std::string deniedReport =
@@ -117,7 +117,7 @@ TEST_F(MetricsTest, FailedReading_keepsTheLastGoodValues)
     ASSERT_EQ(shown.size(), 3U);
     const std::string before = figures(shown[1]);
     EXPECT_TRUE(before.starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 1\nzerix_read_success 1\n")) << before;
-    // The same values and the same time.
+    // The values and the time are the same.
     EXPECT_EQ(figures(shown[2]), std::regex_replace(before, std::regex("success 1"), "success 0"));
     EXPECT_TRUE(figures(textOfFile()).starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 3\nzerix_read_success 1\n"));
 }

@@ -32,7 +32,7 @@ class Fake_Rich
 };
 )";
 
-// One rich thing beside the fake provider's own.
+// Another thing with many values, besides those of the fake provider.
 class OutputTest : public CommandTest
 {
 protected:
@@ -104,7 +104,7 @@ TEST_F(OutputTest, ListsAsMof)
 TEST_F(OutputTest, ATableSpellsEveryKindOfValueForPeople)
 {
     serveRichThing();
-    // The keys that are the same on every line are left out.
+    // Keys with the same value in every line are left out.
     EXPECT_EQ(run({"list", "Fake_Rich"}), 0);
     EXPECT_EQ(
         out,
@@ -220,7 +220,7 @@ TEST_F(OutputTest, ControlCharactersOfValues_areEscapedInEachFormat)
               "b\nc");
     EXPECT_EQ(run({"list", "Fake_Thing", "-f", "mof"}), 0);
     EXPECT_NE(out.find("Name = \"a\\x001B[2J\\x009b\\x202eb\\nc\";"), std::string::npos) << out;
-    // A file of data has them as they are.
+    // Data formats contain the characters unchanged.
     EXPECT_EQ(run({"list", "Fake_Thing", "-p", "Name", "-f", "csv"}), 0);
     EXPECT_EQ(out,
               "Name\r\n\"a\x1b[2J\xC2\x9B\xE2\x80\xAE"
@@ -250,10 +250,10 @@ TEST_F(OutputTest, AnAdapterIsShownAtAGlance)
               "Name  MAC              Speed   MTU  State  DeviceID\n"
               "----  ------------  --------  ----  -----  --------\n"
               "eth0  02FC00000001  1 Gbit/s  1500         {0}\n");
-    // A heading names its property on the command line as well.
+    // The command line also accepts a heading as the name of its property.
     EXPECT_EQ(run({"list", "Zerix_EthernetPort", "--property", "mac,MTU,State", "-f", "csv"}), 0);
     EXPECT_EQ(out, "PermanentAddress,ActiveMaximumTransmissionUnit,EnabledState\r\n02FC00000001,1500,\r\n");
-    // Who asks for a property by name sees it under that name's heading, whatever stands at a glance.
+    // A property that the user names is shown under that heading, even if it is not in the default columns.
     EXPECT_EQ(run({"list", "Zerix_EthernetPort", "--property", "Other,PermanentAddress"}), 0);
     EXPECT_EQ(out, "Other  MAC\n-----  ------------\n       02FC00000001\n");
 }

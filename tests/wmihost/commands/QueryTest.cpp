@@ -1,4 +1,4 @@
-// The commands `query` and `related`, with conditions and relations that this program works out by itself.
+// The commands `query` and `related`, whose conditions and relations this program evaluates itself.
 
 #include "tests/wmihost/CommandTest.h"
 #include "tests/wmihost/TextRow.h"
@@ -6,7 +6,7 @@
 namespace wmihost {
 namespace {
 
-// Rooms and lamps, and which lamp hangs in which room.
+// Rooms and lamps, and associations between a lamp and its room.
 class QueryTest : public CommandTest
 {
 protected:

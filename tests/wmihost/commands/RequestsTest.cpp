@@ -9,7 +9,7 @@ namespace {
 class RequestsTest : public CommandTest
 {
 protected:
-    // The text of the failure, behind its status.
+    // The text of the failure after its status.
     std::string failureOf(const std::function<void()>& call)
     {
         try {

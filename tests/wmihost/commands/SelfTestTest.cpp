@@ -24,7 +24,7 @@ class Zerix_EthernetPort
 };
 )";
 
-// A provider that serves the tour as the real one does.
+// A provider that serves the tour in the same way as the real one.
 class SelfTestTest : public CommandTest
 {
 protected:

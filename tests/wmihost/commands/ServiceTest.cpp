@@ -1,4 +1,4 @@
-// The commands with --service: every request goes to the machine's WMI, here a WMI of the tests.
+// The commands with --service: every request goes to the machine's WMI, which a fake replaces here.
 
 #include <algorithm>
 
@@ -306,7 +306,7 @@ TEST_F(ServiceTest, ClassWithoutKeyQualifiers_takesThePathAsItIs)
 
 struct RefusedCall
 {
-    const char* operation;  // that the service refuses with 0x80041001
+    const char* operation;  // the operation that the service refuses with 0x80041001
     std::vector<std::string> arguments;
 };
 
@@ -319,7 +319,7 @@ class RefusedCalls : public ServiceTest, public testing::WithParamInterface<Refu
 {
 };
 
-// A refused asynchronous call is made synchronously; a refused synchronous one fails the command.
+// If the service refuses an asynchronous call, it is made synchronously. A refused synchronous call fails the command.
 TEST_P(RefusedCalls, FallBackOrFail)
 {
     const std::string operation = GetParam().operation;

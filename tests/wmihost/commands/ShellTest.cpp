@@ -34,7 +34,7 @@ TEST(SplitWords, QuoteWithoutEnd_isRefused)
     EXPECT_THROW(splitWords("get \"A\\\""), UsageError);
 }
 
-// Standard input comes from a file for as long as the scope lives.
+// While the scope lives, standard input comes from a file.
 class Input
 {
 public:

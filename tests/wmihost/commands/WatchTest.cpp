@@ -6,7 +6,7 @@
 namespace wmihost {
 namespace {
 
-// What a counter of an instance says at the n-th look, beginning with 0.
+// The value of an instance's counter at the n-th reading, counted from 0.
 struct Watched
 {
     std::wstring name;
@@ -71,7 +71,7 @@ still                           +0 B/s +[0-9.]+ /s
     const auto kilobytes = [&match](std::size_t at) {
         return std::stod(match[at]) * (match[at + 1] == "M" ? 1000 : 1);
     };
-    // At most four million bytes in 20 ms; four digits of a rate are shown.
+    // At most four million bytes in 20 ms. A rate is shown with four digits.
     EXPECT_LE(kilobytes(1), 200000.0);
     EXPECT_NEAR(kilobytes(1) / kilobytes(3), 4.0, 0.05);
 }
@@ -86,7 +86,7 @@ TEST_F(WatchTest, TheFastestInstance_comesFirst)
     const auto place = [this](const char* name) { return out.find(name); };
     EXPECT_LT(place("fast"), place("slow"));
     EXPECT_LT(place("slow"), place("still"));
-    // Those that are equally fast stay in their order.
+    // Instances with equal rates keep their order.
     EXPECT_LT(place("still"), place("last"));
 }
 

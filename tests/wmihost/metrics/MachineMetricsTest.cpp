@@ -76,7 +76,7 @@ protected:
         add(rows.ports, {{L"DeviceID", words(guid)}, {L"EnabledState", Variant::ofLong(state)}});
     }
 
-    // The lines of the metrics of that name, HELP and TYPE included.
+    // The lines of the metrics with that name, HELP and TYPE included.
     std::string linesOf(const std::string& name) const
     {
         auto families = machineMetrics(rows);
@@ -184,7 +184,7 @@ TEST_F(MachineMetricsTest, Addresses_areCountedAndNamed)
     add(rows.endpoints, {{L"Name", words(L"{A}:fe80::1")},
                          {L"IPv6Address", words(L"fe80::1")},
                          {L"AddressOrigin", Variant::ofLong(10)}});
-    // What privacy extensions make anew every day.
+    // Privacy extensions replace such addresses every day.
     for (const long origin : {8, 9}) {
         add(rows.endpoints, {{L"Name", words(L"{A}:2001:db8::1")},
                              {L"IPv6Address", words(L"2001:db8::1")},
@@ -236,7 +236,7 @@ TEST(CounterName, Unit_standsBeforeTotal)
     EXPECT_EQ(named(L"Resets", L""), "zerix_port_resets_total");
 }
 
-// The names that dashboards and alerts rely on, and base units behind them.
+// Dashboards and alerts rely on these names, which end with base units.
 TEST(CounterName, CountersOfTheMof_haveNamesOfTheirOwn)
 {
     ClassRepository repository;

@@ -28,7 +28,7 @@ BOOL WINAPI lookAndMove(LPCWSTR from, LPCWSTR to, DWORD flags)
     return MoveFileWithProgressW(from, to, nullptr, nullptr, flags);
 }
 
-// How often the platform refuses to replace the file, and with which error.
+// The number of times that the platform refuses to replace the file, and the error.
 int refusalsLeft = 0;
 DWORD refusal = ERROR_SUCCESS;
 int moves = 0;

@@ -35,7 +35,7 @@ TEST(InstalledMof, DeclaresEveryClassWithKeysDescriptionsAndARegisteredProvider)
             int keys = 0;
             for (const Property& property : definition->properties) {
                 keys += property.isKey() ? 1 : 0;
-                // The standard gives the qualifier to properties, and a reference is none.
+                // The standard defines the qualifier for properties only, and a reference is not one of them.
                 EXPECT_EQ(hasQualifier(property.qualifiers, L"read"), property.type != CIM_REFERENCE)
                     << name << "." << toUtf8(property.name);
                 EXPECT_NE(qualifierText(property.qualifiers, L"Description"), L"")
@@ -44,9 +44,9 @@ TEST(InstalledMof, DeclaresEveryClassWithKeysDescriptionsAndARegisteredProvider)
             EXPECT_GT(keys, 0) << name;
             for (const Method& method : definition->methods) {
                 EXPECT_TRUE(hasQualifier(method.qualifiers, L"implemented")) << name;
-                // The provider needs an instance for every method.
+                // The provider calls every method on an instance.
                 EXPECT_FALSE(hasQualifier(method.qualifiers, L"static")) << name;
-                // WMI hands over no object for a method without inputs, and the provider refuses such a call.
+                // WMI passes no object for a method without inputs, and the provider refuses such a call.
                 EXPECT_TRUE(method.in) << name << "." << toUtf8(method.name) << " can never be called";
             }
         }
@@ -78,7 +78,7 @@ TEST(InstalledMof, WordsAndNumbersOfEveryValueMapComeInPairs)
     }
 }
 
-// What stands out is WMI's own: the pragmas of its compiler.
+// Only the pragmas of WMI's compiler are outside the standard.
 TEST(InstalledMof, KeepsToTheStandardButForWmisOwn)
 {
     static const std::regex pragma("the pragma '(autorecover|deleteclass|deleteinstance)' is not in the standard");

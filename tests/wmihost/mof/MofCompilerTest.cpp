@@ -198,7 +198,7 @@ TEST(MofCompiler, KnowsEveryTypeAndItsArray)
     EXPECT_EQ(qualifierText(types->findProperty(L"p")->qualifiers, L"CIMTYPE"), L"ref:Types");
 }
 
-// A MOF as somebody else would write it: every type and its array, with qualifiers of every kind and flavor.
+// A MOF by another author: every type and its array, with qualifiers of every kind and flavor.
 TEST(MofCompiler, ReadsQualifiersOfEveryTypeAtMembersOfEveryType)
 {
     const ClassRepository repository = compiled(R"(

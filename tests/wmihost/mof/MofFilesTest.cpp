@@ -12,7 +12,7 @@
 #include "wmihost/objects/ClassObject.h"
 #include "wmihost/terminal/Text.h"
 
-// Each .mof of a folder stands beside what it compiles to, its .expected.
+// Each .mof of a folder has a file .expected beside it, with the result of compiling it.
 
 namespace wmihost {
 namespace {
@@ -34,7 +34,7 @@ std::vector<fs::path> mofFilesIn(const fs::path& folder)
     return files;
 }
 
-// Everything that a repository declares, as MOF that compiles on its own.
+// Everything that a repository declares, as a MOF that can be compiled alone.
 std::string written(const ClassRepository& repository)
 {
     std::wstring text;
@@ -55,7 +55,7 @@ std::string written(const ClassRepository& repository)
     return toUtf8(text);
 }
 
-// What a file compiles to; its mistake, without the folder, if it has one.
+// The result of compiling a file, or the message of its mistake without the folder.
 std::string outcome(const fs::path& file)
 {
     ClassRepository repository;
@@ -69,7 +69,7 @@ std::string outcome(const fs::path& file)
     }
 }
 
-// Compares the classes and instances themselves, which differ in more than their texts can show.
+// Compares the classes and instances as objects, because they have more data than their texts show.
 void expectSameObjects(const Namespace& left, const Namespace& right)
 {
     const auto expectSame = [](const ComPtr<IWbemClassObject>& one, const ComPtr<IWbemClassObject>& other,
@@ -89,7 +89,7 @@ void expectSameObjects(const Namespace& left, const Namespace& right)
     }
 }
 
-// Compiles a file, and again what it was compiled to.
+// Compiles a file, and then compiles the result.
 void expectReadBackEqual(const fs::path& file)
 {
     ClassRepository first;
@@ -130,7 +130,7 @@ TEST_P(MofCase, WhatItWrites_compilesToTheSame)
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, MofCase, testing::ValuesIn(mofFilesIn(ZERIX_MOF_CASES)), testName);
-// Whole schemas in the layout of real ones: a root file that includes others out of subfolders.
+// Whole schemas with the layout of real ones: a root file that includes others from subfolders.
 INSTANTIATE_TEST_SUITE_P(Schemas, MofCase, testing::ValuesIn(mofFilesIn(ZERIX_MOF_SCHEMAS)), testName);
 
 class StrictMofCase : public testing::TestWithParam<fs::path>
@@ -150,8 +150,8 @@ TEST_P(StrictMofCase, ViolatesWhatIsExpected)
 
 INSTANTIATE_TEST_SUITE_P(Files, StrictMofCase, testing::ValuesIn(mofFilesIn(ZERIX_MOF_STRICT_CASES)), testName);
 
-// Whole schemas of others, which this tree may not hold: ZERIX_MOF_CORPUS names a folder, and each .mof that lies
-// directly in it compiles on its own, with what it includes.
+// Whole schemas of other authors, which this project may not distribute. ZERIX_MOF_CORPUS names a folder; each .mof
+// directly in it is compiled alone, together with its includes.
 TEST(MofCorpus, EachFile_compilesAndIsReadBackEqual)
 {
     const char* const folder = std::getenv("ZERIX_MOF_CORPUS");

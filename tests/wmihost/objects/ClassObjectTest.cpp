@@ -43,7 +43,7 @@ class Keyless
 };
 )";
 
-// What every row works on: the class Derived, an instance of it, and a place for results.
+// The data for every row: the class Derived, an instance of it, and a place for results.
 struct Scene
 {
     ClassRepository repository = compiled(mof);
@@ -454,7 +454,7 @@ const std::vector<Row>& rows()
 INSTANTIATE_TEST_SUITE_P(Rows, ClassObjectTable, testing::ValuesIn(rows()),
                          [](const auto& row) { return std::string(row.param.call) + std::to_string(row.index); });
 
-// The second table: what a call delivers or leaves behind, as a text.
+// The second table: the result of a call or its effect, as a text.
 struct Delivery
 {
     const char* call;
@@ -488,21 +488,21 @@ std::string shown(const Variant& value, CIMTYPE type)
            (value.isNull() ? "" : " " + literal);
 }
 
-// Type and value of a property as Get delivers them, "VT_I4 5 of type 18".
+// Type and value of a property as Get returns them, "VT_I4 5 of type 18".
 std::string got(Scene& s, const ComPtr<IWbemClassObject>& object, const wchar_t* name)
 {
     EXPECT_EQ(object->Get(name, 0, s.value.put(), &s.type, nullptr), ok);
     return shown(s.value, s.type) + " of type " + std::to_string(s.type);
 }
 
-// The same after a Put, with its status where it fails.
+// The same after a Put. If the Put fails, its status.
 std::string after(Scene& s, const wchar_t* name, const Variant& value)
 {
     const HRESULT status = put(s.instance, name, value);
     return (status == ok ? "" : "refused; ") + got(s, s.instance, name);
 }
 
-// The names of the parameters of both signatures.
+// The names of the parameters in both signatures.
 std::string signatures(Scene& s, const wchar_t* method)
 {
     IWbemClassObject* in = s.instance.get();

@@ -77,7 +77,7 @@ TEST(ClassDefinition, AnOverridingPropertyKnowsWhatItOverrides)
     ASSERT_TRUE(overriding->overridden);
     EXPECT_EQ(overriding->overridden->defaultValue.get().lVal, 5);
     EXPECT_FALSE(overriding->overridden->local);
-    // The next class inherits the value and overrides nothing itself.
+    // The next class inherits the value and overrides nothing.
     const Property* inherited = classIn(repository, L"Last")->findProperty(L"Count");
     EXPECT_EQ(inherited->defaultValue.get().lVal, 6);
     EXPECT_FALSE(inherited->overridden);

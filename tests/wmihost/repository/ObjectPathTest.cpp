@@ -123,7 +123,7 @@ TEST(ObjectPath, AFullPathNamesServerAndNamespace)
     EXPECT_EQ(fullPath(L"root\\test", L"A.k=1"), L"\\\\" + serverName() + L"\\root\\test:A.k=1");
 }
 
-// Values with a comma between the quotes are left out: Wine 8's parser takes it for the end of the key.
+// No values with a comma between the quotes, because Wine 8's parser takes it for the end of the key.
 TEST(ObjectPath, ThePlatformParsesWhatIsRendered)
 {
     const ComApartment apartment;

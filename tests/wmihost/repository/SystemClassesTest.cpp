@@ -15,7 +15,7 @@ protected:
     Namespace nameSpace{L"root\\test"};
 };
 
-// The class, and the classes from which it is derived: "A : B : C".
+// The class and its base classes: "A : B : C".
 std::wstring lineage(const Namespace& nameSpace, std::wstring_view name)
 {
     const ClassPointer definition = nameSpace.findClass(name);

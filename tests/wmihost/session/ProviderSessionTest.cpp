@@ -16,7 +16,7 @@
 namespace wmihost {
 namespace {
 
-// Delivers an instance of a class with that name as its key.
+// Delivers an instance of a class, with the class's name as its key.
 void indicateThing(IWbemServices& nameSpace, IWbemObjectSink* sink, std::wstring_view name)
 {
     ComPtr<IWbemClassObject> definition;
@@ -205,7 +205,7 @@ TEST_F(ProviderSessionTest, TheClientsTokenIsThereDuringTheRequestAndGoneAfterIt
         HANDLE token = nullptr;
         EXPECT_NE(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token), 0);
         CloseHandle(token);
-        // A provider that forgets to revert must not leave its client's token behind.
+        // If a provider does not revert the impersonation, the thread must not keep the client's token.
         return sink->SetStatus(WBEM_STATUS_COMPLETE, 0, nullptr, nullptr);
     };
     EXPECT_EQ(open().get(L"Fake_Thing.Name=\"x\"", options).status, 0);

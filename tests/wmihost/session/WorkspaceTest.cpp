@@ -96,7 +96,7 @@ TEST_F(WorkspaceTest, SuggestsTheNameThatWasMeant)
               "the MOF declares no namespace root/tset; did you mean root\\test?");
     EXPECT_EQ(reasonOf([&] { workspace.findInstance(L"Fake_Thing.Nmae=\"x\"", L""); }),
               "the class Fake_Thing has no key Nmae; did you mean Name?");
-    // A property that is no key.
+    // The property is not a key.
     EXPECT_EQ(reasonOf([&] { workspace.findInstance(L"Fake_Thing.Name=\"x\",Count=3", L""); }),
               "the class Fake_Thing has no key Count");
 }

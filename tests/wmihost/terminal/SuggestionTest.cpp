@@ -35,7 +35,7 @@ TEST(Suggestion, OfTwoThatAreAsLikeTheFirstIsMeant)
 TEST(Suggestion, ThereIsNoneWhereNothingIsLike)
 {
     EXPECT_EQ(suggestion(L"Win32_Processor", classes), "");
-    // A third of four letters is one.
+    // One is a third of four letters, rounded.
     EXPECT_EQ(suggestion(L"abcd", {L"abXY"}), "");
     EXPECT_EQ(suggestion(L"abcd", {L"abcX"}), "; did you mean abcX?");
     EXPECT_EQ(suggestion(L"", classes), "");

@@ -106,7 +106,7 @@ TEST(Table, Number_isNeverCut)
               "------------  --------------------\n"
               "a rather lo\xE2\x80\xA6  18446744073709551615\n");
     EXPECT_EQ(table.hiddenColumns(33), Texts{"Bytes"});
-    // Alone on a line that is too short, it goes on below.
+    // A cell that is alone on its line and too long for it continues on the next line.
     Table alone({{"Bytes", true}});
     alone.addRow({"18446744073709551615"});
     EXPECT_EQ(alone.render(12), "       Bytes\n------------\n184467440737\n    09551615\n");

@@ -17,7 +17,7 @@ struct DateCase
 {
     const char* name;
     const wchar_t* text;
-    const wchar_t* datetime;  // the same point in time as a property holds it; null: the text is no date
+    const wchar_t* datetime;  // the same time in the form of a property's value; null: the text is not a date
 };
 
 void PrintTo(const DateCase& row, std::ostream* stream)

@@ -35,7 +35,7 @@ std::string operatorText(Operator op)
     }
 }
 
-// A condition with all its parentheses.
+// Writes a condition with all its parentheses.
 std::string textOf(const Condition& condition)
 {
     if (condition.kind == Condition::Kind::comparison) {
