@@ -131,7 +131,7 @@ protected:
         return std::find(classes.begin(), classes.end(), className) != classes.end();
     }
 
-    // Deletes the jobs and results of other tests.
+    // Hides the jobs and results of other tests.
     const support::PrivateRegistry m_registry;
     wmihost::ComPtr<IWbemClassObject> m_object;
     std::string m_path;
