@@ -2,20 +2,20 @@
 .SYNOPSIS
     Tries the DRAVEv2 Provider on this machine, from its installation to its removal.
 .DESCRIPTION
-    THIS SCRIPT HAS NOT RUN YET. Its author had no Windows machine: only its grammar has been checked. Whoever runs it
-    first should use a machine that may break, and report every line that begins with FAIL.
+    THIS SCRIPT HAS NOT RUN YET. Its author had no Windows machine: only its grammar has been checked. For the
+    first run use a machine that may break, and report every line that begins with FAIL.
 
-    One line a check: "ok", or "FAIL" with what was seen, or "skip" with the parameter that the check needs. The exit code
+    Prints a line for each check: "ok", "FAIL" with the result, or "skip" with the missing parameter. The exit code
     is the number of failed checks. The product must not be installed when the script starts, and is not when it ends.
-    Close other programs that ask the provider before.
+    Close other programs that use the provider first.
 .PARAMETER Package
     The installer to try, ZerixDRAVEv2-<version>-x64.msi.
 .PARAMETER LowerBuild
-    An installer whose version differs from the first one's in the fourth number only, and is lower there.
+    An installer whose version differs from the first one's only in the fourth number, which is lower.
 .PARAMETER Adapter
     The name of an adapter that may be switched off for some seconds. Not the one that you are connected through.
 .PARAMETER PlainUser
-    The credentials of a local user who is no administrator.
+    The credentials of a local user who is not an administrator.
 .EXAMPLE
     powershell -ExecutionPolicy Bypass -File .\accept.ps1 -Package .\ZerixDRAVEv2-2.0.1.10-x64.msi -Adapter 'Ethernet 2'
 #>
