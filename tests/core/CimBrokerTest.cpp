@@ -21,7 +21,7 @@ static_assert(std::is_same_v<decltype(&core::CimBroker::invokeMethod),
 static_assert(std::is_same_v<decltype(&core::CimBroker::getInstanceByPath),
                              core::CimInstance* (core::CimBroker::*)(core::CimPath&)>);
 
-// Both libraries are compiled to these places; the destructor takes the first two.
+// Both DLLs are compiled for these entries. The destructor occupies the first two.
 TEST(CimBrokerTest, virtualFunctionsStandInTheirDeclaredOrder)
 {
     EXPECT_EQ(support::slotOf(&core::CimBroker::getInstances), 2U);

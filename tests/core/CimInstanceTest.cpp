@@ -106,7 +106,7 @@ TEST(CimInstanceTest, PathOfAFilledInstance_endsAtItsLastKey)
 {
     core::CimInstance instance("Port");
     instance.fill(twoKeysAndMore());
-    // "Name" twice, of which one is hidden, "Speed", and the two keys.
+    // "Name" twice, one of them hidden, "Speed", and the two keys.
     EXPECT_EQ(support::locksTakenBy([&] { EXPECT_EQ(instance.toPathString(), "Port.A=0,B=0"); }), 5U);
 }
 
@@ -159,7 +159,7 @@ TEST(CimInstanceTest, deletesItsPropertiesHiddenOnesIncluded)
 
 TEST(CimInstanceTest, theSlotsOfItsVirtualFunctionsAreFixed)
 {
-    // The destructor takes two entries, so the fourth declared function stands at index 4.
+    // The destructor occupies two entries, so the fourth declared function is at index 4.
     EXPECT_EQ(support::slotOf(&core::CimInstance::getProperties), 2U);
     EXPECT_EQ(support::slotOf(&core::CimInstance::isMarkedForDeletion), 3U);
     EXPECT_EQ(support::slotOf(&core::CimInstance::getClassName), 4U);
@@ -264,7 +264,7 @@ TEST(CimInstancePathTest, whatIsRenderedParsesBackToTheSameKeys)
     EXPECT_EQ(*path.find("Other"), "plain");
 }
 
-// The operations in front of getClassName belong to the broker: the provider must not call one.
+// The operations before getClassName belong to the broker. The provider must not call them.
 class Trapping : public core::CimInstance
 {
 public:

@@ -19,7 +19,7 @@ std::vector<std::pair<std::string, std::string>> keysOf(const CimPath& path)
     return {path.begin(), path.end()};
 }
 
-// The text that a syntax error carries behind its prefixes.
+// The text of a syntax error after its prefixes.
 std::string refusalOf(const std::string& text)
 {
     static const std::string prefix = "DRAVEv2: ESyntaxError:";
@@ -113,7 +113,7 @@ TEST(CimPathTest, Backslash_beforeTheFirstQuote_letsItOpen)
 
 TEST(CimPathTest, Value_endingInABackslash_swallowsWhatFollows)
 {
-    // The quotes are still open at the comma and at the second '=', so all of it is one value.
+    // At the comma and at the second '=' the quotes are still open, so everything is one value.
     EXPECT_THAT(keysOf(CimPath(R"(Port.k="a\",l="b")")), ElementsAre(Pair("k", R"(a",l="b)")));
 }
 
@@ -132,7 +132,7 @@ void PrintTo(const Refusal& refusal, std::ostream* stream)
     *stream << refusal.text;
 }
 
-// Logged behind the line of the creation, and behind that of the namespace where there is one.
+// Logged after the line of the creation, and after the line of the namespace if there is one.
 TEST_P(CimPathRefusalTest, Message_isThrownAndLogged)
 {
     const support::LogCapture log;

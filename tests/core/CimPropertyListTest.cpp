@@ -119,7 +119,7 @@ TEST_F(CimPropertyListTest, addOfNullFailsItsAssertion)
     EXPECT_EQ(m_list.size(), 0U);
 }
 
-// The index is private; naming it in an explicit instantiation is the one place where that does not matter.
+// The index is private, but an explicit instantiation may name it.
 using Index = utils::SafeMap<std::string, core::CimProperty*>;
 
 template <Index CimPropertyList::*MEMBER>

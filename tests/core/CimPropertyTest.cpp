@@ -37,7 +37,7 @@ public:
     MOCK_METHOD(void, onVerify, (CimProperty*, const CimProperty*), (override));
 };
 
-// A property "P" of the type, with a value where one is given, and modifiable where said so.
+// Returns a property "P" of the type, with the value if one is given, and modifiable if requested.
 template <class Property, class Value>
 std::unique_ptr<Property> make(Value value, bool modifiable = false)
 {
@@ -136,7 +136,7 @@ TEST(CimPropertyTest, whatTheTypeDoesNotHaveIsNotSupportedAndLogged)
 
 TEST(CimPropertyTest, virtualFunctionsStandInTheirDeclaredOrder)
 {
-    // The destructor takes two entries: first of all in a property, last of all in a listener.
+    // The destructor occupies two entries: the first ones of a property, and the last ones of a listener.
     EXPECT_EQ(support::slotOf(&CimProperty::toString), 2U);
     EXPECT_EQ(support::slotOf(&CimProperty::getType), 3U);
     EXPECT_EQ(support::slotOf(&CimProperty::modify), 4U);
@@ -217,7 +217,7 @@ TEST(VerifyPropertyTest, aListenerThatIsAddedByAListenerIsAskedToo)
     property.addListener(&adding);
     const core::CimPropertyUint8 newValue("P");
     EXPECT_CALL(adding, onVerify).WillOnce([&](CimProperty* changed, const CimProperty*) {
-        // Enough of them to make the sequence move.
+        // Enough listeners to make the sequence allocate new memory.
         for (int i = 0; i < 20; ++i) {
             changed->addListener(&added);
         }
@@ -342,7 +342,7 @@ TEST(ModifyEnabledTypesTest, ValueOfAnotherType_isAnotherValue)
     const auto number = make<core::CimPropertyUint8>(0);
     EXPECT_EQ(thrownBy<EForbidden>([&] { text->verify(number.get()); }), NOT_ALLOWED);
     EXPECT_EQ(thrownBy<EForbidden>([&] { make<core::CimPropertyUint64>(0)->verify(number.get()); }), NOT_ALLOWED);
-    // Read as the property's type, the first byte of this one would be the property's very value.
+    // Read as the property's type, the first byte of this value would equal the property's value.
     const auto wider = make<core::CimPropertyUint16>(0x107);
     EXPECT_EQ(thrownBy<EForbidden>([&] { make<core::CimPropertyUint8>(7)->verify(wider.get()); }), NOT_ALLOWED);
 }

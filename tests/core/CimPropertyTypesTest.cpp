@@ -19,7 +19,7 @@ using testing::SizeIs;
 using utils::EInvalidParameter;
 using utils::ENotSupported;
 
-// What every value class promises, for one of them with two values of its own.
+// The contract of every value class, tested for one class with two sample values.
 template <class Property, CimProperty::EPropertyType TYPE, class Values>
 struct Case
 {
@@ -309,7 +309,7 @@ protected:
         m_property.setModifiable(true);
     }
 
-    // What verifying a text of so many bytes throws.
+    // The exception of verifying a text with this many bytes.
     std::string verifying(std::size_t length)
     {
         core::CimPropertyString newValue("Q");
