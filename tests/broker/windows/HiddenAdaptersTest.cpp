@@ -20,12 +20,12 @@ constexpr const char* MINIPORT = "{8E301A52-AFFA-4F49-B9CA-C79096A1A056}";
 constexpr const char* DEBUGGER = "{29898C9D-B0A4-4FEF-BDB6-57A562022CEE}";
 constexpr const char* CARD = "{71F897D7-EB7C-4D8D-89DB-AC80D9DD2270}";
 
-// The sums of flags that are usual for a WAN Miniport, a card and a virtual adapter with a page of settings.
+// The usual sums of flags for a WAN Miniport, a card, and a virtual adapter with a settings page.
 constexpr DWORD MINIPORT_FLAGS = 0x29;
 constexpr DWORD CARD_FLAGS = 0x84;
 constexpr DWORD VIRTUAL_FLAGS = 0x81;
 
-// The list of drivers as the test sets it.
+// The list of drivers, which the test sets.
 class HiddenAdapters : public testing::Test
 {
 protected:

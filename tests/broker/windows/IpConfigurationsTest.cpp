@@ -27,7 +27,7 @@ using testing::IsEmpty;
 
 constexpr std::uint64_t LUID = 0x6008000000000;
 
-// The platform's answers as the test sets them: one adapter.
+// The platform's answers about one adapter, which the test sets.
 struct Platform
 {
     std::array<char, 4> guid{"{G}"};

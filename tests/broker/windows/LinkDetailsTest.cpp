@@ -17,16 +17,16 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr const char* GUID_TEXT = "{71F897D7-EB7C-4D8D-89DB-AC80D9DD2270}";
-// The control code and the two questions as the platform's own headers number them.
+// The control code and the two queries, with the numbers of the platform's headers.
 constexpr DWORD QUERY_GLOBAL_STATS = 0x00170002;
 constexpr ULONG MAX_LINK_SPEED = 0x00010206;
 constexpr ULONG LINK_STATE = 0x00010207;
 
-// The device of an adapter as the test sets it.
+// The device of an adapter, which the test sets.
 struct Device
 {
     bool canBeOpened = true;
-    // What NDIS lays out for each question, and how much of it the device gives.
+    // The data that NDIS returns for each query, and the number of bytes that are missing at the end.
     std::array<ULONG64, 2> speeds{10'000'000'000, 20'000'000'000};
     std::array<ULONG, 10> state{};
     DWORD missingBytes = 0;
@@ -176,7 +176,7 @@ TEST_F(LinkDetails, DuplexState_followsTheDrivers)
     EXPECT_EQ(read().isFullDuplex, false);
 }
 
-// Wine makes no device for an adapter.
+// Wine creates no devices for adapters.
 TEST(LinkDetailsHere, EveryAdapter_isAskedWithoutAFailure)
 {
     const support::LogCapture log(1);

@@ -75,7 +75,7 @@ TEST(Module, CanBeUnloadedWhileThreadsHoldInstances)
         library.broker()->getInstances("Zerix_EthernetPort");
     }
     EXPECT_EQ(GetModuleHandleA("ZerixCimCore.dll"), nullptr);
-    // The thread ends after the module that served it.
+    // The thread ends after the module that it has used.
     SetEvent(done);
     holder.join();
     CloseHandle(done);
@@ -83,7 +83,7 @@ TEST(Module, CanBeUnloadedWhileThreadsHoldInstances)
     EXPECT_GT(Library().broker()->getInstances("Zerix_EthernetPort").size(), 0U);
 }
 
-// Waits, for ten seconds at most, until the library is out of the process.
+// Waits, at most ten seconds, until the process has unloaded the library.
 bool unloads()
 {
     for (int i = 0; i < 1000 && GetModuleHandleA("ZerixCimCore.dll") != nullptr; ++i) {
@@ -206,7 +206,7 @@ std::vector<std::string> storedJobs()
     return result;
 }
 
-// The process may not write but below its two keys, and its clients may not write there.
+// The process may write only below these two keys, and its clients may not write there.
 TEST(Module, Jobs_areStoredAsTheProcessAlone)
 {
     const Library library;
@@ -224,13 +224,13 @@ TEST(Module, Jobs_areStoredAsTheProcessAlone)
     EXPECT_THAT(storedJobs(), testing::Contains(id));
     library.find(path)->markForDeletion(true);
     EXPECT_THAT(storedJobs(), testing::Not(testing::Contains(id)));
-    // What a client changes, it changes as the client.
+    // A client's changes of settings are written under the client's identity.
     restoreDefaults(library);
     RevertToSelf();
     EXPECT_EQ(registry.refused(), 0);
 }
 
-// On the thread that unloads the module.
+// Counted on the thread that unloads the module.
 std::atomic<int> callsAtDetach{0};
 std::atomic<DWORD> unloadingThread{0};
 

@@ -28,7 +28,7 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
 
-// The platform's own list, asked for by the test itself.
+// The platform's list, which the test reads itself.
 class PlatformList
 {
 public:
@@ -68,7 +68,7 @@ std::string hardwareAddress(const IP_ADAPTER_ADDRESSES& adapter)
     return result;
 }
 
-// "GUID address/prefix" as the test itself reads it, by another call than the code under test.
+// "GUID address/prefix", which the test reads itself with another call than the tested code.
 std::string addressLine(const IP_ADAPTER_ADDRESSES& adapter, const IP_ADAPTER_UNICAST_ADDRESS& unicast)
 {
     std::array<char, INET6_ADDRSTRLEN> text{};
@@ -85,7 +85,7 @@ int refusals = 0;
 int tableCalls = 0;
 NETIO_STATUS refusal = ERROR_ACCESS_DENIED;
 
-// Refuses as often as `refusals` says.
+// Refuses as often as `refusals` requires.
 NETIO_STATUS WINAPI refuseIfTable(PMIB_IF_TABLE2* table)
 {
     ++tableCalls;
@@ -114,7 +114,7 @@ ULONG WINAPI alwaysTooSmall(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*
     return ERROR_BUFFER_OVERFLOW;
 }
 
-// The platform's answer as the test sets it: one adapter with these addresses.
+// The platform's answer, which the test sets: one adapter with these addresses.
 std::vector<sockaddr_in6> fakeSockets;
 std::vector<IP_ADAPTER_UNICAST_ADDRESS> fakeAddresses;
 IP_ADAPTER_ADDRESSES fakeAdapter{};
@@ -144,7 +144,7 @@ protected:
         fakeAdapter.IfType = IF_TYPE_ETHERNET_CSMACD;
     }
 
-    // An address in use, as text. The caller changes what it wants otherwise.
+    // Adds an address in use, given as text. The caller may change its fields.
     static IP_ADAPTER_UNICAST_ADDRESS& add(const char* text)
     {
         sockaddr_in6 socket{};
@@ -499,7 +499,7 @@ TEST(PlatformAdapters, LoopbackAndFiltersAreLeftOutAndUnknownSpeedsEmpty)
     EXPECT_EQ(tablesFreed, 1);
 }
 
-// As the driver of a helper is installed.
+// Registers the adapter's driver as a hidden helper.
 void hide(const std::string& guid)
 {
     constexpr const char* KEY = R"(SYSTEM\CurrentControlSet\Control\Class\{4D36E972-E325-11CE-BFC1-08002BE10318}\0007)";

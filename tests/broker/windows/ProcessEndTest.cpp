@@ -14,15 +14,15 @@
 #include "broker/windows/BrokerLibrary.h"
 #include "broker/windows/TestProcess.h"
 
-// Processes that start and delete jobs through the built library are ended at random moments; the next process then
-// finds what they were answered. The registry is a branch of the user's of the test's own.
+// Ends processes at random moments while they start and delete jobs through the built library. The next process must
+// find everything that they were answered. The registry is a branch of the user's registry for this test.
 namespace {
 
 constexpr const char* LOG_VARIABLE = "ZERIX_PROCESS_END_LOG";
 constexpr const char* ROOT_VARIABLE = "ZERIX_PROCESS_END_ROOT";
 constexpr const char* KEY = "Software\\Vexal\\DRAVEv2";
 
-// What is stored below one of the product's keys.
+// The values below one of the product's keys.
 std::map<std::string, std::string> storedBelow(const support::OwnRegistry& registry, const char* name)
 {
     std::map<std::string, std::string> result;
@@ -46,7 +46,7 @@ std::map<std::string, std::string> storedBelow(const support::OwnRegistry& regis
     return result;
 }
 
-// What the process that is ended does; the test below starts it.
+// The work of the process that is ended. The test below starts it.
 TEST(ProcessEndClient, DISABLED_run)
 {
     const char* const log = std::getenv(LOG_VARIABLE);
@@ -89,7 +89,7 @@ protected:
         DeleteFileA(m_log.c_str());
     }
 
-    // Ends the process at some moment after its first answer.
+    // Ends the process at a random moment after its first answer.
     void runAndEnd(DWORD milliseconds) const
     {
         std::ofstream(m_log, std::ios::trunc).flush();
@@ -104,7 +104,7 @@ protected:
         process.end();
     }
 
-    // The lines that were written to their end.
+    // The lines that were written completely.
     std::vector<std::string> answers() const
     {
         std::vector<std::string> result;
@@ -155,7 +155,7 @@ TEST_F(ProcessEnd, WhatWasAnswered_isWhatTheNextProcessFinds)
                 EXPECT_FALSE(shown.contains(path)) << answer;
             }
         }
-        // No more than what the limits allow, and the port is free.
+        // The limits hold, and the port is free.
         EXPECT_LE(shown.size(), 200U);
         const std::string next = support::startDiagnostic(library, 600);
         ASSERT_NE(next, "");

@@ -16,12 +16,12 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
 
-// Tests run in processes side by side, on one registry.
+// The processes of several tests use one registry at the same time.
 const std::string CHILD = "Test" + std::to_string(GetCurrentProcessId());
 const std::string PARENT = "Software\\Vexal\\DRAVEv2\\" + CHILD;
 const std::string KEY = CHILD + "\\Key";
 
-// A registry whose opening of one path fails, and nothing is written or deleted.
+// A registry that fails to open keys and refuses every write and deletion.
 class RefusingRegistry : public utils::WindowsRegistry
 {
 public:
@@ -40,7 +40,7 @@ public:
     bool deleteKey(HKEY /*root*/, std::string /*parent*/, std::string /*child*/) override { return false; }
 
     std::vector<std::string> opened;
-    // How many openings, from the first, find no key.
+    // The number of opens, from the first, that find no key.
     std::size_t missing = 0;
     LSTATUS status = ERROR_SUCCESS;
 };
@@ -221,7 +221,7 @@ HANDLE WINAPI createOwnMutex(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCSTR 
     return realCreateMutex(security, owned, name == nullptr ? nullptr : (name + CHILD).c_str());
 }
 
-// Named mutexes are this process's alone, so that none of another test waits for them.
+// Makes named mutexes private to this process, so that tests do not wait for each other.
 class OwnMutexes
 {
 public:
@@ -231,7 +231,7 @@ private:
     support::ImportHook m_hook{"CreateMutexA", &createOwnMutex};
 };
 
-// Whether the lock can be had by another process.
+// Returns whether another thread can take the lock.
 broker::StoreResult lockElsewhere()
 {
     broker::StoreResult result{};
@@ -304,7 +304,7 @@ TEST_F(RegistryStorage, KeyThatMayNotBeRead_isAFailureAndLogged)
                                      "\\Key. Error 5\n")));
 }
 
-// A registry in which another process writes a value while the values are being read, once.
+// A registry in which another process writes a value once, while the values are being read.
 class BusyRegistry : public utils::WindowsRegistry
 {
 public:

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Tests run in processes side by side, on one registry.
+// The processes of several tests use one registry at the same time.
 const std::string KEY = "Watched" + std::to_string(GetCurrentProcessId());
 const std::string PATH = "Software\\Vexal\\DRAVEv2\\" + KEY;
 
@@ -67,7 +67,7 @@ TEST_F(RegistryWatch, ThreadThatAskedFirst_mayEnd)
 {
     m_storage.write(KEY, "A", "1");
     std::thread([this] { m_watch->hasChanged(); }).join();
-    // Its end may count as a change, once.
+    // The end of the thread may count as one change.
     m_watch->hasChanged();
     EXPECT_FALSE(m_watch->hasChanged());
     m_storage.write(KEY, "A", "2");

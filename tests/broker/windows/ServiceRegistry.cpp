@@ -47,7 +47,7 @@ LSTATUS WINAPI createKey(HKEY root, LPCSTR path, DWORD reserved, LPSTR className
     if (!mayOpen(path, access)) {
         return ERROR_ACCESS_DENIED;
     }
-    // A process that may not write above the key cannot make it.
+    // A process that may not write above the key cannot create the key.
     if (!isClient() && realOpen(root, path, 0, KEY_READ, key) == ERROR_FILE_NOT_FOUND) {
         ++refusals;
         return ERROR_ACCESS_DENIED;

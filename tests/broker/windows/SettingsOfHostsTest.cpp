@@ -7,8 +7,8 @@
 #include "broker/windows/BrokerLibrary.h"
 #include "broker/windows/TestProcess.h"
 
-// Processes that change different settings of one record at once, through the built library: each finds what it was
-// answered to have stored, whatever the others do meanwhile.
+// Processes change different settings of one record at once through the built library. Each must find the settings that
+// it has stored, although the others change the record too.
 namespace {
 
 constexpr const char* ROOT_VARIABLE = "ZERIX_SETTINGS_ROOT";
@@ -38,7 +38,7 @@ void changeText(const support::Library& library, const std::string& path, const 
     EXPECT_EQ(support::value(*library.find(path), name), text);
 }
 
-// Two settings in one change: a reader sees both or none.
+// One change writes two settings. A reader sees both or neither.
 void changePair(const support::Library& library, std::uint16_t number)
 {
     core::CimPath path(DIAGNOSTICS);
@@ -63,7 +63,7 @@ void changeRetention(const support::Library& library, std::uint64_t seconds)
     EXPECT_EQ(support::value(shown, "SamplePeriodMilliseconds"), std::to_string(std::stoi(count) + 100));
 }
 
-// What each of the two processes does; the test below starts them.
+// The work of each of the two processes. The test below starts them.
 TEST(SettingsOfHostsClient, DISABLED_run)
 {
     const char* const root = std::getenv(ROOT_VARIABLE);

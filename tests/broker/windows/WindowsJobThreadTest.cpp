@@ -17,7 +17,7 @@ using testing::EndsWith;
 
 constexpr std::chrono::milliseconds LONG{60'000};
 
-// Counts its calls, asks for the pauses that the test gave it, and then has nothing left to do.
+// Counts its calls, returns the pauses that the test has set, and then has no work left.
 class Work : public broker::JobWork
 {
 public:

@@ -83,7 +83,7 @@ TEST(WindowsMachine, SteadyNow_neverGoesBack)
 TEST(WindowsMachine, NowIsThePlatformsTime)
 {
     const auto platformNow = [] {
-        // 100 ns since 1601, whatever the C++ library says.
+        // Units of 100 ns since 1601, read without the C++ library.
         constexpr std::uint64_t UNIX_EPOCH = 116'444'736'000'000'000ULL;
         FILETIME time;
         GetSystemTimeAsFileTime(&time);

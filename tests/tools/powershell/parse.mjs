@@ -1,10 +1,10 @@
 // Parses PowerShell and prints each place that the grammar does not understand, as "file:line:column: text".
 //
-//   node --liftoff-only parse.mjs FILE...    FILE.ps1 is a script; of other files each block of indented lines is one
+//   node --liftoff-only parse.mjs FILE...    FILE.ps1 is a script; in other files each block of indented lines is one
 //
-// With the option node does not optimize the grammar's code, which would take a minute at the end.
+// With the option node does not optimise the grammar's code, which would take a minute at the end.
 //
-// Exit code 0: everything was understood.
+// Exit code 0: the grammar understood everything.
 import { readFileSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
 import { Language, Parser } from 'web-tree-sitter';
@@ -14,7 +14,7 @@ function typed(line) {
   return line.slice(4).replace(/\b(\w+), (?=\w)/g, '$1_') + '\n';
 }
 
-// [first line, text] of every block of lines that are indented by four blanks, as a document shows what to type.
+// [first line, text] of every block of lines that are indented by four blanks, in which documents show commands.
 function blocks(text) {
   const found = [];
   text.split('\n').forEach((line, number) => {
