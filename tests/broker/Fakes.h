@@ -87,7 +87,7 @@ public:
         m_ipConfigurations = std::move(configurations);
     }
 
-    // Of every adapter.
+    // The link details of every adapter.
     broker::LinkDetails link{10'000'000'000, true};
 
     // The answer of setAdministrativeState, and the arguments of its last call.

@@ -28,7 +28,7 @@ struct LoadResult
 // The number of clients of runClients.
 constexpr std::size_t CLIENTS = 8;
 
-// Runs the clients, one thread each, until the time is over; each client has its order of the works. If a request takes
+// Runs the clients, one thread each, until the time is over. Each uses a different order of works. If a request takes
 // longer than a minute, prints what every client is doing and ends the process.
 LoadResult runClients(const std::vector<Work>& works, std::chrono::seconds time);
 

@@ -123,7 +123,7 @@ protected:
         std::strcpy(platform.infos[1].AdapterName, platform.guid.data());
     }
 
-    // Of the one adapter.
+    // Returns the configuration of the one adapter.
     broker::IpConfiguration read() { return m_source.readIpConfigurations().at(0); }
 
     support::LogCapture m_log{1};

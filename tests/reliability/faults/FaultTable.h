@@ -26,7 +26,7 @@ std::string effectsText(const Row& row);
 // Returns the outcome as text for the message of a failed test.
 std::string describe(const Outcome& outcome);
 
-// True when ZERIX_EVERY_CALL requests that every call fails. The ordinary run takes a sample of hundreds of calls.
+// True when ZERIX_EVERY_CALL requests that every call fails. If not, and a function has hundreds, a sample fails.
 bool everyCall();
 
 }  // namespace reliability
