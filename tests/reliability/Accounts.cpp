@@ -1,5 +1,7 @@
 #include "reliability/Accounts.h"
 
+#include <tlhelp32.h>
+
 #include <array>
 #include <cstdint>
 #include <cstdlib>
@@ -144,6 +146,19 @@ std::size_t handleLevel()
         CloseHandle(probe);
     }
     return sum;
+}
+
+std::size_t threadCount()
+{
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof(entry);
+    std::size_t count = 0;
+    for (BOOL found = Thread32First(snapshot, &entry); found != FALSE; found = Thread32Next(snapshot, &entry)) {
+        count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+    }
+    CloseHandle(snapshot);
+    return count;
 }
 
 Balance balanceNow(const support::ComMemory& memory)

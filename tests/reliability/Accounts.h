@@ -32,6 +32,9 @@ private:
 // handles: compare two values.
 std::size_t handleLevel();
 
+// The number of threads of the process, those included that are about to end.
+std::size_t threadCount();
+
 // The counts that must be equal before and after the provider works. Start the program with OANOCACHE=1.
 struct Balance
 {

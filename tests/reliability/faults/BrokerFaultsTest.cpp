@@ -192,6 +192,7 @@ protected:
     Attempt attempt(const Request& request, Phase phase, bool ofBroker, const FaultPoint* point, int call)
     {
         fill(m_registry);
+        const std::size_t threads = reliability::threadCount();
         const reliability::Balance before = reliability::balanceNow(m_comMemory);
         Attempt result;
         support::CallLog registryCalls;
@@ -240,6 +241,10 @@ protected:
         module.reset();
         // A diagnostic keeps the broker loaded until it ends.
         for (int i = 0; i < 1000 && brokerModule() != nullptr; ++i) {
+            Sleep(10);
+        }
+        // Its thread closes its last handles when it ends, after it has unloaded the broker.
+        for (int i = 0; i < 200 && reliability::threadCount() > threads; ++i) {
             Sleep(10);
         }
         if (brokerModule() != nullptr) {
