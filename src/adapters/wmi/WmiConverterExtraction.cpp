@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* FILE_NAME = "WmiConverter";
 
-// Converts the property and appends it. Logs, and leaves the list as it is, when there is no converter or no result.
+// Appends the converted property to the list. If it cannot be converted, writes an error line and appends nothing.
 void appendProperty(const utils::LogSite& here, PropertyConverter* converter, EnumeratedProperty&& property,
                     core::CimPropertyList& properties)
 {

@@ -262,7 +262,7 @@ enum OperationalStatus : std::uint16_t
 
 std::uint16_t primaryStatus(const Adapter& adapter)
 {
-    // An adapter that is switched off is stopped, whatever its operational state.
+    // A disabled adapter is Stopped even if it has also been removed.
     if (adapter.administrative == AdministrativeState::DOWN) {
         return STATUS_STOPPED;
     }

@@ -91,7 +91,7 @@ ULONG adaptersInfo(std::vector<std::max_align_t>& buffer)
     return status;
 }
 
-// The platform writes 0 where there is no time.
+// Empty for 0, which the platform writes when no lease time is known.
 std::optional<WallTime> wallTime(time_t seconds)
 {
     return seconds <= 0 ? std::nullopt : std::make_optional<WallTime>(std::chrono::seconds{seconds});

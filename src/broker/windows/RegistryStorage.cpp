@@ -33,7 +33,7 @@ utils::ScopedKey openKey(const std::string& path, REGSAM access)
     return {registry(), HKEY_LOCAL_MACHINE, path, access};
 }
 
-// The parts of a path before and after its last backslash. The parent is empty if there is no backslash.
+// Splits a key's path at its last backslash. Without a backslash, the whole path is the child and the parent is empty.
 struct SplitPath
 {
     explicit SplitPath(const std::string& path)
@@ -62,7 +62,7 @@ LSTATUS writeStatus(std::string path)
     }
 }
 
-// A key that may not be opened is not missing. Clients must not be told that it is gone.
+// Returns false if the client is denied access: the key exists then, and the client must get an error, not "not found".
 bool isMissing(const std::string& path)
 {
     return openKey(path, KEY_READ).status() == ERROR_FILE_NOT_FOUND;

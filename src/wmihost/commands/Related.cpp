@@ -24,7 +24,8 @@ bool isAssociation(const ClassDefinition& definition)
            std::any_of(definition.properties.begin(), definition.properties.end(), isReference);
 }
 
-// Here and below, an empty name is no restriction.
+// The three functions below test a condition of the query. A condition with an empty name is true for every class or
+// property.
 bool inherits(const ClassDefinition& definition, const std::wstring& className)
 {
     return className.empty() || definition.inheritsFrom(className);
@@ -167,7 +168,7 @@ private:
         const InstanceTarget end = m_connection.findInstance(reference, home);
         const ClassDefinition& source = *m_source.target.definition;
         const ClassDefinition& other = *end.target.definition;
-        // The path of an instance may name a base class of its own class.
+        // A reference may name its target by a base class of the target's class, so classes match in both directions.
         return (source.inheritsFrom(other.name) || other.inheritsFrom(source.name)) &&
                keysOf(ObjectPath::parse(end.path)) == keysOf(m_path);
     }

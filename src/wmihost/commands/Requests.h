@@ -19,9 +19,10 @@ Objects enumerateExactly(Connection& connection, const ClassTarget& target, cons
 // The answer of the machine's WMI to a query. Nothing if the connection leads to the provider in this process.
 std::optional<Objects> queryService(Connection& connection, const std::wstring& nameSpace, const std::string& text,
                                     const CommandOptions& options);
+// The instance at the path. Throws RequestError if there is none.
 ComPtr<IWbemClassObject> getInstance(Connection& connection, const InstanceTarget& instance,
                                      const CommandOptions& options);
-// The same; null where there is no such instance.
+// The instance at the path, or null if there is none.
 ComPtr<IWbemClassObject> getIfPresent(Connection& connection, const InstanceTarget& instance,
                                       const CommandOptions& options);
 void putInstance(Connection& connection, const ClassTarget& target, IWbemClassObject* object,

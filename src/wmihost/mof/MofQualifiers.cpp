@@ -193,7 +193,7 @@ Qualifier QualifierTable::qualifier(const Node& node) const
     if (declaration != nullptr) {
         result.flavor = declaration->flavor;
     }
-    // A boolean qualifier without a value is true, whatever the declared default.
+    // A boolean qualifier without a value is true, even if its declaration has the default false.
     if (isTyped && *declaration->type != CIM_BOOLEAN) {
         result.value = declaration->defaultValue;
     }

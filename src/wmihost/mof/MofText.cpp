@@ -45,7 +45,7 @@ std::wstring qualifierText(const Qualifier& qualifier, bool withFlavors)
     return withFlavors ? text + flavorText(qualifier.flavor) : text;
 }
 
-// "[key, read]" and the text behind it; nothing if there is no qualifier to show.
+// The list of qualifiers in brackets, "[key, read]", followed by `behind`. Empty if there is no qualifier to show.
 std::wstring qualifiersText(const Qualifiers& qualifiers, bool withFlavors, const wchar_t* behind)
 {
     std::wstring text;
