@@ -15,16 +15,6 @@ std::string errorLine(const std::string& function, const std::string& message, c
     return "error|" + file + "|" + function + "|" + message;
 }
 
-std::string exceptionLine(const std::string& message)
-{
-    return errorLine("utils::Exception::Exception", message, "Exception");
-}
-
-std::string assertionLine(const std::string& condition, const std::string& file)
-{
-    return exceptionLine(file + ":#: Assertion failed: '" + condition + "'");
-}
-
 std::string assertionText(const std::string& condition, const std::string& file)
 {
     return "DRAVEv2: " + file + ":#: Assertion failed: '" + condition + "'";

@@ -16,12 +16,6 @@ std::string debugLine(const std::string& function, const std::string& message,
 std::string errorLine(const std::string& function, const std::string& message,
                       const std::string& file = "WmiConverter");
 
-// The line that is logged when an exception is made.
-std::string exceptionLine(const std::string& message);
-
-// The line of a failed assertion in the file, with '#' in place of the line number.
-std::string assertionLine(const std::string& condition, const std::string& file = "WmiConverter");
-
 // The text of a failed assertion's exception, with '#' in place of the line number.
 std::string assertionText(const std::string& condition, const std::string& file = "WmiConverter");
 

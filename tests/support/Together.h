@@ -1,6 +1,7 @@
 #pragma once
 
-#include <latch>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -10,11 +11,18 @@ namespace support {
 template <class Work>
 void runTogether(int threads, const Work& work)
 {
-    std::latch start(threads);
+    std::mutex mutex;
+    std::condition_variable allStarted;
+    int missing = threads;
     std::vector<std::thread> running;
     for (int thread = 0; thread < threads; ++thread) {
-        running.emplace_back([&start, &work, thread] {
-            start.arrive_and_wait();
+        running.emplace_back([&, thread] {
+            {
+                std::unique_lock lock(mutex);
+                --missing;
+                allStarted.notify_all();
+                allStarted.wait(lock, [&] { return missing == 0; });
+            }
             work(thread);
         });
     }
