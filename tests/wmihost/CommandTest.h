@@ -26,7 +26,7 @@ class CommandTest : public testing::Test
 protected:
     CommandTest()
     {
-        std::ofstream(mof) << fakeMof;
+        std::ofstream(mof) << FAKE_MOF;
         SetEnvironmentVariableW(L"COLUMNS", nullptr);
         _putenv("COLUMNS=");
         behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
@@ -89,7 +89,7 @@ protected:
     }
 
     // Declares further classes besides those of the fake provider.
-    void addToMof(std::string_view text) const { std::ofstream(mof) << fakeMof << text; }
+    void addToMof(std::string_view text) const { std::ofstream(mof) << FAKE_MOF << text; }
 
     int run(std::vector<std::string> arguments)
     {

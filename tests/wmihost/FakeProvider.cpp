@@ -7,7 +7,7 @@
 namespace wmihost {
 namespace {
 
-constexpr CLSID fakeClassId = {0x5f3c2a10, 0x7b1e, 0x4d52, {0x9a, 0x31, 0x0c, 0x44, 0x5e, 0x6f, 0x70, 0x81}};
+constexpr CLSID FAKE_CLASS_ID = {0x5f3c2a10, 0x7b1e, 0x4d52, {0x9a, 0x31, 0x0c, 0x44, 0x5e, 0x6f, 0x70, 0x81}};
 
 class FakeProvider final : public RefusingServices, public IWbemProviderInit
 {
@@ -92,7 +92,7 @@ private:
 FakeProviderScope::FakeProviderScope(FakeBehaviour& behaviour)
 {
     const auto factory = ComPtr<IClassFactory>::adopt(new FakeFactory(behaviour));
-    EXPECT_EQ(CoRegisterClassObject(fakeClassId, factory.get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie),
+    EXPECT_EQ(CoRegisterClassObject(FAKE_CLASS_ID, factory.get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie),
               S_OK);
 }
 
@@ -101,7 +101,7 @@ FakeProviderScope::~FakeProviderScope()
     CoRevokeClassObject(m_cookie);
 }
 
-const char* const fakeMof = R"(#pragma namespace("\\\\.\\root\\test")
+const char* const FAKE_MOF = R"(#pragma namespace("\\\\.\\root\\test")
 instance of __Win32Provider as $P
 {
     Name = "FakeProvider";

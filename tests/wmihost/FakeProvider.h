@@ -44,6 +44,6 @@ private:
 
 // A MOF with the registration of the fake provider and the classes Fake_Thing and Fake_Stray. The provider of
 // Fake_Stray is not registered.
-extern const char* const fakeMof;
+extern const char* const FAKE_MOF;
 
 }  // namespace wmihost

@@ -187,9 +187,9 @@ TEST_F(OnTerminalTest, ALongEnumerationShowsTheProvidersProgress)
 {
     std::string halfway;
     behaviour.enumerate = [&](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
-        constexpr unsigned total = 20;
-        for (unsigned i = 0; i < total; ++i) {
-            sink->SetStatus(WBEM_STATUS_PROGRESS, static_cast<HRESULT>(MAKELONG(i, total)), nullptr, nullptr);
+        constexpr unsigned TOTAL = 20;
+        for (unsigned i = 0; i < TOTAL; ++i) {
+            sink->SetStatus(WBEM_STATUS_PROGRESS, static_cast<HRESULT>(MAKELONG(i, TOTAL)), nullptr, nullptr);
             halfway = i == 9 ? screen.text() : halfway;
         }
         deliver(ns, sink, L"one", 2);

@@ -27,14 +27,14 @@ struct PlatformPath
 namespace platform_path {
 
 // The class and the interface of the platform's parser. The headers declare them, but no library defines them.
-inline constexpr CLSID parserClass = {0xcf4cc405, 0xe2c5, 0x4ddd, {0xb3, 0xce, 0x5e, 0x75, 0x82, 0xd8, 0xc9, 0xfa}};
-inline constexpr IID parserInterface = {0x3bc15af2, 0x736c, 0x477e, {0x9e, 0x51, 0x23, 0x8a, 0xf8, 0x66, 0x7d, 0xcc}};
+inline constexpr CLSID PARSER_CLASS = {0xcf4cc405, 0xe2c5, 0x4ddd, {0xb3, 0xce, 0x5e, 0x75, 0x82, 0xd8, 0xc9, 0xfa}};
+inline constexpr IID PARSER_INTERFACE = {0x3bc15af2, 0x736c, 0x477e, {0x9e, 0x51, 0x23, 0x8a, 0xf8, 0x66, 0x7d, 0xcc}};
 
 inline std::wstring textFrom(const std::function<HRESULT(ULONG*, LPWSTR)>& call)
 {
-    constexpr ULONG most = 2048;
-    std::wstring text(most, L'\0');
-    ULONG length = most;
+    constexpr ULONG MOST = 2048;
+    std::wstring text(MOST, L'\0');
+    ULONG length = MOST;
     return call(&length, text.data()) == S_OK ? std::wstring(text.c_str()) : std::wstring();
 }
 
@@ -46,8 +46,8 @@ inline PlatformPath parsedByPlatform(const std::wstring& text)
     using platform_path::textFrom;
     PlatformPath result;
     ComPtr<IWbemPath> path;
-    EXPECT_EQ(CoCreateInstance(platform_path::parserClass, nullptr, CLSCTX_INPROC_SERVER,
-                               platform_path::parserInterface, reinterpret_cast<void**>(path.put())),
+    EXPECT_EQ(CoCreateInstance(platform_path::PARSER_CLASS, nullptr, CLSCTX_INPROC_SERVER,
+                               platform_path::PARSER_INTERFACE, reinterpret_cast<void**>(path.put())),
               S_OK);
     const HRESULT parsed = path ? path->SetText(WBEMPATH_CREATE_ACCEPT_ALL, text.c_str()) : E_FAIL;
     EXPECT_EQ(parsed, S_OK) << toUtf8(text);

@@ -20,11 +20,11 @@ HRESULT lastError()
 SECURITY_IMPERSONATION_LEVEL tokenLevel(Impersonation level)
 {
     switch (level) {
-        case Impersonation::anonymous:
+        case Impersonation::ANONYMOUS:
             return SecurityAnonymous;
-        case Impersonation::identify:
+        case Impersonation::IDENTIFY:
             return SecurityIdentification;
-        case Impersonation::delegate:
+        case Impersonation::DELEGATE:
             return SecurityDelegation;
         default:
             return SecurityImpersonation;
@@ -41,7 +41,7 @@ HRESULT CallContext::QueryBlanket(DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, voi
 
 HRESULT CallContext::ImpersonateClient()
 {
-    if (m_level == Impersonation::none) {
+    if (m_level == Impersonation::NONE) {
         m_impersonating = SetThreadToken(nullptr, nullptr) != 0;
         return m_impersonating ? S_OK : lastError();
     }

@@ -7,11 +7,11 @@ namespace wmihost {
 // How far a provider may act as the client of a request.
 enum class Impersonation
 {
-    none,  // the thread gets no token at all
-    anonymous,
-    identify,
-    impersonate,
-    delegate
+    NONE,  // the thread gets no token at all
+    ANONYMOUS,
+    IDENTIFY,
+    IMPERSONATE,
+    DELEGATE
 };
 
 // The security of a call, as COM offers it to the object that serves the call. CoImpersonateClient then gives the

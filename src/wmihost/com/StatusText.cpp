@@ -16,7 +16,7 @@ constexpr StatusInfo entry(WBEMSTATUS status, std::string_view name, std::string
 }
 
 // clang-format off: one line an entry
-constexpr std::array table{
+constexpr std::array TABLE{
     entry(WBEM_S_NO_ERROR, "WBEM_S_NO_ERROR", "the request succeeded"),
     entry(WBEM_S_FALSE, "WBEM_S_FALSE", "the answer is no, or there is nothing more"),
     entry(WBEM_S_ALREADY_EXISTS, "WBEM_S_ALREADY_EXISTS", "the object exists already"),
@@ -175,8 +175,8 @@ constexpr std::array table{
 StatusInfo statusInfo(HRESULT status)
 {
     const auto* found =
-        std::find_if(table.begin(), table.end(), [status](const StatusInfo& info) { return info.status == status; });
-    if (found != table.end()) {
+        std::find_if(TABLE.begin(), TABLE.end(), [status](const StatusInfo& info) { return info.status == status; });
+    if (found != TABLE.end()) {
         return *found;
     }
     return FAILED(status) ? StatusInfo{status, "an unknown failure", "WMI and COM document no such code", ""}

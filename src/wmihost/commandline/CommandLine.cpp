@@ -25,8 +25,8 @@
 namespace wmihost {
 namespace {
 
-constexpr int requestFailed = 1;
-constexpr int wrongUsage = 2;
+constexpr int REQUEST_FAILED = 1;
+constexpr int WRONG_USAGE = 2;
 
 // The installer puts the MOF into the program's folder.
 std::filesystem::path defaultMof()
@@ -131,7 +131,7 @@ public:
             writeError(asked + ": the MOF cannot be read\n  " + error.what() +
                        "\n  Try: --mof FILE names another MOF; the product's own, ZerixDRAVEv2.mof, lies beside the "
                        "program\n");
-            return requestFailed;
+            return REQUEST_FAILED;
         } catch (const RequestError& error) {
             return failure(asked, error);
         }
@@ -167,14 +167,14 @@ private:
         if (!m_mof.empty()) {
             throw UsageError("--mof is for the provider in this process; with --service WMI has the classes");
         }
-        if (m_options.impersonation == Impersonation::none) {
+        if (m_options.impersonation == Impersonation::NONE) {
             throw UsageError("--impersonation none is for the provider in this process; WMI always knows its client");
         }
         // This may fail because another part of the process has called it before. Each request sets its own level.
         CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE,
                              nullptr, EOAC_NONE, nullptr);
         return std::make_unique<ServiceConnection>(
-            m_synchronous ? ServiceCalls::synchronous : ServiceCalls::asynchronous, m_options.impersonation);
+            m_synchronous ? ServiceCalls::SYNCHRONOUS : ServiceCalls::ASYNCHRONOUS, m_options.impersonation);
     }
 
     // Writes what is wrong with the command line, and the usage of the command or the program.
@@ -187,14 +187,14 @@ private:
                 names += (names.empty() ? "" : ", ") + name;
             }
             writeError("wmihost: " + reason + "\n  Commands: " + names + "\n  wmihost --help explains them\n");
-            return wrongUsage;
+            return WRONG_USAGE;
         }
         const std::string name = chosen.front()->get_name();
         const auto example = std::find_if(m_examples.begin(), m_examples.end(),
                                           [&name](const auto& entry) { return entry.first == name; });
         writeError("wmihost " + name + ": " + reason + "\n  Example: wmihost " + example->second + "\n  wmihost " +
                    name + " --help shows all that it takes\n");
-        return wrongUsage;
+        return WRONG_USAGE;
     }
 
     // The error message for the arguments that no option has taken.
@@ -245,7 +245,7 @@ private:
             text += "  Try: " + std::string(info.remedy) + "\n";
         }
         writeError(text);
-        return requestFailed;
+        return REQUEST_FAILED;
     }
 
     CommandOptions options() const
@@ -306,7 +306,7 @@ private:
     {
         addChoice<Format>(
             sub, "-f,--format", m_options.format,
-            {{"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}, {"csv", Format::csv}},
+            {{"table", Format::TABLE}, {"json", Format::JSON}, {"mof", Format::MOF}, {"csv", Format::CSV}},
             "how the result is written");
     }
 
@@ -314,18 +314,18 @@ private:
     {
         addChoice<Format>(
             sub, "-f,--format", m_options.format,
-            {{"table", Format::table}, {"json", Format::json}, {"mof", Format::mof}, {"markdown", Format::markdown}},
+            {{"table", Format::TABLE}, {"json", Format::JSON}, {"mof", Format::MOF}, {"markdown", Format::MARKDOWN}},
             "how the result is written");
     }
 
     void addImpersonation(CLI::App* sub)
     {
         addChoice<Impersonation>(sub, "--impersonation", m_options.impersonation,
-                                 {{"none", Impersonation::none},
-                                  {"anonymous", Impersonation::anonymous},
-                                  {"identify", Impersonation::identify},
-                                  {"impersonate", Impersonation::impersonate},
-                                  {"delegate", Impersonation::delegate}},
+                                 {{"none", Impersonation::NONE},
+                                  {"anonymous", Impersonation::ANONYMOUS},
+                                  {"identify", Impersonation::IDENTIFY},
+                                  {"impersonate", Impersonation::IMPERSONATE},
+                                  {"delegate", Impersonation::DELEGATE}},
                                  "how far the provider may act as the client; none: without a token");
     }
 
@@ -573,10 +573,10 @@ int runCommandLine(const std::vector<std::string>& arguments)
     try {
         return CommandLine().run(arguments);
     } catch (const OutputClosed&) {
-        return requestFailed;
+        return REQUEST_FAILED;
     } catch (const OutputError& error) {
         writeError("wmihost: " + std::string(error.what()) + "\n");
-        return requestFailed;
+        return REQUEST_FAILED;
     }
 }
 

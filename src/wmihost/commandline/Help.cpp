@@ -13,9 +13,9 @@ namespace wmihost {
 namespace {
 
 // The column of the explanations. On a narrow terminal they stand on a line of their own.
-constexpr std::size_t explanationColumn = 30;
-constexpr std::size_t narrow = 60;
-constexpr std::size_t narrowIndent = 6;
+constexpr std::size_t EXPLANATION_COLUMN = 30;
+constexpr std::size_t NARROW = 60;
+constexpr std::size_t NARROW_INDENT = 6;
 
 // A name in lines that fit. Choices that do not fit one line are broken between two of them.
 std::string narrowName(const std::string& name, std::size_t width)
@@ -24,15 +24,15 @@ std::string narrowName(const std::string& name, std::size_t width)
     if (lengthOf(text) > width) {
         text = std::regex_replace(text, std::regex("\\|"), ", ");
     }
-    return wrappedLines(text, width, narrowIndent);
+    return wrappedLines(text, width, NARROW_INDENT);
 }
 
 // A name and what it means, in lines that fit.
 std::string entry(const std::string& name, const std::string& explanation)
 {
     const auto width = lineWidth();
-    const bool isNarrow = width && *width < narrow;
-    const std::size_t column = isNarrow ? narrowIndent : explanationColumn;
+    const bool isNarrow = width && *width < NARROW;
+    const std::size_t column = isNarrow ? NARROW_INDENT : EXPLANATION_COLUMN;
     std::string text = isNarrow ? narrowName(name, *width) : "  " + name;
     const bool below = isNarrow || lengthOf(text) >= column;
     text += below && !isNarrow ? "\n" : "";
@@ -55,7 +55,7 @@ public:
 
     std::string make_usage(const CLI::App* app, std::string name) const override
     {
-        return wrappedLines(Formatter::make_usage(app, name), lineWidth(), narrowIndent);
+        return wrappedLines(Formatter::make_usage(app, name), lineWidth(), NARROW_INDENT);
     }
 
     std::string make_option(const CLI::Option* option, bool isPositional) const override

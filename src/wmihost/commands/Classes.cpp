@@ -185,10 +185,10 @@ void describeTable(const ClassTarget& target)
     if (const std::string text = description(definition.qualifiers); !text.empty()) {
         head += text + "\n";
     }
-    Table properties({{.heading = "Property", .longTexts = Table::Long::whole},
-                      {.heading = "Type", .longTexts = Table::Long::whole},
-                      {.heading = "Access", .longTexts = Table::Long::whole},
-                      {.heading = "Description", .longTexts = Table::Long::wraps}});
+    Table properties({{.heading = "Property", .longTexts = Table::Long::WHOLE},
+                      {.heading = "Type", .longTexts = Table::Long::WHOLE},
+                      {.heading = "Access", .longTexts = Table::Long::WHOLE},
+                      {.heading = "Description", .longTexts = Table::Long::WRAPS}});
     for (const Property& property : definition.properties) {
         properties.addRow({toUtf8(property.name), typeOf(property), accessOf(property), remarks(property)});
     }
@@ -322,9 +322,9 @@ std::string listCsv(const std::vector<ClassTarget>& classes)
 
 Table listTable(const std::vector<ClassTarget>& classes)
 {
-    Table table({{.heading = "Class", .longTexts = Table::Long::whole},
-                 {.heading = "Namespace", .longTexts = Table::Long::whole},
-                 {.heading = "Description", .longTexts = Table::Long::wraps}});
+    Table table({{.heading = "Class", .longTexts = Table::Long::WHOLE},
+                 {.heading = "Namespace", .longTexts = Table::Long::WHOLE},
+                 {.heading = "Description", .longTexts = Table::Long::WRAPS}});
     for (const ClassTarget& target : classes) {
         table.addRow({toUtf8(target.definition->name), toUtf8(target.nameSpace),
                       visible(description(target.definition->qualifiers))});
@@ -342,13 +342,13 @@ std::string classMof(const ClassTarget& target)
 void writeClassList(const std::vector<ClassTarget>& classes, const CommandOptions& options)
 {
     switch (options.format) {
-        case Format::json:
+        case Format::JSON:
             writeOut(jsonText(listJson(classes)));
             break;
-        case Format::csv:
+        case Format::CSV:
             writeOut(listCsv(classes));
             break;
-        case Format::mof:
+        case Format::MOF:
             for (const ClassTarget& target : classes) {
                 writeOut(classMof(target) + "\n");
             }
@@ -369,7 +369,7 @@ int runDescribe(const Connection& connection, const std::wstring& className, con
     const auto classes = className.empty()
                              ? connection.classes(options.nameSpace)
                              : std::vector<ClassTarget>{connection.findClass(className, options.nameSpace)};
-    const bool isReference = className.empty() && options.format == Format::markdown;
+    const bool isReference = className.empty() && options.format == Format::MARKDOWN;
     if (isReference) {
         writeReferenceHead(classes);
     }
@@ -377,14 +377,14 @@ int runDescribe(const Connection& connection, const std::wstring& className, con
     std::string_view gap = isReference ? "\n" : "";
     for (const ClassTarget& target : classes) {
         switch (options.format) {
-            case Format::json:
+            case Format::JSON:
                 list.push_back(describeJson(target));
                 break;
-            case Format::mof:
+            case Format::MOF:
                 writeOut(gap);
                 writeOut(classMof(target));
                 break;
-            case Format::markdown:
+            case Format::MARKDOWN:
                 writeOut(gap);
                 describeMarkdown(target);
                 break;
@@ -394,7 +394,7 @@ int runDescribe(const Connection& connection, const std::wstring& className, con
         }
         gap = "\n";
     }
-    if (options.format == Format::json) {
+    if (options.format == Format::JSON) {
         writeOut(jsonText(className.empty() ? list : list.front()));
     }
     return 0;

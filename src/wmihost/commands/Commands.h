@@ -22,11 +22,11 @@ public:
 
 enum class Format
 {
-    table,
-    json,
-    mof,
-    csv,
-    markdown  // of `describe` alone
+    TABLE,
+    JSON,
+    MOF,
+    CSV,
+    MARKDOWN  // of `describe` alone
 };
 
 // NAME=VALUE of the command line.
@@ -36,8 +36,8 @@ using Assignment = std::pair<std::wstring, std::wstring>;
 struct CommandOptions
 {
     std::wstring nameSpace;  // empty: any namespace that has the class
-    Format format = Format::table;
-    Impersonation impersonation = Impersonation::impersonate;
+    Format format = Format::TABLE;
+    Impersonation impersonation = Impersonation::IMPERSONATE;
     std::vector<std::wstring> properties;    // empty: the command chooses
     std::vector<wql::Condition> conditions;  // an instance is shown if all of them hold
     unsigned threads = 1;

@@ -59,13 +59,13 @@ std::vector<const Property*> outputsOf(const Method& method)
 void writeOutputs(IWbemClassObject& out, const Method& method, const CommandOptions& options)
 {
     switch (options.format) {
-        case Format::json:
+        case Format::JSON:
             writeOut(jsonText(jsonOfOutputs(out, method)));
             break;
-        case Format::mof:
+        case Format::MOF:
             writeOut(mofOf(out));
             break;
-        case Format::csv: {
+        case Format::CSV: {
             const auto properties = outputsOf(method);
             writeOut(csvHeader(properties) + csvOf(out, properties));
             break;
@@ -153,7 +153,7 @@ int runInvoke(Connection& connection, const std::wstring& path, const std::wstri
     const auto out = call(connection, instance, method, arguments, options);
     if (!out || !method.out) {
         writeHint(options, "the method delivered no outputs\n");
-        writeOut(options.format == Format::json ? "{}\n" : "");
+        writeOut(options.format == Format::JSON ? "{}\n" : "");
         return out || !method.out ? 0 : 1;
     }
     writeOutputs(*out.get(), method, options);

@@ -15,10 +15,10 @@
 namespace wmihost {
 namespace {
 
-constexpr auto pause = std::chrono::milliseconds(100);
-constexpr long completed = 7;
-constexpr long firstEndState = completed;
-constexpr std::size_t jobBarWidth = 30;
+constexpr auto PAUSE = std::chrono::milliseconds(100);
+constexpr long COMPLETED = 7;
+constexpr long FIRST_END_STATE = COMPLETED;
+constexpr std::size_t JOB_BAR_WIDTH = 30;
 
 struct JobState
 {
@@ -53,8 +53,8 @@ void show(const JobState& state, bool terminal, const CommandOptions& options)
         writeError(text + "\n");
         return;
     }
-    const std::size_t filled = jobBarWidth * static_cast<std::size_t>(state.percent) / 100;
-    writeStatus("[" + std::string(filled, '#') + std::string(jobBarWidth - filled, '.') + "] " + text + "   ");
+    const std::size_t filled = JOB_BAR_WIDTH * static_cast<std::size_t>(state.percent) / 100;
+    writeStatus("[" + std::string(filled, '#') + std::string(JOB_BAR_WIDTH - filled, '.') + "] " + text + "   ");
 }
 
 int interruptedAt(const JobState& state, const InstanceTarget& job, const CommandOptions& options)
@@ -62,7 +62,7 @@ int interruptedAt(const JobState& state, const InstanceTarget& job, const Comman
     writeError("interrupted: the job " + toUtf8(job.path) + " was at " + std::to_string(state.percent) + " %, " +
                state.word +
                (options.jobsGoOn ? "; it goes on\n" : "; it ends with this process, and is then shown as failed\n"));
-    return interruptedExit;
+    return INTERRUPTED_EXIT;
 }
 
 }  // namespace
@@ -78,17 +78,17 @@ int followJob(Connection& connection, const InstanceTarget& job, const CommandOp
             show(now, terminal, options);
             shown = now;
         }
-        if (now.state >= firstEndState || !guard.pause(pause)) {
+        if (now.state >= FIRST_END_STATE || !guard.pause(PAUSE)) {
             break;
         }
         now = read(connection, job, options);
     }
     writeHint(options, terminal ? "\n" : "");
-    if (now.state < firstEndState) {
+    if (now.state < FIRST_END_STATE) {
         return interruptedAt(now, job, options);
     }
     writeRemark(options, "job ended: " + std::to_string(now.state) + " (" + now.word + ")\n");
-    return now.state == completed ? 0 : 1;
+    return now.state == COMPLETED ? 0 : 1;
 }
 
 }  // namespace wmihost

@@ -36,7 +36,7 @@ struct Limit
     bool ofLength;
 };
 
-constexpr std::array limits{Limit{L"MinValue", false, false}, Limit{L"MaxValue", true, false},
+constexpr std::array LIMITS{Limit{L"MinValue", false, false}, Limit{L"MaxValue", true, false},
                             Limit{L"MinLen", false, true}, Limit{L"MaxLen", true, true}};
 
 // "SampleCount: 601 is above its MaxValue, 600"; empty if the value keeps the limit, or if the property has no such
@@ -80,7 +80,7 @@ std::string objectionTo(const Property& property, const VARIANT& value)
     if (value.vt == VT_NULL || value.vt == VT_EMPTY || (value.vt & VT_ARRAY) != 0) {
         return {};
     }
-    for (const Limit& limit : limits) {
+    for (const Limit& limit : LIMITS) {
         if (std::string text = beyond(property, value, limit); !text.empty()) {
             return text;
         }

@@ -109,9 +109,9 @@ std::vector<bool> identifying(const std::vector<const Property*>& properties, co
 Table::Long longTextsOf(const Property& property, bool identifies)
 {
     if (property.type == CIM_REFERENCE) {
-        return Table::Long::middle;
+        return Table::Long::MIDDLE;
     }
-    return identifies || property.isKey() ? Table::Long::whole : Table::Long::cut;
+    return identifies || property.isKey() ? Table::Long::WHOLE : Table::Long::CUT;
 }
 
 // Removes the dull keys from references.
@@ -250,7 +250,7 @@ std::string csvOf(IWbemClassObject& object, const std::vector<const Property*>& 
 void writeObjects(const Objects& objects, const ClassDefinition& definition, const CommandOptions& options)
 {
     switch (options.format) {
-        case Format::json: {
+        case Format::JSON: {
             Json list = Json::array();
             for (const auto& object : objects) {
                 list.push_back(objectJson(*object.get(), definition, options));
@@ -258,12 +258,12 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
             writeOut(jsonText(list));
             break;
         }
-        case Format::mof:
+        case Format::MOF:
             for (const auto& object : objects) {
                 writeOut(mofOf(*object.get()) + "\n");
             }
             break;
-        case Format::csv: {
+        case Format::CSV: {
             const auto properties = shownProperties(definition, options);
             std::string text = csvHeader(properties);
             for (const auto& object : objects) {
@@ -280,13 +280,13 @@ void writeObjects(const Objects& objects, const ClassDefinition& definition, con
 void writeObject(IWbemClassObject& object, const ClassDefinition& definition, const CommandOptions& options)
 {
     switch (options.format) {
-        case Format::json:
+        case Format::JSON:
             writeOut(jsonText(objectJson(object, definition, options)));
             break;
-        case Format::mof:
+        case Format::MOF:
             writeOut(mofOf(object));
             break;
-        case Format::csv: {
+        case Format::CSV: {
             const auto properties = shownProperties(definition, options);
             writeOut(csvHeader(properties) + csvOf(object, properties));
             break;
@@ -303,7 +303,7 @@ void writeObject(IWbemClassObject& object, const ClassDefinition& definition, co
 
 std::vector<Table::Column> detailColumns(const std::string& name)
 {
-    return {{.heading = name, .longTexts = Table::Long::whole}, {.heading = "Value", .longTexts = Table::Long::wraps}};
+    return {{.heading = name, .longTexts = Table::Long::WHOLE}, {.heading = "Value", .longTexts = Table::Long::WRAPS}};
 }
 
 }  // namespace wmihost

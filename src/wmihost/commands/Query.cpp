@@ -20,7 +20,7 @@ namespace wmihost {
 namespace {
 
 // The instances of this class are the definitions of classes.
-constexpr std::wstring_view metaClass = L"meta_class";
+constexpr std::wstring_view META_CLASS = L"meta_class";
 
 bool sameClass(const ClassTarget& left, const ClassTarget& right)
 {
@@ -88,11 +88,11 @@ void writeCsv(const std::vector<FoundObject>& found)
 // Programs get one list; people get a table for each class below its name.
 void writeFound(const std::vector<FoundObject>& found, const CommandOptions& options)
 {
-    if (options.format == Format::json) {
+    if (options.format == Format::JSON) {
         writeJson(found, options);
         return;
     }
-    if (options.format == Format::csv) {
+    if (options.format == Format::CSV) {
         writeCsv(found);
         return;
     }
@@ -104,7 +104,7 @@ void writeFound(const std::vector<FoundObject>& found, const CommandOptions& opt
                 objects.push_back(item.object);
             }
         }
-        if (options.format == Format::table) {
+        if (options.format == Format::TABLE) {
             writeOut(gap + toUtf8(target.definition->name) + "\n");
             gap = "\n";
         }
@@ -184,7 +184,7 @@ int answerSchema(Connection& connection, const wql::SelectQuery& query, const st
     if (!query.properties.empty()) {
         throw wql::QueryError("meta_class takes SELECT * alone: the answer consists of whole classes");
     }
-    const std::wstring nameSpace = options.nameSpace.empty() ? std::wstring(adapterNamespace) : options.nameSpace;
+    const std::wstring nameSpace = options.nameSpace.empty() ? std::wstring(ADAPTER_NAMESPACE) : options.nameSpace;
     std::vector<ClassTarget> classes;
     if (auto answer = local ? std::nullopt : queryService(connection, nameSpace, text, options)) {
         for (const auto& object : *answer) {
@@ -192,7 +192,7 @@ int answerSchema(Connection& connection, const wql::SelectQuery& query, const st
         }
     } else {
         ClassDefinition withoutProperties;
-        withoutProperties.name = metaClass;
+        withoutProperties.name = META_CLASS;
         if (query.where) {
             wql::checkCondition(*query.where, withoutProperties);
         }
@@ -252,8 +252,8 @@ int runQuery(Connection& connection, const std::string& text, bool local, const 
     if (selected == nullptr) {
         return answerRelated(connection, std::get<wql::RelatedQuery>(query), text, local, options);
     }
-    return sameName(selected->className, metaClass) ? answerSchema(connection, *selected, text, local, options)
-                                                    : answerSelect(connection, *selected, text, local, options);
+    return sameName(selected->className, META_CLASS) ? answerSchema(connection, *selected, text, local, options)
+                                                     : answerSelect(connection, *selected, text, local, options);
 }
 
 int runRelated(Connection& connection, const std::string& path, const RelatedOptions& related, bool local,

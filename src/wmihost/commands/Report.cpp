@@ -13,7 +13,7 @@ void writeHint(const CommandOptions& options, std::string_view text)
 
 void writeRemark(const CommandOptions& options, std::string_view text)
 {
-    if (options.format == Format::table) {
+    if (options.format == Format::TABLE) {
         writeOut(text);
     } else {
         writeHint(options, text);

@@ -20,12 +20,12 @@ namespace wmihost {
 namespace {
 
 // An enumeration of fewer objects ends before anybody could read its progress.
-constexpr unsigned worthReporting = 20;
+constexpr unsigned WORTH_REPORTING = 20;
 
 void reportProgress(Progress progress)
 {
     const unsigned done = progress.index + 1;
-    if (progress.total < worthReporting) {
+    if (progress.total < WORTH_REPORTING) {
         return;
     }
     const bool last = done == progress.total;

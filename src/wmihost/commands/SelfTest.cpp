@@ -123,9 +123,9 @@ int runSelfTest(Connection& connection, const CommandOptions& options)
         {"put", [&tour] { return tour.put(); }},
         {"invoke", [&tour] { return tour.invoke(); }},
         {"delete", [&tour] { return tour.remove(); }}};
-    Table table({{.heading = "Request", .longTexts = Table::Long::whole},
-                 {.heading = "Verdict", .longTexts = Table::Long::whole},
-                 {.heading = "Detail", .longTexts = Table::Long::wraps}});
+    Table table({{.heading = "Request", .longTexts = Table::Long::WHOLE},
+                 {.heading = "Verdict", .longTexts = Table::Long::WHOLE},
+                 {.heading = "Detail", .longTexts = Table::Long::WRAPS}});
     bool passed = true;
     for (const auto& [name, step] : steps) {
         std::string detail;

@@ -19,7 +19,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t barWidth = 20;
+constexpr std::size_t BAR_WIDTH = 20;
 
 // The counters of one instance at one time.
 struct Sample
@@ -88,7 +88,7 @@ double rateOf(unsigned long long before, unsigned long long now, double seconds)
 std::string barOf(double rate, double fastest)
 {
     const double share = fastest > 0 ? rate / fastest : 0;
-    return std::string(static_cast<std::size_t>(std::lround(share * static_cast<double>(barWidth))), '#');
+    return std::string(static_cast<std::size_t>(std::lround(share * static_cast<double>(BAR_WIDTH))), '#');
 }
 
 // An instance and how fast each of its counters rises.
@@ -124,12 +124,12 @@ std::vector<Rates> ratesOf(const std::vector<Sample>& before, const std::vector<
 // How many instances the screen has room for, below the headings and above the line that says what is left out.
 std::size_t roomFor(std::size_t instances, std::optional<std::size_t> height)
 {
-    constexpr std::size_t headings = 2;
-    constexpr std::size_t linesBelow = 2;  // that line, and the one of the cursor
-    if (!height || headings + instances + linesBelow <= *height) {
+    constexpr std::size_t HEADINGS = 2;
+    constexpr std::size_t LINES_BELOW = 2;  // that line, and the one of the cursor
+    if (!height || HEADINGS + instances + LINES_BELOW <= *height) {
         return instances;
     }
-    return std::max<std::size_t>(*height, headings + linesBelow + 1) - headings - linesBelow;
+    return std::max<std::size_t>(*height, HEADINGS + LINES_BELOW + 1) - HEADINGS - LINES_BELOW;
 }
 
 // "9 more instances, 3 more counters do not fit"; empty if all is shown.
@@ -150,7 +150,7 @@ std::string leftOutText(std::size_t instances, std::size_t counters)
 Table tableOf(const std::vector<Rates>& instances, std::size_t room, const std::vector<const Property*>& counters,
               bool withBar)
 {
-    std::vector<Table::Column> columns{{.heading = "Instance", .longTexts = Table::Long::whole, .identifies = true}};
+    std::vector<Table::Column> columns{{.heading = "Instance", .longTexts = Table::Long::WHOLE, .identifies = true}};
     if (withBar) {
         columns.push_back({"Activity"});
     }
@@ -200,7 +200,7 @@ int runWatch(Connection& connection, const std::wstring& className, const Comman
     std::size_t linesShown = 0;
     for (unsigned shown = 0; options.count == 0 || shown < options.count; ++shown) {
         if (!guard.pause(options.interval)) {
-            return interruptedExit;
+            return INTERRUPTED_EXIT;
         }
         auto now = takeSamples(connection, target, counters, options);
         const auto nowTime = Clock::now();

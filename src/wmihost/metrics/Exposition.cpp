@@ -23,7 +23,7 @@ std::string Exposition::text() const
 {
     std::vector<MetricFamily> families = m_metrics;
     const auto add = [&families](const char* name, const char* help, double value) {
-        families.push_back({name, help, MetricType::gauge, {{{}, value}}});
+        families.push_back({name, help, MetricType::GAUGE, {{{}, value}}});
     };
     add("zerix_read_success",
         "Whether the latest reading of the machine succeeded. 0: the other values are those of the last good reading.",

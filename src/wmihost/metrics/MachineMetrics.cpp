@@ -15,16 +15,16 @@ namespace wmihost {
 namespace {
 
 // Values of Zerix_EthernetPort.EnabledState.
-constexpr unsigned long long enabled = 2;
-constexpr unsigned long long enabledButOffline = 6;
+constexpr unsigned long long ENABLED = 2;
+constexpr unsigned long long ENABLED_BUT_OFFLINE = 6;
 // Values of Zerix_ConcreteJob.JobState.
-constexpr unsigned long long jobCompleted = 7;
-constexpr unsigned long long jobException = 10;
+constexpr unsigned long long JOB_COMPLETED = 7;
+constexpr unsigned long long JOB_EXCEPTION = 10;
 // Values of Zerix_IPProtocolEndpoint.AddressOrigin.
-constexpr unsigned long long autoConfiguration = 8;
-constexpr unsigned long long stateless = 9;
+constexpr unsigned long long AUTO_CONFIGURATION = 8;
+constexpr unsigned long long STATELESS = 9;
 
-constexpr double bitsPerByte = 8;
+constexpr double BITS_PER_BYTE = 8;
 
 std::string text(IWbemClassObject& row, std::wstring_view property)
 {
@@ -61,7 +61,7 @@ std::string guidIn(const std::string& key)
 template <class Read>
 MetricFamily portGauge(const ClassRows& ports, const std::string& name, const std::string& help, Read read)
 {
-    MetricFamily family{name, help, MetricType::gauge, {}};
+    MetricFamily family{name, help, MetricType::GAUGE, {}};
     for (const auto& port : ports.objects) {
         if (const std::optional<double> value = read(*port.get())) {
             family.samples.push_back({{{"guid", text(*port.get(), L"DeviceID")}}, *value});
@@ -72,7 +72,7 @@ MetricFamily portGauge(const ClassRows& ports, const std::string& name, const st
 
 MetricFamily portInfo(const ClassRows& ports)
 {
-    MetricFamily family{"zerix_port_info", helpOfClass(*ports.definition), MetricType::gauge, {}};
+    MetricFamily family{"zerix_port_info", helpOfClass(*ports.definition), MetricType::GAUGE, {}};
     for (const auto& port : ports.objects) {
         family.samples.push_back({{{"guid", text(*port.get(), L"DeviceID")},
                                    {"name", text(*port.get(), L"Name")},
@@ -86,15 +86,15 @@ MetricFamily portInfo(const ClassRows& ports)
 std::optional<double> isUp(IWbemClassObject& port)
 {
     const auto state = number(port, L"EnabledState");
-    return state ? std::optional<double>(*state == enabled ? 1 : 0) : std::nullopt;
+    return state ? std::optional<double>(*state == ENABLED ? 1 : 0) : std::nullopt;
 }
 
 // The carrier of a port that is switched off or in test is unknown.
 std::optional<double> hasCarrier(IWbemClassObject& port)
 {
     const auto state = number(port, L"EnabledState");
-    const bool known = state && (*state == enabled || *state == enabledButOffline);
-    return known ? std::optional<double>(*state == enabled ? 1 : 0) : std::nullopt;
+    const bool known = state && (*state == ENABLED || *state == ENABLED_BUT_OFFLINE);
+    return known ? std::optional<double>(*state == ENABLED ? 1 : 0) : std::nullopt;
 }
 
 std::optional<double> scaled(IWbemClassObject& row, std::wstring_view property, double divisor)
@@ -118,8 +118,8 @@ void addPortStates(std::vector<MetricFamily>& families, const ClassRows& ports)
         portGauge(ports, "zerix_port_carrier",
                   helpOf(definition, L"EnabledState", "1: Enabled; 0: Enabled but Offline; absent in any other state."),
                   hasCarrier));
-    addQuantity("zerix_port_speed_bytes_per_second", L"Speed", bitsPerByte, speedRemark);
-    addQuantity("zerix_port_receive_speed_bytes_per_second", L"ReceiveLinkSpeed", bitsPerByte, speedRemark);
+    addQuantity("zerix_port_speed_bytes_per_second", L"Speed", BITS_PER_BYTE, speedRemark);
+    addQuantity("zerix_port_receive_speed_bytes_per_second", L"ReceiveLinkSpeed", BITS_PER_BYTE, speedRemark);
     addQuantity("zerix_port_mtu_bytes", L"ActiveMaximumTransmissionUnit", 1, "");
 }
 
@@ -145,7 +145,7 @@ void addCounters(std::vector<MetricFamily>& families, const ClassRows& statistic
             continue;
         }
         MetricFamily family{
-            counterName(property), helpOf(*statistics.definition, property.name), MetricType::counter, {}};
+            counterName(property), helpOf(*statistics.definition, property.name), MetricType::COUNTER, {}};
         for (const auto& row : statistics.objects) {
             const std::string guid = guidIn(text(*row.get(), L"InstanceID"));
             const auto value = number(*row.get(), property.name);
@@ -162,23 +162,23 @@ void addCounters(std::vector<MetricFamily>& families, const ClassRows& statistic
 bool changesOften(IWbemClassObject& endpoint)
 {
     const auto origin = number(endpoint, L"AddressOrigin");
-    return origin == autoConfiguration || origin == stateless;  // NOLINT(misc-redundant-expression): two constants
+    return origin == AUTO_CONFIGURATION || origin == STATELESS;  // NOLINT(misc-redundant-expression): two constants
 }
 
 void addAddresses(std::vector<MetricFamily>& families, const ClassRows& ports, const ClassRows& endpoints)
 {
     using Family = std::pair<std::wstring_view, const char*>;
-    constexpr std::array kinds{Family{L"IPv4Address", "ipv4"}, Family{L"IPv6Address", "ipv6"}};
+    constexpr std::array KINDS{Family{L"IPv4Address", "ipv4"}, Family{L"IPv6Address", "ipv6"}};
     MetricFamily counts{
-        "zerix_port_ip_addresses", helpOfClass(*endpoints.definition) + " How many a port has.", MetricType::gauge, {}};
+        "zerix_port_ip_addresses", helpOfClass(*endpoints.definition) + " How many a port has.", MetricType::GAUGE, {}};
     MetricFamily names{"zerix_port_ip_address_info",
                        helpOfClass(*endpoints.definition) + " Without those that the machine makes up itself (IPv6).",
-                       MetricType::gauge,
+                       MetricType::GAUGE,
                        {}};
     std::map<std::pair<std::string, std::string>, double> count;
     for (const auto& endpoint : endpoints.objects) {
         const std::string guid = guidIn(text(*endpoint.get(), L"Name"));
-        for (const auto& [property, kind] : kinds) {
+        for (const auto& [property, kind] : KINDS) {
             const std::string address = text(*endpoint.get(), property);
             if (guid.empty() || address.empty()) {
                 continue;
@@ -191,7 +191,7 @@ void addAddresses(std::vector<MetricFamily>& families, const ClassRows& ports, c
     }
     for (const auto& port : ports.objects) {
         const std::string guid = text(*port.get(), L"DeviceID");
-        for (const auto& [property, kind] : kinds) {
+        for (const auto& [property, kind] : KINDS) {
             counts.samples.push_back({{{"guid", guid}, {"family", kind}}, count[{guid, kind}]});
         }
     }
@@ -206,7 +206,7 @@ MetricFamily jobCount(const ClassRows& jobs, const std::string& name, const std:
         const auto state = number(*job.get(), L"JobState");
         return state && matches(*state);
     });
-    return {name, helpOf(*jobs.definition, L"JobState", remark), MetricType::gauge, {{{}, static_cast<double>(count)}}};
+    return {name, helpOf(*jobs.definition, L"JobState", remark), MetricType::GAUGE, {{{}, static_cast<double>(count)}}};
 }
 
 }  // namespace
@@ -235,9 +235,9 @@ std::vector<MetricFamily> machineMetrics(const MachineRows& rows)
     addCounters(families, rows.statistics);
     addAddresses(families, rows.ports, rows.endpoints);
     families.push_back(jobCount(rows.jobs, "zerix_jobs_running", "Jobs that have not ended.",
-                                [](unsigned long long state) { return state < jobCompleted; }));
+                                [](unsigned long long state) { return state < JOB_COMPLETED; }));
     families.push_back(jobCount(rows.jobs, "zerix_jobs_failed", "Jobs that ended with an exception and are still kept.",
-                                [](unsigned long long state) { return state == jobException; }));
+                                [](unsigned long long state) { return state == JOB_EXCEPTION; }));
     return families;
 }
 

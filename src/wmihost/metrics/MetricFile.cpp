@@ -10,8 +10,8 @@
 namespace wmihost {
 namespace {
 
-constexpr std::chrono::milliseconds pause{50};
-constexpr int mostAttempts = 100;
+constexpr std::chrono::milliseconds PAUSE{50};
+constexpr int MOST_ATTEMPTS = 100;
 
 struct FileCloser
 {
@@ -50,10 +50,10 @@ DWORD replace(const std::filesystem::path& from, const std::filesystem::path& to
             return ERROR_SUCCESS;
         }
         const DWORD error = GetLastError();
-        if (!isHeldByReader(error) || attempt == mostAttempts) {
+        if (!isHeldByReader(error) || attempt == MOST_ATTEMPTS) {
             return error;
         }
-        Sleep(static_cast<DWORD>(pause.count()));
+        Sleep(static_cast<DWORD>(PAUSE.count()));
     }
 }
 

@@ -11,7 +11,7 @@
 namespace wmihost {
 namespace {
 
-constexpr std::size_t longestLabelValue = 256;
+constexpr std::size_t LONGEST_LABEL_VALUE = 256;
 
 // The beginning of a UTF-8 text up to a length in bytes. Does not cut through a character.
 std::string cut(const std::string& text, std::size_t length)
@@ -19,9 +19,9 @@ std::string cut(const std::string& text, std::size_t length)
     if (text.size() <= length) {
         return text;
     }
-    constexpr unsigned continuationMask = 0xC0;
-    constexpr unsigned continuation = 0x80;
-    while (length > 0 && (static_cast<unsigned char>(text[length]) & continuationMask) == continuation) {
+    constexpr unsigned CONTINUATION_MASK = 0xC0;
+    constexpr unsigned CONTINUATION = 0x80;
+    while (length > 0 && (static_cast<unsigned char>(text[length]) & CONTINUATION_MASK) == CONTINUATION) {
         --length;
     }
     return text.substr(0, length);
@@ -30,7 +30,7 @@ std::string cut(const std::string& text, std::size_t length)
 // The format escapes backslashes and line feeds everywhere, but quotation marks only in label values.
 std::string escaped(const std::string& text, bool quoted)
 {
-    constexpr unsigned char firstPrintable = 0x20;
+    constexpr unsigned char FIRST_PRINTABLE = 0x20;
     std::string result;
     for (const char c : text) {
         if (c == '\\' || (c == '"' && quoted)) {
@@ -39,7 +39,7 @@ std::string escaped(const std::string& text, bool quoted)
         } else if (c == '\n') {
             result += "\\n";
         } else {
-            result += static_cast<unsigned char>(c) < firstPrintable ? ' ' : c;
+            result += static_cast<unsigned char>(c) < FIRST_PRINTABLE ? ' ' : c;
         }
     }
     return result;
@@ -49,7 +49,7 @@ std::string labelText(const Labels& labels)
 {
     std::string text;
     for (const auto& [name, value] : labels) {
-        text += (text.empty() ? "{" : ",") + name + "=\"" + escaped(cut(value, longestLabelValue), true) + "\"";
+        text += (text.empty() ? "{" : ",") + name + "=\"" + escaped(cut(value, LONGEST_LABEL_VALUE), true) + "\"";
     }
     return text.empty() ? text : text + "}";
 }
@@ -65,7 +65,7 @@ std::string numberText(double value)
 std::string familyText(const MetricFamily& family)
 {
     std::string text = "# HELP " + family.name + " " + escaped(family.help, false) + "\n# TYPE " + family.name +
-                       (family.type == MetricType::counter ? " counter\n" : " gauge\n");
+                       (family.type == MetricType::COUNTER ? " counter\n" : " gauge\n");
     std::set<std::string> written;
     for (const MetricSample& sample : family.samples) {
         const std::string series = family.name + labelText(sample.labels);

@@ -8,8 +8,8 @@ namespace wmihost {
 
 enum class MetricType
 {
-    gauge,
-    counter
+    GAUGE,
+    COUNTER
 };
 
 // Names and values in UTF-8, in the order in which they are written.
@@ -26,7 +26,7 @@ struct MetricFamily
 {
     std::string name;
     std::string help;
-    MetricType type = MetricType::gauge;
+    MetricType type = MetricType::GAUGE;
     std::vector<MetricSample> samples;
 };
 

@@ -81,7 +81,7 @@ private:
             inherit(result, m_class.properties[static_cast<std::size_t>(place)], nameNode);
         }
         const Node* list = childOf<qualifiers>(node);
-        m_context.strict.checkQualifiers(list, type == CIM_REFERENCE ? scopeReference : scopeProperty,
+        m_context.strict.checkQualifiers(list, type == CIM_REFERENCE ? SCOPE_REFERENCE : SCOPE_PROPERTY,
                                          m_context.qualifiers);
         result.qualifiers = m_context.qualifiers.read(list, std::move(result.qualifiers));
         m_context.strict.checkType(node, m_class.name, namespaceOfType(result));
@@ -154,7 +154,7 @@ private:
             result.qualifiers = inherited->qualifiers;
         }
         const Node* qualifierNode = childOf<qualifiers>(node);
-        m_context.strict.checkQualifiers(qualifierNode, scopeMethod, m_context.qualifiers);
+        m_context.strict.checkQualifiers(qualifierNode, SCOPE_METHOD, m_context.qualifiers);
         result.qualifiers = m_context.qualifiers.read(qualifierNode, std::move(result.qualifiers));
         readSignatures(node, list, result);
         if (overrides) {
@@ -202,7 +202,7 @@ private:
         result.className = className;
         result.origin = in.name;
         const Node* list = childOf<qualifiers>(node);
-        m_context.strict.checkQualifiers(list, scopeParameter, m_context.qualifiers);
+        m_context.strict.checkQualifiers(list, SCOPE_PARAMETER, m_context.qualifiers);
         result.qualifiers = m_context.qualifiers.read(list, standardQualifiers(type, className));
         checkEmbeddedClass(node, result);
         if (findQualifier(result.qualifiers, L"ID") == nullptr) {

@@ -181,8 +181,8 @@ struct file : p::seq<gap, p::star<statement>, p::must<file_end>> {};
 // clang-format on
 
 // Instances in instances beyond this depth, and classes in classes, would exhaust the stack.
-constexpr std::size_t deepestInstance = 64;
-constexpr std::size_t deepestClass = 16;
+constexpr std::size_t DEEPEST_INSTANCE = 64;
+constexpr std::size_t DEEPEST_CLASS = 16;
 
 template <class Rule>
 struct action : p::nothing<Rule>
@@ -190,12 +190,12 @@ struct action : p::nothing<Rule>
 };
 
 template <>
-struct action<embedded_instance> : p::limit_depth<deepestInstance>
+struct action<embedded_instance> : p::limit_depth<DEEPEST_INSTANCE>
 {
 };
 
 template <>
-struct action<embedded_class> : p::limit_depth<deepestClass>
+struct action<embedded_class> : p::limit_depth<DEEPEST_CLASS>
 {
 };
 

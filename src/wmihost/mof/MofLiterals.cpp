@@ -15,10 +15,10 @@ namespace {
 // The character of an escape such as \x20AC; `place` is moved from the x to the last digit.
 wchar_t escapedByNumber(std::wstring_view text, std::size_t& place)
 {
-    constexpr std::size_t mostDigits = 4;
+    constexpr std::size_t MOST_DIGITS = 4;
     const std::size_t begin = place + 1;
     std::size_t end = begin;
-    while (end < text.size() && end - begin < mostDigits && iswxdigit(text[end]) != 0) {
+    while (end < text.size() && end - begin < MOST_DIGITS && iswxdigit(text[end]) != 0) {
         ++end;
     }
     place = end - 1;
@@ -28,14 +28,14 @@ wchar_t escapedByNumber(std::wstring_view text, std::size_t& place)
 // The character behind an escape's backslash; `place` is moved to the escape's last character.
 wchar_t escaped(std::wstring_view text, std::size_t& place)
 {
-    constexpr std::wstring_view letters = L"btnfr";
-    constexpr std::wstring_view meanings = L"\b\t\n\f\r";
+    constexpr std::wstring_view LETTERS = L"btnfr";
+    constexpr std::wstring_view MEANINGS = L"\b\t\n\f\r";
     const wchar_t letter = text[place];
     if (letter == L'x' || letter == L'X') {
         return escapedByNumber(text, place);
     }
-    const std::size_t found = letters.find(letter);
-    return found == std::wstring_view::npos ? letter : meanings[found];
+    const std::size_t found = LETTERS.find(letter);
+    return found == std::wstring_view::npos ? letter : MEANINGS[found];
 }
 
 std::wstring unescaped(std::wstring_view text)
@@ -81,9 +81,9 @@ unsigned signedBits(CIMTYPE type)
         CIMTYPE type;
         unsigned bits;
     };
-    constexpr std::array<Width, 4> widths{{{CIM_SINT8, 8}, {CIM_SINT16, 16}, {CIM_SINT32, 32}, {CIM_SINT64, 64}}};
-    const auto* found = std::find_if(widths.begin(), widths.end(), [type](const Width& w) { return w.type == type; });
-    return found == widths.end() ? 0 : found->bits;
+    constexpr std::array<Width, 4> WIDTHS{{{CIM_SINT8, 8}, {CIM_SINT16, 16}, {CIM_SINT32, 32}, {CIM_SINT64, 64}}};
+    const auto* found = std::find_if(WIDTHS.begin(), WIDTHS.end(), [type](const Width& w) { return w.type == type; });
+    return found == WIDTHS.end() ? 0 : found->bits;
 }
 
 // An integer of any notation in decimal. A number that no type can hold stays as it is written.

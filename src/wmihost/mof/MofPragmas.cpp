@@ -22,9 +22,9 @@ struct Argument
 
 std::wstring trimmed(std::wstring_view text)
 {
-    constexpr std::wstring_view blanks = L" \t";
-    const std::size_t begin = std::min(text.find_first_not_of(blanks), text.size());
-    const std::size_t end = text.find_last_not_of(blanks) + 1;
+    constexpr std::wstring_view BLANKS = L" \t";
+    const std::size_t begin = std::min(text.find_first_not_of(BLANKS), text.size());
+    const std::size_t end = text.find_last_not_of(BLANKS) + 1;
     return std::wstring(text.substr(begin, end - std::min(begin, end)));
 }
 
@@ -128,7 +128,7 @@ struct Pragma
     void (*run)(Context&, const Node&);
 };
 
-constexpr std::array<Pragma, 5> pragmas{{
+constexpr std::array<Pragma, 5> PRAGMAS{{
     {L"namespace", changeNamespace},
     {L"classflags", setClassFlags},
     {L"instanceflags", setInstanceFlags},
@@ -142,8 +142,8 @@ void runPragma(Context& context, const Node& node)
 {
     const std::wstring name = nameIn<pragma_name>(node);
     const auto* found =
-        std::find_if(pragmas.begin(), pragmas.end(), [&name](const Pragma& p) { return sameName(p.name, name); });
-    if (found != pragmas.end()) {
+        std::find_if(PRAGMAS.begin(), PRAGMAS.end(), [&name](const Pragma& p) { return sameName(p.name, name); });
+    if (found != PRAGMAS.end()) {
         found->run(context, node);
     }
 }

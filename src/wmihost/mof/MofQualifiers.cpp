@@ -18,7 +18,7 @@ struct Flavor
     long clears;
 };
 
-constexpr std::array<Flavor, 9> flavorTable{{
+constexpr std::array<Flavor, 9> FLAVOR_TABLE{{
     {L"ToInstance", WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE, 0},
     {L"NotToInstance", 0, WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE},
     {L"ToSubclass", WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS, 0},
@@ -38,16 +38,16 @@ struct ScopeWord
 };
 
 // Schemas and qualifiers are elements of the model, but no text declares them with qualifiers.
-constexpr std::array<ScopeWord, 10> scopeTable{{
-    {L"Any", scopeAny},
-    {L"Association", scopeAssociation},
-    {L"Class", scopeClass},
-    {L"Indication", scopeIndication},
-    {L"Method", scopeMethod},
-    {L"Parameter", scopeParameter},
-    {L"Property", scopeProperty},
+constexpr std::array<ScopeWord, 10> SCOPE_TABLE{{
+    {L"Any", SCOPE_ANY},
+    {L"Association", SCOPE_ASSOCIATION},
+    {L"Class", SCOPE_CLASS},
+    {L"Indication", SCOPE_INDICATION},
+    {L"Method", SCOPE_METHOD},
+    {L"Parameter", SCOPE_PARAMETER},
+    {L"Property", SCOPE_PROPERTY},
     {L"Qualifier", 0},
-    {L"Reference", scopeReference},
+    {L"Reference", SCOPE_REFERENCE},
     {L"Schema", 0},
 }};
 
@@ -65,7 +65,7 @@ unsigned scopesOf(const Node& node)
     bool limited = false;
     for (const auto& child : node.children) {
         if (child->is_type<scope_word>()) {
-            const auto* word = entryOf(scopeTable, nameOf(*child));
+            const auto* word = entryOf(SCOPE_TABLE, nameOf(*child));
             if (word == nullptr) {
                 fail(*child, "the scope " + inQuotes(*child) + " is unknown");
             }
@@ -73,7 +73,7 @@ unsigned scopesOf(const Node& node)
             limited = true;
         }
     }
-    return limited ? scopes : unsigned{scopeAny};
+    return limited ? scopes : unsigned{SCOPE_ANY};
 }
 
 // The type of a declaration; none if a flavor stands in its place.
@@ -93,15 +93,15 @@ std::optional<CIMTYPE> declaredType(const Node& node)
 // WMI gives these qualifiers their flavor in every MOF. Without it, instances would have no keys.
 bool hasFixedFlavor(std::wstring_view name)
 {
-    constexpr std::array<std::wstring_view, 4> names{L"key", L"in", L"out", L"ID"};
-    return std::any_of(names.begin(), names.end(), [name](const auto& fixed) { return sameName(fixed, name); });
+    constexpr std::array<std::wstring_view, 4> NAMES{L"key", L"in", L"out", L"ID"};
+    return std::any_of(NAMES.begin(), NAMES.end(), [name](const auto& fixed) { return sameName(fixed, name); });
 }
 
 }  // namespace
 
 bool isFlavor(std::wstring_view word)
 {
-    return entryOf(flavorTable, word) != nullptr;
+    return entryOf(FLAVOR_TABLE, word) != nullptr;
 }
 
 long withFlavors(long flavor, const Node& node)
@@ -110,7 +110,7 @@ long withFlavors(long flavor, const Node& node)
         if (!child->is_type<mof::flavor>()) {
             continue;
         }
-        const auto* word = entryOf(flavorTable, nameOf(*child));
+        const auto* word = entryOf(FLAVOR_TABLE, nameOf(*child));
         if (word == nullptr) {
             fail(*child, "the flavor " + inQuotes(*child) + " is unknown");
         }
@@ -147,7 +147,7 @@ void QualifierTable::declare(const Node& node)
             result.defaultValue = m_readValue(*defaultNode->children.front(), *result.type);
         }
     } else {
-        const Flavor* first = entryOf(flavorTable, nameIn<qualifier_type>(node));
+        const Flavor* first = entryOf(FLAVOR_TABLE, nameIn<qualifier_type>(node));
         result.flavor = first->sets;
     }
     result.flavor = withFlavors(result.flavor, node);

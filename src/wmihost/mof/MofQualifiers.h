@@ -14,14 +14,14 @@ namespace wmihost::mof {
 // The kinds of elements that carry qualifiers, as a declaration's Scope names them.
 enum Scope : unsigned
 {
-    scopeClass = 1,
-    scopeAssociation = 2,
-    scopeIndication = 4,
-    scopeProperty = 8,
-    scopeReference = 16,
-    scopeMethod = 32,
-    scopeParameter = 64,
-    scopeAny = 127
+    SCOPE_CLASS = 1,
+    SCOPE_ASSOCIATION = 2,
+    SCOPE_INDICATION = 4,
+    SCOPE_PROPERTY = 8,
+    SCOPE_REFERENCE = 16,
+    SCOPE_METHOD = 32,
+    SCOPE_PARAMETER = 64,
+    SCOPE_ANY = 127
 };
 
 // The declaration of a qualifier, which applies to each use of it.
@@ -31,7 +31,7 @@ struct QualifierDeclaration
     std::optional<CIMTYPE> type;
     Variant defaultValue;
     long flavor = 0;  // WBEM_FLAVOR_ bits
-    unsigned scopes = scopeAny;
+    unsigned scopes = SCOPE_ANY;
     // Whether it is declared by the standard and not by the file, which may declare it again.
     bool isStandard = false;
 };

@@ -10,9 +10,9 @@
 namespace wmihost::mof {
 namespace {
 
-constexpr std::string_view utf16LittleMark = "\xFF\xFE";
-constexpr std::string_view utf16BigMark = "\xFE\xFF";
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view UTF16_LITTLE_MARK = "\xFF\xFE";
+constexpr std::string_view UTF16_BIG_MARK = "\xFE\xFF";
+constexpr std::string_view UTF8_MARK = "\xEF\xBB\xBF";
 
 std::string fromUtf16(std::string_view bytes, bool bigEndian)
 {
@@ -34,11 +34,11 @@ std::optional<std::string> readSource(const std::filesystem::path& file)
         return std::nullopt;
     }
     const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (text.starts_with(utf16LittleMark) || text.starts_with(utf16BigMark)) {
-        const std::string_view bytes = std::string_view(text).substr(utf16LittleMark.size());
-        return fromUtf16(bytes, text.starts_with(utf16BigMark));
+    if (text.starts_with(UTF16_LITTLE_MARK) || text.starts_with(UTF16_BIG_MARK)) {
+        const std::string_view bytes = std::string_view(text).substr(UTF16_LITTLE_MARK.size());
+        return fromUtf16(bytes, text.starts_with(UTF16_BIG_MARK));
     }
-    return text.starts_with(utf8Mark) ? text.substr(utf8Mark.size()) : text;
+    return text.starts_with(UTF8_MARK) ? text.substr(UTF8_MARK.size()) : text;
 }
 
 }  // namespace wmihost::mof

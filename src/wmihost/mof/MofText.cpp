@@ -141,11 +141,11 @@ bool needsNumber(std::wstring_view text, std::size_t place)
 
 std::wstring escapedByNumber(wchar_t c)
 {
-    constexpr std::wstring_view digits = L"0123456789ABCDEF";
+    constexpr std::wstring_view DIGITS = L"0123456789ABCDEF";
     std::wstring text = L"\\x";
     // Always four digits, so that a digit that follows does not count as one of them.
     for (int shift = 12; shift >= 0; shift -= 4) {
-        text += digits[static_cast<std::size_t>(c >> shift) & 0xF];
+        text += DIGITS[static_cast<std::size_t>(c >> shift) & 0xF];
     }
     return text;
 }
@@ -250,14 +250,14 @@ std::wstring instanceText(const ClassDefinition& definition, const std::vector<V
 
 std::wstring mofQuoted(std::wstring_view text)
 {
-    constexpr std::wstring_view special = L"\"\\\n\r\t\b\f";
-    constexpr std::wstring_view letters = L"\"\\nrtbf";
+    constexpr std::wstring_view SPECIAL = L"\"\\\n\r\t\b\f";
+    constexpr std::wstring_view LETTERS = L"\"\\nrtbf";
     std::wstring quoted = L"\"";
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const std::size_t found = special.find(text[i]);
+        const std::size_t found = SPECIAL.find(text[i]);
         if (found != std::wstring_view::npos) {
             quoted += L'\\';
-            quoted += letters[found];
+            quoted += LETTERS[found];
         } else {
             quoted += needsNumber(text, i) ? escapedByNumber(text[i]) : std::wstring(1, text[i]);
         }

@@ -12,26 +12,26 @@ namespace {
 
 bool isStandardPragma(std::wstring_view name)
 {
-    constexpr std::array<std::wstring_view, 8> names{L"include",  L"instancelocale", L"locale", L"namespace",
+    constexpr std::array<std::wstring_view, 8> NAMES{L"include",  L"instancelocale", L"locale", L"namespace",
                                                      L"nonlocal", L"nonlocaltype",   L"source", L"sourcetype"};
-    return std::any_of(names.begin(), names.end(), [name](const auto& known) { return sameName(known, name); });
+    return std::any_of(NAMES.begin(), NAMES.end(), [name](const auto& known) { return sameName(known, name); });
 }
 
 // The word for the element in messages.
 std::string_view wordFor(Scope element)
 {
     switch (element) {
-        case scopeClass:
+        case SCOPE_CLASS:
             return "a class";
-        case scopeAssociation:
+        case SCOPE_ASSOCIATION:
             return "an association";
-        case scopeIndication:
+        case SCOPE_INDICATION:
             return "an indication";
-        case scopeProperty:
+        case SCOPE_PROPERTY:
             return "a property";
-        case scopeReference:
+        case SCOPE_REFERENCE:
             return "a reference";
-        case scopeMethod:
+        case SCOPE_METHOD:
             return "a method";
         default:
             return "a parameter";
@@ -43,9 +43,9 @@ std::string_view wordFor(Scope element)
 Scope classScope(const Qualifiers& qualifiers)
 {
     if (hasQualifier(qualifiers, L"Association")) {
-        return scopeAssociation;
+        return SCOPE_ASSOCIATION;
     }
-    return hasQualifier(qualifiers, L"Indication") ? scopeIndication : scopeClass;
+    return hasQualifier(qualifiers, L"Indication") ? SCOPE_INDICATION : SCOPE_CLASS;
 }
 
 void StrictRules::enable(QualifierTable& qualifiers)

@@ -64,21 +64,21 @@ HRESULT compareValues(IWbemClassObject& left, IWbemClassObject& right, bool with
 
 HRESULT compare(IWbemClassObject& left, IWbemClassObject& right, LONG flags)
 {
-    constexpr LONG known = WBEM_FLAG_IGNORE_QUALIFIERS | WBEM_FLAG_IGNORE_OBJECT_SOURCE |
+    constexpr LONG KNOWN = WBEM_FLAG_IGNORE_QUALIFIERS | WBEM_FLAG_IGNORE_OBJECT_SOURCE |
                            WBEM_FLAG_IGNORE_DEFAULT_VALUES | WBEM_FLAG_IGNORE_CLASS | WBEM_FLAG_IGNORE_CASE |
                            WBEM_FLAG_IGNORE_FLAVOR;
-    if ((flags & ~known) != 0) {
+    if ((flags & ~KNOWN) != 0) {
         return code(WBEM_E_INVALID_PARAMETER);
     }
     if (!sameIdentity(left, right, flags)) {
         return code(WBEM_S_DIFFERENT);
     }
     const bool isInstance = valueOf(left, L"__GENUS").get().lVal == WBEM_GENUS_INSTANCE;
-    constexpr LONG withoutQualifiers =
+    constexpr LONG WITHOUT_QUALIFIERS =
         WBEM_FLAG_IGNORE_QUALIFIERS | WBEM_FLAG_IGNORE_CLASS | WBEM_FLAG_IGNORE_DEFAULT_VALUES;
     const LONG textFlags = (flags & WBEM_FLAG_IGNORE_FLAVOR) != 0 ? WBEM_FLAG_NO_FLAVORS : 0;
     // Only classes can differ in their qualifiers, which their texts contain.
-    if (!isInstance && (flags & withoutQualifiers) == 0 && !sameText(left, right, textFlags)) {
+    if (!isInstance && (flags & WITHOUT_QUALIFIERS) == 0 && !sameText(left, right, textFlags)) {
         return code(WBEM_S_DIFFERENT);
     }
     const bool withValues = isInstance || (flags & WBEM_FLAG_IGNORE_DEFAULT_VALUES) == 0;

@@ -83,7 +83,7 @@ struct SystemProperty
 };
 
 // In the order of the names.
-constexpr std::array<SystemProperty, 10> properties{{
+constexpr std::array<SystemProperty, 10> PROPERTIES{{
     {CIM_SINT32, genus},
     {CIM_STRING, className},
     {CIM_STRING, superclass},
@@ -98,7 +98,7 @@ constexpr std::array<SystemProperty, 10> properties{{
 
 }  // namespace
 
-const std::array<std::wstring_view, 10> systemPropertyNames{
+const std::array<std::wstring_view, 10> SYSTEM_PROPERTY_NAMES{
     L"__GENUS",          L"__CLASS",      L"__SUPERCLASS", L"__DYNASTY",   L"__RELPATH",
     L"__PROPERTY_COUNT", L"__DERIVATION", L"__SERVER",     L"__NAMESPACE", L"__PATH"};
 
@@ -115,10 +115,10 @@ bool isSystemProperty(std::wstring_view name)
 const std::vector<Property>& systemProperties()
 {
     static const std::vector<Property> declared = [] {
-        std::vector<Property> result(properties.size());
+        std::vector<Property> result(PROPERTIES.size());
         for (std::size_t i = 0; i < result.size(); ++i) {
-            result[i].name = systemPropertyNames[i];
-            result[i].type = properties[i].type;
+            result[i].name = SYSTEM_PROPERTY_NAMES[i];
+            result[i].type = PROPERTIES[i].type;
         }
         return result;
     }();
@@ -135,9 +135,9 @@ const Property* findSystemProperty(std::wstring_view name)
 
 std::optional<SystemValue> systemValue(const ClassDefinition& definition, const Values& values, std::wstring_view name)
 {
-    for (std::size_t i = 0; i < properties.size(); ++i) {
-        if (sameName(systemPropertyNames[i], name)) {
-            return SystemValue{properties[i].value(definition, values), properties[i].type};
+    for (std::size_t i = 0; i < PROPERTIES.size(); ++i) {
+        if (sameName(SYSTEM_PROPERTY_NAMES[i], name)) {
+            return SystemValue{PROPERTIES[i].value(definition, values), PROPERTIES[i].type};
         }
     }
     return std::nullopt;

@@ -11,7 +11,7 @@
 namespace wmihost {
 
 // The system properties in the order in which WMI enumerates them.
-extern const std::array<std::wstring_view, 10> systemPropertyNames;
+extern const std::array<std::wstring_view, 10> SYSTEM_PROPERTY_NAMES;
 
 // Whether the name begins like that of a system property, and whether it is the name of one.
 bool isSystemName(std::wstring_view name);

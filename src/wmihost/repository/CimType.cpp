@@ -13,7 +13,7 @@
 namespace wmihost {
 namespace {
 
-constexpr std::array<CimTypeInfo, 16> types{{
+constexpr std::array<CimTypeInfo, 16> TYPES{{
     {CIM_SINT8, L"sint8", VT_I2},
     {CIM_UINT8, L"uint8", VT_UI1},
     {CIM_SINT16, L"sint16", VT_I2},
@@ -34,7 +34,7 @@ constexpr std::array<CimTypeInfo, 16> types{{
 
 auto entryOf(CIMTYPE type)
 {
-    return std::find_if(types.begin(), types.end(),
+    return std::find_if(TYPES.begin(), TYPES.end(),
                         [type](const CimTypeInfo& info) { return info.type == elementTypeOf(type); });
 }
 
@@ -273,21 +273,21 @@ Variant scalarFromText(std::wstring_view text, CIMTYPE type)
 
 const CimTypeInfo* findCimType(std::wstring_view name)
 {
-    const auto found = std::find_if(types.begin(), types.end(), [name](const CimTypeInfo& info) {
+    const auto found = std::find_if(TYPES.begin(), TYPES.end(), [name](const CimTypeInfo& info) {
         return info.type != CIM_REFERENCE && sameName(info.name, name);
     });
-    return found == types.end() ? nullptr : &*found;
+    return found == TYPES.end() ? nullptr : &*found;
 }
 
 bool isCimType(CIMTYPE type)
 {
-    return entryOf(type) != types.end();
+    return entryOf(type) != TYPES.end();
 }
 
 const CimTypeInfo& infoOf(CIMTYPE type)
 {
     const auto* found = entryOf(type);
-    if (found == types.end()) {
+    if (found == TYPES.end()) {
         throw std::logic_error("no CIM type " + std::to_string(type));
     }
     return *found;

@@ -22,7 +22,7 @@ auto pointerTo(const Items& items, std::wstring_view name)
 }
 
 // The flavor of qualifiers that derived classes and instances always have.
-constexpr long everywhere =
+constexpr long EVERYWHERE =
     WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE | WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS | WBEM_FLAVOR_NOT_OVERRIDABLE;
 
 }  // namespace
@@ -54,12 +54,12 @@ Qualifiers standardQualifiers(CIMTYPE type, std::wstring_view className)
         text += L':';
         text += className;
     }
-    return {{L"CIMTYPE", CIM_STRING, Variant::ofText(text), everywhere}};
+    return {{L"CIMTYPE", CIM_STRING, Variant::ofText(text), EVERYWHERE}};
 }
 
 Qualifier keyQualifier()
 {
-    return {L"key", CIM_BOOLEAN, Variant::ofBool(true), everywhere};
+    return {L"key", CIM_BOOLEAN, Variant::ofBool(true), EVERYWHERE};
 }
 
 const Property* ClassDefinition::findProperty(std::wstring_view propertyName) const
@@ -106,23 +106,23 @@ Qualifiers propagated(const Qualifiers& qualifiers, long flag)
 
 ClassDefinition derivedFrom(const ClassDefinition& superclass, std::wstring name)
 {
-    constexpr long toDerived = WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS;
+    constexpr long TO_DERIVED = WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS;
     ClassDefinition derived;
     derived.name = std::move(name);
     derived.nameSpace = superclass.nameSpace;
     derived.ancestors.push_back(superclass.name);
     derived.ancestors.insert(derived.ancestors.end(), superclass.ancestors.begin(), superclass.ancestors.end());
-    derived.qualifiers = propagated(superclass.qualifiers, toDerived);
+    derived.qualifiers = propagated(superclass.qualifiers, TO_DERIVED);
     derived.properties = superclass.properties;
     for (Property& property : derived.properties) {
         property.local = false;
         property.overridden = nullptr;
-        property.qualifiers = propagated(property.qualifiers, toDerived);
+        property.qualifiers = propagated(property.qualifiers, TO_DERIVED);
     }
     derived.methods = superclass.methods;
     for (Method& method : derived.methods) {
         method.local = false;
-        method.qualifiers = propagated(method.qualifiers, toDerived);
+        method.qualifiers = propagated(method.qualifiers, TO_DERIVED);
     }
     return derived;
 }

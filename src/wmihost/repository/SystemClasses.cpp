@@ -22,8 +22,8 @@ struct SystemClass
     std::vector<Member> members;
 };
 
-constexpr CIMTYPE texts = CIM_STRING | CIM_FLAG_ARRAY;
-constexpr CIMTYPE bytes = CIM_UINT8 | CIM_FLAG_ARRAY;
+constexpr CIMTYPE TEXTS = CIM_STRING | CIM_FLAG_ARRAY;
+constexpr CIMTYPE BYTES = CIM_UINT8 | CIM_FLAG_ARRAY;
 
 Member key(const wchar_t* name, CIMTYPE type, const wchar_t* className = L"")
 {
@@ -51,7 +51,7 @@ std::vector<SystemClass> generalClasses()
         {L"__SystemClass", L"", {}},
         {L"__PARAMETERS", L"", {}},
         {L"__NAMESPACE", L"__SystemClass", {key(L"Name", CIM_STRING)}},
-        {L"__ThisNAMESPACE", L"__SystemClass", {{L"SECURITY_DESCRIPTOR", bytes}}},
+        {L"__ThisNAMESPACE", L"__SystemClass", {{L"SECURITY_DESCRIPTOR", BYTES}}},
         {L"__NotifyStatus", L"", {{L"StatusCode", CIM_UINT32}}},
         {L"__ExtendedStatus",
          L"__NotifyStatus",
@@ -64,7 +64,7 @@ std::vector<SystemClass> generalClasses()
          L"__SecurityRelatedClass",
          {{L"Domain", CIM_STRING},
           {L"Name", CIM_STRING},
-          {L"SID", bytes},
+          {L"SID", BYTES},
           {L"SidLength", CIM_UINT32},
           {L"SIDString", CIM_STRING}}},
         {L"__ACE",
@@ -118,7 +118,7 @@ std::vector<SystemClass> providerClasses()
         {L"__ObjectProviderRegistration",
          L"__ProviderRegistration",
          {number(L"InteractionType", 0),
-          {L"QuerySupportLevels", texts},
+          {L"QuerySupportLevels", TEXTS},
           flag(L"SupportsBatching", false),
           flag(L"SupportsDelete", false),
           flag(L"SupportsEnumeration", false),
@@ -130,17 +130,17 @@ std::vector<SystemClass> providerClasses()
          L"__ObjectProviderRegistration",
          {{L"CacheRefreshInterval", CIM_DATETIME},
           flag(L"PerUserSchema", false),
-          {L"ReferencedSetQueries", texts},
-          {L"ResultSetQueries", texts},
+          {L"ReferencedSetQueries", TEXTS},
+          {L"ResultSetQueries", TEXTS},
           flag(L"ReSynchroniseOnNamespaceOpen", false),
-          {L"UnsupportedQueries", texts},
+          {L"UnsupportedQueries", TEXTS},
           {L"Version", CIM_UINT32}}},
         {L"__MethodProviderRegistration", L"__ProviderRegistration", {}},
         {L"__PropertyProviderRegistration",
          L"__ProviderRegistration",
          {flag(L"SupportsGet", false), flag(L"SupportsPut", false)}},
-        {L"__EventProviderRegistration", L"__ProviderRegistration", {{L"EventQueryList", texts}}},
-        {L"__EventConsumerProviderRegistration", L"__ProviderRegistration", {{L"ConsumerClassNames", texts}}},
+        {L"__EventProviderRegistration", L"__ProviderRegistration", {{L"EventQueryList", TEXTS}}},
+        {L"__EventConsumerProviderRegistration", L"__ProviderRegistration", {{L"ConsumerClassNames", TEXTS}}},
     };
 }
 
@@ -148,7 +148,7 @@ std::vector<SystemClass> eventClasses()
 {
     return {
         {L"__IndicationRelated", L"__SystemClass", {}},
-        {L"__Event", L"__IndicationRelated", {{L"SECURITY_DESCRIPTOR", bytes}, {L"TIME_CREATED", CIM_UINT64}}},
+        {L"__Event", L"__IndicationRelated", {{L"SECURITY_DESCRIPTOR", BYTES}, {L"TIME_CREATED", CIM_UINT64}}},
         {L"__ExtrinsicEvent", L"__Event", {}},
         {L"__SystemEvent", L"__ExtrinsicEvent", {}},
         {L"__EventDroppedEvent",
@@ -184,10 +184,10 @@ std::vector<SystemClass> consumerClasses()
     return {
         {L"__EventConsumer",
          L"__IndicationRelated",
-         {{L"CreatorSID", bytes}, {L"MachineName", CIM_STRING}, {L"MaximumQueueSize", CIM_UINT32}}},
+         {{L"CreatorSID", BYTES}, {L"MachineName", CIM_STRING}, {L"MaximumQueueSize", CIM_UINT32}}},
         {L"__EventFilter",
          L"__IndicationRelated",
-         {{L"CreatorSID", bytes},
+         {{L"CreatorSID", BYTES},
           {L"EventAccess", CIM_STRING},
           {L"EventNamespace", CIM_STRING},
           key(L"Name", CIM_STRING),
@@ -196,7 +196,7 @@ std::vector<SystemClass> consumerClasses()
         {L"__FilterToConsumerBinding",
          L"__IndicationRelated",
          {key(L"Consumer", CIM_REFERENCE, L"__EventConsumer"),
-          {L"CreatorSID", bytes},
+          {L"CreatorSID", BYTES},
           {L"DeliveryQoS", CIM_UINT32},
           flag(L"DeliverSynchronously", false),
           key(L"Filter", CIM_REFERENCE, L"__EventFilter"),

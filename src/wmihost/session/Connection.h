@@ -27,7 +27,7 @@ struct InstanceTarget
 };
 
 // The namespace in which classes are looked for first.
-inline constexpr std::wstring_view adapterNamespace = L"root\\DCIM\\vexal";
+inline constexpr std::wstring_view ADAPTER_NAMESPACE = L"root\\DCIM\\vexal";
 
 // Where the commands find classes and send requests: the provider in this process, or the machine's WMI. Thread-safe;
 // each thread must be in the multithreaded apartment.

@@ -18,7 +18,7 @@ namespace wmihost {
 namespace {
 
 // A provider that keeps a sink longer than this counts as hung.
-constexpr std::chrono::milliseconds patience = std::chrono::minutes(1);
+constexpr std::chrono::milliseconds PATIENCE = std::chrono::minutes(1);
 
 // The context that WMI passes with every request. It has no values.
 ComPtr<IWbemContext> makeContext()
@@ -148,7 +148,7 @@ RequestResult ProviderSession::run(bool supported, const RequestOptions& options
         result.status = code(WBEM_E_PROVIDER_FAILURE);
         return result;
     }
-    if (!response->waitUntilOver(patience)) {
+    if (!response->waitUntilOver(PATIENCE)) {
         result.status = code(WBEM_E_PROVIDER_TIMED_OUT);
         return result;
     }

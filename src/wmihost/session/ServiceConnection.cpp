@@ -14,11 +14,11 @@
 namespace wmihost {
 namespace {
 
-constexpr std::wstring_view profileNamespace = L"root\\interop";
-constexpr std::wstring_view machineNamespace = L"root\\cimv2";
+constexpr std::wstring_view PROFILE_NAMESPACE = L"root\\interop";
+constexpr std::wstring_view MACHINE_NAMESPACE = L"root\\cimv2";
 
 // The namespaces to search if the user names none.
-constexpr std::array searched{adapterNamespace, profileNamespace, machineNamespace};
+constexpr std::array SEARCHED{ADAPTER_NAMESPACE, PROFILE_NAMESPACE, MACHINE_NAMESPACE};
 
 }  // namespace
 
@@ -78,7 +78,7 @@ ClassTarget ServiceConnection::findClass(std::wstring_view className, std::wstri
                            "the namespace " + toUtf8(place) + " of this machine has no class " + toUtf8(className));
     }
     std::string places;
-    for (const std::wstring_view candidate : searched) {
+    for (const std::wstring_view candidate : SEARCHED) {
         const std::wstring place(candidate);
         places += (places.empty() ? "" : ", ") + toUtf8(place);
         try {
@@ -99,7 +99,7 @@ ClassTarget ServiceConnection::findClass(std::wstring_view className, std::wstri
 std::vector<ClassTarget> ServiceConnection::classes(std::wstring_view nameSpace) const
 {
     const std::vector<std::wstring> places =
-        nameSpace.empty() ? std::vector<std::wstring>{std::wstring(adapterNamespace), std::wstring(profileNamespace)}
+        nameSpace.empty() ? std::vector<std::wstring>{std::wstring(ADAPTER_NAMESPACE), std::wstring(PROFILE_NAMESPACE)}
                           : std::vector<std::wstring>{ClassRepository::plainName(nameSpace)};
     std::vector<ClassTarget> result;
     for (const std::wstring& place : places) {

@@ -16,23 +16,23 @@ namespace wmihost {
 namespace {
 
 // No class of a machine takes longer than this.
-constexpr std::chrono::milliseconds servicePatience = std::chrono::minutes(10);
-constexpr LONG withoutLimit = static_cast<LONG>(WBEM_INFINITE);
+constexpr std::chrono::milliseconds SERVICE_PATIENCE = std::chrono::minutes(10);
+constexpr LONG WITHOUT_LIMIT = static_cast<LONG>(WBEM_INFINITE);
 // Derived classes at any level below the named class.
-constexpr LONG allLevels = WBEM_FLAG_DEEP;
+constexpr LONG ALL_LEVELS = WBEM_FLAG_DEEP;
 // The named class only.
-constexpr LONG thisClass = WBEM_FLAG_SHALLOW;
+constexpr LONG THIS_CLASS = WBEM_FLAG_SHALLOW;
 // With the first flag the service need not keep the rows that were read.
-constexpr LONG asRowsCome = WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY;
+constexpr LONG AS_ROWS_COME = WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY;
 
 DWORD levelOf(Impersonation impersonation)
 {
     switch (impersonation) {
-        case Impersonation::anonymous:
+        case Impersonation::ANONYMOUS:
             return RPC_C_IMP_LEVEL_ANONYMOUS;
-        case Impersonation::identify:
+        case Impersonation::IDENTIFY:
             return RPC_C_IMP_LEVEL_IDENTIFY;
-        case Impersonation::delegate:
+        case Impersonation::DELEGATE:
             return RPC_C_IMP_LEVEL_DELEGATE;
         default:
             return RPC_C_IMP_LEVEL_IMPERSONATE;
@@ -51,10 +51,10 @@ HRESULT allow(IUnknown* proxy, Impersonation impersonation)
 // Whether the status of an asynchronous call means that the service does not support such calls.
 bool isRefusal(HRESULT returned)
 {
-    constexpr std::array refusals{
+    constexpr std::array REFUSALS{
         code(WBEM_E_FAILED),        code(WBEM_E_NOT_SUPPORTED), code(WBEM_E_PROVIDER_NOT_CAPABLE),
         code(WBEM_E_ACCESS_DENIED), HRESULT(E_ACCESSDENIED),    HRESULT(E_NOTIMPL)};
-    return std::find(refusals.begin(), refusals.end(), returned) != refusals.end();
+    return std::find(REFUSALS.begin(), REFUSALS.end(), returned) != REFUSALS.end();
 }
 
 // The sink in the form for the service. The platform wraps it in an object that accepts calls which this process would
@@ -79,7 +79,7 @@ HRESULT readRows(IEnumWbemClassObject& rows, std::vector<ComPtr<IWbemClassObject
     while (true) {
         ComPtr<IWbemClassObject> row;
         ULONG count = 0;
-        const HRESULT result = rows.Next(withoutLimit, 1, row.put(), &count);
+        const HRESULT result = rows.Next(WITHOUT_LIMIT, 1, row.put(), &count);
         if (FAILED(result)) {
             return result;
         }
@@ -123,7 +123,7 @@ RequestResult ServiceSession::run(const RequestOptions& options, const Asynchron
     if (FAILED(result.status)) {
         return result;
     }
-    if (m_calls == ServiceCalls::asynchronous) {
+    if (m_calls == ServiceCalls::ASYNCHRONOUS) {
         const auto response = std::make_shared<Response>(options.onProgress);
         HRESULT returned = 0;
         ComPtr<IWbemObjectSink> callable;
@@ -133,7 +133,7 @@ RequestResult ServiceSession::run(const RequestOptions& options, const Asynchron
         }
         const bool started = SUCCEEDED(returned) || response->status().has_value();
         if (started || !isRefusal(returned)) {
-            const bool over = !started || response->waitUntilDone(servicePatience);
+            const bool over = !started || response->waitUntilDone(SERVICE_PATIENCE);
             if (!over) {
                 m_services->CancelAsyncCall(callable.get());
             }
@@ -162,7 +162,7 @@ RequestResult ServiceSession::enumerateWith(const RequestOptions& options, const
 RequestResult ServiceSession::enumerate(std::wstring_view className, const RequestOptions& options) const
 {
     const Bstr name(className);
-    const LONG levels = options.withDerived ? allLevels : thisClass;
+    const LONG levels = options.withDerived ? ALL_LEVELS : THIS_CLASS;
     const LONG reports = options.onProgress ? WBEM_FLAG_SEND_STATUS : 0;
     return enumerateWith(
         options,
@@ -170,7 +170,7 @@ RequestResult ServiceSession::enumerate(std::wstring_view className, const Reque
             return m_services->CreateInstanceEnumAsync(name.get(), levels | reports, nullptr, sink);
         },
         [&](IEnumWbemClassObject** rows) {
-            return m_services->CreateInstanceEnum(name.get(), levels | asRowsCome, nullptr, rows);
+            return m_services->CreateInstanceEnum(name.get(), levels | AS_ROWS_COME, nullptr, rows);
         });
 }
 
@@ -184,41 +184,41 @@ RequestResult ServiceSession::query(std::wstring_view text, const RequestOptions
             return m_services->ExecQueryAsync(language.get(), query.get(), 0, nullptr, sink);
         },
         [&](IEnumWbemClassObject** rows) {
-            return m_services->ExecQuery(language.get(), query.get(), asRowsCome, nullptr, rows);
+            return m_services->ExecQuery(language.get(), query.get(), AS_ROWS_COME, nullptr, rows);
         });
 }
 
 RequestResult ServiceSession::classes(const RequestOptions& options) const
 {
     const Bstr all(L"");
-    constexpr LONG flags = allLevels | WBEM_FLAG_USE_AMENDED_QUALIFIERS;
+    constexpr LONG FLAGS = ALL_LEVELS | WBEM_FLAG_USE_AMENDED_QUALIFIERS;
     return enumerateWith(
         options,
-        [&](IWbemObjectSink* sink) { return m_services->CreateClassEnumAsync(all.get(), flags, nullptr, sink); },
+        [&](IWbemObjectSink* sink) { return m_services->CreateClassEnumAsync(all.get(), FLAGS, nullptr, sink); },
         [&](IEnumWbemClassObject** rows) {
-            return m_services->CreateClassEnum(all.get(), flags | asRowsCome, nullptr, rows);
+            return m_services->CreateClassEnum(all.get(), FLAGS | AS_ROWS_COME, nullptr, rows);
         });
 }
 
 RequestResult ServiceSession::get(std::wstring_view path, const RequestOptions& options) const
 {
     const Bstr text(path);
-    constexpr LONG flags = WBEM_FLAG_USE_AMENDED_QUALIFIERS;
+    constexpr LONG FLAGS = WBEM_FLAG_USE_AMENDED_QUALIFIERS;
     return run(
-        options, [&](IWbemObjectSink* sink) { return m_services->GetObjectAsync(text.get(), flags, nullptr, sink); },
+        options, [&](IWbemObjectSink* sink) { return m_services->GetObjectAsync(text.get(), FLAGS, nullptr, sink); },
         [&](auto& objects) {
             ComPtr<IWbemClassObject> object;
-            const HRESULT result = m_services->GetObject(text.get(), flags, nullptr, object.put(), nullptr);
+            const HRESULT result = m_services->GetObject(text.get(), FLAGS, nullptr, object.put(), nullptr);
             return addObject(result, std::move(object), objects);
         });
 }
 
 RequestResult ServiceSession::put(IWbemClassObject* instance, const RequestOptions& options) const
 {
-    constexpr LONG flags = WBEM_FLAG_UPDATE_ONLY;
+    constexpr LONG FLAGS = WBEM_FLAG_UPDATE_ONLY;
     return run(
-        options, [&](IWbemObjectSink* sink) { return m_services->PutInstanceAsync(instance, flags, nullptr, sink); },
-        [&](auto&) { return m_services->PutInstance(instance, flags, nullptr, nullptr); });
+        options, [&](IWbemObjectSink* sink) { return m_services->PutInstanceAsync(instance, FLAGS, nullptr, sink); },
+        [&](auto&) { return m_services->PutInstance(instance, FLAGS, nullptr, nullptr); });
 }
 
 RequestResult ServiceSession::remove(std::wstring_view path, const RequestOptions& options) const

@@ -10,8 +10,8 @@ namespace wmihost {
 // How a service is called.
 enum class ServiceCalls
 {
-    asynchronous,  // through a sink; a call that the service refuses at once is made synchronously
-    synchronous
+    ASYNCHRONOUS,  // through a sink; a call that the service refuses at once is made synchronously
+    SYNCHRONOUS
 };
 
 // A namespace of the machine's own WMI. Requests have the identity of this process. Each request says how far the

@@ -14,7 +14,7 @@ namespace wmihost {
 // How a request is made.
 struct RequestOptions
 {
-    Impersonation impersonation = Impersonation::impersonate;
+    Impersonation impersonation = Impersonation::IMPERSONATE;
     // Whether an enumeration includes instances of derived classes. Only the service decides by it; a provider is asked
     // class by class.
     bool withDerived = true;

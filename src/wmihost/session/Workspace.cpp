@@ -61,7 +61,7 @@ ClassTarget Workspace::findClass(std::wstring_view className, std::wstring_view 
     ClassTarget result;
     for (const Namespace* candidate : m_repository.namespaces()) {
         ClassPointer found = candidate->findClass(className);
-        if (found && (!result.definition || sameName(candidate->name(), adapterNamespace))) {
+        if (found && (!result.definition || sameName(candidate->name(), ADAPTER_NAMESPACE))) {
             result = {candidate->name(), std::move(found)};
         }
     }

@@ -28,12 +28,12 @@ std::optional<std::size_t> environmentNumber(const char* name)
 }
 
 // Longer texts are written in pieces of this size, since some terminals accept at most 64 KB at once.
-constexpr std::size_t terminalPiece = 8000;
+constexpr std::size_t TERMINAL_PIECE = 8000;
 
 // The length of the next piece, which does not cut through a surrogate pair.
 std::size_t pieceOf(std::wstring_view text)
 {
-    const std::size_t size = std::min(text.size(), terminalPiece);
+    const std::size_t size = std::min(text.size(), TERMINAL_PIECE);
     return size < text.size() && IS_HIGH_SURROGATE(text[size - 1]) ? size - 1 : size;
 }
 
@@ -90,7 +90,7 @@ std::optional<std::string> lineOfFile(HANDLE handle)
 
 std::optional<std::string> lineOfTerminal(HANDLE handle)
 {
-    constexpr wchar_t endOfInput = 26;  // Ctrl+Z
+    constexpr wchar_t END_OF_INPUT = 26;  // Ctrl+Z
     std::wstring line;
     std::array<wchar_t, 256> buffer{};
     do {
@@ -105,7 +105,7 @@ std::optional<std::string> lineOfTerminal(HANDLE handle)
         }
         line.append(buffer.data(), count);
     } while (line.back() != L'\n');
-    if (line.front() == endOfInput) {
+    if (line.front() == END_OF_INPUT) {
         return std::nullopt;
     }
     line.erase(line.find_last_not_of(L"\r\n") + 1);

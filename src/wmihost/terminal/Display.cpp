@@ -11,23 +11,23 @@
 namespace wmihost {
 namespace {
 
-constexpr std::size_t datetimeLength = 25;
-constexpr std::size_t datetimeSign = 21;
+constexpr std::size_t DATETIME_LENGTH = 25;
+constexpr std::size_t DATETIME_SIGN = 21;
 
 // "20261121094145.000000+000" -> "2026-11-21 09:41:45 +000 min"; "00000001020304.000000:000" -> "1 d 02:03:04"
 std::wstring datetimeText(const std::wstring& text)
 {
-    if (text.size() != datetimeLength) {
+    if (text.size() != DATETIME_LENGTH) {
         return text;
     }
-    if (text[datetimeSign] == L':') {
+    if (text[DATETIME_SIGN] == L':') {
         const auto days = parseUnsigned(text.substr(0, 8));
         const std::wstring clock = text.substr(8, 2) + L":" + text.substr(10, 2) + L":" + text.substr(12, 2);
         return days && *days > 0 ? std::to_wstring(*days) + L" d " + clock : clock;
     }
     std::wstring result = text.substr(0, 4) + L"-" + text.substr(4, 2) + L"-" + text.substr(6, 2) + L" " +
                           text.substr(8, 2) + L":" + text.substr(10, 2) + L":" + text.substr(12, 2);
-    const std::wstring offset = text.substr(datetimeSign);
+    const std::wstring offset = text.substr(DATETIME_SIGN);
     return result + (offset == L"+000" ? L" UTC" : L" " + offset + L" min");
 }
 
@@ -143,15 +143,15 @@ bool isNumber(const Property& property)
 
 std::string rateText(double perSecond, const std::string& unit)
 {
-    constexpr std::array<const char*, 6> prefixes{"", "k", "M", "G", "T", "P"};
-    constexpr double step = 1000;
+    constexpr std::array<const char*, 6> PREFIXES{"", "k", "M", "G", "T", "P"};
+    constexpr double STEP = 1000;
     std::size_t power = 0;
-    while (perSecond >= step && power + 1 < prefixes.size()) {
-        perSecond /= step;
+    while (perSecond >= STEP && power + 1 < PREFIXES.size()) {
+        perSecond /= STEP;
         ++power;
     }
     std::array<char, 64> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.4g %s", perSecond, prefixes[power]);
+    std::snprintf(buffer.data(), buffer.size(), "%.4g %s", perSecond, PREFIXES[power]);
     return buffer.data() + unit;
 }
 

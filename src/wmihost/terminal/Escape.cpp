@@ -14,12 +14,12 @@ struct Range
     unsigned last;
 };
 
-constexpr std::array steering{Range{0x00, 0x1F},     Range{0x7F, 0x9F},     Range{0x061C, 0x061C},
+constexpr std::array STEERING{Range{0x00, 0x1F},     Range{0x7F, 0x9F},     Range{0x061C, 0x061C},
                               Range{0x200E, 0x200F}, Range{0x2028, 0x202E}, Range{0x2066, 0x2069}};
 
 bool isSteering(unsigned codePoint)
 {
-    return std::any_of(steering.begin(), steering.end(),
+    return std::any_of(STEERING.begin(), STEERING.end(),
                        [codePoint](Range range) { return range.first <= codePoint && codePoint <= range.last; });
 }
 
@@ -31,8 +31,8 @@ std::size_t sizeOf(unsigned char first)
 
 unsigned codePointOf(std::string_view bytes)
 {
-    constexpr std::array<unsigned, 5> leading{0, 0xFF, 0x1F, 0x0F, 0x07};
-    unsigned result = static_cast<unsigned char>(bytes[0]) & leading[bytes.size()];
+    constexpr std::array<unsigned, 5> LEADING{0, 0xFF, 0x1F, 0x0F, 0x07};
+    unsigned result = static_cast<unsigned char>(bytes[0]) & LEADING[bytes.size()];
     for (const char byte : bytes.substr(1)) {
         result = result << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
     }

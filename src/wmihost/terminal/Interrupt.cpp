@@ -29,7 +29,7 @@ BOOL WINAPI onControlEvent(DWORD event)
     }
     if (guards == 0 || isSet()) {
         // ExitProcess could hang, since the provider's threads may hold a lock that the unloading of its DLL waits for.
-        TerminateProcess(GetCurrentProcess(), interruptedExit);
+        TerminateProcess(GetCurrentProcess(), INTERRUPTED_EXIT);
     }
     SetEvent(interruptEvent());
     return TRUE;

@@ -5,7 +5,7 @@
 namespace wmihost {
 
 // The exit code of a program that Ctrl+C ended, as in shells.
-inline constexpr int interruptedExit = 130;
+inline constexpr int INTERRUPTED_EXIT = 130;
 
 // From now on Ctrl+C and Ctrl+Break end the process with that exit code. Called once.
 void endOnInterrupt();

@@ -7,7 +7,7 @@ namespace wmihost {
 namespace {
 
 // Narrower lines would be unreadable.
-constexpr std::size_t leastLine = 10;
+constexpr std::size_t LEAST_LINE = 10;
 
 // The place of the n-th code point.
 std::size_t placeOf(std::string_view text, std::size_t n)
@@ -71,7 +71,7 @@ std::string wrappedLines(std::string_view text, std::optional<std::size_t> width
         const std::size_t own = std::min(line.find_first_not_of(' '), line.size());
         const std::size_t hanging = lengthOf(line) > *width ? own + indent : own;
         // The first line could be longer by `indent`, but all lines get the same width.
-        const std::size_t room = std::max(*width > hanging ? *width - hanging : 0, leastLine);
+        const std::size_t room = std::max(*width > hanging ? *width - hanging : 0, LEAST_LINE);
         std::size_t blanks = own;
         for (const std::string& piece : wrapped(std::string_view(line).substr(own), room)) {
             result += std::string(piece.empty() ? 0 : blanks, ' ') + piece + "\n";

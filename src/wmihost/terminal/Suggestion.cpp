@@ -32,14 +32,14 @@ std::size_t distanceBetween(std::wstring_view left, std::wstring_view right)
 std::string suggestion(std::wstring_view unknown, const std::vector<std::wstring>& known)
 {
     // Too many names contain a shorter piece.
-    constexpr std::size_t leastPiece = 3;
+    constexpr std::size_t LEAST_PIECE = 3;
     const std::wstring folded = foldName(unknown);
     const std::wstring* best = nullptr;
     std::size_t least = 0;
     for (const std::wstring& candidate : known) {
         const std::wstring other = foldName(candidate);
         const std::size_t distance = distanceBetween(folded, other);
-        const bool contained = folded.size() >= leastPiece && other.find(folded) != std::wstring::npos;
+        const bool contained = folded.size() >= LEAST_PIECE && other.find(folded) != std::wstring::npos;
         if ((contained || distance <= folded.size() / 3) && (best == nullptr || distance < least)) {
             best = &candidate;
             least = distance;

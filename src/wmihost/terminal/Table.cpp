@@ -9,12 +9,12 @@
 namespace wmihost {
 namespace {
 
-constexpr std::size_t gapWidth = 2;
+constexpr std::size_t GAP_WIDTH = 2;
 // A text that is cut to fewer characters would be useless.
-constexpr std::size_t leastCut = 12;
-constexpr std::size_t leastMiddle = 24;
-constexpr std::size_t leastWrapped = 20;
-constexpr const char* ellipsis = "\xE2\x80\xA6";
+constexpr std::size_t LEAST_CUT = 12;
+constexpr std::size_t LEAST_MIDDLE = 24;
+constexpr std::size_t LEAST_WRAPPED = 20;
+constexpr const char* ELLIPSIS = "\xE2\x80\xA6";
 
 std::string padded(const std::string& text, std::size_t width, bool right)
 {
@@ -25,7 +25,7 @@ std::string padded(const std::string& text, std::size_t width, bool right)
 std::string withoutEnd(const std::string& text, std::size_t width)
 {
     return lengthOf(text) <= width ? text
-                                   : std::string(charactersOf(text, 0, std::max<std::size_t>(width, 1) - 1)) + ellipsis;
+                                   : std::string(charactersOf(text, 0, std::max<std::size_t>(width, 1) - 1)) + ELLIPSIS;
 }
 
 // Shortens the common prefix and the common suffix of the column in their middle, so that the differing part of the
@@ -41,9 +41,9 @@ std::string withoutCommon(const std::string& text, std::size_t width, const Tabl
     const std::size_t before = std::min(prefix - head, spare - head - tail);
     const std::size_t after = std::min(suffix - tail, spare - head - tail - before);
     std::string result(charactersOf(text, 0, head));
-    result += head + before < prefix ? ellipsis : "";
+    result += head + before < prefix ? ELLIPSIS : "";
     result += charactersOf(text, prefix - before, before + core + after);
-    result += tail + after < suffix ? ellipsis : "";
+    result += tail + after < suffix ? ELLIPSIS : "";
     result += charactersOf(text, length - tail, tail);
     return withoutEnd(result, width);
 }
@@ -68,7 +68,7 @@ std::size_t commonSuffix(std::string_view left, std::string_view right)
 std::size_t lineLength(const std::vector<std::size_t>& widths)
 {
     return std::accumulate(widths.begin(), widths.end(), std::size_t{0}) +
-           (widths.empty() ? 0 : gapWidth * (widths.size() - 1));
+           (widths.empty() ? 0 : GAP_WIDTH * (widths.size() - 1));
 }
 
 // Narrows the widest columns until the line fits, but no column below its least width.
@@ -103,19 +103,19 @@ std::size_t Table::leastWidth(std::size_t column) const
 {
     const Column& kind = m_columns[column];
     const std::size_t natural = naturalWidth(column);
-    if (kind.right || kind.longTexts == Long::whole) {
+    if (kind.right || kind.longTexts == Long::WHOLE) {
         return natural;
     }
-    const std::size_t least = kind.longTexts == Long::cut      ? leastCut
-                              : kind.longTexts == Long::middle ? leastMiddle
-                                                               : leastWrapped;
+    const std::size_t least = kind.longTexts == Long::CUT      ? LEAST_CUT
+                              : kind.longTexts == Long::MIDDLE ? LEAST_MIDDLE
+                                                               : LEAST_WRAPPED;
     return std::min(natural, std::max(least, lengthOf(kind.heading)));
 }
 
 bool Table::hasWrappingColumn() const
 {
     return std::any_of(m_columns.begin(), m_columns.end(),
-                       [](const Column& column) { return column.longTexts == Long::wraps; });
+                       [](const Column& column) { return column.longTexts == Long::WRAPS; });
 }
 
 Table::Layout Table::layoutFor(std::optional<std::size_t> width) const
@@ -148,7 +148,7 @@ Table::Layout Table::layoutFor(std::optional<std::size_t> width) const
     }
     squeeze(layout.widths, least, *width);
     for (const std::size_t column : layout.columns) {
-        layout.common.push_back(m_columns[column].longTexts == Long::middle ? commonOf(column) : Common{0, 0});
+        layout.common.push_back(m_columns[column].longTexts == Long::MIDDLE ? commonOf(column) : Common{0, 0});
     }
     layout.wrapsAll = layout.wrapsAll || showsRowsAlike(layout);
     return layout;
@@ -181,7 +181,7 @@ std::string Table::shownCell(const Layout& layout, std::size_t place, const std:
     if (lengthOf(text) <= width) {
         return text;
     }
-    return m_columns[layout.columns[place]].longTexts == Long::middle ? withoutCommon(text, width, layout.common[place])
+    return m_columns[layout.columns[place]].longTexts == Long::MIDDLE ? withoutCommon(text, width, layout.common[place])
                                                                       : withoutEnd(text, width);
 }
 
@@ -208,7 +208,7 @@ std::vector<std::string> Table::linesOf(const Layout& layout, std::size_t place,
 {
     const Column& column = m_columns[layout.columns[place]];
     const bool needed = column.identifies || layout.columns.size() == 1;
-    const bool wraps = column.longTexts == Long::wraps || (layout.wrapsAll && needed);
+    const bool wraps = column.longTexts == Long::WRAPS || (layout.wrapsAll && needed);
     return wraps ? wrapped(text, layout.widths[place]) : std::vector{shownCell(layout, place, text)};
 }
 
@@ -250,7 +250,7 @@ std::string Table::inColumns(const Layout& layout) const
         for (std::size_t n = 0; n < lines; ++n) {
             std::string line;
             for (std::size_t i = 0; i < cells.size(); ++i) {
-                line += (i == 0 ? "" : std::string(gapWidth, ' ')) +
+                line += (i == 0 ? "" : std::string(GAP_WIDTH, ' ')) +
                         padded(n < cells[i].size() ? cells[i][n] : std::string(), layout.widths[i],
                                m_columns[layout.columns[i]].right);
             }
@@ -281,7 +281,7 @@ std::string Table::inStacks(std::size_t width) const
 {
     std::string text;
     for (const auto& row : m_rows) {
-        text += wrappedLines(row.front() + "\n", width, gapWidth);
+        text += wrappedLines(row.front() + "\n", width, GAP_WIDTH);
         for (std::size_t i = 1; i < row.size(); ++i) {
             const std::string label = m_columns.size() == 2 ? "" : m_columns[i].heading + ": ";
             text += row[i].empty() ? "" : wrappedLines("    " + label + row[i] + "\n", width, 0);

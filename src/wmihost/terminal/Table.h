@@ -17,17 +17,17 @@ public:
     // What happens to a text that is longer than its column.
     enum class Long
     {
-        cut,     // its end is replaced by an ellipsis
-        middle,  // the parts that all texts of the column share are replaced by ellipses
-        whole,   // the column keeps its width
-        wraps    // it continues on the next line
+        CUT,     // its end is replaced by an ellipsis
+        MIDDLE,  // the parts that all texts of the column share are replaced by ellipses
+        WHOLE,   // the column keeps its width
+        WRAPS    // it continues on the next line
     };
 
     struct Column
     {
         std::string heading;
         bool right = false;  // a number: never cut
-        Long longTexts = Long::cut;
+        Long longTexts = Long::CUT;
         bool identifies = false;  // it identifies the rows, and is never left out
     };
 

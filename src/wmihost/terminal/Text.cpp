@@ -60,8 +60,8 @@ std::optional<long long> parseSigned(std::wstring_view text)
         text.remove_prefix(1);
     }
     const auto magnitude = parseUnsigned(text);
-    constexpr auto most = static_cast<unsigned long long>(std::numeric_limits<long long>::max());
-    if (!magnitude || *magnitude > most + (negative ? 1 : 0)) {
+    constexpr auto MOST = static_cast<unsigned long long>(std::numeric_limits<long long>::max());
+    if (!magnitude || *magnitude > MOST + (negative ? 1 : 0)) {
         return std::nullopt;
     }
     return negative ? static_cast<long long>(0 - *magnitude) : static_cast<long long>(*magnitude);

@@ -21,7 +21,7 @@ namespace {
 // This type represents every integer of 64 bits exactly.
 using Number = long double;
 
-constexpr std::wstring_view thisObject = L"__THIS";
+constexpr std::wstring_view THIS_OBJECT = L"__THIS";
 
 bool isNumeric(CIMTYPE type)
 {
@@ -73,7 +73,7 @@ std::optional<Number> numberForWord(const Qualifiers& qualifiers, std::wstring_v
 
 std::optional<Number> wantedNumber(const Constant& constant, const Qualifiers& qualifiers)
 {
-    if (constant.kind == Constant::Kind::boolean) {
+    if (constant.kind == Constant::Kind::BOOLEAN) {
         return std::nullopt;
     }
     const auto number = numberOf(constant.text);
@@ -97,15 +97,15 @@ template <class Value>
 bool compare(const Value& left, const Value& right, Operator op)
 {
     switch (op) {
-        case Operator::equal:
+        case Operator::EQUAL:
             return left == right;
-        case Operator::notEqual:
+        case Operator::NOT_EQUAL:
             return left != right;
-        case Operator::less:
+        case Operator::LESS:
             return left < right;
-        case Operator::lessOrEqual:
+        case Operator::LESS_OR_EQUAL:
             return left <= right;
-        case Operator::greater:
+        case Operator::GREATER:
             return left > right;
         default:
             return left >= right;
@@ -186,9 +186,9 @@ void checkValue(const Condition& whole, const Comparison& comparison, const Prop
 void checkComparison(const Condition& whole, const Comparison& comparison, const ClassDefinition& definition)
 {
     const std::wstring& name = comparison.property.front();
-    const bool tests = comparison.op == Operator::isNull || comparison.op == Operator::isNotNull;
-    if (sameName(name, thisObject)) {
-        if (comparison.op != Operator::isA) {
+    const bool tests = comparison.op == Operator::IS_NULL || comparison.op == Operator::IS_NOT_NULL;
+    if (sameName(name, THIS_OBJECT)) {
+        if (comparison.op != Operator::IS_A) {
             refuse(whole, comparison.place, "__THIS is the object itself, and takes ISA alone");
         }
         return;
@@ -213,7 +213,7 @@ void checkComparison(const Condition& whole, const Comparison& comparison, const
     if (isArray(property->type)) {
         refuse(whole, comparison.place, toUtf8(name) + " is an array, which takes IS NULL and IS NOT NULL alone");
     }
-    if (holdsObject != (comparison.op == Operator::isA)) {
+    if (holdsObject != (comparison.op == Operator::IS_A)) {
         refuse(whole, comparison.place,
                holdsObject ? toUtf8(name) + " holds an object, which takes ISA and IS NULL alone"
                            : toUtf8(name) + " holds no object, which ISA needs");
@@ -221,13 +221,13 @@ void checkComparison(const Condition& whole, const Comparison& comparison, const
     if (holdsObject) {
         return;
     }
-    if (comparison.op == Operator::like) {
+    if (comparison.op == Operator::LIKE) {
         if (isNumeric(property->type) || property->type == CIM_BOOLEAN) {
             refuse(whole, comparison.place, toUtf8(name) + " is not a text, which LIKE needs");
         }
         return;
     }
-    const bool orders = comparison.op != Operator::equal && comparison.op != Operator::notEqual;
+    const bool orders = comparison.op != Operator::EQUAL && comparison.op != Operator::NOT_EQUAL;
     if (property->type == CIM_BOOLEAN && orders) {
         refuse(whole, comparison.place, toUtf8(name) + " is a boolean, which takes = and <> alone");
     }
@@ -236,7 +236,7 @@ void checkComparison(const Condition& whole, const Comparison& comparison, const
 
 void check(const Condition& whole, const Condition& condition, const ClassDefinition& definition)
 {
-    if (condition.kind == Condition::Kind::comparison) {
+    if (condition.kind == Condition::Kind::COMPARISON) {
         checkComparison(whole, condition.comparison, definition);
     }
     for (const Condition& part : condition.parts) {
@@ -249,7 +249,7 @@ std::optional<bool> compareValue(const Comparison& comparison, const VARIANT& va
 {
     const std::wstring text = scalarText(value, type);
     const std::wstring& wanted = comparison.constant.text;
-    if (comparison.op == Operator::like) {
+    if (comparison.op == Operator::LIKE) {
         return LikePattern(wanted).matches(text);
     }
     if (type == CIM_BOOLEAN) {
@@ -271,27 +271,27 @@ std::optional<bool> compareValue(const Comparison& comparison, const VARIANT& va
 std::optional<bool> holdsComparison(const Comparison& comparison, const ClassDefinition& definition,
                                     IWbemClassObject& object)
 {
-    if (sameName(comparison.property.front(), thisObject)) {
+    if (sameName(comparison.property.front(), THIS_OBJECT)) {
         return isA(object, comparison.constant.text);
     }
     ComPtr<IWbemClassObject> holder(&object);
     for (std::size_t i = 0; i + 1 < comparison.property.size(); ++i) {
         holder = embedded(valueOf(*holder.get(), comparison.property[i]).get());
         if (!holder) {
-            return comparison.op == Operator::isNull ? std::optional(true) : std::nullopt;
+            return comparison.op == Operator::IS_NULL ? std::optional(true) : std::nullopt;
         }
     }
     const std::wstring& name = comparison.property.back();
     Variant value;
     CIMTYPE type = CIM_STRING;
     holder->Get(name.c_str(), 0, value.put(), &type, nullptr);
-    if (comparison.op == Operator::isNull || comparison.op == Operator::isNotNull) {
-        return value.isNull() == (comparison.op == Operator::isNull);
+    if (comparison.op == Operator::IS_NULL || comparison.op == Operator::IS_NOT_NULL) {
+        return value.isNull() == (comparison.op == Operator::IS_NULL);
     }
     if (value.isNull() || value.isArray()) {
         return std::nullopt;
     }
-    if (comparison.op == Operator::isA) {
+    if (comparison.op == Operator::IS_A) {
         const auto inner = embedded(value.get());
         return inner && isA(*inner.get(), comparison.constant.text);
     }
@@ -310,15 +310,15 @@ void checkCondition(const Condition& condition, const ClassDefinition& definitio
 std::optional<bool> holds(const Condition& condition, const ClassDefinition& definition, IWbemClassObject& object)
 {
     switch (condition.kind) {
-        case Condition::Kind::comparison:
+        case Condition::Kind::COMPARISON:
             return holdsComparison(condition.comparison, definition, object);
-        case Condition::Kind::negation: {
+        case Condition::Kind::NEGATION: {
             const auto part = holds(condition.parts.front(), definition, object);
             return part ? std::optional(!*part) : std::nullopt;
         }
         default: {
             // One part can decide: false decides AND, true decides OR.
-            const bool deciding = condition.kind == Condition::Kind::any;
+            const bool deciding = condition.kind == Condition::Kind::ANY;
             std::optional<bool> result = !deciding;
             for (const Condition& part : condition.parts) {
                 const auto value = holds(part, definition, object);

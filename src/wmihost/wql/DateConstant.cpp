@@ -12,9 +12,9 @@
 namespace wmihost::wql {
 namespace {
 
-constexpr std::size_t datetimeLength = 25;
-constexpr std::size_t datetimePoint = 14;
-constexpr std::size_t datetimeSign = 21;
+constexpr std::size_t DATETIME_LENGTH = 25;
+constexpr std::size_t DATETIME_POINT = 14;
+constexpr std::size_t DATETIME_SIGN = 21;
 
 struct Moment
 {
@@ -55,9 +55,9 @@ long long numberIn(std::wstring_view digits)
 
 long long daysIn(long long month, long long year)
 {
-    constexpr std::array<long long, 12> days{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    constexpr std::array<long long, 12> DAYS{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return month == 2 && leap ? 29 : days[static_cast<std::size_t>(month - 1)];
+    return month == 2 && leap ? 29 : DAYS[static_cast<std::size_t>(month - 1)];
 }
 
 bool isValid(const Moment& m)
@@ -82,15 +82,15 @@ struct Token
 {
     enum class Kind
     {
-        number,
-        word,
-        mark
+        NUMBER,
+        WORD,
+        MARK
     };
 
     Kind kind;
     std::wstring_view text;
 
-    bool is(wchar_t c) const { return kind == Kind::mark && text.front() == c; }
+    bool is(wchar_t c) const { return kind == Kind::MARK && text.front() == c; }
 };
 
 bool isHalfOfDay(const Token& token)
@@ -107,11 +107,11 @@ std::vector<Token> tokensOf(std::wstring_view text)
             return text.substr(at, static_cast<std::size_t>(std::find_if_not(first, text.end(), belongs) - first));
         };
         if (isDigit(*first)) {
-            tokens.push_back({Token::Kind::number, run(isDigit)});
+            tokens.push_back({Token::Kind::NUMBER, run(isDigit)});
         } else if (isLetter(*first)) {
-            tokens.push_back({Token::Kind::word, run(isLetter)});
+            tokens.push_back({Token::Kind::WORD, run(isLetter)});
         } else if (*first != L' ') {
-            tokens.push_back({Token::Kind::mark, text.substr(at, 1)});
+            tokens.push_back({Token::Kind::MARK, text.substr(at, 1)});
         } else {
             ++at;
             continue;
@@ -143,14 +143,14 @@ public:
 
     bool takeWord(std::wstring_view word)
     {
-        const bool found = look() != nullptr && look()->kind == Token::Kind::word && sameName(look()->text, word);
+        const bool found = look() != nullptr && look()->kind == Token::Kind::WORD && sameName(look()->text, word);
         m_at += found ? 1 : 0;
         return found;
     }
 
     std::optional<std::wstring_view> takeNumber()
     {
-        if (look() == nullptr || look()->kind != Token::Kind::number) {
+        if (look() == nullptr || look()->kind != Token::Kind::NUMBER) {
             return std::nullopt;
         }
         return m_tokens[m_at++].text;
@@ -159,11 +159,11 @@ public:
     // The number of the month whose name, or its first three letters, is the next token.
     std::optional<long long> takeMonth()
     {
-        constexpr std::array<std::wstring_view, 12> months{L"January",   L"February", L"March",    L"April",
+        constexpr std::array<std::wstring_view, 12> MONTHS{L"January",   L"February", L"March",    L"April",
                                                            L"May",       L"June",     L"July",     L"August",
                                                            L"September", L"October",  L"November", L"December"};
-        for (std::size_t i = 0; i < months.size(); ++i) {
-            if (takeWord(months[i]) || takeWord(months[i].substr(0, 3))) {
+        for (std::size_t i = 0; i < MONTHS.size(); ++i) {
+            if (takeWord(MONTHS[i]) || takeWord(MONTHS[i].substr(0, 3))) {
                 return static_cast<long long>(i + 1);
             }
         }
@@ -191,8 +191,8 @@ bool isYear(std::wstring_view digits)
 // "20261121094500.000000+060"
 std::optional<Moment> datetime(std::wstring_view text)
 {
-    if (text.size() != datetimeLength || text[datetimePoint] != L'.' ||
-        (text[datetimeSign] != L'+' && text[datetimeSign] != L'-') || !areDigits(text.substr(0, datetimePoint)) ||
+    if (text.size() != DATETIME_LENGTH || text[DATETIME_POINT] != L'.' ||
+        (text[DATETIME_SIGN] != L'+' && text[DATETIME_SIGN] != L'-') || !areDigits(text.substr(0, DATETIME_POINT)) ||
         !areDigits(text.substr(15, 6)) || !areDigits(text.substr(22)))
     {
         return std::nullopt;
@@ -201,7 +201,7 @@ std::optional<Moment> datetime(std::wstring_view text)
     return Moment{numberIn(text.substr(0, 4)),  numberIn(text.substr(4, 2)),
                   numberIn(text.substr(6, 2)),  numberIn(text.substr(8, 2)),
                   numberIn(text.substr(10, 2)), numberIn(text.substr(12, 2)),
-                  numberIn(text.substr(15, 6)), text[datetimeSign] == L'-' ? -offset : offset};
+                  numberIn(text.substr(15, 6)), text[DATETIME_SIGN] == L'-' ? -offset : offset};
 }
 
 // "20261121", "261121", "202611" (four digits are the year) and "2026"
@@ -321,7 +321,7 @@ std::optional<Moment> writtenDate(std::wstring_view text)
     Moment result;
     TokenReader reader(tokens);
     const bool namesMonth = std::any_of(tokens.begin(), tokens.end(), [](const Token& token) {
-        return token.kind == Token::Kind::word && !isHalfOfDay(token);
+        return token.kind == Token::Kind::WORD && !isHalfOfDay(token);
     });
     bool isDate = false;
     if (namesMonth) {
@@ -341,7 +341,7 @@ std::optional<Moment> writtenDate(std::wstring_view text)
 // "20261121094500"
 std::optional<Moment> solidSecond(std::wstring_view text)
 {
-    if (text.size() != datetimePoint || !areDigits(text)) {
+    if (text.size() != DATETIME_POINT || !areDigits(text)) {
         return std::nullopt;
     }
     return datetime(std::wstring(text) + L".000000+000");
@@ -363,8 +363,8 @@ std::optional<long long> pointInTime(std::wstring_view text)
 
 bool isInterval(std::wstring_view text)
 {
-    return text.size() == datetimeLength && text[datetimePoint] == L'.' && text[datetimeSign] == L':' &&
-           areDigits(text.substr(0, datetimePoint)) && areDigits(text.substr(15, 6)) && areDigits(text.substr(22));
+    return text.size() == DATETIME_LENGTH && text[DATETIME_POINT] == L'.' && text[DATETIME_SIGN] == L':' &&
+           areDigits(text.substr(0, DATETIME_POINT)) && areDigits(text.substr(15, 6)) && areDigits(text.substr(22));
 }
 
 }  // namespace wmihost::wql

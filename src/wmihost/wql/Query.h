@@ -23,29 +23,29 @@ struct Constant
 {
     enum class Kind
     {
-        null,
-        boolean,
-        number,
-        text
+        NULL_VALUE,
+        BOOLEAN,
+        NUMBER,
+        TEXT
     };
 
-    Kind kind = Kind::null;
+    Kind kind = Kind::NULL_VALUE;
     std::wstring text;
     std::size_t place = 0;  // in the text of the query, in bytes from 0
 };
 
 enum class Operator
 {
-    equal,
-    notEqual,
-    less,
-    lessOrEqual,
-    greater,
-    greaterOrEqual,
-    like,
-    isA,
-    isNull,
-    isNotNull
+    EQUAL,
+    NOT_EQUAL,
+    LESS,
+    LESS_OR_EQUAL,
+    GREATER,
+    GREATER_OR_EQUAL,
+    LIKE,
+    IS_A,
+    IS_NULL,
+    IS_NOT_NULL
 };
 
 // A property, or a property of an embedded object: {"TargetInstance", "Name"}.
@@ -53,7 +53,7 @@ struct Comparison
 {
     std::vector<std::wstring> property;
     std::size_t place = 0;  // of the property
-    Operator op = Operator::equal;
+    Operator op = Operator::EQUAL;
     Constant constant;
 };
 
@@ -61,13 +61,13 @@ struct Condition
 {
     enum class Kind
     {
-        comparison,
-        negation,  // of the only part
-        all,       // of the parts hold
-        any        // of the parts holds
+        COMPARISON,
+        NEGATION,  // of the only part
+        ALL,       // of the parts hold
+        ANY        // of the parts holds
     };
 
-    Kind kind = Kind::comparison;
+    Kind kind = Kind::COMPARISON;
     Comparison comparison;
     std::vector<Condition> parts;
     std::string source;  // the whole text, for complaints; of the outermost condition alone

@@ -139,8 +139,8 @@ struct option : p::seq<gap, p::must<any, option_end>> {};
 template <class Rule>
 inline constexpr const char* message = nullptr;
 
-inline constexpr auto aCondition = "expected a property and what it is compared with";
-inline constexpr auto aValue = "expected a value: a text between quotes, a number, TRUE, FALSE or NULL";
+inline constexpr auto A_CONDITION = "expected a property and what it is compared with";
+inline constexpr auto A_VALUE = "expected a value: a text between quotes, a number, TRUE, FALSE or NULL";
 
 template <>
 inline constexpr auto message<name> = "expected the name of a property behind the dot";
@@ -149,7 +149,7 @@ inline constexpr auto message<double_end> = "expected \" at the end of the text"
 template <>
 inline constexpr auto message<single_end> = "expected ' at the end of the text";
 template <>
-inline constexpr auto message<constant> = aValue;
+inline constexpr auto message<constant> = A_VALUE;
 template <>
 inline constexpr auto message<null_word> = "expected NULL or NOT NULL behind IS";
 template <>
@@ -165,11 +165,11 @@ inline constexpr auto message<comparison_tail> = "expected one of = != <> < <= >
 template <>
 inline constexpr auto message<closing> = "expected AND, OR or )";
 template <>
-inline constexpr auto message<any> = aCondition;
+inline constexpr auto message<any> = A_CONDITION;
 template <>
-inline constexpr auto message<needed_all> = aCondition;
+inline constexpr auto message<needed_all> = A_CONDITION;
 template <>
-inline constexpr auto message<needed_term> = aCondition;
+inline constexpr auto message<needed_term> = A_CONDITION;
 template <>
 inline constexpr auto message<selection> = "expected * or the names of properties behind SELECT";
 template <>
@@ -224,14 +224,14 @@ using control = p::must_if<Messages>::control<Rule>;
 
 // A condition is read, checked and evaluated by functions that call themselves; deeper nesting is refused before the
 // stack ends.
-inline constexpr std::size_t deepestCondition = 200;
+inline constexpr std::size_t DEEPEST_CONDITION = 200;
 
 template <class Rule>
 struct action : p::nothing<Rule>
 {
 };
 template <>
-struct action<term> : p::limit_depth<deepestCondition>
+struct action<term> : p::limit_depth<DEEPEST_CONDITION>
 {
 };
 

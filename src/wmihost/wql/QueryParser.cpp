@@ -56,7 +56,7 @@ public:
     Condition condition(const Node& node) const
     {
         if (node.is_type<grammar::comparison>()) {
-            return {Condition::Kind::comparison, comparison(node), {}, {}};
+            return {Condition::Kind::COMPARISON, comparison(node), {}, {}};
         }
         Condition result;
         for (const auto& child : node.children) {
@@ -65,13 +65,13 @@ public:
         if (node.is_type<grammar::negation>()) {
             // The first child is the word NOT.
             result.parts.erase(result.parts.begin());
-            result.kind = Condition::Kind::negation;
+            result.kind = Condition::Kind::NEGATION;
             return result;
         }
         if (result.parts.size() == 1) {
             return std::move(result.parts.front());
         }
-        result.kind = node.is_type<grammar::all>() ? Condition::Kind::all : Condition::Kind::any;
+        result.kind = node.is_type<grammar::all>() ? Condition::Kind::ALL : Condition::Kind::ANY;
         return result;
     }
 
@@ -85,18 +85,18 @@ private:
             result.property.push_back(toWide(part->string_view()));
         }
         if (const Node* null = childOf<grammar::is_null>(node)) {
-            result.op = childOf<grammar::kw_not>(*null) == nullptr ? Operator::isNull : Operator::isNotNull;
+            result.op = childOf<grammar::kw_not>(*null) == nullptr ? Operator::IS_NULL : Operator::IS_NOT_NULL;
         } else if (const Node* like = childOf<grammar::like>(node)) {
-            result.op = Operator::like;
+            result.op = Operator::LIKE;
             result.constant = constant(*like);
         } else if (const Node* isa = childOf<grammar::isa>(node)) {
-            result.op = Operator::isA;
+            result.op = Operator::IS_A;
             result.constant = constant(*isa);
         } else {
             const Node* leading = childOf<grammar::leading_constant>(node);
             result.op = operatorOf(*childOf<grammar::sign>(node), leading != nullptr);
             result.constant = constant(leading != nullptr ? *leading : *childOf<grammar::constant>(node));
-            if (result.constant.kind == Constant::Kind::null) {
+            if (result.constant.kind == Constant::Kind::NULL_VALUE) {
                 result.op = nullTest(result);
             }
         }
@@ -112,14 +112,14 @@ private:
             Operator op;
             Operator mirrored;
         };
-        static constexpr std::array<Meaning, 7> meanings{{{"=", Operator::equal, Operator::equal},
-                                                          {"<>", Operator::notEqual, Operator::notEqual},
-                                                          {"!=", Operator::notEqual, Operator::notEqual},
-                                                          {"<", Operator::less, Operator::greater},
-                                                          {"<=", Operator::lessOrEqual, Operator::greaterOrEqual},
-                                                          {">", Operator::greater, Operator::less},
-                                                          {">=", Operator::greaterOrEqual, Operator::lessOrEqual}}};
-        const auto* const found = std::find_if(meanings.begin(), meanings.end(), [&sign](const Meaning& meaning) {
+        static constexpr std::array<Meaning, 7> MEANINGS{{{"=", Operator::EQUAL, Operator::EQUAL},
+                                                          {"<>", Operator::NOT_EQUAL, Operator::NOT_EQUAL},
+                                                          {"!=", Operator::NOT_EQUAL, Operator::NOT_EQUAL},
+                                                          {"<", Operator::LESS, Operator::GREATER},
+                                                          {"<=", Operator::LESS_OR_EQUAL, Operator::GREATER_OR_EQUAL},
+                                                          {">", Operator::GREATER, Operator::LESS},
+                                                          {">=", Operator::GREATER_OR_EQUAL, Operator::LESS_OR_EQUAL}}};
+        const auto* const found = std::find_if(MEANINGS.begin(), MEANINGS.end(), [&sign](const Meaning& meaning) {
             return meaning.sign == sign.string_view();
         });
         return constantFirst ? found->mirrored : found->op;
@@ -127,11 +127,11 @@ private:
 
     Operator nullTest(const Comparison& comparison) const
     {
-        if (comparison.op == Operator::equal) {
-            return Operator::isNull;
+        if (comparison.op == Operator::EQUAL) {
+            return Operator::IS_NULL;
         }
-        if (comparison.op == Operator::notEqual) {
-            return Operator::isNotNull;
+        if (comparison.op == Operator::NOT_EQUAL) {
+            return Operator::IS_NOT_NULL;
         }
         throw QueryError(errorAt(m_text, comparison.constant.place, "NULL is neither more nor less than a value"));
     }
@@ -139,21 +139,21 @@ private:
     Constant constant(const Node& holder) const
     {
         const Node& node = *holder.children.front();
-        Constant result{Constant::Kind::text, {}, placeOf(node)};
+        Constant result{Constant::Kind::TEXT, {}, placeOf(node)};
         if (node.is_type<grammar::text>()) {
             result.text = unescapedText(node.children.front()->string_view());
         } else if (node.is_type<grammar::word>()) {
             if (!m_words) {
-                throw QueryError(errorAt(m_text, result.place, grammar::aValue));
+                throw QueryError(errorAt(m_text, result.place, grammar::A_VALUE));
             }
             result.text = toWide(node.string_view());
         } else if (node.is_type<grammar::number>()) {
-            result.kind = Constant::Kind::number;
+            result.kind = Constant::Kind::NUMBER;
             result.text = toWide(node.string_view());
         } else if (node.is_type<grammar::kw_null>()) {
-            result.kind = Constant::Kind::null;
+            result.kind = Constant::Kind::NULL_VALUE;
         } else {
-            result.kind = Constant::Kind::boolean;
+            result.kind = Constant::Kind::BOOLEAN;
             result.text = node.is_type<grammar::kw_true>() ? L"TRUE" : L"FALSE";
         }
         return result;
@@ -189,7 +189,7 @@ using Part = std::wstring RelatedQuery::*;
 // The part of the query that a keyword of its WHERE sets. The grammar knows the same keywords.
 Part partFor(std::wstring_view keyword)
 {
-    static constexpr std::array<std::pair<std::wstring_view, Part>, 6> parts{
+    static constexpr std::array<std::pair<std::wstring_view, Part>, 6> PARTS{
         {{L"AssocClass", &RelatedQuery::assocClass},
          {L"ResultClass", &RelatedQuery::resultClass},
          {L"ResultRole", &RelatedQuery::resultRole},
@@ -197,7 +197,7 @@ Part partFor(std::wstring_view keyword)
          {L"RequiredQualifier", &RelatedQuery::requiredQualifier},
          {L"RequiredAssocQualifier", &RelatedQuery::requiredAssocQualifier}}};
     const auto* const found =
-        std::find_if(parts.begin(), parts.end(), [keyword](const auto& part) { return sameName(part.first, keyword); });
+        std::find_if(PARTS.begin(), PARTS.end(), [keyword](const auto& part) { return sameName(part.first, keyword); });
     return found->second;
 }
 

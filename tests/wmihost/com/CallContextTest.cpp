@@ -42,8 +42,8 @@ TEST_F(CallContextTest, ImpersonationSetsATokenOfTheChosenLevel)
         SECURITY_IMPERSONATION_LEVEL expected;
     };
     for (const Row& row :
-         {Row{Impersonation::identify, SecurityIdentification}, Row{Impersonation::impersonate, SecurityImpersonation},
-          Row{Impersonation::delegate, SecurityDelegation}})
+         {Row{Impersonation::IDENTIFY, SecurityIdentification}, Row{Impersonation::IMPERSONATE, SecurityImpersonation},
+          Row{Impersonation::DELEGATE, SecurityDelegation}})
     {
         const CallScope scope(row.level);
         ASSERT_EQ(CoImpersonateClient(), S_OK);
@@ -57,7 +57,7 @@ TEST_F(CallContextTest, ImpersonationSetsATokenOfTheChosenLevel)
 
 TEST_F(CallContextTest, AnAnonymousTokenCannotBeOpened)
 {
-    const CallScope scope(Impersonation::anonymous);
+    const CallScope scope(Impersonation::ANONYMOUS);
     ASSERT_EQ(CoImpersonateClient(), S_OK);
     EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_CANT_OPEN_ANONYMOUS));
     EXPECT_EQ(CoRevertToSelf(), S_OK);
@@ -65,7 +65,7 @@ TEST_F(CallContextTest, AnAnonymousTokenCannotBeOpened)
 
 TEST_F(CallContextTest, WithoutImpersonationThereIsNoToken)
 {
-    const CallScope scope(Impersonation::none);
+    const CallScope scope(Impersonation::NONE);
     ASSERT_EQ(CoImpersonateClient(), S_OK);
     EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
     EXPECT_EQ(CoRevertToSelf(), S_OK);
@@ -74,16 +74,16 @@ TEST_F(CallContextTest, WithoutImpersonationThereIsNoToken)
 TEST_F(CallContextTest, OutsideAScopeThereIsNoCall)
 {
     {
-        const CallScope scope(Impersonation::impersonate);
+        const CallScope scope(Impersonation::IMPERSONATE);
     }
     EXPECT_EQ(CoImpersonateClient(), RPC_E_CALL_COMPLETE);
 }
 
 TEST_F(CallContextTest, AScopeInsideAnotherGivesTheOuterOneBack)
 {
-    const CallScope outer(Impersonation::identify);
+    const CallScope outer(Impersonation::IDENTIFY);
     {
-        const CallScope inner(Impersonation::impersonate);
+        const CallScope inner(Impersonation::IMPERSONATE);
     }
     ASSERT_EQ(CoImpersonateClient(), S_OK);
     EXPECT_EQ(threadToken().level, SecurityIdentification);
@@ -93,7 +93,7 @@ TEST_F(CallContextTest, AScopeInsideAnotherGivesTheOuterOneBack)
 TEST_F(CallContextTest, AScopeTakesALeftTokenAway)
 {
     {
-        const CallScope scope(Impersonation::impersonate);
+        const CallScope scope(Impersonation::IMPERSONATE);
         ASSERT_EQ(CoImpersonateClient(), S_OK);
     }
     EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
@@ -101,7 +101,7 @@ TEST_F(CallContextTest, AScopeTakesALeftTokenAway)
 
 TEST_F(CallContextTest, AScopeIsItsThreadsOwn)
 {
-    const CallScope scope(Impersonation::impersonate);
+    const CallScope scope(Impersonation::IMPERSONATE);
     HRESULT elsewhere = S_OK;
     std::jthread([&elsewhere] {
         const ComApartment own;
@@ -112,7 +112,7 @@ TEST_F(CallContextTest, AScopeIsItsThreadsOwn)
 
 TEST_F(CallContextTest, KnowsWhetherItImpersonates)
 {
-    const auto context = ComPtr<IServerSecurity>::adopt(new CallContext(Impersonation::impersonate));
+    const auto context = ComPtr<IServerSecurity>::adopt(new CallContext(Impersonation::IMPERSONATE));
     EXPECT_FALSE(context->IsImpersonating());
     EXPECT_EQ(context->ImpersonateClient(), S_OK);
     EXPECT_TRUE(context->IsImpersonating());

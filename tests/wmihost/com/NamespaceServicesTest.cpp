@@ -58,31 +58,31 @@ TEST_F(NamespaceServicesTest, RefusesWhatIsNoClass)
 
 TEST_F(NamespaceServicesTest, RefusesEveryOtherRequest)
 {
-    constexpr HRESULT refused = code(WBEM_E_NOT_SUPPORTED);
+    constexpr HRESULT REFUSED = code(WBEM_E_NOT_SUPPORTED);
     const Bstr text(L"Here");
     IWbemServices& s = *services.get();
-    EXPECT_EQ(s.OpenNamespace(text.get(), 0, nullptr, nullptr, nullptr), refused);
-    EXPECT_EQ(s.CancelAsyncCall(nullptr), refused);
-    EXPECT_EQ(s.QueryObjectSink(0, nullptr), refused);
-    EXPECT_EQ(s.GetObjectAsync(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.PutClass(nullptr, 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.PutClassAsync(nullptr, 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.DeleteClass(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.DeleteClassAsync(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.CreateClassEnum(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.CreateClassEnumAsync(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.PutInstance(nullptr, 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.PutInstanceAsync(nullptr, 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.DeleteInstance(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.DeleteInstanceAsync(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.CreateInstanceEnum(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.CreateInstanceEnumAsync(text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.ExecQuery(text.get(), text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.ExecQueryAsync(text.get(), text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.ExecNotificationQuery(text.get(), text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.ExecNotificationQueryAsync(text.get(), text.get(), 0, nullptr, nullptr), refused);
-    EXPECT_EQ(s.ExecMethod(text.get(), text.get(), 0, nullptr, nullptr, nullptr, nullptr), refused);
-    EXPECT_EQ(s.ExecMethodAsync(text.get(), text.get(), 0, nullptr, nullptr, nullptr), refused);
+    EXPECT_EQ(s.OpenNamespace(text.get(), 0, nullptr, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.CancelAsyncCall(nullptr), REFUSED);
+    EXPECT_EQ(s.QueryObjectSink(0, nullptr), REFUSED);
+    EXPECT_EQ(s.GetObjectAsync(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.PutClass(nullptr, 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.PutClassAsync(nullptr, 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.DeleteClass(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.DeleteClassAsync(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.CreateClassEnum(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.CreateClassEnumAsync(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.PutInstance(nullptr, 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.PutInstanceAsync(nullptr, 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.DeleteInstance(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.DeleteInstanceAsync(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.CreateInstanceEnum(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.CreateInstanceEnumAsync(text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.ExecQuery(text.get(), text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.ExecQueryAsync(text.get(), text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.ExecNotificationQuery(text.get(), text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.ExecNotificationQueryAsync(text.get(), text.get(), 0, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.ExecMethod(text.get(), text.get(), 0, nullptr, nullptr, nullptr, nullptr), REFUSED);
+    EXPECT_EQ(s.ExecMethodAsync(text.get(), text.get(), 0, nullptr, nullptr, nullptr), REFUSED);
 }
 
 }  // namespace

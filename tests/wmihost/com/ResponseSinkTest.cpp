@@ -8,7 +8,7 @@
 namespace wmihost {
 namespace {
 
-constexpr std::chrono::milliseconds noTime{0};
+constexpr std::chrono::milliseconds NO_TIME{0};
 
 class ResponseSinkTest : public testing::Test
 {
@@ -69,9 +69,9 @@ TEST_F(ResponseSinkTest, TheResponseIsOverWithTheLastReference)
     ComPtr<IWbemObjectSink> second = sink;
     sink->SetStatus(WBEM_STATUS_COMPLETE, 0, nullptr, nullptr);
     sink.reset();
-    EXPECT_FALSE(response->waitUntilOver(noTime));
+    EXPECT_FALSE(response->waitUntilOver(NO_TIME));
     second.reset();
-    EXPECT_TRUE(response->waitUntilOver(noTime));
+    EXPECT_TRUE(response->waitUntilOver(NO_TIME));
 }
 
 TEST_F(ResponseSinkTest, AnswersForItsInterfacesOnly)

@@ -7,7 +7,7 @@
 namespace wmihost {
 namespace {
 
-constexpr const char* deletable =
+constexpr const char* DELETABLE =
     "instance of __InstanceProviderRegistration { Provider = \"__Win32Provider.Name=\\\"FakeProvider\\\"\"; "
     "SupportsDelete = TRUE; };\n";
 
@@ -229,7 +229,7 @@ TEST_F(ChangeTest, AnInstanceThatIsNotThereIsNotPut)
 
 TEST_F(ChangeTest, DeleteSaysWhatItDeleted)
 {
-    addToMof(deletable);
+    addToMof(DELETABLE);
     EXPECT_EQ(run({"delete", "Fake_Thing=\"one\""}), 0);
     EXPECT_EQ(requests, (Requests{L"delete Fake_Thing.Name=\"one\""}));
     EXPECT_EQ(out, "deleted Fake_Thing.Name=\"one\"\n");
@@ -238,7 +238,7 @@ TEST_F(ChangeTest, DeleteSaysWhatItDeleted)
 
 TEST_F(ChangeTest, ADeleteThatFailsSaysNothingOfADeletion)
 {
-    addToMof(deletable);
+    addToMof(DELETABLE);
     behaviour.remove = [](std::wstring_view, IWbemObjectSink* sink) {
         return finish(sink, code(WBEM_E_NOT_SUPPORTED));
     };

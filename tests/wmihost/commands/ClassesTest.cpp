@@ -46,7 +46,7 @@ TEST_F(ClassesTest, ListsTheClasses)
               "Fake_Orphan  root\\test\n");
 }
 
-constexpr const char* richClass = R"(
+constexpr const char* RICH_CLASS = R"(
 [Description("A | B.")]
 class Rich
 {
@@ -60,7 +60,7 @@ class Rich
 
 TEST_F(ClassesTest, DescribesParametersUnitsAndWords)
 {
-    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << richClass;
+    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << RICH_CLASS;
     EXPECT_EQ(run({"describe", "Rich"}), 0);
     EXPECT_EQ(out,
               "Rich in root\\test\n"
@@ -80,7 +80,7 @@ TEST_F(ClassesTest, DescribesParametersUnitsAndWords)
 
 TEST_F(ClassesTest, DescribesForMarkdownPages)
 {
-    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << richClass;
+    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << RICH_CLASS;
     EXPECT_EQ(run({"describe", "Rich", "--format", "markdown"}), 0);
     EXPECT_EQ(out,
               "## Rich\n"
@@ -133,7 +133,7 @@ TEST_F(ClassesTest, Mapping_isATableOfItsOwn)
 
 TEST_F(ClassesTest, DescribesForPrograms)
 {
-    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << richClass;
+    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << RICH_CLASS;
     EXPECT_EQ(run({"describe", "Rich", "--format", "json"}), 0);
     const Json expected = Json::parse(R"({
         "class": "Rich", "namespace": "root\\test", "superclass": null, "description": "A | B.",
@@ -153,7 +153,7 @@ TEST_F(ClassesTest, DescribesForPrograms)
 
 TEST_F(ClassesTest, TheMofOfAClassCompilesAgain)
 {
-    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << richClass;
+    std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << RICH_CLASS;
     EXPECT_EQ(run({"describe", "Rich", "--format", "mof"}), 0);
     const std::string first = out;
     std::ofstream(mof) << "#pragma namespace(\"root\\\\test\")\n" << first;

@@ -98,14 +98,14 @@ std::multiset<std::string> adapterAddresses()
     return addresses;
 }
 
-constexpr const char* localMachine = "hDefKey=-2147483646";
-constexpr const wchar_t* versionKey = L"Software\\Microsoft\\Windows NT\\CurrentVersion";
+constexpr const char* LOCAL_MACHINE = "hDefKey=-2147483646";
+constexpr const wchar_t* VERSION_KEY = L"Software\\Microsoft\\Windows NT\\CurrentVersion";
 
 TEST_F(MachineServiceTest, OperatingSystem_isTheOneOfThisMachine)
 {
     const Json systems = ask({"list", "Win32_OperatingSystem"});
     ASSERT_EQ(systems.size(), 1U) << error;
-    EXPECT_EQ(systems[0]["BuildNumber"], registryText(HKEY_LOCAL_MACHINE, versionKey, L"CurrentBuildNumber"));
+    EXPECT_EQ(systems[0]["BuildNumber"], registryText(HKEY_LOCAL_MACHINE, VERSION_KEY, L"CurrentBuildNumber"));
 }
 
 TEST_F(MachineServiceTest, NetworkAdapters_haveTheAddressesOfTheMachine)
@@ -129,14 +129,14 @@ TEST_F(MachineServiceTest, Get_findsAnAdapterByItsPath)
 
 TEST_F(MachineServiceTest, StdRegProv_readsTheRegistry)
 {
-    const Json keys = ask({"invoke", "StdRegProv", "EnumKey", localMachine, "sSubKeyName=Software"});
+    const Json keys = ask({"invoke", "StdRegProv", "EnumKey", LOCAL_MACHINE, "sSubKeyName=Software"});
     ASSERT_EQ(keys["ReturnValue"], 0) << error;
     EXPECT_EQ(keys["sNames"].get<std::set<std::string>>(), registryKeys(HKEY_LOCAL_MACHINE, L"Software"));
-    const Json value = ask({"invoke", "StdRegProv", "GetStringValue", localMachine, "sSubKeyName=" + toUtf8(versionKey),
-                            "sValueName=CurrentBuildNumber"});
-    EXPECT_EQ(value["sValue"], registryText(HKEY_LOCAL_MACHINE, versionKey, L"CurrentBuildNumber")) << error;
+    const Json value = ask({"invoke", "StdRegProv", "GetStringValue", LOCAL_MACHINE,
+                            "sSubKeyName=" + toUtf8(VERSION_KEY), "sValueName=CurrentBuildNumber"});
+    EXPECT_EQ(value["sValue"], registryText(HKEY_LOCAL_MACHINE, VERSION_KEY, L"CurrentBuildNumber")) << error;
     // A return value that means a refusal counts as a failure.
-    EXPECT_EQ(runService({"invoke", "StdRegProv", "EnumKey", localMachine, "sSubKeyName=Software\\Of nobody",
+    EXPECT_EQ(runService({"invoke", "StdRegProv", "EnumKey", LOCAL_MACHINE, "sSubKeyName=Software\\Of nobody",
                           "--format", "json"}),
               1);
     EXPECT_EQ(Json::parse(out)["ReturnValue"], ERROR_FILE_NOT_FOUND) << out << error;

@@ -74,7 +74,7 @@ protected:
     std::vector<std::string> shown;  // the contents of the file when each reading began
 };
 
-const std::string deniedReport =
+const std::string DENIED_REPORT =
     "wmihost metrics: the machine cannot be read: WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n";
 
 TEST_F(MetricsTest, WithoutAFile_theTextGoesToStandardOutput)
@@ -113,7 +113,7 @@ TEST_F(MetricsTest, FailedReading_keepsTheLastGoodValues)
 {
     firstFailing = lastFailing = 2;
     EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1", "--count", "3"}), 0);
-    EXPECT_EQ(error, deniedReport);
+    EXPECT_EQ(error, DENIED_REPORT);
     ASSERT_EQ(shown.size(), 3U);
     const std::string before = figures(shown[1]);
     EXPECT_TRUE(before.starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 1\nzerix_read_success 1\n")) << before;
@@ -126,7 +126,7 @@ TEST_F(MetricsTest, OnlyReadingThatFails_saysSoInTheFile)
 {
     firstFailing = lastFailing = 1;
     EXPECT_EQ(run({"metrics", "--output", file.string()}), 1);
-    EXPECT_EQ(error, deniedReport);
+    EXPECT_EQ(error, DENIED_REPORT);
     EXPECT_EQ(figures(textOfFile()), "zerix_read_success 0\n");
 }
 

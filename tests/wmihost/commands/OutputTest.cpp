@@ -14,7 +14,7 @@
 namespace wmihost {
 namespace {
 
-constexpr const char* richMof = R"(
+constexpr const char* RICH_MOF = R"(
 [dynamic, provider("FakeProvider")]
 class Fake_Rich
 {
@@ -55,7 +55,7 @@ protected:
 
     void serveRichThing()
     {
-        addToMof(richMof);
+        addToMof(RICH_MOF);
         behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
             deliver(sink, richThing(ns));
             return finish(sink);
@@ -169,7 +169,7 @@ TEST_F(OutputTest, TheMofOfAnInstanceCompilesAgain)
               "    Owner = \"\\\\\\\\.\\\\root\\\\test:Fake_Thing.Name=\\\"one\\\"\";\n    Codes = {2, 7};\n"
               "    Notes = {\"a\", \"b\\\"c\"};\n    Balance = -5;\n    Load = 0.5;\n};\n");
     const std::string first = out;
-    addToMof(richMof + first);
+    addToMof(RICH_MOF + first);
     Workspace again(mof);
     const auto instances = again.repository().findNamespace(L"root\\test")->instancesOf(L"Fake_Rich");
     ASSERT_EQ(instances.size(), 1U);

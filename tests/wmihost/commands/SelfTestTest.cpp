@@ -4,7 +4,7 @@
 namespace wmihost {
 namespace {
 
-constexpr const char* tourMof = R"(
+constexpr const char* TOUR_MOF = R"(
 instance of __InstanceProviderRegistration
 {
     Provider = "__Win32Provider.Name=\"FakeProvider\"";
@@ -30,7 +30,7 @@ class SelfTestTest : public CommandTest
 protected:
     SelfTestTest()
     {
-        std::ofstream(mof) << fakeMof << tourMof;
+        std::ofstream(mof) << FAKE_MOF << TOUR_MOF;
         behaviour.enumerate = [this](IWbemServices& ns, std::wstring_view name, IWbemContext*, IWbemObjectSink* sink) {
             for (int i = 0; name == L"Zerix_EthernetPort" && i < ports; ++i) {
                 deliver(sink, port(ns));
@@ -108,12 +108,12 @@ TEST_F(SelfTestTest, EveryKindOfRequestHasAVerdict)
 
 TEST_F(SelfTestTest, Namespace_isTheOneThatIsAsked)
 {
-    std::ofstream(mof) << fakeMof << tourMof << "#pragma namespace(\"\\\\\\\\.\\\\root\\\\other\")\n"
+    std::ofstream(mof) << FAKE_MOF << TOUR_MOF << "#pragma namespace(\"\\\\\\\\.\\\\root\\\\other\")\n"
                        << "instance of __Win32Provider { Name = \"FakeProvider\"; "
                           "CLSID = \"{5F3C2A10-7B1E-4D52-9A31-0C445E6F7081}\"; };\n"
                        << "instance of __MethodProviderRegistration { Provider = "
                           "\"__Win32Provider.Name=\\\"FakeProvider\\\"\"; };\n"
-                       << tourMof;
+                       << TOUR_MOF;
     for (const auto* const nameSpace : {"root/other", "root/test"}) {
         EXPECT_EQ(run({"self-test", "--namespace", nameSpace}), 0) << out;
         EXPECT_EQ(toUtf8(ClassRepository::plainName(behaviour.nameSpace)),
@@ -296,7 +296,7 @@ TEST_F(SelfTestTest, AJobThatOutlivesItsDeletionFails)
 
 TEST_F(SelfTestTest, AClassThatIsNotDeclaredFailsItsStepsAlone)
 {
-    std::ofstream(mof) << fakeMof;
+    std::ofstream(mof) << FAKE_MOF;
     EXPECT_EQ(run({"self-test"}), 1);
     const std::string unknown = "WBEM_E_INVALID_CLASS (0x80041010): there is no such class; the MOF declares no class ";
     EXPECT_EQ(out, "Request    Verdict  Detail\n---------  -------  " +

@@ -10,7 +10,7 @@
 namespace wmihost {
 namespace {
 
-constexpr const char* serviceMof = R"(#pragma namespace("\\\\.\\root\\cimv2")
+constexpr const char* SERVICE_MOF = R"(#pragma namespace("\\\\.\\root\\cimv2")
 [Description("Anything.")] class Test_Base { [key] string Name; };
 [Description("A thing.")] class Test_Thing : Test_Base
 {
@@ -31,7 +31,7 @@ class ServiceTest : public CommandTest
 protected:
     ServiceTest()
     {
-        compileMofText(serviceMof, "service.mof", repository);
+        compileMofText(SERVICE_MOF, "service.mof", repository);
         for (const InstanceData* instance : repository.findNamespace(L"root\\cimv2")->instancesOf(L"Test_Thing")) {
             service.instances.push_back(ClassObject::ofInstance(*instance));
         }

@@ -11,7 +11,7 @@
 namespace wmihost {
 namespace {
 
-const char* const mof = R"([Description("A port.")] class Port
+const char* const MOF = R"([Description("A port.")] class Port
 {
     [key] string DeviceID;
     string Name;
@@ -84,7 +84,7 @@ protected:
         return prometheusText(families);
     }
 
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     MachineRows rows;
 };
 

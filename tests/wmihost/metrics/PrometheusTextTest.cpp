@@ -9,7 +9,7 @@ namespace {
 
 std::string textOfLabel(const std::string& value)
 {
-    const std::string text = prometheusText({{"m", "h", MetricType::gauge, {{{{"l", value}}, 1}}}});
+    const std::string text = prometheusText({{"m", "h", MetricType::GAUGE, {{{{"l", value}}, 1}}}});
     const std::string head = "# HELP m h\n# TYPE m gauge\nm{l=\"";
     const std::string tail = "\"} 1\n";
     EXPECT_TRUE(text.starts_with(head) && text.ends_with(tail)) << text;
@@ -18,14 +18,14 @@ std::string textOfLabel(const std::string& value)
 
 std::string textOfNumber(double value)
 {
-    const std::string text = prometheusText({{"m", "h", MetricType::gauge, {{{}, value}}}});
+    const std::string text = prometheusText({{"m", "h", MetricType::GAUGE, {{{}, value}}}});
     return text.substr(text.rfind(' ') + 1);
 }
 
 TEST(PrometheusText, Families_areHelpTypeAndSamples)
 {
-    EXPECT_EQ(prometheusText({{"a_total", "All.", MetricType::counter, {{{{"x", "1"}, {"y", "2"}}, 7}, {{}, 8}}},
-                              {"b", "Some.", MetricType::gauge, {{{{"x", ""}}, 0.25}}}}),
+    EXPECT_EQ(prometheusText({{"a_total", "All.", MetricType::COUNTER, {{{{"x", "1"}, {"y", "2"}}, 7}, {{}, 8}}},
+                              {"b", "Some.", MetricType::GAUGE, {{{{"x", ""}}, 0.25}}}}),
               "# HELP a_total All.\n"
               "# TYPE a_total counter\n"
               "a_total{x=\"1\",y=\"2\"} 7\n"
@@ -37,7 +37,7 @@ TEST(PrometheusText, Families_areHelpTypeAndSamples)
 
 TEST(PrometheusText, Family_withoutSamples_isLeftOut)
 {
-    EXPECT_EQ(prometheusText({{"a", "All.", MetricType::gauge, {}}}), "");
+    EXPECT_EQ(prometheusText({{"a", "All.", MetricType::GAUGE, {}}}), "");
 }
 
 TEST(PrometheusText, Labels_areEscaped)
@@ -57,7 +57,7 @@ TEST(PrometheusText, ControlCharacters_becomeSpaces)
 
 TEST(PrometheusText, Help_keepsItsQuotes)
 {
-    EXPECT_EQ(prometheusText({{"m", "the \"m\"\nand C:\\n", MetricType::gauge, {{{}, 1}}}}),
+    EXPECT_EQ(prometheusText({{"m", "the \"m\"\nand C:\\n", MetricType::GAUGE, {{{}, 1}}}}),
               "# HELP m the \"m\"\\nand C:\\\\n\n# TYPE m gauge\nm 1\n");
 }
 
@@ -74,7 +74,7 @@ TEST(PrometheusText, LongLabel_isCutBetweenCharacters)
 TEST(PrometheusText, SeriesThatOccursTwice_isWrittenOnce)
 {
     EXPECT_EQ(
-        prometheusText({{"m", "h", MetricType::gauge, {{{{"l", "a"}}, 1}, {{{"l", "b"}}, 2}, {{{"l", "a"}}, 3}}}}),
+        prometheusText({{"m", "h", MetricType::GAUGE, {{{{"l", "a"}}, 1}, {{{"l", "b"}}, 2}, {{{"l", "a"}}, 3}}}}),
         "# HELP m h\n# TYPE m gauge\nm{l=\"a\"} 1\nm{l=\"b\"} 2\n");
 }
 

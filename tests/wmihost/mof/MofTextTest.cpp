@@ -9,7 +9,7 @@
 namespace wmihost {
 namespace {
 
-constexpr const char* mof = R"(
+constexpr const char* MOF = R"(
 class Base { [key] string Name; uint8 Kept = 1; };
 [Description("say \"hi\""), Version(3): ToInstance]
 class Derived : Base
@@ -24,7 +24,7 @@ class Derived : Base
 
 TEST(MofText, WritesWhatTheClassItselfDeclares)
 {
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     EXPECT_EQ(classText(*classIn(repository, L"Derived"), false),
               L"[Description(\"say \\\"hi\\\"\"), Version(3)]\n"
               L"class Derived : Base\n"
@@ -39,7 +39,7 @@ TEST(MofText, WritesWhatTheClassItselfDeclares)
 
 TEST(MofText, WritesFlavorsOnDemand)
 {
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     EXPECT_EQ(
         classText(*classIn(repository, L"Base"), true),
         L"class Base\n{\n    [key : DisableOverride ToInstance ToSubclass] string Name;\n    uint8 Kept = 1;\n};\n");
@@ -47,7 +47,7 @@ TEST(MofText, WritesFlavorsOnDemand)
 
 TEST(MofText, AnInstanceShowsThePropertiesThatHaveAValue)
 {
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     InstanceData data(classIn(repository, L"Derived"));
     data.values[0] = Variant::ofText(L"n");
     EXPECT_EQ(instanceText(*data.definition, data.values),

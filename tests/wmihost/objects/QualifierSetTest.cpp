@@ -8,7 +8,7 @@
 namespace wmihost {
 namespace {
 
-constexpr HRESULT ok = code(WBEM_S_NO_ERROR);
+constexpr HRESULT OK = code(WBEM_S_NO_ERROR);
 
 class QualifierSetTest : public testing::Test
 {
@@ -23,10 +23,10 @@ protected:
 
 TEST_F(QualifierSetTest, GetFindsANameWithoutCase)
 {
-    EXPECT_EQ(set->Get(L"SECOND", 0, value.put(), &flavor), ok);
+    EXPECT_EQ(set->Get(L"SECOND", 0, value.put(), &flavor), OK);
     EXPECT_EQ(viewOf(value.get().bstrVal), L"text");
     EXPECT_EQ(flavor, WBEM_FLAVOR_ORIGIN_PROPAGATED);
-    EXPECT_EQ(set->Get(L"first", 0, nullptr, nullptr), ok);
+    EXPECT_EQ(set->Get(L"first", 0, nullptr, nullptr), OK);
 }
 
 TEST_F(QualifierSetTest, GetRefusesWhatItDoesNotKnow)
@@ -39,23 +39,23 @@ TEST_F(QualifierSetTest, GetRefusesWhatItDoesNotKnow)
 TEST_F(QualifierSetTest, EnumeratesByOrigin)
 {
     EXPECT_EQ(set->Next(0, nullptr, nullptr, nullptr), code(WBEM_E_UNEXPECTED));
-    ASSERT_EQ(set->BeginEnumeration(WBEM_FLAG_PROPAGATED_ONLY), ok);
+    ASSERT_EQ(set->BeginEnumeration(WBEM_FLAG_PROPAGATED_ONLY), OK);
     EXPECT_EQ(set->BeginEnumeration(0), code(WBEM_E_UNEXPECTED));
-    ASSERT_EQ(set->Next(0, name.put(), value.put(), &flavor), ok);
+    ASSERT_EQ(set->Next(0, name.put(), value.put(), &flavor), OK);
     EXPECT_EQ(name.view(), L"second");
     EXPECT_EQ(set->Next(0, nullptr, nullptr, nullptr), code(WBEM_S_NO_MORE_DATA));
-    EXPECT_EQ(set->EndEnumeration(), ok);
-    ASSERT_EQ(set->BeginEnumeration(WBEM_FLAG_LOCAL_ONLY), ok);
-    ASSERT_EQ(set->Next(0, name.put(), nullptr, nullptr), ok);
+    EXPECT_EQ(set->EndEnumeration(), OK);
+    ASSERT_EQ(set->BeginEnumeration(WBEM_FLAG_LOCAL_ONLY), OK);
+    ASSERT_EQ(set->Next(0, name.put(), nullptr, nullptr), OK);
     EXPECT_EQ(name.view(), L"first");
-    EXPECT_EQ(set->EndEnumeration(), ok);
+    EXPECT_EQ(set->EndEnumeration(), OK);
     EXPECT_EQ(set->BeginEnumeration(WBEM_FLAG_KEYS_ONLY), code(WBEM_E_INVALID_PARAMETER));
 }
 
 TEST_F(QualifierSetTest, NamesAreAnArrayOfTexts)
 {
     VARIANT* slot = value.put();
-    ASSERT_EQ(set->GetNames(0, &slot->parray), ok);
+    ASSERT_EQ(set->GetNames(0, &slot->parray), OK);
     slot->vt = VT_ARRAY | VT_BSTR;
     EXPECT_TRUE(sameValue(value.get(), Variant::ofTexts({L"first", L"second"}).get()));
     EXPECT_EQ(set->GetNames(0, nullptr), code(WBEM_E_INVALID_PARAMETER));
@@ -65,7 +65,7 @@ TEST_F(QualifierSetTest, ChangesAreNotSupported)
 {
     EXPECT_EQ(set->Put(L"first", value.in(), 0), code(WBEM_E_NOT_SUPPORTED));
     EXPECT_EQ(set->Delete(L"first"), code(WBEM_E_NOT_SUPPORTED));
-    EXPECT_EQ(set->Get(L"first", 0, value.put(), nullptr), ok);
+    EXPECT_EQ(set->Get(L"first", 0, value.put(), nullptr), OK);
 }
 
 TEST(QualifierSetOfObjects, AnInstanceShowsWhatPropagatesToIt)
@@ -74,15 +74,15 @@ TEST(QualifierSetOfObjects, AnInstanceShowsWhatPropagatesToIt)
         compiled("[A: ToInstance, B] class C { [key, Description(\"d\")] string Name; };");
     const auto instance = instanceOf(repository, L"C");
     ComPtr<IWbemQualifierSet> set;
-    ASSERT_EQ(instance->GetQualifierSet(set.put()), ok);
+    ASSERT_EQ(instance->GetQualifierSet(set.put()), OK);
     LONG flavor = 0;
-    EXPECT_EQ(set->Get(L"A", 0, nullptr, &flavor), ok);
+    EXPECT_EQ(set->Get(L"A", 0, nullptr, &flavor), OK);
     EXPECT_EQ(flavor & WBEM_FLAVOR_ORIGIN_PROPAGATED, WBEM_FLAVOR_ORIGIN_PROPAGATED);
     EXPECT_EQ(set->Get(L"B", 0, nullptr, nullptr), code(WBEM_E_NOT_FOUND));
-    ASSERT_EQ(instance->GetPropertyQualifierSet(L"Name", set.put()), ok);
-    EXPECT_EQ(set->Get(L"key", 0, nullptr, nullptr), ok);
+    ASSERT_EQ(instance->GetPropertyQualifierSet(L"Name", set.put()), OK);
+    EXPECT_EQ(set->Get(L"key", 0, nullptr, nullptr), OK);
     Variant type;
-    EXPECT_EQ(set->Get(L"CIMTYPE", 0, type.put(), nullptr), ok);
+    EXPECT_EQ(set->Get(L"CIMTYPE", 0, type.put(), nullptr), OK);
     EXPECT_EQ(viewOf(type.get().bstrVal), L"string");
     EXPECT_EQ(set->Get(L"Description", 0, nullptr, nullptr), code(WBEM_E_NOT_FOUND));
 }

@@ -40,7 +40,7 @@ TEST_P(Coerce, StoresWhatWmiStores)
 
 const std::vector<CoerceRow>& coerceRows()
 {
-    constexpr CIMTYPE numbers = CIM_UINT16 | CIM_FLAG_ARRAY;
+    constexpr CIMTYPE NUMBERS = CIM_UINT16 | CIM_FLAG_ARRAY;
     static const std::vector<CoerceRow> rows{
         {"NullFitsEverything", Variant(), CIM_UINT32, Variant()},
         {"EmptyIsNull", ofType(VT_EMPTY, 0), CIM_STRING, Variant()},
@@ -73,12 +73,12 @@ const std::vector<CoerceRow>& coerceRows()
         {"DatetimeRefusesOtherText", Variant::ofText(L"2026-11-21"), CIM_DATETIME, std::nullopt},
         {"ReferenceRefusesANumber", Variant::ofLong(1), CIM_REFERENCE, std::nullopt},
         {"Real64TakesANumber", Variant::ofLong(2), CIM_REAL64, Variant::ofDouble(2)},
-        {"ArrayTakesItsOwnType", Variant::ofArray(VT_I4, {Variant::ofLong(1)}), numbers,
+        {"ArrayTakesItsOwnType", Variant::ofArray(VT_I4, {Variant::ofLong(1)}), NUMBERS,
          Variant::ofArray(VT_I4, {Variant::ofLong(1)})},
-        {"ArrayIsCoercedElementByElement", Variant::ofTexts({L"1", L"2"}), numbers,
+        {"ArrayIsCoercedElementByElement", Variant::ofTexts({L"1", L"2"}), NUMBERS,
          Variant::ofArray(VT_I4, {Variant::ofLong(1), Variant::ofLong(2)})},
-        {"ArrayRefusesOneBadElement", Variant::ofTexts({L"1", L"x"}), numbers, std::nullopt},
-        {"ArrayRefusesAScalar", Variant::ofLong(1), numbers, std::nullopt},
+        {"ArrayRefusesOneBadElement", Variant::ofTexts({L"1", L"x"}), NUMBERS, std::nullopt},
+        {"ArrayRefusesAScalar", Variant::ofLong(1), NUMBERS, std::nullopt},
     };
     return rows;
 }

@@ -7,14 +7,14 @@
 namespace wmihost {
 namespace {
 
-constexpr long toInstance = WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE;
-constexpr long toDerived = WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS;
+constexpr long TO_INSTANCE = WBEM_FLAVOR_FLAG_PROPAGATE_TO_INSTANCE;
+constexpr long TO_DERIVED = WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS;
 
 Qualifiers sample()
 {
     return {{L"Plain", CIM_STRING, Variant::ofText(L"text"), 0},
-            {L"Yes", CIM_BOOLEAN, Variant::ofBool(true), toDerived},
-            {L"No", CIM_BOOLEAN, Variant::ofBool(false), toInstance | toDerived}};
+            {L"Yes", CIM_BOOLEAN, Variant::ofBool(true), TO_DERIVED},
+            {L"No", CIM_BOOLEAN, Variant::ofBool(false), TO_INSTANCE | TO_DERIVED}};
 }
 
 std::vector<std::wstring> namesOf(const Qualifiers& qualifiers)
@@ -39,9 +39,10 @@ TEST(ClassDefinition, FindsQualifiersWithoutCase)
 
 TEST(ClassDefinition, QualifiersGoWhereTheirFlavorSendsThem)
 {
-    EXPECT_EQ(namesOf(propagated(sample(), toDerived)), (std::vector<std::wstring>{L"Yes", L"No"}));
-    EXPECT_EQ(namesOf(propagated(sample(), toInstance)), (std::vector<std::wstring>{L"No"}));
-    EXPECT_EQ(propagated(sample(), toInstance).front().flavor, toInstance | toDerived | WBEM_FLAVOR_ORIGIN_PROPAGATED);
+    EXPECT_EQ(namesOf(propagated(sample(), TO_DERIVED)), (std::vector<std::wstring>{L"Yes", L"No"}));
+    EXPECT_EQ(namesOf(propagated(sample(), TO_INSTANCE)), (std::vector<std::wstring>{L"No"}));
+    EXPECT_EQ(propagated(sample(), TO_INSTANCE).front().flavor,
+              TO_INSTANCE | TO_DERIVED | WBEM_FLAVOR_ORIGIN_PROPAGATED);
 }
 
 TEST(ClassDefinition, TheTypeQualifierNamesTheClassOfAReference)
@@ -50,7 +51,7 @@ TEST(ClassDefinition, TheTypeQualifierNamesTheClassOfAReference)
     EXPECT_EQ(qualifierText(standardQualifiers(CIM_UINT16 | CIM_FLAG_ARRAY, L""), L"CIMTYPE"), L"uint16");
 }
 
-constexpr const char* mof = R"(
+constexpr const char* MOF = R"(
 class Base { [key] string Name; uint16 Count = 5; uint32 Start(); };
 class Middle : Base { uint16 Count = 6; };
 class Last : Middle { };
@@ -58,7 +59,7 @@ class Last : Middle { };
 
 TEST(ClassDefinition, FindsMembersWithoutCase)
 {
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     const ClassDefinition& last = *classIn(repository, L"Last");
     EXPECT_EQ(last.indexOf(L"COUNT"), 1);
     EXPECT_EQ(last.indexOf(L"Nope"), -1);
@@ -72,7 +73,7 @@ TEST(ClassDefinition, FindsMembersWithoutCase)
 
 TEST(ClassDefinition, AnOverridingPropertyKnowsWhatItOverrides)
 {
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     const Property* overriding = classIn(repository, L"Middle")->findProperty(L"Count");
     ASSERT_TRUE(overriding->overridden);
     EXPECT_EQ(overriding->overridden->defaultValue.get().lVal, 5);
@@ -86,7 +87,7 @@ TEST(ClassDefinition, AnOverridingPropertyKnowsWhatItOverrides)
 
 TEST(ClassDefinition, AnInstanceStartsWithTheDefaults)
 {
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     const InstanceData data(classIn(repository, L"Middle"));
     ASSERT_EQ(data.values.size(), 2U);
     EXPECT_TRUE(data.values[0].isNull());

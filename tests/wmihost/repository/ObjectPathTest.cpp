@@ -96,7 +96,7 @@ TEST(ObjectPath, Path_isWrittenWithBackslashesAndDoubleQuotes)
     EXPECT_EQ(ObjectPath::parse(L"C='x'").relative, L"C=\"x\"");
 }
 
-constexpr const char* mof = R"(
+constexpr const char* MOF = R"(
 class Keys { [key] string Text; [key] uint32 Number; [key] boolean Flag; [key] uint64 Large; string Other; };
 class Alone { [key] string Name; };
 [singleton] class Single { string Text; };
@@ -104,7 +104,7 @@ class Alone { [key] string Name; };
 
 TEST(ObjectPath, RendersKeysInTheOrderOfTheirNames)
 {
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     InstanceData data(classIn(repository, L"Keys"));
     EXPECT_EQ(relativePath(*data.definition, data.values), std::nullopt);
     data.values = {Variant::ofText(L"t"), Variant::ofLong(-1), Variant::ofBool(true), Variant::ofText(L"5"), Variant()};
@@ -113,7 +113,7 @@ TEST(ObjectPath, RendersKeysInTheOrderOfTheirNames)
 
 TEST(ObjectPath, RendersASingleton)
 {
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     const InstanceData data(classIn(repository, L"Single"));
     EXPECT_EQ(relativePath(*data.definition, data.values), L"Single=@");
 }

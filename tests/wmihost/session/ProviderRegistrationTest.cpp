@@ -12,7 +12,7 @@ namespace {
 
 TEST(ProviderRegistration, ComesFromTheInstancesOfTheNamespace)
 {
-    const ClassRepository repository = compiled(fakeMof);
+    const ClassRepository repository = compiled(FAKE_MOF);
     const auto found = findRegistration(*repository.findNamespace(L"root\\test"), *classIn(repository, L"Fake_Thing"));
     EXPECT_EQ(found.name, L"FakeProvider");
     EXPECT_EQ(found.classId.Data1, 0x5f3c2a10U);
@@ -37,13 +37,13 @@ void expectRefusal(const char* mof, const wchar_t* className, HRESULT status, co
 
 TEST(ProviderRegistration, AClassOfAnUnregisteredProviderIsRefused)
 {
-    expectRefusal(fakeMof, L"Fake_Stray", code(WBEM_E_PROVIDER_NOT_FOUND),
+    expectRefusal(FAKE_MOF, L"Fake_Stray", code(WBEM_E_PROVIDER_NOT_FOUND),
                   "the provider AbsentProvider of the class Fake_Stray is not registered in root\\test");
 }
 
 TEST(ProviderRegistration, AClassWithoutAProviderIsRefused)
 {
-    expectRefusal(fakeMof, L"Fake_Orphan", code(WBEM_E_PROVIDER_NOT_FOUND), "the class Fake_Orphan names no provider");
+    expectRefusal(FAKE_MOF, L"Fake_Orphan", code(WBEM_E_PROVIDER_NOT_FOUND), "the class Fake_Orphan names no provider");
 }
 
 TEST(ProviderRegistration, ARegistrationWithoutAClassIdIsRefused)

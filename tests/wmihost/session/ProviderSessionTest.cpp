@@ -49,7 +49,7 @@ protected:
     }
 
     const ComApartment apartment;
-    const ClassRepository repository = compiled(fakeMof);
+    const ClassRepository repository = compiled(FAKE_MOF);
     FakeBehaviour behaviour;
     const FakeProviderScope scope{behaviour};
     const RequestOptions options;

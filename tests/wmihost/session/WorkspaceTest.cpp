@@ -20,7 +20,7 @@ protected:
     {
         auto file =
             std::filesystem::temp_directory_path() / ("workspace-" + std::to_string(GetCurrentProcessId()) + ".mof");
-        std::ofstream(file) << fakeMof << "class Pair { [key] string A; [key] string B; };\n"
+        std::ofstream(file) << FAKE_MOF << "class Pair { [key] string A; [key] string B; };\n"
                             << "#pragma namespace(\"root\\\\other\")\nclass Pair { [key] string C; };\n";
         return file;
     }

@@ -5,13 +5,13 @@
 namespace wmihost {
 namespace {
 
-const std::vector<std::wstring> classes{L"Zerix_EthernetPortStatistics", L"Zerix_EthernetPort", L"Zerix_ConcreteJob"};
+const std::vector<std::wstring> CLASSES{L"Zerix_EthernetPortStatistics", L"Zerix_EthernetPort", L"Zerix_ConcreteJob"};
 
 TEST(Suggestion, IsTheNameMostLikeTheMisspeltOne)
 {
-    EXPECT_EQ(suggestion(L"Zerix_EthernetPrt", classes), "; did you mean Zerix_EthernetPort?");
-    EXPECT_EQ(suggestion(L"zerix_ethernetport_statistics", classes), "; did you mean Zerix_EthernetPortStatistics?");
-    EXPECT_EQ(suggestion(L"Zerix_ConcretJobs", classes), "; did you mean Zerix_ConcreteJob?");
+    EXPECT_EQ(suggestion(L"Zerix_EthernetPrt", CLASSES), "; did you mean Zerix_EthernetPort?");
+    EXPECT_EQ(suggestion(L"zerix_ethernetport_statistics", CLASSES), "; did you mean Zerix_EthernetPortStatistics?");
+    EXPECT_EQ(suggestion(L"Zerix_ConcretJobs", CLASSES), "; did you mean Zerix_ConcreteJob?");
 }
 
 TEST(Suggestion, SwappedLettersAreOneMistake)
@@ -22,9 +22,9 @@ TEST(Suggestion, SwappedLettersAreOneMistake)
 
 TEST(Suggestion, APieceOfANameIsEnough)
 {
-    EXPECT_EQ(suggestion(L"ethernetport", classes), "; did you mean Zerix_EthernetPort?");
-    EXPECT_EQ(suggestion(L"job", classes), "; did you mean Zerix_ConcreteJob?");
-    EXPECT_EQ(suggestion(L"jo", classes), "");
+    EXPECT_EQ(suggestion(L"ethernetport", CLASSES), "; did you mean Zerix_EthernetPort?");
+    EXPECT_EQ(suggestion(L"job", CLASSES), "; did you mean Zerix_ConcreteJob?");
+    EXPECT_EQ(suggestion(L"jo", CLASSES), "");
 }
 
 TEST(Suggestion, OfTwoThatAreAsLikeTheFirstIsMeant)
@@ -34,11 +34,11 @@ TEST(Suggestion, OfTwoThatAreAsLikeTheFirstIsMeant)
 
 TEST(Suggestion, ThereIsNoneWhereNothingIsLike)
 {
-    EXPECT_EQ(suggestion(L"Win32_Processor", classes), "");
+    EXPECT_EQ(suggestion(L"Win32_Processor", CLASSES), "");
     // One is a third of four letters, rounded.
     EXPECT_EQ(suggestion(L"abcd", {L"abXY"}), "");
     EXPECT_EQ(suggestion(L"abcd", {L"abcX"}), "; did you mean abcX?");
-    EXPECT_EQ(suggestion(L"", classes), "");
+    EXPECT_EQ(suggestion(L"", CLASSES), "");
     EXPECT_EQ(suggestion(L"Name", {}), "");
 }
 

@@ -47,7 +47,7 @@ TEST(Table, LeavesColumnsOutThatWouldBecomeUnreadable)
 
 Table wrapping()
 {
-    Table table({{"Name"}, {.heading = "Description", .longTexts = Table::Long::wraps}});
+    Table table({{"Name"}, {.heading = "Description", .longTexts = Table::Long::WRAPS}});
     table.addRow({"eth0", "the first adapter of them all, gr\xC3\xBC\xC3\x9F"});
     table.addRow({"short", "short"});
     table.addRow({"long", "Zerix_EthernetPort.DeviceID=\"{00000004-0000}\" is one"});
@@ -81,9 +81,9 @@ TEST(Table, AColumnThatWrapsDoesSoOnlyWhereItMust)
 
 TEST(Table, withoutRoomForItsColumns_putsTheCellsBelowEachOther)
 {
-    Table table({{.heading = "Property", .longTexts = Table::Long::whole},
+    Table table({{.heading = "Property", .longTexts = Table::Long::WHOLE},
                  {"Type"},
-                 {.heading = "Description", .longTexts = Table::Long::wraps}});
+                 {.heading = "Description", .longTexts = Table::Long::WRAPS}});
     table.addRow({"ActiveMaximum", "uint64", "one two three four five six"});
     table.addRow({"Speed", "", ""});
     EXPECT_EQ(table.render(30),
@@ -92,7 +92,7 @@ TEST(Table, withoutRoomForItsColumns_putsTheCellsBelowEachOther)
               "    Description: one two three\n"
               "    four five six\n"
               "Speed\n");
-    Table pairs({{"Property"}, {.heading = "Value", .longTexts = Table::Long::wraps}});
+    Table pairs({{"Property"}, {.heading = "Value", .longTexts = Table::Long::WRAPS}});
     pairs.addRow({"A property with a long name", "and a value to go with it"});
     EXPECT_EQ(pairs.render(28), "A property with a long name\n    and a value to go with\n    it\n");
 }
@@ -114,7 +114,7 @@ TEST(Table, Number_isNeverCut)
 
 TEST(Table, Key_isNeverCutNorLeftOut)
 {
-    Table table({{"Kind"}, {.heading = "InstanceID", .longTexts = Table::Long::whole, .identifies = true}, {"Remark"}});
+    Table table({{"Kind"}, {.heading = "InstanceID", .longTexts = Table::Long::WHOLE, .identifies = true}, {"Remark"}});
     table.addRow({"port", "Vexal:{0001-4E65}", "one"});
     table.addRow({"port", "Vexal:{0002-4E65}", "two"});
     EXPECT_EQ(table.render(23),
@@ -125,7 +125,7 @@ TEST(Table, Key_isNeverCutNorLeftOut)
 
 Table references(const std::vector<std::string>& paths)
 {
-    Table table({{.heading = "Port", .longTexts = Table::Long::middle, .identifies = true}, {"Remark"}});
+    Table table({{.heading = "Port", .longTexts = Table::Long::MIDDLE, .identifies = true}, {"Remark"}});
     for (const std::string& path : paths) {
         table.addRow({path, "x"});
     }

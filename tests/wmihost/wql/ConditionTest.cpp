@@ -10,7 +10,7 @@
 namespace wmihost::wql {
 namespace {
 
-constexpr const char* mof = R"(
+constexpr const char* MOF = R"(
 class Inner { [key] string Name; uint32 Size; };
 class Special : Inner { };
 class Outer
@@ -58,7 +58,7 @@ protected:
     }
 
     const ComApartment apartment;
-    const ClassRepository repository = compiled(mof);
+    const ClassRepository repository = compiled(MOF);
     const ClassPointer definition = classIn(repository, L"Derived");
     const ComPtr<IWbemClassObject> object = instanceOf(repository, L"Derived");
 };

@@ -9,9 +9,9 @@
 namespace wmihost::wql {
 namespace {
 
-constexpr long long second = 1000000;
-constexpr long long minute = 60 * second;
-constexpr long long hour = 60 * minute;
+constexpr long long SECOND = 1000000;
+constexpr long long MINUTE = 60 * SECOND;
+constexpr long long HOUR = 60 * MINUTE;
 
 struct DateCase
 {
@@ -42,24 +42,24 @@ TEST_P(DateCases, NameAPointInTime)
     EXPECT_EQ(*point - *expected, 0);
 }
 
-constexpr const wchar_t* day = L"19320121000000.000000+000";
-constexpr const wchar_t* month = L"19320101000000.000000+000";
+constexpr const wchar_t* DAY = L"19320121000000.000000+000";
+constexpr const wchar_t* MONTH = L"19320101000000.000000+000";
 
 INSTANTIATE_TEST_SUITE_P(
     Table, DateCases,
     testing::Values(
-        DateCase{"Solid", L"19320121", day}, DateCase{"SolidWithTwoDigits", L"320121", day},
-        DateCase{"SolidMonth", L"193201", month}, DateCase{"SolidYear", L"1932", month},
+        DateCase{"Solid", L"19320121", DAY}, DateCase{"SolidWithTwoDigits", L"320121", DAY},
+        DateCase{"SolidMonth", L"193201", MONTH}, DateCase{"SolidYear", L"1932", MONTH},
         DateCase{"SolidSecond", L"19320121094500", L"19320121094500.000000+000"},
-        DateCase{"Dashes", L"1932-01-21", day}, DateCase{"MonthFirst", L"1/21/1932", day},
-        DateCase{"DayFirst", L"21.1.1932", day}, DateCase{"YearBeforeDay", L"1932/21/01", day},
-        DateCase{"YearInTheMiddle", L"01-1932-21", day}, DateCase{"YearOfTwoDigitsComesLast", L"01/21/32", day},
-        DateCase{"MonthDayYear", L"January 21, 1932", day}, DateCase{"MonthDayShortYear", L"January 21, 32", day},
-        DateCase{"ShortMonth", L"jan 21 1932", day}, DateCase{"MonthYear", L"January, 1932", month},
-        DateCase{"MonthYearDay", L"January 1932 21", day}, DateCase{"MonthShortYearDay", L"Jan 32 21", day},
-        DateCase{"DayMonthYear", L"21 January, 1932", day}, DateCase{"DayMonthWithoutGap", L"21 Jan32", day},
-        DateCase{"DayYearMonth", L"21 1932 January", day}, DateCase{"YearMonthDay", L"1932 January 21", day},
-        DateCase{"YearMonth", L"1932 Jan", month}, DateCase{"YearDayMonth", L"1932 21 January", day},
+        DateCase{"Dashes", L"1932-01-21", DAY}, DateCase{"MonthFirst", L"1/21/1932", DAY},
+        DateCase{"DayFirst", L"21.1.1932", DAY}, DateCase{"YearBeforeDay", L"1932/21/01", DAY},
+        DateCase{"YearInTheMiddle", L"01-1932-21", DAY}, DateCase{"YearOfTwoDigitsComesLast", L"01/21/32", DAY},
+        DateCase{"MonthDayYear", L"January 21, 1932", DAY}, DateCase{"MonthDayShortYear", L"January 21, 32", DAY},
+        DateCase{"ShortMonth", L"jan 21 1932", DAY}, DateCase{"MonthYear", L"January, 1932", MONTH},
+        DateCase{"MonthYearDay", L"January 1932 21", DAY}, DateCase{"MonthShortYearDay", L"Jan 32 21", DAY},
+        DateCase{"DayMonthYear", L"21 January, 1932", DAY}, DateCase{"DayMonthWithoutGap", L"21 Jan32", DAY},
+        DateCase{"DayYearMonth", L"21 1932 January", DAY}, DateCase{"YearMonthDay", L"1932 January 21", DAY},
+        DateCase{"YearMonth", L"1932 Jan", MONTH}, DateCase{"YearDayMonth", L"1932 21 January", DAY},
         DateCase{"Clock", L"1932-01-21 3:23", L"19320121032300.000000+000"},
         DateCase{"Seconds", L"21 Jan 1932 3:23:05", L"19320121032305.000000+000"},
         DateCase{"Afternoon", L"1/21/1932 3:23:00PM", L"19320121152300.000000+000"},
@@ -83,13 +83,13 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(DateConstant, Points_haveTheirDistance)
 {
     const auto between = [](const wchar_t* from, const wchar_t* to) { return *pointInTime(to) - *pointInTime(from); };
-    EXPECT_EQ(between(L"20261121", L"20261121000001"), second);
-    EXPECT_EQ(between(L"20261121000000.000000+060", L"20261121"), hour);
-    EXPECT_EQ(between(L"20261121000000.000000-060", L"20261121"), -hour);
-    EXPECT_EQ(between(L"20240228", L"20240301"), 48 * hour);
-    EXPECT_EQ(between(L"20230228", L"20230301"), 24 * hour);
-    EXPECT_EQ(between(L"19991231", L"20000101"), 24 * hour);
-    EXPECT_EQ(between(L"16010101", L"20260101"), 155228LL * 24 * hour);
+    EXPECT_EQ(between(L"20261121", L"20261121000001"), SECOND);
+    EXPECT_EQ(between(L"20261121000000.000000+060", L"20261121"), HOUR);
+    EXPECT_EQ(between(L"20261121000000.000000-060", L"20261121"), -HOUR);
+    EXPECT_EQ(between(L"20240228", L"20240301"), 48 * HOUR);
+    EXPECT_EQ(between(L"20230228", L"20230301"), 24 * HOUR);
+    EXPECT_EQ(between(L"19991231", L"20000101"), 24 * HOUR);
+    EXPECT_EQ(between(L"16010101", L"20260101"), 155228LL * 24 * HOUR);
     EXPECT_EQ(between(L"20261121000000.000001+000", L"20261121000000.000003+000"), 2);
 }
 

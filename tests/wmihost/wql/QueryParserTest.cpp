@@ -12,23 +12,23 @@ namespace {
 std::string operatorText(Operator op)
 {
     switch (op) {
-        case Operator::equal:
+        case Operator::EQUAL:
             return "=";
-        case Operator::notEqual:
+        case Operator::NOT_EQUAL:
             return "<>";
-        case Operator::less:
+        case Operator::LESS:
             return "<";
-        case Operator::lessOrEqual:
+        case Operator::LESS_OR_EQUAL:
             return "<=";
-        case Operator::greater:
+        case Operator::GREATER:
             return ">";
-        case Operator::greaterOrEqual:
+        case Operator::GREATER_OR_EQUAL:
             return ">=";
-        case Operator::like:
+        case Operator::LIKE:
             return "LIKE";
-        case Operator::isA:
+        case Operator::IS_A:
             return "ISA";
-        case Operator::isNull:
+        case Operator::IS_NULL:
             return "IS NULL";
         default:
             return "IS NOT NULL";
@@ -38,25 +38,25 @@ std::string operatorText(Operator op)
 // Writes a condition with all its parentheses.
 std::string textOf(const Condition& condition)
 {
-    if (condition.kind == Condition::Kind::comparison) {
+    if (condition.kind == Condition::Kind::COMPARISON) {
         const Comparison& comparison = condition.comparison;
         std::string text;
         for (const std::wstring& part : comparison.property) {
             text += (text.empty() ? "" : ".") + toUtf8(part);
         }
         text += " " + operatorText(comparison.op);
-        if (comparison.op != Operator::isNull && comparison.op != Operator::isNotNull) {
-            const bool isText = comparison.constant.kind == Constant::Kind::text;
+        if (comparison.op != Operator::IS_NULL && comparison.op != Operator::IS_NOT_NULL) {
+            const bool isText = comparison.constant.kind == Constant::Kind::TEXT;
             text += isText ? " '" + toUtf8(comparison.constant.text) + "'" : " " + toUtf8(comparison.constant.text);
         }
         return text;
     }
-    if (condition.kind == Condition::Kind::negation) {
+    if (condition.kind == Condition::Kind::NEGATION) {
         return "NOT (" + textOf(condition.parts.front()) + ")";
     }
     std::string text;
     for (const Condition& part : condition.parts) {
-        const char* word = condition.kind == Condition::Kind::all ? " AND " : " OR ";
+        const char* word = condition.kind == Condition::Kind::ALL ? " AND " : " OR ";
         text += (text.empty() ? "" : word) + ("(" + textOf(part) + ")");
     }
     return text;
