@@ -60,7 +60,7 @@ private:
     broker::ObjectBroker m_broker{{m_adapters, m_machine, m_storage, m_thread, m_hosts}};
 };
 
-const std::map<std::string_view, const char*> classes{{"ports", "Zerix_EthernetPort"},
+const std::map<std::string_view, const char*> CLASSES{{"ports", "Zerix_EthernetPort"},
                                                       {"endpoints", "Zerix_IPProtocolEndpoint"},
                                                       {"statistics", "Zerix_EthernetPortStatistics"},
                                                       {"associations", "Zerix_PortImplementsEndpoint"}};
@@ -140,7 +140,7 @@ int main(int argc, char** argv)
     if (argc >= 3) {
         const std::size_t elements = std::stoul(argv[2]);
         const std::string_view mode = argc > 3 ? argv[3] : "";
-        if (const auto found = classes.find(argv[1]); found != classes.end()) {
+        if (const auto found = CLASSES.find(argv[1]); found != CLASSES.end()) {
             return countAdapters(found->second, elements, mode);
         }
         if (const auto found = jobRequests.find(argv[1]); found != jobRequests.end()) {

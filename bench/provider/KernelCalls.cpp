@@ -61,7 +61,7 @@ KernelCalls::KernelCalls(const std::vector<HMODULE>& modules, Kernel kernel)
     realWait = &WaitForSingleObject;
     realReleaseMutex = &ReleaseMutex;
     realClose = &CloseHandle;
-    if (kernel == Kernel::none) {
+    if (kernel == Kernel::NONE) {
         for (const HMODULE module : modules) {
             replace(module);
         }

@@ -13,8 +13,8 @@ namespace bench {
 // of the thread's token) return at once, so that the instructions around them become visible.
 enum class Kernel
 {
-    real,
-    none
+    REAL,
+    NONE
 };
 
 // While it lives, the modules, this program's lists and the floors run on the chosen kernel. One object at a time. A

@@ -66,7 +66,7 @@ void stepKind(const RequestKind& kind, Client& client, const KernelCalls& kernel
 void stepKinds(const ProviderModule& module)
 {
     const BenchmarksBroker benchmarksBroker(module.handle());
-    const KernelCalls kernel({module.handle()}, Kernel::none);
+    const KernelCalls kernel({module.handle()}, Kernel::NONE);
     Broker broker(1);
     Client client(module, broker);
     stepKind(ENUMERATE, client, kernel);
@@ -97,7 +97,7 @@ void stepRequests()
     fillHeaps();
     stepKinds(module);
     // Lives until the process ends: the broker holds handles that were made under it and must be closed under it.
-    static const KernelCalls kernel({module.handle(), PortClient::broker()}, Kernel::none);
+    static const KernelCalls kernel({module.handle(), PortClient::broker()}, Kernel::NONE);
     PortClient client(module);
     for (const std::size_t adapters : {1, 3}) {
         client.adapters().count = adapters;

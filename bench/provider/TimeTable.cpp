@@ -32,7 +32,7 @@ Json row(const char* request, std::size_t instances, Kernel kernel, const Compar
 {
     return {{"request", request},
             {"instances", instances},
-            {"kernel", kernel == Kernel::real ? "real" : "none"},
+            {"kernel", kernel == Kernel::REAL ? "real" : "none"},
             {"callsPerRun", comparison.callsPerRun},
             {"runs", comparison.runs},
             {"nanoseconds", toJson(comparison.subject)},
@@ -62,7 +62,7 @@ Json timeRequests()
     const BenchmarksBroker benchmarksBroker(module.handle());
     const CallContext context;
     Json rows = Json::array();
-    for (const Kernel kernel : {Kernel::none, Kernel::real}) {
+    for (const Kernel kernel : {Kernel::NONE, Kernel::REAL}) {
         for (const std::size_t instances : {1, 10, 100}) {
             const KernelCalls calls({module.handle()}, kernel);
             Broker broker(instances);
@@ -87,7 +87,7 @@ Json timeCurve(const ProviderModule& module, const KernelCalls& kernel)
     for (const std::size_t instances : {50, 100, 200, 500, 1000, 2000}) {
         Broker broker(instances);
         Client client(module, broker);
-        curve.push_back(row(ENUMERATE.name, instances, Kernel::none, compareKind(ENUMERATE, client, kernel)));
+        curve.push_back(row(ENUMERATE.name, instances, Kernel::NONE, compareKind(ENUMERATE, client, kernel)));
     }
     return curve;
 }
@@ -101,7 +101,7 @@ Json timeGrowth()
     const ProviderModule module;
     const BenchmarksBroker benchmarksBroker(module.handle());
     const CallContext context;
-    const KernelCalls kernel({module.handle()}, Kernel::none);
+    const KernelCalls kernel({module.handle()}, Kernel::NONE);
     Broker manyBroker(MANY);
     Client many(module, manyBroker);
     std::int64_t peak = 0;
@@ -209,7 +209,7 @@ Json timeThreads()
     const ProviderModule module;
     const BenchmarksBroker benchmarksBroker(module.handle());
     const CallContext context;
-    const KernelCalls kernel({module.handle()}, Kernel::none);
+    const KernelCalls kernel({module.handle()}, Kernel::NONE);
     Broker broker(INSTANCES);
     Client first(module, broker);
     Client second(module, broker);
@@ -250,7 +250,7 @@ void repeatRequest(const std::string& name, double seconds)
     const ProviderModule module;
     const BenchmarksBroker benchmarksBroker(module.handle());
     const CallContext context;
-    const KernelCalls kernel({module.handle()}, Kernel::none);
+    const KernelCalls kernel({module.handle()}, Kernel::NONE);
     Broker broker(100);
     Client client(module, broker);
     constexpr std::size_t BATCH = 20;

@@ -9,11 +9,11 @@ namespace {
 SECURITY_IMPERSONATION_LEVEL levelOf(ClientToken token)
 {
     switch (token) {
-        case ClientToken::anonymous:
+        case ClientToken::ANONYMOUS:
             return SecurityAnonymous;
-        case ClientToken::identification:
+        case ClientToken::IDENTIFICATION:
             return SecurityIdentification;
-        case ClientToken::delegation:
+        case ClientToken::DELEGATION:
             return SecurityDelegation;
         default:
             return SecurityImpersonation;
@@ -59,7 +59,7 @@ CallContext::~CallContext()
 HRESULT CallContext::ImpersonateClient()
 {
     record("ImpersonateClient()");
-    if (FAILED(impersonateStatus) || m_token == ClientToken::none) {
+    if (FAILED(impersonateStatus) || m_token == ClientToken::NONE) {
         return impersonateStatus;
     }
     ScopedToken process;

@@ -7,11 +7,11 @@ namespace support {
 // The token that a thread receives while it impersonates its client.
 enum class ClientToken
 {
-    none,
-    anonymous,
-    identification,
-    impersonation,
-    delegation
+    NONE,
+    ANONYMOUS,
+    IDENTIFICATION,
+    IMPERSONATION,
+    DELEGATION
 };
 
 // While it lives, the calling thread serves a call whose client allows the given level. CoImpersonateClient gives the
@@ -21,7 +21,7 @@ enum class ClientToken
 class CallContext final : public FakeUnknown<IServerSecurity>
 {
 public:
-    explicit CallContext(CallLog& calls, ClientToken token = ClientToken::impersonation);
+    explicit CallContext(CallLog& calls, ClientToken token = ClientToken::IMPERSONATION);
     ~CallContext();
 
     // If this is a failure, ImpersonateClient returns it and sets no token.

@@ -123,9 +123,9 @@ TEST_P(LeaksTest, tenThousandRequestsLeaveEverythingWhereItWas)
 }
 
 INSTANTIATE_TEST_SUITE_P(Requests, LeaksTest,
-                         testing::Values(Scenario::enumerate, Scenario::get, Scenario::getMissing,
-                                         Scenario::getUnreadablePath, Scenario::put, Scenario::remove,
-                                         Scenario::invoke),
+                         testing::Values(Scenario::ENUMERATE, Scenario::GET, Scenario::GET_MISSING,
+                                         Scenario::GET_UNREADABLE_PATH, Scenario::PUT, Scenario::REMOVE,
+                                         Scenario::INVOKE),
                          [](const testing::TestParamInfo<Scenario>& instance) {
                              return std::string(reliability::nameOf(instance.param));
                          });

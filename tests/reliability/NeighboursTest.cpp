@@ -105,7 +105,7 @@ private:
 TEST_F(NeighboursTest, SinkThatGoesWithItsStatus_isLeftAlone)
 {
     for (const Scenario scenario :
-         {Scenario::enumerate, Scenario::get, Scenario::put, Scenario::remove, Scenario::invoke}) {
+         {Scenario::ENUMERATE, Scenario::GET, Scenario::PUT, Scenario::REMOVE, Scenario::INVOKE}) {
         Surroundings surroundings;
         std::string seen;
         surroundings.client = new LeavingSink(seen);
@@ -124,11 +124,11 @@ TEST_F(NeighboursTest, Sink_mayAskAgainWhileItIsAnswered)
     const reliability::Provider provider(m_module, outer);
     std::vector<std::string> innerAnswers;
     ReenteringSink sink(outer.calls, [&] {
-        const Outcome found = inner.request(Scenario::get, provider.get());
+        const Outcome found = inner.request(Scenario::GET, provider.get());
         innerAnswers.push_back(found.answer + found.disorder);
     });
     outer.client = &sink;
-    const Outcome found = outer.request(Scenario::enumerate, provider.get());
+    const Outcome found = outer.request(Scenario::ENUMERATE, provider.get());
     EXPECT_EQ(found.answer, "0x00000000");
     EXPECT_THAT(found.disorder, IsEmpty());
     EXPECT_THAT(innerAnswers, ElementsAre("0x00000000", "0x00000000"));

@@ -77,7 +77,7 @@ RegistrylessModule::RegistrylessModule(support::CallLog& registryCalls, Broker b
     registryLog = &registryCalls;
     keysOpen = 0;
     m_redirections = std::make_unique<Redirections>(handle());
-    if (broker == Broker::standIn) {
+    if (broker == Broker::STAND_IN) {
         useTheTestsBroker();
     }
 }

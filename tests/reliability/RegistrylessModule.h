@@ -10,8 +10,8 @@ namespace reliability {
 // Which broker the provider uses: the fake broker of the test (support::FakeBroker) or the built broker.
 enum class Broker
 {
-    standIn,
-    built
+    STAND_IN,
+    BUILT
 };
 
 // The built provider. Its registry calls for its COM entries are only recorded. One object at a time.
@@ -19,7 +19,7 @@ class RegistrylessModule : public support::ProviderModule
 {
 public:
     // Throws std::runtime_error when the module does not load.
-    explicit RegistrylessModule(support::CallLog& registryCalls, Broker broker = Broker::standIn);
+    explicit RegistrylessModule(support::CallLog& registryCalls, Broker broker = Broker::STAND_IN);
     ~RegistrylessModule();
 
     // The number of open registry keys.

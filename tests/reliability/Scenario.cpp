@@ -15,7 +15,7 @@ Outcome runRegistration(Scenario scenario, const RegistrylessModule& module, sup
     registryCalls.take();
     Outcome result;
     result.answer = answerOf(
-        [&] { return scenario == Scenario::registerServer ? module.registerServer() : module.unregisterServer(); });
+        [&] { return scenario == Scenario::REGISTER_SERVER ? module.registerServer() : module.unregisterServer(); });
     result.calls = registryCalls.take();
     if (module.openKeys() != 0) {
         result.disorder += std::to_string(module.openKeys()) + " registry keys are open; ";
@@ -28,21 +28,21 @@ Outcome runRegistration(Scenario scenario, const RegistrylessModule& module, sup
 const char* nameOf(Scenario scenario)
 {
     switch (scenario) {
-        case Scenario::enumerate:
+        case Scenario::ENUMERATE:
             return "enumerate";
-        case Scenario::get:
+        case Scenario::GET:
             return "get";
-        case Scenario::getMissing:
+        case Scenario::GET_MISSING:
             return "getMissing";
-        case Scenario::getUnreadablePath:
+        case Scenario::GET_UNREADABLE_PATH:
             return "getUnreadablePath";
-        case Scenario::put:
+        case Scenario::PUT:
             return "put";
-        case Scenario::remove:
+        case Scenario::REMOVE:
             return "remove";
-        case Scenario::invoke:
+        case Scenario::INVOKE:
             return "invoke";
-        case Scenario::registerServer:
+        case Scenario::REGISTER_SERVER:
             return "registerServer";
         default:
             return "unregisterServer";
@@ -56,13 +56,13 @@ void PrintTo(Scenario scenario, std::ostream* out)
 
 bool letsExceptionsOut(Scenario scenario)
 {
-    return scenario == Scenario::enumerate || scenario == Scenario::put || scenario == Scenario::remove;
+    return scenario == Scenario::ENUMERATE || scenario == Scenario::PUT || scenario == Scenario::REMOVE;
 }
 
 bool readsArgumentsFirst(Scenario scenario)
 {
-    return scenario == Scenario::get || scenario == Scenario::getMissing || scenario == Scenario::getUnreadablePath ||
-           scenario == Scenario::invoke;
+    return scenario == Scenario::GET || scenario == Scenario::GET_MISSING ||
+           scenario == Scenario::GET_UNREADABLE_PATH || scenario == Scenario::INVOKE;
 }
 
 std::vector<std::string> Outcome::reports() const
@@ -75,7 +75,7 @@ std::vector<std::string> Outcome::reports() const
 
 Outcome run(Scenario scenario, const RegistrylessModule& module, support::CallLog& registryCalls)
 {
-    if (scenario == Scenario::registerServer || scenario == Scenario::unregisterServer) {
+    if (scenario == Scenario::REGISTER_SERVER || scenario == Scenario::UNREGISTER_SERVER) {
         return runRegistration(scenario, module, registryCalls);
     }
     Surroundings surroundings;

@@ -11,15 +11,15 @@ namespace reliability {
 // The requests that a client of the provider makes, each from the class factory to the last release.
 enum class Scenario
 {
-    enumerate,
-    get,
-    getMissing,
-    getUnreadablePath,
-    put,
-    remove,
-    invoke,
-    registerServer,
-    unregisterServer
+    ENUMERATE,
+    GET,
+    GET_MISSING,
+    GET_UNREADABLE_PATH,
+    PUT,
+    REMOVE,
+    INVOKE,
+    REGISTER_SERVER,
+    UNREGISTER_SERVER
 };
 
 const char* nameOf(Scenario scenario);

@@ -45,7 +45,7 @@ TEST(SecuritySettingsTest, IdentityWithoutRights_changesNothing)
     const support::LogCapture log(1);
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     support::CallLog registryCalls;
-    const reliability::RegistrylessModule module(registryCalls, reliability::Broker::built);
+    const reliability::RegistrylessModule module(registryCalls, reliability::Broker::BUILT);
     const HMODULE broker = GetModuleHandleA("ZerixCimCore.dll");
     const std::string before = storedPeriod();
 
@@ -59,7 +59,7 @@ TEST(SecuritySettingsTest, IdentityWithoutRights_changesNothing)
     value.vt = VT_I4;
     value.lVal = 4321;
     setting.add("SamplePeriodMilliseconds", value, CIM_UINT16);
-    const Outcome found = surroundings.request(Scenario::put, provider.get(), setting);
+    const Outcome found = surroundings.request(Scenario::PUT, provider.get(), setting);
     EXPECT_EQ(found.answer, "0x80041003");
     EXPECT_THAT(found.reports(), ElementsAre("sink.SetStatus(0, 0x80041003, null, null)"));
     EXPECT_THAT(found.disorder, IsEmpty());

@@ -64,16 +64,16 @@ HRESULT Surroundings::send(Scenario scenario, IWbemServices* provider, IWbemClas
     const utils::ScopedBstr jobPathText(jobPath);
     const utils::ScopedBstr methodName(method);
     switch (scenario) {
-        case Scenario::enumerate:
+        case Scenario::ENUMERATE:
             return provider->CreateInstanceEnumAsync(classText.get(), 0, &context, client);
-        case Scenario::get:
-        case Scenario::getMissing:
+        case Scenario::GET:
+        case Scenario::GET_MISSING:
             return provider->GetObjectAsync(pathText.get(), 0, &context, client);
-        case Scenario::getUnreadablePath:
+        case Scenario::GET_UNREADABLE_PATH:
             return provider->GetObjectAsync(unreadable.get(), 0, &context, client);
-        case Scenario::put:
+        case Scenario::PUT:
             return provider->PutInstanceAsync(given, WBEM_FLAG_UPDATE_ONLY, &context, client);
-        case Scenario::remove:
+        case Scenario::REMOVE:
             return provider->DeleteInstanceAsync(jobPathText.get(), 0, &context, client);
         default:
             return provider->ExecMethodAsync(pathText.get(), methodName.get(), 0, &context, given, client);
@@ -82,16 +82,16 @@ HRESULT Surroundings::send(Scenario scenario, IWbemServices* provider, IWbemClas
 
 Outcome Surroundings::request(Scenario scenario, IWbemServices* provider)
 {
-    return request(scenario, provider, scenario == Scenario::put ? object : inputs);
+    return request(scenario, provider, scenario == Scenario::PUT ? object : inputs);
 }
 
 Outcome Surroundings::request(Scenario scenario, IWbemServices* provider, support::FakeClassObject& given)
 {
     Outcome result;
     const auto find = broker.onFind;
-    if (scenario == Scenario::getMissing) {
+    if (scenario == Scenario::GET_MISSING) {
         broker.onFind = nullptr;
-    } else if (scenario == Scenario::remove && find) {
+    } else if (scenario == Scenario::REMOVE && find) {
         broker.onFind = [this, find] {
             find();
             return &job;
@@ -111,7 +111,7 @@ Outcome Surroundings::request(Scenario scenario, IWbemServices* provider, suppor
     if (references != 0) {
         result.disorder += std::to_string(references) + " references are held; ";
     }
-    if (scenario == Scenario::remove && result.answer == support::hex(S_OK) && removed != nullptr &&
+    if (scenario == Scenario::REMOVE && result.answer == support::hex(S_OK) && removed != nullptr &&
         !removed->isMarkedForDeletion())
     {
         result.disorder += "the job is not marked; ";

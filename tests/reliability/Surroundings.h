@@ -50,7 +50,7 @@ public:
     // The object that a successful removal must have marked. Null when another broker answers.
     core::CimInstance* removed = &job;
     // The impersonation level that the client allows.
-    support::ClientToken token = support::ClientToken::impersonation;
+    support::ClientToken token = support::ClientToken::IMPERSONATION;
     // The sink of the requests. The default is the sink above.
     IWbemObjectSink* client = &sink;
 

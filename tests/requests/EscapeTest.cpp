@@ -25,27 +25,27 @@ constexpr int TIMES = 1000;
 
 enum class Kind
 {
-    ownFamily,
-    badAlloc,
-    comError,
-    syntaxError
+    OWN_FAMILY,
+    BAD_ALLOC,
+    COM_ERROR,
+    SYNTAX_ERROR
 };
 
 enum class Request
 {
-    enumerate,
-    put,
-    remove
+    ENUMERATE,
+    PUT,
+    REMOVE
 };
 
 const char* nameOf(Kind kind)
 {
     switch (kind) {
-        case Kind::ownFamily:
+        case Kind::OWN_FAMILY:
             return "ownFamily";
-        case Kind::badAlloc:
+        case Kind::BAD_ALLOC:
             return "badAlloc";
-        case Kind::comError:
+        case Kind::COM_ERROR:
             return "comError";
         default:
             return "syntaxError";
@@ -55,9 +55,9 @@ const char* nameOf(Kind kind)
 const char* nameOf(Request request)
 {
     switch (request) {
-        case Request::enumerate:
+        case Request::ENUMERATE:
             return "enumerate";
-        case Request::put:
+        case Request::PUT:
             return "put";
         default:
             return "remove";
@@ -67,11 +67,11 @@ const char* nameOf(Request request)
 [[noreturn]] void throwOf(Kind kind)
 {
     switch (kind) {
-        case Kind::ownFamily:
+        case Kind::OWN_FAMILY:
             throw utils::Exception(std::string("a text that is too long to be kept without a block of memory"));
-        case Kind::badAlloc:
+        case Kind::BAD_ALLOC:
             throw std::bad_alloc();
-        case Kind::comError:
+        case Kind::COM_ERROR:
             throw _com_error(E_OUTOFMEMORY);
         default:
             core::CimPath("Zerix_ConcreteJob=\"x\"");
@@ -157,14 +157,14 @@ protected:
         object.onGet = [kind] { throwOf(kind); };
         // A deletion turns a failure of the broker into a status. Only an invalid path lets an exception leave it.
         broker.onFind = [kind]() -> core::CimInstance* { throwOf(kind); };
-        *path.out() = utils::toBstr(kind == Kind::ownFamily     ? ""
-                                    : kind == Kind::syntaxError ? "Zerix_ConcreteJob=\"x\""
-                                                                : JOB_PATH);
+        *path.out() = utils::toBstr(kind == Kind::OWN_FAMILY     ? ""
+                                    : kind == Kind::SYNTAX_ERROR ? "Zerix_ConcreteJob=\"x\""
+                                                                 : JOB_PATH);
     }
 
     void arrangeWatched()
     {
-        request = Request::enumerate;
+        request = Request::ENUMERATE;
         broker.onGetInstances = []() -> utils::SafeList<core::CimInstance*> { throw Watched(); };
     }
 
@@ -173,9 +173,9 @@ protected:
     {
         auto& self = *static_cast<EscapeTest*>(test);
         switch (self.request) {
-            case Request::enumerate:
+            case Request::ENUMERATE:
                 return self.provider->CreateInstanceEnumAsync(self.className.get(), 0, &self.context, &self.sink);
-            case Request::put:
+            case Request::PUT:
                 return self.provider->PutInstanceAsync(&self.object, WBEM_FLAG_UPDATE_ONLY, &self.context, &self.sink);
             default:
                 return self.provider->DeleteInstanceAsync(self.path.get(), 0, &self.context, &self.sink);
@@ -231,7 +231,7 @@ protected:
         log.clear();
     }
 
-    Request request = Request::enumerate;
+    Request request = Request::ENUMERATE;
     long answer = 0;
     utils::ScopedBstr className{"Zerix_EthernetPort"};
     utils::ScopedBstr path;
@@ -284,8 +284,8 @@ TEST_P(EveryEscapeTest, CppHost_catchesEachByType_andNothingIsLeft)
 std::vector<Escape> everyEscape()
 {
     std::vector<Escape> all;
-    for (const Request request : {Request::enumerate, Request::put, Request::remove}) {
-        for (const Kind kind : {Kind::ownFamily, Kind::badAlloc, Kind::comError, Kind::syntaxError}) {
+    for (const Request request : {Request::ENUMERATE, Request::PUT, Request::REMOVE}) {
+        for (const Kind kind : {Kind::OWN_FAMILY, Kind::BAD_ALLOC, Kind::COM_ERROR, Kind::SYNTAX_ERROR}) {
             all.push_back({request, kind});
         }
     }
@@ -301,7 +301,7 @@ TEST_F(EscapeTest, ThreadsEnd_freesWhatItsHostDidNotCatchByType)
 {
     std::thread([this] {
         const ComApartment ofThread;
-        const support::CallContext callOfThread(calls, support::ClientToken::impersonation);
+        const support::CallContext callOfThread(calls, support::ClientToken::IMPERSONATION);
         arrangeWatched();
         EXPECT_EQ(guarded(), CPP_EXCEPTION);
     }).join();
@@ -377,8 +377,8 @@ TEST_F(EscapeTest, WithoutRoomInTheSlot_exceptionsStillLeave)
     // On a separate thread, because the run time never learns that this exception was handled.
     std::thread([this] {
         const ComApartment ofThread;
-        const support::CallContext callOfThread(calls, support::ClientToken::impersonation);
-        arrange(Request::enumerate, Kind::ownFamily);
+        const support::CallContext callOfThread(calls, support::ClientToken::IMPERSONATION);
+        arrange(Request::ENUMERATE, Kind::OWN_FAMILY);
         EXPECT_EQ(guarded(), CPP_EXCEPTION);
     }).join();
     EXPECT_EQ(caught(), "ownFamily");
@@ -391,10 +391,10 @@ TEST_F(EscapeTest, WithoutRoomInTheSlot_exceptionsStillLeave)
 TEST_F(EscapeTest, SinkThatThrowsAtARefusal_endsNothing)
 {
     call.reset();
-    call.emplace(calls, support::ClientToken::identification);
+    call.emplace(calls, support::ClientToken::IDENTIFICATION);
     sink.onStatus = [] { throw Watched(); };
-    for (const Request asked : {Request::enumerate, Request::put, Request::remove}) {
-        arrange(asked, Kind::badAlloc);
+    for (const Request asked : {Request::ENUMERATE, Request::PUT, Request::REMOVE}) {
+        arrange(asked, Kind::BAD_ALLOC);
         EXPECT_EQ(callGuarded(&EscapeTest::send, this, &answer), CPP_EXCEPTION) << nameOf(asked);
         EXPECT_EQ(calls.take(), (support::Lines{"call.ImpersonateClient()", "sink.SetStatus(0, 0x80041003, null, null)",
                                                 "call.RevertToSelf()"}));

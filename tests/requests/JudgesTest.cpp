@@ -210,12 +210,12 @@ TEST_F(LiveJudgesTest, PlatformsAdapters_haveTheSameAddresses)
 
 TEST_F(LiveJudgesTest, ThePlatformsAddressesBelongToTheSameAdapters)
 {
-    constexpr ULONG flags =
+    constexpr ULONG FLAGS =
         GAA_FLAG_SKIP_UNICAST | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
     ULONG size = 0;
-    ASSERT_EQ(GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, nullptr, &size), ULONG{ERROR_BUFFER_OVERFLOW});
+    ASSERT_EQ(GetAdaptersAddresses(AF_UNSPEC, FLAGS, nullptr, nullptr, &size), ULONG{ERROR_BUFFER_OVERFLOW});
     std::vector<IP_ADAPTER_ADDRESSES> buffer(size / sizeof(IP_ADAPTER_ADDRESSES) + 1);
-    ASSERT_EQ(GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, buffer.data(), &size), ULONG{NO_ERROR});
+    ASSERT_EQ(GetAdaptersAddresses(AF_UNSPEC, FLAGS, nullptr, buffer.data(), &size), ULONG{NO_ERROR});
     std::set<std::wstring> expected;
     for (const IP_ADAPTER_ADDRESSES* one = buffer.data(); one != nullptr; one = one->Next) {
         if (one->IfType != IF_TYPE_SOFTWARE_LOOPBACK) {

@@ -292,7 +292,7 @@ const std::vector<Scenario>& scenarios()
         {"denied",
          [](R& r) {
              r.call.reset();
-             r.call.emplace(r.calls, support::ClientToken::identification);
+             r.call.emplace(r.calls, support::ClientToken::IDENTIFICATION);
              r.start();
              r.record([&] { return r.enumerate(); });
          }},

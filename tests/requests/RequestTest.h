@@ -142,7 +142,7 @@ public:
     support::FakeClassObject object{calls, "object"};
     core::CimInstance instance{"Zerix_EthernetPort"};
     core::CimInstance job{"Zerix_ConcreteJob"};
-    std::optional<support::CallContext> call{std::in_place, calls, support::ClientToken::impersonation};
+    std::optional<support::CallContext> call{std::in_place, calls, support::ClientToken::IMPERSONATION};
     utils::ComReference<IWbemServices> provider;
 };
 

@@ -212,16 +212,16 @@ constexpr Failure FAILURES[] = {
          r.broker.onInvoke = nullptr;
      }},
     // The client.
-    {"the client is anonymous", [](TriedRequest& r) { giveClient(r, support::ClientToken::anonymous); }},
-    {"the client allows identification", [](TriedRequest& r) { giveClient(r, support::ClientToken::identification); }},
-    {"the client allows delegation", [](TriedRequest& r) { giveClient(r, support::ClientToken::delegation); }},
-    {"the client has no token", [](TriedRequest& r) { giveClient(r, support::ClientToken::none); }},
+    {"the client is anonymous", [](TriedRequest& r) { giveClient(r, support::ClientToken::ANONYMOUS); }},
+    {"the client allows identification", [](TriedRequest& r) { giveClient(r, support::ClientToken::IDENTIFICATION); }},
+    {"the client allows delegation", [](TriedRequest& r) { giveClient(r, support::ClientToken::DELEGATION); }},
+    {"the client has no token", [](TriedRequest& r) { giveClient(r, support::ClientToken::NONE); }},
     {"the client cannot be impersonated",
      [](TriedRequest& r) { r.call->impersonateStatus = HRESULT_FROM_WIN32(ERROR_CANNOT_IMPERSONATE); }},
     {"there is no call", [](TriedRequest& r) { r.call.reset(); }},
     {"identification and no sink",
      [](TriedRequest& r) {
-         giveClient(r, support::ClientToken::identification);
+         giveClient(r, support::ClientToken::IDENTIFICATION);
          r.to = nullptr;
      }},
     // The arguments.

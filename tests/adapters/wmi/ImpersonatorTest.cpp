@@ -74,20 +74,20 @@ protected:
 
 TEST_F(ImpersonatorTest, Client_isActedForFromImpersonationOn)
 {
-    EXPECT_EQ(impersonate(ClientToken::impersonation), GRANTED);
-    EXPECT_EQ(impersonate(ClientToken::delegation), GRANTED);
-    EXPECT_EQ(impersonate(ClientToken::identification), denied(2));
-    EXPECT_EQ(impersonate(ClientToken::anonymous), denied(1));
+    EXPECT_EQ(impersonate(ClientToken::IMPERSONATION), GRANTED);
+    EXPECT_EQ(impersonate(ClientToken::DELEGATION), GRANTED);
+    EXPECT_EQ(impersonate(ClientToken::IDENTIFICATION), denied(2));
+    EXPECT_EQ(impersonate(ClientToken::ANONYMOUS), denied(1));
 }
 
 TEST_F(ImpersonatorTest, WithoutAToken_theProcessIsTrusted)
 {
-    EXPECT_EQ(impersonate(ClientToken::none), GRANTED);
+    EXPECT_EQ(impersonate(ClientToken::NONE), GRANTED);
 }
 
 TEST_F(ImpersonatorTest, Token_isCarriedUntilTheEnd)
 {
-    const CallContext call(calls, ClientToken::impersonation);
+    const CallContext call(calls, ClientToken::IMPERSONATION);
     {
         const Impersonator impersonator(&sink);
         EXPECT_TRUE(support::threadHasToken());
@@ -97,7 +97,7 @@ TEST_F(ImpersonatorTest, Token_isCarriedUntilTheEnd)
 
 TEST_F(ImpersonatorTest, Sink_isNeededForTheReportAlone)
 {
-    CallContext call(calls, ClientToken::identification);
+    CallContext call(calls, ClientToken::IDENTIFICATION);
     EXPECT_FALSE(Impersonator(nullptr).succeeded());
     call.impersonateStatus = E_ACCESSDENIED;
     EXPECT_FALSE(Impersonator(nullptr).succeeded());
@@ -105,7 +105,7 @@ TEST_F(ImpersonatorTest, Sink_isNeededForTheReportAlone)
 
 TEST_F(ImpersonatorTest, SinkThatThrows_givesTheIdentityBack)
 {
-    const CallContext call(calls, ClientToken::identification);
+    const CallContext call(calls, ClientToken::IDENTIFICATION);
     sink.onStatus = [] { throw 7; };
     EXPECT_THROW(const Impersonator impersonator(&sink), int);
     EXPECT_FALSE(support::threadHasToken());
@@ -124,7 +124,7 @@ BOOL WINAPI openFails(HANDLE, DWORD access, BOOL openAsSelf, PHANDLE)
 
 TEST_F(ImpersonatorTest, UnopenableToken_isTrustedOnlyWhenMissing)
 {
-    const CallContext call(calls, ClientToken::none);
+    const CallContext call(calls, ClientToken::NONE);
     const ImportHook hook("OpenThreadToken", &openFails);
     for (const auto& [error, succeeds] :
          std::vector<std::pair<DWORD, bool>>{{1008, true}, {1309, true}, {5, false}, {1347, false}, {6, false}})
@@ -168,13 +168,13 @@ TEST_F(ImpersonatorTest, UnknownTokenLevel_isAnonymous)
          std::vector<std::pair<DWORD, int>>{{0, 1}, {1, 2}, {2, 3}, {3, 4}, {4, 1}, {4294967295U, 1}})
     {
         tokenLevel = level;
-        EXPECT_EQ(impersonate(ClientToken::impersonation), number >= 3 ? GRANTED : denied(number)) << level;
+        EXPECT_EQ(impersonate(ClientToken::IMPERSONATION), number >= 3 ? GRANTED : denied(number)) << level;
     }
 }
 
 TEST_F(ImpersonatorTest, UnreadableToken_isAnonymousAndClosed)
 {
-    const CallContext call(calls, ClientToken::impersonation);
+    const CallContext call(calls, ClientToken::IMPERSONATION);
     const ImportHook hook("GetTokenInformation", &giveLevel);
     levelIsKnown = false;
     std::optional<Impersonator> impersonator;

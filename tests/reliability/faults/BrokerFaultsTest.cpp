@@ -74,23 +74,23 @@ void PrintTo(const Request& request, std::ostream* out)
     *out << request.name;
 }
 
-constexpr Request LIST_PORTS{"listPorts", Scenario::enumerate, "Zerix_EthernetPort", "", "", nullptr, 0, false};
+constexpr Request LIST_PORTS{"listPorts", Scenario::ENUMERATE, "Zerix_EthernetPort", "", "", nullptr, 0, false};
 
 constexpr std::array REQUESTS{
     LIST_PORTS,
-    Request{"listConnections", Scenario::enumerate, "Zerix_PortImplementsEndpoint", "", "", nullptr, 0, false},
-    Request{"listJobs", Scenario::enumerate, "Zerix_ConcreteJob", "", "", nullptr, 0, true},
-    Request{"getPort", Scenario::get, "Zerix_EthernetPort", "", "", nullptr, 0, false},
-    Request{"getSetting", Scenario::get, "Zerix_DiagnosticSetting", SETTING_PATH, "", nullptr, 0, false},
-    Request{"getMissing", Scenario::get, "Zerix_ConcreteJob", "Zerix_ConcreteJob.InstanceID=\"none\"", "", nullptr, 0,
+    Request{"listConnections", Scenario::ENUMERATE, "Zerix_PortImplementsEndpoint", "", "", nullptr, 0, false},
+    Request{"listJobs", Scenario::ENUMERATE, "Zerix_ConcreteJob", "", "", nullptr, 0, true},
+    Request{"getPort", Scenario::GET, "Zerix_EthernetPort", "", "", nullptr, 0, false},
+    Request{"getSetting", Scenario::GET, "Zerix_DiagnosticSetting", SETTING_PATH, "", nullptr, 0, false},
+    Request{"getMissing", Scenario::GET, "Zerix_ConcreteJob", "Zerix_ConcreteJob.InstanceID=\"none\"", "", nullptr, 0,
             false},
-    Request{"changeSetting", Scenario::put, "Zerix_DiagnosticSetting", SETTING_PATH, "", "SamplePeriodMilliseconds", 20,
+    Request{"changeSetting", Scenario::PUT, "Zerix_DiagnosticSetting", SETTING_PATH, "", "SamplePeriodMilliseconds", 20,
             false},
-    Request{"deleteJob", Scenario::remove, "Zerix_ConcreteJob", "Zerix_ConcreteJob.InstanceID=\"Vexal:Job:1-1\"", "",
+    Request{"deleteJob", Scenario::REMOVE, "Zerix_ConcreteJob", "Zerix_ConcreteJob.InstanceID=\"Vexal:Job:1-1\"", "",
             nullptr, 0, true},
-    Request{"startDiagnostic", Scenario::invoke, "Zerix_EthernetPort", "", "RunLinkDiagnostic", nullptr, 0, false},
-    Request{"enablePort", Scenario::invoke, "Zerix_EthernetPort", "", "RequestStateChange", "RequestedState", 2, false},
-    Request{"restoreDefaults", Scenario::invoke, "Zerix_DiagnosticSetting", SETTING_PATH, "RestoreDefaults", nullptr, 0,
+    Request{"startDiagnostic", Scenario::INVOKE, "Zerix_EthernetPort", "", "RunLinkDiagnostic", nullptr, 0, false},
+    Request{"enablePort", Scenario::INVOKE, "Zerix_EthernetPort", "", "RequestStateChange", "RequestedState", 2, false},
+    Request{"restoreDefaults", Scenario::INVOKE, "Zerix_DiagnosticSetting", SETTING_PATH, "RestoreDefaults", nullptr, 0,
             false},
 };
 
@@ -159,14 +159,14 @@ std::string firstPortPath()
 // While the modules are loaded, during the request, or while the modules are unloaded after it.
 enum class Phase
 {
-    load,
-    request,
-    unload
+    LOAD,
+    REQUEST,
+    UNLOAD
 };
 
 std::string textOf(Phase phase)
 {
-    return phase == Phase::load ? "load before " : phase == Phase::request ? "" : "unload after ";
+    return phase == Phase::LOAD ? "load before " : phase == Phase::REQUEST ? "" : "unload after ";
 }
 
 struct Attempt
@@ -206,33 +206,33 @@ protected:
                                                    if (point != nullptr) {
                                                        fault.emplace(*point, failing);
                                                    }
-                                                   if (fault && phase == Phase::load) {
+                                                   if (fault && phase == Phase::LOAD) {
                                                        fault->arm(call);
                                                    }
                                                });
-            module.emplace(registryCalls, reliability::Broker::built);
+            module.emplace(registryCalls, reliability::Broker::BUILT);
             watch.rethrow();
         }
-        if (fault && phase == Phase::load) {
+        if (fault && phase == Phase::LOAD) {
             fault->disarm();
         }
         const std::array modules{module->handle(), brokerModule()};
         std::for_each(modules.begin(), modules.end(), support::captureModule);
-        if (fault && phase == Phase::request) {
+        if (fault && phase == Phase::REQUEST) {
             fault->arm(call);
         }
         result.disturbed = ask(request, m_portPath, *module);
-        if (request.scenario == Scenario::invoke) {
+        if (request.scenario == Scenario::INVOKE) {
             // The calls of the diagnostic's thread are part of the request.
             Sleep(25);
         }
-        if (fault && phase == Phase::request) {
+        if (fault && phase == Phase::REQUEST) {
             fault->disarm();
         }
         result.next = ask(request.uses ? LIST_PORTS : request, m_portPath, *module);
         std::for_each(modules.begin(), modules.end(), support::releaseModule);
         memory->releaseModule();
-        if (fault && phase == Phase::unload) {
+        if (fault && phase == Phase::UNLOAD) {
             fault->arm(call);
         }
         if (fault) {
@@ -295,7 +295,7 @@ private:
         Row row;
         row.calls = attempt(request, phase, ofBroker, &point, -1).calls;
         constexpr int SAMPLE = 4;
-        const int step = reliability::everyCall() || phase == Phase::load ? 1 : std::max(1, row.calls / SAMPLE);
+        const int step = reliability::everyCall() || phase == Phase::LOAD ? 1 : std::max(1, row.calls / SAMPLE);
         for (int call = 1;; call += step) {
             Attempt found = attempt(request, phase, ofBroker, &point, call);
             if (!found.leaks.empty()) {
@@ -327,7 +327,7 @@ TEST_P(BrokerFaultsTest, FailingCall_leavesNothingBehind)
 {
     ASSERT_FALSE(m_portPath.empty()) << "this machine has no adapter";
     std::ofstream table(std::string(ZERIX_TABLES) + "/broker-faults-" + GetParam().name + ".md");
-    failEveryCall(GetParam(), Phase::request, true, table);
+    failEveryCall(GetParam(), Phase::REQUEST, true, table);
 }
 
 INSTANTIATE_TEST_SUITE_P(Requests, BrokerFaultsTest, testing::ValuesIn(REQUESTS),
@@ -345,8 +345,8 @@ protected:
 TEST_P(LoadFaultsTest, FailingCall_atLoading_isSurvived)
 {
     std::ofstream table(std::string(ZERIX_TABLES) + "/load-faults-" + std::to_string(GetParam()) + ".md");
-    failEveryCall(LIST_PORTS, Phase::load, true, table);
-    failEveryCall(LIST_PORTS, Phase::load, false, table);
+    failEveryCall(LIST_PORTS, Phase::LOAD, true, table);
+    failEveryCall(LIST_PORTS, Phase::LOAD, false, table);
 }
 
 INSTANTIATE_TEST_SUITE_P(LogLevels, LoadFaultsTest, testing::Values(1, 2));
@@ -358,8 +358,8 @@ class UnloadFaultsTest : public BrokerFaults, public testing::WithParamInterface
 TEST_P(UnloadFaultsTest, FailingCall_atUnloading_leavesNothing)
 {
     std::ofstream table(std::string(ZERIX_TABLES) + "/unload-faults-" + GetParam().name + ".md");
-    failEveryCall(GetParam(), Phase::unload, true, table);
-    failEveryCall(GetParam(), Phase::unload, false, table);
+    failEveryCall(GetParam(), Phase::UNLOAD, true, table);
+    failEveryCall(GetParam(), Phase::UNLOAD, false, table);
 }
 
 // The end leaves a list of instances, marked jobs, and a thread that has just ended.

@@ -22,7 +22,7 @@ std::vector<std::string> finalStatus(const std::string& status)
 // The answer of a machine that lacks the data of the failing call.
 bool isNotThere(Scenario scenario, const Outcome& normal, const Outcome& found)
 {
-    if (scenario != Scenario::enumerate) {
+    if (scenario != Scenario::ENUMERATE) {
         return found.answer == NOT_FOUND && found.reports() == finalStatus(NOT_FOUND);
     }
     const std::vector<std::string> reports = found.reports();
@@ -51,12 +51,12 @@ std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& 
     if (may(Effect::NOT_THERE) && isNotThere(scenario, normal, found)) {
         return "not there";
     }
-    if (may(Effect::FORBIDDEN) && scenario == Scenario::put && found.answer == FORBIDDEN_ANSWER &&
+    if (may(Effect::FORBIDDEN) && scenario == Scenario::PUT && found.answer == FORBIDDEN_ANSWER &&
         found.reports() == finalStatus(FORBIDDEN_ANSWER))
     {
         return "forbidden";
     }
-    const bool registration = scenario == Scenario::registerServer || scenario == Scenario::unregisterServer;
+    const bool registration = scenario == Scenario::REGISTER_SERVER || scenario == Scenario::UNREGISTER_SERVER;
     if (registration) {
         if (may(Effect::REGISTRATION_FAILED) && found.answer == "0x80004005") {
             return "E_FAIL";
@@ -77,12 +77,12 @@ std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& 
             return text;
         }
         // An update turns some exceptions into a status: the broker reads the values through the provider's code.
-        const bool mayBeCaught = !reliability::letsExceptionsOut(scenario) || scenario == Scenario::put;
+        const bool mayBeCaught = !reliability::letsExceptionsOut(scenario) || scenario == Scenario::PUT;
         if (found.answer == FAILED && found.reports() == finalStatus(FAILED) && mayBeCaught) {
             return "WBEM_E_FAILED";
         }
         // A removal recognises only a few exceptions of a broker by their types.
-        if (effect == Effect::EXCEPTION && scenario == Scenario::remove && found.answer == UNEXPECTED &&
+        if (effect == Effect::EXCEPTION && scenario == Scenario::REMOVE && found.answer == UNEXPECTED &&
             found.reports() == finalStatus(UNEXPECTED))
         {
             return "WBEM_E_UNEXPECTED";

@@ -137,9 +137,9 @@ TEST_P(FaultsTest, memoryMayRunOutWhileDebugLinesAreWritten)
 }
 
 INSTANTIATE_TEST_SUITE_P(Requests, FaultsTest,
-                         testing::Values(Scenario::enumerate, Scenario::get, Scenario::getMissing,
-                                         Scenario::getUnreadablePath, Scenario::put, Scenario::remove, Scenario::invoke,
-                                         Scenario::registerServer, Scenario::unregisterServer),
+                         testing::Values(Scenario::ENUMERATE, Scenario::GET, Scenario::GET_MISSING,
+                                         Scenario::GET_UNREADABLE_PATH, Scenario::PUT, Scenario::REMOVE,
+                                         Scenario::INVOKE, Scenario::REGISTER_SERVER, Scenario::UNREGISTER_SERVER),
                          [](const testing::TestParamInfo<Scenario>& instance) {
                              return std::string(reliability::nameOf(instance.param));
                          });

@@ -28,9 +28,9 @@ const std::set<std::string>& possible(Scenario scenario)
     static const std::set<std::string> changing{"0x00000000", "threw utils::Exception", "threw _com_error"};
     static const std::set<std::string> removing{"0x00000000", "0x8004100C", "threw utils::Exception"};
     switch (scenario) {
-        case Scenario::put:
+        case Scenario::PUT:
             return changing;
-        case Scenario::remove:
+        case Scenario::REMOVE:
             return removing;
         default:
             return reading;
@@ -55,9 +55,9 @@ TEST(HostileTest, nonsenseHasADefinedAnswerAndLeavesNothing)
     reliability::ModuleMemory memory(module.handle());
     reliability::Surroundings surroundings;
     const reliability::Provider provider(module, surroundings);
-    surroundings.request(Scenario::invoke, provider.get());
-    surroundings.request(Scenario::put, provider.get());
-    surroundings.request(Scenario::remove, provider.get());
+    surroundings.request(Scenario::INVOKE, provider.get());
+    surroundings.request(Scenario::PUT, provider.get());
+    surroundings.request(Scenario::REMOVE, provider.get());
 
     const char* const seedText = std::getenv("ZERIX_SEED");
     const unsigned seed = seedText == nullptr ? 1 : static_cast<unsigned>(std::atoi(seedText));
@@ -66,14 +66,14 @@ TEST(HostileTest, nonsenseHasADefinedAnswerAndLeavesNothing)
     std::map<std::string, std::size_t> answers;
     const auto end = std::chrono::steady_clock::now() + reliability::runTime();
     while (std::chrono::steady_clock::now() < end) {
-        constexpr std::array<Scenario, 4> scenarios{Scenario::get, Scenario::put, Scenario::remove, Scenario::invoke};
-        const Scenario scenario = scenarios[random.below(scenarios.size())];
+        constexpr std::array<Scenario, 4> SCENARIOS{Scenario::GET, Scenario::PUT, Scenario::REMOVE, Scenario::INVOKE};
+        const Scenario scenario = SCENARIOS[random.below(SCENARIOS.size())];
         const std::size_t blocks = memory.live();
         const int comBlocks = comMemory.live();
         {
             support::FakeClassObject object(surroundings.calls, "Hostile");
             fill(object, random);
-            if (scenario == Scenario::put) {
+            if (scenario == Scenario::PUT) {
                 *object.path.address() =
                     random.below(4) == 0 ? random.value()
                                          : samples::bstr(random.below(3) == 0 ? random.path() : reliability::PORT_PATH);
