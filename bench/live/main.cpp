@@ -72,8 +72,7 @@ ComPtr<IWbemServices> platformServices()
     ComPtr<IWbemLocator> locator;
     ComPtr<IWbemServices> services;
     const BSTR name = SysAllocString(L"ROOT\\CIMV2");
-    HRESULT hr = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                                  reinterpret_cast<void**>(locator.put()));
+    HRESULT hr = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(locator.put()));
     if (SUCCEEDED(hr)) {
         hr = locator->ConnectServer(name, nullptr, nullptr, nullptr, 0, nullptr, nullptr, services.put());
     }

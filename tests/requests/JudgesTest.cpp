@@ -34,9 +34,7 @@ public:
     ServedProvider()
     {
         ComPtr<IClassFactory> factory;
-        EXPECT_EQ(
-            m_module.classObject(identity::PROVIDER_CLSID, IID_IClassFactory, reinterpret_cast<void**>(factory.put())),
-            S_OK);
+        EXPECT_EQ(m_module.classObject(identity::PROVIDER_CLSID, IID_PPV_ARGS(factory.put())), S_OK);
         EXPECT_EQ(CoRegisterClassObject(identity::PROVIDER_CLSID, factory.get(), CLSCTX_INPROC_SERVER,
                                         REGCLS_MULTIPLEUSE, &m_cookie),
                   S_OK);
@@ -56,9 +54,7 @@ ComPtr<IWbemServices> platformNamespace(const wchar_t* name)
 {
     ComPtr<IWbemLocator> locator;
     ComPtr<IWbemServices> services;
-    EXPECT_EQ(CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                               reinterpret_cast<void**>(locator.put())),
-              S_OK);
+    EXPECT_EQ(CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(locator.put())), S_OK);
     EXPECT_EQ(locator->ConnectServer(Bstr(name).get(), nullptr, nullptr, nullptr, 0, nullptr, nullptr, services.put()),
               S_OK);
     return services;
@@ -74,9 +70,8 @@ protected:
         served.module().useTheTestsBroker();
         provider = ComPtr<IWbemServices>::adopt(served.module().createProvider());
         ComPtr<IWbemProviderInit> init;
-        EXPECT_EQ(provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.put())), S_OK);
-        EXPECT_EQ(CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemContext,
-                                   reinterpret_cast<void**>(context.put())),
+        EXPECT_EQ(provider->QueryInterface(IID_PPV_ARGS(init.put())), S_OK);
+        EXPECT_EQ(CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(context.put())),
                   S_OK);
         compileMofText(R"(class StdRegProv
                           {
@@ -107,7 +102,7 @@ protected:
         const auto response = std::make_shared<Response>(nullptr);
         auto sink = ComPtr<IWbemObjectSink>::adopt(new ResponseSink(response));
         {
-            const CallScope security(Impersonation::impersonate);
+            const CallScope security(Impersonation::IMPERSONATE);
             EXPECT_EQ(provider->ExecMethodAsync(Bstr(L"StdRegProv.Name=\"one\"").get(), Bstr(method).get(), 0,
                                                 context.get(), arguments, sink.get()),
                       0);

@@ -7,7 +7,8 @@
 
 namespace wmihost {
 
-// Holds one reference to a COM object; null holds none. Not synchronised.
+// Holds one reference to a COM object; null holds none. Not synchronised. Microsoft::WRL::ComPtr is not used: in
+// mingw-w64 10 its Attach adds a reference in place of taking over the caller's, so that the object is never destroyed.
 template <class Interface>
 class ComPtr
 {

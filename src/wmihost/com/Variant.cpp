@@ -109,9 +109,8 @@ bool sameObject(IUnknown* left, IUnknown* right)
     if (left == right || left == nullptr || right == nullptr) {
         return left == right;
     }
-    return SUCCEEDED(left->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(a.put()))) &&
-           SUCCEEDED(right->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(b.put()))) &&
-           a->CompareTo(0, b.get()) == WBEM_S_SAME;
+    return SUCCEEDED(left->QueryInterface(IID_PPV_ARGS(a.put()))) &&
+           SUCCEEDED(right->QueryInterface(IID_PPV_ARGS(b.put()))) && a->CompareTo(0, b.get()) == WBEM_S_SAME;
 }
 
 }  // namespace

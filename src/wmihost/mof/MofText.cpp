@@ -168,8 +168,7 @@ std::wstring objectLiteral(IUnknown* unknown)
 {
     ComPtr<IWbemClassObject> object;
     Bstr text;
-    if (unknown == nullptr ||
-        FAILED(unknown->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(object.put()))) ||
+    if (unknown == nullptr || FAILED(unknown->QueryInterface(IID_PPV_ARGS(object.put()))) ||
         FAILED(object->GetObjectText(0, text.put())))
     {
         return L"NULL";

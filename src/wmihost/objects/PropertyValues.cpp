@@ -13,8 +13,7 @@ Variant objectCopy(IUnknown* unknown)
     ComPtr<IWbemClassObject> object;
     ComPtr<IWbemClassObject> copy;
     if (unknown != nullptr &&
-        (FAILED(unknown->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(object.put()))) ||
-         FAILED(object->Clone(copy.put()))))
+        (FAILED(unknown->QueryInterface(IID_PPV_ARGS(object.put()))) || FAILED(object->Clone(copy.put()))))
     {
         throw std::bad_alloc();
     }
@@ -24,9 +23,8 @@ Variant objectCopy(IUnknown* unknown)
 bool isOfClass(IUnknown* unknown, const std::wstring& className)
 {
     ComPtr<IWbemClassObject> object;
-    return className.empty() ||
-           (SUCCEEDED(unknown->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(object.put()))) &&
-            object->InheritsFrom(className.c_str()) == WBEM_S_NO_ERROR);
+    return className.empty() || (SUCCEEDED(unknown->QueryInterface(IID_PPV_ARGS(object.put()))) &&
+                                 object->InheritsFrom(className.c_str()) == WBEM_S_NO_ERROR);
 }
 
 bool areOfClass(const Variant& value, const std::wstring& className)

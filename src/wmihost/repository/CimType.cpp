@@ -67,9 +67,7 @@ std::optional<Variant> classObjectOf(const VARIANT& value)
         return std::nullopt;
     }
     ComPtr<IWbemClassObject> object;
-    if (value.punkVal != nullptr &&
-        FAILED(value.punkVal->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(object.put()))))
-    {
+    if (value.punkVal != nullptr && FAILED(value.punkVal->QueryInterface(IID_PPV_ARGS(object.put())))) {
         return std::nullopt;
     }
     return Variant::ofObject(std::move(object));

@@ -24,8 +24,8 @@ constexpr std::chrono::milliseconds PATIENCE = std::chrono::minutes(1);
 ComPtr<IWbemContext> makeContext()
 {
     ComPtr<IWbemContext> context;
-    const HRESULT result = CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IWbemContext),
-                                            reinterpret_cast<void**>(context.put()));
+    const HRESULT result =
+        CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(context.put()));
     if (FAILED(result)) {
         throw RequestError(result, "the platform's context object cannot be created");
     }
@@ -47,8 +47,8 @@ ProviderSession::ProviderSession(const ClassRepository& repository, const Namesp
 {
     const std::string name = toUtf8(m_registration.name);
     ComPtr<IWbemProviderInit> init;
-    const HRESULT created = CoCreateInstance(m_registration.classId, nullptr, CLSCTX_INPROC_SERVER,
-                                             __uuidof(IWbemProviderInit), reinterpret_cast<void**>(init.put()));
+    const HRESULT created =
+        CoCreateInstance(m_registration.classId, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(init.put()));
     if (FAILED(created)) {
         throw RequestError(code(WBEM_E_PROVIDER_LOAD_FAILURE),
                            "the provider " + name + " cannot be created: " + statusText(created));
@@ -67,7 +67,7 @@ ProviderSession::ProviderSession(const ClassRepository& repository, const Namesp
         throw RequestError(code(WBEM_E_INITIALIZATION_FAILURE),
                            "the provider " + name + " did not start: " + statusText(status));
     }
-    const HRESULT queried = init->QueryInterface(__uuidof(IWbemServices), reinterpret_cast<void**>(m_provider.put()));
+    const HRESULT queried = init->QueryInterface(IID_PPV_ARGS(m_provider.put()));
     if (FAILED(queried)) {
         throw RequestError(code(WBEM_E_PROVIDER_LOAD_FAILURE),
                            "the provider " + name + " takes no requests: " + statusText(queried));

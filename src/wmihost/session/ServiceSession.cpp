@@ -64,10 +64,10 @@ ComPtr<IWbemObjectSink> callableSink(const ComPtr<IWbemObjectSink>& sink)
     ComPtr<IUnsecuredApartment> apartment;
     ComPtr<IUnknown> wrapper;
     ComPtr<IWbemObjectSink> result;
-    if (SUCCEEDED(CoCreateInstance(CLSID_UnsecuredApartment, nullptr, CLSCTX_LOCAL_SERVER,
-                                   __uuidof(IUnsecuredApartment), reinterpret_cast<void**>(apartment.put()))) &&
+    if (SUCCEEDED(
+            CoCreateInstance(CLSID_UnsecuredApartment, nullptr, CLSCTX_LOCAL_SERVER, IID_PPV_ARGS(apartment.put()))) &&
         SUCCEEDED(apartment->CreateObjectStub(sink.get(), wrapper.put())) &&
-        SUCCEEDED(wrapper->QueryInterface(__uuidof(IWbemObjectSink), reinterpret_cast<void**>(result.put()))))
+        SUCCEEDED(wrapper->QueryInterface(IID_PPV_ARGS(result.put()))))
     {
         return result;
     }
@@ -103,8 +103,7 @@ HRESULT addObject(HRESULT result, ComPtr<IWbemClassObject> object, std::vector<C
 ServiceSession::ServiceSession(const std::wstring& nameSpace, ServiceCalls calls) : m_calls(calls)
 {
     ComPtr<IWbemLocator> locator;
-    HRESULT result = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IWbemLocator),
-                                      reinterpret_cast<void**>(locator.put()));
+    HRESULT result = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(locator.put()));
     if (FAILED(result)) {
         throw RequestError(result, "this machine has no WMI that could be asked");
     }

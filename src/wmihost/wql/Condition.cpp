@@ -124,7 +124,7 @@ ComPtr<IWbemClassObject> embedded(const VARIANT& value)
 {
     ComPtr<IWbemClassObject> object;
     if (value.vt == VT_UNKNOWN && value.punkVal != nullptr) {
-        value.punkVal->QueryInterface(__uuidof(IWbemClassObject), reinterpret_cast<void**>(object.put()));
+        value.punkVal->QueryInterface(IID_PPV_ARGS(object.put()));
     }
     return object;
 }

@@ -94,8 +94,7 @@ TEST(ComApartmentTest, ComIsThereWhileTheScopeLives)
 {
     ComPtr<IWbemContext> context;
     const auto create = [&context] {
-        return CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IWbemContext),
-                                reinterpret_cast<void**>(context.put()));
+        return CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(context.put()));
     };
     EXPECT_EQ(create(), CO_E_NOTINITIALIZED);
     {

@@ -77,7 +77,7 @@ TEST_F(ResponseSinkTest, TheResponseIsOverWithTheLastReference)
 TEST_F(ResponseSinkTest, AnswersForItsInterfacesOnly)
 {
     ComPtr<IUnknown> same;
-    EXPECT_EQ(sink->QueryInterface(__uuidof(IUnknown), reinterpret_cast<void**>(same.put())), S_OK);
+    EXPECT_EQ(sink->QueryInterface(IID_PPV_ARGS(same.put())), S_OK);
     void* other = this;
     EXPECT_EQ(sink->QueryInterface(__uuidof(IWbemServices), &other), E_NOINTERFACE);
     EXPECT_EQ(other, nullptr);

@@ -431,7 +431,7 @@ const std::vector<Row>& rows()
         {"QueryInterface", "instance", "an interface that it has not",
          [](Scene& s) {
              IWbemServices* services = nullptr;
-             return s.instance->QueryInterface(__uuidof(IWbemServices), reinterpret_cast<void**>(&services));
+             return s.instance->QueryInterface(IID_PPV_ARGS(&services));
          },
          E_NOINTERFACE},
         {"Put", "qualifiers of a class", "",
@@ -1036,7 +1036,7 @@ protected:
         const Variant value = valueOf(*holder.get(), name);
         ComPtr<IWbemClassObject> object;
         if (value.type() == VT_UNKNOWN) {
-            value.get().punkVal->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(object.put()));
+            value.get().punkVal->QueryInterface(IID_PPV_ARGS(object.put()));
         }
         return object;
     }
