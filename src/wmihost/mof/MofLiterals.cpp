@@ -110,19 +110,9 @@ std::wstring decimalText(const Node& node, CIMTYPE type)
     return (negative ? L"-" : L"") + std::to_wstring(number);
 }
 
-bool isTextual(CIMTYPE type)
-{
-    return type == CIM_STRING || type == CIM_DATETIME || type == CIM_REFERENCE;
-}
-
 bool isReal(CIMTYPE type)
 {
     return type == CIM_REAL32 || type == CIM_REAL64;
-}
-
-bool isNumeric(CIMTYPE type)
-{
-    return !isTextual(type) && type != CIM_BOOLEAN && type != CIM_OBJECT;
 }
 
 // Whether a literal of that kind may stand for a value of that type.

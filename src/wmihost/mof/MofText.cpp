@@ -281,8 +281,7 @@ std::wstring mofLiteral(const VARIANT& value, CIMTYPE type)
     if ((value.vt & VT_ARRAY) != 0) {
         return listLiteral(value, type);
     }
-    const bool quoted = type == CIM_STRING || type == CIM_DATETIME || type == CIM_REFERENCE;
-    return quoted ? mofQuoted(viewOf(value.bstrVal)) : scalarText(value, type);
+    return isTextual(type) ? mofQuoted(viewOf(value.bstrVal)) : scalarText(value, type);
 }
 
 }  // namespace wmihost

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "wmihost/com/Com.h"
+#include "wmihost/objects/Enumeration.h"
 #include "wmihost/repository/ClassDefinition.h"
 
 namespace wmihost {
@@ -69,10 +70,8 @@ private:
 
     ClassPointer m_class;
     std::optional<std::vector<Variant>> m_values;  // none for a class
-    std::optional<std::vector<std::wstring>> m_enumeration;
-    std::size_t m_next = 0;
-    std::optional<std::vector<std::wstring>> m_methods;
-    std::size_t m_nextMethod = 0;
+    Enumeration<std::wstring> m_properties;
+    Enumeration<std::wstring> m_methods;
 };
 
 }  // namespace wmihost

@@ -37,46 +37,26 @@ HRESULT ClassObject::GetNames(LPCWSTR qualifier, LONG flags, VARIANT* qualifierV
 
 HRESULT ClassObject::BeginEnumeration(LONG flags)
 {
-    return guarded([&] {
-        if (m_enumeration) {
-            return code(WBEM_E_UNEXPECTED);
-        }
-        m_enumeration = selectedNames(*m_class, isInstance(), flags);
-        m_next = 0;
-        return code(m_enumeration ? WBEM_S_NO_ERROR : WBEM_E_INVALID_PARAMETER);
-    });
+    return guarded([&] { return m_properties.begin(selectedNames(*m_class, isInstance(), flags)); });
 }
 
 HRESULT ClassObject::Next(LONG flags, BSTR* name, VARIANT* value, CIMTYPE* type, LONG* flavor)
 {
     return guarded([&] {
-        if (flags != 0) {
-            return code(WBEM_E_INVALID_PARAMETER);
-        }
-        if (!m_enumeration) {
-            return code(WBEM_E_UNEXPECTED);
-        }
-        if (m_next == m_enumeration->size()) {
-            return code(WBEM_S_NO_MORE_DATA);
-        }
-        const std::wstring& current = (*m_enumeration)[m_next];
-        Bstr text(current);
-        const HRESULT result = Get(current.c_str(), 0, value, type, flavor);
-        if (result != WBEM_S_NO_ERROR) {
+        return m_properties.next(flags, [&](const std::wstring& current) {
+            Bstr text(current);
+            const HRESULT result = Get(current.c_str(), 0, value, type, flavor);
+            if (SUCCEEDED(result) && name != nullptr) {
+                *name = text.detach();
+            }
             return result;
-        }
-        ++m_next;
-        if (name != nullptr) {
-            *name = text.detach();
-        }
-        return code(WBEM_S_NO_ERROR);
+        });
     });
 }
 
 HRESULT ClassObject::EndEnumeration()
 {
-    m_enumeration.reset();
-    return code(WBEM_S_NO_ERROR);
+    return m_properties.end();
 }
 
 }  // namespace wmihost

@@ -57,18 +57,13 @@ HRESULT ClassObject::BeginMethodEnumeration(LONG flags)
         if (isInstance()) {
             return code(WBEM_E_ILLEGAL_OPERATION);
         }
-        if (m_methods) {
-            return code(WBEM_E_UNEXPECTED);
-        }
         std::vector<std::wstring> names;
         for (const Method& method : m_class->methods) {
             if (flags == 0 || method.local == (flags == WBEM_FLAG_LOCAL_ONLY)) {
                 names.push_back(method.name);
             }
         }
-        m_methods = std::move(names);
-        m_nextMethod = 0;
-        return code(WBEM_S_NO_ERROR);
+        return m_methods.begin(std::move(names));
     });
 }
 
@@ -81,29 +76,20 @@ HRESULT ClassObject::NextMethod(LONG flags, BSTR* name, IWbemClassObject** in, I
         if (out != nullptr) {
             *out = nullptr;
         }
-        if (flags != 0) {
-            return code(WBEM_E_INVALID_PARAMETER);
-        }
-        if (!m_methods) {
-            return code(WBEM_E_UNEXPECTED);
-        }
-        if (m_nextMethod == m_methods->size()) {
-            return code(WBEM_S_NO_MORE_DATA);
-        }
-        Bstr text((*m_methods)[m_nextMethod]);
-        signatures(*m_class->findMethod(text.view()), in, out);
-        ++m_nextMethod;
-        if (name != nullptr) {
-            *name = text.detach();
-        }
-        return code(WBEM_S_NO_ERROR);
+        return m_methods.next(flags, [&](const std::wstring& current) {
+            Bstr text(current);
+            signatures(*m_class->findMethod(current), in, out);
+            if (name != nullptr) {
+                *name = text.detach();
+            }
+            return code(WBEM_S_NO_ERROR);
+        });
     });
 }
 
 HRESULT ClassObject::EndMethodEnumeration()
 {
-    m_methods.reset();
-    return code(WBEM_S_NO_ERROR);
+    return m_methods.end();
 }
 
 HRESULT ClassObject::GetMethodQualifierSet(LPCWSTR method, IWbemQualifierSet** qualifiers)

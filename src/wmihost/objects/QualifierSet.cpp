@@ -52,49 +52,32 @@ HRESULT QualifierSet::GetNames(LONG flags, SAFEARRAY** names)
 
 HRESULT QualifierSet::BeginEnumeration(LONG flags)
 {
-    return guarded([&] {
-        if (m_enumeration) {
-            return code(WBEM_E_UNEXPECTED);
-        }
-        m_enumeration = selected(flags);
-        m_next = 0;
-        return code(m_enumeration ? WBEM_S_NO_ERROR : WBEM_E_INVALID_PARAMETER);
-    });
+    return guarded([&] { return m_enumeration.begin(selected(flags)); });
 }
 
 HRESULT QualifierSet::Next(LONG flags, BSTR* name, VARIANT* value, LONG* flavor)
 {
     return guarded([&] {
-        if (flags != 0) {
-            return code(WBEM_E_INVALID_PARAMETER);
-        }
-        if (!m_enumeration) {
-            return code(WBEM_E_UNEXPECTED);
-        }
-        if (m_next == m_enumeration->size()) {
-            return code(WBEM_S_NO_MORE_DATA);
-        }
-        const Qualifier& qualifier = *(*m_enumeration)[m_next];
-        Bstr text(qualifier.name);
-        Variant copy(qualifier.value);
-        ++m_next;
-        if (name != nullptr) {
-            *name = text.detach();
-        }
-        if (value != nullptr) {
-            *value = copy.detach();
-        }
-        if (flavor != nullptr) {
-            *flavor = qualifier.flavor;
-        }
-        return code(WBEM_S_NO_ERROR);
+        return m_enumeration.next(flags, [&](const Qualifier* qualifier) {
+            Bstr text(qualifier->name);
+            Variant copy(qualifier->value);
+            if (name != nullptr) {
+                *name = text.detach();
+            }
+            if (value != nullptr) {
+                *value = copy.detach();
+            }
+            if (flavor != nullptr) {
+                *flavor = qualifier->flavor;
+            }
+            return code(WBEM_S_NO_ERROR);
+        });
     });
 }
 
 HRESULT QualifierSet::EndEnumeration()
 {
-    m_enumeration.reset();
-    return code(WBEM_S_NO_ERROR);
+    return m_enumeration.end();
 }
 
 std::optional<std::vector<const Qualifier*>> QualifierSet::selected(LONG flags) const

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
+#include <vector>
 
 #include "wmihost/com/Com.h"
+#include "wmihost/objects/Enumeration.h"
 #include "wmihost/repository/ClassDefinition.h"
 
 namespace wmihost {
@@ -28,8 +29,7 @@ private:
     std::optional<std::vector<const Qualifier*>> selected(LONG flags) const;
 
     const Qualifiers m_qualifiers;
-    std::optional<std::vector<const Qualifier*>> m_enumeration;
-    std::size_t m_next = 0;
+    Enumeration<const Qualifier*> m_enumeration;
 };
 
 }  // namespace wmihost

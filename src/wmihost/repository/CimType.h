@@ -42,6 +42,17 @@ constexpr CIMTYPE elementTypeOf(CIMTYPE type)
     return type & ~CIM_FLAG_ARRAY;
 }
 
+// Whether a value of the type is a text; false for arrays.
+constexpr bool isTextual(CIMTYPE type)
+{
+    return type == CIM_STRING || type == CIM_DATETIME || type == CIM_REFERENCE;
+}
+// Whether a value of the type is a number, as a CIM_CHAR16 is; false for arrays.
+constexpr bool isNumeric(CIMTYPE type)
+{
+    return !isArray(type) && !isTextual(type) && type != CIM_BOOLEAN && type != CIM_OBJECT;
+}
+
 // The value as WMI stores it in a property of that type, or nothing if WMI would answer WBEM_E_TYPE_MISMATCH. A value
 // of the right type is stored as it is, so VT_BOOL 1 stays 1 and a text keeps its bytes. Any other value is converted
 // as by VariantChangeType. Texts of 64-bit numbers become plain decimals, arrays of VARIANTs become arrays of the type,

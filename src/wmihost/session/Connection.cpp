@@ -46,11 +46,6 @@ std::string listed(const std::vector<std::wstring>& names)
     throw RequestError(code(WBEM_E_INVALID_OBJECT_PATH), reason);
 }
 
-bool isWrittenInQuotes(CIMTYPE type)
-{
-    return type == CIM_STRING || type == CIM_DATETIME || type == CIM_REFERENCE;
-}
-
 // Refuses slips before a request is made: a name that is not a key of the class, a text without its quotes, or a key
 // without a value.
 void checkKeys(const ObjectPath& path, const ClassDefinition& definition)
@@ -66,7 +61,7 @@ void checkKeys(const ObjectPath& path, const ClassDefinition& definition)
         if (found == keys.end()) {
             refuse("the class " + className + " has no key " + toUtf8(name) + suggestion(name, all));
         }
-        if (!key.quoted && isWrittenInQuotes((*found)->type)) {
+        if (!key.quoted && isTextual((*found)->type)) {
             refuse("the key " + toUtf8((*found)->name) + " is a text, and its value stands without quotes; " +
                    quotesAdvice());
         }

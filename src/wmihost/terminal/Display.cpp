@@ -129,16 +129,7 @@ std::string displayText(const Property& property, const VARIANT& value)
 
 bool isNumber(const Property& property)
 {
-    switch (property.type) {
-        case CIM_STRING:
-        case CIM_DATETIME:
-        case CIM_REFERENCE:
-        case CIM_BOOLEAN:
-        case CIM_OBJECT:
-            return false;
-        default:
-            return !isArray(property.type) && findQualifier(property.qualifiers, L"Values") == nullptr;
-    }
+    return isNumeric(property.type) && findQualifier(property.qualifiers, L"Values") == nullptr;
 }
 
 std::string rateText(double perSecond, const std::string& unit)

@@ -23,20 +23,6 @@ using Number = long double;
 
 constexpr std::wstring_view THIS_OBJECT = L"__THIS";
 
-bool isNumeric(CIMTYPE type)
-{
-    switch (type) {
-        case CIM_STRING:
-        case CIM_DATETIME:
-        case CIM_REFERENCE:
-        case CIM_BOOLEAN:
-        case CIM_OBJECT:
-            return false;
-        default:
-            return true;
-    }
-}
-
 std::optional<Number> numberOf(std::wstring_view text)
 {
     if (const auto natural = parseUnsigned(text)) {
