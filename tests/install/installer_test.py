@@ -3,7 +3,7 @@
 
     installer_test.py BIN WORK prepare|clean|TESTCLASS
 
-BIN is a build's folder of programs. `prepare` makes, below WORK, what the tests share: the packages (this build's and
+BIN is a build's folder of programs. `prepare` makes what the tests share, below WORK: the packages (this build's and
 one with a lower version) and an untouched prefix. Every class of tests works on a copy of that prefix.
 """
 
@@ -87,7 +87,7 @@ def make_package(binaries, version, output, *options, **more):
 
 
 def copy_without_symbols(folder):
-    """This build with empty files in place of its symbols, which take most of a package's time."""
+    """A copy of this build with empty files for its symbols, which take most of the time to package."""
     folder.mkdir()
     for name in MODULES + [SETUP_ACTION]:
         shutil.copy(CURRENT / name, folder)
@@ -152,7 +152,7 @@ def clean():
 
 
 def parse_registry(text):
-    """{key: {value name: data}} of an exported registry. Names are kept as they are spelled, keys too."""
+    """{key: {value name: data}} of an exported registry. Names and keys keep their spelling."""
     keys, current = {}, None
     for line in re.sub(r"\\\n\s*", "", text).split("\n"):
         if line.startswith("["):
@@ -168,7 +168,7 @@ def is_below(key, roots):
 
 
 class Prefix(unittest.TestCase):
-    """A machine of its own for a class of tests, as it was before the product came."""
+    """A separate machine for a class of tests, without the product."""
 
     @classmethod
     def setUpClass(cls):
@@ -187,7 +187,7 @@ class Prefix(unittest.TestCase):
 
     def wine(self, *command):
         """Runs a program of the prefix from its root folder; returns exit code and output."""
-        # To a file: the prefix's services live longer than the program and would keep a pipe open.
+        # The output goes to a file: the prefix's services live longer than the program and would keep a pipe open.
         with open(self.prefix / "output.txt", "w+", encoding="utf-8") as output:
             done = subprocess.run(["/usr/lib/wine/wine64", *command], env=environment(self.prefix), cwd=self.c,
                                   stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL, timeout=120,
@@ -196,7 +196,7 @@ class Prefix(unittest.TestCase):
             return done.returncode, output.read()
 
     def msiexec(self, option, package, *properties):
-        """Runs Windows Installer silently; its log is in self.log then."""
+        """Runs Windows Installer silently and stores its log in self.log."""
         log = self.c / "msi.log"
         log.unlink(missing_ok=True)
         path = "Z:" + str(package).replace("/", "\\")
@@ -210,7 +210,7 @@ class Prefix(unittest.TestCase):
         return self.msiexec("/i", package(), "REINSTALL=ALL", "REINSTALLMODE=amus")
 
     def files(self):
-        """{path below C: : digest}, folders with the digest None."""
+        """{path below C: : digest}; the digest of a folder is None."""
         own = {"msi.log", "registry.reg", "mofcomp.log", "mofcomp-fails-on", "schtasks.log", "schtasks-fails"}
         found = {}
         for path in self.c.rglob("*"):
@@ -242,7 +242,7 @@ class Prefix(unittest.TestCase):
         return log.read_text().split("\n")[:-1] if log.exists() else []
 
     def scheduled(self):
-        """What was asked of the task scheduler since the last look."""
+        """The requests to the task scheduler since the last call."""
         log = self.c / "schtasks.log"
         lines = log.read_text().split("\n")[:-1] if log.exists() else []
         log.unlink(missing_ok=True)
@@ -253,7 +253,7 @@ class Prefix(unittest.TestCase):
         return sorted(path.name for path in folder.iterdir()) if folder.exists() else []
 
     def assert_nothing_left(self, files_before, registry_before, empty_keys=()):
-        """`empty_keys`: roots below which keys may be left that hold nothing."""
+        """`empty_keys`: roots below which empty keys may be left."""
         files, registry = self.files(), self.registry()
         changed = {name for name in files.keys() | files_before.keys() if files.get(name) != files_before.get(name)}
         self.assertEqual(sorted(changed - KEPT_FILES.keys()), [])
@@ -272,7 +272,7 @@ def package(version=VERSION):
 
 
 def table(name, msi=None):
-    """The rows of a table of the package's database: {first column: the others}."""
+    """The rows of a table of the package's database: {first column: the other columns}."""
     rows = subprocess.run(["msiinfo", "export", msi or package(), name], check=True, text=True,
                           stdout=subprocess.PIPE).stdout.replace("\r", "").split("\n")[3:]
     return {row.split("\t")[0]: row.split("\t")[1:] for row in rows if row}
@@ -284,12 +284,12 @@ def packaged(name, version=VERSION):
 
 
 def quoted(text):
-    """A text as an exported registry spells it."""
+    """The text in the spelling of an exported registry."""
     return '"' + text.replace("\\", "\\\\") + '"'
 
 
 class InstallRepairRemove(Prefix):
-    """The life of an installation; the tests run in the order of their names, each from where the last one stopped."""
+    """The life of an installation. The tests run in the order of their names, and each continues where the last one stopped."""
 
     @classmethod
     def setUpClass(cls):
@@ -360,13 +360,13 @@ class InstallRepairRemove(Prefix):
 
 
 class Documents(Prefix):
-    """The commands that the documents tell people to type."""
+    """The commands in the documents."""
 
     # Wine lacks this option; InstallRepairRemove repairs with the equivalent properties.
     UNKNOWN_TO_WINE = "msiexec /famus"
 
     def commands(self, document, *programs):
-        """The indented lines that call one of the programs, without comments, in their order."""
+        """The indented lines that call one of the programs, in their order and without comments."""
         for line in (TOP / document).read_text().split("\n"):
             line = line.replace('& "$env:ProgramFiles\\Vexal\\DRAVEv2 Provider\\wmihost.exe"', "wmihost")
             words = line.strip().removeprefix(".\\").replace("<version>", VERSION).split(" ")
@@ -374,7 +374,7 @@ class Documents(Prefix):
                 yield words
 
     def run_each(self, commands):
-        """Runs each from C:\\, where the package lies; afterwards nothing of the product may be left."""
+        """Runs each command from C:\\, which holds the package. Afterwards nothing of the product may be left."""
         before = (self.files(), self.registry())
         copy = self.c / package().name
         shutil.copy(package(), copy)
@@ -395,7 +395,7 @@ class Documents(Prefix):
         self.run_each(commands)
 
     def test_those_of_the_installed_readme_do_too(self):
-        # Lists the installed product first, and below how it was installed.
+        # Lists the installed product first, and how it was installed below it.
         verify, install, remove = self.commands("install/README.txt", "msiexec", "wmihost")
         self.assertEqual([" ".join(words[:2]) for words in (install, verify, remove)],
                          ["msiexec /i", "wmihost list", "msiexec /x"])
@@ -493,7 +493,7 @@ class SettingsStay(Prefix):
 
 
 class MetricsTask(Prefix):
-    """The scheduled task that writes metrics: there when it was asked for, and as long as the product."""
+    """The scheduled task that writes metrics exists only if it was requested, and only as long as the product."""
 
     TASK = r"/TN Vexal\DRAVEv2 metrics"
     RUN, END, REMOVE = "/Run " + TASK, "/End " + TASK, "/Delete /F " + TASK
@@ -545,7 +545,7 @@ class MetricsTask(Prefix):
                     for element in task.iter()}
         action = f'"{expanded["Command"]}" {expanded["Arguments"]}'
         self.assertEqual(f"/Change {self.TASK} /RU SYSTEM /TR {action}", self.registered(FOLDER)[1])
-        # Without a time limit, and as the system account, which may write to that folder.
+        # The task has no time limit and runs as the system account, which may write to that folder.
         self.assertEqual([expanded[tag] for tag in ("ExecutionTimeLimit", "UserId", "MultipleInstancesPolicy")],
                          ["PT0S", "S-1-5-18", "IgnoreNew"])
         (self.c / "task.xml").write_bytes(packaged("metrics-task.xml"))
@@ -727,7 +727,7 @@ class Package(PackageTest):
 
 
 class Signatures(PackageTest):
-    """Packages that are signed, with a certificate and a time-stamping service made for the test."""
+    """Signed packages. The certificate and the time-stamping service are made for the test."""
 
     def setUp(self):
         super().setUp()
@@ -744,7 +744,7 @@ class Signatures(PackageTest):
         return key, certificate
 
     def signed_files(self, *options):
-        """Everything in a signed package that can carry a signature, and the package itself."""
+        """The signed package and all of its files that can carry a signature."""
         copy_without_symbols(self.folder / "binaries")
         msi = make_package(self.folder / "binaries", VERSION, self.folder / "out", *options, ZERIX_SIGNING_CERTIFICATE=str(self.store),
                            ZERIX_SIGNING_PASSWORD="a b'c", SOURCE_DATE_EPOCH=str(int(time.time()) + 60))
@@ -756,7 +756,7 @@ class Signatures(PackageTest):
         return files + [action, msi]
 
     def verify(self, path, *options):
-        """Exit code and text of a verification."""
+        """The exit code and the output of a verification."""
         done = subprocess.run(["osslsigncode", "verify", "-CAfile", self.certificate, *options, "-in", path],
                               check=False, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         return done.returncode, done.stdout

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Compares what our modules export, import and carry as resources with the stored lists, and the DLLs they need with
-the ones that every machine has.
+"""Compares the exports, imports and resources of our modules with the stored lists, and the DLLs that they need with
+those of every machine.
 
     module_facts.py BIN
 
-BIN is a build's folder of programs. With ZERIX_ACCEPT_BASELINES=1 in the environment the lists are written anew.
-The functions imported from the C and C++ run time are left out, as are those that the run time exports: the compiler
-chooses them. All others are listed.
+BIN is a build's folder of programs. With ZERIX_ACCEPT_BASELINES=1 in the environment the lists are written again.
+The functions imported from the C and C++ run time are left out, and so are those that the run time exports, because the
+compiler chooses them. All others are listed.
 """
 
 import difflib

@@ -3,7 +3,7 @@
 
     on_terminal.py PROGRAM [ARGUMENT...]
 
-What the program wrote is shown when it fails, without the terminal's control sequences.
+If the program fails, its output is shown without the terminal's control sequences.
 """
 
 import fcntl

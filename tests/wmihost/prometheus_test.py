@@ -4,12 +4,12 @@
     prometheus_test.py BIN WORK PROGRAMS TABLES
 
 BIN is a build's folder of programs, WORK a folder for temporary files, PROGRAMS the folder into which Debian's packages
-of Prometheus and its node exporter are unpacked. In a network namespace of its own, packets flow through a pair of
-virtual adapters; `wmihost metrics` writes what it reads into the folder of the exporter's textfile collector, and
-Prometheus scrapes the exporter. What Prometheus then says of the traffic has to be what was sent, and it has to see a
-link that is lost, a port that disappears and programs that end. The course of the run goes to TABLES/fleet.json, from
-which tools/fleet-graph draws. WINEPREFIX names the Wine prefix that is copied. Exits with 77, and says so, where
-namespaces or virtual adapters cannot be made.
+of Prometheus and its node exporter are unpacked. Packets flow through a pair of virtual adapters in a separate network
+namespace. `wmihost metrics` writes its metrics into the folder of the exporter's textfile collector, and Prometheus
+scrapes the exporter. Prometheus has to report the traffic that was sent, the loss of a link, the disappearance of a port
+and the end of a program. The course of the run goes to TABLES/fleet.json, which tools/fleet-graph draws. WINEPREFIX
+names the Wine prefix that is copied. Prints the reason and exits with 77 if namespaces or virtual adapters cannot be
+made.
 """
 
 import bisect
@@ -63,7 +63,7 @@ def progress(text):
 
 
 def wait_for(what, condition, seconds=120):
-    """Polls until the condition holds, and returns what it returned. The limit is only for a run that hangs."""
+    """Polls until the condition holds, and returns its value. The time limit only ends a run that hangs."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
         found = condition()
@@ -75,7 +75,7 @@ def wait_for(what, condition, seconds=120):
 
 
 class Traffic(threading.Thread):
-    """Sends packets at a steady pace through one adapter and remembers when how many had been sent."""
+    """Sends packets through one adapter at a steady pace and records the times and the numbers sent."""
 
     def __init__(self, address):
         super().__init__(daemon=True)
@@ -107,7 +107,7 @@ def ask(path, **arguments):
 
 
 def query(expression, **arguments):
-    """The values of an instant query by port name, or by "" for series of no port."""
+    """The values of an instant query by port name; the name is "" for a series without a port."""
     found = ask("query", query=expression, **arguments)["result"]
     return {series["metric"].get("name", ""): float(series["value"][1]) for series in found}
 
@@ -128,7 +128,7 @@ def make_adapters():
 
 
 class Programs:
-    """The programs under test, each with its output in a file; all end with the scope."""
+    """The programs under test. The output of each is in a file; all end with the scope."""
 
     def __init__(self, folder):
         self.folder = folder
@@ -196,7 +196,7 @@ def serving():
 
 
 def check_traffic(traffic):
-    """After forty scrapes, the increase that PromQL computes is what was sent."""
+    """After forty scrapes, the increase that PromQL computes equals what was sent."""
     samples = f"count_over_time(zerix_port_transmitted_bytes_total[{WINDOW_SECONDS}s])"
     steady_since = traffic.times[0] + 2 * SCRAPE_SECONDS
     wait_for(f"{SCRAPES} scrapes of steady traffic",

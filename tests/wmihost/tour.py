@@ -1,5 +1,4 @@
-"""How the outputs of docs/tour.md are compared: what changes from machine to machine, and from minute to minute, is masked by
-rules with a name."""
+"""How the outputs of docs/tour.md are compared: named rules mask what differs between machines and between runs."""
 
 import re
 
@@ -30,7 +29,8 @@ RULES = (
 
 
 def masked(text):
-    """The text without what differs elsewhere. A row that follows one like it is masked too: there are more adapters."""
+    """The text with the differences masked. A row that equals the one above it is masked too, since the number of adapters
+    differs."""
     for _, pattern, replacement in RULES:
         text = re.sub(pattern, replacement, text)
     lines = []
@@ -41,6 +41,6 @@ def masked(text):
 
 
 def command(line, port):
-    """A line of the tour with the path of this machine's first adapter in place of the document's."""
+    """A line of the tour, with the path of this machine's first adapter in place of the path in the document."""
     path = re.search(r"Zerix_EthernetPort\.[^ ]*SystemName=.[^,]*?(?=[\"']( |$))", line)
     return line if path is None else line.replace(path[0], port.replace('"', "'"))
