@@ -1,6 +1,6 @@
 # zerix_split_symbols(TARGET)
-# Strips what is built and keeps its symbols beside it, as NAME.debug, where a debugger finds them by the link in the
-# file. Wine reads a module whole, symbols included, so a stripped program starts in a third of the time.
+# Strips the target's file and keeps its symbols beside it in NAME.debug. A link in the stripped file leads a debugger to
+# them. Wine reads a whole module, including its symbols, so a stripped program starts in a third of the time.
 function(zerix_split_symbols target)
   add_custom_command(TARGET ${target} POST_BUILD WORKING_DIRECTORY $<TARGET_FILE_DIR:${target}>
     COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE_NAME:${target}> $<TARGET_FILE_NAME:${target}>.debug
