@@ -3,7 +3,7 @@
 
     program_test.py BIN WORK PROMTOOL
 
-BIN is a build's folder of programs, PROMTOOL Prometheus' tool that checks metrics. The Wine prefix lies below WORK.
+BIN is a build's folder of programs, PROMTOOL Prometheus' checker of metrics. The Wine prefix lies below WORK.
 """
 
 import json
@@ -88,7 +88,7 @@ class Program(unittest.TestCase):
     def test_a_class_is_described(self):
         self.expect(["describe", "Zerix_RegisteredProfile"], 0, """\
 Zerix_RegisteredProfile in root\\interop
-A management profile that the adapters of this machine conform to. It is the maker's own.
+A management profile that the adapters of this machine conform to. The maker has defined it.
 
 Property                     Type      Access  Description
 ---------------------------  --------  ------  ------------------------------------------------------------------------
