@@ -11,5 +11,9 @@ endif()
 if(ZERIX_SANITIZERS)
   target_compile_options(zerix_options INTERFACE
     -fsanitize=${ZERIX_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  # AddressSanitizer ends a program at the same mistakes, and these checks take a quarter of the build's time.
+  if(ZERIX_SANITIZERS MATCHES address)
+    target_compile_options(zerix_options INTERFACE -fno-sanitize=null,object-size)
+  endif()
   target_link_options(zerix_options INTERFACE -fsanitize=${ZERIX_SANITIZERS})
 endif()

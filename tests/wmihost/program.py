@@ -17,6 +17,11 @@ def failure_of_wine(code, out, error):
     return "loader" if code != 0 and not out and not error else None
 
 
+def note_race(race, *command):
+    with open(RACES, "a", encoding="utf-8") as races:
+        print(race, *command, file=races)
+
+
 class Program:
     """wmihost.exe of a build's folder of programs, in a prefix."""
 
@@ -36,8 +41,7 @@ class Program:
         race = failure_of_wine(*result)
         if race is None or any("--quiet" in word for word in command):
             return result
-        with open(RACES, "a", encoding="utf-8") as races:
-            print(race, *command, file=races)
+        note_race(race, *command)
         return self.run_once(*command, folder=folder, stdin=stdin)
 
     def run_once(self, *command, folder=None, stdin=b""):

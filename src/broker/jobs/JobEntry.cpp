@@ -15,7 +15,7 @@ namespace {
 constexpr std::chrono::microseconds CALENDAR_END = std::chrono::seconds{32'535'244'800};
 constexpr std::chrono::microseconds MAX_RETENTION = std::chrono::seconds{DiagnosticSetting::RETENTIONS.max};
 constexpr WallTime LAST_MOMENT{CALENDAR_END - std::chrono::microseconds{1}};
-constexpr std::uint64_t ALL_PERCENT = 100;
+constexpr std::uint64_t HIGHEST_PERCENT = 100;
 
 std::string text(std::uint64_t number)
 {
@@ -169,7 +169,7 @@ std::optional<StoredJob> jobOf(const std::string& id, const std::string& entry)
     job.status.adapterGuid = reader.text("AdapterGuid");
     job.status.owner = reader.text("Owner");
     job.host = reader.host("Host");
-    job.status.percentComplete = static_cast<std::uint16_t>(reader.number("PercentComplete", ALL_PERCENT));
+    job.status.percentComplete = static_cast<std::uint16_t>(reader.number("PercentComplete", HIGHEST_PERCENT));
     job.status.error = reader.text("Error");
     job.status.startTime = reader.time("StartTime");
     job.endTime = reader.time("EndTime");
@@ -201,7 +201,7 @@ std::optional<DiagnosticResult> resultOf(const std::string& id, const std::strin
     result.adapterGuid = reader.text("AdapterGuid");
     result.jobState = reader.state("JobState");
     result.isPassed = reader.number("IsPassed", 1) == 1;
-    result.passedPercent = static_cast<std::uint8_t>(reader.number("PassedPercent", ALL_PERCENT));
+    result.passedPercent = static_cast<std::uint8_t>(reader.number("PassedPercent", HIGHEST_PERCENT));
     result.startTime = reader.time("StartTime");
     result.duration = reader.duration("Duration");
     result.bytesReceived = reader.numbers("BytesReceived");
