@@ -74,7 +74,7 @@ private:
             m_context.qualifiers.declare(node);
         } else {
             const mof::Node& declared = *node.children.back();
-            const mof::Node* qualifiers = mof::childOf<mof::qualifiers>(node);
+            const mof::Node* qualifiers = childOf<mof::qualifiers>(node);
             if (declared.is_type<mof::class_declaration>()) {
                 mof::declareClass(m_context, declared, qualifiers);
             } else {
@@ -85,13 +85,13 @@ private:
 
     void pragma(const mof::Node& node, const std::filesystem::path& file)
     {
-        const mof::Node& nameNode = *mof::childOf<mof::pragma_name>(node);
+        const mof::Node& nameNode = *childOf<mof::pragma_name>(node);
         m_context.strict.checkPragma(nameNode);
         if (!sameName(mof::nameOf(nameNode), L"include")) {
             mof::runPragma(m_context, node);
             return;
         }
-        const mof::Node* argument = mof::childOf<mof::text>(node);
+        const mof::Node* argument = childOf<mof::text>(node);
         if (argument == nullptr) {
             mof::fail(node, "expected the name of a file between quotes after #pragma include");
         }

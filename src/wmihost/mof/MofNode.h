@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "wmihost/mof/MofGrammar.h"
+#include "wmihost/repository/ParseTree.h"
 
 // Helpers for reading the parse tree of a MOF text.
 
@@ -25,19 +26,7 @@ std::string inQuotes(const Node& name);
 // The text of a node.
 std::wstring nameOf(const Node& node);
 
-// The first child of that rule; null if there is none.
-template <class Rule>
-const Node* childOf(const Node& node)
-{
-    for (const auto& child : node.children) {
-        if (child->is_type<Rule>()) {
-            return child.get();
-        }
-    }
-    return nullptr;
-}
-
-// The text of that child; empty if there is none.
+// The text of the first child of that rule; empty if there is none.
 template <class Rule>
 std::wstring nameIn(const Node& node)
 {

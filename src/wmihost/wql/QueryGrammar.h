@@ -214,7 +214,7 @@ struct Messages
 {
     template <class Rule>
     static constexpr const char* message = grammar::message<Rule>;
-    // A rule fails quietly wherever an alternative is left; only a must<> speaks.
+    // A rule fails without a message while there is an alternative; only a must<> reports one.
     template <class Rule>
     static constexpr bool raise_on_failure = false;
 };

@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "wmihost/repository/ParseTree.h"
 #include "wmihost/repository/QuotedText.h"
 #include "wmihost/terminal/Text.h"
 #include "wmihost/wql/Query.h"
@@ -23,17 +24,6 @@ std::unique_ptr<Node> parsed(std::string_view text)
     } catch (const grammar::p::parse_error& error) {
         throw QueryError(errorAt(text, error.positions().front().byte, std::string(error.message())));
     }
-}
-
-template <class Rule>
-const Node* childOf(const Node& node)
-{
-    for (const auto& child : node.children) {
-        if (child->is_type<Rule>()) {
-            return child.get();
-        }
-    }
-    return nullptr;
 }
 
 std::size_t placeOf(const Node& node)
