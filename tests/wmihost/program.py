@@ -1,5 +1,5 @@
-"""The built wmihost with the built provider, in a Wine prefix that is made when it is missing and kept: other tests register
-the provider, and take its registration away, while these run."""
+"""The built wmihost with the built provider, in a separate Wine prefix, because other tests register and unregister the
+provider while these run. The prefix is made once and kept."""
 
 import os
 import pathlib
@@ -11,7 +11,7 @@ RACES = TOP / "build" / "wine-races"
 
 
 def failure_of_wine(code, out, error):
-    """The name of Wine's failure, or nothing when the program is answerable for its end: see tools/wine-test."""
+    """The name of Wine's failure, or nothing if the program itself has failed or succeeded; see tools/wine-test."""
     if "Inconsistency detected by ld.so" in error:
         return "end"
     return "loader" if code != 0 and not out and not error else None
@@ -23,7 +23,7 @@ def note_race(race, *command):
 
 
 class Program:
-    """wmihost.exe of a build's folder of programs, in a prefix."""
+    """wmihost.exe from a build's folder of programs, run in a prefix."""
 
     def __init__(self, programs, prefix):
         self.programs = pathlib.Path(programs).resolve()
@@ -35,8 +35,8 @@ class Program:
                     LC_ALL="C.UTF-8")
 
     def run(self, *command, folder=None, stdin=b""):
-        """Exit code, standard output and standard error of a program of the machine, which is started once more where
-        Wine failed."""
+        """The exit code, standard output and standard error of a program of the machine. If Wine fails, the program is
+        started once more."""
         result = self.run_once(*command, folder=folder, stdin=stdin)
         race = failure_of_wine(*result)
         if race is None or any("--quiet" in word for word in command):
@@ -45,7 +45,7 @@ class Program:
         return self.run_once(*command, folder=folder, stdin=stdin)
 
     def run_once(self, *command, folder=None, stdin=b""):
-        """Through files: the prefix's services, which outlive the program, would keep a pipe open."""
+        """Uses files, since the prefix's services outlive the program and would keep a pipe open."""
         with open(self.prefix / "in.txt", "w+b") as given, open(self.prefix / "out.txt", "w+b") as out, \
                 open(self.prefix / "error.txt", "w+b") as error:
             given.write(stdin)
@@ -67,7 +67,7 @@ class Program:
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def script(self):
-        """A folder with a script wmihost that runs the program, for the PATH of a shell."""
+        """A folder for a shell's PATH, with a script wmihost that runs the program."""
         folder = self.prefix / "path"
         folder.mkdir(exist_ok=True)
         script = folder / "wmihost"
@@ -76,12 +76,12 @@ class Program:
         return folder
 
     def shell(self, line, folder=None):
-        """The same as run, of a line of bash that may name wmihost."""
+        """Like run(), for a line of bash that may name wmihost."""
         return self.run("bash", "-c", f"PATH='{self.script()}':$PATH; {line}", folder=folder)
 
     def set_up(self):
-        """Makes the prefix, keeps its server, registers the provider and takes away what an earlier run left: settings
-        and jobs."""
+        """Makes the prefix, keeps its server, registers the provider and deletes the settings and jobs that an earlier run
+        left."""
         if not (self.prefix / "system.reg").exists():
             self.prefix.mkdir(parents=True, exist_ok=True)
             self.wine("wineboot", "-i")

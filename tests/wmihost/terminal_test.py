@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Drives the built wmihost with the built provider as a person does: on terminals of 40, 80 and 200 columns (tmux), on pipes
-and on files.
+"""Runs the built wmihost with the built provider like a user: on terminals of 40, 80 and 200 columns (tmux), on pipes and
+with files.
 
     terminal_test.py BIN WORK
 """
@@ -58,7 +58,7 @@ class Terminal:
         return self.tmux("capture-pane", "-p", "-t", self.name).rstrip("\n").split("\n")
 
     def wait_for(self, pattern):
-        """The screen, as soon as one of its lines fits the pattern."""
+        """The screen as soon as one of its lines matches the pattern."""
         end = time.monotonic() + PATIENCE
         while time.monotonic() < end:
             screen = self.screen()
@@ -68,8 +68,8 @@ class Terminal:
         raise AssertionError(f"{pattern!r} did not appear:\n" + "\n".join(self.screen()))
 
     def run(self, line, errors=None):
-        """What the line leaves on the screen, and its exit code. Standard error goes to the file where one is given. The
-        line is run once more where Wine failed."""
+        """What the command line leaves on the screen, and its exit code. Standard error goes to the file `errors` if one is
+        given. The line is run once more if Wine has failed."""
         whole = line if errors is None else f"{line} 2>'{errors}'"
         shown, code = self.run_once(whole)
         race = failure_of_wine(code, "".join(shown), "" if errors is None else errors.read_text())
@@ -102,7 +102,7 @@ def first_port():
 
 
 def cells_of(lines):
-    """Whether each line below the headings is a row, and the text of each column in one piece."""
+    """Whether each line below the headings is a row, and the joined text of each column."""
     rule = next(i for i, line in enumerate(lines) if set(line) <= set("- "))
     columns = [match.span() for match in re.finditer("-+", lines[rule])]
     rows = lines[rule + 1:]
@@ -110,7 +110,7 @@ def cells_of(lines):
 
 
 def identities(instance):
-    """What names an instance, or what it refers to, within quotes."""
+    """The names of instances, of themselves or of what they refer to, within quotes."""
     return re.findall(r'[.,](?:DeviceID|InstanceID|Name)="([^"]*)"', instance["__PATH"].replace('\\"', '"'))
 
 
