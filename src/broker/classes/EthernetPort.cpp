@@ -291,39 +291,19 @@ std::vector<std::uint16_t> operationalStatus(const Row& row)
     return {primaryStatus(row.adapter)};
 }
 
-// A text that identifies the adapter, and its meaning. Both arrays are made from the same list.
-struct Identification
-{
-    const char* description;
-    std::string text;
-};
-
-std::vector<Identification> identifications(const Adapter& adapter)
-{
-    std::vector<Identification> result;
-    if (!adapter.hardwareAddress.empty()) {
-        result.push_back({"Hardware Address", adapter.hardwareAddress});
-    }
-    result.push_back({"Interface LUID", utils::format("0x%llX", static_cast<unsigned long long>(adapter.luid))});
-    return result;
-}
-
 std::vector<std::string> otherIdentifyingInfo(const Row& row)
 {
-    std::vector<std::string> result;
-    for (Identification& entry : identifications(row.adapter)) {
-        result.push_back(std::move(entry.text));
-    }
+    std::vector<std::string> result = networkAddresses(row);
+    result.push_back(utils::format("0x%llX", static_cast<unsigned long long>(row.adapter.luid)));
     return result;
 }
 
-std::vector<std::string> identifyingDescriptions(const Row& row)
+// What each text of OtherIdentifyingInfo is, in its order.
+const std::vector<std::string>& identifyingDescriptions(const Row& row)
 {
-    std::vector<std::string> result;
-    for (const Identification& entry : identifications(row.adapter)) {
-        result.emplace_back(entry.description);
-    }
-    return result;
+    static const std::vector<std::string> withAddress{"Hardware Address", "Interface LUID"};
+    static const std::vector<std::string> withoutAddress{"Interface LUID"};
+    return row.adapter.hardwareAddress.empty() ? withoutAddress : withAddress;
 }
 
 constexpr std::array columns{

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "Os/Windows/AnsiText.h"
 #include "Utils/Exception.h"
@@ -42,10 +43,10 @@ std::string permanentAddress(const MIB_IF_ROW2& row)
     return digits.find_first_not_of('0') == std::string::npos ? std::string() : digits;
 }
 
-InterfaceTraits traitsOf(const MIB_IF_ROW2& row, const std::vector<std::string>& hidden)
+InterfaceTraits traitsOf(const MIB_IF_ROW2& row, bool isHidden)
 {
     return {row.Type, row.InterfaceAndOperStatusFlags.FilterInterface != FALSE, utils::narrow(row.Description),
-            hexDigits(row.PhysicalAddress, row.PhysicalAddressLength), contains(hidden, guidText(row.InterfaceGuid))};
+            hexDigits(row.PhysicalAddress, row.PhysicalAddressLength), isHidden};
 }
 
 Counters countersFrom(const MIB_IF_ROW2& row)
@@ -71,15 +72,16 @@ Counters countersFrom(const MIB_IF_ROW2& row)
     return counters;
 }
 
-Adapter adapterFrom(const MIB_IF_ROW2& row)
+// The GUID and the traits are those of the row.
+Adapter adapterFrom(const MIB_IF_ROW2& row, std::string guid, InterfaceTraits traits)
 {
     Adapter adapter;
-    adapter.guid = guidText(row.InterfaceGuid);
+    adapter.guid = std::move(guid);
     adapter.luid = row.InterfaceLuid.Value;
     adapter.index = row.InterfaceIndex;
     adapter.name = utils::narrow(row.Alias);
-    adapter.description = utils::narrow(row.Description);
-    adapter.hardwareAddress = hexDigits(row.PhysicalAddress, row.PhysicalAddressLength);
+    adapter.description = std::move(traits.description);
+    adapter.hardwareAddress = std::move(traits.hardwareAddress);
     adapter.permanentAddress = permanentAddress(row);
     adapter.transmitSpeed = knownSpeed(row.TransmitLinkSpeed);
     adapter.receiveSpeed = knownSpeed(row.ReceiveLinkSpeed);
@@ -168,8 +170,10 @@ std::vector<Adapter> PlatformAdapters::readAdapters()
     std::vector<Adapter> adapters;
     adapters.reserve(table->NumEntries);
     std::for_each(table->Table, table->Table + table->NumEntries, [&adapters, &hidden](const MIB_IF_ROW2& row) {
-        if (isPort(traitsOf(row, hidden))) {
-            adapters.push_back(adapterFrom(row));
+        std::string guid = guidText(row.InterfaceGuid);
+        InterfaceTraits traits = traitsOf(row, contains(hidden, guid));
+        if (isPort(traits)) {
+            adapters.push_back(adapterFrom(row, std::move(guid), std::move(traits)));
         }
     });
     return adapters;
@@ -202,7 +206,7 @@ std::optional<Adapter> PlatformAdapters::readAdapter(std::uint64_t luid)
         here.error("GetIfEntry2 error %d", status);
         return std::nullopt;
     }
-    return adapterFrom(row);
+    return adapterFrom(row, guidText(row.InterfaceGuid), traitsOf(row, false));
 }
 
 StateChange PlatformAdapters::setAdministrativeState(const Adapter& adapter, AdministrativeState state)
