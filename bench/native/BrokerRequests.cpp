@@ -1,6 +1,7 @@
 #include <atomic>
 #include <cstdio>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -19,16 +20,23 @@ namespace {
 
 using fakes::JobRequests;
 
+std::size_t readAll(core::CimInstance& instance)
+{
+    std::size_t count = 0;
+    auto properties = instance.propertyIterator();
+    while (properties.next() != nullptr) {
+        ++count;
+    }
+    return count;
+}
+
 std::size_t readAll(core::CimBroker& broker, const char* className)
 {
     std::size_t count = 0;
     auto found = broker.getInstances(className);
     auto iterator = found.getIterator();
     while (core::CimInstance* instance = iterator.next()) {
-        auto properties = instance->propertyIterator();
-        while (properties.next() != nullptr) {
-            ++count;
-        }
+        count += readAll(*instance);
     }
     return count;
 }
@@ -51,16 +59,32 @@ public:
 
     std::size_t list(const char* className) { return readAll(m_broker, className); }
 
+    // Reads the last port. Its path is rendered once, before anything is counted.
+    std::size_t getPort()
+    {
+        if (!m_port) {
+            auto ports = m_broker.getInstances("Zerix_EthernetPort");
+            auto iterator = ports.getIterator();
+            while (core::CimInstance* port = iterator.next()) {
+                m_port.emplace(port->toPathString());
+            }
+        }
+        return readAll(*m_broker.getInstanceByPath(*m_port));
+    }
+
 private:
     fakes::Adapters m_adapters;
     fakes::Machine m_machine;
     fakes::Storage m_storage;
     fakes::ManualThread m_thread;
     fakes::Hosts m_hosts;
+    std::optional<core::CimPath> m_port;
     broker::ObjectBroker m_broker{{m_adapters, m_machine, m_storage, m_thread, m_hosts}};
 };
 
-const std::map<std::string_view, const char*> CLASSES{{"ports", "Zerix_EthernetPort"},
+// The class that is listed; null for a get of a port.
+const std::map<std::string_view, const char*> CLASSES{{"port", nullptr},
+                                                      {"ports", "Zerix_EthernetPort"},
                                                       {"endpoints", "Zerix_IPProtocolEndpoint"},
                                                       {"statistics", "Zerix_EthernetPortStatistics"},
                                                       {"associations", "Zerix_PortImplementsEndpoint"}};
@@ -123,7 +147,9 @@ int countAdapters(const char* className, std::size_t adapters, std::string_view 
 {
     constexpr std::string_view THREADS = "threads=";
     AdapterRequests broker(adapters);
-    const std::function<std::size_t()> request = [&] { return broker.list(className); };
+    const std::function<std::size_t()> request = [&] {
+        return className == nullptr ? broker.getPort() : broker.list(className);
+    };
     const std::size_t others = mode.starts_with(THREADS) ? std::stoul(std::string(mode.substr(THREADS.size()))) : 0;
     const OtherThreads threads(others, request);
     request();

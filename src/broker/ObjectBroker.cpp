@@ -50,12 +50,11 @@ void ObjectBroker::modifyInstance(core::CimPath& path, core::CimPropertyList& pr
 {
     try {
         Workspace& workspace = beginRequest(path.getClassName());
-        const InstanceStore* store = workspace.instances(path.getClassName());
-        const InstanceStore::Record* record = store == nullptr ? nullptr : store->find(path, workspace);
+        const InstanceStore::Record* record = workspace.find(path);
         if (record == nullptr) {
             throw notFound(path);
         }
-        modify(*store, *record, properties, workspace, m_settings);
+        modify(workspace.storeOf(path.getClassName()), *record, properties, workspace, m_settings);
     } catch (const utils::EInvalidParameter&) {
         throw;
     } catch (const utils::EForbidden&) {

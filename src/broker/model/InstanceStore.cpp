@@ -6,16 +6,18 @@ namespace broker {
 
 namespace {
 
-// A key value of a path. A reference is resolved once, when the first candidate needs it.
+// The value that a path has for a key column. A reference is resolved once, when the first candidate needs it.
 class KeyValue
 {
 public:
-    KeyValue(const std::string& name, const std::string& text) noexcept : m_name(&name), m_text(&text) {}
-
-    const std::string& name() const noexcept { return *m_name; }
-
-    bool equals(const core::CimProperty& property, bool ignoresCase, ReferenceResolver& references)
+    KeyValue(std::size_t column, bool ignoresCase, const std::string& text) noexcept
+        : m_column(column), m_ignoresCase(ignoresCase), m_text(&text)
     {
+    }
+
+    bool matches(const InstanceStore::Record& record, ReferenceResolver& references)
+    {
+        const core::CimProperty& property = *record.properties[m_column];
         if (property.getType() == core::CimProperty::EPT_REF) {
             if (!m_isResolved) {
                 m_instance = references.resolve(*m_text);
@@ -24,11 +26,12 @@ public:
             return m_instance != nullptr && static_cast<const core::CimPropertyRef&>(property).getValue() == m_instance;
         }
         const std::string value = property.toString();
-        return ignoresCase ? sameName(value, *m_text) : value == *m_text;
+        return m_ignoresCase ? sameName(value, *m_text) : value == *m_text;
     }
 
 private:
-    const std::string* m_name;
+    std::size_t m_column;
+    bool m_ignoresCase;
     const std::string* m_text;
     core::CimInstance* m_instance = nullptr;
     bool m_isResolved = false;
@@ -50,28 +53,28 @@ void InstanceStore::clear() noexcept
 
 const InstanceStore::Record* InstanceStore::find(const core::CimPath& path, ReferenceResolver& references) const
 {
-    std::vector<KeyValue> keys;
-    for (const auto& [name, value] : path) {
-        keys.emplace_back(name, value);
+    if (m_records.empty()) {
+        return nullptr;
     }
-    const auto matches = [&](const Record& record) {
-        std::size_t matched = 0;
-        for (std::size_t i = 0; i < record.properties.size(); ++i) {
-            const core::CimProperty& property = *record.properties[i];
-            if (!property.isKey()) {
-                continue;
-            }
-            const auto key = std::find_if(keys.begin(), keys.end(), [&property](const KeyValue& candidate) {
-                return sameName(candidate.name(), property.getName());
+    std::vector<KeyValue> keys;
+    const std::vector<core::CimProperty*>& properties = m_records.front().properties;
+    for (std::size_t i = 0; i < properties.size(); ++i) {
+        if (properties[i]->isKey()) {
+            const auto key = std::find_if(path.begin(), path.end(), [&](const auto& candidate) {
+                return sameName(candidate.first, properties[i]->getName());
             });
-            if (key == keys.end() || !key->equals(property, ignoresCase(i), references)) {
-                return false;
+            if (key == path.end()) {
+                return nullptr;
             }
-            ++matched;
+            keys.emplace_back(i, ignoresCase(i), key->second);
         }
-        return matched == keys.size();
-    };
-    const auto record = std::find_if(m_records.begin(), m_records.end(), matches);
+    }
+    if (keys.size() != path.size()) {
+        return nullptr;
+    }
+    const auto record = std::find_if(m_records.begin(), m_records.end(), [&](const Record& candidate) {
+        return std::all_of(keys.begin(), keys.end(), [&](KeyValue& key) { return key.matches(candidate, references); });
+    });
     return record == m_records.end() ? nullptr : &*record;
 }
 

@@ -73,6 +73,10 @@ public:
     // Makes the instances match the class's present rows. If it throws, the store is empty.
     virtual void update(Workspace& workspace) = 0;
 
+    // As update, and returns what find() does. Of the other instances only the keys are up to date, since their values
+    // may take calls of the platform.
+    virtual const Record* updateOne(Workspace& workspace, const core::CimPath& path, ReferenceResolver& references) = 0;
+
     // Deletes the instances.
     void clear() noexcept;
 
@@ -136,22 +140,32 @@ public:
         }
     }
 
+    const Record* updateOne(Workspace& workspace, const core::CimPath& path, ReferenceResolver& references) override
+    {
+        try {
+            const std::vector<Row> rows = m_description->rows(workspace);
+            arrange(rows);
+            for (std::size_t i = 0; i < rows.size(); ++i) {
+                assign(m_records[i], rows[i], Shape::KEYS);
+            }
+            const Record* const found = find(path, references);
+            if (found != nullptr) {
+                assign(*found, rows[static_cast<std::size_t>(found - m_records.data())], Shape::WHOLE);
+            }
+            return found;
+        } catch (...) {
+            clear();
+            throw;
+        }
+    }
+
     // Makes the instances match the rows. An instance whose row still exists stays, and only its differing values are
     // set. If it throws, the instances are unspecified until the next call or clear().
     void show(const std::vector<Row>& rows)
     {
-        std::vector<std::string> ids;
-        ids.reserve(rows.size());
-        for (const Row& row : rows) {
-            ids.push_back(m_description->id(row));
-        }
-        const bool areTheSame = std::equal(ids.begin(), ids.end(), m_records.begin(), m_records.end(),
-                                           [](const std::string& id, const Record& record) { return id == record.id; });
-        if (!areTheSame) {
-            arrange(rows, std::move(ids));
-        }
+        arrange(rows);
         for (std::size_t i = 0; i < rows.size(); ++i) {
-            assign(m_records[i], rows[i]);
+            assign(m_records[i], rows[i], Shape::WHOLE);
         }
     }
 
@@ -163,9 +177,24 @@ protected:
     bool ignoresCase(std::size_t column) const override { return m_columns[column]->ignoresCase; }
 
 private:
-    // Makes one record for each id, which belong to the rows in the same order. Deletes instances that are gone before
+    // Makes one record for each row, in their order.
+    void arrange(const std::vector<Row>& rows)
+    {
+        std::vector<std::string> ids;
+        ids.reserve(rows.size());
+        for (const Row& row : rows) {
+            ids.push_back(m_description->id(row));
+        }
+        const bool areTheSame = std::equal(ids.begin(), ids.end(), m_records.begin(), m_records.end(),
+                                           [](const std::string& id, const Record& record) { return id == record.id; });
+        if (!areTheSame) {
+            rearrange(rows, std::move(ids));
+        }
+    }
+
+    // The ids belong to the rows in the same order. Deletes instances that are gone before
     // it makes new ones, since each instance holds handles.
-    void arrange(const std::vector<Row>& rows, std::vector<std::string> ids)
+    void rearrange(const std::vector<Row>& rows, std::vector<std::string> ids)
     {
         std::unordered_map<std::string, std::size_t> indexOfId;
         for (std::size_t i = 0; i < ids.size(); ++i) {
@@ -210,10 +239,13 @@ private:
         return record;
     }
 
-    void assign(Record& record, const Row& row) const
+    // Sets the properties that belong to the shape.
+    void assign(const Record& record, const Row& row, Shape shape) const
     {
         for (std::size_t i = 0; i < record.properties.size(); ++i) {
-            m_columns[i]->refresh(*record.properties[i], row);
+            if (shape == Shape::WHOLE || m_columns[i]->isKey) {
+                m_columns[i]->refresh(*record.properties[i], row);
+            }
         }
     }
 

@@ -22,7 +22,7 @@ Workspace::Workspace(const Sources& sources) : m_sources(sources)
 {
     m_classes.reserve(servedClasses.size());
     for (const ServedClass* served : servedClasses) {
-        m_classes.push_back({served->name, {served->makeStore(Shape::WHOLE), 0}, {served->makeStore(Shape::KEYS), 0}});
+        m_classes.push_back({served->name, {served->makeStore(Shape::WHOLE)}, {served->makeStore(Shape::KEYS)}});
     }
 }
 
@@ -65,8 +65,18 @@ const InstanceStore& Workspace::references(const char* className)
 
 const InstanceStore::Record* Workspace::find(const core::CimPath& path)
 {
-    const InstanceStore* store = instances(path.getClassName());
-    return store == nullptr ? nullptr : store->find(path, *this);
+    Class* const served = classOf(path.getClassName());
+    if (served == nullptr) {
+        return nullptr;
+    }
+    Slot& slot = served->instances;
+    if (slot.request == m_request && slot.isWhole) {
+        return slot.store->find(path, *this);
+    }
+    const InstanceStore::Record* const found = slot.store->updateOne(*this, path, *this);
+    slot.request = m_request;
+    slot.isWhole = false;
+    return found;
 }
 
 core::CimInstance* Workspace::resolve(const std::string& text)
@@ -128,9 +138,10 @@ Workspace::Class* Workspace::classOf(std::string_view name) noexcept
 
 const InstanceStore& Workspace::current(Slot& slot)
 {
-    if (slot.request != m_request) {
+    if (slot.request != m_request || !slot.isWhole) {
         slot.store->update(*this);
         slot.request = m_request;
+        slot.isWhole = true;
     }
     return *slot.store;
 }

@@ -45,8 +45,12 @@ public:
     // The targets of references to the class's instances, up to date. Each is an instance with only the keys.
     const InstanceStore& references(const char* className);
 
-    // The record that the path names, up to date; null when there is none.
+    // The record that the path names, up to date; null when there is none. Of the other instances of the class only the
+    // keys are up to date.
     const InstanceStore::Record* find(const core::CimPath& path);
+
+    // The store of the class, which must be served, as the last of the functions above left it.
+    const InstanceStore& storeOf(const std::string& className) noexcept { return *classOf(className)->instances.store; }
 
     core::CimInstance* resolve(const std::string& text) override;
 
@@ -64,11 +68,12 @@ public:
     core::CimInstance* job(const std::string& id);
 
 private:
-    // A store, and the number of the last request that brought it up to date.
+    // A store, and the number of the last request that brought it up to date, or one of its instances only.
     struct Slot
     {
         std::unique_ptr<InstanceStore> store;
         std::uint64_t request = 0;
+        bool isWhole = false;
     };
 
     struct Class

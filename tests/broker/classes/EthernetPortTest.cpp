@@ -89,6 +89,17 @@ TEST_F(EthernetPort, Link_isReadOnceForAnInstance)
     EXPECT_EQ(m_world.adapters.linkReads, 1);
 }
 
+TEST_F(EthernetPort, Get_readsTheLinkOfItsAdapterOnly)
+{
+    m_world.adapters.set({fakes::adapter(1), fakes::adapter(2), fakes::adapter(3)});
+    m_workspace.begin("Zerix_EthernetPort");
+    const std::string path = m_workspace.instances("Zerix_EthernetPort")->records()[1].instance->toPathString();
+    m_world.adapters.linkReads = 0;
+    m_workspace.begin("Zerix_EthernetPort");
+    EXPECT_NE(m_workspace.find(core::CimPath(path)), nullptr);
+    EXPECT_EQ(m_world.adapters.linkReads, 1);
+}
+
 TEST_F(EthernetPort, ReferenceToAPort_readsNoLink)
 {
     m_world.adapters.set({m_adapter});

@@ -144,6 +144,32 @@ TEST_F(InstanceStoreTest, FailedUpdate_leavesItEmpty)
     EXPECT_THAT(ids(), ElementsAre("b"));
 }
 
+TEST_F(InstanceStoreTest, UpdateOfOne_leavesOnlyKeysToTheRest)
+{
+    fakes::World world;
+    broker::Workspace workspace(world.sources());
+    m_resolver.instances["it"] = &m_other;
+    rowsNow = {{"a", 1, &m_other}, {"b", 2, &m_other}};
+    const core::CimPath path("Class.Id=\"b\",Number=2,Other=\"it\"");
+    const broker::InstanceStore::Record* const found = m_store.updateOne(workspace, path, m_resolver);
+    EXPECT_EQ(found, &m_store.records()[1]);
+    EXPECT_THAT(ids(), ElementsAre("a", "b"));
+    EXPECT_EQ(support::value(*m_store.records()[0].instance, "Value"), "null");
+    EXPECT_EQ(support::value(*m_store.records()[1].instance, "Value"), "20");
+    EXPECT_EQ(m_store.updateOne(workspace, core::CimPath("Class.Id=\"c\""), m_resolver), nullptr);
+}
+
+TEST_F(InstanceStoreTest, FailedUpdateOfOne_leavesItEmpty)
+{
+    fakes::World world;
+    broker::Workspace workspace(world.sources());
+    m_resolver.instances["it"] = &m_other;
+    rowsNow = {{"a", 1, &m_other}, {"b", 2, &m_other, true}};
+    const core::CimPath path("Class.Id=\"b\",Number=2,Other=\"it\"");
+    EXPECT_THROW(m_store.updateOne(workspace, path, m_resolver), std::runtime_error);
+    EXPECT_THAT(m_store.records(), IsEmpty());
+}
+
 TEST_F(InstanceStoreTest, Record_isFoundByItsId)
 {
     m_store.show({{"b"}, {"a"}});

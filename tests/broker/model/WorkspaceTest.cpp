@@ -258,6 +258,30 @@ TEST_F(Workspace, Begin_keepsTheClassAndWhatItRefersTo)
     EXPECT_EQ(kept(), before);
 }
 
+TEST_F(Workspace, Begin_afterAGet_keepsWhatItRefersTo)
+{
+    setManyAdapters(m_adapters);
+    m_workspace.begin("Zerix_PortImplementsEndpoint");
+    const std::string path = pathOf("Zerix_PortImplementsEndpoint", 7);
+    const auto* port = m_workspace.references("Zerix_EthernetPort").records()[7].instance.get();
+    for (int i = 0; i < 2; ++i) {
+        m_workspace.begin("Zerix_PortImplementsEndpoint");
+        EXPECT_NE(find(path), nullptr);
+        EXPECT_EQ(m_workspace.references("Zerix_EthernetPort").records()[7].instance.get(), port);
+    }
+}
+
+TEST_F(Workspace, ListAfterAGet_hasEveryValue)
+{
+    const std::string path = pathOf("Zerix_EthernetPort", 0);
+    broker::Adapter changed = fakes::adapter(2);
+    changed.mtu = 9000;
+    m_adapters.set({fakes::adapter(1), changed});
+    m_workspace.begin("Zerix_EthernetPort");
+    EXPECT_NE(find(path), nullptr);
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ActiveMaximumTransmissionUnit"), ElementsAre("1500", "9000"));
+}
+
 TEST_F(Workspace, Begin_keepsAHandful)
 {
     const auto& ports = m_workspace.instances("Zerix_EthernetPort")->records();
