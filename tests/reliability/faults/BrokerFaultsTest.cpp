@@ -23,6 +23,7 @@
 // loads both modules again. The stored entries are in a branch of the registry that belongs to the test.
 namespace {
 
+using reliability::Attempt;
 using reliability::FaultPoint;
 using reliability::Outcome;
 using reliability::Row;
@@ -169,16 +170,6 @@ std::string textOf(Phase phase)
     return phase == Phase::LOAD ? "load before " : phase == Phase::REQUEST ? "" : "unload after ";
 }
 
-struct Attempt
-{
-    Outcome disturbed;
-    // A further request to the same modules, in which nothing fails.
-    Outcome next;
-    std::string leaks;
-    int calls = 0;
-    bool fired = false;
-};
-
 class BrokerFaults : public testing::Test
 {
 protected:
@@ -254,15 +245,7 @@ protected:
             result.calls = fault->calls();
             result.fired = fault->fired();
         }
-        if (memory->live() != 0) {
-            result.leaks += std::to_string(memory->live()) + " C++ blocks are left after the modules are gone; ";
-        }
-        const reliability::Balance after = reliability::balanceNow(m_comMemory);
-        if (!(before == after)) {
-            result.leaks += "handles " + std::to_string(before.handles) + " -> " + std::to_string(after.handles) +
-                            ", COM blocks " + std::to_string(before.comBlocks) + " -> " +
-                            std::to_string(after.comBlocks);
-        }
+        result.leaks += reliability::leaksText(*memory, before, reliability::balanceNow(m_comMemory));
         return result;
     }
 
@@ -275,7 +258,12 @@ protected:
         }
         ASSERT_THAT(normal.disturbed.disorder + normal.leaks, IsEmpty()) << request.name;
         for (const FaultPoint& point : ofBroker ? reliability::brokerFaultPoints() : reliability::faultPoints()) {
-            const Row row = failEveryCallOf(request, phase, ofBroker, point, normal);
+            const auto failing = [&](int call) { return attempt(request, phase, ofBroker, &point, call); };
+            constexpr int SAMPLE = 4;
+            const bool all = reliability::everyCall() || phase == Phase::LOAD;
+            // An attempt that fails no call only counts them.
+            const int step = all ? 1 : std::max(1, failing(-1).calls / SAMPLE);
+            const Row row = reliability::failEveryCall(request.name, request.scenario, point, step, normal, failing);
             table << "| " << textOf(phase) << request.name << " | " << (ofBroker ? "broker" : "provider") << " | "
                   << point.function << " | " << point.failure << " | " << row.calls << " | " << row.fired << " | "
                   << reliability::effectsText(row) << " |\n";
@@ -286,37 +274,6 @@ protected:
     const support::ComMemory m_comMemory;
     const std::string m_portPath = firstPortPath();
     const support::PrivateRegistry m_registry;
-
-private:
-    Row failEveryCallOf(const Request& request, Phase phase, bool ofBroker, const FaultPoint& point,
-                        const Attempt& normal)
-    {
-        // A run that only counts the calls.
-        Row row;
-        row.calls = attempt(request, phase, ofBroker, &point, -1).calls;
-        constexpr int SAMPLE = 4;
-        const int step = reliability::everyCall() || phase == Phase::LOAD ? 1 : std::max(1, row.calls / SAMPLE);
-        for (int call = 1;; call += step) {
-            Attempt found = attempt(request, phase, ofBroker, &point, call);
-            if (!found.leaks.empty()) {
-                // Resources that the platform allocates at first use stay once. A leak grows with every attempt.
-                found = attempt(request, phase, ofBroker, &point, call);
-            }
-            if (!found.fired) {
-                break;
-            }
-            ++row.fired;
-            const std::string where = std::string(request.name) + ": " + point.function + " (" + point.failure +
-                                      "), call " + std::to_string(call) + " of " + std::to_string(found.calls);
-            const std::string effect =
-                reliability::effectOf(request.scenario, point, normal.disturbed, found.disturbed);
-            EXPECT_FALSE(effect.empty()) << where << ": " << reliability::describe(found.disturbed);
-            EXPECT_THAT(found.disturbed.disorder + found.leaks, IsEmpty()) << where << ": " << effect;
-            EXPECT_EQ(found.next, normal.next) << where << ": the next request: " << reliability::describe(found.next);
-            ++row.effects[effect.empty() ? "UNDEFINED" : effect];
-        }
-        return row;
-    }
 };
 
 class BrokerFaultsTest : public BrokerFaults, public testing::WithParamInterface<Request>

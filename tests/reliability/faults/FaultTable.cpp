@@ -30,8 +30,8 @@ bool isNotThere(Scenario scenario, const Outcome& normal, const Outcome& found)
            reports.back() == "sink.SetStatus(0, 0x00000000, null, null)";
 }
 
-}  // namespace
-
+// Returns the name of the outcome if it is one of the function's permitted effects, and otherwise an empty text.
+// `normal` is the outcome without a failure.
 std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& normal, const Outcome& found)
 {
     const auto may = [&point](Effect effect) { return (point.effects & effect) != 0; };
@@ -91,6 +91,26 @@ std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& 
     return "";
 }
 
+std::string describe(const Outcome& outcome)
+{
+    return outcome.answer + testing::PrintToString(outcome.reports()) + " " + outcome.disorder;
+}
+
+}  // namespace
+
+std::string leaksText(const ModuleMemory& memory, const Balance& before, const Balance& after)
+{
+    std::string text;
+    if (memory.live() != 0) {
+        text += std::to_string(memory.live()) + " C++ blocks are left after the modules are gone; ";
+    }
+    if (before != after) {
+        text += "handles " + std::to_string(before.handles) + " -> " + std::to_string(after.handles) + ", COM blocks " +
+                std::to_string(before.comBlocks) + " -> " + std::to_string(after.comBlocks);
+    }
+    return text;
+}
+
 std::string effectsText(const Row& row)
 {
     std::string text;
@@ -100,9 +120,29 @@ std::string effectsText(const Row& row)
     return text;
 }
 
-std::string describe(const Outcome& outcome)
+Row failEveryCall(const std::string& request, Scenario scenario, const FaultPoint& point, int step,
+                  const Attempt& normal, const std::function<Attempt(int call)>& attempt)
 {
-    return outcome.answer + testing::PrintToString(outcome.reports()) + " " + outcome.disorder;
+    Row row;
+    for (int call = 1;; call += step) {
+        Attempt found = attempt(call);
+        if (!found.leaks.empty()) {
+            // Resources that the platform allocates at first use stay once. A leak grows with every attempt.
+            found = attempt(call);
+        }
+        row.calls = std::max(row.calls, found.calls);
+        if (!found.fired) {
+            return row;
+        }
+        ++row.fired;
+        const std::string where = request + ": " + point.function + " (" + point.failure + "), call " +
+                                  std::to_string(call) + " of " + std::to_string(found.calls);
+        const std::string effect = effectOf(scenario, point, normal.disturbed, found.disturbed);
+        EXPECT_FALSE(effect.empty()) << where << ": " << describe(found.disturbed);
+        EXPECT_EQ(found.disturbed.disorder + found.leaks, "") << where << ": " << effect;
+        EXPECT_EQ(found.next, normal.next) << where << ": the next request: " << describe(found.next);
+        ++row.effects[effect.empty() ? "UNDEFINED" : effect];
+    }
 }
 
 bool everyCall()

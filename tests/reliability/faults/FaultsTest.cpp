@@ -15,21 +15,11 @@
 // that are made at first use are made under failures too.
 namespace {
 
+using reliability::Attempt;
 using reliability::FaultPoint;
-using reliability::Outcome;
 using reliability::Row;
 using reliability::Scenario;
 using testing::IsEmpty;
-
-struct Attempt
-{
-    Outcome disturbed;
-    // The same request to the same module, in which nothing fails.
-    Outcome next;
-    std::string leaks;
-    int calls = 0;
-    bool fired = false;
-};
 
 Attempt attempt(Scenario scenario, const support::ComMemory& comMemory, const FaultPoint* point, int call)
 {
@@ -56,14 +46,7 @@ Attempt attempt(Scenario scenario, const support::ComMemory& comMemory, const Fa
     memory.releaseModule();
     support::releaseModule(module->handle());
     module.reset();
-    if (memory.live() != 0) {
-        result.leaks += std::to_string(memory.live()) + " C++ blocks are left after the module is gone; ";
-    }
-    const reliability::Balance after = reliability::balanceNow(comMemory);
-    if (!(before == after)) {
-        result.leaks += "handles " + std::to_string(before.handles) + " -> " + std::to_string(after.handles) +
-                        ", COM blocks " + std::to_string(before.comBlocks) + " -> " + std::to_string(after.comBlocks);
-    }
+    result.leaks = reliability::leaksText(memory, before, reliability::balanceNow(comMemory));
     return result;
 }
 
@@ -89,40 +72,14 @@ protected:
             if (level > 1 && std::string(point.function) != "_Znwy") {
                 continue;
             }
-            const Row row = failEveryCallOf(point, level == 1 || reliability::everyCall() ? 1 : 7, normal, comMemory);
+            const Row row = reliability::failEveryCall(
+                reliability::nameOf(GetParam()), GetParam(), point, level == 1 || reliability::everyCall() ? 1 : 7,
+                normal, [&](int call) { return attempt(GetParam(), comMemory, &point, call); });
             table << "| " << reliability::nameOf(GetParam()) << " | " << level << " | " << point.function << " | "
                   << point.failure << " | " << row.calls << " | " << row.fired << " | " << reliability::effectsText(row)
                   << " |\n";
         }
         FreeLibrary(broker);
-    }
-
-private:
-    Row failEveryCallOf(const FaultPoint& point, int step, const Attempt& normal, const support::ComMemory& comMemory)
-    {
-        Row row;
-        for (int call = 1;; call += step) {
-            Attempt found = attempt(GetParam(), comMemory, &point, call);
-            if (!found.leaks.empty()) {
-                // Resources that the platform allocates at first use stay once. A leak grows with every attempt.
-                found = attempt(GetParam(), comMemory, &point, call);
-            }
-            if (call == 1 || found.calls > row.calls) {
-                row.calls = found.calls;
-            }
-            if (!found.fired) {
-                break;
-            }
-            ++row.fired;
-            const std::string where = std::string(point.function) + " (" + point.failure + "), call " +
-                                      std::to_string(call) + " of " + std::to_string(found.calls);
-            const std::string effect = reliability::effectOf(GetParam(), point, normal.disturbed, found.disturbed);
-            EXPECT_FALSE(effect.empty()) << where << ": " << reliability::describe(found.disturbed);
-            EXPECT_THAT(found.disturbed.disorder + found.leaks, IsEmpty()) << where << ": " << effect;
-            EXPECT_EQ(found.next, normal.next) << where << ": the next request: " << reliability::describe(found.next);
-            ++row.effects[effect.empty() ? "UNDEFINED" : effect];
-        }
-        return row;
     }
 };
 
