@@ -2,18 +2,23 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "Os/Windows/Platform.h"
 
 namespace support {
 
-// While it lives, HKEY_LOCAL_MACHINE of this process is an empty branch of the user's registry. One object at a
-// time.
+// While it lives, HKEY_LOCAL_MACHINE of this process is a branch of the user's registry. One object at a time.
 class PrivateRegistry
 {
 public:
-    // Throws std::runtime_error when the platform refuses.
-    PrivateRegistry() : m_name("Software\\ZerixTest" + std::to_string(GetCurrentProcessId()))
+    // Makes an empty branch, which the destructor deletes. Throws std::runtime_error when the platform refuses.
+    PrivateRegistry() : PrivateRegistry("Software\\ZerixTest" + std::to_string(GetCurrentProcessId()))
+    {
+        m_isOwner = true;
+    }
+    // Shares the branch of another process. Throws std::runtime_error when the platform refuses.
+    explicit PrivateRegistry(std::string name) : m_name(std::move(name))
     {
         if (RegCreateKeyExA(HKEY_CURRENT_USER, m_name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &m_root,
                             nullptr) != ERROR_SUCCESS ||
@@ -26,10 +31,15 @@ public:
     {
         RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
         RegCloseKey(m_root);
-        RegDeleteTreeA(HKEY_CURRENT_USER, m_name.c_str());
+        if (m_isOwner) {
+            RegDeleteTreeA(HKEY_CURRENT_USER, m_name.c_str());
+        }
     }
     PrivateRegistry(const PrivateRegistry&) = delete;
     PrivateRegistry& operator=(const PrivateRegistry&) = delete;
+
+    // The name for another process that shares the branch.
+    const std::string& name() const noexcept { return m_name; }
 
     // Removes everything that the product has stored.
     void clear() const { RegDeleteTreeA(m_root, SETTINGS_KEY); }
@@ -46,6 +56,7 @@ private:
 
     std::string m_name;
     HKEY m_root = nullptr;
+    bool m_isOwner = false;
 };
 
 }  // namespace support

@@ -13,6 +13,7 @@
 #include "broker/jobs/JobEntry.h"
 #include "broker/windows/BrokerLibrary.h"
 #include "broker/windows/TestProcess.h"
+#include "support/PrivateRegistry.h"
 
 // Ends processes at random moments while they start and delete jobs through the built library. The next process must
 // find everything that they were answered. The registry is a branch of the user's registry for this test.
@@ -23,11 +24,12 @@ constexpr const char* ROOT_VARIABLE = "ZERIX_PROCESS_END_ROOT";
 constexpr const char* KEY = "Software\\Vexal\\DRAVEv2";
 
 // The values below one of the product's keys.
-std::map<std::string, std::string> storedBelow(const support::OwnRegistry& registry, const char* name)
+std::map<std::string, std::string> storedBelow(const char* name)
 {
     std::map<std::string, std::string> result;
     HKEY key = nullptr;
-    if (RegOpenKeyExA(registry.key(), (std::string(KEY) + "\\" + name).c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, (std::string(KEY) + "\\" + name).c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+    {
         return result;
     }
     std::array<char, 256> value{};
@@ -54,7 +56,7 @@ TEST(ProcessEndClient, DISABLED_run)
     if (log == nullptr || root == nullptr) {
         return;
     }
-    const support::OwnRegistry registry(root);
+    const support::PrivateRegistry registry(root);
     const support::Library library;
     std::ofstream answers(log, std::ios::app);
     std::mt19937 random(GetCurrentProcessId());
@@ -78,23 +80,14 @@ TEST(ProcessEndClient, DISABLED_run)
 class ProcessEnd : public testing::Test
 {
 protected:
-    ProcessEnd()
-        : m_root("Software\\ZerixProcessEnd" + std::to_string(GetCurrentProcessId())),
-          m_log("process-end-" + std::to_string(GetCurrentProcessId()) + ".log")
-    {
-    }
-    ~ProcessEnd() override
-    {
-        RegDeleteTreeA(HKEY_CURRENT_USER, m_root.c_str());
-        DeleteFileA(m_log.c_str());
-    }
+    ~ProcessEnd() override { DeleteFileA(m_log.c_str()); }
 
     // Ends the process at a random moment after its first answer.
     void runAndEnd(DWORD milliseconds) const
     {
         std::ofstream(m_log, std::ios::trunc).flush();
         SetEnvironmentVariableA(LOG_VARIABLE, m_log.c_str());
-        SetEnvironmentVariableA(ROOT_VARIABLE, m_root.c_str());
+        SetEnvironmentVariableA(ROOT_VARIABLE, m_registry.name().c_str());
         const support::TestProcess process("ProcessEndClient.DISABLED_run");
         ASSERT_TRUE(process.hasStarted());
         while (answers().empty() && process.isRunning()) {
@@ -116,8 +109,8 @@ protected:
         return result;
     }
 
-    std::string m_root;
-    std::string m_log;
+    const support::PrivateRegistry m_registry;
+    const std::string m_log = "process-end-" + std::to_string(GetCurrentProcessId()) + ".log";
 };
 
 TEST_F(ProcessEnd, WhatWasAnswered_isWhatTheNextProcessFinds)
@@ -126,17 +119,16 @@ TEST_F(ProcessEnd, WhatWasAnswered_isWhatTheNextProcessFinds)
     std::mt19937 random(static_cast<unsigned>(GetTickCount64()));
     std::map<std::string, int> answered;
     std::map<std::string, int> found;
-    const support::OwnRegistry registry(m_root);
     for (int round = 0; round < rounds; ++round) {
         {
             const support::Library library;
             support::setSamplePeriod(library, 10);
         }
         runAndEnd(random() % 120);
-        for (const auto& [id, entry] : storedBelow(registry, "Jobs")) {
+        for (const auto& [id, entry] : storedBelow("Jobs")) {
             EXPECT_TRUE(broker::jobOf(id, entry)) << entry;
         }
-        for (const auto& [id, entry] : storedBelow(registry, "Results")) {
+        for (const auto& [id, entry] : storedBelow("Results")) {
             EXPECT_TRUE(broker::resultOf(id, entry)) << entry;
         }
         const support::Library library;

@@ -6,6 +6,7 @@
 #include "broker/Properties.h"
 #include "broker/windows/BrokerLibrary.h"
 #include "broker/windows/TestProcess.h"
+#include "support/PrivateRegistry.h"
 
 // Processes change different settings of one record at once through the built library. Each must find the settings that
 // it has stored, although the others change the record too.
@@ -71,7 +72,7 @@ TEST(SettingsOfHostsClient, DISABLED_run)
     if (root == nullptr || role == nullptr) {
         return;
     }
-    const support::OwnRegistry registry(root);
+    const support::PrivateRegistry registry(root);
     const support::Library library;
     const std::string adapter = firstAdapterSetting(library);
     const bool isFirst = role == std::string("first");
@@ -87,28 +88,24 @@ TEST(SettingsOfHostsClient, DISABLED_run)
 
 TEST(SettingsOfHosts, ChangesAtOnce_areAllKept)
 {
-    const std::string root = "Software\\ZerixSettings" + std::to_string(GetCurrentProcessId());
-    {
-        const support::OwnRegistry registry(root);
-        const support::Library library;
-        changePair(library, 1);
-        SetEnvironmentVariableA(ROOT_VARIABLE, root.c_str());
-        SetEnvironmentVariableA(ROLE_VARIABLE, "first");
-        const support::TestProcess first("SettingsOfHostsClient.DISABLED_run");
-        SetEnvironmentVariableA(ROLE_VARIABLE, "second");
-        const support::TestProcess second("SettingsOfHostsClient.DISABLED_run");
-        ASSERT_TRUE(first.hasStarted() && second.hasStarted());
-        EXPECT_EQ(first.exitCode(), 0U);
-        EXPECT_EQ(second.exitCode(), 0U);
-        const std::string last = std::to_string(CHANGES);
-        core::CimInstance& adapter = *library.find(firstAdapterSetting(library));
-        EXPECT_EQ(support::value(adapter, "ElementName"), "first" + last);
-        EXPECT_EQ(support::value(adapter, "Tag"), "second" + last);
-        core::CimInstance& diagnostics = *library.find(DIAGNOSTICS);
-        EXPECT_EQ(support::value(diagnostics, "SampleCount"), last);
-        EXPECT_EQ(support::value(diagnostics, "JobRetentionSeconds"), last);
-    }
-    RegDeleteTreeA(HKEY_CURRENT_USER, root.c_str());
+    const support::PrivateRegistry registry;
+    const support::Library library;
+    changePair(library, 1);
+    SetEnvironmentVariableA(ROOT_VARIABLE, registry.name().c_str());
+    SetEnvironmentVariableA(ROLE_VARIABLE, "first");
+    const support::TestProcess first("SettingsOfHostsClient.DISABLED_run");
+    SetEnvironmentVariableA(ROLE_VARIABLE, "second");
+    const support::TestProcess second("SettingsOfHostsClient.DISABLED_run");
+    ASSERT_TRUE(first.hasStarted() && second.hasStarted());
+    EXPECT_EQ(first.exitCode(), 0U);
+    EXPECT_EQ(second.exitCode(), 0U);
+    const std::string last = std::to_string(CHANGES);
+    core::CimInstance& adapter = *library.find(firstAdapterSetting(library));
+    EXPECT_EQ(support::value(adapter, "ElementName"), "first" + last);
+    EXPECT_EQ(support::value(adapter, "Tag"), "second" + last);
+    core::CimInstance& diagnostics = *library.find(DIAGNOSTICS);
+    EXPECT_EQ(support::value(diagnostics, "SampleCount"), last);
+    EXPECT_EQ(support::value(diagnostics, "JobRetentionSeconds"), last);
 }
 
 }  // namespace

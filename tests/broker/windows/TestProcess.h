@@ -7,29 +7,6 @@
 
 namespace support {
 
-// While it lives, HKEY_LOCAL_MACHINE of this process is a branch of the user's registry.
-class OwnRegistry
-{
-public:
-    explicit OwnRegistry(const std::string& name)
-    {
-        RegCreateKeyExA(HKEY_CURRENT_USER, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &m_key, nullptr);
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_key);
-    }
-    ~OwnRegistry()
-    {
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-        RegCloseKey(m_key);
-    }
-    OwnRegistry(const OwnRegistry&) = delete;
-    OwnRegistry& operator=(const OwnRegistry&) = delete;
-
-    HKEY key() const noexcept { return m_key; }
-
-private:
-    HKEY m_key = nullptr;
-};
-
 // Runs this program again as a separate process, which runs one test that the ordinary run disables. The process
 // inherits the environment. The destructor does not end it.
 class TestProcess
