@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "bench/native/Counted.h"
+#include "broker/BrokerWorld.h"
 #include "broker/JobRequests.h"
 #include "support/LockCount.h"
 
@@ -42,7 +43,7 @@ std::size_t readAll(core::CimBroker& broker, const char* className)
 }
 
 // A broker of this many adapters, each with one address.
-class AdapterRequests
+class AdapterRequests : fakes::BrokerWorld
 {
 public:
     explicit AdapterRequests(std::size_t adapters)
@@ -73,13 +74,7 @@ public:
     }
 
 private:
-    fakes::Adapters m_adapters;
-    fakes::Machine m_machine;
-    fakes::Storage m_storage;
-    fakes::ManualThread m_thread;
-    fakes::Hosts m_hosts;
     std::optional<core::CimPath> m_port;
-    broker::ObjectBroker m_broker{{m_adapters, m_machine, m_storage, m_thread, m_hosts}};
 };
 
 // The class that is listed; null for a get of a port.

@@ -3,8 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "broker/Fakes.h"
-#include "broker/ObjectBroker.h"
+#include "broker/BrokerWorld.h"
 #include "broker/Properties.h"
 #include "broker/jobs/JobEntry.h"
 
@@ -31,7 +30,7 @@ inline void storeEndedJobs(Storage& storage, broker::Machine& machine, std::size
 
 // A broker that keeps a number of ended jobs and as many results. It makes whole requests for them and reads every
 // value that a client would read.
-class JobRequests
+class JobRequests : BrokerWorld
 {
 public:
     explicit JobRequests(std::size_t entries) : m_entries(entries)
@@ -75,12 +74,6 @@ private:
     }
 
     std::size_t m_entries;
-    Adapters m_adapters;
-    Machine m_machine;
-    Storage m_storage;
-    ManualThread m_thread;
-    Hosts m_hosts;
-    broker::ObjectBroker m_broker{{m_adapters, m_machine, m_storage, m_thread, m_hosts}};
 };
 
 }  // namespace fakes

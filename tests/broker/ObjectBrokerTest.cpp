@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "Utils/Exception.h"
-#include "broker/Fakes.h"
+#include "broker/BrokerWorld.h"
 #include "broker/JobRequests.h"
 #include "broker/Properties.h"
 #include "core/MethodErrors.h"
@@ -73,7 +73,7 @@ Copy copyAsAClientSeesIt(const core::CimProperty& property)
                                      [](const core::CimProperty& /*unknown*/) -> Copy { return nullptr; }});
 }
 
-class ObjectBroker : public testing::Test
+class ObjectBroker : public testing::Test, protected fakes::BrokerWorld
 {
 protected:
     ObjectBroker() { m_adapters.set({fakes::adapter(1), fakes::adapter(2)}); }
@@ -98,13 +98,6 @@ protected:
             m_thread.play();
         }
     }
-
-    fakes::Adapters m_adapters;
-    fakes::Machine m_machine;
-    fakes::Storage m_storage;
-    fakes::ManualThread m_thread;
-    fakes::Hosts m_hosts;
-    broker::ObjectBroker m_broker{{m_adapters, m_machine, m_storage, m_thread, m_hosts}};
 };
 
 TEST_F(ObjectBroker, ListsAllInstancesOfExactlyTheClass)
