@@ -242,6 +242,15 @@ TEST_F(SafeListTest, Destruction_holdsTheLock)
     EXPECT_EQ(locksTakenBy([&] { list.reset(); }), 1U);
 }
 
+TEST_F(SafeListTest, CopyAndMove_lockTheOtherList)
+{
+    Elements list;
+    list.append(&m_first);
+    // The second lock is that of the new list's end.
+    EXPECT_EQ(locksTakenBy([&] { std::make_unique<Elements>(list); }), 2U);
+    EXPECT_EQ(locksTakenBy([&] { std::make_unique<Elements>(std::move(list)); }), 2U);
+}
+
 TEST_F(SafeListTest, UnsharedAppend_takesNoLock)
 {
     Elements list;

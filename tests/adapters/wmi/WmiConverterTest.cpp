@@ -170,20 +170,25 @@ TEST_F(WmiConverterTest, Object_isOfItsInstancesOwnClass)
               (Lines{"Zerix_EthernetPort#1", "Zerix_IPProtocolEndpoint#1", "Zerix_EthernetPort#2"}));
 }
 
-TEST_F(WmiConverterTest, ClassNames_ofOneLength_areTwoClasses)
+TEST_F(WmiConverterTest, SimilarClassNames_areDifferentClasses)
 {
     core::CimInstance other("Zerix_EthernetPorT");
+    core::CimInstance longer("Zerix_EthernetPorTs");
     support::FakeClassObject otherClass(calls, "Zerix_EthernetPorT");
+    support::FakeClassObject longerClass(calls, "Zerix_EthernetPorTs");
     wmiNamespace.classes["Zerix_EthernetPorT"] = &otherClass;
+    wmiNamespace.classes["Zerix_EthernetPorTs"] = &longerClass;
     broker.onGetInstances = [&] {
         utils::SafeList<core::CimInstance*> list;
         list.append(&instance);
         list.append(&other);
+        list.append(&longer);
         return list;
     };
     const utils::ScopedBstr name("CIM_Anything");
     const std::vector<IWbemClassObject*> objects = converter.getInstances(&wmiNamespace, name.get(), &context);
-    EXPECT_EQ(namesAndRelease(objects), (Lines{"Zerix_EthernetPort#1", "Zerix_EthernetPorT#1"}));
+    EXPECT_EQ(namesAndRelease(objects),
+              (Lines{"Zerix_EthernetPort#1", "Zerix_EthernetPorT#1", "Zerix_EthernetPorTs#1"}));
 }
 
 TEST_F(WmiConverterTest, Objects_areReleasedWhenALaterOneThrows)
