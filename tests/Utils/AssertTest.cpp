@@ -12,7 +12,7 @@ using testing::IsEmpty;
 
 constexpr utils::LogSite here{"Some/File", "some::function"};
 
-TEST(AssertTest, aTrueConditionIsEvaluatedOnceAndWritesNothing)
+TEST(AssertTest, TrueCondition_isEvaluatedOnce)
 {
     const support::LogCapture log;
     int evaluations = 0;
@@ -29,7 +29,7 @@ TEST(AssertTest, FalseCondition_isThrownAsWritten)
               "DRAVEv2: Some/File:42: Assertion failed: 'pointer != NULL'");
 }
 
-TEST(AssertTest, aFalseConditionCarriesItsOwnLineNumber)
+TEST(AssertTest, FalseCondition_hasItsLineNumber)
 {
     constexpr int LINE = __LINE__ + 1;
     const auto assertNothing = [] { ASSERT(here, 1 == 2); };

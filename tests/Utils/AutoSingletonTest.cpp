@@ -54,7 +54,7 @@ template class utils::AutoSingleton<HeldLate>;
 
 namespace {
 
-TEST(AutoSingletonTest, anAutomaticHolderMakesTheInstanceBeforeAnyUse)
+TEST(AutoSingletonTest, Holder_makesTheInstanceBeforeAnyUse)
 {
     EXPECT_EQ(Held::made, 1);
     EXPECT_NE(Held::getInstance(), nullptr);

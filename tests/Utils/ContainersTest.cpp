@@ -53,7 +53,7 @@ static_assert(std::is_nothrow_move_constructible_v<Elements::Iterator>);
 static_assert(!std::is_copy_constructible_v<Elements::Iterator>);
 static_assert(sizeof(Elements::Iterator) == 2 * sizeof(void*));
 
-TEST(MapTest, iteratesInByteWiseOrderOfTheKeys)
+TEST(MapTest, Keys_areInByteOrder)
 {
     utils::Map<std::string, std::string> map;
     map.set("b", "1");
@@ -77,7 +77,7 @@ TEST(MapTest, Set_replaces_andFindInsertsNothing)
     EXPECT_EQ(map.size(), 1U);
 }
 
-TEST(MapTest, destroyingAMapOfPointersLeavesTheObjectsAlive)
+TEST(MapTest, DestroyedMap_leavesTheObjects)
 {
     int deletions = 0;
     CountedElement element(&deletions);
@@ -96,14 +96,14 @@ TEST(SafeMapTest, Get_ofAnUnknownKey_insertsIt)
     EXPECT_TRUE(flags.contains("a"));
 }
 
-TEST(SafeMapTest, getOfAnUnknownKeyIsNullForPointers)
+TEST(SafeMapTest, Get_unknownKey_isNull)
 {
     utils::SafeMap<std::string, Element*> map;
     EXPECT_THAT(map.get("a"), IsNull());
     EXPECT_TRUE(map.contains("a"));
 }
 
-TEST(SafeMapTest, setInsertsAndReplaces)
+TEST(SafeMapTest, Set_insertsAndReplaces)
 {
     Flags flags;
     flags.set("a", true);
@@ -112,7 +112,7 @@ TEST(SafeMapTest, setInsertsAndReplaces)
     EXPECT_FALSE(flags.get("a"));
 }
 
-TEST(SafeMapTest, everyOperationTakesTheLockOnce)
+TEST(SafeMapTest, EachOperation_locksOnce)
 {
     const std::uint32_t balance = support::locksTaken() - support::locksReleased();
     auto flags = std::make_unique<Flags>();
@@ -136,7 +136,7 @@ TEST(SafeMapTest, UnsharedExchange_takesNoLock)
     EXPECT_EQ(map.get("a"), &two);
 }
 
-TEST(SafeMapTest, destroyingAMapOfPointersLeavesTheObjectsAlive)
+TEST(SafeMapTest, DestroyedMap_leavesTheObjects)
 {
     int deletions = 0;
     CountedElement element(&deletions);
@@ -169,7 +169,7 @@ protected:
     Element m_third;
 };
 
-TEST_F(SafeListTest, keepsElementsInTheOrderTheyWereAppended)
+TEST_F(SafeListTest, Elements_areInTheOrderOfAppending)
 {
     Elements list;
     list.append(&m_first);
@@ -184,7 +184,7 @@ TEST_F(SafeListTest, keepsElementsInTheOrderTheyWereAppended)
     EXPECT_THAT(iterator.next(), IsNull());
 }
 
-TEST_F(SafeListTest, anEmptyListHasNoFirstElement)
+TEST_F(SafeListTest, EmptyList_hasNoFirstElement)
 {
     Elements list;
     Elements::Iterator iterator = list.getIterator();
@@ -193,7 +193,7 @@ TEST_F(SafeListTest, anEmptyListHasNoFirstElement)
     EXPECT_EQ(list.size(), 0U);
 }
 
-TEST_F(SafeListTest, firstGoesBackToTheStartAndNextGoesOnBehindIt)
+TEST_F(SafeListTest, First_goesBackAndNextFollows)
 {
     Elements list;
     list.append(&m_first);
@@ -207,7 +207,7 @@ TEST_F(SafeListTest, firstGoesBackToTheStartAndNextGoesOnBehindIt)
     EXPECT_EQ(iterator.first(), &m_first);
 }
 
-TEST_F(SafeListTest, anIteratorSeesWhatIsAppendedAheadOfIt)
+TEST_F(SafeListTest, Iterator_seesAppendedElements)
 {
     Elements list;
     list.append(&m_first);
@@ -220,7 +220,7 @@ TEST_F(SafeListTest, anIteratorSeesWhatIsAppendedAheadOfIt)
     EXPECT_EQ(iterator.next(), &m_third);
 }
 
-TEST_F(SafeListTest, theLockIsHeldForEachStepAndDroppedBetweenThem)
+TEST_F(SafeListTest, Lock_isHeldForEachStepOnly)
 {
     const std::uint32_t balance = support::locksTaken() - support::locksReleased();
     Elements list;
@@ -269,7 +269,7 @@ TEST_F(SafeListTest, OtherThread_mayAppendBetweenSteps)
     EXPECT_EQ(iterator.next(), &m_second);
 }
 
-TEST_F(SafeListTest, neverDeletesElementsUnlessToldTo)
+TEST_F(SafeListTest, Elements_areDeletedOnlyIfOwned)
 {
     int deletions = 0;
     CountedElement element(&deletions);
@@ -299,7 +299,7 @@ TEST_F(SafeListTest, OwningList_deletesItsElements)
     EXPECT_EQ(deletions, 3);
 }
 
-TEST_F(SafeListTest, aCopyHoldsTheSameElementsAndNeverOwnsThem)
+TEST_F(SafeListTest, Copy_hasTheElements_andNeverOwnsThem)
 {
     int deletions = 0;
     Elements list;
@@ -316,7 +316,7 @@ TEST_F(SafeListTest, aCopyHoldsTheSameElementsAndNeverOwnsThem)
     EXPECT_EQ(list.size(), 1U);
 }
 
-TEST_F(SafeListTest, amovedListTakesElementsAndOwnershipAlong)
+TEST_F(SafeListTest, Move_takesElementsAndOwnership)
 {
     int deletions = 0;
     Elements list;
@@ -332,7 +332,7 @@ TEST_F(SafeListTest, amovedListTakesElementsAndOwnershipAlong)
     list.clear();
 }
 
-TEST_F(SafeListTest, aCopyHasAMutexOfItsOwn)
+TEST_F(SafeListTest, Copy_hasItsOwnMutex)
 {
     auto list = std::make_unique<Elements>();
     list->append(&m_first);
@@ -370,7 +370,7 @@ struct Exposed
 std::list<Element*>& elementsOf(Elements& list);
 template struct Exposed<&Elements::m_elements>;
 
-TEST_F(SafeListTest, appendingToAFullListIsRefused)
+TEST_F(SafeListTest, Append_toAFullList_isRefused)
 {
     Elements list;
     list.append(&m_first);
@@ -408,7 +408,7 @@ TEST(IteratorTest, MovedIterator_goesOnWhereItStood)
               "DRAVEv2: Utils/Containers:147: Assertion failed: 'implementation != NULL'");
 }
 
-TEST(IteratorTest, deletesItsImplementation)
+TEST(IteratorTest, End_deletesTheImplementation)
 {
     class Implementation : public Elements::IteratorImplementation
     {
@@ -445,7 +445,7 @@ TEST(SimpleIteratorImplementationTest, Size_countsTheWholeList)
     EXPECT_EQ(locksTakenBy([&] { iterator.size(); }), 1U);
 }
 
-TEST(SimpleIteratorImplementationTest, cloneStartsAtTheFirstElement)
+TEST(SimpleIteratorImplementationTest, Clone_startsAtTheFirstElement)
 {
     Element first;
     Element second;
@@ -459,7 +459,7 @@ TEST(SimpleIteratorImplementationTest, cloneStartsAtTheFirstElement)
     EXPECT_EQ(iterator.next(), &second);
 }
 
-TEST(SimpleIteratorImplementationTest, advanceTakesNoLock)
+TEST(SimpleIteratorImplementationTest, Advance_takesNoLock)
 {
     Element element;
     Elements list;
@@ -469,7 +469,7 @@ TEST(SimpleIteratorImplementationTest, advanceTakesNoLock)
     EXPECT_EQ(locksTakenBy([&] { EXPECT_THAT(iterator.advance(), IsNull()); }), 0U);
 }
 
-TEST(SimpleIteratorImplementationTest, withoutAListThereIsNothing)
+TEST(SimpleIteratorImplementationTest, NullList_hasNoElements)
 {
     Elements::SimpleIteratorImplementation iterator(nullptr);
     EXPECT_THAT(iterator.next(), IsNull());
@@ -481,7 +481,7 @@ TEST(SimpleIteratorImplementationTest, withoutAListThereIsNothing)
 }
 
 // A destructor occupies two entries. The entry of the next function shows that it is there.
-TEST(ContainersTest, virtualFunctionsStandInTheirDeclaredOrder)
+TEST(ContainersTest, VirtualFunctions_areInTheDeclaredOrder)
 {
     using Implementation = Elements::IteratorImplementation;
     EXPECT_EQ(support::slotOf(&Implementation::next), 0U);

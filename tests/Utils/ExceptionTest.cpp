@@ -25,7 +25,7 @@ TEST(ExceptionTest, Message_isLoggedWithoutThePrefix)
     EXPECT_THAT(log.messages(), ElementsAre(logged("x")));
 }
 
-TEST(ExceptionTest, aFormatGetsNoPrefix)
+TEST(ExceptionTest, Format_getsNoPrefix)
 {
     const support::LogCapture log;
     const utils::Exception exception("%s is %d", "seven", 7);
@@ -33,19 +33,19 @@ TEST(ExceptionTest, aFormatGetsNoPrefix)
     EXPECT_THAT(log.messages(), ElementsAre(logged("seven is 7")));
 }
 
-TEST(ExceptionTest, aLiteralAlonePicksTheFormattingConstructor)
+TEST(ExceptionTest, Literal_alone_isAFormat)
 {
     const utils::Exception exception("100%% plain");
     EXPECT_STREQ(exception.what(), "100% plain");
 }
 
-TEST(ExceptionTest, aFormattedTextIsCutToItsFirst511Characters)
+TEST(ExceptionTest, FormattedText_isCutTo511Characters)
 {
     const utils::Exception exception("%s", std::string(600, 'a').c_str());
     EXPECT_EQ(exception.what(), std::string(511, 'a'));
 }
 
-TEST(ExceptionTest, aMessageIsNotCut)
+TEST(ExceptionTest, Message_isNotCut)
 {
     const std::string message(600, 'a');
     EXPECT_EQ(utils::Exception(message).what(), "DRAVEv2: " + message);
@@ -59,7 +59,7 @@ TEST(ExceptionTest, Construction_writesOneErrorEvent)
     EXPECT_THAT(log.debugger(), IsEmpty());
 }
 
-TEST(ExceptionTest, copiesKeepTheTextAndWriteNothing)
+TEST(ExceptionTest, Copy_keepsTheText_andWritesNothing)
 {
     support::LogCapture log;
     const utils::EForbidden original("no");
@@ -85,7 +85,7 @@ TEST(ExceptionTest, TypedException_putsItsNameBeforeTheText)
                                             logged("ENotSupported:text"), logged("ESyntaxError:text")));
 }
 
-TEST(ExceptionTest, notFoundAndFailedAddNoNameOfTheirOwn)
+TEST(ExceptionTest, NotFoundAndFailed_addNoPrefix)
 {
     const support::LogCapture log;
     EXPECT_STREQ(utils::ENotFound("text").what(), "DRAVEv2: text");
@@ -93,7 +93,7 @@ TEST(ExceptionTest, notFoundAndFailedAddNoNameOfTheirOwn)
     EXPECT_THAT(log.messages(), ElementsAre(logged("text"), logged("text")));
 }
 
-TEST(ExceptionTest, notSupportedWithoutATextIsItsNameAlone)
+TEST(ExceptionTest, NotSupported_withoutText_isItsName)
 {
     const support::LogCapture log;
     EXPECT_STREQ(utils::ENotSupported().what(), "ENotSupported:");
@@ -109,7 +109,7 @@ using Family = testing::Types<utils::EForbidden, utils::EInvalidParameter, utils
                               utils::ENotFound, utils::EFailed>;
 TYPED_TEST_SUITE(ExceptionFamilyTest, Family);
 
-TYPED_TEST(ExceptionFamilyTest, isCaughtAsItselfAsTheFamilyAndAsAStandardException)
+TYPED_TEST(ExceptionFamilyTest, EachType_isCaughtAsItsBases)
 {
     const auto raise = [] { throw TypeParam("text"); };
     EXPECT_THROW(raise(), TypeParam);
@@ -117,7 +117,7 @@ TYPED_TEST(ExceptionFamilyTest, isCaughtAsItselfAsTheFamilyAndAsAStandardExcepti
     EXPECT_THROW(raise(), std::exception);
 }
 
-TEST(ExceptionTest, whatFollowsTheDestructorInTheVirtualTable)
+TEST(ExceptionTest, VirtualTable_hasWhatFollowsTheDestructor)
 {
     EXPECT_EQ(support::slotOf(&utils::Exception::what), 2U);
     EXPECT_EQ(support::slotOf(&utils::EForbidden::what), 2U);

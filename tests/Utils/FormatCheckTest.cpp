@@ -83,14 +83,14 @@ static_assert(!With<std::string>::accepts<"%s">);
 static_assert(!With<double>::accepts<"%f">);
 static_assert(!With<int>::accepts<"%d %">);
 
-TEST(FormatCheckTest, conversionMovesBehindWhatItReads)
+TEST(FormatCheckTest, Conversion_movesBehindWhatItReads)
 {
     const char* text = "08I64x rest";
     EXPECT_EQ(conversion(text), Kind::INT64);
     EXPECT_STREQ(text, " rest");
 }
 
-TEST(FormatCheckTest, aFormatHoldsItsTextAndTheLineOfTheCall)
+TEST(FormatCheckTest, Format_hasItsTextAndTheCallsLine)
 {
     constexpr utils::FormatHere<int> format("%d");
     EXPECT_STREQ(format.text().text(), "%d");

@@ -40,7 +40,7 @@ class LogLevelTest : public testing::TestWithParam<LevelCase>
 {
 };
 
-TEST_P(LogLevelTest, comesFromTheFirstCharacterOfTheVariable)
+TEST_P(LogLevelTest, Level_isTheFirstCharacter)
 {
     support::setLogLevelVariable(GetParam().value);
     EXPECT_EQ(utils::logLevel(), GetParam().level);
@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(Values, LogLevelTest,
                                          LevelCase{"negative", "-1", 1}, LevelCase{"word", "debug", 1}),
                          [](const auto& testCase) { return std::string(testCase.param.name); });
 
-TEST(LogTest, theLevelIsReadOnceAndNeverAgain)
+TEST(LogTest, Level_isReadOnce)
 {
     support::setLogLevelVariable("0");
     ASSERT_EQ(utils::logLevel(), 0);
@@ -63,7 +63,7 @@ TEST(LogTest, theLevelIsReadOnceAndNeverAgain)
     EXPECT_EQ(utils::logLevel(), 0);
 }
 
-TEST(LogTest, aLogCallReadsTheLevelToo)
+TEST(LogTest, Level_isReadByALogCall)
 {
     support::setLogLevelVariable(nullptr);
     utils::logDebug("Some/File", "some::function", 17, "text");
@@ -71,7 +71,7 @@ TEST(LogTest, aLogCallReadsTheLevelToo)
     EXPECT_EQ(utils::logLevel(), 1);
 }
 
-TEST(LogTest, level0SilencesEverything)
+TEST(LogTest, Level0_writesNothing)
 {
     const support::LogCapture log(0);
     testing::internal::CaptureStderr();
@@ -91,7 +91,7 @@ TEST(LogTest, WithoutTheVariable_anErrorIsOneEvent)
     support::stopCapturing();
 }
 
-TEST(LogTest, level2AddsTheDebuggerForBoth)
+TEST(LogTest, Level2_addsTheDebugger)
 {
     const support::LogCapture log(2);
     testing::internal::CaptureStderr();
@@ -101,7 +101,7 @@ TEST(LogTest, level2AddsTheDebuggerForBoth)
                                             std::string("debugger: ") + ERROR_LINE));
 }
 
-TEST(LogTest, level3AddsStandardErrorForBoth)
+TEST(LogTest, Level3_addsStandardError)
 {
     const support::LogCapture log(3);
     testing::internal::CaptureStderr();
@@ -120,7 +120,7 @@ TEST(LogTest, StandardError_interpretsPercentSignsTwice)
     EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: Some/File:17:some::function: debug: 100%% sure\n"));
 }
 
-TEST(LogTest, aLineIsCutTo511CharactersAndLosesItsNewline)
+TEST(LogTest, LongLine_isCutTo511Characters)
 {
     const support::LogCapture log;
     utils::logError("Some/File", "some::function", 18, std::string(600, 'a'));
@@ -140,14 +140,14 @@ TEST(LogTest, Line_of511Characters_keepsItsNewline)
     EXPECT_THAT(log.debugger(), ElementsAre(start + fitting + "\n", start + fitting + "b"));
 }
 
-TEST(LogTest, lineNumbersArePrintedSigned)
+TEST(LogTest, LineNumber_isPrintedSigned)
 {
     const support::LogCapture log;
     utils::logDebug("F", "f", 4294967295U, "text");
     EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: F:-1:f: debug: text\n"));
 }
 
-TEST(LogTest, aMessageMayBeEmpty)
+TEST(LogTest, Message_mayBeEmpty)
 {
     const support::LogCapture log;
     utils::logDebug("F", "f", 1, "");
@@ -178,7 +178,7 @@ TEST(LogTest, FirstReads_atOnce_findTheSameLevel)
     EXPECT_THAT(levels, Each(2));
 }
 
-TEST(LogSiteTest, debugAndErrorCarryTheLineOfTheCall)
+TEST(LogSiteTest, DebugAndError_haveTheCallsLine)
 {
     const support::LogCapture log;
     static constexpr utils::LogSite here{"Some/File", "some::function"};
@@ -189,7 +189,7 @@ TEST(LogSiteTest, debugAndErrorCarryTheLineOfTheCall)
                             "error|Some/File:" + std::to_string(__LINE__ - 3) + "|some::function|eight is 8"));
 }
 
-TEST(LogSiteTest, debugAtCarriesTheLineItIsGiven)
+TEST(LogSiteTest, DebugAt_hasTheGivenLine)
 {
     const support::LogCapture log;
     static constexpr utils::LogSite here{"Some/File", "some::function"};
@@ -197,7 +197,7 @@ TEST(LogSiteTest, debugAtCarriesTheLineItIsGiven)
     EXPECT_THAT(log.numberedMessages(), ElementsAre("debug|Some/File:403|some::function|size: 2"));
 }
 
-TEST(LogSiteTest, knowsItsFileAndWhetherDebugLinesGoAnywhere)
+TEST(LogSiteTest, DebugOn_belowLevel2_isFalse)
 {
     support::setLogLevelVariable("1");
     static constexpr utils::LogSite here{"Some/File", "some::function"};
@@ -205,7 +205,7 @@ TEST(LogSiteTest, knowsItsFileAndWhetherDebugLinesGoAnywhere)
     EXPECT_FALSE(here.debugOn());
 }
 
-TEST(LogSiteTest, debugLinesAreOnFromLevel2)
+TEST(LogSiteTest, DebugOn_fromLevel2_isTrue)
 {
     support::setLogLevelVariable("2");
     static constexpr utils::LogSite here{"Some/File", "some::function"};

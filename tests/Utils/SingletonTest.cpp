@@ -33,7 +33,7 @@ public:
 constexpr const char* NEW_LAZY =
     "debug|Utils/Singleton:68|utils::Singleton<class wa::Lazy>::Singleton|New singleton instance for Lazy";
 
-TEST(SingletonTest, theInstanceIsCreatedOnFirstUseAndStaysTheSame)
+TEST(SingletonTest, FirstUse_createsTheInstance)
 {
     const support::LogCapture log;
     Lazy* const instance = Lazy::getInstance();
@@ -61,7 +61,7 @@ TEST(SingletonTest, SecondInstance_isCurrentWhileItLives)
     EXPECT_THAT(log.numberedMessages(), ElementsAre(NEW_LAZY, NEW_LAZY, NEW_LAZY));
 }
 
-TEST(SingletonTest, afterTheLastDeletionTheNextUseCreatesAnew)
+TEST(SingletonTest, UseAfterTheLastDeletion_createsAnew)
 {
     auto first = std::make_unique<Lazy>();
     first->value = 1;
@@ -69,7 +69,7 @@ TEST(SingletonTest, afterTheLastDeletionTheNextUseCreatesAnew)
     EXPECT_EQ(Lazy::getInstance()->value, 4711);
 }
 
-TEST(SingletonTest, getInstanceTakesNoLock)
+TEST(SingletonTest, GetInstance_takesNoLock)
 {
     EXPECT_EQ(support::locksTakenBy([] { Lazy::getInstance(); }), 0U) << "on the first use";
     EXPECT_EQ(support::locksTakenBy([] { Lazy::getInstance(); }), 0U) << "on a later one";
@@ -89,7 +89,7 @@ TEST(SingletonTest, LogLine_namesTheClassPlainly)
                                                     "Unqualified>::Singleton|New singleton instance for Unqualified"));
 }
 
-TEST(SingletonTest, nothingIsLoggedBelowLevel2)
+TEST(SingletonTest, Creation_belowLevel2_isNotLogged)
 {
     const support::LogCapture log(1);
     Lazy::getInstance();
@@ -111,7 +111,7 @@ public:
     static inline bool fails = true;
 };
 
-TEST(SingletonTest, aConstructorThatThrowsLeavesNoInstanceBehind)
+TEST(SingletonTest, ThrowingConstructor_leavesNoInstance)
 {
     EXPECT_THROW(Failing::getInstance(), std::runtime_error);
     EXPECT_THROW(Failing::getInstance(), std::runtime_error);

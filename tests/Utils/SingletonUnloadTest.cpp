@@ -16,7 +16,7 @@ void useLazy(HMODULE module)
     reinterpret_cast<void (*)()>(reinterpret_cast<void*>(GetProcAddress(module, "useLazy")))();
 }
 
-TEST(SingletonUnloadTest, aHeldSingletonLivesFromLoadToUnload)
+TEST(SingletonUnloadTest, HeldInstance_livesUntilUnloading)
 {
     testing::internal::CaptureStderr();
     const HMODULE module = loadModule();
@@ -39,7 +39,7 @@ TEST(SingletonUnloadTest, LazySingleton_goesWithItsModule)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "lazy deleted\nheld deleted\n");
 }
 
-TEST(SingletonUnloadTest, aModuleMayBeLoadedAgain)
+TEST(SingletonUnloadTest, Module_mayBeLoadedAgain)
 {
     for (int i = 0; i < 2; ++i) {
         testing::internal::CaptureStderr();
@@ -50,7 +50,7 @@ TEST(SingletonUnloadTest, aModuleMayBeLoadedAgain)
     }
 }
 
-TEST(SingletonUnloadDeathTest, nothingIsDeletedWhileTheProcessEnds)
+TEST(SingletonUnloadDeathTest, EndingProcess_deletesNothing)
 {
     EXPECT_EXIT(
         {

@@ -33,18 +33,18 @@ Period all(const Time::Period& period)
 static_assert(sizeof(Time) == 16, "two 64-bit words");
 static_assert(offsetof(Time, value) == 0 && offsetof(Time, isTimestamp) == 8);
 
-TEST(TimeTest, aTimestampOf0IsTheStartOf1970)
+TEST(TimeTest, Timestamp0_isTheStartOf1970)
 {
     EXPECT_EQ(all(Time::timestamp(0).decomposeTimestamp()), Fields(1970, 1, 1, 0, 0, 0));
 }
 
-TEST(TimeTest, theSubSecondPartIsDropped)
+TEST(TimeTest, SubSeconds_areDropped)
 {
     EXPECT_EQ(all(Time::timestamp(999'999).decomposeTimestamp()), Fields(1970, 1, 1, 0, 0, 0));
     EXPECT_EQ(all(Time::period(999'999).decomposePeriod()), Period(0, 0, 0, 0));
 }
 
-TEST(TimeTest, monthsAndDaysCountFromOneAndLeapDaysExist)
+TEST(TimeTest, MonthsAndDays_countFromOne)
 {
     EXPECT_EQ(all(Time::timestamp(951'782'399 * SECOND).decomposeTimestamp()), Fields(2000, 2, 28, 23, 59, 59));
     EXPECT_EQ(all(Time::timestamp(951'782'400 * SECOND).decomposeTimestamp()), Fields(2000, 2, 29, 0, 0, 0));
@@ -70,13 +70,13 @@ TEST(TimeTest, FailedBreakdown_leavesTheLockFree)
     std::thread([] { EXPECT_EQ(Time::timestamp(0).decomposeTimestamp().year, 1970U); }).join();
 }
 
-TEST(TimeTest, aPeriodIsDaysHoursMinutesAndSeconds)
+TEST(TimeTest, Period_isDaysHoursMinutesSeconds)
 {
     EXPECT_EQ(all(Time::period(90'061 * SECOND).decomposePeriod()), Period(1, 1, 1, 1));
     EXPECT_EQ(all(Time::period(86'399 * SECOND).decomposePeriod()), Period(0, 23, 59, 59));
 }
 
-TEST(TimeTest, daysOfAPeriodAreNotCapped)
+TEST(TimeTest, Period_mayHaveManyDays)
 {
     EXPECT_EQ(all(Time::period(SECOND * 86'400 * 100'000'000).decomposePeriod()), Period(100'000'000, 0, 0, 0));
     EXPECT_EQ(all(Time::period(std::numeric_limits<std::uint64_t>::max()).decomposePeriod()),
@@ -89,19 +89,19 @@ TEST(TimeTest, Decompose_ofAPeriod_hasNoYearAndMonth)
     EXPECT_EQ(all(Time::timestamp(90'061 * SECOND).decompose()), Fields(1970, 1, 2, 1, 1, 1));
 }
 
-TEST(TimeTest, aPeriodHasNoTimestampBreakdown)
+TEST(TimeTest, Period_asTimestamp_isRefused)
 {
     EXPECT_EQ(support::withoutLine(support::thrownBy([] { Time::period(0).decomposeTimestamp(); })),
               "DRAVEv2: Utils/Time:#: Assertion failed: 'this->isTimestamp'");
 }
 
-TEST(TimeTest, aTimestampHasNoPeriodBreakdown)
+TEST(TimeTest, Timestamp_asPeriod_isRefused)
 {
     EXPECT_EQ(support::withoutLine(support::thrownBy([] { Time::timestamp(0).decomposePeriod(); })),
               "DRAVEv2: Utils/Time:#: Assertion failed: 'this->isPeriod()'");
 }
 
-TEST(TimeTest, aTimeIsEitherATimestampOrAPeriod)
+TEST(TimeTest, Time_isATimestampOrAPeriod)
 {
     EXPECT_TRUE(Time::period(1).isPeriod());
     EXPECT_FALSE(Time::period(1).isTimestamp);
@@ -111,14 +111,14 @@ TEST(TimeTest, aTimeIsEitherATimestampOrAPeriod)
     EXPECT_EQ(Time().value, 0U);
 }
 
-TEST(TimeTest, timesAreEqualWhenValueAndKindAre)
+TEST(TimeTest, Times_areEqualByValueAndKind)
 {
     EXPECT_EQ(Time::period(1), Time::period(1));
     EXPECT_NE(Time::period(1), Time::period(2));
     EXPECT_NE(Time::period(1), Time::timestamp(1));
 }
 
-TEST(TimeTest, onlyTheTimestampBreakdownTakesALock)
+TEST(TimeTest, Timestamp_locksWhileItIsBrokenDown)
 {
     const std::uint32_t balance = support::locksTaken() - support::locksReleased();
     EXPECT_EQ(support::locksTakenBy([] { Time::timestamp(0).decomposeTimestamp(); }), 1U);

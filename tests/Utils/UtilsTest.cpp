@@ -9,19 +9,19 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(FormatTest, formatsLikePrintf)
+TEST(FormatTest, Format_isLikePrintf)
 {
     EXPECT_EQ(utils::format("%s-%d-%04x-%%", "a", -1, 31U), "a--1-001f-%");
     EXPECT_EQ(utils::format("%s", ""), "");
     EXPECT_EQ(utils::format("%llu", 18446744073709551615ULL), "18446744073709551615");
 }
 
-TEST(FormatTest, aTextOf511CharactersIsWhole)
+TEST(FormatTest, Format_of511Characters_isWhole)
 {
     EXPECT_EQ(utils::format("%s", std::string(511, 'a').c_str()), std::string(511, 'a'));
 }
 
-TEST(FormatTest, aLongerTextIsCutToItsFirst511Characters)
+TEST(FormatTest, Format_ofMore_isCutTo511Characters)
 {
     for (const std::size_t size : {512U, 513U, 600U, 5000U}) {
         EXPECT_EQ(utils::format("%sb", std::string(size - 1, 'a').c_str()), std::string(511, 'a')) << size;
@@ -35,7 +35,7 @@ struct ToUintCase
     std::uint32_t number;
 };
 
-TEST(ToUintTest, readsExactlyTheTextsThatItWouldWrite)
+TEST(ToUintTest, ToUint_readsWhatItWouldWrite)
 {
     const std::vector<ToUintCase> cases{
         {"42", true, 42},
@@ -76,7 +76,7 @@ TEST(ToUintTest, readsExactlyTheTextsThatItWouldWrite)
     }
 }
 
-TEST(ToUintTest, logsAHexadecimalTextTrimmed)
+TEST(ToUintTest, ToUint_hexadecimal_isLoggedTrimmed)
 {
     const support::LogCapture log;
     std::uint32_t number = 0;
@@ -84,7 +84,7 @@ TEST(ToUintTest, logsAHexadecimalTextTrimmed)
     EXPECT_THAT(log.messages(), ElementsAre("debug|Utils/Utils|utils::toUint|HEX: 0x1F"));
 }
 
-TEST(ToUintTest, logsWhatTheRoundTripGaveAgainstTheTrimmedText)
+TEST(ToUintTest, ToUint_differentRoundTrip_isLogged)
 {
     const support::LogCapture log;
     std::uint32_t number = 0;
@@ -94,7 +94,7 @@ TEST(ToUintTest, logsWhatTheRoundTripGaveAgainstTheTrimmedText)
                                             "debug|Utils/Utils|utils::toUint|CONV: 7 <> 007"));
 }
 
-TEST(ToUintTest, logsNothingForADecimalNumberAndForNoNumber)
+TEST(ToUintTest, ToUint_decimalOrNoNumber_isNotLogged)
 {
     const support::LogCapture log;
     std::uint32_t number = 0;
@@ -120,7 +120,7 @@ TEST(ToUintTest, HexWithMoreBehindIt_isLoggedTwice)
                                             "debug|Utils/Utils|utils::toUint|CONV: 0x01 <> 0x1g"));
 }
 
-TEST(ToUint64Test, readsTheLeadingDigits)
+TEST(ToUint64Test, ToUint64_readsTheLeadingDigits)
 {
     EXPECT_EQ(utils::toUint64("0"), 0U);
     EXPECT_EQ(utils::toUint64("123abc"), 123U);
@@ -128,7 +128,7 @@ TEST(ToUint64Test, readsTheLeadingDigits)
     EXPECT_EQ(utils::toUint64("18446744073709551615"), 18446744073709551615U);
 }
 
-TEST(ToUint64Test, isZeroWhereNoDigitStandsFirst)
+TEST(ToUint64Test, ToUint64_withoutFirstDigit_isZero)
 {
     EXPECT_EQ(utils::toUint64(""), 0U);
     EXPECT_EQ(utils::toUint64(" 7"), 0U);
@@ -136,20 +136,20 @@ TEST(ToUint64Test, isZeroWhereNoDigitStandsFirst)
     EXPECT_EQ(utils::toUint64("+7"), 0U);
 }
 
-TEST(ToUint64Test, wrapsAt64Bits)
+TEST(ToUint64Test, ToUint64_beyond64Bits_wraps)
 {
     EXPECT_EQ(utils::toUint64("18446744073709551616"), 0U);
     EXPECT_EQ(utils::toUint64("18446744073709551617"), 1U);
 }
 
-TEST(ToUint64Test, isZeroFrom21CharactersOnWhateverTheyAre)
+TEST(ToUint64Test, ToUint64_from21Characters_isZero)
 {
     EXPECT_EQ(utils::toUint64("00000000000000000001"), 1U);
     EXPECT_EQ(utils::toUint64("000000000000000000001"), 0U);
     EXPECT_EQ(utils::toUint64("1                    "), 0U);
 }
 
-TEST(TrimTest, removesSpacesAndTabsAtBothEndsOnly)
+TEST(TrimTest, Trim_removesBlanksAtBothEnds)
 {
     EXPECT_EQ(utils::trim(" \ta b\t "), "a b");
     EXPECT_EQ(utils::trim("a"), "a");
@@ -157,18 +157,18 @@ TEST(TrimTest, removesSpacesAndTabsAtBothEndsOnly)
     EXPECT_EQ(utils::trim(""), "");
 }
 
-TEST(TrimTest, keepsOtherWhiteSpace)
+TEST(TrimTest, Trim_keepsOtherWhiteSpace)
 {
     EXPECT_EQ(utils::trim(" \na\r\n "), "\na\r\n");
     EXPECT_EQ(utils::trim("\va\f"), "\va\f");
 }
 
-TEST(SplitTest, anEmptyTextHasNoPieces)
+TEST(SplitTest, Split_emptyText_hasNoPieces)
 {
     EXPECT_THAT(utils::split("", ':', '"'), IsEmpty());
 }
 
-TEST(SplitTest, emptyPiecesAreKept)
+TEST(SplitTest, Split_emptyPieces_areKept)
 {
     EXPECT_THAT(utils::split("a", ':', '"'), ElementsAre("a"));
     EXPECT_THAT(utils::split("a:", ':', '"'), ElementsAre("a", ""));
@@ -176,14 +176,14 @@ TEST(SplitTest, emptyPiecesAreKept)
     EXPECT_THAT(utils::split("a.b.", '.', '"'), ElementsAre("a", "b", ""));
 }
 
-TEST(SplitTest, separatorsInsideQuotesDoNotCut)
+TEST(SplitTest, Split_separatorInQuotes_doesNotCut)
 {
     EXPECT_THAT(utils::split(R"("a:b":c)", ':', '"'), ElementsAre(R"("a:b")", "c"));
     EXPECT_THAT(utils::split(R"(a":"b:c)", ':', '"'), ElementsAre(R"(a":"b)", "c"));
     EXPECT_THAT(utils::split(R"("a:b)", ':', '"'), ElementsAre(R"("a:b)"));
 }
 
-TEST(SplitTest, aBackslashBeforeAQuoteKeepsTheQuotesOpen)
+TEST(SplitTest, Split_escapedQuote_keepsTheQuotesOpen)
 {
     EXPECT_THAT(utils::split(R"("a\":b":c)", ':', '"'), ElementsAre(R"("a\":b")", "c"));
 }
@@ -199,18 +199,18 @@ TEST(SplitTest, Value_endingInABackslash_swallowsItsQuote)
     EXPECT_THAT(utils::split(R"(k="a\\",l=1)", ',', '"'), ElementsAre(R"(k="a\\",l=1)"));
 }
 
-TEST(SplitTest, anotherQuoteCharacterMayBeGiven)
+TEST(SplitTest, Split_takesAnotherQuoteCharacter)
 {
     EXPECT_THAT(utils::split("'a:b':\"c:d\"", ':', '\''), ElementsAre("'a:b'", "\"c", "d\""));
 }
 
-TEST(UnquoteTest, removesTheEnclosingQuotes)
+TEST(UnquoteTest, Unquote_removesTheEnclosingQuotes)
 {
     EXPECT_EQ(utils::unquote(R"("a")"), "a");
     EXPECT_EQ(utils::unquote(R"("")"), "");
 }
 
-TEST(UnquoteTest, leavesATextWithoutBothQuotesAsItIs)
+TEST(UnquoteTest, Unquote_withoutBothQuotes_changesNothing)
 {
     EXPECT_EQ(utils::unquote(""), "");
     EXPECT_EQ(utils::unquote("\""), "\"");
@@ -227,13 +227,13 @@ TEST(UnquoteTest, Backslash_isDroppedBeforeAQuoteAlone)
     EXPECT_EQ(utils::unquote(R"("a\\"b")"), R"(a\"b)");
 }
 
-TEST(UnquoteTest, theClosingQuoteIsNoPartOfAnEscape)
+TEST(UnquoteTest, Unquote_closingQuote_isNotEscaped)
 {
     EXPECT_EQ(utils::unquote(R"("a\")"), R"(a\)");
     EXPECT_EQ(utils::unquote(R"("\")"), R"(\)");
 }
 
-TEST(QuoteTest, putsTheTextInQuotesAndEscapesQuotesOnly)
+TEST(QuoteTest, Quote_escapesQuotesOnly)
 {
     EXPECT_EQ(utils::quote(""), R"("")");
     EXPECT_EQ(utils::quote("a"), R"("a")");
@@ -241,14 +241,14 @@ TEST(QuoteTest, putsTheTextInQuotesAndEscapesQuotesOnly)
     EXPECT_EQ(utils::quote(R"(a\b)"), R"("a\b")");
 }
 
-TEST(QuoteTest, isUndoneByUnquote)
+TEST(QuoteTest, Quote_isUndoneByUnquote)
 {
     for (const std::string text : {"", "a", "\"", "a\"b\"", "a\\b", "\\\\"}) {
         EXPECT_EQ(utils::unquote(utils::quote(text)), text);
     }
 }
 
-TEST(DeviceAddressFormatsTest, areTheFourThatExist)
+TEST(DeviceAddressFormatsTest, Attributes_areTheFour)
 {
     EXPECT_THAT(utils::deviceAddressFormats, ElementsAre(std::string("%02x:%02x.%x"), std::string("%02x:%02x"),
                                                          std::string("%02x%02x%02x"), std::string("%02x%02x")));

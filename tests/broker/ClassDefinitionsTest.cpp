@@ -74,7 +74,7 @@ std::string typeName(core::CimProperty::EPropertyType type)
     }
 }
 
-TEST(ClassDefinitions, AreThoseOfTheServedInstances)
+TEST(ClassDefinitions, Definitions_areThoseOfTheInstances)
 {
     const Classes defined = definedClasses();
     ASSERT_EQ(defined.size(), 17U);

@@ -71,7 +71,7 @@ protected:
     core::CimInstance* m_job = nullptr;
 };
 
-TEST_F(Methods, RunLinkDiagnosticStartsAJobForThePort)
+TEST_F(Methods, RunLinkDiagnostic_startsAJob)
 {
     argument("SampleCount", 5);
     EXPECT_EQ(invoke("Zerix_EthernetPort", "runlinkdiagnostic", 1), 4096U);
@@ -82,7 +82,7 @@ TEST_F(Methods, RunLinkDiagnosticStartsAJobForThePort)
     EXPECT_EQ(m_out->size(), 0U);
 }
 
-TEST_F(Methods, RunLinkDiagnosticTakesTheSettingsCountWhenNoneIsGiven)
+TEST_F(Methods, RunLinkDiagnostic_withoutCount_takesSetting)
 {
     m_world.storage.set("Diagnostics", "Setting", "SampleCount=1;SamplePeriodMilliseconds=10");
     m_in->add(new core::CimPropertyUint16("SampleCount"));
@@ -93,7 +93,7 @@ TEST_F(Methods, RunLinkDiagnosticTakesTheSettingsCountWhenNoneIsGiven)
     EXPECT_EQ(m_world.jobs.results()[0]->bytesReceived.size(), 1U);
 }
 
-TEST_F(Methods, RunLinkDiagnosticRefusesBadArguments)
+TEST_F(Methods, RunLinkDiagnostic_badArguments_areRefused)
 {
     argument("SampleCount", 601);
     EXPECT_EQ(refusal("Zerix_EthernetPort", "RunLinkDiagnostic"),
@@ -113,14 +113,14 @@ TEST_F(Methods, RunLinkDiagnosticRefusesBadArguments)
     EXPECT_THAT(m_world.jobs.jobs(), IsEmpty());
 }
 
-TEST_F(Methods, RunLinkDiagnosticFailsWithoutAThread)
+TEST_F(Methods, RunLinkDiagnostic_withoutThread_fails)
 {
     m_world.thread.canStart = false;
     EXPECT_EQ(invoke("Zerix_EthernetPort", "RunLinkDiagnostic"), 4U);
     EXPECT_EQ(m_job, nullptr);
 }
 
-TEST_F(Methods, PortStateIsChangedThroughThePlatform)
+TEST_F(Methods, RequestStateChange_asksThePlatform)
 {
     EXPECT_EQ(portState(3, broker::StateChange::DONE), 0U);
     EXPECT_EQ(portState(2, broker::StateChange::NOT_SUPPORTED), 1U);
@@ -132,7 +132,7 @@ TEST_F(Methods, PortStateIsChangedThroughThePlatform)
     EXPECT_EQ(m_job, nullptr);
 }
 
-TEST_F(Methods, OtherPortStatesAreInvalid)
+TEST_F(Methods, RequestStateChange_otherStates_areInvalid)
 {
     EXPECT_EQ(portState(0, broker::StateChange::DONE), 5U);
     EXPECT_EQ(portState(4, broker::StateChange::DONE), 5U);
@@ -150,7 +150,7 @@ TEST_F(Methods, RunLinkDiagnostic_ofABusyPort_isInUse)
     EXPECT_EQ(m_job, nullptr);
 }
 
-TEST_F(Methods, RunningJobIsEndedOnce)
+TEST_F(Methods, RunningJob_isEndedOnce)
 {
     invoke("Zerix_EthernetPort", "RunLinkDiagnostic", 0);
     invoke("Zerix_EthernetPort", "RunLinkDiagnostic", 1);
@@ -167,7 +167,7 @@ TEST_F(Methods, RunningJobIsEndedOnce)
     EXPECT_EQ(m_world.jobs.jobs()[1].state, broker::JobState::KILLED);
 }
 
-TEST_F(Methods, JobOfSomebodyElse_isEndedByWhoMayWriteSettings)
+TEST_F(Methods, OthersJob_isEndedByWhoMayWriteSettings)
 {
     invoke("Zerix_EthernetPort", "RunLinkDiagnostic");
     argument("RequestedState", 4);
@@ -235,7 +235,7 @@ TEST_F(Methods, RestoreDefaults_refusedByTheStorage_fails)
     EXPECT_EQ(m_world.storage.values("Diagnostics").size(), 0U);
 }
 
-TEST_F(Methods, MethodThatTheClassLacksIsNotSupported)
+TEST_F(Methods, UnknownMethod_isNotSupported)
 {
     EXPECT_EQ(refusal("Zerix_EthernetPort", "RestoreDefaults"),
               "DRAVEv2: EMethodNotSupported:Zerix_EthernetPort has no method RestoreDefaults");

@@ -100,7 +100,7 @@ protected:
     }
 };
 
-TEST_F(ObjectBroker, ListsAllInstancesOfExactlyTheClass)
+TEST_F(ObjectBroker, List_hasTheInstancesOfTheClass)
 {
     auto ports = m_broker.getInstances("zerix_ethernetport");
     EXPECT_EQ(ports.size(), 2U);
@@ -110,7 +110,7 @@ TEST_F(ObjectBroker, ListsAllInstancesOfExactlyTheClass)
     }
 }
 
-TEST_F(ObjectBroker, UnknownClassIsAnEmptyList)
+TEST_F(ObjectBroker, UnknownClass_isAnEmptyList)
 {
     EXPECT_EQ(m_broker.getInstances("Zerix_Nothing").size(), 0U);
     EXPECT_EQ(m_broker.getInstances("").size(), 0U);
@@ -164,7 +164,7 @@ TEST_F(ObjectBroker, StorageThatMayNotBeRead_isAFailure)
     EXPECT_THROW(m_broker.findInstance(path), utils::EFailed);
 }
 
-TEST_F(ObjectBroker, FindsInstancesThroughTheSharedInterface)
+TEST_F(ObjectBroker, Path_isFoundThroughTheInterface)
 {
     core::CimBroker& broker = m_broker;
     auto listed = broker.getInstances("Zerix_EthernetPort");
@@ -176,7 +176,7 @@ TEST_F(ObjectBroker, FindsInstancesThroughTheSharedInterface)
     EXPECT_EQ(broker.getInstanceByPath(other), nullptr);
 }
 
-TEST_F(ObjectBroker, InstancesOfAThreadOutliveTheRequestsOfOthers)
+TEST_F(ObjectBroker, Instances_outliveOtherThreadsRequests)
 {
     auto listed = m_broker.getInstances("Zerix_EthernetPort");
     core::CimInstance* port = listed.getIterator().next();
@@ -203,7 +203,7 @@ bool isMixedAssociation(core::CimInstance& association)
            support::value(end("SettingData"), "InstanceID");
 }
 
-TEST_F(ObjectBroker, ServesManyThreadsAtOnceWhileAdaptersChange)
+TEST_F(ObjectBroker, ManyThreads_areServedAtOnce)
 {
     constexpr int THREADS = 8;
     constexpr int REQUESTS = 60;
@@ -255,7 +255,7 @@ std::string thrown(Operation operation)
     }
 }
 
-TEST_F(ObjectBroker, ChangesASetting)
+TEST_F(ObjectBroker, Change_isStored)
 {
     core::CimPath path("Zerix_AdapterSetting.InstanceID=\"Vexal:AdapterSetting:" + fakes::adapter(2).guid + "\"");
     core::CimPropertyList values;
@@ -270,7 +270,7 @@ TEST_F(ObjectBroker, ChangesASetting)
     EXPECT_EQ(support::value(*m_broker.findInstance(path), "ElementName"), "Uplink");
 }
 
-TEST_F(ObjectBroker, ChangeOfAnInstanceThatDoesNotExistIsNotFoundWhateverIsPut)
+TEST_F(ObjectBroker, Change_ofNoInstance_isNotFound)
 {
     core::CimPropertyList values;
     core::CimPropertyString unknown("Nothing");
@@ -284,7 +284,7 @@ TEST_F(ObjectBroker, ChangeOfAnInstanceThatDoesNotExistIsNotFoundWhateverIsPut)
               "ENotFound DRAVEv2: Instance Zerix_Nothing.Id=1 does not exist");
 }
 
-TEST_F(ObjectBroker, ChangeThrowsNothingThatItsCallersDoNotKnow)
+TEST_F(ObjectBroker, Change_throwsOnlyKnownExceptions)
 {
     BrokenAdapters failing;
     broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
@@ -302,7 +302,7 @@ TEST_F(ObjectBroker, Failure_passedOn_keepsOnePrefix)
     EXPECT_EQ(thrown([&] { broker.modifyInstance(path, values); }), "EFailed DRAVEv2: Assertion failed");
 }
 
-TEST_F(ObjectBroker, EveryInstanceMayBePutBackAsItIs)
+TEST_F(ObjectBroker, EachInstance_mayBePutBackAsItIs)
 {
     m_adapters.set({fakes::address(1, "192.0.2.1")});
     startJob();
@@ -331,7 +331,7 @@ TEST_F(ObjectBroker, EveryInstanceMayBePutBackAsItIs)
     }
 }
 
-TEST_F(ObjectBroker, MethodOfAnInstanceThatDoesNotExistIsNotFound)
+TEST_F(ObjectBroker, Method_ofNoInstance_isNotFound)
 {
     core::CimPath path("Zerix_ConcreteJob.InstanceID=\"x\"");
     core::CimPropertyList in;
@@ -341,7 +341,7 @@ TEST_F(ObjectBroker, MethodOfAnInstanceThatDoesNotExistIsNotFound)
               "ENotFound DRAVEv2: Instance Zerix_ConcreteJob.InstanceID=\"x\" does not exist");
 }
 
-TEST_F(ObjectBroker, UnknownMethodIsNotSupported)
+TEST_F(ObjectBroker, UnknownMethod_isNotSupported)
 {
     core::CimPath path("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
     core::CimPropertyList in;
@@ -350,7 +350,7 @@ TEST_F(ObjectBroker, UnknownMethodIsNotSupported)
     EXPECT_EQ(thrown([&] { m_broker.invokeMethod(path, "Explode", in, out, job); }), "EMethodNotSupported");
 }
 
-TEST_F(ObjectBroker, JobIsFollowedByItsPath)
+TEST_F(ObjectBroker, Job_isFoundByItsPath)
 {
     core::CimPath path(startJob()->toPathString());
     m_machine.pass(std::chrono::seconds{1});
@@ -368,7 +368,7 @@ TEST_F(ObjectBroker, FlaggedJob_isGoneAtOnceForEveryThread)
     EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U);
 }
 
-TEST_F(ObjectBroker, JobThatTheLastRequestFlaggedIsGoneForTheNextProcess)
+TEST_F(ObjectBroker, MarkedJob_isGoneForTheNextProcess)
 {
     core::CimPath path(startJob()->toPathString());
     takeAllSamples();
@@ -383,7 +383,7 @@ TEST_F(ObjectBroker, JobThatTheLastRequestFlaggedIsGoneForTheNextProcess)
     EXPECT_EQ(last.getInstances("Zerix_DiagnosticResult").size(), 1U);
 }
 
-TEST_F(ObjectBroker, JobPastItsTimeGoesTheSameWay)
+TEST_F(ObjectBroker, ExpiredJob_isGoneForTheNextProcess)
 {
     core::CimPath path(startJob()->toPathString());
     takeAllSamples();

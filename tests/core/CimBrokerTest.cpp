@@ -22,7 +22,7 @@ static_assert(std::is_same_v<decltype(&core::CimBroker::getInstanceByPath),
                              core::CimInstance* (core::CimBroker::*)(core::CimPath&)>);
 
 // Both DLLs are compiled for these entries. The destructor occupies the first two.
-TEST(CimBrokerTest, virtualFunctionsStandInTheirDeclaredOrder)
+TEST(CimBrokerTest, VirtualFunctions_areInTheDeclaredOrder)
 {
     EXPECT_EQ(support::slotOf(&core::CimBroker::getInstances), 2U);
     EXPECT_EQ(support::slotOf(&core::CimBroker::modifyInstance), 3U);

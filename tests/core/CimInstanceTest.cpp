@@ -26,7 +26,7 @@ void addKey(core::CimInstance& instance, const char* name, const char* value)
     property->setKey(true);
 }
 
-TEST(CimInstanceTest, knowsItsClassNameAndStartsUnmarkedAndEmpty)
+TEST(CimInstanceTest, NewInstance_isEmptyAndNotMarked)
 {
     core::CimInstance instance("Port");
     EXPECT_EQ(instance.getClassName(), "Port");
@@ -34,7 +34,7 @@ TEST(CimInstanceTest, knowsItsClassNameAndStartsUnmarkedAndEmpty)
     EXPECT_THAT(instance.propertyIterator().first(), IsNull());
 }
 
-TEST(CimInstanceTest, markForDeletionStoresItsArgument)
+TEST(CimInstanceTest, MarkForDeletion_storesItsArgument)
 {
     core::CimInstance instance("Port");
     instance.markForDeletion(true);
@@ -136,7 +136,7 @@ TEST(CimInstanceTest, Fill_withoutAPropertyIsRefused)
                 testing::HasSubstr("Assertion failed: 'newProperty != NULL'"));
 }
 
-TEST(CimInstanceTest, deletesItsPropertiesHiddenOnesIncluded)
+TEST(CimInstanceTest, End_deletesHiddenPropertiesToo)
 {
     class Counted : public core::CimPropertyUint8
     {
@@ -157,7 +157,7 @@ TEST(CimInstanceTest, deletesItsPropertiesHiddenOnesIncluded)
     EXPECT_EQ(deletions, 2);
 }
 
-TEST(CimInstanceTest, theSlotsOfItsVirtualFunctionsAreFixed)
+TEST(CimInstanceTest, VirtualFunctions_haveFixedSlots)
 {
     // The destructor occupies two entries, so the fourth declared function is at index 4.
     EXPECT_EQ(support::slotOf(&core::CimInstance::getProperties), 2U);
@@ -175,14 +175,14 @@ TEST(CimInstancePathTest, Texts_areQuoted_andNumbersBare)
     EXPECT_EQ(instance.toPathString(), R"(Port.Name="a\"b",Id=7)");
 }
 
-TEST(CimInstancePathTest, backslashesAreNotEscaped)
+TEST(CimInstancePathTest, PathString_backslash_isNotEscaped)
 {
     core::CimInstance instance("Port");
     addKey(instance, "Name", R"(a\b)");
     EXPECT_EQ(instance.toPathString(), R"(Port.Name="a\b")");
 }
 
-TEST(CimInstancePathTest, everyTypeWithATextRendersIt)
+TEST(CimInstancePathTest, PathString_hasEachTypeWithAText)
 {
     core::CimInstance instance("Port");
     auto* const uint8 = new core::CimPropertyUint8("a", &instance);
@@ -202,7 +202,7 @@ TEST(CimInstancePathTest, everyTypeWithATextRendersIt)
     EXPECT_EQ(instance.toPathString(), "Port.a=255,b=65535,c=-1,d=18446744073709551615");
 }
 
-TEST(CimInstancePathTest, aReferenceIsQuotedLikeAText)
+TEST(CimInstancePathTest, PathString_reference_isQuoted)
 {
     core::CimInstance port("Port");
     addKey(port, "Name", "a");
@@ -213,7 +213,7 @@ TEST(CimInstancePathTest, aReferenceIsQuotedLikeAText)
     EXPECT_EQ(association.toPathString(), R"(Conforms.ManagedElement="Port.Name=\"a\"")");
 }
 
-TEST(CimInstancePathTest, onlyKeysThatAreNotOverriddenCountInListOrder)
+TEST(CimInstancePathTest, PathString_hasKeysInListOrder)
 {
     core::CimInstance instance("Port");
     addKey(instance, "z", "1");
@@ -223,7 +223,7 @@ TEST(CimInstancePathTest, onlyKeysThatAreNotOverriddenCountInListOrder)
     EXPECT_EQ(instance.toPathString(), R"(Port.a="2",z="3")");
 }
 
-TEST(CimInstancePathTest, aKeyThatIsNullRendersTheValueItHolds)
+TEST(CimInstancePathTest, PathString_nullKey_hasItsValue)
 {
     core::CimInstance instance("Port");
     addKey(instance, "Name", "a");
@@ -239,21 +239,21 @@ TEST(CimInstancePathTest, Path_withoutKeys_isNoneThatParses)
               "DRAVEv2: ESyntaxError:no properties: 'Port.");
 }
 
-TEST(CimInstancePathTest, aTextThatEndsInACommaLosesOnlyTheSeparator)
+TEST(CimInstancePathTest, PathString_commaAtTheEnd_isKept)
 {
     core::CimInstance instance("Port");
     addKey(instance, "Name", "a,");
     EXPECT_EQ(instance.toPathString(), R"(Port.Name="a,")");
 }
 
-TEST(CimInstancePathTest, aKeyWithoutATextCannotBeRendered)
+TEST(CimInstancePathTest, PathString_keyWithoutText_isRefused)
 {
     core::CimInstance instance("Port");
     (new core::CimPropertyBool("Flag", &instance))->setKey(true);
     EXPECT_EQ(support::thrownBy<utils::ENotSupported>([&] { instance.toPathString(); }), "ENotSupported:");
 }
 
-TEST(CimInstancePathTest, whatIsRenderedParsesBackToTheSameKeys)
+TEST(CimInstancePathTest, PathString_isParsedToTheSameKeys)
 {
     core::CimInstance instance("Port");
     addKey(instance, "Name", R"(a "quoted", b=c.d:e)");

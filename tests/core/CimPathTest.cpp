@@ -27,7 +27,7 @@ std::string refusalOf(const std::string& text)
     return thrown.starts_with(prefix) ? thrown.substr(prefix.size()) : "unexpected: " + thrown;
 }
 
-TEST(CimPathTest, oneKeyIsEnough)
+TEST(CimPathTest, Path_withOneKey_isRead)
 {
     const CimPath path("Port.k=1");
     EXPECT_EQ(path.getClassName(), "Port");
@@ -35,13 +35,13 @@ TEST(CimPathTest, oneKeyIsEnough)
     EXPECT_THAT(keysOf(path), ElementsAre(Pair("k", "1")));
 }
 
-TEST(CimPathTest, keysIterateInByteWiseOrderOfTheirNames)
+TEST(CimPathTest, Keys_areInByteOrder)
 {
     EXPECT_THAT(keysOf(CimPath("Port.b=1,_c=2,B=3,a=4")),
                 ElementsAre(Pair("B", "3"), Pair("_c", "2"), Pair("a", "4"), Pair("b", "1")));
 }
 
-TEST(CimPathTest, keyNamesAreCaseSensitive)
+TEST(CimPathTest, KeyNames_areCaseSensitive)
 {
     const CimPath path("Port.k=1,K=2");
     EXPECT_THAT(keysOf(path), ElementsAre(Pair("K", "2"), Pair("k", "1")));
@@ -75,7 +75,7 @@ TEST(CimPathTest, WithoutANamespace_onlyTheCreationIsLogged)
     EXPECT_EQ(log.messages().size(), 1U);
 }
 
-TEST(CimPathTest, separatorsInsideQuotesDoNotCount)
+TEST(CimPathTest, SeparatorInQuotes_doesNotCut)
 {
     const CimPath path(R"(ns:Port.k="1.x,y=z:w")");
     EXPECT_THAT(keysOf(path), ElementsAre(Pair("k", "1.x,y=z:w")));
@@ -89,19 +89,19 @@ TEST(CimPathTest, OuterQuotesAndTheirBackslashes_go)
     EXPECT_THAT(keysOf(CimPath(R"(Port.k=a\b)")), ElementsAre(Pair("k", R"(a\b)")));
 }
 
-TEST(CimPathTest, aQuotedEmptyValueIsAValue)
+TEST(CimPathTest, QuotedEmptyValue_isAValue)
 {
     EXPECT_THAT(keysOf(CimPath(R"(Port.k="")")), ElementsAre(Pair("k", "")));
 }
 
-TEST(CimPathTest, blanksAreNotTrimmed)
+TEST(CimPathTest, Blanks_areNotTrimmed)
 {
     EXPECT_THAT(keysOf(CimPath("Port.k= 1 ")), ElementsAre(Pair("k", " 1 ")));
     EXPECT_EQ(refusalOf("Port.k=1, l=2"), "invalid property name: ' l=2'");
     EXPECT_EQ(refusalOf("Port .k=1"), "invalid class name: 'Port .k=1'");
 }
 
-TEST(CimPathTest, aQuoteInANamespaceHidesItsColon)
+TEST(CimPathTest, QuoteInNamespace_hidesTheColon)
 {
     EXPECT_EQ(refusalOf(R"("a:b":Port.k)"), R"(only one '=' allowed: 'k')");
 }
@@ -165,13 +165,13 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"Port.k=1,k=\"1\"", "property already exists: 'k=\"1\"'"},
         Refusal{"Port.k=1,k=", "property value empty: 'k='"}));
 
-TEST(CimPathTest, identifiersMayHoldLettersDigitsAndUnderscores)
+TEST(CimPathTest, Identifier_hasLettersDigitsUnderscores)
 {
     EXPECT_EQ(CimPath("_Port_2.k_1=1").getClassName(), "_Port_2");
     EXPECT_EQ(CimPath("P._=1").getClassName(), "P");
 }
 
-TEST(CimPathTest, aMessageIsNotCutHoweverLongThePath)
+TEST(CimPathTest, LongPath_isWholeInTheMessage)
 {
     const std::string text(600, 'a');
     EXPECT_EQ(refusalOf(text), "too many classname separators: '" + text + "'");

@@ -25,7 +25,7 @@ protected:
     CimPropertyList m_list;
 };
 
-TEST_F(CimPropertyListTest, aDuplicateHidesTheEarlierPropertyAndBothStay)
+TEST_F(CimPropertyListTest, Duplicate_hidesTheEarlierProperty)
 {
     m_list.add(&m_a);
     m_list.add(&m_b);
@@ -40,7 +40,7 @@ TEST_F(CimPropertyListTest, aDuplicateHidesTheEarlierPropertyAndBothStay)
     EXPECT_FALSE(m_laterA.isOverriden());
 }
 
-TEST_F(CimPropertyListTest, aThirdPropertyOfANameHidesTheSecond)
+TEST_F(CimPropertyListTest, ThirdOfAName_hidesTheSecond)
 {
     CimPropertyUint8 latestA("A");
     m_list.add(&m_a);
@@ -52,7 +52,7 @@ TEST_F(CimPropertyListTest, aThirdPropertyOfANameHidesTheSecond)
     EXPECT_EQ(m_list.findProperty("A"), &latestA);
 }
 
-TEST_F(CimPropertyListTest, namesAreCaseSensitive)
+TEST_F(CimPropertyListTest, Names_areCaseSensitive)
 {
     CimPropertyUint8 small("a");
     m_list.add(&m_a);
@@ -62,14 +62,14 @@ TEST_F(CimPropertyListTest, namesAreCaseSensitive)
     EXPECT_EQ(m_list.findProperty("a"), &small);
 }
 
-TEST_F(CimPropertyListTest, anEmptyListHasNoFirstProperty)
+TEST_F(CimPropertyListTest, EmptyList_hasNoFirstProperty)
 {
     CimPropertyList::Iterator iterator = m_list.getIterator();
     EXPECT_THAT(iterator.first(), IsNull());
     EXPECT_THAT(iterator.next(), IsNull());
 }
 
-TEST_F(CimPropertyListTest, destroyingAListLeavesItsPropertiesAlive)
+TEST_F(CimPropertyListTest, DestroyedList_leavesTheProperties)
 {
     class Counted : public CimPropertyUint8
     {
@@ -90,7 +90,7 @@ TEST_F(CimPropertyListTest, destroyingAListLeavesItsPropertiesAlive)
     EXPECT_EQ(deletions, 0);
 }
 
-TEST_F(CimPropertyListTest, aListThatOwnsDeletesHiddenPropertiesToo)
+TEST_F(CimPropertyListTest, OwningList_deletesHiddenPropertiesToo)
 {
     class Counted : public CimPropertyUint8
     {
@@ -112,7 +112,7 @@ TEST_F(CimPropertyListTest, aListThatOwnsDeletesHiddenPropertiesToo)
     EXPECT_EQ(deletions, 2);
 }
 
-TEST_F(CimPropertyListTest, addOfNullFailsItsAssertion)
+TEST_F(CimPropertyListTest, Add_null_isRefused)
 {
     EXPECT_EQ(support::thrownBy([&] { m_list.add(nullptr); }),
               "DRAVEv2: CimPropertyList:85: Assertion failed: 'newProperty != NULL'");
@@ -148,19 +148,19 @@ TEST_F(CimPropertyListTest, FindProperty_ofAnUnknownName_isNull)
     EXPECT_FALSE(m_a.isOverriden());
 }
 
-TEST_F(CimPropertyListTest, addTakesALockForEachOfItsSteps)
+TEST_F(CimPropertyListTest, Add_locksForEachStep)
 {
     EXPECT_EQ(locksTakenBy([&] { m_list.add(&m_a); }), 3U) << "contains, set, append";
     EXPECT_EQ(locksTakenBy([&] { m_list.add(&m_laterA); }), 4U) << "contains, get, set, append";
 }
 
-TEST_F(CimPropertyListTest, getIteratorTakesNoLockUnlikeThatOfTheBase)
+TEST_F(CimPropertyListTest, GetIterator_takesNoLock)
 {
     EXPECT_EQ(locksTakenBy([&] { m_list.getIterator(); }), 0U);
     EXPECT_EQ(locksTakenBy([&] { m_list.SafeList::getIterator(); }), 1U);
 }
 
-TEST_F(CimPropertyListTest, theBasesIteratorSkipsNothing)
+TEST_F(CimPropertyListTest, BaseIterator_skipsNothing)
 {
     m_list.add(&m_a);
     m_list.add(&m_laterA);
@@ -169,7 +169,7 @@ TEST_F(CimPropertyListTest, theBasesIteratorSkipsNothing)
     EXPECT_EQ(iterator.next(), &m_laterA);
 }
 
-TEST_F(CimPropertyListTest, theListsIteratorIsReachedThroughTheBase)
+TEST_F(CimPropertyListTest, GetIterator_isVirtual)
 {
     m_list.add(&m_a);
     m_list.add(&m_laterA);
@@ -190,7 +190,7 @@ protected:
     core::OverridenPropertiesSkippingIterator m_iterator{&m_list};
 };
 
-TEST_F(SkippingIteratorTest, everyStepOverAHiddenPropertyTakesTheLockAgain)
+TEST_F(SkippingIteratorTest, HiddenProperty_takesAnotherLock)
 {
     EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.next(), &m_laterA); }), 2U);
     EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.next(), &m_b); }), 1U);
@@ -198,7 +198,7 @@ TEST_F(SkippingIteratorTest, everyStepOverAHiddenPropertyTakesTheLockAgain)
     EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.first(), &m_laterA); }), 2U);
 }
 
-TEST_F(SkippingIteratorTest, firstGoesBackAndSkips)
+TEST_F(SkippingIteratorTest, First_goesBackAndSkips)
 {
     m_iterator.next();
     m_iterator.next();
@@ -206,7 +206,7 @@ TEST_F(SkippingIteratorTest, firstGoesBackAndSkips)
     EXPECT_EQ(m_iterator.next(), &m_b);
 }
 
-TEST_F(SkippingIteratorTest, firstIsNullWhereEverythingIsHidden)
+TEST_F(SkippingIteratorTest, First_allHidden_isNull)
 {
     m_laterA.setOverriden(true);
     m_b.setOverriden(true);
@@ -214,12 +214,12 @@ TEST_F(SkippingIteratorTest, firstIsNullWhereEverythingIsHidden)
     EXPECT_THAT(m_iterator.next(), IsNull());
 }
 
-TEST_F(SkippingIteratorTest, sizeCountsHiddenPropertiesToo)
+TEST_F(SkippingIteratorTest, Size_countsHiddenProperties)
 {
     EXPECT_EQ(m_iterator.size(), 3U);
 }
 
-TEST_F(SkippingIteratorTest, cloneIsAPlainIteratorFromTheStart)
+TEST_F(SkippingIteratorTest, Clone_startsAnewAndSkipsNothing)
 {
     EXPECT_EQ(m_iterator.next(), &m_laterA);
     const std::unique_ptr<CimPropertyList::IteratorImplementation> clone(m_iterator.clone());
@@ -228,12 +228,12 @@ TEST_F(SkippingIteratorTest, cloneIsAPlainIteratorFromTheStart)
     EXPECT_EQ(m_iterator.next(), &m_b);
 }
 
-TEST_F(SkippingIteratorTest, advanceSkipsNothing)
+TEST_F(SkippingIteratorTest, Advance_skipsNothing)
 {
     EXPECT_EQ(m_iterator.advance(), &m_a);
 }
 
-TEST_F(SkippingIteratorTest, propertiesAddedAtTheEndAreSeen)
+TEST_F(SkippingIteratorTest, Iterator_seesAddedProperties)
 {
     CimPropertyUint8 c("C");
     m_iterator.next();

@@ -65,7 +65,7 @@ TEST(CimPropertyTest, NewProperty_isNullAndNothingElse)
     EXPECT_THAT(property.listeners(), SizeIs(2));
 }
 
-TEST(CimPropertyTest, joinsItsOwnersListAndKnowsItsOwner)
+TEST(CimPropertyTest, NewProperty_joinsItsOwnersList)
 {
     core::CimInstance owner("Port");
     auto* const property = new core::CimPropertyUint8("P", &owner);
@@ -81,7 +81,7 @@ TEST(CimPropertyTest, EmptyName_failsBeforeTheOwnerHears)
     EXPECT_EQ(owner.getProperties().size(), 0U);
 }
 
-TEST(CimPropertyTest, flagsAreSetAndRead)
+TEST(CimPropertyTest, Flags_areSetAndRead)
 {
     core::CimPropertyUint8 property("P");
     property.setKey(true);
@@ -93,7 +93,7 @@ TEST(CimPropertyTest, flagsAreSetAndRead)
     EXPECT_FALSE(property.isKey() || property.isModifiable());
 }
 
-TEST(CimPropertyTest, setNullLeavesTheValue)
+TEST(CimPropertyTest, SetNull_keepsTheValue)
 {
     const auto property = make<core::CimPropertyUint8>(7);
     EXPECT_FALSE(property->isNull());
@@ -102,7 +102,7 @@ TEST(CimPropertyTest, setNullLeavesTheValue)
     EXPECT_EQ(property->getValue(), 7);
 }
 
-TEST(CimPropertyTest, addListenerAppendsInOrderAndDoesNotOwn)
+TEST(CimPropertyTest, AddListener_appendsAndDoesNotOwn)
 {
     MockListener first;
     MockListener second;
@@ -112,7 +112,7 @@ TEST(CimPropertyTest, addListenerAppendsInOrderAndDoesNotOwn)
     EXPECT_THAT(property.listeners(), ElementsAre(_, _, &first, &second));
 }
 
-TEST(CimPropertyTest, addListenerOfNullFailsItsAssertion)
+TEST(CimPropertyTest, AddListener_null_isRefused)
 {
     core::CimPropertyUint8 property("P");
     EXPECT_EQ(thrownBy([&] { property.addListener(nullptr); }),
@@ -120,7 +120,7 @@ TEST(CimPropertyTest, addListenerOfNullFailsItsAssertion)
     EXPECT_THAT(property.listeners(), SizeIs(2));
 }
 
-TEST(CimPropertyTest, whatTheTypeDoesNotHaveIsNotSupportedAndLogged)
+TEST(CimPropertyTest, MissingOperation_isLoggedAndNotSupported)
 {
     const support::LogCapture log;
     core::CimPropertyUint16_arr property("P");
@@ -134,7 +134,7 @@ TEST(CimPropertyTest, whatTheTypeDoesNotHaveIsNotSupportedAndLogged)
                                                     notSupportedLine("verify", 375, "P", 5), errorLine));
 }
 
-TEST(CimPropertyTest, virtualFunctionsStandInTheirDeclaredOrder)
+TEST(CimPropertyTest, VirtualFunctions_areInTheDeclaredOrder)
 {
     // The destructor occupies two entries: the first ones of a property, and the last ones of a listener.
     EXPECT_EQ(support::slotOf(&CimProperty::toString), 2U);
@@ -145,7 +145,7 @@ TEST(CimPropertyTest, virtualFunctionsStandInTheirDeclaredOrder)
     EXPECT_EQ(support::slotOf(&CimProperty::Listener::onVerify), 1U);
 }
 
-TEST(ListenerTest, acceptsEverythingByDefault)
+TEST(ListenerTest, Listener_byDefault_acceptsEverything)
 {
     CimProperty::Listener listener;
     core::CimPropertyUint8 property("P");
@@ -167,7 +167,7 @@ TEST(VerifyPropertyTest, Verify_withoutAPropertyOrValue_logsNothing)
                             "be NULL"));
 }
 
-TEST(VerifyPropertyTest, logsTheNumberOfListeners)
+TEST(VerifyPropertyTest, ListenerCount_isLogged)
 {
     const support::LogCapture log;
     CimProperty::Listener listener;
@@ -209,7 +209,7 @@ TEST(VerifyPropertyTest, Listeners_areAskedUntilOneThrows)
     EXPECT_EQ(thrownBy<std::runtime_error>([&] { property.verify(&newValue); }), "mine");
 }
 
-TEST(VerifyPropertyTest, aListenerThatIsAddedByAListenerIsAskedToo)
+TEST(VerifyPropertyTest, AddedListener_isAskedToo)
 {
     MockListener adding;
     MockListener added;
@@ -226,7 +226,7 @@ TEST(VerifyPropertyTest, aListenerThatIsAddedByAListenerIsAskedToo)
     core::verifyProperty(&property, &newValue);
 }
 
-TEST(VerifyPropertyTest, changesNothing)
+TEST(VerifyPropertyTest, Verification_changesNothing)
 {
     const auto property = make<core::CimPropertyUint8>(7, true);
     property->verify(make<core::CimPropertyUint8>(8).get());
@@ -251,7 +251,7 @@ struct TypeNames
 using NumberTypes = testing::Types<core::CimPropertyUint8, core::CimPropertyUint16, core::CimPropertyUint64>;
 TYPED_TEST_SUITE(ModifyEnabledTest, NumberTypes, TypeNames);
 
-TYPED_TEST(ModifyEnabledTest, nullOverNullPasses)
+TYPED_TEST(ModifyEnabledTest, NullOverNull_isAccepted)
 {
     TypeParam property("P");
     const TypeParam newValue("P");
@@ -260,7 +260,7 @@ TYPED_TEST(ModifyEnabledTest, nullOverNullPasses)
     EXPECT_NO_THROW(property.verify(&newValue));
 }
 
-TYPED_TEST(ModifyEnabledTest, evenAFirstValueOverNullIsRefusedUnlessModifiable)
+TYPED_TEST(ModifyEnabledTest, ValueOverNull_readOnly_isRefused)
 {
     TypeParam property("P");
     const auto newValue = make<TypeParam>(7);
@@ -269,7 +269,7 @@ TYPED_TEST(ModifyEnabledTest, evenAFirstValueOverNullIsRefusedUnlessModifiable)
     EXPECT_NO_THROW(property.verify(newValue.get()));
 }
 
-TYPED_TEST(ModifyEnabledTest, nullOverAValueIsRefusedEitherWayWithAMessageOfItsOwn)
+TYPED_TEST(ModifyEnabledTest, NullOverValue_isAlwaysRefused)
 {
     const auto property = make<TypeParam>(7);
     const TypeParam newValue("P");
@@ -278,7 +278,7 @@ TYPED_TEST(ModifyEnabledTest, nullOverAValueIsRefusedEitherWayWithAMessageOfItsO
     EXPECT_EQ(thrownBy<EInvalidParameter>([&] { property->verify(&newValue); }), NOT_NULL);
 }
 
-TYPED_TEST(ModifyEnabledTest, anEqualValuePassesAndAnotherOneOnlyWhenModifiable)
+TYPED_TEST(ModifyEnabledTest, AnotherValue_readOnly_isRefused)
 {
     const auto property = make<TypeParam>(7);
     EXPECT_NO_THROW(property->verify(make<TypeParam>(7).get()));
@@ -288,7 +288,7 @@ TYPED_TEST(ModifyEnabledTest, anEqualValuePassesAndAnotherOneOnlyWhenModifiable)
     EXPECT_NO_THROW(property->verify(other.get()));
 }
 
-TEST(ModifyEnabledStringTest, followsTheSameRulesByteByByte)
+TEST(ModifyEnabledStringTest, Texts_areComparedByteByByte)
 {
     const auto property = make<core::CimPropertyString>("a");
     EXPECT_NO_THROW(property->verify(make<core::CimPropertyString>("a").get()));
@@ -303,7 +303,7 @@ TEST(ModifyEnabledStringTest, followsTheSameRulesByteByByte)
     EXPECT_EQ(thrownBy<EInvalidParameter>([&] { property->verify(&null); }), NOT_NULL);
 }
 
-TEST(ModifyEnabledUint32Test, everyVerificationIsRefusedWhateverTheFlagsSay)
+TEST(ModifyEnabledUint32Test, Verification_isAlwaysRefused)
 {
     constexpr const char* UNSUPPORTED = "DRAVEv2: EForbidden:Unsupported type: 8";
     const auto property = make<core::CimPropertyUint32>(7);
@@ -322,7 +322,7 @@ TEST(ModifyEnabledUint32Test, everyVerificationIsRefusedWhateverTheFlagsSay)
     EXPECT_EQ(verifying(*equal), UNSUPPORTED);
 }
 
-TEST(ModifyEnabledTypesTest, everyTypeWithoutARuleIsUnsupported)
+TEST(ModifyEnabledTypesTest, OtherTypes_areNotSupported)
 {
     core::CimPropertyBool boolean("P");
     core::CimPropertyDatetime datetime("P");
@@ -357,7 +357,7 @@ TEST(VerifyTypeTest, Message_namesThePropertysTypeFirst)
               "DRAVEv2: EForbidden:Property type 16 doesn't support assigning value from property type 0");
 }
 
-TEST(VerifyTypeTest, refusesAnotherTypeOverNullToo)
+TEST(VerifyTypeTest, AnotherType_overNull_isRefused)
 {
     core::CimPropertyUint16 property("P");
     const core::CimPropertyUint8 newValue("P");

@@ -92,7 +92,7 @@ using ValueTypes =
     testing::Types<Uint8, Uint16, Uint32, Uint64, Text, Bool, Datetime, Uint16Array, Uint32Array, TextArray>;
 TYPED_TEST_SUITE(ValueTest, ValueTypes, TypeNames);
 
-TYPED_TEST(ValueTest, startsNullWithAnEmptyValueAndTheTwoBaseListeners)
+TYPED_TEST(ValueTest, NewProperty_isNullWithTwoListeners)
 {
     using Value = std::decay_t<decltype(this->m_property.getValue())>;
     EXPECT_TRUE(this->m_property.isNull());
@@ -100,7 +100,7 @@ TYPED_TEST(ValueTest, startsNullWithAnEmptyValueAndTheTwoBaseListeners)
     EXPECT_THAT(this->m_property.listeners(), SizeIs(2));
 }
 
-TYPED_TEST(ValueTest, setValueStoresTheValueAndEndsNull)
+TYPED_TEST(ValueTest, SetValue_storesAndEndsNull)
 {
     this->m_property.setValue(TypeParam::first());
     EXPECT_EQ(this->m_property.getValue(), TypeParam::first());
@@ -111,13 +111,13 @@ TYPED_TEST(ValueTest, setValueStoresTheValueAndEndsNull)
     EXPECT_FALSE(this->m_property.isNull());
 }
 
-TYPED_TEST(ValueTest, hasItsTypeNumber)
+TYPED_TEST(ValueTest, Type_isItsNumber)
 {
     const CimProperty& property = this->m_property;
     EXPECT_EQ(property.getType(), TypeParam::type);
 }
 
-TYPED_TEST(ValueTest, mayHaveAnOwner)
+TYPED_TEST(ValueTest, Property_mayHaveAnOwner)
 {
     core::CimInstance owner("Port");
     const auto* const property = new typename TypeParam::Class("P", &owner);
@@ -132,7 +132,7 @@ class ModifyTest : public ValueTest<T>
 using ModifiedTypes = testing::Types<Uint8, Uint16, Uint32, Uint64, Text>;
 TYPED_TEST_SUITE(ModifyTest, ModifiedTypes, TypeNames);
 
-TYPED_TEST(ModifyTest, takesOverTheValueWithoutVerifyingIt)
+TYPED_TEST(ModifyTest, Modify_takesTheValueUnverified)
 {
     typename TypeParam::Class newValue("Q");
     newValue.setValue(TypeParam::first());
@@ -142,7 +142,7 @@ TYPED_TEST(ModifyTest, takesOverTheValueWithoutVerifyingIt)
     EXPECT_EQ(this->m_property.getName(), "P");
 }
 
-TYPED_TEST(ModifyTest, takesOverTheValueOfANullOneToo)
+TYPED_TEST(ModifyTest, Modify_takesTheValueOfANull)
 {
     this->m_property.setValue(TypeParam::first());
     typename TypeParam::Class newValue("P");
@@ -153,7 +153,7 @@ TYPED_TEST(ModifyTest, takesOverTheValueOfANullOneToo)
     EXPECT_EQ(this->m_property.getValue(), TypeParam::second());
 }
 
-TYPED_TEST(ModifyTest, tellsEveryListenerBeforeTheValueChanges)
+TYPED_TEST(ModifyTest, Modify_callsListenersBeforeTheChange)
 {
     using Property = typename TypeParam::Class;
 
@@ -181,7 +181,7 @@ TYPED_TEST(ModifyTest, tellsEveryListenerBeforeTheValueChanges)
                 ElementsAre(testing::Pair(&this->m_property, &newValue), testing::Pair(&this->m_property, &newValue)));
 }
 
-TYPED_TEST(ModifyTest, logsTheNumberOfListeners)
+TYPED_TEST(ModifyTest, ListenerCount_isLogged)
 {
     const support::LogCapture log;
     const typename TypeParam::Class newValue("P");
@@ -214,7 +214,7 @@ TYPED_TEST(ModifyTest, Size_isLoggedBeforeTheListenersHear)
     EXPECT_EQ(listener.linesBefore, 1U);
 }
 
-TYPED_TEST(ModifyTest, withoutAPropertyOrANewValueItFailsItsAssertions)
+TYPED_TEST(ModifyTest, Modify_null_isRefused)
 {
     const typename TypeParam::Class newValue("P");
     typename TypeParam::Class* const none = nullptr;
@@ -226,7 +226,7 @@ TYPED_TEST(ModifyTest, withoutAPropertyOrANewValueItFailsItsAssertions)
               "DRAVEv2: CimProperty:419: Assertion failed: 'newValue != NULL'");
 }
 
-TEST(ToStringTest, numbersAreDecimal)
+TEST(ToStringTest, Numbers_areDecimal)
 {
     core::CimPropertyUint8 uint8("P");
     core::CimPropertyUint16 uint16("P");
@@ -239,7 +239,7 @@ TEST(ToStringTest, numbersAreDecimal)
     EXPECT_EQ(uint64.toString(), "18446744073709551615");
 }
 
-TEST(ToStringTest, aUint32IsPrintedSigned)
+TEST(ToStringTest, Uint32_isPrintedSigned)
 {
     core::CimPropertyUint32 property("P");
     property.setValue(2147483647);
@@ -250,7 +250,7 @@ TEST(ToStringTest, aUint32IsPrintedSigned)
     EXPECT_EQ(property.toString(), "-1");
 }
 
-TEST(ToStringTest, aTextIsItselfHoweverLong)
+TEST(ToStringTest, LongText_isItself)
 {
     core::CimPropertyString property("P");
     property.setValue(std::string(600, 'a'));
@@ -265,7 +265,7 @@ class UnsupportedTest : public ValueTest<T>
 using UnsupportedTypes = testing::Types<Bool, Datetime, Uint16Array, Uint32Array, TextArray>;
 TYPED_TEST_SUITE(UnsupportedTest, UnsupportedTypes, TypeNames);
 
-TYPED_TEST(UnsupportedTest, hasNoModifyAndNoVerify)
+TYPED_TEST(UnsupportedTest, ModifyAndVerify_areNotSupported)
 {
     const typename TypeParam::Class newValue("P");
     EXPECT_EQ(thrownBy<ENotSupported>([&] { this->m_property.modify(&newValue); }), "ENotSupported:");
@@ -280,12 +280,12 @@ class ArrayTest : public ValueTest<T>
 using ArrayTypes = testing::Types<Uint16Array, Uint32Array, TextArray>;
 TYPED_TEST_SUITE(ArrayTest, ArrayTypes, TypeNames);
 
-TYPED_TEST(ArrayTest, hasNoText)
+TYPED_TEST(ArrayTest, Text_isNotSupported)
 {
     EXPECT_EQ(thrownBy<ENotSupported>([&] { this->m_property.toString(); }), "ENotSupported:");
 }
 
-TYPED_TEST(ArrayTest, clearEmptiesTheArrayAndEndsNull)
+TYPED_TEST(ArrayTest, Clear_emptiesAndEndsNull)
 {
     this->m_property.clear();
     EXPECT_FALSE(this->m_property.isNull());
@@ -295,7 +295,7 @@ TYPED_TEST(ArrayTest, clearEmptiesTheArrayAndEndsNull)
     EXPECT_FALSE(this->m_property.isNull());
 }
 
-TYPED_TEST(ArrayTest, clearFollowsTheBasesVirtualFunctions)
+TYPED_TEST(ArrayTest, Clear_followsTheBasesFunctions)
 {
     EXPECT_EQ(support::slotOf(&TypeParam::Class::clear), 6U);
 }
@@ -322,7 +322,7 @@ protected:
 
 constexpr const char* ACCEPTED = "nothing was thrown";
 
-TEST_F(LengthTest, limitsCountOnlyOnceTheListenersAreRegistered)
+TEST_F(LengthTest, Limits_withoutListeners_areIgnored)
 {
     m_property.setMinLength(3);
     m_property.setMaxLength(4);
@@ -336,14 +336,14 @@ TEST_F(LengthTest, limitsCountOnlyOnceTheListenersAreRegistered)
     EXPECT_EQ(verifying(5), "DRAVEv2: EInvalidParameter:Length of P property cannot be biger then 4");
 }
 
-TEST_F(LengthTest, withoutLimitsEveryLengthPasses)
+TEST_F(LengthTest, AnyLength_withoutLimits_isAccepted)
 {
     m_property.registerLengthListeners();
     EXPECT_EQ(verifying(0), ACCEPTED);
     EXPECT_EQ(verifying(100'000), ACCEPTED);
 }
 
-TEST_F(LengthTest, limitsAreThoseOfThePropertyNotOfTheNewValue)
+TEST_F(LengthTest, Limits_areThePropertys)
 {
     m_property.registerLengthListeners();
     core::CimPropertyString newValue("Q");
@@ -353,7 +353,7 @@ TEST_F(LengthTest, limitsAreThoseOfThePropertyNotOfTheNewValue)
     EXPECT_NO_THROW(m_property.verify(&newValue));
 }
 
-TEST_F(LengthTest, withAMinimumEvenNullOverNullIsTooShort)
+TEST_F(LengthTest, NullOverNull_withMinimum_isTooShort)
 {
     core::CimPropertyString property("P");
     property.registerLengthListeners();
@@ -399,7 +399,7 @@ protected:
     core::CimPropertyRef m_property{"P"};
 };
 
-TEST_F(RefTest, startsNullWithoutAnInstanceAndWithAnEmptyPath)
+TEST_F(RefTest, NewReference_isNullAndEmpty)
 {
     EXPECT_TRUE(m_property.isNull());
     EXPECT_EQ(m_property.getType(), CimProperty::EPT_REF);
@@ -408,7 +408,7 @@ TEST_F(RefTest, startsNullWithoutAnInstanceAndWithAnEmptyPath)
     EXPECT_EQ(m_property.toString(), "");
 }
 
-TEST_F(RefTest, ofAnInstanceRendersItsPath)
+TEST_F(RefTest, ReferenceToInstance_isItsPath)
 {
     m_property.setValue(&m_instance);
     EXPECT_FALSE(m_property.isNull());
@@ -416,7 +416,7 @@ TEST_F(RefTest, ofAnInstanceRendersItsPath)
     EXPECT_EQ(m_property.toString(), R"(Port.Name="a")");
 }
 
-TEST_F(RefTest, ofAPathIsTheTextUnparsed)
+TEST_F(RefTest, ReferenceByPath_isTheTextUnparsed)
 {
     m_property.setValue(std::string("no path at all"));
     EXPECT_FALSE(m_property.isNull());
@@ -440,7 +440,7 @@ TEST_F(RefTest, Setters_storeTheirOwnField_andAnInstanceWins)
     EXPECT_EQ(m_property.toString(), R"(Port.Name="a")");
 }
 
-TEST_F(RefTest, hasNoModifyAndNoVerify)
+TEST_F(RefTest, ModifyAndVerify_areNotSupported)
 {
     EXPECT_EQ(thrownBy<ENotSupported>([&] { m_property.modify(&m_property); }), "ENotSupported:");
     EXPECT_EQ(thrownBy<ENotSupported>([&] { m_property.verify(&m_property); }), "ENotSupported:");

@@ -255,7 +255,7 @@ std::wstring pathOfPort(const wmihost::ProviderSession& session, const wchar_t* 
     return {};
 }
 
-TEST_F(AdaptersComeAndGoTest, noRequestFailsAndNothingStaleIsRead)
+TEST_F(AdaptersComeAndGoTest, Requests_readNothingStale)
 {
     const std::filesystem::path quiet = fileNamedBy("ZERIX_QUIET");
     ASSERT_FALSE(quiet.empty());
@@ -316,7 +316,7 @@ TEST_F(AdaptersComeAndGoTest, noRequestFailsAndNothingStaleIsRead)
 }
 
 // The results that the script compares with the kernel's data.
-TEST_F(AdaptersComeAndGoTest, quietMachineIsShownAsItIs)
+TEST_F(AdaptersComeAndGoTest, QuietMachine_isShownAsItIs)
 {
     const auto ports = m_session->enumerate(L"Zerix_EthernetPort", {}).objects;
     EXPECT_EQ(guidsIn(ports, L"DeviceID"), adaptersOfTheSystem());

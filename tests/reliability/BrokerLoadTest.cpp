@@ -204,7 +204,7 @@ protected:
     std::optional<broker::ObjectBroker> m_broker;
 };
 
-TEST_F(BrokerLoadTest, eightClientsAtOnceGetTheirAnswers)
+TEST_F(BrokerLoadTest, EightClients_getTheirAnswers)
 {
     std::string port;
     {

@@ -61,7 +61,7 @@ private:
     bool m_active;
 };
 
-TEST(ForeignRunTimeTest, loadedFirst_everyRequestIsServed)
+TEST(ForeignRunTimeTest, RequestsAfterForeignRunTime_areServed)
 {
     for (const char* const name : FOREIGN_RUN_TIMES) {
         ASSERT_EQ(fileOf(name), "") << "the stand-ins have to come first";

@@ -87,7 +87,7 @@ class LeaksTest : public testing::TestWithParam<Scenario>
 {
 };
 
-TEST_P(LeaksTest, tenThousandRequestsLeaveEverythingWhereItWas)
+TEST_P(LeaksTest, TenThousandRequests_leakNothing)
 {
     constexpr int WARM_UP = 100;
     constexpr int REQUESTS = 10000;

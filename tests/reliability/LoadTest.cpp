@@ -72,7 +72,7 @@ protected:
     std::optional<wmihost::Workspace> m_workspace;
 };
 
-TEST_F(LoadTest, eightClientsAtOnceGetTheirAnswers)
+TEST_F(LoadTest, EightClients_getTheirAnswers)
 {
     const wmihost::ProviderSession& provider = session(L"Zerix_EthernetPort");
     const auto ports = provider.enumerate(L"Zerix_EthernetPort", {}).objects;

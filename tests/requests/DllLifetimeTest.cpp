@@ -117,7 +117,7 @@ TEST(DllLifetimeTest, Singletons_goWithTheModule)
     EXPECT_EQ(used.liveObjects(), 0);
 }
 
-TEST(DllLifetimeDeathTest, TheSingletonsAreLeftAloneWhenTheProcessEnds)
+TEST(DllLifetimeDeathTest, EndingProcess_keepsTheSingletons)
 {
     EXPECT_EXIT(
         {
@@ -152,7 +152,7 @@ TEST(DllLifetimeTest, Module_mayGoWithoutProviderAndLock)
     EXPECT_EQ(untouched, &provider);
 }
 
-TEST(DllLifetimeTest, TheModuleComesBackAfterItsUnloading)
+TEST(DllLifetimeTest, UnloadedModule_loadsAgain)
 {
     for (int round = 0; round < 3; ++round) {
         {

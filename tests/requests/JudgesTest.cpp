@@ -128,7 +128,7 @@ protected:
 
 // The return value is not compared: Wine 8's object accepts a uint32 only as VT_UI4, where WMI documents VT_I4. The
 // broker finds it in its list with the object's value, 0, where WMI would have no value.
-TEST_F(PlatformSignatureTest, AnArrayOfTextsReachesThePlatformsObject)
+TEST_F(PlatformSignatureTest, ArrayOfTexts_reachesThePlatformsObject)
 {
     const auto arguments = argumentsOf(L"EnumKey");
     EXPECT_EQ(arguments->Put(L"hDefKey", 0, Variant::ofLong(-2147483646).in(), 0), S_OK);
@@ -146,7 +146,7 @@ TEST_F(PlatformSignatureTest, AnArrayOfTextsReachesThePlatformsObject)
                                         "sNames = string[] {}}, null)"}));
 }
 
-TEST_F(PlatformSignatureTest, ATextReachesThePlatformsObject)
+TEST_F(PlatformSignatureTest, Text_reachesThePlatformsObject)
 {
     const auto arguments = argumentsOf(L"GetStringValue");
     EXPECT_EQ(arguments->Put(L"sValueName", 0, Variant::ofText(L"Label").in(), 0), S_OK);
@@ -203,7 +203,7 @@ TEST_F(LiveJudgesTest, PlatformsAdapters_haveTheSameAddresses)
     EXPECT_EQ(ports, expected);
 }
 
-TEST_F(LiveJudgesTest, ThePlatformsAddressesBelongToTheSameAdapters)
+TEST_F(LiveJudgesTest, Addresses_belongToThePlatformsAdapters)
 {
     constexpr ULONG FLAGS =
         GAA_FLAG_SKIP_UNICAST | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
@@ -261,7 +261,7 @@ std::vector<std::wstring> pathsIn(IWbemClassObject& object)
     return paths;
 }
 
-TEST_F(LiveJudgesTest, ThePlatformReadsEveryPathAsItIsMeant)
+TEST_F(LiveJudgesTest, Paths_areReadAlikeByThePlatform)
 {
     // Jobs and results exist only after a method has started a job.
     const Objects ports = instancesOf(L"Zerix_EthernetPort");

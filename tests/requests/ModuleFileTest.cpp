@@ -83,7 +83,7 @@ TEST(ModuleFileTest, BrokerLibrary_isNeededForItsTwoNames)
               (Names{"_ZN4core12GetCimBrokerEv", "_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE"}));
 }
 
-TEST(ModuleFileTest, TheModuleIsToldOfEveryThread)
+TEST(ModuleFileTest, EachThread_isReportedToTheModule)
 {
     const support::ProviderModule module;
     // Its entry point logs each thread that starts and ends. This call would suppress those lines.

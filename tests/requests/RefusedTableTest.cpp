@@ -193,7 +193,7 @@ INSTANTIATE_TEST_SUITE_P(Tables, RefusedAdapters, testing::Values(tables()[0]),
 // The two errors that mean an empty table. Without the table of the families a configuration lacks four values.
 using EmptyTable = RefusedTable;
 
-TEST_P(EmptyTable, ListsAreEmptyAndNothingIsFound)
+TEST_P(EmptyTable, RefusedTable_givesEmptyLists)
 {
     for (const ULONG status : {ERROR_NO_DATA, ERROR_ADDRESS_NOT_ASSOCIATED}) {
         refuse(status);

@@ -115,7 +115,7 @@ LONG CALLBACK hearDebugger(EXCEPTION_POINTERS* exception)
 }
 
 // The module logs before its import table can be patched. These lines are read from the platform's exceptions.
-TEST(RequestLogLoadTest, LoadingAndUnloading)
+TEST(RequestLogLoadTest, LoadingAndUnloading_isAsInItsFile)
 {
     const StandardErrorFile standardError;
     // Loads the broker first, so that its lines are not among the provider's.

@@ -30,7 +30,7 @@ private:
     HMODULE m_module;
 };
 
-TEST(CapturedModulesTest, aModulesLinesAreCollectedFromThenOn)
+TEST(CapturedModulesTest, CapturedModule_hasItsLinesCollected)
 {
     const support::LogCapture log;
     const LoggingModule module;
@@ -40,7 +40,7 @@ TEST(CapturedModulesTest, aModulesLinesAreCollectedFromThenOn)
     support::releaseModule(module.get());
 }
 
-TEST(CapturedModulesTest, otherModulesLinesAreNotCollected)
+TEST(CapturedModulesTest, OtherModules_areNotCaptured)
 {
     const support::LogCapture log;
     const LoggingModule module;
@@ -48,7 +48,7 @@ TEST(CapturedModulesTest, otherModulesLinesAreNotCollected)
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(CapturedModulesTest, aReleasedModulesLinesAreNotCollected)
+TEST(CapturedModulesTest, ReleasedModule_isNotCaptured)
 {
     const support::LogCapture log;
     const LoggingModule module;
@@ -58,7 +58,7 @@ TEST(CapturedModulesTest, aReleasedModulesLinesAreNotCollected)
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(CapturedModulesTest, aModuleWithoutALogIsRefused)
+TEST(CapturedModulesTest, ModuleWithoutLog_isRefused)
 {
     const support::LogCapture log;
     EXPECT_THROW(support::captureModule(GetModuleHandleA(support::RUN_TIME)), std::runtime_error);

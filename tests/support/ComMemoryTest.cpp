@@ -5,7 +5,7 @@
 namespace {
 
 // The other tests rely on this check for leaks.
-TEST(ComMemoryTest, TextsAndArraysCountUntilTheyAreFreed)
+TEST(ComMemoryTest, TextsAndArrays_countUntilFreed)
 {
     const support::ComMemory memory;
     const BSTR text = SysAllocString(L"text");

@@ -36,7 +36,7 @@ TEST(ImportHookTest, Calls_goToTheReplacementWhileTheHookLives)
     EXPECT_EQ(processId(), real);
 }
 
-TEST(ImportHookTest, hooksNest)
+TEST(ImportHookTest, Hooks_nest)
 {
     const support::ImportHook outer("GetCurrentProcessId", &seven);
     {
@@ -47,13 +47,13 @@ TEST(ImportHookTest, hooksNest)
     EXPECT_EQ(processId(), 7U);
 }
 
-TEST(ImportHookTest, theDllMayBeNamedWithoutCase)
+TEST(ImportHookTest, DllName_mayHaveAnyCase)
 {
     const support::ImportHook hook("GetCurrentProcessId", &seven, nullptr, "KERNEL32.DLL");
     EXPECT_EQ(processId(), 7U);
 }
 
-TEST(ImportHookTest, otherModulesAreLeftAlone)
+TEST(ImportHookTest, OtherModules_areNotChanged)
 {
     HMODULE library = GetModuleHandleA(support::RUN_TIME);
     ASSERT_NE(library, nullptr);
@@ -64,7 +64,7 @@ TEST(ImportHookTest, otherModulesAreLeftAlone)
     EXPECT_EQ(GetLastError(), 3U);
 }
 
-TEST(ImportHookTest, aFunctionThatTheModuleDoesNotImportIsRefused)
+TEST(ImportHookTest, MissingImport_isRefused)
 {
     EXPECT_EQ(support::thrownBy<std::runtime_error>([] { const support::ImportHook hook("NoSuchFunction", &seven); }),
               "the module does not import NoSuchFunction");

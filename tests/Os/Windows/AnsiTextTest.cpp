@@ -19,20 +19,20 @@ std::wstring wide(const std::string& text)
     return result;
 }
 
-TEST(AnsiTextTest, plainTextsComeThroughBothWays)
+TEST(AnsiTextTest, PlainText_isTheSameBothWays)
 {
     EXPECT_EQ(narrow(L"Port 1"), "Port 1");
     EXPECT_EQ(wide("Port 1"), L"Port 1");
 }
 
-TEST(AnsiTextTest, nullAndEmptyAreEmpty)
+TEST(AnsiTextTest, NullOrEmpty_isEmpty)
 {
     EXPECT_EQ(narrow(nullptr), "");
     EXPECT_EQ(narrow(L""), "");
     EXPECT_EQ(narrowBstr(nullptr), "");
 }
 
-TEST(AnsiTextTest, anEmptyTextIsABstrOfItsOwnNotNull)
+TEST(AnsiTextTest, EmptyText_isNoNullBstr)
 {
     const BSTR made = toBstr("");
     ASSERT_NE(made, nullptr);
@@ -47,13 +47,13 @@ TEST(AnsiTextTest, OutsideTheCodePage_areQuestionMarks)
     EXPECT_EQ(narrow(L"\u00e9"), "\xe9");
 }
 
-TEST(AnsiTextTest, bytesOfTheCodePageBecomeTheirCharacters)
+TEST(AnsiTextTest, CodePageBytes_becomeTheirCharacters)
 {
     EXPECT_EQ(wide("caf\xe9"), L"caf\u00e9");
     EXPECT_EQ(wide("\x80"), L"\u20ac");
 }
 
-TEST(AnsiTextTest, aBstrIsReadByItsLength)
+TEST(AnsiTextTest, Bstr_isReadByItsLength)
 {
     const BSTR text = SysAllocStringLen(L"a\0b", 3);
     EXPECT_EQ(narrowBstr(text), std::string("a\0b", 3));
@@ -61,18 +61,18 @@ TEST(AnsiTextTest, aBstrIsReadByItsLength)
     SysFreeString(text);
 }
 
-TEST(AnsiTextTest, zerosInATextStayInTheBstr)
+TEST(AnsiTextTest, ZeroInText_staysInTheBstr)
 {
     EXPECT_EQ(wide(std::string("a\0b", 3)), std::wstring(L"a\0b", 3));
 }
 
-TEST(AnsiTextTest, longTextsAreNotCut)
+TEST(AnsiTextTest, LongText_isNotCut)
 {
     EXPECT_EQ(narrow(std::wstring(5000, L'a').c_str()), std::string(5000, 'a'));
     EXPECT_EQ(wide(std::string(5000, 'a')), std::wstring(5000, L'a'));
 }
 
-TEST(WideTextTest, holdsTheTextZeroTerminatedHoweverLong)
+TEST(WideTextTest, Text_ofAnyLength_isZeroTerminated)
 {
     for (const std::size_t size : {0U, 1U, 254U, 255U, 256U, 257U, 5000U}) {
         const utils::WideText text(std::string(size, 'a'));
@@ -81,7 +81,7 @@ TEST(WideTextTest, holdsTheTextZeroTerminatedHoweverLong)
     }
 }
 
-TEST(WideTextTest, mayHoldZerosOfItsOwn)
+TEST(WideTextTest, Text_withZeros_isHeldWhole)
 {
     const utils::WideText text(std::string("a\0\xe9", 3));
     EXPECT_EQ(std::wstring(text.get(), 3), std::wstring(L"a\0\u00e9", 3));
@@ -173,7 +173,7 @@ BSTR WINAPI allocateNothing(const OLECHAR* /*text*/, UINT /*size*/)
     return nullptr;
 }
 
-TEST(AnsiTextTest, aBstrThatCannotBeAllocatedIsAComError)
+TEST(AnsiTextTest, Bstr_withoutMemory_isAComError)
 {
     const support::ImportHook hook("SysAllocStringLen", &allocateNothing);
     try {

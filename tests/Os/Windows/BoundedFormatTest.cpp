@@ -18,28 +18,28 @@ int formatInto(std::array<char, 8>& buffer, const char* format, ...)
     return length;
 }
 
-TEST(BoundedFormatTest, givesTheLengthOfATextThatFits)
+TEST(BoundedFormatTest, Text_thatFits_givesItsLength)
 {
     std::array<char, 8> buffer{};
     EXPECT_EQ(formatInto(buffer, "%s", "1234567"), 7);
     EXPECT_STREQ(buffer.data(), "1234567");
 }
 
-TEST(BoundedFormatTest, aTextOfExactlyTheBuffersSizeHasNoTerminator)
+TEST(BoundedFormatTest, Text_ofTheBuffersSize_hasNoTerminator)
 {
     std::array<char, 8> buffer{};
     EXPECT_EQ(formatInto(buffer, "%s", "12345678"), 8);
     EXPECT_EQ(std::string(buffer.data(), buffer.size()), "12345678");
 }
 
-TEST(BoundedFormatTest, aLongerTextGivesANegativeLengthAndItsStart)
+TEST(BoundedFormatTest, LongerText_givesANegativeLength)
 {
     std::array<char, 8> buffer{};
     EXPECT_LT(formatInto(buffer, "%s", "123456789"), 0);
     EXPECT_EQ(std::string(buffer.data(), buffer.size()), "12345678");
 }
 
-TEST(BoundedFormatTest, formatsArePlatformOnes)
+TEST(BoundedFormatTest, Formats_areThePlatforms)
 {
     // The format is in a variable, because the compiler's check does not know the platform's conversions.
     const char* const pointer = "%p";

@@ -22,7 +22,7 @@ struct Counted
 
 using Reference = utils::ComReference<Counted>;
 
-TEST(ComReferenceTest, releasesItsOneReferenceAtTheEnd)
+TEST(ComReferenceTest, End_releasesTheReference)
 {
     Counted object;
     {
@@ -33,13 +33,13 @@ TEST(ComReferenceTest, releasesItsOneReferenceAtTheEnd)
     EXPECT_EQ(object.releases, 1);
 }
 
-TEST(ComReferenceTest, ownsNothingAtFirst)
+TEST(ComReferenceTest, Start_ownsNothing)
 {
     const Reference reference;
     EXPECT_EQ(reference.get(), nullptr);
 }
 
-TEST(ComReferenceTest, movingHandsTheReferenceOver)
+TEST(ComReferenceTest, Move_handsTheReferenceOver)
 {
     Counted object;
     {
@@ -51,7 +51,7 @@ TEST(ComReferenceTest, movingHandsTheReferenceOver)
     EXPECT_EQ(object.releases, 1);
 }
 
-TEST(ComReferenceTest, outReleasesWhatItHeldAndTakesWhatIsStored)
+TEST(ComReferenceTest, Out_releasesTheOldAndTakesTheNew)
 {
     Counted first;
     Counted second;
@@ -64,7 +64,7 @@ TEST(ComReferenceTest, outReleasesWhatItHeldAndTakesWhatIsStored)
     EXPECT_EQ(second.releases, 1);
 }
 
-TEST(ComReferenceTest, resetReleasesOnce)
+TEST(ComReferenceTest, Reset_releasesOnce)
 {
     Counted object;
     Reference reference(&object);
@@ -74,7 +74,7 @@ TEST(ComReferenceTest, resetReleasesOnce)
     EXPECT_EQ(reference.get(), nullptr);
 }
 
-TEST(ComReferenceTest, detachHandsTheReferenceToTheCaller)
+TEST(ComReferenceTest, Detach_givesTheCallerTheReference)
 {
     Counted object;
     {
@@ -113,13 +113,13 @@ TEST(ScopedBstrTest, Text_isFreedOnce)
     hook.original<decltype(&countFreed)>()(second);
 }
 
-TEST(ScopedBstrTest, startsWithoutAText)
+TEST(ScopedBstrTest, Start_hasNoText)
 {
     const utils::ScopedBstr text;
     EXPECT_EQ(text.get(), nullptr);
 }
 
-TEST(ScopedVariantTest, startsEmpty)
+TEST(ScopedVariantTest, Start_isEmpty)
 {
     const utils::ScopedVariant value;
     EXPECT_EQ(value.get().vt, VT_EMPTY);
@@ -133,7 +133,7 @@ HRESULT WINAPI countCleared(VARIANTARG* value)
     return S_OK;
 }
 
-TEST(ScopedVariantTest, clearsWhatItTookOverAndWhatWasStoredInIt)
+TEST(ScopedVariantTest, End_clearsTakenAndStoredValues)
 {
     const support::ImportHook hook("VariantClear", &countCleared);
     {

@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(ComputerNameTest, isTheEnvironmentsName)
+TEST(ComputerNameTest, Name_isTheEnvironments)
 {
     _putenv_s("COMPUTERNAME", "SERVER-7");
     EXPECT_EQ(utils::computerName(), "SERVER-7");
@@ -28,7 +28,7 @@ TEST(ComputerNameTest, EmptyVariable_isNoName)
     EXPECT_EQ(utils::computerName(), "localhost");
 }
 
-TEST(ComputerNameTest, isLocalhostWithoutOne)
+TEST(ComputerNameTest, Name_missingOrEmpty_isLocalhost)
 {
     _putenv_s("COMPUTERNAME", "");
     ASSERT_EQ(std::getenv("COMPUTERNAME"), nullptr);

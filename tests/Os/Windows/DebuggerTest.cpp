@@ -20,7 +20,7 @@ LONG CALLBACK hear(EXCEPTION_POINTERS* pointers)
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
-TEST(DebuggerTest, theTextReachesTheDebuggerAsItIs)
+TEST(DebuggerTest, Text_reachesTheDebuggerUnchanged)
 {
     PVOID const handler = AddVectoredExceptionHandler(1, &hear);
     utils::writeDebugger("100%% sure: %s\n");

@@ -51,7 +51,7 @@ private:
     support::ImportHook m_print{"OutputDebugStringA", &print};
 };
 
-TEST_F(EventLogTest, opensReportsAndClosesForEachLine)
+TEST_F(EventLogTest, EachLine_opensReportsAndCloses)
 {
     utils::reportEvent("one\n");
     utils::reportEvent("two\n");
@@ -59,7 +59,7 @@ TEST_F(EventLogTest, opensReportsAndClosesForEachLine)
                                    "open here Vexal DRAVEv2 Provider", "report 1 1 0 0 0 1 0 0 [two\n]", "close 1"));
 }
 
-TEST_F(EventLogTest, goesOnWithoutASourceAndSaysSoToTheDebugger)
+TEST_F(EventLogTest, MissingSource_isReportedToTheDebugger)
 {
     openedSource = nullptr;
     reported = FALSE;
@@ -69,7 +69,7 @@ TEST_F(EventLogTest, goesOnWithoutASourceAndSaysSoToTheDebugger)
                                    "debugger Problem 5dc with ReportEvent one\n\n", "close 1"));
 }
 
-TEST_F(EventLogTest, aFailedReportNamesTheLine)
+TEST_F(EventLogTest, FailedReport_namesTheLine)
 {
     reported = FALSE;
     utils::reportEvent("one\n");

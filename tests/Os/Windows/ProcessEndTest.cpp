@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(ProcessEndTest, isFalseWhileTheProcessRuns)
+TEST(ProcessEndTest, RunningProcess_isNotEnding)
 {
     EXPECT_FALSE(utils::processIsEnding());
 }

@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(StandardErrorTest, theLineIsItsOwnFormat)
+TEST(StandardErrorTest, Line_isItsOwnFormat)
 {
     testing::internal::CaptureStderr();
     utils::writeStandardError("100%% sure\n");

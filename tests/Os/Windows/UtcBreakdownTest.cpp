@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(UtcBreakdownTest, breaksDownInUtc)
+TEST(UtcBreakdownTest, Breakdown_isInUtc)
 {
     const std::tm* const fields = utils::utcBreakdown(951'782'400);
     ASSERT_NE(fields, nullptr);
@@ -18,13 +18,13 @@ TEST(UtcBreakdownTest, breaksDownInUtc)
     EXPECT_EQ(fields->tm_hour, 0);
 }
 
-TEST(UtcBreakdownTest, isNullFromEightHoursIntoTheYear3001On)
+TEST(UtcBreakdownTest, Breakdown_fromTheYear3001On_isNull)
 {
     EXPECT_NE(utils::utcBreakdown(32'535'244'799), nullptr);
     EXPECT_EQ(utils::utcBreakdown(32'535'244'800), nullptr);
 }
 
-TEST(UtcBreakdownTest, isNullBeforeThePlatformsFirstTime)
+TEST(UtcBreakdownTest, Breakdown_beforeTheFirstTime_isNull)
 {
     EXPECT_EQ(utils::utcBreakdown(-86'400'000), nullptr);
 }

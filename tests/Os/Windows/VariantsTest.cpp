@@ -66,21 +66,21 @@ void clearAll(std::vector<VARIANT>& elements)
     }
 }
 
-TEST(ExpandVariantArrayTest, whatIsNoArrayHasNoElements)
+TEST(ExpandVariantArrayTest, NoArray_hasNoElements)
 {
     EXPECT_THAT(expandVariantArray(number(7)), IsEmpty());
     EXPECT_THAT(expandVariantArray(typed(VT_NULL)), IsEmpty());
     EXPECT_THAT(expandVariantArray(typed(VT_EMPTY)), IsEmpty());
 }
 
-TEST(ExpandVariantArrayTest, anArrayThatIsNotThereHasNoElements)
+TEST(ExpandVariantArrayTest, NullArray_hasNoElements)
 {
     const support::LogCapture log;
     EXPECT_THAT(expandVariantArray(typed(VT_ARRAY | VT_BSTR)), IsEmpty());
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(ExpandVariantArrayTest, elementsComeInOrderWithTheArraysType)
+TEST(ExpandVariantArrayTest, Elements_areInOrderAndOfTheArraysType)
 {
     const ScopedVariant array(arrayOf<LONG>(VT_I4, {1, -2, 3}));
     const std::vector<VARIANT> elements = expandVariantArray(array.get());
@@ -93,7 +93,7 @@ TEST(ExpandVariantArrayTest, elementsComeInOrderWithTheArraysType)
     EXPECT_EQ(elements[2].lVal, 3);
 }
 
-TEST(ExpandVariantArrayTest, theWholeRangeOfTheArrayIsRead)
+TEST(ExpandVariantArrayTest, Array_withAnyBounds_isReadWhole)
 {
     const ScopedVariant array(arrayOf<LONG>(VT_I4, {1, 2}, -1));
     const std::vector<VARIANT> elements = expandVariantArray(array.get());
@@ -102,7 +102,7 @@ TEST(ExpandVariantArrayTest, theWholeRangeOfTheArrayIsRead)
     EXPECT_EQ(elements[1].lVal, 2);
 }
 
-TEST(ExpandVariantArrayTest, smallElementsAreNotMixedUpWithTheirNeighbours)
+TEST(ExpandVariantArrayTest, SmallElements_areReadAlone)
 {
     const ScopedVariant array(arrayOf<BYTE>(VT_UI1, {255, 1}));
     const std::vector<VARIANT> elements = expandVariantArray(array.get());
@@ -112,7 +112,7 @@ TEST(ExpandVariantArrayTest, smallElementsAreNotMixedUpWithTheirNeighbours)
     EXPECT_EQ(elements[1].lVal, 1);
 }
 
-TEST(ExpandVariantArrayTest, textsAreCopiesOfTheArrays)
+TEST(ExpandVariantArrayTest, Texts_areCopied)
 {
     std::vector<VARIANT> elements;
     {
@@ -126,7 +126,7 @@ TEST(ExpandVariantArrayTest, textsAreCopiesOfTheArrays)
     clearAll(elements);
 }
 
-TEST(ExpandVariantArrayTest, elementsOfAnArrayOfVariantsKeepTheirOwnTypes)
+TEST(ExpandVariantArrayTest, VariantElements_keepTheirTypes)
 {
     const ScopedVariant second(text(L"b"));
     const ScopedVariant array(arrayOf<VARIANT>(VT_VARIANT, {number(7), second.get()}));
@@ -139,7 +139,7 @@ TEST(ExpandVariantArrayTest, elementsOfAnArrayOfVariantsKeepTheirOwnTypes)
     clearAll(elements);
 }
 
-TEST(ExpandVariantArrayTest, decimalsKeepAllTheirBits)
+TEST(ExpandVariantArrayTest, Decimals_keepAllTheirBits)
 {
     DECIMAL decimal{};
     ASSERT_EQ(VarDecFromR8(-1.5, &decimal), S_OK);
@@ -152,7 +152,7 @@ TEST(ExpandVariantArrayTest, decimalsKeepAllTheirBits)
     EXPECT_EQ(value, -1.5);
 }
 
-TEST(ExpandVariantArrayTest, anArrayByReferenceIsReadToo)
+TEST(ExpandVariantArrayTest, ArrayByReference_isRead)
 {
     const ScopedVariant array(arrayOf<LONG>(VT_I4, {7}));
     SAFEARRAY* pointer = array.get().parray;
@@ -171,7 +171,7 @@ HRESULT WINAPI failSecondElement(SAFEARRAY* array, LONG* index, void* element)
     return *index == 1 ? DISP_E_BADINDEX : elementHook->original<decltype(&failSecondElement)>()(array, index, element);
 }
 
-TEST(ExpandVariantArrayTest, anElementThatCannotBeReadIsLoggedAndLeftOut)
+TEST(ExpandVariantArrayTest, UnreadableElement_isLoggedAndLeftOut)
 {
     const support::LogCapture log;
     support::ImportHook hook("SafeArrayGetElement", &failSecondElement);
@@ -185,14 +185,14 @@ TEST(ExpandVariantArrayTest, anElementThatCannotBeReadIsLoggedAndLeftOut)
                                             "SafeArrayGetElement 1"));
 }
 
-TEST(ExpandVariantArrayTest, anArrayByReferenceToNothingHasNoElements)
+TEST(ExpandVariantArrayTest, ArrayByReference_toNull_hasNoElements)
 {
     VARIANT value{};
     value.vt = VT_ARRAY | VT_BYREF | VT_I4;
     EXPECT_THAT(expandVariantArray(value), IsEmpty());
 }
 
-TEST(ExpandVariantArrayTest, anArrayOfTwoDimensionsHasNoElements)
+TEST(ExpandVariantArrayTest, ArrayOfTwoDimensions_hasNoElements)
 {
     std::array<SAFEARRAYBOUND, 2> bounds{{{2, 0}, {2, 0}}};
     utils::ScopedVariant value;
@@ -215,12 +215,12 @@ TEST(ExpandVariantArrayTest, ArraysOwnType_countsBeforeTheDeclared)
     EXPECT_EQ(elements.front().lVal, 42);
 }
 
-TEST(VariantToStringTest, nullIsItsName)
+TEST(VariantToStringTest, Null_isItsName)
 {
     EXPECT_EQ(variantToString(typed(VT_NULL)), "<NULL>");
 }
 
-TEST(VariantToStringTest, booleansAreWords)
+TEST(VariantToStringTest, Booleans_areWords)
 {
     VARIANT value = typed(VT_BOOL);
     value.boolVal = VARIANT_TRUE;
@@ -229,7 +229,7 @@ TEST(VariantToStringTest, booleansAreWords)
     EXPECT_EQ(variantToString(value), "False");
 }
 
-TEST(VariantToStringTest, numbersAreDecimalAndTextsThemselves)
+TEST(VariantToStringTest, Numbers_areDecimal_andTextsThemselves)
 {
     EXPECT_EQ(variantToString(number(-7)), "-7");
     const ScopedVariant value(text(L"caf\u00e9 \u4e2d"));
@@ -238,7 +238,7 @@ TEST(VariantToStringTest, numbersAreDecimalAndTextsThemselves)
     EXPECT_EQ(variantToString(typed(VT_EMPTY)), "");
 }
 
-TEST(VariantToStringTest, arraysAreTheirElementsInBraces)
+TEST(VariantToStringTest, Array_isItsElementsInBraces)
 {
     const ScopedVariant array(arrayOf<LONG>(VT_I4, {1, 2, 3}));
     EXPECT_EQ(variantToString(array.get()), "{1, 2, 3}");
@@ -249,7 +249,7 @@ TEST(VariantToStringTest, arraysAreTheirElementsInBraces)
     EXPECT_EQ(variantToString(typed(VT_ARRAY | VT_BSTR)), "{}");
 }
 
-TEST(VariantToStringTest, arraysMayNestThroughVariants)
+TEST(VariantToStringTest, Array_ofVariants_mayNest)
 {
     const ScopedVariant inner(arrayOf<LONG>(VT_I4, {1, 2}));
     const ScopedVariant outer(arrayOf<VARIANT>(VT_VARIANT, {inner.get(), typed(VT_NULL)}));
@@ -261,7 +261,7 @@ HRESULT WINAPI failCopy(VARIANTARG* /*target*/, VARIANTARG* /*source*/)
     return E_OUTOFMEMORY;
 }
 
-TEST(VariantToStringTest, aValueThatCannotBeCopiedIsAComError)
+TEST(VariantToStringTest, Value_thatCannotBeCopied_isAComError)
 {
     const support::ImportHook hook("VariantCopy", &failCopy);
     try {
@@ -277,7 +277,7 @@ HRESULT WINAPI failChange(VARIANTARG* /*target*/, VARIANTARG* /*source*/, USHORT
     return DISP_E_TYPEMISMATCH;
 }
 
-TEST(VariantToStringTest, aValueWithoutATextIsItsErrorCode)
+TEST(VariantToStringTest, Value_withoutText_isItsErrorCode)
 {
     const support::ImportHook hook("VariantChangeType", &failChange);
     EXPECT_EQ(variantToString(number(7)), "error 0x80020005 with ChangeType");
@@ -285,7 +285,7 @@ TEST(VariantToStringTest, aValueWithoutATextIsItsErrorCode)
     EXPECT_EQ(variantToString(array.get()), "{error 0x80020005 with ChangeType, error 0x80020005 with ChangeType}");
 }
 
-TEST(VariantToStringTest, theArgumentIsLeftAsItIs)
+TEST(VariantToStringTest, Argument_isNotChanged)
 {
     const ScopedVariant value(text(L"a"));
     variantToString(value.get());

@@ -40,7 +40,7 @@ HANDLE WINAPI noteCreate(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCSTR name
     return CreateMutexW(nullptr, FALSE, nullptr);
 }
 
-TEST(WindowsMutexTest, isAnUnnamedMutexThatNobodyOwns)
+TEST(WindowsMutexTest, Mutex_isUnnamedAndNotOwned)
 {
     const support::LogCapture log;
     {
@@ -94,7 +94,7 @@ BOOL WINAPI releaseNothing(HANDLE /*handle*/)
     return TRUE;
 }
 
-TEST(WindowsMutexTest, aFailedWaitIsLoggedCountedAndTheGuardGoesOn)
+TEST(WindowsMutexTest, FailedWait_isLoggedAndCounted)
 {
     const support::LogCapture log;
     utils::Mutex mutex;
@@ -153,7 +153,7 @@ BOOL WINAPI failClose(HANDLE /*handle*/)
     return FALSE;
 }
 
-TEST(WindowsMutexTest, aFailedCloseIsLoggedAndNotThrown)
+TEST(WindowsMutexTest, FailedClose_isLoggedAndNotThrown)
 {
     const support::LogCapture log;
     auto mutex = std::make_unique<utils::Mutex>();
@@ -179,7 +179,7 @@ BOOL WINAPI keepClosed(HANDLE handle)
     return TRUE;
 }
 
-TEST(WindowsMutexTest, theHandleIsClosedAtTheEnd)
+TEST(WindowsMutexTest, End_closesTheHandle)
 {
     const ImportHook create("CreateMutexA", &keepCreated);
     {
@@ -192,7 +192,7 @@ TEST(WindowsMutexTest, theHandleIsClosedAtTheEnd)
     CloseHandle(createdHandle);
 }
 
-TEST(WindowsMutexTest, anAbandonedMutexIsLoggedAndOwnedAllTheSame)
+TEST(WindowsMutexTest, AbandonedMutex_isLoggedAndOwned)
 {
     const support::LogCapture log;
     const ImportHook create("CreateMutexA", &keepCreated);

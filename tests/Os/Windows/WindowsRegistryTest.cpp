@@ -115,7 +115,7 @@ TEST_F(WindowsRegistryTest, SetKey_writesATextWithItsTerminator)
             line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "' with value 'caf\xe9'")));
 }
 
-TEST_F(WindowsRegistryTest, SetKey_withoutNameOrText_writesTheDefaultValue)
+TEST_F(WindowsRegistryTest, SetKey_withoutName_writesTheDefaultValue)
 {
     EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "", "text"));
     EXPECT_EQ(stored(nullptr), std::pair(static_cast<DWORD>(REG_SZ), std::string("text\0", 5)));

@@ -18,7 +18,7 @@ private:
     int& m_deleted;
 };
 
-TEST(PropertyConverterTest, TheConversionsComeFirstAndTheDestructorLast)
+TEST(PropertyConverterTest, VirtualFunctions_endWithTheDestructor)
 {
     EXPECT_EQ(support::slotOf(&wa::PropertyConverter::propertyToVariant), 0U);
     EXPECT_EQ(support::slotOf(&wa::PropertyConverter::variantToProperty), 1U);

@@ -95,7 +95,7 @@ protected:
     ImportHook nameHook{"GetModuleFileNameA", &giveFileName};
 };
 
-TEST_F(SelfRegistrationTest, ThreeTextValuesAreWrittenAndNoMore)
+TEST_F(SelfRegistrationTest, Registration_writesThreeTexts)
 {
     EXPECT_EQ(DllRegisterServer(), S_OK);
     EXPECT_EQ(valuesOf(CLASS_KEY), (std::map<std::string, std::string>{{"", registered(DESCRIPTION)}}));
@@ -104,7 +104,7 @@ TEST_F(SelfRegistrationTest, ThreeTextValuesAreWrittenAndNoMore)
     EXPECT_EQ(takeMessages(), written());
 }
 
-TEST_F(SelfRegistrationTest, ASecondRegistrationWritesTheSameAndSucceeds)
+TEST_F(SelfRegistrationTest, Registration_again_writesTheSame)
 {
     EXPECT_EQ(DllRegisterServer(), S_OK);
     const auto classValues = valuesOf(CLASS_KEY);
@@ -115,7 +115,7 @@ TEST_F(SelfRegistrationTest, ASecondRegistrationWritesTheSameAndSucceeds)
     EXPECT_EQ(takeMessages(), written() + written());
 }
 
-TEST_F(SelfRegistrationTest, TheFileIsTheOneOfTheModuleThatWasAttached)
+TEST_F(SelfRegistrationTest, Registration_namesTheAttachedModule)
 {
     static HMODULE asked = nullptr;
     const ImportHook hook("GetModuleFileNameA", static_cast<DWORD(WINAPI*)(HMODULE, LPSTR, DWORD)>(
@@ -130,7 +130,7 @@ TEST_F(SelfRegistrationTest, TheFileIsTheOneOfTheModuleThatWasAttached)
     server::moduleHandle = before;
 }
 
-TEST_F(SelfRegistrationTest, ALongFileNameIsWrittenCut)
+TEST_F(SelfRegistrationTest, Registration_longFileName_isCut)
 {
     fileName = "C:\\" + std::string(300, 'x') + ".dll";
     EXPECT_EQ(DllRegisterServer(), S_OK);
@@ -150,7 +150,7 @@ TEST_F(SelfRegistrationTest, Unregistering_removesBothKeysOnce)
     EXPECT_EQ(takeMessages(), (Lines{line, line}));
 }
 
-TEST_F(SelfRegistrationTest, KeysThatCannotBeDeletedCountAsRemoved)
+TEST_F(SelfRegistrationTest, Removal_undeletableKey_succeeds)
 {
     DllRegisterServer();
     HKEY key = nullptr;
@@ -179,7 +179,7 @@ LSTATUS WINAPI recordOpen(HKEY root, LPCSTR path, DWORD options, REGSAM access, 
     return openKey(root, path, options, access, key);
 }
 
-TEST_F(SelfRegistrationTest, RemovalGoesFromTheBottomUpUnderItsOwnSpelling)
+TEST_F(SelfRegistrationTest, Removal_goesFromTheBottomUp)
 {
     DllRegisterServer();
     deleted.clear();
@@ -219,7 +219,7 @@ TEST_F(SelfRegistrationTest, WithoutAccess_oneErrorLineIsWritten)
     EXPECT_EQ(valuesOf(CLASS_KEY), missing);
 }
 
-TEST_F(SelfRegistrationTest, TheFirstFailureStopsAndWhatIsWrittenStays)
+TEST_F(SelfRegistrationTest, Registration_stopsAtTheFirstFailure)
 {
     const ImportHook hook("RegCreateKeyExA", &limitedCreate);
     createKey = hook.original<decltype(&RegCreateKeyExA)>();
@@ -238,7 +238,7 @@ LSTATUS WINAPI setFails(HKEY, LPCSTR, DWORD, DWORD, const BYTE*, DWORD)
     return ERROR_NOT_ENOUGH_MEMORY;
 }
 
-TEST_F(SelfRegistrationTest, AValueThatCannotBeSetFailsWithItsOwnText)
+TEST_F(SelfRegistrationTest, Registration_refusedValue_fails)
 {
     const ImportHook hook("RegSetValueExA", &setFails);
     EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");

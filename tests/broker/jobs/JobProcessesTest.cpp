@@ -119,7 +119,7 @@ TEST_F(JobProcesses, JobLeftByAnEarlierLifeOfTheModule_hasEnded)
     EXPECT_THAT(process("10-1")->states(), ElementsAre("10 " + id));
 }
 
-TEST_F(JobProcesses, RecoveredJob_thatWasDeletedMeanwhile_staysDeleted)
+TEST_F(JobProcesses, RecoveredJob_deletedMeanwhile_staysDeleted)
 {
     const std::string id = m_one->start(m_adapter, m_setting, 5);
     m_one->hosts.end();

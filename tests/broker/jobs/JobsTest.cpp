@@ -207,7 +207,7 @@ TEST_F(Jobs, Retention_afterRestart_goesByTheStoredTime)
     EXPECT_THAT(storedJobs(), IsEmpty());
 }
 
-TEST_F(Jobs, Retention_afterRestartWithClockSetBack_isNotLonger)
+TEST_F(Jobs, Retention_clockSetBack_isNotLonger)
 {
     complete();
     m_machine.setClock(hours{-24});
@@ -248,7 +248,7 @@ TEST_F(Jobs, Mark_takenBack_deletesNothing)
     EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
 }
 
-TEST_F(Jobs, Deletion_ofABusyWorker_isSeenAtOnceAndFinishedLater)
+TEST_F(Jobs, Deletion_ofABusyWorker_isSeenAtOnce)
 {
     const support::LogCapture log(1);
     const std::string id = start();
@@ -263,7 +263,7 @@ TEST_F(Jobs, Deletion_ofABusyWorker_isSeenAtOnceAndFinishedLater)
     EXPECT_THAT(m_process.storage.values("Results"), IsEmpty());
 }
 
-TEST_F(Jobs, Deletion_refusedByTheStorage_staysHiddenAndIsTriedAgain)
+TEST_F(Jobs, Deletion_refusedByTheStorage_isTriedAgain)
 {
     const support::LogCapture log(1);
     const std::string id = complete();
@@ -477,7 +477,7 @@ TEST_F(Jobs, ArchiveThatCannotBeRead_isAFailure)
 
 // What is stored
 
-TEST_F(Jobs, EntriesThatCannotBeUnderstood_areRemovedWithOneLine)
+TEST_F(Jobs, UnreadableEntries_areRemovedWithOneLine)
 {
     const support::LogCapture log(1);
     const std::string id = complete();

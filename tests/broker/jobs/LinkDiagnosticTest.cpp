@@ -29,7 +29,7 @@ protected:
     broker::Adapter m_adapter = fakes::adapter(1);
 };
 
-TEST_F(LinkDiagnostic, CountsBytesFromSampleToSample)
+TEST_F(LinkDiagnostic, Bytes_areCountedBetweenSamples)
 {
     broker::LinkDiagnostic tested = diagnostic(3);
     EXPECT_TRUE(tested.takeSample(later(5, 1), START));
@@ -43,7 +43,7 @@ TEST_F(LinkDiagnostic, CountsBytesFromSampleToSample)
     EXPECT_THAT(tested.problems(), IsEmpty());
 }
 
-TEST_F(LinkDiagnostic, MoreBytesThanFitAreTheMost)
+TEST_F(LinkDiagnostic, Bytes_beyondTheRange_areTheMaximum)
 {
     broker::LinkDiagnostic tested = diagnostic(2);
     tested.takeSample(later(0xFFFFFFFF, 0x100000000), START);
@@ -52,7 +52,7 @@ TEST_F(LinkDiagnostic, MoreBytesThanFitAreTheMost)
     EXPECT_THAT(tested.bytesTransmitted(), ElementsAre(0xFFFFFFFF, 0));
 }
 
-TEST_F(LinkDiagnostic, CounterThatStartsAnewCountsFromZero)
+TEST_F(LinkDiagnostic, RestartedCounter_countsFromZero)
 {
     broker::LinkDiagnostic tested = diagnostic(1);
     m_adapter.counters.bytesReceived = 12;
@@ -60,7 +60,7 @@ TEST_F(LinkDiagnostic, CounterThatStartsAnewCountsFromZero)
     EXPECT_THAT(tested.bytesReceived(), ElementsAre(12));
 }
 
-TEST_F(LinkDiagnostic, SampleFailsWhileTheLinkIsDown)
+TEST_F(LinkDiagnostic, Sample_linkDown_fails)
 {
     broker::LinkDiagnostic tested = diagnostic(2);
     m_adapter.operational = broker::OperationalState::DOWN;
@@ -72,7 +72,7 @@ TEST_F(LinkDiagnostic, SampleFailsWhileTheLinkIsDown)
     EXPECT_FALSE(tested.isPassed());
 }
 
-TEST_F(LinkDiagnostic, SampleFailsWithoutCarrier)
+TEST_F(LinkDiagnostic, Sample_withoutCarrier_fails)
 {
     broker::LinkDiagnostic tested = diagnostic(1);
     m_adapter.media = broker::MediaState::DISCONNECTED;
@@ -81,7 +81,7 @@ TEST_F(LinkDiagnostic, SampleFailsWithoutCarrier)
     EXPECT_FALSE(tested.isPassed());
 }
 
-TEST_F(LinkDiagnostic, SampleFailsWhenPacketsWereLost)
+TEST_F(LinkDiagnostic, Sample_lostPackets_fails)
 {
     broker::LinkDiagnostic tested = diagnostic(5);
     const auto sampleAfter = [&](std::uint64_t broker::Counters::*counter, std::uint64_t more) {
@@ -153,7 +153,7 @@ TEST_F(LinkDiagnostic, OneSampleWithTraffic_isEnoughToPass)
     EXPECT_EQ(tested.passedPercent(), 100);
 }
 
-TEST_F(LinkDiagnostic, ThresholdDecides)
+TEST_F(LinkDiagnostic, Result_dependsOnTheThreshold)
 {
     m_setting.passThresholdPercent = 50;
     broker::LinkDiagnostic tested = diagnostic(2);
@@ -166,7 +166,7 @@ TEST_F(LinkDiagnostic, ThresholdDecides)
     EXPECT_TRUE(tested.isPassed());
 }
 
-TEST_F(LinkDiagnostic, AdapterThatIsGoneIsNoSample)
+TEST_F(LinkDiagnostic, GoneAdapter_givesNoSample)
 {
     broker::LinkDiagnostic tested = diagnostic(2);
     EXPECT_FALSE(tested.takeSample(std::nullopt, START));
@@ -174,7 +174,7 @@ TEST_F(LinkDiagnostic, AdapterThatIsGoneIsNoSample)
     EXPECT_THAT(tested.bytesReceived(), IsEmpty());
 }
 
-TEST_F(LinkDiagnostic, NextSampleIsDueAPeriodAfterTheLast)
+TEST_F(LinkDiagnostic, NextSample_isDueAfterAPeriod)
 {
     m_setting.samplePeriod = std::chrono::milliseconds{20};
     broker::LinkDiagnostic tested = diagnostic(2);
@@ -183,7 +183,7 @@ TEST_F(LinkDiagnostic, NextSampleIsDueAPeriodAfterTheLast)
     EXPECT_EQ(tested.nextDue(), START + std::chrono::milliseconds{520});
 }
 
-TEST_F(LinkDiagnostic, PercentagesAreOfTheSamplesToTake)
+TEST_F(LinkDiagnostic, Percentages_areOfTheSamplesToTake)
 {
     broker::LinkDiagnostic tested = diagnostic(3);
     EXPECT_EQ(tested.percentComplete(), 0);

@@ -38,7 +38,7 @@ std::string refreshed(const AnyColumn& column, const Row& row, const Row* later 
     return support::valueText(*property);
 }
 
-TEST(Column, MakesAPropertyOfTheTypeThatItReads)
+TEST(Column, Property_hasTheTypeThatIsRead)
 {
     const auto typeOf = [](const broker::Column<Row>& column) { return column.make(column.name)->getType(); };
     EXPECT_EQ(typeOf(broker::column<&Row::small>("a")), core::CimProperty::EPT_UINT8);
@@ -58,14 +58,14 @@ TEST(Column, Property_startsNullAndAlone)
     EXPECT_TRUE(property->isNull());
 }
 
-TEST(Column, ReadsMembersAndFunctions)
+TEST(Column, Members_andFunctions_areRead)
 {
     EXPECT_EQ(refreshed(broker::column<&Row::small>("a"), Row{}), "1");
     EXPECT_EQ(refreshed(broker::column<&doubled>("a"), Row{}), "2");
     EXPECT_EQ(refreshed(broker::column<&fixedText>("a"), Row{}), "fixed");
 }
 
-TEST(Column, EmptyOptionalIsNullAlsoAfterAValue)
+TEST(Column, EmptyOptional_afterAValue_isNull)
 {
     Row with;
     with.big = 7;
@@ -76,14 +76,14 @@ TEST(Column, EmptyOptionalIsNullAlsoAfterAValue)
     EXPECT_EQ(refreshed(broker::column<&Row::big>("a"), without, &with), "7");
 }
 
-TEST(Column, EmptyTextIsAValue)
+TEST(Column, EmptyText_isAValue)
 {
     Row row;
     row.text = "";
     EXPECT_EQ(refreshed(broker::column<&Row::text>("a"), row), "");
 }
 
-TEST(Column, EmptyArrayOfTextsIsNull)
+TEST(Column, EmptyArrayOfTexts_isNull)
 {
     Row with;
     with.texts = {"x", "y"};
@@ -92,12 +92,12 @@ TEST(Column, EmptyArrayOfTextsIsNull)
     EXPECT_EQ(refreshed(broker::column<&Row::texts>("a"), with, &without), "null");
 }
 
-TEST(Column, EmptyArrayOfNumbersIsAnEmptyArray)
+TEST(Column, EmptyArrayOfNumbers_isAnEmptyArray)
 {
     EXPECT_EQ(refreshed(broker::column<&Row::numbers>("a"), Row{}), "{}");
 }
 
-TEST(Column, NoInstanceIsANullReference)
+TEST(Column, NoInstance_isANullReference)
 {
     core::CimInstance other("Other");
     (new core::CimPropertyUint8("Id", &other))->setValue(3);
@@ -109,7 +109,7 @@ TEST(Column, NoInstanceIsANullReference)
     EXPECT_EQ(refreshed(broker::column<&Row::other>("a"), with, &without), "null");
 }
 
-TEST(Column, KeyAndWritableSayWhatTheyAre)
+TEST(Column, KeyAndWritable_areTheGivenFlags)
 {
     static constexpr auto limit = [](core::CimProperty& /*property*/) {};
     EXPECT_TRUE(broker::key<&Row::small>("a").isKey);

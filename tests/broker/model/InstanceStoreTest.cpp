@@ -89,7 +89,7 @@ protected:
     Resolver m_resolver;
 };
 
-TEST_F(InstanceStoreTest, InstanceHasTheClassAndThePropertiesOfTheDescription)
+TEST_F(InstanceStoreTest, Instance_hasTheDescribedProperties)
 {
     m_store.show({{"a", 4, &m_other}});
     ASSERT_EQ(m_store.records().size(), 1U);
@@ -100,7 +100,7 @@ TEST_F(InstanceStoreTest, InstanceHasTheClassAndThePropertiesOfTheDescription)
     EXPECT_EQ(m_store.records()[0].id, "a");
 }
 
-TEST_F(InstanceStoreTest, KeepsTheOrderOfTheRows)
+TEST_F(InstanceStoreTest, Instances_areInTheOrderOfTheRows)
 {
     m_store.show({{"b"}, {"a"}, {"c"}});
     EXPECT_THAT(ids(), ElementsAre("b", "a", "c"));
@@ -108,7 +108,7 @@ TEST_F(InstanceStoreTest, KeepsTheOrderOfTheRows)
     EXPECT_THAT(ids(), ElementsAre("c", "b", "a"));
 }
 
-TEST_F(InstanceStoreTest, KeepsInstancesWhoseRowsAreStillThereAndRefreshesTheirValues)
+TEST_F(InstanceStoreTest, Instances_ofKeptRows_getNewValues)
 {
     m_store.show({{"a", 1}, {"b", 2}, {"c", 3}});
     const core::CimInstance* a = m_store.records()[0].instance.get();
@@ -121,7 +121,7 @@ TEST_F(InstanceStoreTest, KeepsInstancesWhoseRowsAreStillThereAndRefreshesTheirV
     EXPECT_EQ(support::value(*m_store.records()[1].instance, "Value"), "40");
 }
 
-TEST_F(InstanceStoreTest, DropsAllWhenThereAreNoRows)
+TEST_F(InstanceStoreTest, NoRows_leaveNoInstances)
 {
     m_store.show({{"a"}});
     m_store.show({});
@@ -202,7 +202,7 @@ TEST_F(InstanceStoreTest, InstancesAreMadeAndShown_withoutALock)
     EXPECT_EQ(support::locksTakenBy([this] { m_store.show({{"a", 1}, {"b", 2}}); }), 0U);
 }
 
-TEST_F(InstanceStoreTest, FindsByAllKeysInAnyOrderWithNamesInAnyCase)
+TEST_F(InstanceStoreTest, Find_takesKeysInAnyOrderAndCase)
 {
     m_store.show({{"a", 1, &m_other}, {"b", 2, &m_other}});
     m_resolver.instances["Other.Id=1"] = &m_other;
@@ -210,7 +210,7 @@ TEST_F(InstanceStoreTest, FindsByAllKeysInAnyOrderWithNamesInAnyCase)
     EXPECT_EQ(find("Class.OTHER=\"Other.Id=1\",number=2,iD=\"b\""), &m_store.records()[1]);
 }
 
-TEST_F(InstanceStoreTest, ValuesMustMatchExactly)
+TEST_F(InstanceStoreTest, Find_otherCaseInAValue_findsNothing)
 {
     m_store.show({{"a", 1, &m_other}});
     m_resolver.instances["Other.Id=1"] = &m_other;
@@ -228,7 +228,7 @@ TEST_F(InstanceStoreTest, KeyWithoutCase_matchesInAnyCase)
     EXPECT_EQ(store.find(core::CimPath("Class.Id=\"Host-\""), m_resolver), nullptr);
 }
 
-TEST_F(InstanceStoreTest, NeedsEveryKeyAndNoOther)
+TEST_F(InstanceStoreTest, Find_needsEachKeyAndNoOther)
 {
     m_store.show({{"a", 1, &m_other}});
     m_resolver.instances["Other.Id=1"] = &m_other;
@@ -238,7 +238,7 @@ TEST_F(InstanceStoreTest, NeedsEveryKeyAndNoOther)
     EXPECT_EQ(find("Class.Id=\"a\",Number=1,Another=\"Other.Id=1\""), nullptr);
 }
 
-TEST_F(InstanceStoreTest, ReferenceMatchesWhatItsPathLeadsTo)
+TEST_F(InstanceStoreTest, Find_comparesWhatReferencesPointTo)
 {
     m_store.show({{"a", 1, &m_other}});
     m_resolver.instances["one way"] = &m_other;
@@ -250,13 +250,13 @@ TEST_F(InstanceStoreTest, ReferenceMatchesWhatItsPathLeadsTo)
     EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"nowhere\""), nullptr);
 }
 
-TEST_F(InstanceStoreTest, ReferenceThatLeadsNowhereIsNoNullReference)
+TEST_F(InstanceStoreTest, Find_referenceToNothing_findsNothing)
 {
     m_store.show({{"a", 1, nullptr}});
     EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"nowhere\""), nullptr);
 }
 
-TEST_F(InstanceStoreTest, ResolvesAReferenceOncePerLookup)
+TEST_F(InstanceStoreTest, Find_resolvesAReferenceOnce)
 {
     m_store.show({{"a", 1, &m_third}, {"a", 1, &m_third}, {"a", 1, &m_third}});
     m_resolver.instances["it"] = &m_other;
@@ -264,7 +264,7 @@ TEST_F(InstanceStoreTest, ResolvesAReferenceOncePerLookup)
     EXPECT_EQ(m_resolver.calls, 1);
 }
 
-TEST_F(InstanceStoreTest, TellsThePutRuleOfEachColumn)
+TEST_F(InstanceStoreTest, PutRules_areTheColumns)
 {
     EXPECT_EQ(m_store.putRule(0), broker::PutRule::READ_ONLY);
     EXPECT_EQ(m_store.putRule(3), broker::PutRule::READ_ONLY);

@@ -36,7 +36,7 @@ std::string lengthRefusal(const std::string& text, broker::Lengths lengths)
     }
 }
 
-TEST(Limits, NumberInTheRangeIsTakenAndOneOutsideRefused)
+TEST(Limits, Number_outsideTheRange_isRefused)
 {
     const broker::Range range{10, 20};
     const std::string refused = "DRAVEv2: EInvalidParameter:Value of Count property has to be from 10 to 20";
@@ -48,12 +48,12 @@ TEST(Limits, NumberInTheRangeIsTakenAndOneOutsideRefused)
     EXPECT_EQ(refusal<core::CimPropertyUint64>(std::uint64_t{15}, range), "taken");
 }
 
-TEST(Limits, OtherTypesAreNotLookedAt)
+TEST(Limits, OtherTypes_areNotChecked)
 {
     EXPECT_EQ(refusal<core::CimPropertyUint32>(std::uint32_t{99}, {10, 20}), "taken");
 }
 
-TEST(Limits, NullIsNoNumber)
+TEST(Limits, Null_isNotChecked)
 {
     broker::RangeListener listener({10, 20});
     core::CimPropertyUint8 property("Count");
@@ -61,7 +61,7 @@ TEST(Limits, NullIsNoNumber)
     EXPECT_NO_THROW(listener.onVerify(&property, &null));
 }
 
-TEST(Limits, LengthsAreCheckedAtBothEnds)
+TEST(Limits, Length_isCheckedAtBothEnds)
 {
     EXPECT_EQ(lengthRefusal("", {1, 3}),
               "DRAVEv2: EInvalidParameter:Length of Label property cannot be smaller then 1");
@@ -71,7 +71,7 @@ TEST(Limits, LengthsAreCheckedAtBothEnds)
               "DRAVEv2: EInvalidParameter:Length of Label property cannot be biger then 3");
 }
 
-TEST(Limits, NoMaximumIsNoLimit)
+TEST(Limits, Length_withoutMaximum_hasNoLimit)
 {
     EXPECT_TRUE((broker::Lengths{0, 0}.contain(100000)));
     EXPECT_FALSE((broker::Lengths{1, 0}.contain(0)));

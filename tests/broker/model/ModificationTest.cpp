@@ -126,7 +126,7 @@ protected:
     broker::SettingsStore m_settings{m_storage};
 };
 
-TEST_F(Modification, EverythingAsItIsIsNoChange)
+TEST_F(Modification, SameValues_areNoChange)
 {
     put<core::CimPropertyString>("Id", std::string("x"));
     put<core::CimPropertyUint8>("Number8", std::uint8_t{8});
@@ -147,7 +147,7 @@ TEST_F(Modification, EverythingAsItIsIsNoChange)
     EXPECT_EQ(m_storage.changes, 0);
 }
 
-TEST_F(Modification, ChangesAreStoredAndShown)
+TEST_F(Modification, Changes_areStoredAndShown)
 {
     put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{2});
     put<core::CimPropertyString>("writabletext", std::string("two"));
@@ -159,7 +159,7 @@ TEST_F(Modification, ChangesAreStoredAndShown)
     EXPECT_EQ(value("Unset"), "set");
 }
 
-TEST_F(Modification, ReadOnlyPropertiesOfEveryTypeAreForbidden)
+TEST_F(Modification, ReadOnlyProperty_ofAnyType_isForbidden)
 {
     const auto refusal = [](const std::string& name) {
         return "DRAVEv2: EForbidden:Modyfying of " + name + " property is not allowed";
@@ -179,25 +179,25 @@ TEST_F(Modification, ReadOnlyPropertiesOfEveryTypeAreForbidden)
     EXPECT_EQ(m_storage.changes, 0);
 }
 
-TEST_F(Modification, NullOverAReadOnlyValueIsForbidden)
+TEST_F(Modification, NullOverReadOnlyValue_isForbidden)
 {
     putNull<core::CimPropertyString>("Text");
     EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Modyfying of Text property is not allowed");
 }
 
-TEST_F(Modification, NullOverAWritableValueIsInvalid)
+TEST_F(Modification, NullOverWritableValue_isInvalid)
 {
     putNull<core::CimPropertyString>("WritableText");
     EXPECT_EQ(modify(), "DRAVEv2: EInvalidParameter:Property WritableText cannot be a NULL");
 }
 
-TEST_F(Modification, AnotherTypeIsForbidden)
+TEST_F(Modification, AnotherType_isForbidden)
 {
     EXPECT_EQ(putAlone<core::CimPropertyUint8>("WritableNumber", std::uint8_t{1}),
               "DRAVEv2: EForbidden:Property type 4 doesn't support assigning value from property type 0");
 }
 
-TEST_F(Modification, ValueOutOfRangeIsInvalidAndNothingChanges)
+TEST_F(Modification, ValueOutOfRange_changesNothing)
 {
     put<core::CimPropertyString>("WritableText", std::string("two"));
     put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{3});
@@ -206,7 +206,7 @@ TEST_F(Modification, ValueOutOfRangeIsInvalidAndNothingChanges)
     EXPECT_EQ(m_storage.changes, 0);
 }
 
-TEST_F(Modification, OneForbiddenPropertyKeepsAllAsTheyWere)
+TEST_F(Modification, ForbiddenProperty_changesNothing)
 {
     put<core::CimPropertyString>("WritableText", std::string("two"));
     put<core::CimPropertyString>("Text", std::string("other"));
@@ -215,7 +215,7 @@ TEST_F(Modification, OneForbiddenPropertyKeepsAllAsTheyWere)
     EXPECT_THAT(m_storage.values("Key of x"), IsEmpty());
 }
 
-TEST_F(Modification, UnknownNullIsIgnoredAndAnUnknownValueInvalid)
+TEST_F(Modification, UnknownProperty_withAValue_isInvalid)
 {
     putNull<core::CimPropertyString>("Nothing");
     EXPECT_EQ(modify(), "done");
@@ -223,20 +223,20 @@ TEST_F(Modification, UnknownNullIsIgnoredAndAnUnknownValueInvalid)
               "DRAVEv2: EInvalidParameter:Unknown property Nothing");
 }
 
-TEST_F(Modification, VolatileValuesAreIgnored)
+TEST_F(Modification, VolatileValue_isIgnored)
 {
     EXPECT_EQ(putAlone<core::CimPropertyUint64>("Counter", std::uint64_t{77}), "done");
     EXPECT_EQ(value("Counter"), "1");
 }
 
-TEST_F(Modification, VolatileValueOfAnotherTypeIsRefused)
+TEST_F(Modification, VolatileValue_ofAnotherType_isRefused)
 {
     EXPECT_EQ(putAlone<core::CimPropertyString>("Counter", std::string("many")),
               "DRAVEv2: EForbidden:Modyfying of Counter property is not allowed");
     EXPECT_EQ(value("Counter"), "1");
 }
 
-TEST_F(Modification, FailedStoreKeepsAllAsTheyWere)
+TEST_F(Modification, FailedStore_changesNothing)
 {
     m_storage.firstFailing = 1;
     m_storage.lastFailing = 2;
@@ -250,7 +250,7 @@ TEST_F(Modification, FailedStoreKeepsAllAsTheyWere)
     EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Setting Key of x could not be stored: access denied");
 }
 
-TEST_F(Modification, NoTextsAndAnEmptyArrayOfThemAreTheSame)
+TEST_F(Modification, NullAndEmptyTexts_areTheSame)
 {
     core::CimPropertyString_arr null("Texts");
     core::CimPropertyString_arr empty("Texts");
@@ -266,7 +266,7 @@ TEST_F(Modification, NoTextsAndAnEmptyArrayOfThemAreTheSame)
     EXPECT_FALSE(broker::holdSame(null, noNumbers, *this));
 }
 
-TEST_F(Modification, NullAndAnEmptyArrayOfNumbersDiffer)
+TEST_F(Modification, NullAndEmptyNumbers_differ)
 {
     core::CimPropertyUint16_arr null("Numbers");
     core::CimPropertyUint16_arr empty("Numbers");
@@ -274,13 +274,13 @@ TEST_F(Modification, NullAndAnEmptyArrayOfNumbersDiffer)
     EXPECT_FALSE(broker::holdSame(null, empty, *this));
 }
 
-TEST_F(Modification, TwoNullsOfTwoTypesDiffer)
+TEST_F(Modification, Nulls_ofTwoTypes_differ)
 {
     EXPECT_FALSE(broker::holdSame(core::CimPropertyUint8("A"), core::CimPropertyUint16("A"), *this));
     EXPECT_TRUE(broker::holdSame(core::CimPropertyUint8("A"), core::CimPropertyUint8("A"), *this));
 }
 
-TEST_F(Modification, DatetimesAreComparedToTheSecond)
+TEST_F(Modification, Datetimes_areComparedToTheSecond)
 {
     const auto same = [this](utils::Time left, utils::Time right) {
         core::CimPropertyDatetime a("Time");
@@ -294,7 +294,7 @@ TEST_F(Modification, DatetimesAreComparedToTheSecond)
     EXPECT_FALSE(same(utils::Time::timestamp(5'000'000), utils::Time::period(5'000'000)));
 }
 
-TEST_F(Modification, ReferencesAreComparedByWhatTheyPointTo)
+TEST_F(Modification, References_areComparedByTheirTargets)
 {
     core::CimPropertyRef property("Other");
     property.setValue(&m_other);

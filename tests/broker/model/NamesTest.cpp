@@ -4,12 +4,12 @@
 
 namespace {
 
-TEST(Names, CaseOfLettersDoesNotCount)
+TEST(Names, Case_doesNotMatter)
 {
     EXPECT_TRUE(broker::sameName("Zerix_EthernetPort", "zerix_ETHERNETPORT"));
 }
 
-TEST(Names, EveryOtherDifferenceCounts)
+TEST(Names, EachOtherDifference_matters)
 {
     EXPECT_FALSE(broker::sameName("Name", "Name1"));
     EXPECT_FALSE(broker::sameName("Name1", "Name"));
@@ -20,7 +20,7 @@ TEST(Names, EveryOtherDifferenceCounts)
     EXPECT_FALSE(broker::sameName("@", "`"));
 }
 
-TEST(Names, EmptyNamesAreTheSame)
+TEST(Names, EmptyNames_areTheSame)
 {
     EXPECT_TRUE(broker::sameName("", ""));
 }

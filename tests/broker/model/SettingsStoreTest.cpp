@@ -31,7 +31,7 @@ TEST(SettingsStoreMade, MayThrow)
     EXPECT_FALSE((std::is_nothrow_constructible_v<broker::SettingsStore, broker::SettingsStorage&>));
 }
 
-TEST_F(SettingsStore, MissingValuesHaveTheirDefaults)
+TEST_F(SettingsStore, MissingValue_isTheDefault)
 {
     const broker::AdapterSetting adapter = m_store.adapterSetting("{G}");
     EXPECT_EQ(adapter.elementName, std::nullopt);

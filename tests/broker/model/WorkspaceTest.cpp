@@ -50,24 +50,24 @@ protected:
     broker::Workspace m_workspace{m_world.sources()};
 };
 
-TEST_F(Workspace, ServesAdaptersInThePlatformsOrder)
+TEST_F(Workspace, Adapters_areInThePlatformsOrder)
 {
     EXPECT_THAT(valuesOf("Zerix_EthernetPort", "Name"), ElementsAre("eth1", "eth2"));
     EXPECT_THAT(valuesOf("Zerix_EthernetPortStatistics", "BytesReceived"), ElementsAre("1000", "2000"));
 }
 
-TEST_F(Workspace, NamesClassesWithoutCase)
+TEST_F(Workspace, ClassName_mayHaveAnyCase)
 {
     EXPECT_EQ(m_workspace.instances("zerix_ethernetport"), m_workspace.instances("Zerix_EthernetPort"));
 }
 
-TEST_F(Workspace, UnknownClassIsNull)
+TEST_F(Workspace, UnknownClass_isNull)
 {
     EXPECT_EQ(m_workspace.instances("Zerix_Nothing"), nullptr);
     EXPECT_EQ(find("Zerix_Nothing.Id=1"), nullptr);
 }
 
-TEST_F(Workspace, AsksThePlatformOncePerRequestAndOnlyForWhatIsNeeded)
+TEST_F(Workspace, Request_readsOnceAndOnlyWhatIsNeeded)
 {
     m_workspace.instances("Zerix_SoftwareIdentity");
     m_workspace.instances("Zerix_RegisteredProfile");
@@ -88,7 +88,7 @@ TEST_F(Workspace, AsksThePlatformOncePerRequestAndOnlyForWhatIsNeeded)
     EXPECT_EQ(m_adapters.addressReads, 2);
 }
 
-TEST_F(Workspace, InstancesStayAsTheyAreUntilTheNextRequest)
+TEST_F(Workspace, Instances_stayUntilTheNextRequest)
 {
     const auto* ports = m_workspace.instances("Zerix_EthernetPort");
     const core::CimInstance* second = ports->records()[1].instance.get();
@@ -101,13 +101,13 @@ TEST_F(Workspace, InstancesStayAsTheyAreUntilTheNextRequest)
     EXPECT_EQ(ports->records()[0].instance.get(), second);
 }
 
-TEST_F(Workspace, StatisticTimeIsThatOfTheReading)
+TEST_F(Workspace, StatisticTime_isThatOfTheReading)
 {
     m_world.machine.wall = 42;
     EXPECT_THAT(valuesOf("Zerix_EthernetPortStatistics", "StatisticTime"), ElementsAre("at 42", "at 42"));
 }
 
-TEST_F(Workspace, NothingReadIsNothingServed)
+TEST_F(Workspace, NoAdapters_areNoInstances)
 {
     m_adapters.set(std::vector<broker::Adapter>());
     m_adapters.set(std::vector<broker::Address>());
@@ -116,7 +116,7 @@ TEST_F(Workspace, NothingReadIsNothingServed)
     EXPECT_THAT(m_workspace.instances("Zerix_PortImplementsEndpoint")->records(), IsEmpty());
 }
 
-TEST_F(Workspace, FindsEveryInstanceByThePathThatItReports)
+TEST_F(Workspace, EachInstance_isFoundByItsPath)
 {
     for (const char* className :
          {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_IPProtocolEndpoint", "Zerix_SoftwareIdentity",
@@ -160,7 +160,7 @@ TEST_F(Workspace, InstanceIds_matchExactly)
     }
 }
 
-TEST_F(Workspace, FindsAssociationsByReferencesWithHostAndNamespace)
+TEST_F(Workspace, Association_isFoundByFullReferences)
 {
     const std::string quotedPort = "{00000002-0000-0000-0000-000000000000}";
     const std::string port =
@@ -181,7 +181,7 @@ TEST_F(Workspace, FindsAssociationsByReferencesWithHostAndNamespace)
     EXPECT_EQ(find(association(profile, "no path")), nullptr);
 }
 
-TEST_F(Workspace, ResolvesOnlyPathsOfInstances)
+TEST_F(Workspace, Resolve_otherPaths_areNull)
 {
     EXPECT_EQ(m_workspace.resolve(pathOf("Zerix_EthernetPort", 1)),
               m_workspace.references("Zerix_EthernetPort").records()[1].instance.get());
@@ -190,7 +190,7 @@ TEST_F(Workspace, ResolvesOnlyPathsOfInstances)
     EXPECT_EQ(m_workspace.resolve(""), nullptr);
 }
 
-TEST_F(Workspace, ReadsSettingsAnewForEachRequest)
+TEST_F(Workspace, Settings_areReadForEachRequest)
 {
     EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
     m_world.storage.set("Diagnostics", "Setting", "SampleCount=20");
@@ -199,7 +199,7 @@ TEST_F(Workspace, ReadsSettingsAnewForEachRequest)
     EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("20"));
 }
 
-TEST_F(Workspace, ShowsJobsAndTheirResults)
+TEST_F(Workspace, JobsAndResults_areShown)
 {
     EXPECT_THAT(m_workspace.instances("Zerix_ConcreteJob")->records(), IsEmpty());
     EXPECT_THAT(m_workspace.instances("Zerix_DiagnosticResult")->records(), IsEmpty());
@@ -289,20 +289,20 @@ TEST_F(Workspace, Begin_keepsAHandful)
     EXPECT_EQ(ports.size(), 2U);
 }
 
-TEST_F(Workspace, KnowsTheAdapterOfAPort)
+TEST_F(Workspace, Port_hasItsAdapter)
 {
     const auto& ports = m_workspace.instances("Zerix_EthernetPort")->records();
     EXPECT_EQ(m_workspace.adapterOf(ports[1]).name, "eth2");
 }
 
-TEST_F(Workspace, KnowsTheInstanceOfAJob)
+TEST_F(Workspace, Job_hasItsInstance)
 {
     const std::string id = m_world.jobs.startDiagnostic(fakes::adapter(2), {}, 1).id;
     EXPECT_EQ(support::value(*m_workspace.job(id), "InstanceID"), id);
     EXPECT_EQ(m_workspace.job("another"), nullptr);
 }
 
-TEST_F(Workspace, SettingOfAGoneAdapter_isListedUntilItIsRemoved)
+TEST_F(Workspace, GoneAdaptersSetting_isListedUntilRemoved)
 {
     const std::string gone = fakes::adapter(9).guid;
     m_world.storage.set("Adapters\\" + gone, "Setting", "Tag=7");

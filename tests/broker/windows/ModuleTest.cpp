@@ -24,12 +24,12 @@ using support::setSamplePeriod;
 using support::startDiagnostic;
 using testing::ElementsAre;
 
-TEST(Module, ExportsTheTwoEntryPointsAndNothingElse)
+TEST(Module, Exports_areTheTwoEntryPoints)
 {
     EXPECT_THAT(Library().exports(), ElementsAre(GET_BROKER, GET_INSTANCE));
 }
 
-TEST(Module, BrokerIsTheSameOnEveryCallAndThread)
+TEST(Module, Broker_isTheSameOnEachCall)
 {
     const Library library;
     core::CimBroker* broker = library.broker();
@@ -40,7 +40,7 @@ TEST(Module, BrokerIsTheSameOnEveryCallAndThread)
     EXPECT_EQ(others, broker);
 }
 
-TEST(Module, EveryServedInstanceIsFoundByItsPath)
+TEST(Module, EachInstance_isFoundByItsPath)
 {
     const Library library;
     for (const char* className :
@@ -59,7 +59,7 @@ TEST(Module, EveryServedInstanceIsFoundByItsPath)
     }
 }
 
-TEST(Module, CanBeUnloadedWhileThreadsHoldInstances)
+TEST(Module, Unloading_whileThreadsHoldInstances_works)
 {
     const HANDLE done = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     const HANDLE held = CreateEventA(nullptr, TRUE, FALSE, nullptr);
@@ -101,7 +101,7 @@ void restoreDefaults(const Library& library)
     EXPECT_EQ(library.broker()->invokeMethod(path, "RestoreDefaults", in, out, job), 0U);
 }
 
-TEST(Module, DiagnosticOfALivePortCompletesWithItsSamples)
+TEST(Module, Diagnostic_ofALivePort_completes)
 {
     const Library library;
     setSamplePeriod(library, 10);
@@ -126,7 +126,7 @@ TEST(Module, DiagnosticOfALivePortCompletesWithItsSamples)
     restoreDefaults(library);
 }
 
-TEST(Module, RunningJobHoldsTheModuleAndNobodyWaits)
+TEST(Module, RunningJob_holdsTheModule)
 {
     {
         const Library library;
@@ -138,7 +138,7 @@ TEST(Module, RunningJobHoldsTheModuleAndNobodyWaits)
     EXPECT_TRUE(unloads());
 }
 
-TEST(Module, DeletedJobLetsTheModuleGoAtOnce)
+TEST(Module, DeletedJob_releasesTheModuleAtOnce)
 {
     const auto begin = GetTickCount64();
     {
@@ -154,7 +154,7 @@ TEST(Module, DeletedJobLetsTheModuleGoAtOnce)
     EXPECT_LT(GetTickCount64() - begin, 8'000U);
 }
 
-TEST(Module, ProcessEndsWhileAJobRuns)
+TEST(Module, ProcessEnd_whileAJobRuns_isClean)
 {
     EXPECT_EXIT(
         {
@@ -166,7 +166,7 @@ TEST(Module, ProcessEndsWhileAJobRuns)
         testing::ExitedWithCode(0), "");
 }
 
-TEST(Module, SettingsSurviveTheModule)
+TEST(Module, Settings_outliveTheModule)
 {
     std::string path;
     {

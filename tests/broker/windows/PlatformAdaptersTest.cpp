@@ -205,7 +205,7 @@ void WINAPI countingFree(PVOID memory)
     HeapFree(GetProcessHeap(), 0, memory);
 }
 
-TEST(PlatformAdapters, AdaptersAreThoseOfThePlatform)
+TEST(PlatformAdapters, Adapters_areThePlatforms)
 {
     broker::PlatformAdapters source;
     const auto adapters = source.readAdapters();
@@ -226,7 +226,7 @@ TEST(PlatformAdapters, AdaptersAreThoseOfThePlatform)
     }
 }
 
-TEST(PlatformAdapters, AddressesAreThoseOfThePlatform)
+TEST(PlatformAdapters, Addresses_areThePlatforms)
 {
     broker::PlatformAdapters source;
     std::vector<std::string> read;
@@ -244,7 +244,7 @@ TEST(PlatformAdapters, AddressesAreThoseOfThePlatform)
     EXPECT_EQ(read, expected);
 }
 
-TEST(PlatformAdapters, OneAdapterIsReadByItsLuid)
+TEST(PlatformAdapters, Adapter_isReadByItsLuid)
 {
     broker::PlatformAdapters source;
     for (const broker::Adapter& listed : source.readAdapters()) {
@@ -257,7 +257,7 @@ TEST(PlatformAdapters, OneAdapterIsReadByItsLuid)
     }
 }
 
-TEST(PlatformAdapters, AdapterThatIsGoneIsEmptyAndAnErrorLine)
+TEST(PlatformAdapters, GoneAdapter_isEmptyAndLogged)
 {
     const support::LogCapture log(1);
     broker::PlatformAdapters source;
@@ -315,7 +315,7 @@ TEST(PlatformAdapters, AddressesRefusedTwice_areAFailure)
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("error: GetAdaptersAddresses error 8\n")));
 }
 
-TEST(PlatformAdapters, NoAddressesAtAllAreNoError)
+TEST(PlatformAdapters, NoAddresses_areNoError)
 {
     const support::LogCapture log(1);
     const support::ImportHook hook("GetAdaptersAddresses", &noAddresses);
@@ -324,7 +324,7 @@ TEST(PlatformAdapters, NoAddressesAtAllAreNoError)
     EXPECT_THAT(log.events(), IsEmpty());
 }
 
-TEST_F(FakeAddresses, OriginsAreThoseOfThePlatform)
+TEST_F(FakeAddresses, Origins_areThePlatforms)
 {
     using broker::AddressOrigin;
     constexpr std::array ORIGINS{std::pair{IpPrefixOriginManual, AddressOrigin::MANUAL},
@@ -417,7 +417,7 @@ TEST_F(FakeAddresses, OfWhatIsNoPort_areLeftOut)
     EXPECT_THAT(m_source.readAddresses(), IsEmpty());
 }
 
-TEST(PlatformAdapters, ListThatKeepsGrowingIsGivenUp)
+TEST(PlatformAdapters, GrowingList_isGivenUp)
 {
     const support::LogCapture log(1);
     const support::ImportHook hook("GetAdaptersAddresses", &alwaysTooSmall);
@@ -427,7 +427,7 @@ TEST(PlatformAdapters, ListThatKeepsGrowingIsGivenUp)
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("GetAdaptersAddresses error 111\n")));
 }
 
-TEST(PlatformAdapters, LoopbackAndFiltersAreLeftOutAndUnknownSpeedsEmpty)
+TEST(PlatformAdapters, LoopbackAndFilters_areLeftOut)
 {
     const support::ImportHook tableHook("GetIfTable2", &fakeIfTable);
     const support::ImportHook freeHook("FreeMibTable", &countingFree);
@@ -541,7 +541,7 @@ TEST(PlatformAdapters, PermanentAddress_ofZeros_isUnknown)
     EXPECT_EQ(adapters.at(0).permanentAddress, "");
 }
 
-TEST(PlatformAdapters, StateChangeAsksForTheAdaptersIndexAndState)
+TEST(PlatformAdapters, StateChange_hasTheIndexAndState)
 {
     const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);
     broker::PlatformAdapters source;
@@ -555,7 +555,7 @@ TEST(PlatformAdapters, StateChangeAsksForTheAdaptersIndexAndState)
     EXPECT_EQ(lastRow.dwAdminStatus, static_cast<DWORD>(MIB_IF_ADMIN_STATUS_UP));
 }
 
-TEST(PlatformAdapters, StateChangeThatThePlatformLacksIsNotSupported)
+TEST(PlatformAdapters, StateChange_missingFunction_isNotSupported)
 {
     const support::LogCapture log(1);
     const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);
@@ -565,7 +565,7 @@ TEST(PlatformAdapters, StateChangeThatThePlatformLacksIsNotSupported)
     EXPECT_THAT(log.events(), IsEmpty());
 }
 
-TEST(PlatformAdapters, RefusedStateChangeFailsWithTheReasonLogged)
+TEST(PlatformAdapters, StateChange_refused_isLogged)
 {
     const support::LogCapture log(1);
     const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);

@@ -70,14 +70,14 @@ protected:
     broker::RegistryStorage m_storage;
 };
 
-TEST_F(RegistryStorage, MissingKeyHasNoValues)
+TEST_F(RegistryStorage, MissingKey_hasNoValues)
 {
     const support::LogCapture log(1);
     EXPECT_THAT(values(), IsEmpty());
     EXPECT_THAT(log.events(), IsEmpty());
 }
 
-TEST_F(RegistryStorage, KeepsWhatIsWritten)
+TEST_F(RegistryStorage, WrittenValue_isKept)
 {
     EXPECT_EQ(m_storage.write(KEY, "A", "one"), broker::StoreResult::DONE);
     EXPECT_EQ(m_storage.write(KEY, "B", ""), broker::StoreResult::DONE);
@@ -86,7 +86,7 @@ TEST_F(RegistryStorage, KeepsWhatIsWritten)
     EXPECT_THAT(values(), ElementsAre("A=two", "B=", "C=" + std::string(1000, 'x')));
 }
 
-TEST_F(RegistryStorage, WritesTextsUnderTheMakersKey)
+TEST_F(RegistryStorage, Text_isWrittenBelowTheMakersKey)
 {
     m_storage.write(KEY, "A", "one");
     std::array<char, 8> data{};
@@ -97,7 +97,7 @@ TEST_F(RegistryStorage, WritesTextsUnderTheMakersKey)
     EXPECT_STREQ(data.data(), "one");
 }
 
-TEST_F(RegistryStorage, ValuesOfOtherTypesAreNoTexts)
+TEST_F(RegistryStorage, ValueOfAnotherType_isNoText)
 {
     setRaw("Binary", REG_BINARY, "abc");
     setRaw("Expand", REG_EXPAND_SZ, "%X%");
@@ -106,13 +106,13 @@ TEST_F(RegistryStorage, ValuesOfOtherTypesAreNoTexts)
     EXPECT_THAT(values(), ElementsAre("Binary=no text", "Expand=no text", "Number=no text", "Text=abc"));
 }
 
-TEST_F(RegistryStorage, TextEndsAtItsFirstZero)
+TEST_F(RegistryStorage, Text_endsAtItsFirstZero)
 {
     setRaw("Text", REG_SZ, std::string("abc\0def", 7));
     EXPECT_THAT(values(), ElementsAre("Text=abc"));
 }
 
-TEST_F(RegistryStorage, EraseRemovesTheKey)
+TEST_F(RegistryStorage, Erase_removesTheKey)
 {
     m_storage.write(KEY, "A", "one");
     EXPECT_EQ(m_storage.erase(KEY), broker::StoreResult::DONE);
@@ -121,7 +121,7 @@ TEST_F(RegistryStorage, EraseRemovesTheKey)
     EXPECT_EQ(m_storage.erase(KEY), broker::StoreResult::DONE);
 }
 
-TEST_F(RegistryStorage, RefusedWriteTellsWhetherAccessWasDenied)
+TEST_F(RegistryStorage, RefusedWrite_reportsDeniedAccess)
 {
     RefusingRegistry registry;
     registry.status = ERROR_ACCESS_DENIED;
@@ -130,7 +130,7 @@ TEST_F(RegistryStorage, RefusedWriteTellsWhetherAccessWasDenied)
     EXPECT_EQ(m_storage.write(KEY, "A", "one"), broker::StoreResult::FAILED);
 }
 
-TEST_F(RegistryStorage, RefusedCreationIsJudgedByTheNearestKeyThatExists)
+TEST_F(RegistryStorage, RefusedCreation_dependsOnTheNearestKey)
 {
     RefusingRegistry registry;
     registry.missing = 2;
@@ -139,7 +139,7 @@ TEST_F(RegistryStorage, RefusedCreationIsJudgedByTheNearestKeyThatExists)
     EXPECT_THAT(registry.opened, ElementsAre(PARENT + "\\Key", PARENT, "Software\\Vexal\\DRAVEv2"));
 }
 
-TEST_F(RegistryStorage, RefusalInAWritableOrAnEmptyRegistryIsAFailure)
+TEST_F(RegistryStorage, RefusedWrite_inWritableRegistry_fails)
 {
     RefusingRegistry registry;
     registry.missing = 4;
@@ -151,7 +151,7 @@ TEST_F(RegistryStorage, RefusalInAWritableOrAnEmptyRegistryIsAFailure)
     EXPECT_EQ(registry.opened.size(), 5U);
 }
 
-TEST_F(RegistryStorage, RefusedEraseIsLogged)
+TEST_F(RegistryStorage, RefusedErase_isLogged)
 {
     const support::LogCapture log(1);
     RefusingRegistry registry;
@@ -162,7 +162,7 @@ TEST_F(RegistryStorage, RefusedEraseIsLogged)
                                                    PARENT + "\\Key\n")));
 }
 
-TEST_F(RegistryStorage, OnlyAMissingKeyIsTakenForErased)
+TEST_F(RegistryStorage, Erase_ofAMissingKey_succeeds)
 {
     RefusingRegistry registry;
     registry.missing = 100;

@@ -75,7 +75,7 @@ BOOL WINAPI countRelease(HMODULE /*module*/)
     return TRUE;
 }
 
-TEST(WindowsJobThread, WorksOnAThreadOfItsOwnUntilNothingIsLeft)
+TEST(WindowsJobThread, Work_runsOnASeparateThread)
 {
     broker::WindowsJobThread thread;
     Work work(std::chrono::milliseconds{1}, 3);
@@ -86,7 +86,7 @@ TEST(WindowsJobThread, WorksOnAThreadOfItsOwnUntilNothingIsLeft)
     EXPECT_EQ(work.calls, 4);
 }
 
-TEST(WindowsJobThread, CanBeStartedAgain)
+TEST(WindowsJobThread, EndedThread_canBeStartedAgain)
 {
     broker::WindowsJobThread thread;
     Work first(std::chrono::milliseconds{1}, 0);
@@ -97,7 +97,7 @@ TEST(WindowsJobThread, CanBeStartedAgain)
     EXPECT_TRUE(second.waitForCalls(1));
 }
 
-TEST(WindowsJobThread, WakingCutsTheWaitShort)
+TEST(WindowsJobThread, Wake_endsTheWait)
 {
     broker::WindowsJobThread thread;
     Work work(LONG, 1);
@@ -107,7 +107,7 @@ TEST(WindowsJobThread, WakingCutsTheWaitShort)
     EXPECT_TRUE(work.waitForCalls(2));
 }
 
-TEST(WindowsJobThread, RunsUnderTheProcessesIdentity)
+TEST(WindowsJobThread, Thread_hasTheProcessesIdentity)
 {
     class TokenWork : public broker::JobWork
     {
@@ -141,7 +141,7 @@ TEST(WindowsJobThread, RunsUnderTheProcessesIdentity)
     EXPECT_EQ(work.error, static_cast<DWORD>(ERROR_NO_TOKEN));
 }
 
-TEST(WindowsJobThread, PlatformWithoutThreadsIsLoggedAndTheModuleReleased)
+TEST(WindowsJobThread, MissingThread_isLogged)
 {
     const support::LogCapture log(1);
     const support::ImportHook threadHook("CreateThread", &noThread);
@@ -153,7 +153,7 @@ TEST(WindowsJobThread, PlatformWithoutThreadsIsLoggedAndTheModuleReleased)
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::WindowsJobThread::start: error: CreateThread error 8\n")));
 }
 
-TEST(WindowsJobThread, ModuleThatCannotBeHeldIsLogged)
+TEST(WindowsJobThread, ModuleThatCannotBeHeld_isLogged)
 {
     const support::LogCapture log(1);
     const support::ImportHook hook("GetModuleHandleExA", &noModule);
@@ -164,7 +164,7 @@ TEST(WindowsJobThread, ModuleThatCannotBeHeldIsLogged)
                 ElementsAre(EndsWith("broker::WindowsJobThread::start: error: GetModuleHandleEx error 126\n")));
 }
 
-TEST(WindowsJobThread, PlatformWithoutEventsIsAnException)
+TEST(WindowsJobThread, MissingEvent_isAnException)
 {
     const support::LogCapture log(1);
     const support::ImportHook hook("CreateEventA", &noEvent);

@@ -23,7 +23,7 @@ BOOL WINAPI noToken(HANDLE /*process*/, DWORD /*access*/, PHANDLE /*token*/)
     return FALSE;
 }
 
-TEST(WindowsMachine, ComputerNameIsThatOfTheEnvironment)
+TEST(WindowsMachine, ComputerName_isTheEnvironments)
 {
     broker::WindowsMachine machine;
     _putenv("COMPUTERNAME=ALPHA");
@@ -80,7 +80,7 @@ TEST(WindowsMachine, SteadyNow_neverGoesBack)
     EXPECT_GE(machine.steadyNow(), before);
 }
 
-TEST(WindowsMachine, NowIsThePlatformsTime)
+TEST(WindowsMachine, Now_isThePlatformsTime)
 {
     const auto platformNow = [] {
         // Units of 100 ns since 1601, read without the C++ library.

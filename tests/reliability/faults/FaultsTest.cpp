@@ -88,7 +88,7 @@ TEST_P(FaultsTest, FailingCall_leavesNothingBehind)
     failEveryCall(1);
 }
 
-TEST_P(FaultsTest, memoryMayRunOutWhileDebugLinesAreWritten)
+TEST_P(FaultsTest, MissingMemory_atLevel2_leavesNothing)
 {
     failEveryCall(2);
 }
