@@ -175,6 +175,7 @@ TEST_F(MethodInvocationTest, OutputNames_matchWhole)
     signature.add("ReturnValu", samples::bstr("c"), CIM_STRING);
     signature.add("Jo", samples::bstr("d"), CIM_STRING);
     signature.add("job", samples::bstr("e"), CIM_STRING);
+    signature.add("returnvalue", samples::bstr("f"), CIM_STRING);
     broker.onInvoke = [&](core::CimPropertyList&, core::CimInstance*& started) {
         started = &job;
         return 5U;
@@ -184,7 +185,8 @@ TEST_F(MethodInvocationTest, OutputNames_matchWhole)
               SPAWNED_AGAIN +
                   (Lines{"Run.out#2.Put(ReturnValueX, 0, VT_BSTR 'a', 0)", "Run.out#2.Put(JobX, 0, VT_BSTR 'b', 0)",
                          "Run.out#2.Put(ReturnValu, 0, VT_BSTR 'c', 0)", "Run.out#2.Put(Jo, 0, VT_BSTR 'd', 0)",
-                         "Run.out#2.Put(job, 0, VT_BSTR 'e', 0)", "sink.Indicate(1, Run.out#2)"}) +
+                         "Run.out#2.Put(job, 0, VT_BSTR 'e', 0)", "Run.out#2.Put(returnvalue, 0, VT_BSTR 'f', 0)",
+                         "sink.Indicate(1, Run.out#2)"}) +
                   GIVEN_BACK);
 }
 
