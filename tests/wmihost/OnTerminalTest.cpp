@@ -200,7 +200,7 @@ TEST_F(OnTerminalTest, ALongEnumerationShowsTheProvidersProgress)
     EXPECT_EQ(screen.text(), "20 of 20\nName\n----\none");
 }
 
-TEST_F(OnTerminalTest, AShortEnumerationIsOverBeforeAnybodyCouldReadItsProgress)
+TEST_F(OnTerminalTest, ShortEnumeration_showsNoProgress)
 {
     behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
         for (unsigned i = 0; i < 19; ++i) {

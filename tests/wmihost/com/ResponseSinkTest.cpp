@@ -48,7 +48,7 @@ TEST_F(ResponseSinkTest, ProgressCarriesTheTotalInTheHighWord)
     EXPECT_EQ(response->status(), std::nullopt);
 }
 
-TEST_F(ResponseSinkTest, OnlyOneFinalStatusCountsAndNothingComesAfterIt)
+TEST_F(ResponseSinkTest, FinalStatus_isTheFirst_andEndsTheAnswer)
 {
     EXPECT_EQ(sink->SetStatus(WBEM_STATUS_COMPLETE, code(WBEM_E_NOT_FOUND), nullptr, nullptr), 0);
     EXPECT_EQ(sink->SetStatus(WBEM_STATUS_COMPLETE, 0, nullptr, nullptr), code(WBEM_E_UNEXPECTED));

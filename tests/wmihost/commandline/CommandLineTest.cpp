@@ -540,7 +540,7 @@ std::string levelOfTheClient()
     return level;
 }
 
-TEST_F(CommandLineTest, EveryCommandThatAsksTheProviderTakesALevelOfImpersonation)
+TEST_F(CommandLineTest, EachProviderCommand_takesAnImpersonationLevel)
 {
     addToMof(
         "instance of __InstanceProviderRegistration { Provider = \"__Win32Provider.Name=\\\"FakeProvider\\\"\"; "

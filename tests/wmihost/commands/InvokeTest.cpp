@@ -44,7 +44,7 @@ protected:
     long returned = 5;
 };
 
-TEST_F(InvokeTest, PassesArgumentsAndShowsOutputsWithTheWordForTheReturnValue)
+TEST_F(InvokeTest, Outputs_haveTheReturnValuesWord)
 {
     EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "turn", "degrees=90"}), 1);
     EXPECT_EQ(given, L"Turn: instance of __PARAMETERS\n{\n    Degrees = 90;\n};\n");
@@ -86,7 +86,7 @@ TEST_F(InvokeTest, AMethodWithoutOutputsHasNoneToShow)
     EXPECT_EQ(error, "the method delivered no outputs\n");
 }
 
-TEST_F(InvokeTest, AMethodThatOwesOutputsAndDeliversNoneHasFailed)
+TEST_F(InvokeTest, Method_withoutItsOutputs_hasFailed)
 {
     EXPECT_EQ(run({"invoke", "Fake_Quiet=\"one\"", "Add"}), 1);
     EXPECT_EQ(out, "");
@@ -172,7 +172,7 @@ TEST_F(InvokeTest, WhatTheProviderRefusesIsAFailure)
               "  Try: describe the class to see the parameters, and list it to see the instances\n");
 }
 
-TEST_F(InvokeTest, AProviderThatIsNotRegisteredForMethodsIsNotAsked)
+TEST_F(InvokeTest, Provider_notRegistered_isNotCalled)
 {
     EXPECT_EQ(run({"invoke", "Fake_Still=\"one\"", "Move"}), 1);
     EXPECT_EQ(given, L"");

@@ -162,7 +162,7 @@ TEST_F(ListTest, CountsManyRequests)
     EXPECT_EQ(error, "first failure: WBEM_E_NOT_FOUND (0x80041002): there is no such object\n");
 }
 
-TEST_F(ListTest, TellsTheSlowestOfManyRequestsAndTheFirstFailure)
+TEST_F(ListTest, Repeat_showsTheSlowestAndTheFirstFailure)
 {
     unsigned requests = 0;
     behaviour.get = [&requests](IWbemServices& ns, std::wstring_view, IWbemObjectSink* sink) {

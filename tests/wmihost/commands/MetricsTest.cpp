@@ -157,7 +157,7 @@ TEST_F(MetricsTest, RepetitionWithoutAFile_isRefused)
               "  wmihost metrics --help shows all that it takes\n");
 }
 
-TEST_F(MetricsTest, MofWithoutTheClasses_isRefusedBeforeTheFirstReading)
+TEST_F(MetricsTest, MofWithoutTheClasses_isRefusedAtOnce)
 {
     addToMof("");
     EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1"}), 1);

@@ -205,7 +205,7 @@ TEST_F(OutputTest, Patterns_nameProperties)
     EXPECT_EQ(out, "SystemName,Speed,Since,Load\r\nhere,2500000000,20261121094145.000000+000,0.5\r\n");
 }
 
-TEST_F(OutputTest, ControlCharactersOfValues_areEscapedInEachFormat)
+TEST_F(OutputTest, ControlCharacters_areEscapedInEachFormat)
 {
     behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
         deliver(ns, sink, L"a\x1b[2J\x9b\u202Eb\nc", 2);

@@ -100,7 +100,7 @@ class Fake_Abstract : Fake_Thing {};
               "the class Fake_Abstract names no provider");
 }
 
-TEST_F(RequestsTest, AnAssignmentReadsTheTextByTheTypeOfTheProperty)
+TEST_F(RequestsTest, Assignment_isReadByThePropertysType)
 {
     const auto object = getInstance(workspace, one, options);
     const auto set = [&](const wchar_t* name, const wchar_t* value) {

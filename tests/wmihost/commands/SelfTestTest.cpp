@@ -180,7 +180,7 @@ TEST_F(SelfTestTest, AMethodThatStartsNoJobFails)
               "delete     FAILED   there is no job to delete\n");
 }
 
-TEST_F(SelfTestTest, AJobThatCannotBeReadAfterItsDeletionFailsWithTheStatus)
+TEST_F(SelfTestTest, DeletedJob_unreadable_failsWithTheStatus)
 {
     behaviour.remove = [](std::wstring_view, IWbemObjectSink* sink) { return finish(sink); };
     EXPECT_EQ(run({"self-test"}), 1);

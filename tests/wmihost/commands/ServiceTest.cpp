@@ -186,7 +186,7 @@ TEST_F(ServiceTest, Query_isAnsweredByTheService)
     EXPECT_TRUE(called("CreateInstanceEnumAsync Test_Thing"));
 }
 
-TEST_F(ServiceTest, Query_thatTheServiceRefuses_saysWhatDoesNotFit)
+TEST_F(ServiceTest, Query_refusedByTheService_saysWhy)
 {
     service.failing = {"ExecQueryAsync"};
     service.failure = code(WBEM_E_INVALID_QUERY);

@@ -54,7 +54,7 @@ protected:
     unsigned failingLook = 0;
 };
 
-TEST_F(WatchTest, ShowsTheRatesOfCountersWithABarThatComparesThem)
+TEST_F(WatchTest, Counters_areShownAsRatesWithABar)
 {
     watched = {{L"fast", rising(4000000), rising(9)}, {L"slow", rising(1000000), still}, {L"still", still, rising(5)}};
     EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "20"}), 0);

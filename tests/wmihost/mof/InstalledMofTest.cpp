@@ -17,7 +17,7 @@ std::filesystem::path installed(const char* name)
     return std::filesystem::path(ZERIX_INSTALL_FOLDER) / name;
 }
 
-TEST(InstalledMof, DeclaresEveryClassWithKeysDescriptionsAndARegisteredProvider)
+TEST(InstalledMof, EachClass_hasKeysDescriptionsAndProvider)
 {
     ClassRepository repository;
     compileMofFile(installed("ZerixDRAVEv2.mof"), repository);

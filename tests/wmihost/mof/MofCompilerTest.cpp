@@ -199,7 +199,7 @@ TEST(MofCompiler, KnowsEveryTypeAndItsArray)
 }
 
 // A MOF by another author: every type and its array, with qualifiers of every kind and flavor.
-TEST(MofCompiler, ReadsQualifiersOfEveryTypeAtMembersOfEveryType)
+TEST(MofCompiler, Qualifiers_ofEachType_areRead)
 {
     const ClassRepository repository = compiled(R"(
         [Version("1.2"): ToSubclass, Weight(2.5e0), Bits(101b), Letter('x'), Names{"a", "b"}: Amended DisableOverride,
@@ -283,7 +283,7 @@ TEST(MofCompiler, ADerivedClassInheritsMembersAndWhatPropagates)
     EXPECT_FALSE(last->findMethod(L"M")->local);
 }
 
-TEST(MofCompiler, KeepsInstancesOfTheirNamespaceAndResolvesAliases)
+TEST(MofCompiler, Instances_areKept_andAliasesResolved)
 {
     const ClassRepository repository = compiled(R"(
         class Target { [key] string Name; [key] uint16 Number; };
@@ -318,7 +318,7 @@ TEST(MofCompiler, AnAliasMayStandAboveItsInstance)
     EXPECT_EQ(viewOf(test.instancesOf(L"Remark").front()->values[0].get().bstrVal), link);
 }
 
-TEST(MofCompiler, ADeclaredQualifierHasItsTypeItsFlavorAndItsDefault)
+TEST(MofCompiler, DeclaredQualifier_hasTypeFlavorAndDefault)
 {
     const ClassRepository repository = compiled(R"(
         Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);

@@ -877,7 +877,7 @@ TEST_F(ClassObjectTest, EachTypeHasItsVariantType)
     check(L"ee", CIM_STRING | CIM_FLAG_ARRAY, VT_BSTR | VT_ARRAY);
 }
 
-TEST_F(ClassObjectTest, ADeletedOverrideGivesTheDefaultOfTheSuperclassBack)
+TEST_F(ClassObjectTest, DeletedOverride_restoresTheDefault)
 {
     EXPECT_EQ(s.definition->Delete(L"Small"), code(WBEM_S_RESET_TO_DEFAULT));
     EXPECT_EQ(s.definition->Get(L"Small", 0, s.value.put(), nullptr, &s.flavor), OK);
@@ -908,7 +908,7 @@ TEST_F(ClassObjectTest, AMethodHasItsSignatures)
     EXPECT_EQ(s.type, CIM_UINT32);
 }
 
-TEST_F(ClassObjectTest, AMethodWithoutInputsOrOutputsHasNoSignatureForThem)
+TEST_F(ClassObjectTest, Method_withoutInputs_hasNoInSignature)
 {
     ASSERT_EQ(s.definition->GetMethod(L"OnlyResult", 0, s.object.put(), s.other.put()), OK);
     EXPECT_FALSE(s.object);

@@ -27,7 +27,7 @@ TEST(ClassRepository, OpensANamespaceOnce)
     EXPECT_EQ(repository.namespaces()[1]->name(), L"root\\b");
 }
 
-TEST(ClassRepository, ANewNamespaceHasTheClassesThatRegistrationsNeed)
+TEST(ClassRepository, NewNamespace_hasTheRegistrationClasses)
 {
     ClassRepository repository;
     const Namespace& created = repository.openNamespace(L"root\\a");

@@ -198,7 +198,7 @@ TEST_F(ProviderSessionTest, ARequestIsOverOnlyWhenTheSinkIsReleased)
     EXPECT_EQ(result.objects.size(), 1U);
 }
 
-TEST_F(ProviderSessionTest, TheClientsTokenIsThereDuringTheRequestAndGoneAfterIt)
+TEST_F(ProviderSessionTest, ClientsToken_isThereDuringTheRequestOnly)
 {
     behaviour.get = [](IWbemServices&, std::wstring_view, IWbemObjectSink* sink) {
         EXPECT_EQ(CoImpersonateClient(), S_OK);

@@ -79,7 +79,7 @@ TEST(Table, AColumnThatWrapsDoesSoOnlyWhereItMust)
     EXPECT_EQ(wrapping().render(59), wrapping().render(std::nullopt));
 }
 
-TEST(Table, withoutRoomForItsColumns_putsTheCellsBelowEachOther)
+TEST(Table, Table_withoutRoom_putsCellsBelowEachOther)
 {
     Table table({{.heading = "Property", .longTexts = Table::Long::WHOLE},
                  {"Type"},
