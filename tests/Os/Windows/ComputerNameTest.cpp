@@ -21,14 +21,14 @@ char* emptyVariable(const char* /*name*/)
     return emptyName;
 }
 
-TEST(ComputerNameTest, EmptyVariable_isNoName)
+TEST(ComputerNameTest, Name_empty_isLocalhost)
 {
     // The run time cannot set an empty variable, but a host's environment may contain one.
     const support::ImportHook hook("getenv", &emptyVariable);
     EXPECT_EQ(utils::computerName(), "localhost");
 }
 
-TEST(ComputerNameTest, Name_missingOrEmpty_isLocalhost)
+TEST(ComputerNameTest, Name_missing_isLocalhost)
 {
     _putenv_s("COMPUTERNAME", "");
     ASSERT_EQ(std::getenv("COMPUTERNAME"), nullptr);
