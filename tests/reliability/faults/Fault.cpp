@@ -262,7 +262,9 @@ const std::vector<FaultPoint>& brokerTable()
         {"RegDeleteKeyA", "access denied", UNCHANGED | VALUE_LOST, 0,
          FaultyCall<decltype(RegDeleteKeyA), accessDenied>::install},
         {"RegCloseKey", "invalid handle", UNCHANGED, 0, FaultyCall<decltype(RegCloseKey), closedButInvalid>::install},
-        {"_Znwy", "std::bad_alloc", UNCHANGED | OUT_OF_MEMORY, 0, FaultyCall<PlainNew, noMemory>::install},
+        // The job's thread starts a diagnostic and answers for its failure.
+        {"_Znwy", "std::bad_alloc", UNCHANGED | OUT_OF_MEMORY | NOT_STARTED, 0,
+         FaultyCall<PlainNew, noMemory>::install},
         {"malloc", "null", UNCHANGED, 0, FaultyCall<PlainNew, noBlock>::install},
         {"calloc", "null", UNCHANGED, 0, FaultyCall<ClearedBlock, noBlock>::install},
         {"realloc", "null", UNCHANGED, 0, FaultyCall<Resize, noBlock>::install},

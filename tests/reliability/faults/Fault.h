@@ -18,8 +18,9 @@ enum Effect : unsigned
     OUT_OF_MEMORY = 32,    // std::bad_alloc, likewise
     CREATION_FAILED = 64,  // the class factory or the provider is not made: E_OUTOFMEMORY
     REGISTRATION_FAILED = 128,
-    NOT_THERE = 256,  // as on a machine that lacks the data: a shorter list, or "not found"
-    FORBIDDEN = 512,  // an update is answered with WBEM_E_ACCESS_DENIED
+    NOT_THERE = 256,     // as on a machine that lacks the data: a shorter list, or "not found"
+    FORBIDDEN = 512,     // an update is answered with WBEM_E_ACCESS_DENIED
+    NOT_STARTED = 1024,  // a diagnostic is answered with the return value 4, Failed
 };
 
 // One imported function and one way in which it can fail.

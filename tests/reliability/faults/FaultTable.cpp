@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <regex>
 
 namespace reliability {
 
@@ -30,6 +31,16 @@ bool isNotThere(Scenario scenario, const Outcome& normal, const Outcome& found)
            reports.back() == "sink.SetStatus(0, 0x00000000, null, null)";
 }
 
+// The normal outcome of a diagnostic's start, with the return value 4 (Failed) in place of 4096 (started).
+bool isNotStarted(const Outcome& normal, const Outcome& found)
+{
+    Outcome failed = normal;
+    for (std::string& call : failed.calls) {
+        call = std::regex_replace(call, std::regex("^(Out#\\d+\\.Put\\(ReturnValue, 0, VT_I4 )4096,"), "$014,");
+    }
+    return failed != normal && found == failed;
+}
+
 // Returns the name of the outcome if it is one of the function's permitted effects, and otherwise an empty text.
 // `normal` is the outcome without a failure.
 std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& normal, const Outcome& found)
@@ -50,6 +61,9 @@ std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& 
     }
     if (may(Effect::NOT_THERE) && isNotThere(scenario, normal, found)) {
         return "not there";
+    }
+    if (may(Effect::NOT_STARTED) && isNotStarted(normal, found)) {
+        return "not started";
     }
     if (may(Effect::FORBIDDEN) && scenario == Scenario::PUT && found.answer == FORBIDDEN_ANSWER &&
         found.reports() == finalStatus(FORBIDDEN_ANSWER))
