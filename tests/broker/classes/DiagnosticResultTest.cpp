@@ -73,4 +73,11 @@ TEST_F(DiagnosticResult, LostAdapter_leavesItIncomplete)
     EXPECT_EQ(value("ErrorMessages"), "{The adapter is gone or cannot be read}");
 }
 
+TEST_F(DiagnosticResult, KilledJob_leavesItAborted)
+{
+    start(2);
+    m_world.jobs.end("Vexal:Job:1700000000000000-1", broker::JobState::KILLED);
+    EXPECT_EQ(value("CompletionState"), "6");
+}
+
 }  // namespace

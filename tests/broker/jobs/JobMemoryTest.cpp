@@ -9,19 +9,21 @@
 #include "broker/jobs/JobEntry.h"
 #include "broker/jobs/JobWorld.h"
 
-// Lets memory run out once, at every allocation of every step in a job's life. This is a separate program because it
-// replaces operator new.
+// Lets memory run out at every allocation of every step in a job's life, once or for some seconds. This is a separate
+// program because it replaces operator new.
 namespace {
 
 // The number of the allocation that fails; 0 if none fails.
 std::size_t failing = 0;
+// Whether all later ones fail too.
+bool isLasting = false;
 std::size_t allocated = 0;
 // While positive, no allocation fails: the fakes must not throw.
 int pauses = 0;
 
 void* allocate(std::size_t size)
 {
-    if (failing != 0 && pauses == 0 && ++allocated == failing) {
+    if (failing != 0 && pauses == 0 && (++allocated == failing || (isLasting && allocated > failing))) {
         throw std::bad_alloc();
     }
     if (void* const block = std::malloc(size == 0 ? 1 : size)) {
@@ -236,6 +238,32 @@ INSTANTIATE_TEST_SUITE_P(Steps, JobMemory,
                                                   process.jobs.results();
                                               }}),
                          [](const auto& step) { return step.param.name; });
+
+// A job does not wait for memory for ever: after some attempts it ends without its result.
+TEST(JobMemoryForSeconds, NoMemory_endsTheJobWithoutAResult)
+{
+    Process process("10-1");
+    start(process);
+    isLasting = true;
+    runWithFailure(
+        [](Process& starved) {
+            for (int second = 0; second < 10; ++second) {
+                starved.pass(seconds{1});
+            }
+        },
+        process, 1);
+    isLasting = false;
+    process.finish();
+    const auto shown = process.jobs.jobs();
+    ASSERT_EQ(shown.size(), 1U);
+    EXPECT_EQ(shown[0].state, JobState::EXCEPTION);
+    EXPECT_EQ(shown[0].error, "Memory ran out");
+    EXPECT_TRUE(process.jobs.results().empty());
+    const auto entries = process.stored->copy();
+    EXPECT_EQ(broker::jobOf(shown[0].id, entries.at("Jobs").at(shown[0].id).text)->status.state, JobState::EXCEPTION);
+    EXPECT_FALSE(process.thread.isRunning());
+    EXPECT_NE(process.start(), "") << "the next start works";
+}
 
 // A deletion cannot report a failure. Clients no longer see the job, and the thread deletes its entry later.
 TEST(JobMemoryOfDeletion, OneAllocationFails_theJobIsGone)

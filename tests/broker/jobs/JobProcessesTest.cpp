@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include "broker/jobs/JobEntry.h"
 #include "broker/jobs/JobWorld.h"
 #include "support/LogCapture.h"
@@ -83,6 +85,18 @@ TEST_F(JobProcesses, Job_endedByTheOther_leavesItsResult)
     ASSERT_THAT(m_two->jobs.results(), SizeIs(1));
     EXPECT_THAT(m_two->jobs.results()[0]->bytesReceived, SizeIs(1));
     EXPECT_THAT(m_two->jobs.results()[0]->errors, ElementsAre("The job was terminated"));
+}
+
+TEST_F(JobProcesses, JobOfTheOther_withoutItsEntry_goesOn)
+{
+    const std::string id = m_one->start(m_adapter, m_setting, 5);
+    m_two->storage.isReadable = false;
+    EXPECT_EQ(m_two->jobs.end(id, JobState::TERMINATED), EndOutcome::FAILED);
+    m_two->storage.isReadable = true;
+    m_two->storage.firstFailing = 1;
+    m_two->storage.lastFailing = INT_MAX;
+    EXPECT_EQ(m_two->jobs.end(id, JobState::TERMINATED), EndOutcome::FAILED);
+    EXPECT_THAT(m_one->states(), ElementsAre("4 " + id));
 }
 
 TEST_F(JobProcesses, WaitingThread_looksForChangesEachSecond)

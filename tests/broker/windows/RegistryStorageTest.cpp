@@ -139,6 +139,18 @@ TEST_F(RegistryStorage, RefusedCreation_dependsOnTheNearestKey)
     EXPECT_THAT(registry.opened, ElementsAre(PARENT + "\\Key", PARENT, "Software\\Vexal\\DRAVEv2"));
 }
 
+TEST_F(RegistryStorage, CanWrite_asksTheNearestKey)
+{
+    const support::LogCapture log(1);
+    EXPECT_TRUE(m_storage.canWrite(KEY));
+    RefusingRegistry registry;
+    registry.missing = 1;
+    registry.status = ERROR_ACCESS_DENIED;
+    EXPECT_FALSE(m_storage.canWrite(KEY));
+    EXPECT_THAT(registry.opened, ElementsAre(PARENT + "\\Key", PARENT));
+    EXPECT_THAT(log.messages(), IsEmpty());
+}
+
 TEST_F(RegistryStorage, RefusedWrite_inWritableRegistry_fails)
 {
     RefusingRegistry registry;
