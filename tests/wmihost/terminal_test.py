@@ -5,6 +5,7 @@ with files.
     terminal_test.py BIN WORK
 """
 
+import itertools
 import json
 import pathlib
 import re
@@ -21,7 +22,7 @@ WORK = pathlib.Path(sys.argv[2]).resolve()
 PROGRAM = Program(sys.argv[1], WORK / "terminal-prefix")
 # A socket's path has at most about a hundred characters, and the path of a build folder may be longer.
 FOLDER = tempfile.TemporaryDirectory()
-SOCKET = FOLDER.name + "/tmux"
+NUMBERS = itertools.count(1)
 WIDTHS = (40, 80, 200)
 LINES = 120
 PATIENCE = 100  # seconds
@@ -35,13 +36,15 @@ class Terminal:
 
     def __init__(self, columns, lines=LINES):
         self.name = f"wmihost-{columns}x{lines}"
+        # A separate server each: one that ends with its last session would refuse the next.
+        self.socket = f"{FOLDER.name}/{next(NUMBERS)}"
         self.asked = 0
         shell = f"PATH='{PROGRAM.script()}':$PATH PS1= exec bash --noprofile --norc"
         self.tmux("new-session", "-d", "-s", self.name, "-x", str(columns), "-y", str(lines), shell)
 
     def tmux(self, *arguments):
         environment = {name: value for name, value in PROGRAM.environment().items()}
-        done = subprocess.run(["tmux", "-u", "-S", SOCKET, "-f", "/dev/null", *arguments],
+        done = subprocess.run(["tmux", "-u", "-S", self.socket, "-f", "/dev/null", *arguments],
                               env=dict(environment, TERM="xterm"), check=True, capture_output=True, timeout=60)
         return done.stdout.decode()
 
