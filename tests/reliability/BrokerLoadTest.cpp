@@ -146,11 +146,11 @@ protected:
         return "no exception";
     }
 
-    // There is no instance if another client has just deleted it.
     std::string startJob(const std::string& port)
     {
+        // Stays null if another client deletes the job at once.
         core::CimInstance* job = nullptr;
-        // Another client's job may be running on the port.
+        // 6 is the answer while another client's job runs on the port.
         const std::uint32_t answer = invoke(port, "RunLinkDiagnostic", job);
         if (answer != 4096 && answer != 6) {
             return "no job";

@@ -59,8 +59,8 @@ void expectLog(const std::string& name, Lines lines, const Lines& standardError)
     }
 }
 
-// COM starts and ends threads of its own when it likes, and the provider logs each of them: such a line is no part of a
-// request.
+// Removes the lines about threads. COM can start and end threads at any time, and the provider logs them. These lines
+// do not belong to the request.
 void removeThreads(Lines& lines)
 {
     std::erase_if(lines, [](const std::string& line) {

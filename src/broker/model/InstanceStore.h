@@ -192,8 +192,8 @@ private:
         }
     }
 
-    // The ids belong to the rows in the same order. Deletes instances that are gone before
-    // it makes new ones, since each instance holds handles.
+    // Makes one record for each row. The ids are those of the rows, in the same order. Deletes the instances of missing
+    // rows before it makes new ones, since each instance holds handles.
     void rearrange(const std::vector<Row>& rows, std::vector<std::string> ids)
     {
         std::unordered_map<std::string, std::size_t> indexOfId;

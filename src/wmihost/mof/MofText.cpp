@@ -45,7 +45,8 @@ std::wstring qualifierText(const Qualifier& qualifier, bool withFlavors)
     return withFlavors ? text + flavorText(qualifier.flavor) : text;
 }
 
-// The list of qualifiers in brackets, "[key, read]", followed by `behind`. Empty if there is no qualifier to show.
+// Returns the qualifiers as MOF, such as "[key, read]", and appends `behind`. Returns an empty text if every qualifier
+// is inherited or implied.
 std::wstring qualifiersText(const Qualifiers& qualifiers, bool withFlavors, const wchar_t* behind)
 {
     std::wstring text;

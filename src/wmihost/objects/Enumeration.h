@@ -14,8 +14,8 @@ template <class Element>
 class Enumeration
 {
 public:
-    // Starts with the first of the elements. Answers WBEM_E_UNEXPECTED while an enumeration is under way, and
-    // WBEM_E_INVALID_PARAMETER if there is no list because the caller's flags select none.
+    // Starts at the first element. Answers WBEM_E_UNEXPECTED if an enumeration has already begun. The elements are null
+    // if the caller's flags are not valid; the answer is then WBEM_E_INVALID_PARAMETER.
     HRESULT begin(std::optional<std::vector<Element>> elements)
     {
         if (m_elements) {

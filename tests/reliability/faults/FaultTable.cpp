@@ -34,9 +34,10 @@ bool isNotThere(Scenario scenario, const Outcome& normal, const Outcome& found)
 // The normal outcome of a diagnostic's start, with the return value 4 (Failed) in place of 4096 (started).
 bool isNotStarted(const Outcome& normal, const Outcome& found)
 {
+    static const std::regex started("^(Out#\\d+\\.Put\\(ReturnValue, 0, VT_I4 )4096,");
     Outcome failed = normal;
     for (std::string& call : failed.calls) {
-        call = std::regex_replace(call, std::regex("^(Out#\\d+\\.Put\\(ReturnValue, 0, VT_I4 )4096,"), "$014,");
+        call = std::regex_replace(call, started, "$014,");
     }
     return failed != normal && found == failed;
 }

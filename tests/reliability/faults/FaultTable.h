@@ -37,9 +37,9 @@ struct Row
 
 std::string effectsText(const Row& row);
 
-// Attempts the request with the first call failing, then with the call `step` later, and so on until there is no such
-// call. The current test fails if an effect is not permitted, if something is left behind, or if the next request
-// differs from `normal`'s.
+// Repeats the request. In the first attempt, the function's first call fails. In each further attempt, the call fails
+// that comes `step` calls later. Stops when the function has no such call. The current test fails if an effect is not
+// permitted, if something is left behind, or if the next request differs from `normal`'s.
 Row failEveryCall(const std::string& request, Scenario scenario, const FaultPoint& point, int step,
                   const Attempt& normal, const std::function<Attempt(int call)>& attempt);
 
