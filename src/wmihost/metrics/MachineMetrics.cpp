@@ -157,8 +157,8 @@ void addCounters(std::vector<MetricFamily>& families, const ClassRows& statistic
     }
 }
 
-// Temporary addresses, which a machine renews every day, would each make a new series. So they are counted and not
-// named.
+// Addresses that IPv6 configures automatically are counted and not named: the temporary ones among them are renewed
+// every day, each would leave a series behind, and the origin does not show which ones they are.
 bool changesOften(IWbemClassObject& endpoint)
 {
     const auto origin = number(endpoint, L"AddressOrigin");
