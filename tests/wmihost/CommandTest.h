@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
@@ -13,6 +14,7 @@
 
 #include "tests/wmihost/FakeProvider.h"
 #include "tests/wmihost/Redirected.h"
+#include "tests/wmihost/Session.h"
 #include "tests/wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/commandline/CommandLine.h"
@@ -35,7 +37,7 @@ protected:
             return finish(sink);
         };
         behaviour.get = [](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
-            if (path != L"Fake_Thing.Name=\"one\"") {
+            if (!path.ends_with(L"=\"one\"")) {
                 return finish(sink, code(WBEM_E_NOT_FOUND));
             }
             deliver(ns, sink, L"one", 2);
@@ -81,10 +83,13 @@ protected:
         return sink->SetStatus(WBEM_STATUS_COMPLETE, status, nullptr, nullptr);
     }
 
-    // Runs the command with the test's MOF. Its output goes to standard output and standard error.
+    // Runs the command with the test's MOF, unless it asks the machine's WMI. Its output goes to standard output and
+    // standard error.
     int runWithMof(std::vector<std::string> arguments) const
     {
-        arguments.insert(arguments.begin(), {"--mof", mof.string()});
+        if (std::find(arguments.begin(), arguments.end(), "--service") == arguments.end()) {
+            arguments.insert(arguments.begin(), {"--mof", mof.string()});
+        }
         return runCommandLine(arguments);
     }
 
@@ -104,6 +109,18 @@ protected:
             error.erase(at, place.size());
         }
         return result;
+    }
+
+    // Returns the requests since the last call, in order.
+    virtual std::vector<std::string> takeRequests() { return std::exchange(behaviour.requests, {}); }
+
+    // Runs the commands of a session file, see Session.h.
+    void expectSession(const std::string& file)
+    {
+        wmihost::expectSession(file, [this](const std::vector<std::string>& arguments) {
+            const int exitCode = run(arguments);
+            return Answer{exitCode, out, error, takeRequests()};
+        });
     }
 
     const std::filesystem::path mof =

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <mutex>
+#include <regex>
+
 #include "wmihost/com/Guard.h"
+#include "wmihost/terminal/Text.h"
 
 namespace wmihost {
 namespace {
@@ -32,6 +36,7 @@ public:
         EXPECT_NE(context, nullptr);
         m_behaviour.user = user;
         m_behaviour.nameSpace = nameSpace;
+        record("start in " + toUtf8(nameSpace));
         m_services = ComPtr<IWbemServices>(services);
         if (m_behaviour.initStatus) {
             sink->SetStatus(*m_behaviour.initStatus, 0);
@@ -41,31 +46,53 @@ public:
     HRESULT STDMETHODCALLTYPE CreateInstanceEnumAsync(BSTR name, LONG, IWbemContext* context,
                                                       IWbemObjectSink* sink) override
     {
+        record("enumerate " + toUtf8(viewOf(name)));
         return m_behaviour.enumerate ? m_behaviour.enumerate(*m_services.get(), viewOf(name), context, sink)
                                      : code(WBEM_E_NOT_SUPPORTED);
     }
     HRESULT STDMETHODCALLTYPE GetObjectAsync(BSTR path, LONG, IWbemContext*, IWbemObjectSink* sink) override
     {
+        record("get " + toUtf8(viewOf(path)));
         return m_behaviour.get ? m_behaviour.get(*m_services.get(), viewOf(path), sink) : code(WBEM_E_NOT_SUPPORTED);
     }
     HRESULT STDMETHODCALLTYPE PutInstanceAsync(IWbemClassObject* object, LONG flags, IWbemContext*,
                                                IWbemObjectSink* sink) override
     {
+        record("put " + textOf(object));
         return m_behaviour.put ? m_behaviour.put(object, flags, sink) : code(WBEM_E_NOT_SUPPORTED);
     }
     HRESULT STDMETHODCALLTYPE DeleteInstanceAsync(BSTR path, LONG, IWbemContext*, IWbemObjectSink* sink) override
     {
+        record("delete " + toUtf8(viewOf(path)));
         return m_behaviour.remove ? m_behaviour.remove(viewOf(path), sink) : code(WBEM_E_NOT_SUPPORTED);
     }
-    HRESULT STDMETHODCALLTYPE ExecMethodAsync(BSTR, BSTR method, LONG, IWbemContext*, IWbemClassObject* in,
+    HRESULT STDMETHODCALLTYPE ExecMethodAsync(BSTR path, BSTR method, LONG, IWbemContext*, IWbemClassObject* in,
                                               IWbemObjectSink* sink) override
     {
+        record("invoke " + toUtf8(viewOf(path)) + " " + toUtf8(viewOf(method)) +
+               (in == nullptr ? " without an object" : " with " + textOf(in)));
         return m_behaviour.execMethod ? m_behaviour.execMethod(*m_services.get(), viewOf(method), in, sink)
                                       : code(WBEM_E_NOT_SUPPORTED);
     }
 
 private:
     ~FakeProvider() override { --m_behaviour.alive; }
+
+    // The MOF of an object in one line.
+    static std::string textOf(IWbemClassObject* object)
+    {
+        Bstr text;
+        EXPECT_EQ(object->GetObjectText(0, text.put()), 0);
+        const std::string joined = std::regex_replace(toUtf8(text.view()), std::regex("\n *"), " ");
+        return joined.substr(0, joined.size() - 1);
+    }
+
+    void record(std::string request)
+    {
+        static std::mutex mutex;
+        const std::lock_guard lock(mutex);
+        m_behaviour.requests.push_back(std::move(request));
+    }
 
     FakeBehaviour& m_behaviour;
     ComPtr<IWbemServices> m_services;

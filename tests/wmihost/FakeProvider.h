@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "wmihost/com/Com.h"
 #include "wmihost/com/RefusingServices.h"
@@ -26,6 +27,8 @@ struct FakeBehaviour
     std::wstring user;
     std::wstring nameSpace;
     int alive = 0;
+    // The requests in order, in the form `put instance of Fake_Thing { Name = "one"; };`.
+    std::vector<std::string> requests;
 };
 
 // While the scope lives, COM finds the fake provider's class in this process. The behaviour outlives the scope and

@@ -23,12 +23,7 @@ protected:
     int runService(std::vector<std::string> arguments)
     {
         arguments.emplace_back("--service");
-        const Redirected standardOut(STD_OUTPUT_HANDLE);
-        const Redirected standardError(STD_ERROR_HANDLE);
-        const int result = runCommandLine(arguments);
-        out = standardOut.text();
-        error = standardError.text();
-        return result;
+        return run(std::move(arguments));
     }
 
     // The answer as JSON; null if the command failed. Wine's path texts end with null characters, and rows without

@@ -138,25 +138,6 @@ TEST_F(MetricsTest, FileThatCannotBeWritten_isReported)
     EXPECT_EQ(out, "");
 }
 
-TEST_F(MetricsTest, FileThatCollectorsDoNotRead_isRefused)
-{
-    EXPECT_EQ(run({"metrics", "--output", "zerix.txt"}), 2);
-    EXPECT_EQ(error,
-              "wmihost metrics: 'zerix.txt' does not end in .prom; collectors read no other files\n"
-              "  Example: wmihost metrics --output C:\\metrics\\zerix.prom --every 15\n"
-              "  wmihost metrics --help shows all that it takes\n");
-    EXPECT_EQ(readings, 0);
-}
-
-TEST_F(MetricsTest, RepetitionWithoutAFile_isRefused)
-{
-    EXPECT_EQ(run({"metrics", "--every", "1"}), 2);
-    EXPECT_EQ(error,
-              "wmihost metrics: --every requires --output\n"
-              "  Example: wmihost metrics --output C:\\metrics\\zerix.prom --every 15\n"
-              "  wmihost metrics --help shows all that it takes\n");
-}
-
 TEST_F(MetricsTest, MofWithoutTheClasses_isRefusedAtOnce)
 {
     addToMof("");

@@ -1,15 +1,9 @@
 #include "wmihost/commands/Output.h"
 
-#include <cstdlib>
-#include <sstream>
-
 #include "tests/wmihost/CommandTest.h"
 #include "wmihost/objects/ClassObject.h"
-#include "wmihost/repository/ObjectPath.h"
 #include "wmihost/session/Workspace.h"
 #include "wmihost/terminal/Json.h"
-#include "wmihost/terminal/Table.h"
-#include "wmihost/terminal/Text.h"
 
 namespace wmihost {
 namespace {
@@ -66,143 +60,25 @@ protected:
         };
     }
 
-    const std::string server = toUtf8(serverName());
     const char* const richPath = "Fake_Rich.CreationClassName=\"Fake_Rich\",Name=\"x\",SystemName=\"here\"";
 };
 
-TEST_F(OutputTest, ListsAsATableWithNumbersToTheRight)
-{
-    EXPECT_EQ(run({"list", "fake_thing"}), 0);
-    EXPECT_EQ(out,
-              "Name  Count  State     Bytes\n"
-              "----  -----  --------  -----\n"
-              "one       3  Enabled\n"
-              "two       3  Disabled\n");
-    EXPECT_EQ(error, "");
-}
-
-TEST_F(OutputTest, ListsAsJson)
-{
-    EXPECT_EQ(run({"list", "Fake_Thing", "--format", "json", "--property", "Name,Count,Bytes"}), 0);
-    const auto thing = [this](const std::string& name) {
-        return "  {\n    \"__CLASS\": \"Fake_Thing\",\n    \"__PATH\": \"\\\\\\\\" + server +
-               "\\\\root\\\\test:Fake_Thing.Name=\\\"" + name + "\\\"\",\n    \"Name\": \"" + name +
-               "\",\n    \"Count\": 3,\n    \"Bytes\": null\n  }";
-    };
-    EXPECT_EQ(out, "[\n" + thing("one") + ",\n" + thing("two") + "\n]\n");
-    EXPECT_EQ(error, "");
-}
-
-TEST_F(OutputTest, ListsAsMof)
-{
-    EXPECT_EQ(run({"list", "Fake_Thing", "--format", "mof"}), 0);
-    EXPECT_EQ(out,
-              "instance of Fake_Thing\n{\n    Name = \"one\";\n    Count = 3;\n    State = 2;\n};\n\n"
-              "instance of Fake_Thing\n{\n    Name = \"two\";\n    Count = 3;\n    State = 3;\n};\n\n");
-}
-
-TEST_F(OutputTest, ATableSpellsEveryKindOfValueForPeople)
+TEST_F(OutputTest, EachFormat_showsEveryKindOfValue)
 {
     serveRichThing();
-    // Keys with the same value in every line are left out.
-    EXPECT_EQ(run({"list", "Fake_Rich"}), 0);
-    EXPECT_EQ(
-        out,
-        "Name       Speed  Active  Since                    Owner                  Codes   Notes   Balance  Load\n"
-        "----  ----------  ------  -----------------------  ---------------------  ------  ------  -------  ----\n"
-        "r\xC3\xBC"
-        "ck  2.5 Gbit/s  yes     2026-11-21 09:41:45 UTC  Fake_Thing.Name=\"one\"  Bad, 7  a, b\"c       -5   "
-        "0.5\n");
-    EXPECT_EQ(run({"get", richPath}), 0);
-    EXPECT_EQ(out,
-              "Property           Value\n"
-              "-----------------  -----------------------\n"
-              "CreationClassName  Fake_Rich\n"
-              "SystemName         here\n"
-              "Name               r\xC3\xBC"
-              "ck\n"
-              "Speed              2.5 Gbit/s\n"
-              "Active             yes\n"
-              "Since              2026-11-21 09:41:45 UTC\n"
-              "Owner              Fake_Thing.Name=\"one\"\n"
-              "Codes              Bad, 7\n"
-              "Notes              a, b\"c\n"
-              "Balance            -5\n"
-              "Load               0.5\n");
+    expectSession("commands/output.session");
 }
 
-TEST_F(OutputTest, JsonHasTheValuesThemselves)
-{
-    serveRichThing();
-    EXPECT_EQ(run({"get", richPath, "--format", "json"}), 0);
-    EXPECT_EQ(out,
-              "{\n"
-              "  \"__CLASS\": \"Fake_Rich\",\n"
-              "  \"__PATH\": \"\\\\\\\\" +
-                  server +
-                  "\\\\root\\\\test:Fake_Rich.CreationClassName=\\\"Fake_Rich\\\",Name=\\\"r\xC3\xBC"
-                  "ck\\\",SystemName=\\\"here\\\"\",\n"
-                  "  \"CreationClassName\": \"Fake_Rich\",\n"
-                  "  \"SystemName\": \"here\",\n"
-                  "  \"Name\": \"r\xC3\xBC"
-                  "ck\",\n"
-                  "  \"Speed\": 2500000000,\n"
-                  "  \"Active\": true,\n"
-                  "  \"Since\": \"20261121094145.000000+000\",\n"
-                  "  \"Owner\": \"\\\\\\\\.\\\\root\\\\test:Fake_Thing.Name=\\\"one\\\"\",\n"
-                  "  \"Codes\": [\n    2,\n    7\n  ],\n"
-                  "  \"Notes\": [\n    \"a\",\n    \"b\\\"c\"\n  ],\n"
-                  "  \"Balance\": -5,\n"
-                  "  \"Load\": 0.5\n"
-                  "}\n");
-}
-
-TEST_F(OutputTest, TheMofOfAnInstanceCompilesAgain)
+TEST_F(OutputTest, MofOfAnInstance_compilesAgain)
 {
     serveRichThing();
     EXPECT_EQ(run({"get", richPath, "--format", "mof"}), 0);
-    EXPECT_EQ(out,
-              "instance of Fake_Rich\n{\n    CreationClassName = \"Fake_Rich\";\n    SystemName = \"here\";\n"
-              "    Name = \"r\xC3\xBC"
-              "ck\";\n    Speed = 2500000000;\n    Active = TRUE;\n"
-              "    Since = \"20261121094145.000000+000\";\n"
-              "    Owner = \"\\\\\\\\.\\\\root\\\\test:Fake_Thing.Name=\\\"one\\\"\";\n    Codes = {2, 7};\n"
-              "    Notes = {\"a\", \"b\\\"c\"};\n    Balance = -5;\n    Load = 0.5;\n};\n");
     const std::string first = out;
     addToMof(RICH_MOF + first);
     Workspace again(mof);
     const auto instances = again.repository().findNamespace(L"root\\test")->instancesOf(L"Fake_Rich");
     ASSERT_EQ(instances.size(), 1U);
     EXPECT_EQ(mofOf(*ClassObject::ofInstance(*instances.front()).get()), first);
-}
-
-TEST_F(OutputTest, ListsAsCsv)
-{
-    serveRichThing();
-    EXPECT_EQ(run({"list", "Fake_Rich", "--format", "csv"}), 0);
-    EXPECT_EQ(out,
-              "CreationClassName,SystemName,Name,Speed,Active,Since,Owner,Codes,Notes,Balance,Load\r\n"
-              "Fake_Rich,here,r\xC3\xBC"
-              "ck,2500000000,TRUE,20261121094145.000000+000,\"\\\\.\\root\\test:Fake_Thing.Name=\"\"one\"\"\","
-              "\"[2,7]\",\"[\"\"a\"\",\"\"b\\\"\"c\"\"]\",-5,0.5\r\n");
-    EXPECT_EQ(run({"get", richPath, "--format", "csv", "--property", "Name,__CLASS"}), 0);
-    EXPECT_EQ(out,
-              "Name,__CLASS\r\nr\xC3\xBC"
-              "ck,Fake_Rich\r\n");
-    EXPECT_EQ(error, "");
-}
-
-TEST_F(OutputTest, CsvOfNoInstance_hasTheNames)
-{
-    EXPECT_EQ(run({"list", "Fake_Thing", "--where", "Name=three", "--format", "csv"}), 0);
-    EXPECT_EQ(out, "Name,Count,State,Bytes\r\n");
-}
-
-TEST_F(OutputTest, Patterns_nameProperties)
-{
-    serveRichThing();
-    EXPECT_EQ(run({"list", "Fake_Rich", "--format", "csv", "--property", "s*,?oad"}), 0);
-    EXPECT_EQ(out, "SystemName,Speed,Since,Load\r\nhere,2500000000,20261121094145.000000+000,0.5\r\n");
 }
 
 TEST_F(OutputTest, ControlCharacters_areEscapedInEachFormat)
@@ -227,7 +103,7 @@ TEST_F(OutputTest, ControlCharacters_areEscapedInEachFormat)
               "b\nc\"\r\n");
 }
 
-TEST_F(OutputTest, AnAdapterIsShownAtAGlance)
+TEST_F(OutputTest, Adapter_hasColumnsWithHeadings)
 {
     addToMof(R"([dynamic, provider("FakeProvider")] class Zerix_EthernetPort
                 {
@@ -245,40 +121,7 @@ TEST_F(OutputTest, AnAdapterIsShownAtAGlance)
         deliver(sink, port);
         return finish(sink);
     };
-    EXPECT_EQ(run({"list", "Zerix_EthernetPort"}), 0);
-    EXPECT_EQ(out,
-              "Name  MAC              Speed   MTU  State  DeviceID\n"
-              "----  ------------  --------  ----  -----  --------\n"
-              "eth0  02FC00000001  1 Gbit/s  1500         {0}\n");
-    // The command line also accepts a heading as the name of its property.
-    EXPECT_EQ(run({"list", "Zerix_EthernetPort", "--property", "mac,MTU,State", "-f", "csv"}), 0);
-    EXPECT_EQ(out, "PermanentAddress,ActiveMaximumTransmissionUnit,EnabledState\r\n02FC00000001,1500,\r\n");
-    // A property that the user names is shown under that heading, even if it is not in the default columns.
-    EXPECT_EQ(run({"list", "Zerix_EthernetPort", "--property", "Other,PermanentAddress"}), 0);
-    EXPECT_EQ(out, "Other  MAC\n-----  ------------\n       02FC00000001\n");
-}
-
-TEST_F(OutputTest, ATableFitsTheWidthAndSaysWhatItLeavesOut)
-{
-    serveRichThing();
-    SetEnvironmentVariableW(L"COLUMNS", L"60");
-    _putenv("COLUMNS=60");
-    EXPECT_EQ(run({"list", "Fake_Rich"}), 0);
-    EXPECT_EQ(
-        error,
-        "5 properties do not fit the line; --property Owner,Codes,Notes,Balance,Load shows them, --format json shows "
-        "all\n");
-    std::istringstream lines(out);
-    for (std::string line; std::getline(lines, line);) {
-        EXPECT_LE(lengthOf(line), 60U) << line;
-    }
-    EXPECT_EQ(run({"list", "Fake_Rich", "--property", "Name,Active"}), 0);
-    EXPECT_EQ(error, "");
-    SetEnvironmentVariableW(L"COLUMNS", L"12");
-    _putenv("COLUMNS=12");
-    EXPECT_EQ(run({"list", "Fake_Rich", "--property", "Speed,Active"}), 0);
-    EXPECT_EQ(out, "     Speed\n----------\n2.5 Gbit/s\n");
-    EXPECT_EQ(error, "1 property does not fit the line; --property Active shows it, --format json shows all\n");
+    expectSession("commands/output-adapter.session");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
+#include <functional>
+
 #include "tests/wmihost/CommandTest.h"
-#include "wmihost/terminal/Text.h"
+#include "tests/wmihost/TextRow.h"
 
 namespace wmihost {
 namespace {
@@ -27,7 +29,7 @@ class Zerix_EthernetPort
 // A provider that serves the tour in the same way as the real one.
 class SelfTestTest : public CommandTest
 {
-protected:
+public:
     SelfTestTest()
     {
         std::ofstream(mof) << FAKE_MOF << TOUR_MOF;
@@ -84,6 +86,47 @@ protected:
         return object;
     }
 
+    // Ways in which a provider fails a step.
+    static void denyEnumeration(SelfTestTest& test)
+    {
+        test.behaviour.enumerate = [](IWbemServices&, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
+            return finish(sink, code(WBEM_E_ACCESS_DENIED));
+        };
+    }
+    static void hideSetting(SelfTestTest& test)
+    {
+        test.behaviour.enumerate = [](IWbemServices& ns, std::wstring_view name, IWbemContext*, IWbemObjectSink* sink) {
+            if (name == L"Zerix_EthernetPort") {
+                deliver(sink, port(ns));
+            }
+            return finish(sink);
+        };
+    }
+    // Answers a retrieval of objects of the class with another object.
+    static void confuse(SelfTestTest& test, const wchar_t* className, const wchar_t* key, const wchar_t* value)
+    {
+        test.behaviour.get = [=, before = test.behaviour.get](IWbemServices& ns, std::wstring_view path,
+                                                              IWbemObjectSink* sink) {
+            if (!path.starts_with(className)) {
+                return before(ns, path, sink);
+            }
+            const auto other = spawn(ns, className);
+            put(other, key, Variant::ofText(value));
+            deliver(sink, other);
+            return finish(sink);
+        };
+    }
+    static void keepJob(SelfTestTest& test)
+    {
+        test.behaviour.remove = [](std::wstring_view, IWbemObjectSink* sink) { return finish(sink); };
+    }
+    static void forgetOutputs(SelfTestTest& test)
+    {
+        test.behaviour.execMethod = [](IWbemServices&, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
+            return finish(sink);
+        };
+    }
+
     int ports = 2;
     long samples = 10;
     long samplesAfterPut = 10;
@@ -91,18 +134,9 @@ protected:
     bool deleted = false;
 };
 
-TEST_F(SelfTestTest, EveryKindOfRequestHasAVerdict)
+TEST_F(SelfTestTest, EachKindOfRequest_hasAVerdict)
 {
-    EXPECT_EQ(run({"self-test"}), 0);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  ---------------------------------\n"
-              "enumerate  passed   2 adapters\n"
-              "get        passed   the first adapter, eth0\n"
-              "put        passed   the diagnostic setting, unchanged\n"
-              "invoke     passed   RunLinkDiagnostic started a job\n"
-              "delete     passed   the job is gone\n");
-    EXPECT_EQ(error, "");
+    expectSession("commands/self-test.session");
     EXPECT_TRUE(deleted);
 }
 
@@ -114,202 +148,46 @@ TEST_F(SelfTestTest, Namespace_isTheOneThatIsAsked)
                        << "instance of __MethodProviderRegistration { Provider = "
                           "\"__Win32Provider.Name=\\\"FakeProvider\\\"\"; };\n"
                        << TOUR_MOF;
-    for (const auto* const nameSpace : {"root/other", "root/test"}) {
-        EXPECT_EQ(run({"self-test", "--namespace", nameSpace}), 0) << out;
-        EXPECT_EQ(toUtf8(ClassRepository::plainName(behaviour.nameSpace)),
-                  toUtf8(ClassRepository::plainName(toWide(nameSpace))));
-    }
-    EXPECT_EQ(run({"self-test", "--namespace", "root/nowhere"}), 1);
-    EXPECT_NE(out.find("enumerate  FAILED   WBEM_E_INVALID_NAMESPACE (0x8004100E)"), std::string::npos) << out;
-    EXPECT_NE(out.find("put        FAILED   WBEM_E_INVALID_NAMESPACE (0x8004100E)"), std::string::npos) << out;
+    expectSession("commands/self-test-namespace.session");
 }
 
-TEST_F(SelfTestTest, WithoutAnAdapterWhatNeedsOneFails)
-{
-    ports = 0;
-    EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  -----------------------------------\n"
-              "enumerate  FAILED   this machine has no network adapter\n"
-              "get        FAILED   an earlier step delivered no path\n"
-              "put        passed   the diagnostic setting, unchanged\n"
-              "invoke     FAILED   an earlier step delivered no path\n"
-              "delete     FAILED   there is no job to delete\n");
-}
-
-TEST_F(SelfTestTest, OneAdapterIsNoPlural)
-{
-    ports = 1;
-    EXPECT_EQ(run({"self-test"}), 0);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  ---------------------------------\n"
-              "enumerate  passed   1 adapter\n"
-              "get        passed   the first adapter, eth0\n"
-              "put        passed   the diagnostic setting, unchanged\n"
-              "invoke     passed   RunLinkDiagnostic started a job\n"
-              "delete     passed   the job is gone\n");
-}
-
-TEST_F(SelfTestTest, AnUpdateThatChangesSomethingFails)
-{
-    samplesAfterPut = 11;
-    EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  ----------------------------------------------\n"
-              "enumerate  passed   2 adapters\n"
-              "get        passed   the first adapter, eth0\n"
-              "put        FAILED   an update without a change changed the setting\n"
-              "invoke     passed   RunLinkDiagnostic started a job\n"
-              "delete     passed   the job is gone\n");
-}
-
-TEST_F(SelfTestTest, AMethodThatStartsNoJobFails)
-{
-    returnValue = 1;
-    EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  ----------------------------------------\n"
-              "enumerate  passed   2 adapters\n"
-              "get        passed   the first adapter, eth0\n"
-              "put        passed   the diagnostic setting, unchanged\n"
-              "invoke     FAILED   expected a job and the value 4096, got 1\n"
-              "delete     FAILED   there is no job to delete\n");
-}
-
-TEST_F(SelfTestTest, DeletedJob_unreadable_failsWithTheStatus)
-{
-    behaviour.remove = [](std::wstring_view, IWbemObjectSink* sink) { return finish(sink); };
-    EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  ----------------------------------------------\n"
-              "enumerate  passed   2 adapters\n"
-              "get        passed   the first adapter, eth0\n"
-              "put        passed   the diagnostic setting, unchanged\n"
-              "invoke     passed   RunLinkDiagnostic started a job\n"
-              "delete     FAILED   WBEM_E_FAILED (0x80041001): the request failed\n");
-}
-
-TEST_F(SelfTestTest, ARefusedClientFailsEveryKindOfRequest)
-{
-    const auto denied = [](IWbemObjectSink* sink) { return finish(sink, code(WBEM_E_ACCESS_DENIED)); };
-    behaviour.enumerate = [denied](IWbemServices&, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
-        return denied(sink);
-    };
-    EXPECT_EQ(run({"self-test", "--impersonation", "identify"}), 1);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  ---------------------------------------------------\n"
-              "enumerate  FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"
-              "get        FAILED   an earlier step delivered no path\n"
-              "put        FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"
-              "invoke     FAILED   an earlier step delivered no path\n"
-              "delete     FAILED   there is no job to delete\n");
-    EXPECT_EQ(error, "");
-}
-
-TEST_F(SelfTestTest, AnotherAdapterThanTheOneAskedForFails)
-{
-    const auto before = behaviour.get;
-    behaviour.get = [before](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
-        if (!path.starts_with(L"Zerix_EthernetPort")) {
-            return before(ns, path, sink);
-        }
-        const auto other = port(ns);
-        put(other, L"DeviceID", Variant::ofText(L"{2}"));
-        deliver(sink, other);
-        return finish(sink);
-    };
-    EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_EQ(
-        out,
-        "Request    Verdict  Detail\n"
-        "---------  -------  ----------------------------------------------------------------------------------\n"
-        "enumerate  passed   2 adapters\n"
-        "get        FAILED   asked for Zerix_EthernetPort.DeviceID=\"{1}\", got Zerix_EthernetPort.DeviceID=\"{2}\"\n"
-        "put        passed   the diagnostic setting, unchanged\n"
-        "invoke     passed   RunLinkDiagnostic started a job\n"
-        "delete     passed   the job is gone\n");
-}
-
-TEST_F(SelfTestTest, AMachineWithoutTheSettingFailsThePut)
-{
-    behaviour.enumerate = [](IWbemServices& ns, std::wstring_view name, IWbemContext*, IWbemObjectSink* sink) {
-        if (name == L"Zerix_EthernetPort") {
-            deliver(sink, port(ns));
-        }
-        return finish(sink);
-    };
-    EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  -------------------------------\n"
-              "enumerate  passed   1 adapter\n"
-              "get        passed   the first adapter, eth0\n"
-              "put        FAILED   there is no diagnostic setting\n"
-              "invoke     passed   RunLinkDiagnostic started a job\n"
-              "delete     passed   the job is gone\n");
-}
-
-TEST_F(SelfTestTest, AMethodWithoutOutputsFails)
-{
-    behaviour.execMethod = [](IWbemServices&, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
-        return finish(sink);
-    };
-    EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  ---------------------------------\n"
-              "enumerate  passed   2 adapters\n"
-              "get        passed   the first adapter, eth0\n"
-              "put        passed   the diagnostic setting, unchanged\n"
-              "invoke     FAILED   the method delivered no outputs\n"
-              "delete     FAILED   there is no job to delete\n");
-}
-
-TEST_F(SelfTestTest, AJobThatOutlivesItsDeletionFails)
-{
-    const auto before = behaviour.get;
-    behaviour.get = [before](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
-        if (!path.starts_with(L"Zerix_ConcreteJob")) {
-            return before(ns, path, sink);
-        }
-        const auto job = spawn(ns, L"Zerix_ConcreteJob");
-        put(job, L"InstanceID", Variant::ofText(L"7"));
-        deliver(sink, job);
-        return finish(sink);
-    };
-    EXPECT_EQ(run({"self-test"}), 1);
-    EXPECT_EQ(out,
-              "Request    Verdict  Detail\n"
-              "---------  -------  ---------------------------------\n"
-              "enumerate  passed   2 adapters\n"
-              "get        passed   the first adapter, eth0\n"
-              "put        passed   the diagnostic setting, unchanged\n"
-              "invoke     passed   RunLinkDiagnostic started a job\n"
-              "delete     FAILED   the job is still there\n");
-}
-
-TEST_F(SelfTestTest, AClassThatIsNotDeclaredFailsItsStepsAlone)
+TEST_F(SelfTestTest, MofWithoutTheClasses_failsTheirSteps)
 {
     std::ofstream(mof) << FAKE_MOF;
-    EXPECT_EQ(run({"self-test"}), 1);
-    const std::string unknown = "WBEM_E_INVALID_CLASS (0x80041010): there is no such class; the MOF declares no class ";
-    EXPECT_EQ(out, "Request    Verdict  Detail\n---------  -------  " +
-                       std::string(unknown.size() + std::string("Zerix_DiagnosticSetting").size(), '-') +
-                       "\nenumerate  FAILED   " + unknown +
-                       "Zerix_EthernetPort\n"
-                       "get        FAILED   an earlier step delivered no path\n"
-                       "put        FAILED   " +
-                       unknown +
-                       "Zerix_DiagnosticSetting\n"
-                       "invoke     FAILED   an earlier step delivered no path\n"
-                       "delete     FAILED   there is no job to delete\n");
+    expectSession("commands/self-test-without-classes.session");
 }
+
+struct BadProvider
+{
+    const char* name;  // of the session file too
+    std::function<void(SelfTestTest&)> spoil;
+};
+
+class BadProviders : public SelfTestTest, public testing::WithParamInterface<BadProvider>
+{
+};
+
+TEST_P(BadProviders, FailTheStep)
+{
+    GetParam().spoil(*this);
+    expectSession(std::string("commands/self-test/") + GetParam().name + ".session");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, BadProviders,
+    testing::Values(
+        BadProvider{"no_adapter", [](SelfTestTest& test) { test.ports = 0; }},
+        BadProvider{"put_that_changes", [](SelfTestTest& test) { test.samplesAfterPut = 11; }},
+        BadProvider{"no_job", [](SelfTestTest& test) { test.returnValue = 1; }},
+        BadProvider{"job_unreadable", SelfTestTest::keepJob},
+        BadProvider{"job_kept",
+                    [](SelfTestTest& test) { SelfTestTest::confuse(test, L"Zerix_ConcreteJob", L"InstanceID", L"7"); }},
+        BadProvider{
+            "another_adapter",
+            [](SelfTestTest& test) { SelfTestTest::confuse(test, L"Zerix_EthernetPort", L"DeviceID", L"{2}"); }},
+        BadProvider{"no_setting", SelfTestTest::hideSetting}, BadProvider{"no_outputs", SelfTestTest::forgetOutputs},
+        BadProvider{"client_refused", SelfTestTest::denyEnumeration}),
+    rowName);
 
 }  // namespace
 }  // namespace wmihost

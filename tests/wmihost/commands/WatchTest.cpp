@@ -76,7 +76,7 @@ still                           +0 B/s +[0-9.]+ /s
     EXPECT_NEAR(kilobytes(1) / kilobytes(3), 4.0, 0.05);
 }
 
-TEST_F(WatchTest, TheFastestInstance_comesFirst)
+TEST_F(WatchTest, FastestInstance_comesFirst)
 {
     watched = {{L"still", still, still},
                {L"slow", rising(1000), still},
@@ -90,34 +90,13 @@ TEST_F(WatchTest, TheFastestInstance_comesFirst)
     EXPECT_LT(place("still"), place("last"));
 }
 
-TEST_F(WatchTest, CountersThatDoNotFit_areCounted)
+TEST_F(WatchTest, Watch_answersAsRecorded)
 {
     watched = {{L"one", still, still}, {L"two", still, still}};
-    _putenv("COLUMNS=30");
-    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "10"}), 0);
-    _putenv("COLUMNS=");
-    EXPECT_EQ(out,
-              "Instance  Activity  Bytes\n"
-              "--------  --------  -----\n"
-              "one                 0 B/s\n"
-              "two                 0 B/s\n"
-              "1 more counter does not fit\n");
+    expectSession("commands/watch.session");
 }
 
-TEST_F(WatchTest, WithoutRoomForACounter_theBarGoes)
-{
-    watched = {{L"one", still, still}};
-    _putenv("COLUMNS=20");
-    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "10"}), 0);
-    _putenv("COLUMNS=");
-    EXPECT_EQ(out,
-              "Instance  Bytes\n"
-              "--------  -----\n"
-              "one       0 B/s\n"
-              "1 more counter does not fit\n");
-}
-
-TEST_F(WatchTest, ACounterThatRunsBackwardsHasNoRate)
+TEST_F(WatchTest, Counter_thatRunsBackwards_hasNoRate)
 {
     watched = {{L"one", [](unsigned look) { return look == 0 ? 1000U : 10U; }, still}};
     EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "2", "--interval", "10"}), 0);
@@ -129,7 +108,7 @@ TEST_F(WatchTest, ACounterThatRunsBackwardsHasNoRate)
     EXPECT_EQ(looks, 3U);
 }
 
-TEST_F(WatchTest, AnInstanceThatHasJustComeHasNoRateYet)
+TEST_F(WatchTest, NewInstance_hasNoRateYet)
 {
     watched = {{L"old", still, still}};
     const auto enumerate = behaviour.enumerate;
@@ -148,53 +127,11 @@ TEST_F(WatchTest, AnInstanceThatHasJustComeHasNoRateYet)
               "new                 0 B/s     0 /s\n");
 }
 
-TEST_F(WatchTest, ShowsChosenCountersOfChosenInstances)
-{
-    watched = {{L"fast", rising(4000), rising(9)}, {L"slow", rising(1000), still}};
-    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--interval", "10", "--property", "Packets,Level",
-                   "--where", "name=SLOW"}),
-              0);
-    EXPECT_EQ(out,
-              "Instance  Activity  Packets\n"
-              "--------  --------  -------\n"
-              "slow                   0 /s\n");
-}
-
-TEST_F(WatchTest, OnePropertyThatIsNoCounterIsNothingToWatch)
-{
-    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--property", "Level"}), 2);
-    EXPECT_EQ(error,
-              "wmihost watch: the class Fake_Counters has no counters to watch among the properties\n"
-              "  Example: wmihost watch Zerix_EthernetPortStatistics --count 10\n"
-              "  wmihost watch --help shows all that it takes\n");
-    EXPECT_EQ(looks, 0U);
-}
-
-TEST_F(WatchTest, AMisspeltNameIsFoundBeforeTheFirstLook)
-{
-    EXPECT_EQ(run({"watch", "Fake_Counters", "--count", "1", "--where", "Nome=x"}), 1);
-    EXPECT_EQ(error,
-              "wmihost watch Fake_Counters --count 1 --where Nome=x: failed\n"
-              "  WBEM_E_INVALID_PROPERTY (0x80041031): there is no such property\n"
-              "  Reason: the class Fake_Counters has no property Nome; did you mean Name?\n"
-              "  Try: describe the class to see its properties\n");
-    EXPECT_EQ(looks, 0U);
-}
-
-TEST_F(WatchTest, ARequestThatFailsEndsTheWatch)
+TEST_F(WatchTest, FailedRequest_endsTheWatch)
 {
     watched = {{L"one", still, still}};
     failingLook = 3;
-    EXPECT_EQ(run({"watch", "Fake_Counters", "--interval", "10"}), 1);
-    EXPECT_EQ(out,
-              "Instance  Activity  Bytes  Packets\n"
-              "--------  --------  -----  -------\n"
-              "one                 0 B/s     0 /s\n");
-    EXPECT_EQ(error,
-              "wmihost watch Fake_Counters --interval 10: failed\n"
-              "  WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n"
-              "  Try: change writable properties only, and ask with --impersonation impersonate as a user with the "
-              "right\n");
+    expectSession("commands/watch-refused.session");
 }
 
 }  // namespace
