@@ -54,7 +54,7 @@ TEST(InstalledMof, EachClass_hasKeysDescriptionsAndProvider)
     EXPECT_EQ(classes, 17);
 }
 
-TEST(InstalledMof, WordsAndNumbersOfEveryValueMapComeInPairs)
+TEST(InstalledMof, ValueMap_hasAWordForEachNumber)
 {
     ClassRepository repository;
     compileMofFile(installed("ZerixDRAVEv2.mof"), repository);
@@ -79,7 +79,7 @@ TEST(InstalledMof, WordsAndNumbersOfEveryValueMapComeInPairs)
 }
 
 // Only the pragmas of WMI's compiler are outside the standard.
-TEST(InstalledMof, KeepsToTheStandardButForWmisOwn)
+TEST(InstalledMof, Mof_keepsToTheStandardExceptWmisPragmas)
 {
     static const std::regex pragma("the pragma '(autorecover|deleteclass|deleteinstance)' is not in the standard");
     ClassRepository repository;
@@ -96,7 +96,7 @@ TEST(InstalledMof, KeepsToTheStandardButForWmisOwn)
     EXPECT_EQ(others, std::vector<std::string>{});
 }
 
-TEST(InstalledMof, TheRemovalDeletesEveryClassThatIsInstalled)
+TEST(InstalledMof, Removal_deletesEveryInstalledClass)
 {
     ClassRepository repository;
     compileMofFile(installed("ZerixDRAVEv2.mof"), repository);

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "tests/wmihost/TextRow.h"
+#include "support/Baseline.h"
 #include "wmihost/TestObjects.h"
 #include "wmihost/mof/MofText.h"
 #include "wmihost/terminal/Text.h"
@@ -15,187 +15,26 @@
 namespace wmihost {
 namespace {
 
-class MalformedMof : public testing::TestWithParam<TextRow>
+// The head of the file explains its lines.
+TEST(MofCompiler, MalformedMof_isRefusedWithItsMessage)
 {
-};
-
-TEST_P(MalformedMof, IsRefusedWithItsMessage)
-{
-    ClassRepository repository;
-    try {
-        compileMofText(GetParam().given, "bad.mof", repository);
-        FAIL() << "the text was accepted";
-    } catch (const MofError& error) {
-        EXPECT_STREQ(error.what(), GetParam().expected);
+    std::vector<std::string> lines;
+    std::string text;
+    for (const std::string& line : support::readBaseline(ZERIX_MOF_MALFORMED)) {
+        if (line.starts_with("=> ")) {
+            ClassRepository repository;
+            try {
+                compileMofText(text, "bad.mof", repository);
+                lines.emplace_back("=> accepted");
+            } catch (const MofError& error) {
+                lines.push_back(std::string("=> ") + error.what());
+            }
+        } else {
+            lines.push_back(line);
+            text = line.starts_with("## ") ? "" : text + (text.empty() ? "" : "\n") + line;
+        }
     }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, MalformedMof,
-    testing::Values(
-        TextRow{"NothingKnown", "class A { };\nclas B { };",
-                "bad.mof:2:1: expected a class, an instance, a qualifier or a directive"},
-        TextRow{"NoSemicolonBehindAProperty", "class A\n{\n    string Name\n};", "bad.mof:4:1: expected ;"},
-        TextRow{"NoSemicolonBehindAClass", "class A\n{\n}\nclass B { };", "bad.mof:4:1: expected ; after }"},
-        TextRow{"NoNameOfAProperty", "class A { string ; };",
-                "bad.mof:1:18: expected the name of a property or method"},
-        TextRow{"NoBody", "class A : B string", "bad.mof:1:13: expected {"},
-        TextRow{"OpenText", "class A { string Name = \"abc\n\"; };",
-                "bad.mof:1:29: expected \" to end the text on the line where it begins"},
-        TextRow{"UnknownEscape", "class A { string Name = \"a\\q\"; };",
-                "bad.mof:1:28: expected one of b t n f r \" ' \\ or x and a hexadecimal number after the backslash"},
-        TextRow{"OpenComment", "class A { };\n/* and so on", "bad.mof:2:13: expected */ to end the comment"},
-        TextRow{"OpenQualifiers", "[key class A { };", "bad.mof:1:6: expected ]"},
-        TextRow{"NothingBehindQualifiers", "[key] struct A { };",
-                "bad.mof:1:7: expected 'class' or 'instance' after the qualifiers"},
-        TextRow{"NoValue", "class A { uint8 N = ; };", "bad.mof:1:21: expected a value"},
-        TextRow{"OpenList", "class A { uint8 N[] = {1, 2; };", "bad.mof:1:28: expected , or } in the list of values"},
-        TextRow{"NoFlavor", "[key:] class A { };", "bad.mof:1:6: expected a flavor after :"},
-        TextRow{"NoParameterName", "class A { uint32 M([in] string); };",
-                "bad.mof:1:31: expected the name of a parameter"},
-        TextRow{"InstanceWithoutOf", "instance A { };", "bad.mof:1:10: expected 'of' after 'instance'"},
-        TextRow{"AliasWithoutDollar", "class A { [key] string K; };\ninstance of A as X { K = \"\"; };",
-                "bad.mof:2:18: expected an alias that begins with $"},
-        TextRow{"AssignmentWithoutEquals", "class A { string K; };\ninstance of A { K \"\"; };",
-                "bad.mof:2:19: expected = after the name of the property"},
-        TextRow{"QualifierWithoutAType", "Qualifier Key;", "bad.mof:1:14: expected : and the type of the qualifier"},
-        TextRow{"QualifierWithoutAName", "Qualifier : string;", "bad.mof:1:11: expected the name of a qualifier"},
-        TextRow{"QualifierWithAnUnknownPart", "Qualifier Key : boolean, Size(3);",
-                "bad.mof:1:26: expected 'Scope' or 'Flavor' after ,"},
-        TextRow{"QualifierWithAnEmptyScope", "Qualifier Key : boolean, Scope();",
-                "bad.mof:1:32: expected where the qualifier may stand"},
-        TextRow{"QualifierWithAnOpenScope", "Qualifier Key : boolean, Scope(class;",
-                "bad.mof:1:37: expected , or ) after the scope"},
-        TextRow{"QualifierWithoutSemicolon", "Qualifier Key : boolean = true\nclass A { };",
-                "bad.mof:2:1: expected , or ; after the declaration of the qualifier"}),
-    rowName);
-
-INSTANTIATE_TEST_SUITE_P(
-    Meaning, MalformedMof,
-    testing::Values(
-        TextRow{"UnknownSuperclass", "class A : B { };",
-                "bad.mof:1:11: the superclass 'B' is not declared in root\\default"},
-        TextRow{"PropertyTwice", "class A { string N; string n; };",
-                "bad.mof:1:28: the property 'n' is declared twice"},
-        TextRow{"PropertyOfAnotherType", "class A { string N; };\nclass B : A { uint8 N; };",
-                "bad.mof:2:21: the property 'N' of the superclass has another type"},
-        TextRow{"QualifierTwice", "[A, a] class C { };", "bad.mof:1:5: the qualifier 'a' stands here twice"},
-        TextRow{"FixedQualifierOverridden",
-                "class A { [Unit(\"m\"): DisableOverride ToSubclass] uint8 N; };\n"
-                "class B : A { [Unit(\"s\")] uint8 N; };",
-                "bad.mof:2:16: the qualifier 'Unit' of the superclass cannot be overridden"},
-        TextRow{"UnknownFlavor", "[A: Bitter] class C { };", "bad.mof:1:5: the flavor 'Bitter' is unknown"},
-        TextRow{"ValueOutOfRange", "class A { uint8 N = 256; };",
-                "bad.mof:1:21: '256' is no uint8: a whole number from 0 to 255"},
-        TextRow{"BinaryNumberThatNoTypeHolds",
-                "class A { uint8 N = 1"
-                "0000000000000000000000000000000000000000000000000000000000000001b; };",
-                "bad.mof:1:21: '10000000000000000000000000000000000000000000000000000000000000001b' is no uint8: a "
-                "whole number from 0 to 255"},
-        TextRow{"HexadecimalNumberThatNoTypeHolds", "class A { uint64 N = 0x10000000000000000; };",
-                "bad.mof:1:22: '0x10000000000000000' is no uint64: a whole number from 0 to 18446744073709551615"},
-        TextRow{"ValueTwice", "class A { [key] string K; };\ninstance of A { K = \"1\"; k = \"2\"; };",
-                "bad.mof:2:26: the property 'k' gets a value a second time"},
-        TextRow{"MethodTwice", "class A { uint32 M(); uint32 m(); };",
-                "bad.mof:1:30: the method 'm' is declared twice"},
-        TextRow{"ParameterTwice", "class A { uint32 M([in] uint8 P, [in] uint8 p); };",
-                "bad.mof:1:34: the parameter 'p' is declared twice"},
-        TextRow{"EmbeddedObjectOfAType", "class A { uint8:B N; };",
-                "bad.mof:1:11: only 'object' may be followed by : and a class"},
-        TextRow{"NamespaceWithoutAName", "#pragma namespace(root)",
-                "bad.mof:1:1: expected a namespace between quotes after #pragma namespace"},
-        TextRow{"IncludeWithoutAFile", "#pragma include(other)",
-                "bad.mof:1:1: expected the name of a file between quotes after #pragma include"},
-        TextRow{"TextForANumber", "class A { uint16 N = \"1\"; };", "bad.mof:1:22: expected a value of type uint16"},
-        TextRow{"NumberForAText", "class A { string N = 1; };", "bad.mof:1:22: expected a value of type string"},
-        TextRow{"ListForAScalar", "class A { uint8 N = {1}; };", "bad.mof:1:21: expected a single value, not a list"},
-        TextRow{"ScalarForAnArray", "class A { uint8 N[] = 1; };",
-                "bad.mof:1:23: expected a list of values between { and }"},
-        TextRow{"BadDatetime", "class A { datetime N = \"now\"; };",
-                "bad.mof:1:24: 'now' is no datetime: yyyymmddhhmmss.ffffff+uuu or, for an interval, "
-                "ddddddddhhmmss.ffffff:000"},
-        TextRow{"ReferenceToAType", "class A { uint8 ref N; };",
-                "bad.mof:1:11: a reference is to a class, not to the type 'uint8'"},
-        TextRow{"UnknownClassOfAnInstance", "instance of A { };",
-                "bad.mof:1:13: the class 'A' is not declared in root\\default"},
-        TextRow{"UnknownPropertyOfAnInstance", "class A { [key] string K; };\ninstance of A { L = \"\"; };",
-                "bad.mof:2:17: the class 'A' has no property 'L'"},
-        TextRow{"InstanceWithoutKeys", "class A { [key] string K; };\ninstance of A { };",
-                "bad.mof:2:13: an instance of 'A' needs a value for each of its keys"},
-        TextRow{"UnknownAlias", "class A { [key] string K; };\ninstance of A { K = $Nobody; };",
-                "bad.mof:2:21: no instance has the alias $Nobody"},
-        TextRow{"AliasesThatWaitForEachOther",
-                "class A { [key] A ref K; };\ninstance of A as $One { K = $Two; };\n"
-                "instance of A as $Two { K = $One; };",
-                "bad.mof:2:29: no instance has the alias $Two"},
-        TextRow{"AliasInAClassAboveItsInstance",
-                "class A { [key] string K; };\nclass B { A ref R = $One; };\ninstance of A as $One { K = \"\"; };",
-                "bad.mof:2:21: the alias $One is not defined above"},
-        TextRow{"AliasTwice",
-                "class A { [key] string K; };\ninstance of A as $One { K = \"1\"; };\n"
-                "instance of A as $one { K = \"2\"; };",
-                "bad.mof:3:18: the alias $one is defined twice"},
-        TextRow{"QualifierDeclaredTwice", "Qualifier Key : boolean;\nQualifier key : boolean;",
-                "bad.mof:2:11: the qualifier 'key' is declared twice"},
-        TextRow{"QualifierOfAnUnknownType", "Qualifier Key : bool;",
-                "bad.mof:1:17: a qualifier is of a simple type, not of 'bool'"},
-        TextRow{"QualifierWithAnUnknownScope", "Qualifier Key : boolean, Scope(class, planet);",
-                "bad.mof:1:39: the scope 'planet' is unknown"},
-        TextRow{"QualifierWithAnUnknownFlavor", "Qualifier Key : boolean, Flavor(Bitter);",
-                "bad.mof:1:33: the flavor 'Bitter' is unknown"},
-        TextRow{"ValueThatIsNotOfTheDeclaredType", "Qualifier Size : uint16;\n[Size(\"large\")] class A { };",
-                "bad.mof:2:7: expected a value of type uint16"},
-        TextRow{"MissingInclude", "#pragma include(\"nowhere.mof\")",
-                "bad.mof:1:17: the included file 'nowhere.mof' does not exist"}),
-    rowName);
-
-TEST(MofCompiler, KnowsEveryTypeAndItsArray)
-{
-    const ClassRepository repository = compiled(R"(
-        class Types
-        {
-            sint8 a = -128; uint8 b = 0xFF; sint16 c = -077; uint16 d = 101b; sint32 e = 5; uint32 f = 4294967295;
-            sint64 g = -9223372036854775808; uint64 h = 18446744073709551615; real32 i = 1.5; real64 j = -2.5e3;
-            boolean k = TRUE; string l = "x" "y"; datetime m = "00000001010101.000000:000"; char16 n = 'A';
-            object o; Types ref p; object ref q; object:Types r; Types s;
-            sint8 aa[] = {1, -1}; uint8 bb[3]; string ll[] = {"x", "y"}; boolean kk[] = {true, FALSE};
-            string none = NULL;
-        };)");
-    const ClassPointer types = classIn(repository, L"Types");
-    const auto check = [&types](const wchar_t* name, CIMTYPE type, const wchar_t* literal) {
-        const Property* property = types->findProperty(name);
-        ASSERT_NE(property, nullptr);
-        EXPECT_EQ(property->type, type) << toUtf8(name);
-        EXPECT_EQ(mofLiteral(property->defaultValue.get(), property->type), literal) << toUtf8(name);
-    };
-    check(L"a", CIM_SINT8, L"-128");
-    check(L"b", CIM_UINT8, L"255");
-    check(L"c", CIM_SINT16, L"-63");
-    check(L"d", CIM_UINT16, L"5");
-    check(L"e", CIM_SINT32, L"5");
-    check(L"f", CIM_UINT32, L"4294967295");
-    check(L"g", CIM_SINT64, L"-9223372036854775808");
-    check(L"h", CIM_UINT64, L"18446744073709551615");
-    check(L"i", CIM_REAL32, L"1.5");
-    check(L"j", CIM_REAL64, L"-2500.0");
-    check(L"k", CIM_BOOLEAN, L"TRUE");
-    check(L"l", CIM_STRING, L"\"xy\"");
-    check(L"m", CIM_DATETIME, L"\"00000001010101.000000:000\"");
-    check(L"n", CIM_CHAR16, L"65");
-    check(L"o", CIM_OBJECT, L"NULL");
-    check(L"p", CIM_REFERENCE, L"NULL");
-    check(L"q", CIM_REFERENCE, L"NULL");
-    check(L"r", CIM_OBJECT, L"NULL");
-    check(L"s", CIM_OBJECT, L"NULL");
-    check(L"aa", CIM_SINT8 | CIM_FLAG_ARRAY, L"{1, -1}");
-    check(L"bb", CIM_UINT8 | CIM_FLAG_ARRAY, L"NULL");
-    check(L"ll", CIM_STRING | CIM_FLAG_ARRAY, L"{\"x\", \"y\"}");
-    check(L"kk", CIM_BOOLEAN | CIM_FLAG_ARRAY, L"{TRUE, FALSE}");
-    check(L"none", CIM_STRING, L"NULL");
-    EXPECT_EQ(types->findProperty(L"p")->className, L"Types");
-    EXPECT_EQ(types->findProperty(L"q")->className, L"");
-    EXPECT_EQ(types->findProperty(L"r")->className, L"Types");
-    EXPECT_EQ(qualifierText(types->findProperty(L"p")->qualifiers, L"CIMTYPE"), L"ref:Types");
+    support::expectBaseline(ZERIX_MOF_MALFORMED, lines);
 }
 
 // A MOF by another author: every type and its array, with qualifiers of every kind and flavor.
@@ -239,14 +78,14 @@ TEST(MofCompiler, Qualifiers_ofEachType_areRead)
     }
 }
 
-TEST(MofCompiler, ReadsTheEscapesOfATextAndComments)
+TEST(MofCompiler, Escapes_andComments_areRead)
 {
     const ClassRepository repository = compiled(
         "// line\n/* block\n * more */\nclass A { /* in */ string t = \"\\\"\\\\\\t\\n\\x41\\x20AC!\"; // end\n};");
     EXPECT_EQ(viewOf(classIn(repository, L"A")->findProperty(L"t")->defaultValue.get().bstrVal), L"\"\\\t\nA\x20AC!");
 }
 
-TEST(MofCompiler, ReadsQualifiersWithFlavors)
+TEST(MofCompiler, Qualifiers_haveFlavors)
 {
     const ClassRepository repository = compiled(
         "[A, B(7), C(\"t\"): ToInstance ToSubclass DisableOverride, D{1, 2}: Amended, E(FALSE), F(2.5)] class X { };");
@@ -263,7 +102,7 @@ TEST(MofCompiler, ReadsQualifiersWithFlavors)
     EXPECT_EQ(findQualifier(qualifiers, L"F")->type, CIM_REAL64);
 }
 
-TEST(MofCompiler, ADerivedClassInheritsMembersAndWhatPropagates)
+TEST(MofCompiler, DerivedClass_inheritsWhatPropagates)
 {
     const ClassRepository repository = compiled(R"(
         [A: ToSubclass, B] class Base { [key] string K; [read: ToSubclass, Description("d")] uint8 N = 1; void M(); };
@@ -300,7 +139,7 @@ TEST(MofCompiler, Instances_areKept_andAliasesResolved)
     EXPECT_TRUE(repository.findNamespace(L"root\\other")->instancesOf(L"Target").empty());
 }
 
-TEST(MofCompiler, AnAliasMayStandAboveItsInstance)
+TEST(MofCompiler, Alias_mayStandAboveItsInstance)
 {
     const ClassRepository repository = compiled(R"(
         class Node { [key] string Name; };
@@ -342,14 +181,14 @@ TEST(MofCompiler, DeclaredQualifier_hasTypeFlavorAndDefault)
     EXPECT_NE(findQualifier(derived, L"Note"), nullptr);
 }
 
-TEST(MofCompiler, AnInstanceOfTheNamespaceClassMakesANamespace)
+TEST(MofCompiler, InstanceOfNamespace_makesANamespace)
 {
     const ClassRepository repository = compiled("instance of __Namespace { Name = \"inner\"; };");
     ASSERT_NE(repository.findNamespace(L"root\\test\\inner"), nullptr);
     EXPECT_NE(repository.findNamespace(L"root\\test\\inner")->findClass(L"__Win32Provider"), nullptr);
 }
 
-TEST(MofCompiler, SkipsPragmasItHasNoUseFor)
+TEST(MofCompiler, UnusedPragma_isSkipped)
 {
     const ClassRepository repository = compiled(
         "#pragma autorecover\n#pragma classflags(\"forceupdate\")\n#pragma deleteclass(\"A\", nofail)\nclass A { };");
@@ -383,7 +222,7 @@ protected:
         std::filesystem::temp_directory_path() / ("mof-" + std::to_string(GetCurrentProcessId()));
 };
 
-TEST_F(MofFiles, IncludesAreReadRelativeToTheFileThatNamesThem)
+TEST_F(MofFiles, Include_isRelativeToItsFile)
 {
     write("a.mof", "#pragma namespace(\"root\\\\test\")\n#pragma include(\"sub/b.mof\")\nclass A : B { };");
     write("sub/b.mof", "#include \"c.mof\"\nclass B : C { };");
@@ -393,21 +232,21 @@ TEST_F(MofFiles, IncludesAreReadRelativeToTheFileThatNamesThem)
     EXPECT_TRUE(classIn(repository, L"A")->inheritsFrom(L"C"));
 }
 
-TEST_F(MofFiles, AMistakeInAnIncludedFileNamesThatFile)
+TEST_F(MofFiles, Mistake_inAnIncludedFile_namesIt)
 {
     write("a.mof", "#pragma include(\"sub/b.mof\")");
     write("sub/b.mof", "\nclass ;");
     EXPECT_EQ(complaint("a.mof"), toUtf8((folder / "sub/b.mof").wstring()) + ":2:7: expected the name of a class");
 }
 
-TEST_F(MofFiles, AFileThatIncludesItselfIsRefused)
+TEST_F(MofFiles, File_thatIncludesItself_isRefused)
 {
     write("a.mof", "#pragma include(\"a.mof\")");
     const std::string file = toUtf8((folder / "a.mof").wstring());
     EXPECT_EQ(complaint("a.mof"), file + ":1:17: the file '" + file + "' includes itself");
 }
 
-TEST_F(MofFiles, AFileThatIncludesItselfByAnotherNameIsRefused)
+TEST_F(MofFiles, File_includedByAnotherName_isRefused)
 {
     write("a.mof", "#pragma include(\"sub/../A.MOF\")");
     const std::string file = toUtf8((folder / "a.mof").wstring());
@@ -415,7 +254,7 @@ TEST_F(MofFiles, AFileThatIncludesItselfByAnotherNameIsRefused)
               file + ":1:17: the file '" + toUtf8((folder / "sub/../A.MOF").wstring()) + "' includes itself");
 }
 
-TEST_F(MofFiles, TwoFilesThatIncludeEachOtherAreRefused)
+TEST_F(MofFiles, Files_thatIncludeEachOther_areRefused)
 {
     write("a.mof", "#pragma include(\"sub/b.mof\")");
     write("sub/b.mof", "class B { };\n#pragma include(\"../a.mof\")");
@@ -424,7 +263,7 @@ TEST_F(MofFiles, TwoFilesThatIncludeEachOtherAreRefused)
                                       "' includes itself");
 }
 
-TEST_F(MofFiles, AFileMayBeIncludedTwiceOneAfterTheOther)
+TEST_F(MofFiles, File_mayBeIncludedTwice)
 {
     write("a.mof",
           "#pragma namespace(\"root\\\\test\")\n#pragma include(\"b.mof\")\n"
@@ -436,12 +275,12 @@ TEST_F(MofFiles, AFileMayBeIncludedTwiceOneAfterTheOther)
     EXPECT_NE(repository.findNamespace(L"root\\other")->findClass(L"B"), nullptr);
 }
 
-TEST_F(MofFiles, AMissingFileIsRefused)
+TEST_F(MofFiles, MissingFile_isRefused)
 {
     EXPECT_EQ(complaint("none.mof"), toUtf8((folder / "none.mof").wstring()) + ": the file cannot be opened");
 }
 
-TEST_F(MofFiles, ByteOrderMarksAreUnderstood)
+TEST_F(MofFiles, ByteOrderMark_isUnderstood)
 {
     write("utf8.mof", "\xEF\xBB\xBF#pragma namespace(\"root\\\\test\")\nclass A { string t = \"\xC3\xBC\"; };");
     std::string wide = "\xFF\xFE";

@@ -116,7 +116,7 @@ class MofCase : public testing::TestWithParam<fs::path>
 {
 };
 
-TEST_P(MofCase, CompilesToWhatIsExpected)
+TEST_P(MofCase, File_compilesToWhatIsExpected)
 {
     expectFile(fs::path(GetParam()).replace_extension(".expected"), outcome(GetParam()));
 }
@@ -137,7 +137,7 @@ class StrictMofCase : public testing::TestWithParam<fs::path>
 {
 };
 
-TEST_P(StrictMofCase, ViolatesWhatIsExpected)
+TEST_P(StrictMofCase, File_violatesWhatIsExpected)
 {
     ClassRepository repository;
     std::string content;

@@ -22,7 +22,7 @@ class Derived : Base
 };
 )";
 
-TEST(MofText, WritesWhatTheClassItselfDeclares)
+TEST(MofText, ClassText_hasWhatTheClassDeclares)
 {
     const ClassRepository repository = compiled(MOF);
     EXPECT_EQ(classText(*classIn(repository, L"Derived"), false),
@@ -37,7 +37,7 @@ TEST(MofText, WritesWhatTheClassItselfDeclares)
               L"};\n");
 }
 
-TEST(MofText, WritesFlavorsOnDemand)
+TEST(MofText, ClassText_hasFlavorsOnDemand)
 {
     const ClassRepository repository = compiled(MOF);
     EXPECT_EQ(
@@ -45,7 +45,7 @@ TEST(MofText, WritesFlavorsOnDemand)
         L"class Base\n{\n    [key : DisableOverride ToInstance ToSubclass] string Name;\n    uint8 Kept = 1;\n};\n");
 }
 
-TEST(MofText, AnInstanceShowsThePropertiesThatHaveAValue)
+TEST(MofText, InstanceText_hasThePropertiesWithValues)
 {
     const ClassRepository repository = compiled(MOF);
     InstanceData data(classIn(repository, L"Derived"));
@@ -54,7 +54,7 @@ TEST(MofText, AnInstanceShowsThePropertiesThatHaveAValue)
               L"instance of Derived\n{\n    Name = \"n\";\n    Kept = 1;\n    Numbers = {1, 2};\n};\n");
 }
 
-TEST(MofText, WritesLiteralsAsTheMofSpellsThem)
+TEST(MofText, Literal_isSpelledAsInMof)
 {
     EXPECT_EQ(mofLiteral(Variant::ofText(L"a\"b\\c\n").get(), CIM_STRING), L"\"a\\\"b\\\\c\\n\"");
     EXPECT_EQ(mofLiteral(Variant::ofText(L"42").get(), CIM_UINT64), L"42");
