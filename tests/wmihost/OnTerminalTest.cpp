@@ -62,7 +62,7 @@ protected:
     const Screen screen;
 };
 
-TEST_F(OnTerminalTest, StandardOutputAndStandardErrorAreATerminal)
+TEST_F(OnTerminalTest, StandardHandles_areATerminal)
 {
     EXPECT_TRUE(outIsTerminal());
     EXPECT_TRUE(errorIsTerminal());
@@ -70,13 +70,13 @@ TEST_F(OnTerminalTest, StandardOutputAndStandardErrorAreATerminal)
     EXPECT_EQ(lineWidth(), 71U);
 }
 
-TEST_F(OnTerminalTest, TextIsShownWhateverTheCodePage)
+TEST_F(OnTerminalTest, Text_isShownInEachCodePage)
 {
     writeOut("gr\xC3\xBC\xC3\x9F\xE2\x80\xA6\n");
     EXPECT_EQ(screen.text(), "gr\xC3\xBC\xC3\x9F\xE2\x80\xA6");
 }
 
-TEST_F(OnTerminalTest, ErasedLinesAreWrittenAnew)
+TEST_F(OnTerminalTest, ErasedLines_areWrittenAgain)
 {
     writeOut("first\nsecond line\nthird\n");
     eraseLines(2);
@@ -90,7 +90,7 @@ TEST_F(OnTerminalTest, ErasedLinesAreWrittenAnew)
     EXPECT_EQ(screen.text(), "first");
 }
 
-TEST_F(OnTerminalTest, ATableFitsTheLineAndSaysWhatItLeavesOut)
+TEST_F(OnTerminalTest, Table_fitsTheLine_andSaysWhatItLeavesOut)
 {
     addToMof(
         "[dynamic, provider(\"FakeProvider\")] class Fake_Wide { [key] string Name; string Second; string Third; "
@@ -150,7 +150,7 @@ TEST_F(OnTerminalTest, Watch_showsWhatFitsTheHeight)
         "2                   0 B/s\n3                   0 B/s\n96 more instances do not fit");
 }
 
-TEST_F(OnTerminalTest, WhatOneInstanceSaysIsWrappedAndNotCut)
+TEST_F(OnTerminalTest, Instance_isWrappedAndNotCut)
 {
     behaviour.get = [](IWbemServices& ns, std::wstring_view, IWbemObjectSink* sink) {
         deliver(ns, sink, L"a name that takes more than the seventy-one characters of this narrow line", 2);
@@ -167,7 +167,7 @@ TEST_F(OnTerminalTest, WhatOneInstanceSaysIsWrappedAndNotCut)
               "Bytes");
 }
 
-TEST_F(OnTerminalTest, DescriptionsAreWrappedAndNotCut)
+TEST_F(OnTerminalTest, Description_isWrappedAndNotCut)
 {
     addToMof(
         "[Description(\"A class.\")] class Fake_Told { [key, Description(\"Its name, which is told at such length "
@@ -183,7 +183,7 @@ TEST_F(OnTerminalTest, DescriptionsAreWrappedAndNotCut)
               "                          no line of this terminal holds it.");
 }
 
-TEST_F(OnTerminalTest, ALongEnumerationShowsTheProvidersProgress)
+TEST_F(OnTerminalTest, LongEnumeration_showsProgress)
 {
     std::string halfway;
     behaviour.enumerate = [&](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
@@ -213,7 +213,7 @@ TEST_F(OnTerminalTest, ShortEnumeration_showsNoProgress)
     EXPECT_EQ(screen.text(), "Name\n----\none");
 }
 
-TEST_F(OnTerminalTest, WatchDrawsItsTableInPlace)
+TEST_F(OnTerminalTest, Watch_drawsItsTableInPlace)
 {
     std::vector<std::string> shown;
     unsigned looks = 0;
@@ -238,7 +238,7 @@ TEST_F(OnTerminalTest, WatchDrawsItsTableInPlace)
 
 using JobOnTerminalTest = JobTest<OnTerminalTest>;
 
-TEST_F(JobOnTerminalTest, IsFollowedWithABar)
+TEST_F(JobOnTerminalTest, Job_isFollowedWithABar)
 {
     std::vector<std::string> shown;
     behaviour.get = [&](IWbemServices& ns, std::wstring_view, IWbemObjectSink* sink) {

@@ -34,7 +34,7 @@ protected:
     const ComApartment apartment;
 };
 
-TEST_F(CallContextTest, ImpersonationSetsATokenOfTheChosenLevel)
+TEST_F(CallContextTest, Impersonation_setsATokenOfTheLevel)
 {
     struct Row
     {
@@ -55,7 +55,7 @@ TEST_F(CallContextTest, ImpersonationSetsATokenOfTheChosenLevel)
     }
 }
 
-TEST_F(CallContextTest, AnAnonymousTokenCannotBeOpened)
+TEST_F(CallContextTest, AnonymousToken_cannotBeOpened)
 {
     const CallScope scope(Impersonation::ANONYMOUS);
     ASSERT_EQ(CoImpersonateClient(), S_OK);
@@ -63,7 +63,7 @@ TEST_F(CallContextTest, AnAnonymousTokenCannotBeOpened)
     EXPECT_EQ(CoRevertToSelf(), S_OK);
 }
 
-TEST_F(CallContextTest, WithoutImpersonationThereIsNoToken)
+TEST_F(CallContextTest, Thread_withoutImpersonation_hasNoToken)
 {
     const CallScope scope(Impersonation::NONE);
     ASSERT_EQ(CoImpersonateClient(), S_OK);
@@ -71,7 +71,7 @@ TEST_F(CallContextTest, WithoutImpersonationThereIsNoToken)
     EXPECT_EQ(CoRevertToSelf(), S_OK);
 }
 
-TEST_F(CallContextTest, OutsideAScopeThereIsNoCall)
+TEST_F(CallContextTest, Impersonation_outsideACall_fails)
 {
     {
         const CallScope scope(Impersonation::IMPERSONATE);
@@ -79,7 +79,7 @@ TEST_F(CallContextTest, OutsideAScopeThereIsNoCall)
     EXPECT_EQ(CoImpersonateClient(), RPC_E_CALL_COMPLETE);
 }
 
-TEST_F(CallContextTest, AScopeInsideAnotherGivesTheOuterOneBack)
+TEST_F(CallContextTest, InnerScope_restoresTheOuterOne)
 {
     const CallScope outer(Impersonation::IDENTIFY);
     {
@@ -90,7 +90,7 @@ TEST_F(CallContextTest, AScopeInsideAnotherGivesTheOuterOneBack)
     CoRevertToSelf();
 }
 
-TEST_F(CallContextTest, AScopeTakesALeftTokenAway)
+TEST_F(CallContextTest, Scope_removesATokenLeftBehind)
 {
     {
         const CallScope scope(Impersonation::IMPERSONATE);
@@ -99,7 +99,7 @@ TEST_F(CallContextTest, AScopeTakesALeftTokenAway)
     EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
 }
 
-TEST_F(CallContextTest, AScopeIsItsThreadsOwn)
+TEST_F(CallContextTest, Scope_belongsToItsThread)
 {
     const CallScope scope(Impersonation::IMPERSONATE);
     HRESULT elsewhere = S_OK;
@@ -110,7 +110,7 @@ TEST_F(CallContextTest, AScopeIsItsThreadsOwn)
     EXPECT_EQ(elsewhere, RPC_E_CALL_COMPLETE);
 }
 
-TEST_F(CallContextTest, KnowsWhetherItImpersonates)
+TEST_F(CallContextTest, Context_knowsWhetherItImpersonates)
 {
     const auto context = ComPtr<IServerSecurity>::adopt(new CallContext(Impersonation::IMPERSONATE));
     EXPECT_FALSE(context->IsImpersonating());

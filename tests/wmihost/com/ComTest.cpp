@@ -37,7 +37,7 @@ protected:
     ComPtr<IClassFactory> thing = ComPtr<IClassFactory>::adopt(new Thing(alive));
 };
 
-TEST_F(ComTest, TheLastReferenceDestroysTheObject)
+TEST_F(ComTest, LastReference_destroysTheObject)
 {
     ComPtr<IClassFactory> second = thing;
     EXPECT_EQ(referencesOf(thing.get()), 2U);
@@ -48,14 +48,14 @@ TEST_F(ComTest, TheLastReferenceDestroysTheObject)
     EXPECT_FALSE(second);
 }
 
-TEST_F(ComTest, AMoveTakesTheReferenceAlong)
+TEST_F(ComTest, Move_takesTheReferenceAlong)
 {
     const ComPtr<IClassFactory> second = std::move(thing);
     EXPECT_FALSE(thing);  // NOLINT(bugprone-use-after-move): that it is empty is the rule
     EXPECT_EQ(referencesOf(second.get()), 1U);
 }
 
-TEST_F(ComTest, AnAssignmentReleasesWhatWasHeldBefore)
+TEST_F(ComTest, Assignment_releasesWhatWasHeld)
 {
     int others = 0;
     auto other = ComPtr<IClassFactory>::adopt(new Thing(others));
@@ -67,7 +67,7 @@ TEST_F(ComTest, AnAssignmentReleasesWhatWasHeldBefore)
     EXPECT_EQ(referencesOf(thing.get()), 1U);
 }
 
-TEST_F(ComTest, DetachHandsTheReferenceOver)
+TEST_F(ComTest, Detach_handsTheReferenceOver)
 {
     IClassFactory* const raw = thing.detach();
     EXPECT_FALSE(thing);
@@ -76,7 +76,7 @@ TEST_F(ComTest, DetachHandsTheReferenceOver)
     EXPECT_EQ(alive, 0);
 }
 
-TEST_F(ComTest, AnObjectAnswersForItsOwnInterfaceAndIUnknown)
+TEST_F(ComTest, Object_hasItsInterfaceAndIUnknown)
 {
     for (const IID& iid : {__uuidof(IUnknown), __uuidof(IClassFactory)}) {
         ComPtr<IUnknown> same;
@@ -90,7 +90,7 @@ TEST_F(ComTest, AnObjectAnswersForItsOwnInterfaceAndIUnknown)
     EXPECT_EQ(thing->QueryInterface(__uuidof(IUnknown), nullptr), E_POINTER);
 }
 
-TEST(ComApartmentTest, ComIsThereWhileTheScopeLives)
+TEST(ComApartmentTest, Com_isThereDuringTheScope)
 {
     ComPtr<IWbemContext> context;
     const auto create = [&context] {
@@ -105,7 +105,7 @@ TEST(ComApartmentTest, ComIsThereWhileTheScopeLives)
     EXPECT_EQ(create(), CO_E_NOTINITIALIZED);
 }
 
-TEST(ComApartmentTest, AThreadWithAnotherApartmentIsRefused)
+TEST(ComApartmentTest, Thread_withAnotherApartment_isRefused)
 {
     ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
     EXPECT_THROW(ComApartment(), std::runtime_error);

@@ -7,7 +7,7 @@
 namespace wmihost {
 namespace {
 
-TEST(InitSink, KnowsWhetherTheProviderHasSpoken)
+TEST(InitSink, Sink_knowsWhetherAStatusCame)
 {
     const auto sink = ComPtr<InitSink>::adopt(new InitSink);
     EXPECT_EQ(sink->status(), std::nullopt);
@@ -15,7 +15,7 @@ TEST(InitSink, KnowsWhetherTheProviderHasSpoken)
     EXPECT_EQ(sink->status(), HRESULT{0});
 }
 
-TEST(InitSink, KeepsAFailure)
+TEST(InitSink, Failure_isKept)
 {
     const auto sink = ComPtr<InitSink>::adopt(new InitSink);
     EXPECT_EQ(sink->SetStatus(code(WBEM_E_FAILED), 0), 0);

@@ -24,21 +24,21 @@ protected:
     ComPtr<IWbemClassObject> object;
 };
 
-TEST_F(NamespaceServicesTest, ServesAClassByNameWithoutCase)
+TEST_F(NamespaceServicesTest, Class_isServedByNameWithoutCase)
 {
     EXPECT_EQ(getObject(L"hERE"), 0);
     EXPECT_EQ(textOf(*object.get(), L"__CLASS"), L"Here");
     EXPECT_EQ(getObject(L"Here", WBEM_FLAG_USE_AMENDED_QUALIFIERS), 0);
 }
 
-TEST_F(NamespaceServicesTest, ServesAClassOfAnotherNamespaceByPath)
+TEST_F(NamespaceServicesTest, ClassOfAnotherNamespace_isServedByPath)
 {
     EXPECT_EQ(getObject(L"There"), code(WBEM_E_NOT_FOUND));
     EXPECT_EQ(getObject(L"\\\\.\\root\\other:There"), 0);
     EXPECT_EQ(getObject(L"root\\nowhere:There"), code(WBEM_E_INVALID_NAMESPACE));
 }
 
-TEST_F(NamespaceServicesTest, NullsTheOutputOnFailure)
+TEST_F(NamespaceServicesTest, Failure_nullsTheOutput)
 {
     IWbemClassObject* out = nullptr;
     ASSERT_EQ(getObject(L"Here"), 0);
@@ -47,7 +47,7 @@ TEST_F(NamespaceServicesTest, NullsTheOutputOnFailure)
     EXPECT_EQ(out, nullptr);
 }
 
-TEST_F(NamespaceServicesTest, RefusesWhatIsNoClass)
+TEST_F(NamespaceServicesTest, Path_thatIsNoClass_isRefused)
 {
     EXPECT_EQ(getObject(L"Here.K=\"x\""), code(WBEM_E_NOT_SUPPORTED));
     EXPECT_EQ(getObject(L"Here."), code(WBEM_E_INVALID_OBJECT_PATH));
@@ -56,7 +56,7 @@ TEST_F(NamespaceServicesTest, RefusesWhatIsNoClass)
     EXPECT_EQ(services->GetObject(Bstr(L"Here").get(), 0, nullptr, nullptr, nullptr), code(WBEM_E_INVALID_PARAMETER));
 }
 
-TEST_F(NamespaceServicesTest, RefusesEveryOtherRequest)
+TEST_F(NamespaceServicesTest, OtherRequests_areRefused)
 {
     constexpr HRESULT REFUSED = code(WBEM_E_NOT_SUPPORTED);
     const Bstr text(L"Here");

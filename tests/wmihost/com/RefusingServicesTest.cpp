@@ -35,7 +35,7 @@ class RefusingServicesTest : public testing::TestWithParam<Request>
 {
 };
 
-TEST_P(RefusingServicesTest, IsNotSupportedAndTouchesNothing)
+TEST_P(RefusingServicesTest, Call_isNotSupported_andTouchesNothing)
 {
     const auto services = ComPtr<IWbemServices>::adopt(new RefusingServices);
     IUnknown* const marker = services.get();

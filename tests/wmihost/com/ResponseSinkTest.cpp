@@ -20,7 +20,7 @@ protected:
     ComPtr<IWbemObjectSink> sink = ComPtr<IWbemObjectSink>::adopt(new ResponseSink(response));
 };
 
-TEST_F(ResponseSinkTest, KeepsReferencesToTheObjects)
+TEST_F(ResponseSinkTest, Objects_areKeptByReference)
 {
     auto object = instanceOf(repository, L"A");
     IWbemClassObject* raw = object.get();
@@ -31,7 +31,7 @@ TEST_F(ResponseSinkTest, KeepsReferencesToTheObjects)
     EXPECT_TRUE(response->takeObjects().empty());
 }
 
-TEST_F(ResponseSinkTest, RefusesBadCounts)
+TEST_F(ResponseSinkTest, BadCount_isRefused)
 {
     IWbemClassObject* none = nullptr;
     EXPECT_EQ(sink->Indicate(-1, &none), code(WBEM_E_INVALID_PARAMETER));
@@ -40,7 +40,7 @@ TEST_F(ResponseSinkTest, RefusesBadCounts)
     EXPECT_EQ(sink->Indicate(0, nullptr), 0);
 }
 
-TEST_F(ResponseSinkTest, ProgressCarriesTheTotalInTheHighWord)
+TEST_F(ResponseSinkTest, Progress_hasTheTotalInTheHighWord)
 {
     EXPECT_EQ(sink->SetStatus(WBEM_STATUS_PROGRESS, 0x00030002, nullptr, nullptr), 0);
     EXPECT_EQ(sink->SetStatus(WBEM_STATUS_PROGRESS, static_cast<HRESULT>(0xFFFF0001), nullptr, nullptr), 0);
@@ -59,12 +59,12 @@ TEST_F(ResponseSinkTest, FinalStatus_isTheFirst_andEndsTheAnswer)
     EXPECT_TRUE(response->takeObjects().empty());
 }
 
-TEST_F(ResponseSinkTest, RefusesOtherFlags)
+TEST_F(ResponseSinkTest, OtherFlags_areRefused)
 {
     EXPECT_EQ(sink->SetStatus(WBEM_STATUS_REQUIREMENTS, 0, nullptr, nullptr), code(WBEM_E_INVALID_PARAMETER));
 }
 
-TEST_F(ResponseSinkTest, TheResponseIsOverWithTheLastReference)
+TEST_F(ResponseSinkTest, Response_endsWithTheLastReference)
 {
     ComPtr<IWbemObjectSink> second = sink;
     sink->SetStatus(WBEM_STATUS_COMPLETE, 0, nullptr, nullptr);
@@ -74,7 +74,7 @@ TEST_F(ResponseSinkTest, TheResponseIsOverWithTheLastReference)
     EXPECT_TRUE(response->waitUntilOver(NO_TIME));
 }
 
-TEST_F(ResponseSinkTest, AnswersForItsInterfacesOnly)
+TEST_F(ResponseSinkTest, QueryInterface_knowsItsInterfacesOnly)
 {
     ComPtr<IUnknown> same;
     EXPECT_EQ(sink->QueryInterface(IID_PPV_ARGS(same.put())), S_OK);

@@ -9,14 +9,14 @@
 namespace wmihost {
 namespace {
 
-TEST(StatusText, NamesAStatusWithItsNumberAndMeaning)
+TEST(StatusText, Status_hasNumberAndMeaning)
 {
     EXPECT_EQ(statusText(code(WBEM_E_NOT_FOUND)), "WBEM_E_NOT_FOUND (0x80041002): there is no such object");
     EXPECT_EQ(statusText(0), "WBEM_S_NO_ERROR (0x00000000): the request succeeded");
     EXPECT_EQ(statusText(REGDB_E_CLASSNOTREG), "REGDB_E_CLASSNOTREG (0x80040154): the COM class is not registered");
 }
 
-TEST(StatusText, TheNumbersOfTheProvidersCodesHaveTheirNames)
+TEST(StatusText, ProvidersCodes_haveTheirNames)
 {
     const std::pair<unsigned, const char*> rows[] = {{0x80041001, "WBEM_E_FAILED"},
                                                      {0x80041003, "WBEM_E_ACCESS_DENIED"},
@@ -33,7 +33,7 @@ TEST(StatusText, TheNumbersOfTheProvidersCodesHaveTheirNames)
     }
 }
 
-TEST(StatusText, AnUnknownStatusSaysSo)
+TEST(StatusText, UnknownStatus_isReported)
 {
     EXPECT_EQ(statusText(static_cast<HRESULT>(0x8FFFFFFF)),
               "an unknown failure (0x8FFFFFFF): WMI and COM document no such code");

@@ -5,13 +5,13 @@
 namespace wmihost {
 namespace {
 
-TEST(Variant, IsBornWithoutAValue)
+TEST(Variant, NewVariant_hasNoValue)
 {
     EXPECT_EQ(Variant().type(), VT_NULL);
     EXPECT_TRUE(Variant().isNull());
 }
 
-TEST(Variant, CopiesTextsDeeply)
+TEST(Variant, Text_isCopiedDeeply)
 {
     const Variant original = Variant::ofText(L"one");
     Variant copy = original;
@@ -21,7 +21,7 @@ TEST(Variant, CopiesTextsDeeply)
     EXPECT_EQ(viewOf(original.get().bstrVal), L"one");
 }
 
-TEST(Variant, KeepsTheElementsOfAnArrayInOrder)
+TEST(Variant, Array_keepsTheOrderOfItsElements)
 {
     const Variant array = Variant::ofArray(VT_I4, {Variant::ofLong(3), Variant::ofLong(-1)});
     EXPECT_EQ(array.type(), VT_ARRAY | VT_I4);
@@ -31,7 +31,7 @@ TEST(Variant, KeepsTheElementsOfAnArrayInOrder)
     EXPECT_EQ(elements[1].get().lVal, -1);
 }
 
-TEST(Variant, ReadsTheArrayOfTextsThatIsEmptyOrMissing)
+TEST(Variant, Array_emptyOrMissing_hasNoElements)
 {
     EXPECT_TRUE(elementsOf(Variant::ofTexts({}).get()).empty());
     VARIANT missing;
@@ -41,7 +41,7 @@ TEST(Variant, ReadsTheArrayOfTextsThatIsEmptyOrMissing)
     EXPECT_TRUE(elementsOf(missing).empty());
 }
 
-TEST(Variant, ReadsAnArrayWhoseLowerBoundIsNotZero)
+TEST(Variant, Array_withAnotherLowerBound_isRead)
 {
     SAFEARRAYBOUND bound{2, 5};
     VARIANT array;
@@ -58,7 +58,7 @@ TEST(Variant, ReadsAnArrayWhoseLowerBoundIsNotZero)
     EXPECT_EQ(elements[1].get().lVal, 60);
 }
 
-TEST(Variant, ComparesTypeAndContent)
+TEST(Variant, Comparison_seesTypeAndContent)
 {
     EXPECT_TRUE(sameValue(Variant::ofTexts({L"a", L"b"}).get(), Variant::ofTexts({L"a", L"b"}).get()));
     EXPECT_FALSE(sameValue(Variant::ofTexts({L"a"}).get(), Variant::ofTexts({L"a", L"b"}).get()));
@@ -68,7 +68,7 @@ TEST(Variant, ComparesTypeAndContent)
     EXPECT_FALSE(sameValue(Variant().get(), Variant::ofLong(0).get()));
 }
 
-TEST(Variant, DetachLeavesNoValueBehind)
+TEST(Variant, Detach_leavesNoValue)
 {
     Variant text = Variant::ofText(L"gone");
     VARIANT taken = text.detach();

@@ -65,7 +65,7 @@ class ReturnValues : public InvokeTest, public testing::WithParamInterface<Retur
 {
 };
 
-TEST_P(ReturnValues, DecideTheExitCode)
+TEST_P(ReturnValues, ReturnValue_decidesTheExitCode)
 {
     returned = GetParam().value;
     EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Tilt"}), GetParam().exitCode);

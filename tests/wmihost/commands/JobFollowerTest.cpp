@@ -38,7 +38,7 @@ protected:
     std::deque<State> states;
 };
 
-TEST_F(JobFollowerTest, EachChangeIsALineAndTheEndIsTheResult)
+TEST_F(JobFollowerTest, Change_isALine_andTheEndTheResult)
 {
     states = {{4, 0}, {4, 0}, {4, 50}, {7, 100}};
     EXPECT_EQ(start(), 0);
@@ -47,7 +47,7 @@ TEST_F(JobFollowerTest, EachChangeIsALineAndTheEndIsTheResult)
     EXPECT_TRUE(states.empty());
 }
 
-TEST_F(JobFollowerTest, AJobThatDoesNotCompleteIsAFailure)
+TEST_F(JobFollowerTest, Job_notCompleted_isAFailure)
 {
     states = {{4, 10}, {10, 10}};
     EXPECT_EQ(start(), 1);
@@ -66,7 +66,7 @@ TEST_F(JobFollowerTest, Json_isPureOnStandardOutput)
     EXPECT_EQ(error, "");
 }
 
-TEST_F(JobFollowerTest, AJobThatDisappearsIsAFailure)
+TEST_F(JobFollowerTest, Job_thatDisappears_isAFailure)
 {
     states = {{4, 10}};
     EXPECT_EQ(start(), 1);
@@ -78,7 +78,7 @@ TEST_F(JobFollowerTest, AJobThatDisappearsIsAFailure)
               "  Try: list the class to see the paths and names that exist\n");
 }
 
-TEST_F(JobFollowerTest, WithoutWaitNobodyLooksAtTheJob)
+TEST_F(JobFollowerTest, Job_withoutWait_isNotRead)
 {
     EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start"}), 0);
     EXPECT_EQ(out, outputTable);

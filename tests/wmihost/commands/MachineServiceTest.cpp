@@ -179,7 +179,7 @@ class SharedQueries : public MachineServiceTest, public testing::WithParamInterf
 {
 };
 
-TEST_P(SharedQueries, AreAnsweredAlike)
+TEST_P(SharedQueries, Query_isAnsweredAlike)
 {
     const Json theirs = ask({"query", GetParam().text});
     ASSERT_TRUE(theirs.is_array()) << error;

@@ -30,7 +30,7 @@ protected:
     HRESULT status = 0;
 };
 
-TEST_F(RequestsTest, AGetBringsOneObjectOrFails)
+TEST_F(RequestsTest, Get_bringsOneObjectOrFails)
 {
     EXPECT_TRUE(getInstance(workspace, one, options));
     behaviour.get = [](IWbemServices&, std::wstring_view, IWbemObjectSink* sink) { return finish(sink); };
@@ -44,7 +44,7 @@ TEST_F(RequestsTest, AGetBringsOneObjectOrFails)
     EXPECT_EQ(failureOf([&] { getInstance(workspace, one, options); }), "the provider delivered 2 objects, not one");
 }
 
-TEST_F(RequestsTest, ASuccessCodeIsNoFailure)
+TEST_F(RequestsTest, SuccessCode_isNoFailure)
 {
     behaviour.enumerate = [](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
         deliver(ns, sink, L"one", 2);
@@ -117,7 +117,7 @@ TEST_F(RequestsTest, Assignment_isReadByThePropertysType)
     EXPECT_EQ(status, code(WBEM_E_READ_ONLY));
 }
 
-TEST_F(RequestsTest, AMethodWithoutInputsTakesNone)
+TEST_F(RequestsTest, Method_withoutInputs_takesNone)
 {
     const Method& rest = *thing.definition->findMethod(L"Rest");
     EXPECT_EQ(failureOf([&] {

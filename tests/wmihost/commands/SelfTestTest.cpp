@@ -167,7 +167,7 @@ class BadProviders : public SelfTestTest, public testing::WithParamInterface<Bad
 {
 };
 
-TEST_P(BadProviders, FailTheStep)
+TEST_P(BadProviders, BadProvider_failsTheStep)
 {
     GetParam().spoil(*this);
     expectSession(std::string("commands/self-test/") + GetParam().name + ".session");

@@ -114,7 +114,7 @@ class RefusedCalls : public ServiceTest, public testing::WithParamInterface<Refu
 };
 
 // If the service refuses an asynchronous call, it is made synchronously. A refused synchronous call fails the command.
-TEST_P(RefusedCalls, FallBackOrFail)
+TEST_P(RefusedCalls, RefusedCall_fallsBackOrFails)
 {
     const std::string operation = GetParam().operation;
     service.refused = {operation, operation + "Async"};

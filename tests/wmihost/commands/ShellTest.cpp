@@ -10,7 +10,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-TEST(SplitWords, BlanksSeparate)
+TEST(SplitWords, Blanks_separateWords)
 {
     EXPECT_EQ(splitWords("  list\tFake_Thing  -f json\r"), (Words{"list", "Fake_Thing", "-f", "json"}));
     EXPECT_EQ(splitWords(""), Words());

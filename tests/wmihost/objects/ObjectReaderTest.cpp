@@ -16,7 +16,7 @@ protected:
     const ComPtr<IWbemClassObject> object = instanceOf(repository, L"A");
 };
 
-TEST_F(ObjectReaderTest, ReadsThePropertiesInOrderWithoutTheSystems)
+TEST_F(ObjectReaderTest, Properties_areReadInOrder_withoutTheSystems)
 {
     put(object, L"Name", Variant::ofText(L"n"));
     std::vector<NamedValue> properties;
@@ -29,7 +29,7 @@ TEST_F(ObjectReaderTest, ReadsThePropertiesInOrderWithoutTheSystems)
     EXPECT_TRUE(properties[1].value.isNull());
 }
 
-TEST_F(ObjectReaderTest, LeavesAnEnumerationUnderWayAlone)
+TEST_F(ObjectReaderTest, EnumerationUnderWay_isLeftAlone)
 {
     ASSERT_EQ(object->BeginEnumeration(WBEM_FLAG_NONSYSTEM_ONLY), 0);
     ASSERT_EQ(object->Next(0, nullptr, nullptr, nullptr, nullptr), 0);
@@ -41,7 +41,7 @@ TEST_F(ObjectReaderTest, LeavesAnEnumerationUnderWayAlone)
     EXPECT_EQ(next.view(), L"Large");
 }
 
-TEST_F(ObjectReaderTest, ReadsSinglePropertiesAsValueAndAsText)
+TEST_F(ObjectReaderTest, Property_isReadAsValueAndAsText)
 {
     put(object, L"Number", Variant::ofLong(-1));
     put(object, L"Flag", Variant::ofBool(true));
@@ -51,7 +51,7 @@ TEST_F(ObjectReaderTest, ReadsSinglePropertiesAsValueAndAsText)
     EXPECT_EQ(textOf(*object.get(), L"__CLASS"), L"A");
 }
 
-TEST_F(ObjectReaderTest, WhatIsNotThereHasNoValue)
+TEST_F(ObjectReaderTest, MissingProperty_hasNoValue)
 {
     EXPECT_TRUE(valueOf(*object.get(), L"Nope").isNull());
     EXPECT_EQ(textOf(*object.get(), L"Nope"), L"");

@@ -21,7 +21,7 @@ protected:
     LONG flavor = -1;
 };
 
-TEST_F(QualifierSetTest, GetFindsANameWithoutCase)
+TEST_F(QualifierSetTest, Get_findsANameWithoutCase)
 {
     EXPECT_EQ(set->Get(L"SECOND", 0, value.put(), &flavor), OK);
     EXPECT_EQ(viewOf(value.get().bstrVal), L"text");
@@ -29,14 +29,14 @@ TEST_F(QualifierSetTest, GetFindsANameWithoutCase)
     EXPECT_EQ(set->Get(L"first", 0, nullptr, nullptr), OK);
 }
 
-TEST_F(QualifierSetTest, GetRefusesWhatItDoesNotKnow)
+TEST_F(QualifierSetTest, Get_ofAnUnknownName_isRefused)
 {
     EXPECT_EQ(set->Get(L"third", 0, value.put(), nullptr), code(WBEM_E_NOT_FOUND));
     EXPECT_EQ(set->Get(nullptr, 0, value.put(), nullptr), code(WBEM_E_INVALID_PARAMETER));
     EXPECT_EQ(set->Get(L"first", 1, value.put(), nullptr), code(WBEM_E_INVALID_PARAMETER));
 }
 
-TEST_F(QualifierSetTest, EnumeratesByOrigin)
+TEST_F(QualifierSetTest, Enumeration_selectsByOrigin)
 {
     EXPECT_EQ(set->Next(0, nullptr, nullptr, nullptr), code(WBEM_E_UNEXPECTED));
     ASSERT_EQ(set->BeginEnumeration(WBEM_FLAG_PROPAGATED_ONLY), OK);
@@ -52,7 +52,7 @@ TEST_F(QualifierSetTest, EnumeratesByOrigin)
     EXPECT_EQ(set->BeginEnumeration(WBEM_FLAG_KEYS_ONLY), code(WBEM_E_INVALID_PARAMETER));
 }
 
-TEST_F(QualifierSetTest, NamesAreAnArrayOfTexts)
+TEST_F(QualifierSetTest, GetNames_deliversAnArrayOfTexts)
 {
     VARIANT* slot = value.put();
     ASSERT_EQ(set->GetNames(0, &slot->parray), OK);
@@ -61,14 +61,14 @@ TEST_F(QualifierSetTest, NamesAreAnArrayOfTexts)
     EXPECT_EQ(set->GetNames(0, nullptr), code(WBEM_E_INVALID_PARAMETER));
 }
 
-TEST_F(QualifierSetTest, ChangesAreNotSupported)
+TEST_F(QualifierSetTest, Change_isNotSupported)
 {
     EXPECT_EQ(set->Put(L"first", value.in(), 0), code(WBEM_E_NOT_SUPPORTED));
     EXPECT_EQ(set->Delete(L"first"), code(WBEM_E_NOT_SUPPORTED));
     EXPECT_EQ(set->Get(L"first", 0, value.put(), nullptr), OK);
 }
 
-TEST(QualifierSetOfObjects, AnInstanceShowsWhatPropagatesToIt)
+TEST(QualifierSetOfObjects, Instance_showsWhatPropagatesToIt)
 {
     const ClassRepository repository =
         compiled("[A: ToInstance, B] class C { [key, Description(\"d\")] string Name; };");

@@ -28,7 +28,7 @@ class Coerce : public testing::TestWithParam<CoerceRow>
 {
 };
 
-TEST_P(Coerce, StoresWhatWmiStores)
+TEST_P(Coerce, Value_isStoredLikeWmiDoes)
 {
     const CoerceRow& row = GetParam();
     const auto stored = coerce(row.given.get(), row.type);
@@ -85,7 +85,7 @@ const std::vector<CoerceRow>& coerceRows()
 
 INSTANTIATE_TEST_SUITE_P(Table, Coerce, testing::ValuesIn(coerceRows()), rowName);
 
-TEST(CimType, KnowsTypesByNameWithoutCase)
+TEST(CimType, Type_isKnownByNameWithoutCase)
 {
     ASSERT_NE(findCimType(L"UINT16"), nullptr);
     EXPECT_EQ(findCimType(L"uint16")->type, CIM_UINT16);
@@ -184,7 +184,7 @@ TEST(CimType, Reals_areWrittenInTheFewestDigits)
     EXPECT_THROW(valueFromText(L"nan", CIM_REAL64), ValueError);
 }
 
-TEST(CimType, ReadsAUsersTextByType)
+TEST(CimType, UsersText_isReadByType)
 {
     EXPECT_EQ(valueFromText(L"255", CIM_UINT8).get().bVal, 255);
     EXPECT_EQ(valueFromText(L"0x10", CIM_UINT16).get().lVal, 16);
@@ -206,7 +206,7 @@ std::string complaint(const wchar_t* text, CIMTYPE type)
     return "no complaint";
 }
 
-TEST(CimType, SaysWhichValuesThereAre)
+TEST(CimType, Refusal_saysWhichValuesThereAre)
 {
     EXPECT_EQ(complaint(L"256", CIM_UINT8), "'256' is no uint8: a whole number from 0 to 255");
     EXPECT_EQ(complaint(L"-129", CIM_SINT8), "'-129' is no sint8: a whole number from -128 to 127");
@@ -219,7 +219,7 @@ TEST(CimType, SaysWhichValuesThereAre)
     EXPECT_EQ(complaint(L"x", CIM_OBJECT), "'x' is no value that can be given as text");
 }
 
-TEST(CimType, TakesBothFormsOfADatetime)
+TEST(CimType, Datetime_hasTwoForms)
 {
     EXPECT_FALSE(valueFromText(L"20261121094145.000000+000", CIM_DATETIME).isNull());
     EXPECT_FALSE(valueFromText(L"00000001010101.000000:000", CIM_DATETIME).isNull());

@@ -26,7 +26,7 @@ std::vector<std::wstring> namesOf(const Qualifiers& qualifiers)
     return names;
 }
 
-TEST(ClassDefinition, FindsQualifiersWithoutCase)
+TEST(ClassDefinition, Qualifier_isFoundWithoutCase)
 {
     ASSERT_NE(findQualifier(sample(), L"plain"), nullptr);
     EXPECT_EQ(findQualifier(sample(), L"Other"), nullptr);
@@ -37,7 +37,7 @@ TEST(ClassDefinition, FindsQualifiersWithoutCase)
     EXPECT_EQ(qualifierText(sample(), L"Yes"), L"");
 }
 
-TEST(ClassDefinition, QualifiersGoWhereTheirFlavorSendsThem)
+TEST(ClassDefinition, Qualifier_propagatesByItsFlavor)
 {
     EXPECT_EQ(namesOf(propagated(sample(), TO_DERIVED)), (std::vector<std::wstring>{L"Yes", L"No"}));
     EXPECT_EQ(namesOf(propagated(sample(), TO_INSTANCE)), (std::vector<std::wstring>{L"No"}));
@@ -45,7 +45,7 @@ TEST(ClassDefinition, QualifiersGoWhereTheirFlavorSendsThem)
               TO_INSTANCE | TO_DERIVED | WBEM_FLAVOR_ORIGIN_PROPAGATED);
 }
 
-TEST(ClassDefinition, TheTypeQualifierNamesTheClassOfAReference)
+TEST(ClassDefinition, TypeOfAReference_namesItsClass)
 {
     EXPECT_EQ(qualifierText(standardQualifiers(CIM_REFERENCE, L"A"), L"CIMTYPE"), L"ref:A");
     EXPECT_EQ(qualifierText(standardQualifiers(CIM_UINT16 | CIM_FLAG_ARRAY, L""), L"CIMTYPE"), L"uint16");
@@ -57,7 +57,7 @@ class Middle : Base { uint16 Count = 6; };
 class Last : Middle { };
 )";
 
-TEST(ClassDefinition, FindsMembersWithoutCase)
+TEST(ClassDefinition, Member_isFoundWithoutCase)
 {
     const ClassRepository repository = compiled(MOF);
     const ClassDefinition& last = *classIn(repository, L"Last");
@@ -71,7 +71,7 @@ TEST(ClassDefinition, FindsMembersWithoutCase)
     EXPECT_FALSE(classIn(repository, L"Base")->inheritsFrom(L"Middle"));
 }
 
-TEST(ClassDefinition, AnOverridingPropertyKnowsWhatItOverrides)
+TEST(ClassDefinition, Override_knowsWhatItOverrides)
 {
     const ClassRepository repository = compiled(MOF);
     const Property* overriding = classIn(repository, L"Middle")->findProperty(L"Count");
@@ -85,7 +85,7 @@ TEST(ClassDefinition, AnOverridingPropertyKnowsWhatItOverrides)
     EXPECT_FALSE(inherited->local);
 }
 
-TEST(ClassDefinition, AnInstanceStartsWithTheDefaults)
+TEST(ClassDefinition, NewInstance_hasTheDefaults)
 {
     const ClassRepository repository = compiled(MOF);
     const InstanceData data(classIn(repository, L"Middle"));

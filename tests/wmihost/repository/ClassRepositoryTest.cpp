@@ -7,7 +7,7 @@
 namespace wmihost {
 namespace {
 
-TEST(ClassRepository, NamesOfNamespacesHaveManySpellings)
+TEST(ClassRepository, Namespace_hasManySpellings)
 {
     EXPECT_EQ(ClassRepository::plainName(L"\\\\.\\root\\a"), L"root\\a");
     EXPECT_EQ(ClassRepository::plainName(L"//server/root/a"), L"root\\a");
@@ -16,7 +16,7 @@ TEST(ClassRepository, NamesOfNamespacesHaveManySpellings)
     EXPECT_EQ(ClassRepository::plainName(L""), L"");
 }
 
-TEST(ClassRepository, OpensANamespaceOnce)
+TEST(ClassRepository, Namespace_isOpenedOnce)
 {
     ClassRepository repository;
     Namespace& first = repository.openNamespace(L"root\\a");
@@ -40,7 +40,7 @@ TEST(ClassRepository, NewNamespace_hasTheRegistrationClasses)
     EXPECT_TRUE(created.findClass(L"__Win32Provider")->findProperty(L"Name")->isKey());
 }
 
-TEST(ClassRepository, AClassOfTheSameNameReplacesTheFirst)
+TEST(ClassRepository, ClassOfTheSameName_replacesTheFirst)
 {
     const ClassRepository repository =
         compiled("class A { string First; };\nclass B { };\nclass a { string Second; };");

@@ -9,7 +9,7 @@
 namespace wmihost {
 namespace {
 
-TEST(ObjectPath, ReadsTheFormsOfAPath)
+TEST(ObjectPath, Path_isReadInEachForm)
 {
     const ObjectPath relative = ObjectPath::parse(L"Class.Key=\"v\"");
     EXPECT_EQ(relative.className, L"Class");
@@ -46,7 +46,7 @@ class BadPaths : public testing::TestWithParam<BadPath>
 {
 };
 
-TEST_P(BadPaths, AreRefusedWithTheirMessage)
+TEST_P(BadPaths, Path_isRefusedWithItsMessage)
 {
     try {
         ObjectPath::parse(GetParam().text);
@@ -102,7 +102,7 @@ class Alone { [key] string Name; };
 [singleton] class Single { string Text; };
 )";
 
-TEST(ObjectPath, RendersKeysInTheOrderOfTheirNames)
+TEST(ObjectPath, Keys_areRenderedInOrderOfNames)
 {
     const ClassRepository repository = compiled(MOF);
     InstanceData data(classIn(repository, L"Keys"));
@@ -111,20 +111,20 @@ TEST(ObjectPath, RendersKeysInTheOrderOfTheirNames)
     EXPECT_EQ(relativePath(*data.definition, data.values), L"Keys.Flag=TRUE,Large=5,Number=4294967295,Text=\"t\"");
 }
 
-TEST(ObjectPath, RendersASingleton)
+TEST(ObjectPath, Singleton_isRendered)
 {
     const ClassRepository repository = compiled(MOF);
     const InstanceData data(classIn(repository, L"Single"));
     EXPECT_EQ(relativePath(*data.definition, data.values), L"Single=@");
 }
 
-TEST(ObjectPath, AFullPathNamesServerAndNamespace)
+TEST(ObjectPath, FullPath_namesServerAndNamespace)
 {
     EXPECT_EQ(fullPath(L"root\\test", L"A.k=1"), L"\\\\" + serverName() + L"\\root\\test:A.k=1");
 }
 
 // No values with a comma between the quotes, because Wine 8's parser takes it for the end of the key.
-TEST(ObjectPath, ThePlatformParsesWhatIsRendered)
+TEST(ObjectPath, RenderedPath_isParsedByThePlatform)
 {
     const ComApartment apartment;
     const ClassRepository repository =

@@ -26,7 +26,7 @@ std::wstring lineage(const Namespace& nameSpace, std::wstring_view name)
     return text;
 }
 
-TEST_F(SystemClassesTest, StandInTheirHierarchy)
+TEST_F(SystemClassesTest, Classes_standInTheirHierarchy)
 {
     for (const wchar_t* expected :
          {L"__NAMESPACE : __SystemClass", L"__PARAMETERS", L"__Win32Provider : __Provider : __SystemClass",
@@ -50,7 +50,7 @@ TEST_F(SystemClassesTest, StandInTheirHierarchy)
     }
 }
 
-TEST_F(SystemClassesTest, NameTheirSuperclassesAndTheirNamespace)
+TEST_F(SystemClassesTest, Classes_nameSuperclassAndNamespace)
 {
     EXPECT_EQ(nameSpace.classes().size(), 51U);
     for (const ClassPointer& definition : nameSpace.classes()) {
@@ -64,14 +64,14 @@ TEST_F(SystemClassesTest, NameTheirSuperclassesAndTheirNamespace)
     }
 }
 
-TEST_F(SystemClassesTest, HaveTheKeysByWhichTheyAreFound)
+TEST_F(SystemClassesTest, Classes_haveTheirKeys)
 {
     EXPECT_TRUE(nameSpace.findClass(L"__Win32Provider")->findProperty(L"Name")->isKey());
     EXPECT_TRUE(nameSpace.findClass(L"__MethodProviderRegistration")->findProperty(L"Provider")->isKey());
     EXPECT_TRUE(nameSpace.findClass(L"__NAMESPACE")->findProperty(L"Name")->isKey());
 }
 
-TEST_F(SystemClassesTest, AProviderSupportsOnlyWhatItsRegistrationSays)
+TEST_F(SystemClassesTest, Registration_supportsOnlyWhatItSays)
 {
     EXPECT_EQ(classText(*nameSpace.findClass(L"__ObjectProviderRegistration"), false),
               L"class __ObjectProviderRegistration : __ProviderRegistration\n"

@@ -10,7 +10,7 @@
 namespace wmihost {
 namespace {
 
-TEST(ProviderRegistration, ComesFromTheInstancesOfTheNamespace)
+TEST(ProviderRegistration, Registration_isReadFromTheNamespace)
 {
     const ClassRepository repository = compiled(FAKE_MOF);
     const auto found = findRegistration(*repository.findNamespace(L"root\\test"), *classIn(repository, L"Fake_Thing"));
@@ -35,18 +35,18 @@ void expectRefusal(const char* mof, const wchar_t* className, HRESULT status, co
     }
 }
 
-TEST(ProviderRegistration, AClassOfAnUnregisteredProviderIsRefused)
+TEST(ProviderRegistration, Provider_notRegistered_isRefused)
 {
     expectRefusal(FAKE_MOF, L"Fake_Stray", code(WBEM_E_PROVIDER_NOT_FOUND),
                   "the provider AbsentProvider of the class Fake_Stray is not registered in root\\test");
 }
 
-TEST(ProviderRegistration, AClassWithoutAProviderIsRefused)
+TEST(ProviderRegistration, Class_withoutAProvider_isRefused)
 {
     expectRefusal(FAKE_MOF, L"Fake_Orphan", code(WBEM_E_PROVIDER_NOT_FOUND), "the class Fake_Orphan names no provider");
 }
 
-TEST(ProviderRegistration, ARegistrationWithoutAClassIdIsRefused)
+TEST(ProviderRegistration, Registration_withoutAClassId_isRefused)
 {
     expectRefusal("instance of __Win32Provider { Name = \"P\"; CLSID = \"none\"; };\n[provider(\"P\")] class C { };",
                   L"C", code(WBEM_E_INVALID_PROVIDER_REGISTRATION),

@@ -55,7 +55,7 @@ protected:
     const RequestOptions options;
 };
 
-TEST_F(ProviderSessionTest, InitialisesTheProviderWithItsNamespace)
+TEST_F(ProviderSessionTest, Provider_isStartedWithItsNamespace)
 {
     const ProviderSession session = open();
     EXPECT_EQ(behaviour.nameSpace, L"root\\test");
@@ -63,7 +63,7 @@ TEST_F(ProviderSessionTest, InitialisesTheProviderWithItsNamespace)
     EXPECT_EQ(behaviour.alive, 1);
 }
 
-TEST_F(ProviderSessionTest, ReleasesTheProviderWhenItEnds)
+TEST_F(ProviderSessionTest, Provider_isReleasedAtTheEnd)
 {
     {
         const ProviderSession session = open();
@@ -71,7 +71,7 @@ TEST_F(ProviderSessionTest, ReleasesTheProviderWhenItEnds)
     EXPECT_EQ(behaviour.alive, 0);
 }
 
-TEST_F(ProviderSessionTest, AProviderThatReportsAFailureDoesNotStart)
+TEST_F(ProviderSessionTest, Provider_thatReportsAFailure_isNotUsed)
 {
     behaviour.initStatus = code(WBEM_E_FAILED);
     expectNoStart(code(WBEM_E_INITIALIZATION_FAILURE),
@@ -79,14 +79,14 @@ TEST_F(ProviderSessionTest, AProviderThatReportsAFailureDoesNotStart)
     EXPECT_EQ(behaviour.alive, 0);
 }
 
-TEST_F(ProviderSessionTest, AProviderThatReturnsAFailureDoesNotStart)
+TEST_F(ProviderSessionTest, Provider_thatReturnsAFailure_isNotUsed)
 {
     behaviour.returnedByInitialize = E_FAIL;
     expectNoStart(code(WBEM_E_INITIALIZATION_FAILURE),
                   "the provider FakeProvider did not start: E_FAIL (0x80004005): something failed");
 }
 
-TEST_F(ProviderSessionTest, AProviderThatNeverReportsDoesNotStart)
+TEST_F(ProviderSessionTest, Provider_thatNeverReports_isNotUsed)
 {
     behaviour.initStatus.reset();
     expectNoStart(code(WBEM_E_INITIALIZATION_FAILURE),
@@ -94,7 +94,7 @@ TEST_F(ProviderSessionTest, AProviderThatNeverReportsDoesNotStart)
                   "could not start");
 }
 
-TEST_F(ProviderSessionTest, EnumerationDeliversObjectsInOrderAndProgress)
+TEST_F(ProviderSessionTest, Enumeration_keepsOrder_andReportsProgress)
 {
     behaviour.enumerate = [](IWbemServices& ns, std::wstring_view name, IWbemContext* context, IWbemObjectSink* sink) {
         EXPECT_EQ(name, L"Fake_Thing");
@@ -118,7 +118,7 @@ TEST_F(ProviderSessionTest, EnumerationDeliversObjectsInOrderAndProgress)
     EXPECT_EQ(progress, (std::vector<std::pair<unsigned, unsigned>>{{2, 0}, {2, 1}}));
 }
 
-TEST_F(ProviderSessionTest, TheReportedStatusCountsMoreThanTheReturnedOne)
+TEST_F(ProviderSessionTest, ReportedStatus_winsOverTheReturnedOne)
 {
     behaviour.get = [](IWbemServices&, std::wstring_view, IWbemObjectSink* sink) {
         sink->SetStatus(WBEM_STATUS_COMPLETE, code(WBEM_E_NOT_FOUND), nullptr, nullptr);
@@ -127,20 +127,20 @@ TEST_F(ProviderSessionTest, TheReportedStatusCountsMoreThanTheReturnedOne)
     EXPECT_EQ(open().get(L"Fake_Thing.Name=\"x\"", options).status, code(WBEM_E_NOT_FOUND));
 }
 
-TEST_F(ProviderSessionTest, ARefusalWithoutAReportIsTheReturnedStatus)
+TEST_F(ProviderSessionTest, Refusal_withoutAReport_isTheReturnedOne)
 {
     behaviour.put = [](IWbemClassObject*, LONG, IWbemObjectSink*) { return code(WBEM_E_PROVIDER_NOT_CAPABLE); };
     EXPECT_EQ(open().put(instanceOf(repository, L"Fake_Thing").get(), options).status,
               code(WBEM_E_PROVIDER_NOT_CAPABLE));
 }
 
-TEST_F(ProviderSessionTest, SuccessWithoutAReportIsAFailureOfTheProvider)
+TEST_F(ProviderSessionTest, Success_withoutAReport_isAFailure)
 {
     behaviour.get = [](IWbemServices&, std::wstring_view, IWbemObjectSink*) { return HRESULT{0}; };
     EXPECT_EQ(open().get(L"Fake_Thing.Name=\"x\"", options).status, code(WBEM_E_PROVIDER_FAILURE));
 }
 
-TEST_F(ProviderSessionTest, APutIsAnUpdate)
+TEST_F(ProviderSessionTest, Put_isAnUpdate)
 {
     LONG seen = -1;
     behaviour.put = [&seen](IWbemClassObject*, LONG flags, IWbemObjectSink* sink) {
@@ -151,7 +151,7 @@ TEST_F(ProviderSessionTest, APutIsAnUpdate)
     EXPECT_EQ(seen, WBEM_FLAG_UPDATE_ONLY);
 }
 
-TEST_F(ProviderSessionTest, WhatTheRegistrationDoesNotPromiseIsNotAsked)
+TEST_F(ProviderSessionTest, Operation_notRegistered_isNotAsked)
 {
     bool asked = false;
     behaviour.remove = [&asked](std::wstring_view, IWbemObjectSink*) {
@@ -162,7 +162,7 @@ TEST_F(ProviderSessionTest, WhatTheRegistrationDoesNotPromiseIsNotAsked)
     EXPECT_FALSE(asked);
 }
 
-TEST_F(ProviderSessionTest, EscapingExceptionsAreFailuresOfTheRequestOnly)
+TEST_F(ProviderSessionTest, Exception_failsTheRequestAlone)
 {
     const ProviderSession session = open();
     const auto exceptionOf = [&](const std::function<void()>& thrower) {
@@ -181,7 +181,7 @@ TEST_F(ProviderSessionTest, EscapingExceptionsAreFailuresOfTheRequestOnly)
     EXPECT_EQ(exceptionOf([] { throw 7; }), "an exception of unknown type");
 }
 
-TEST_F(ProviderSessionTest, ARequestIsOverOnlyWhenTheSinkIsReleased)
+TEST_F(ProviderSessionTest, Request_endsWithTheSinksRelease)
 {
     std::jthread worker;
     behaviour.enumerate = [&worker](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {

@@ -43,7 +43,7 @@ protected:
     Workspace workspace{file};
 };
 
-TEST_F(WorkspaceTest, FindsAClassWhereverItIsOrWhereItIsToldTo)
+TEST_F(WorkspaceTest, Class_isFoundInAnyOrTheNamedNamespace)
 {
     EXPECT_EQ(workspace.findClass(L"pair", L"").nameSpace, L"root\\test");
     EXPECT_EQ(workspace.findClass(L"Pair", L"root/other").nameSpace, L"root\\other");
@@ -52,7 +52,7 @@ TEST_F(WorkspaceTest, FindsAClassWhereverItIsOrWhereItIsToldTo)
     EXPECT_EQ(statusOf([&] { workspace.findClass(L"Pair", L"root\\none"); }), code(WBEM_E_INVALID_NAMESPACE));
 }
 
-TEST_F(WorkspaceTest, PassesAPathOnAsItWasGiven)
+TEST_F(WorkspaceTest, Path_isPassedOnAsGiven)
 {
     const auto* const text = L"\\\\.\\root\\test:fake_thing.NAME=\"x\"";
     const InstanceTarget found = workspace.findInstance(text, L"");
@@ -61,14 +61,14 @@ TEST_F(WorkspaceTest, PassesAPathOnAsItWasGiven)
     EXPECT_EQ(workspace.findInstance(L"root\\other:Pair.C=\"x\"", L"root\\test").target.nameSpace, L"root\\other");
 }
 
-TEST_F(WorkspaceTest, WritesOutTheShortFormOfAPath)
+TEST_F(WorkspaceTest, ShortPath_isWrittenOut)
 {
     EXPECT_EQ(workspace.findInstance(L"Fake_Thing=\"a=b\"", L"").path, L"Fake_Thing.Name=\"a=b\"");
     EXPECT_EQ(statusOf([&] { workspace.findInstance(L"Pair=\"x\"", L"root\\test"); }),
               code(WBEM_E_INVALID_OBJECT_PATH));
 }
 
-TEST_F(WorkspaceTest, RefusesPathsThatLeadElsewhere)
+TEST_F(WorkspaceTest, Path_thatLeadsElsewhere_isRefused)
 {
     EXPECT_EQ(statusOf([&] { workspace.findInstance(L"\\\\far\\root\\test:Fake_Thing=\"x\"", L""); }),
               code(WBEM_E_TRANSPORT_FAILURE));
@@ -86,7 +86,7 @@ std::string reasonOf(const std::function<void()>& call)
     return "no refusal";
 }
 
-TEST_F(WorkspaceTest, SuggestsTheNameThatWasMeant)
+TEST_F(WorkspaceTest, MisspeltName_getsASuggestion)
 {
     EXPECT_EQ(reasonOf([&] { workspace.findClass(L"Fake_Thnig", L""); }),
               "the MOF declares no class Fake_Thnig; did you mean Fake_Thing?");
@@ -126,7 +126,7 @@ TEST_F(WorkspaceTest, Path_withoutAllItsKeys_isRefused)
               "the path lacks the key A; a path of the class Pair names each of A, B");
 }
 
-TEST_F(WorkspaceTest, StartsAProviderOnce)
+TEST_F(WorkspaceTest, Provider_isStartedOnce)
 {
     const ClassTarget target = workspace.findClass(L"Fake_Thing", L"");
     EXPECT_EQ(behaviour.alive, 0);

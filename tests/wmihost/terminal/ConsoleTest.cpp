@@ -9,7 +9,7 @@
 namespace wmihost {
 namespace {
 
-TEST(Console, AFileGetsTheBytesAsTheyAre)
+TEST(Console, File_getsTheBytesAsTheyAre)
 {
     const Redirected out(STD_OUTPUT_HANDLE);
     writeOut("gr\xC3\xBC\xC3\x9F\n");
@@ -18,7 +18,7 @@ TEST(Console, AFileGetsTheBytesAsTheyAre)
     EXPECT_EQ(out.text(), "gr\xC3\xBC\xC3\x9F\ntwo\nlines\r\n");
 }
 
-TEST(Console, ErrorsGoToStandardErrorAlone)
+TEST(Console, Error_goesToStandardErrorAlone)
 {
     const Redirected out(STD_OUTPUT_HANDLE);
     const Redirected error(STD_ERROR_HANDLE);
@@ -27,7 +27,7 @@ TEST(Console, ErrorsGoToStandardErrorAlone)
     EXPECT_EQ(out.text(), "");
 }
 
-TEST(Console, AFileIsNoTerminalAndItsLinesMayBeOfAnyLength)
+TEST(Console, File_isNoTerminal_andHasNoWidth)
 {
     const Redirected out(STD_OUTPUT_HANDLE);
     const Redirected error(STD_ERROR_HANDLE);
@@ -37,7 +37,7 @@ TEST(Console, AFileIsNoTerminalAndItsLinesMayBeOfAnyLength)
     EXPECT_EQ(lineWidth(), std::nullopt);
 }
 
-TEST(Console, TheEnvironmentMaySayHowLongALineIs)
+TEST(Console, Environment_setsTheLengthOfALine)
 {
     const Redirected out(STD_OUTPUT_HANDLE);
     _putenv("COLUMNS=72");
@@ -49,7 +49,7 @@ TEST(Console, TheEnvironmentMaySayHowLongALineIs)
     _putenv("COLUMNS=");
 }
 
-TEST(Console, AFileKeepsItsLines)
+TEST(Console, File_keepsItsLines)
 {
     const Redirected out(STD_OUTPUT_HANDLE);
     writeOut("one\ntwo\n");

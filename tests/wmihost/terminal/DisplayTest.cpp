@@ -25,14 +25,14 @@ protected:
         };)");
 };
 
-TEST_F(DisplayTest, UsesTheWordsOfAValueMap)
+TEST_F(DisplayTest, Value_hasTheWordOfItsMap)
 {
     EXPECT_EQ(shown(L"State", Variant::ofLong(2)), "Enabled");
     EXPECT_EQ(shown(L"State", Variant::ofLong(9)), "9");
     EXPECT_EQ(shown(L"States", Variant::ofArray(VT_I4, {Variant::ofLong(3), Variant::ofLong(7)})), "Disabled, 7");
 }
 
-TEST_F(DisplayTest, SpellsValuesForPeople)
+TEST_F(DisplayTest, Value_isSpelledForPeople)
 {
     EXPECT_EQ(shown(L"Speed", Variant::ofText(L"10000000000")), "10 Gbit/s");
     EXPECT_EQ(shown(L"Speed", Variant::ofText(L"0")), "0 bit/s");
@@ -49,7 +49,7 @@ TEST_F(DisplayTest, SpellsValuesForPeople)
     EXPECT_EQ(shown(L"Text", Variant()), "");
 }
 
-TEST_F(DisplayTest, KnowsWhatStandsToTheRight)
+TEST_F(DisplayTest, Numbers_standToTheRight)
 {
     const ClassPointer definition = classIn(repository, L"A");
     EXPECT_TRUE(isNumber(*definition->findProperty(L"Number")));
@@ -59,7 +59,7 @@ TEST_F(DisplayTest, KnowsWhatStandsToTheRight)
     EXPECT_FALSE(isNumber(*definition->findProperty(L"Text")));
 }
 
-TEST(Display, ShortensRates)
+TEST(Display, Rate_isShortened)
 {
     EXPECT_EQ(rateText(0, "B/s"), "0 B/s");
     EXPECT_EQ(rateText(999, "B/s"), "999 B/s");

@@ -5,7 +5,7 @@
 namespace wmihost {
 namespace {
 
-TEST(JsonOf, KeepsTheKindOfAValue)
+TEST(JsonOf, Value_keepsItsKind)
 {
     EXPECT_EQ(jsonOf(Variant().get(), CIM_STRING).dump(), "null");
     EXPECT_EQ(jsonOf(Variant::ofText(L"18446744073709551615").get(), CIM_UINT64).dump(), "18446744073709551615");
@@ -18,7 +18,7 @@ TEST(JsonOf, KeepsTheKindOfAValue)
     EXPECT_EQ(jsonOf(Variant::ofTexts({L"a", L"b"}).get(), CIM_STRING | CIM_FLAG_ARRAY).dump(), "[\"a\",\"b\"]");
 }
 
-TEST(JsonOf, AnyBooleanThatIsNotZeroIsTrue)
+TEST(JsonOf, Boolean_notZero_isTrue)
 {
     Variant one = Variant::ofBool(true);
     one.in()->boolVal = 1;

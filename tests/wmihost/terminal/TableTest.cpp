@@ -15,7 +15,7 @@ Table sample()
     return table;
 }
 
-TEST(Table, AlignsColumnsAndDropsTrailingBlanks)
+TEST(Table, Columns_areAligned_withoutTrailingBlanks)
 {
     EXPECT_EQ(sample().render(std::nullopt),
               "Name    Bytes  Description\n"
@@ -24,7 +24,7 @@ TEST(Table, AlignsColumnsAndDropsTrailingBlanks)
               "gr\xC3\xBC\xC3\x9F  1234567\n");
 }
 
-TEST(Table, CutsTheWidestColumnToFit)
+TEST(Table, WidestColumn_isCutToFit)
 {
     EXPECT_EQ(sample().render(30),
               "Name    Bytes  Description\n"
@@ -34,7 +34,7 @@ TEST(Table, CutsTheWidestColumnToFit)
     EXPECT_EQ(sample().hiddenColumns(30), Texts());
 }
 
-TEST(Table, LeavesColumnsOutThatWouldBecomeUnreadable)
+TEST(Table, UnreadableColumns_areLeftOut)
 {
     EXPECT_EQ(sample().render(20),
               "Name    Bytes\n"
@@ -54,7 +54,7 @@ Table wrapping()
     return table;
 }
 
-TEST(Table, AColumnThatWrapsGoesOnBelow)
+TEST(Table, WrappedColumn_goesOnBelow)
 {
     EXPECT_EQ(wrapping().render(30),
               "Name   Description\n"
@@ -68,7 +68,7 @@ TEST(Table, AColumnThatWrapsGoesOnBelow)
     EXPECT_EQ(wrapping().hiddenColumns(30), Texts());
 }
 
-TEST(Table, AColumnThatWrapsDoesSoOnlyWhereItMust)
+TEST(Table, WrappedColumn_breaksOnlyWhereItMust)
 {
     EXPECT_EQ(wrapping().render(std::nullopt),
               "Name   Description\n"
@@ -161,7 +161,7 @@ TEST(Table, Reference_thatWouldHideTheDifference_wraps)
               "aaaaaaaaaaaaaaab\n");
 }
 
-TEST(Table, WithoutRowsShowsItsHeadings)
+TEST(Table, Table_withoutRows_showsItsHeadings)
 {
     EXPECT_EQ(Table({{"A"}, {"Bc"}}).render(std::nullopt), "A  Bc\n-  --\n");
 }

@@ -7,7 +7,7 @@
 namespace wmihost {
 namespace {
 
-TEST(Text, ConvertsBetweenUtf8AndUtf16)
+TEST(Text, Utf8_becomesUtf16AndBack)
 {
     EXPECT_EQ(toWide("gr\xC3\xBC\xC3\x9F \xF0\x9F\x94\x8C"), L"gr\u00FC\u00DF \xD83D\xDD0C");
     EXPECT_EQ(toUtf8(L"gr\u00FC\u00DF \xD83D\xDD0C"), "gr\xC3\xBC\xC3\x9F \xF0\x9F\x94\x8C");
@@ -15,7 +15,7 @@ TEST(Text, ConvertsBetweenUtf8AndUtf16)
     EXPECT_EQ(toUtf8(L""), "");
 }
 
-TEST(Text, ComparesNamesWithoutCase)
+TEST(Text, Names_areComparedWithoutCase)
 {
     EXPECT_TRUE(sameName(L"InstanceID", L"instanceid"));
     EXPECT_FALSE(sameName(L"InstanceID", L"InstanceI"));
@@ -25,7 +25,7 @@ TEST(Text, ComparesNamesWithoutCase)
     EXPECT_FALSE(nameBefore(L"ABC", L"abc"));
 }
 
-TEST(Text, ReadsUnsignedNumbersInDecimalAndHexadecimal)
+TEST(Text, UnsignedNumber_isDecimalOrHexadecimal)
 {
     EXPECT_EQ(parseUnsigned(L"0"), 0ULL);
     EXPECT_EQ(parseUnsigned(L"007"), 7ULL);
@@ -36,7 +36,7 @@ TEST(Text, ReadsUnsignedNumbersInDecimalAndHexadecimal)
     }
 }
 
-TEST(Text, ReadsSignedNumbersUpToTheirLimits)
+TEST(Text, SignedNumber_isReadUpToItsLimits)
 {
     EXPECT_EQ(parseSigned(L"-9223372036854775808"), std::numeric_limits<long long>::min());
     EXPECT_EQ(parseSigned(L"9223372036854775807"), std::numeric_limits<long long>::max());

@@ -67,7 +67,7 @@ class ConditionCases : public ConditionTest, public testing::WithParamInterface<
 {
 };
 
-TEST_P(ConditionCases, AreDecidedAsDocumented)
+TEST_P(ConditionCases, Condition_isDecidedAsDocumented)
 {
     EXPECT_EQ(answer(GetParam().given), GetParam().expected);
 }
@@ -126,7 +126,7 @@ class Misfits : public ConditionTest, public testing::WithParamInterface<TextRow
 {
 };
 
-TEST_P(Misfits, AreRefusedBeforeAnythingIsAsked)
+TEST_P(Misfits, Condition_isRefusedBeforeAnyRequest)
 {
     try {
         answer(GetParam().given);

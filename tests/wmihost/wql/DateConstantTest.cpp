@@ -29,7 +29,7 @@ class DateCases : public testing::TestWithParam<DateCase>
 {
 };
 
-TEST_P(DateCases, NameAPointInTime)
+TEST_P(DateCases, Constant_isAPointInTime)
 {
     const auto point = pointInTime(GetParam().text);
     if (GetParam().datetime == nullptr) {

@@ -26,7 +26,7 @@ class LikeCases : public testing::TestWithParam<LikeCase>
 {
 };
 
-TEST_P(LikeCases, MatchAsDocumented)
+TEST_P(LikeCases, Pattern_matchesAsDocumented)
 {
     EXPECT_EQ(LikePattern(GetParam().pattern).matches(GetParam().text), GetParam().matches);
 }

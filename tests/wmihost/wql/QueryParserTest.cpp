@@ -91,7 +91,7 @@ class QueryCases : public testing::TestWithParam<TextRow>
 {
 };
 
-TEST_P(QueryCases, AreRead)
+TEST_P(QueryCases, Query_isRead)
 {
     EXPECT_EQ(textOf(GetParam().given), GetParam().expected);
 }
@@ -146,7 +146,7 @@ class BadQueries : public testing::TestWithParam<TextRow>
 {
 };
 
-TEST_P(BadQueries, NameThePlaceAndWhatWasExpected)
+TEST_P(BadQueries, Mistake_namesPlaceAndExpectation)
 {
     try {
         parseQuery(GetParam().given);
