@@ -87,7 +87,7 @@ TEST(LogTest, WithoutTheVariable_anErrorIsOneEvent)
     testing::internal::CaptureStderr();
     logOneOfEach();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_THAT(support::capturedSequence(), ElementsAre(std::string("event: ") + ERROR_LINE));
+    EXPECT_THAT(support::captured(""), ElementsAre(std::string("event: ") + ERROR_LINE));
     support::stopCapturing();
 }
 

@@ -6,38 +6,19 @@ namespace support {
 
 namespace {
 
-SECURITY_IMPERSONATION_LEVEL levelOf(ClientToken token)
+struct ScopedToken
 {
-    switch (token) {
-        case ClientToken::ANONYMOUS:
-            return SecurityAnonymous;
-        case ClientToken::IDENTIFICATION:
-            return SecurityIdentification;
-        case ClientToken::DELEGATION:
-            return SecurityDelegation;
-        default:
-            return SecurityImpersonation;
-    }
-}
-
-class ScopedToken
-{
-public:
     ScopedToken() = default;
     ScopedToken(const ScopedToken&) = delete;
     ScopedToken& operator=(const ScopedToken&) = delete;
     ~ScopedToken()
     {
-        if (m_token != nullptr) {
-            CloseHandle(m_token);
+        if (handle != nullptr) {
+            CloseHandle(handle);
         }
     }
 
-    HANDLE get() const noexcept { return m_token; }
-    HANDLE* out() noexcept { return &m_token; }
-
-private:
-    HANDLE m_token = nullptr;
+    HANDLE handle = nullptr;
 };
 
 }  // namespace
@@ -64,10 +45,10 @@ HRESULT CallContext::ImpersonateClient()
     }
     ScopedToken process;
     ScopedToken client;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, process.out()) ||
-        !DuplicateTokenEx(process.get(), TOKEN_QUERY | TOKEN_IMPERSONATE, nullptr, levelOf(m_token), TokenImpersonation,
-                          client.out()) ||
-        !SetThreadToken(nullptr, client.get()))
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &process.handle) ||
+        !DuplicateTokenEx(process.handle, TOKEN_QUERY | TOKEN_IMPERSONATE, nullptr,
+                          static_cast<SECURITY_IMPERSONATION_LEVEL>(m_token), TokenImpersonation, &client.handle) ||
+        !SetThreadToken(nullptr, client.handle))
     {
         return HRESULT_FROM_WIN32(GetLastError());
     }
@@ -88,7 +69,7 @@ BOOL CallContext::IsImpersonating()
 bool threadHasToken()
 {
     ScopedToken token;
-    return OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.out()) || GetLastError() != ERROR_NO_TOKEN;
+    return OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token.handle) || GetLastError() != ERROR_NO_TOKEN;
 }
 
 }  // namespace support

@@ -7,11 +7,11 @@ namespace support {
 // The token that a thread receives while it impersonates its client.
 enum class ClientToken
 {
-    NONE,
-    ANONYMOUS,
-    IDENTIFICATION,
-    IMPERSONATION,
-    DELEGATION
+    NONE = -1,
+    ANONYMOUS = SecurityAnonymous,
+    IDENTIFICATION = SecurityIdentification,
+    IMPERSONATION = SecurityImpersonation,
+    DELEGATION = SecurityDelegation
 };
 
 // While it lives, the calling thread serves a call whose client allows the given level. CoImpersonateClient gives the

@@ -9,12 +9,12 @@ namespace utils {
 
 void reportEvent(const std::string& line) noexcept
 {
-    support::captureEvent(line);
+    support::addToCaptured(support::EVENT, line);
 }
 
 void writeDebugger(const char* text) noexcept
 {
-    support::captureDebugger(text);
+    support::addToCaptured(support::DEBUGGER, text);
 }
 
 void writeStandardError(const char* line) noexcept

@@ -7,14 +7,14 @@ namespace support {
 
 void CallLog::add(std::string call)
 {
-    addToCaptured("call: " + call);
+    addToCaptured("call: ", call);
     m_calls.push_back(std::move(call));
 }
 
 void CallLog::noteReferences(const std::string& name, int count)
 {
     if (isCapturing()) {
-        addToCaptured("references: " + name + " " + std::to_string(count));
+        addToCaptured("references: ", name + " " + std::to_string(count));
     }
 }
 

@@ -19,8 +19,6 @@ public:
     // Records an AddRef, or a Release that is not the last (the last is a call). `count` references remain. Any thread.
     static void noteReferences(const std::string& name, int count);
 
-    const std::vector<std::string>& all() const noexcept { return m_calls; }
-
     // Returns the calls since the previous take().
     std::vector<std::string> take() { return std::exchange(m_calls, {}); }
 

@@ -21,7 +21,7 @@ BOOL WINAPI report(HANDLE /*source*/, WORD /*type*/, WORD /*category*/, DWORD /*
                    DWORD /*size*/, LPCSTR* texts, LPVOID /*data*/)
 {
     for (WORD i = 0; i < count; ++i) {
-        captureEvent(texts[i]);
+        addToCaptured(EVENT, texts[i]);
     }
     return TRUE;
 }
@@ -33,7 +33,7 @@ BOOL WINAPI closeSource(HANDLE /*source*/)
 
 void WINAPI print(LPCSTR text)
 {
-    captureDebugger(text);
+    addToCaptured(DEBUGGER, text);
 }
 
 struct SinkHooks

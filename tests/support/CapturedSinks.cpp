@@ -2,24 +2,21 @@
 
 #include <atomic>
 #include <mutex>
-#include <utility>
 
 namespace support {
 
 namespace {
 
-struct Captured
+struct State
 {
     std::mutex mutex;
     std::atomic<bool> on{false};
-    std::vector<std::string> events;
-    std::vector<std::string> debugger;
-    std::vector<std::string> sequence;
+    std::vector<std::string> entries;
 };
 
-Captured& captured()
+State& state()
 {
-    static Captured instance;
+    static State instance;
     return instance;
 }
 
@@ -28,71 +25,45 @@ Captured& captured()
 void startCapturing()
 {
     clearCaptured();
-    captured().on = true;
+    state().on = true;
     redirectSinks();
 }
 
 void stopCapturing()
 {
     restoreSinks();
-    captured().on = false;
+    state().on = false;
 }
 
 bool isCapturing()
 {
-    return captured().on;
+    return state().on;
 }
 
 void clearCaptured()
 {
-    const std::lock_guard guard(captured().mutex);
-    captured().events.clear();
-    captured().debugger.clear();
-    captured().sequence.clear();
+    const std::lock_guard guard(state().mutex);
+    state().entries.clear();
 }
 
-std::vector<std::string> capturedEvents()
-{
-    const std::lock_guard guard(captured().mutex);
-    return captured().events;
-}
-
-std::vector<std::string> capturedDebugger()
-{
-    const std::lock_guard guard(captured().mutex);
-    return captured().debugger;
-}
-
-std::vector<std::string> capturedSequence()
-{
-    const std::lock_guard guard(captured().mutex);
-    return captured().sequence;
-}
-
-void captureEvent(const std::string& line)
+void addToCaptured(std::string_view prefix, std::string_view text)
 {
     if (isCapturing()) {
-        const std::lock_guard guard(captured().mutex);
-        captured().events.push_back(line);
-        captured().sequence.push_back("event: " + line);
+        const std::lock_guard guard(state().mutex);
+        state().entries.emplace_back(prefix).append(text);
     }
 }
 
-void captureDebugger(const std::string& text)
+std::vector<std::string> captured(std::string_view prefix)
 {
-    if (isCapturing()) {
-        const std::lock_guard guard(captured().mutex);
-        captured().debugger.push_back(text);
-        captured().sequence.push_back("debugger: " + text);
+    const std::lock_guard guard(state().mutex);
+    std::vector<std::string> texts;
+    for (const std::string& entry : state().entries) {
+        if (entry.starts_with(prefix)) {
+            texts.push_back(entry.substr(prefix.size()));
+        }
     }
-}
-
-void addToCaptured(std::string entry)
-{
-    if (isCapturing()) {
-        const std::lock_guard guard(captured().mutex);
-        captured().sequence.push_back(std::move(entry));
-    }
+    return texts;
 }
 
 }  // namespace support

@@ -24,7 +24,7 @@ void write(void** slot, void* value)
     VirtualProtect(slot, sizeof *slot, protection, &protection);
 }
 
-std::vector<void**> findSlots(HMODULE module, const char* dll, const char* function)
+std::vector<void**> findSlots(HMODULE module, const char* function)
 {
     auto* const base = reinterpret_cast<std::byte*>(module);
     const auto* const headers = at<IMAGE_NT_HEADERS>(base, at<IMAGE_DOS_HEADER>(base, 0)->e_lfanew);
@@ -34,9 +34,6 @@ std::vector<void**> findSlots(HMODULE module, const char* dll, const char* funct
         return slots;
     }
     for (auto* import = at<IMAGE_IMPORT_DESCRIPTOR>(base, imports.VirtualAddress); import->Name != 0; ++import) {
-        if (dll != nullptr && lstrcmpiA(at<char>(base, import->Name), dll) != 0) {
-            continue;
-        }
         // Two parallel tables: the names as they were linked, and the addresses as they were loaded.
         const auto* name = at<IMAGE_THUNK_DATA>(base, import->OriginalFirstThunk);
         auto* address = at<IMAGE_THUNK_DATA>(base, import->FirstThunk);
@@ -53,9 +50,9 @@ std::vector<void**> findSlots(HMODULE module, const char* dll, const char* funct
 
 }  // namespace
 
-ImportHook::ImportHook(const char* function, void* replacement, HMODULE module, const char* dll)
+ImportHook::ImportHook(const char* function, void* replacement, HMODULE module)
 {
-    for (void** slot : findSlots(module != nullptr ? module : GetModuleHandleA(nullptr), dll, function)) {
+    for (void** slot : findSlots(module != nullptr ? module : GetModuleHandleA(nullptr), function)) {
         m_entries.push_back({slot, *slot});
         write(slot, replacement);
     }
@@ -66,7 +63,7 @@ ImportHook::ImportHook(const char* function, void* replacement, HMODULE module, 
 
 bool importsFunction(HMODULE module, const char* function)
 {
-    return !findSlots(module, nullptr, function).empty();
+    return !findSlots(module, function).empty();
 }
 
 ImportHook::~ImportHook()

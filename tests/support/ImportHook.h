@@ -19,13 +19,11 @@ namespace support {
 class ImportHook
 {
 public:
-    // `function` is the exact exported name. A null `module` means the program itself. A null `dll` matches every DLL;
-    // otherwise it is the DLL's file name, compared without case ("kernel32.dll").
+    // `function` is the exact exported name, of any DLL. A null `module` means the program itself.
     // Throws std::runtime_error when the module does not import it by that name.
     template <class Result, class... Arguments>
-    ImportHook(const char* function, Result (*replacement)(Arguments...), HMODULE module = nullptr,
-               const char* dll = nullptr)
-        : ImportHook(function, reinterpret_cast<void*>(replacement), module, dll)
+    ImportHook(const char* function, Result (*replacement)(Arguments...), HMODULE module = nullptr)
+        : ImportHook(function, reinterpret_cast<void*>(replacement), module)
     {
     }
 
@@ -52,7 +50,7 @@ private:
         void* original;
     };
 
-    ImportHook(const char* function, void* replacement, HMODULE module, const char* dll);
+    ImportHook(const char* function, void* replacement, HMODULE module);
 
     // There are several if the module imports the function from several DLLs.
     std::vector<Entry> m_entries;

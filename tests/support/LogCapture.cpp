@@ -42,27 +42,27 @@ LogCapture::~LogCapture()
 
 std::vector<std::string> LogCapture::events() const
 {
-    return capturedEvents();
+    return captured(EVENT);
 }
 
 std::vector<std::string> LogCapture::debugger() const
 {
-    return capturedDebugger();
+    return captured(DEBUGGER);
 }
 
 std::vector<std::string> LogCapture::sequence() const
 {
-    return capturedSequence();
+    return captured("");
 }
 
 std::vector<std::string> LogCapture::messages() const
 {
-    return reformat(capturedDebugger(), "$4|$1|$3|$5");
+    return reformat(captured(DEBUGGER), "$4|$1|$3|$5");
 }
 
 std::vector<std::string> LogCapture::numberedMessages() const
 {
-    return reformat(capturedDebugger(), "$4|$1:$2|$3|$5");
+    return reformat(captured(DEBUGGER), "$4|$1:$2|$3|$5");
 }
 
 void LogCapture::clear()
