@@ -69,24 +69,24 @@ private:
 
 }  // namespace
 
-TEST(EventMessages, idZeroRendersItsOneString)
+TEST(EventMessages, IdZero_rendersItsOneString)
 {
     EXPECT_EQ(render(0, "ZerixDRAVEv2: File:1:function: error: message"),
               "ZerixDRAVEv2: File:1:function: error: message\r\n");
 }
 
-TEST(EventMessages, aLineIsShownAsItStandsWhateverItContains)
+TEST(EventMessages, Line_withPercentSigns_isShownAsItIs)
 {
     EXPECT_EQ(render(0, "100%1 %n %%x\n"), "100%1 %n %%x\n\r\n");
 }
 
-TEST(EventMessages, noOtherIdHasAText)
+TEST(EventMessages, OtherId_hasNoText)
 {
     EXPECT_EQ(render(1, "message"), "");
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MR_MID_NOT_FOUND));
 }
 
-TEST_P(VersionResource, namesMakerProductAndVersion)
+TEST_P(VersionResource, Texts_nameMakerProductAndVersion)
 {
     EXPECT_EQ(text("CompanyName"), "Vexal");
     EXPECT_EQ(text("ProductName"), "DRAVEv2 Provider");
@@ -96,7 +96,7 @@ TEST_P(VersionResource, namesMakerProductAndVersion)
     EXPECT_EQ(text("FileDescription"), std::get<1>(GetParam()));
 }
 
-TEST_P(VersionResource, carriesTheVersionAsNumbersToo)
+TEST_P(VersionResource, Numbers_holdTheVersionToo)
 {
     const VS_FIXEDFILEINFO info = numbers();
     EXPECT_EQ(info.dwFileVersionMS, 0x00020000U);

@@ -32,6 +32,8 @@ NEEDED = {
     "ZerixSetupAction.exe": {"ADVAPI32.dll", "KERNEL32.dll", "msvcrt.dll"},
     "wmihost.exe": SYSTEM | {CPP_RUN_TIME},
 }
+# These throw and catch exceptions and allocate memory: each module has to share them.
+SHARED = {"__cxa_throw", "__cxa_begin_catch", "_Znwy", "__gxx_personality_seh0"}
 RESOURCE_TYPES = {11: "message table", 16: "version", 24: "manifest"}
 
 
@@ -88,6 +90,12 @@ def main():
         for dll in sorted(imports(text).keys() - NEEDED[name]):
             failed = True
             print(f"{name} needs {dll}, which is neither the platform's nor this product's")
+        if CPP_RUN_TIME in NEEDED[name] and not SHARED <= set(imports(text).get(CPP_RUN_TIME, [])):
+            failed = True
+            print(f"{name} does not share the whole C++ run time")
+        if name != CPP_RUN_TIME and text.count(" Export RVA") != len(exports(text)):
+            failed = True
+            print(f"{name} exports a function without a name")
         if os.environ.get("ZERIX_ACCEPT_BASELINES") == "1":
             baseline.write_text(found)
         expected = baseline.read_text() if baseline.exists() else ""

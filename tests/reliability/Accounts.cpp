@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <unordered_set>
 
 #include "support/RunTimeName.h"
 
@@ -14,62 +15,39 @@ namespace reliability {
 
 namespace {
 
-// A hash set of addresses with open addressing and a fixed size. It must not allocate, because it observes allocations.
-class Addresses
+// Memory from the C library. The observed functions are those of the C++ run time.
+template <class T>
+struct Unobserved
 {
-public:
-    void add(void* address)
+    using value_type = T;
+
+    Unobserved() = default;
+    template <class Other>
+    explicit Unobserved(const Unobserved<Other>&)
     {
-        const std::lock_guard guard(m_mutex);
-        std::size_t slot = slotOf(address);
-        while (m_slots[slot] != nullptr && m_slots[slot] != removed()) {
-            slot = (slot + 1) % SIZE;
-        }
-        m_slots[slot] = address;
-        ++m_count;
     }
-
-    void remove(void* address)
-    {
-        const std::lock_guard guard(m_mutex);
-        for (std::size_t slot = slotOf(address); m_slots[slot] != nullptr; slot = (slot + 1) % SIZE) {
-            if (m_slots[slot] == address) {
-                // Only a slot before another used slot must stay marked.
-                m_slots[slot] = m_slots[(slot + 1) % SIZE] == nullptr ? nullptr : removed();
-                --m_count;
-                return;
-            }
-        }
-    }
-
-    void clear()
-    {
-        const std::lock_guard guard(m_mutex);
-        m_slots.fill(nullptr);
-        m_count = 0;
-    }
-
-    std::size_t count()
-    {
-        const std::lock_guard guard(m_mutex);
-        return m_count;
-    }
-
-private:
-    static constexpr std::size_t SIZE = std::size_t{1} << 18;
-
-    static std::size_t slotOf(void* address) { return (reinterpret_cast<std::uintptr_t>(address) >> 4) % SIZE; }
-    static void* removed() { return reinterpret_cast<void*>(1); }
-
-    std::mutex m_mutex;
-    std::array<void*, SIZE> m_slots{};
-    std::size_t m_count = 0;
+    T* allocate(std::size_t count) { return static_cast<T*>(std::malloc(count * sizeof(T))); }
+    void deallocate(T* block, std::size_t) { std::free(block); }
+    bool operator==(const Unobserved&) const = default;
 };
 
+struct Addresses
+{
+    std::mutex mutex;
+    std::unordered_set<void*, std::hash<void*>, std::equal_to<>, Unobserved<void*>> all;
+};
+
+// Never destroyed, because blocks are freed after this program's statics have been destroyed.
 Addresses& addresses()
 {
-    static Addresses instance;
+    static Addresses& instance = *new Addresses;
     return instance;
+}
+
+void add(void* block)
+{
+    const std::lock_guard guard(addresses().mutex);
+    addresses().all.insert(block);
 }
 
 constexpr const char* NEW_NOTHROW = "_ZnwyRKSt9nothrow_t";
@@ -78,7 +56,7 @@ constexpr const char* NEW_NOTHROW = "_ZnwyRKSt9nothrow_t";
 void* countedNew(std::size_t size)
 {
     void* const block = ::operator new(size);
-    addresses().add(block);
+    add(block);
     return block;
 }
 
@@ -86,15 +64,16 @@ void* countedNewNothrow(std::size_t size, const std::nothrow_t& tag)
 {
     void* const block = ::operator new(size, tag);
     if (block != nullptr) {
-        addresses().add(block);
+        add(block);
     }
     return block;
 }
 
 void countedFree(void* block)
 {
-    if (block != nullptr) {
-        addresses().remove(block);
+    {
+        const std::lock_guard guard(addresses().mutex);
+        addresses().all.erase(block);
     }
     std::free(block);
 }
@@ -110,7 +89,8 @@ ModuleMemory::ModuleMemory(HMODULE module)
       // Every module frees memory through the shared C++ run time.
       m_free("free", &countedFree, GetModuleHandleA(support::RUN_TIME))
 {
-    addresses().clear();
+    const std::lock_guard guard(addresses().mutex);
+    addresses().all.clear();
 }
 
 ModuleMemory::~ModuleMemory() = default;
@@ -125,7 +105,8 @@ void ModuleMemory::releaseModule()
 
 std::size_t ModuleMemory::live() const
 {
-    return addresses().count();
+    const std::lock_guard guard(addresses().mutex);
+    return addresses().all.size();
 }
 
 std::size_t handleLevel()

@@ -12,12 +12,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <set>
 #include <thread>
 
-#include "reliability/KnownFactory.h"
+#include "fakes/KnownFactory.h"
 #include "wmihost/objects/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
 
@@ -146,6 +147,18 @@ protected:
         ++m_complaints[text];
     }
 
+    // Counts a request. Complains if it failed. What has gone since a list showed it is not found.
+    wmihost::RequestResult checked(const std::string& name, wmihost::RequestResult result, bool mayBeGone = false)
+    {
+        ++m_requests;
+        if (mayBeGone && result.status == static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
+            ++m_gone;
+        } else if (result.status != WBEM_S_NO_ERROR || !result.exception.empty()) {
+            complain(name + " failed: " + std::to_string(static_cast<unsigned>(result.status)) + result.exception);
+        }
+        return result;
+    }
+
     // Everything that the answer shows must exist before the request or after it. Everything that existed the whole
     // time must be in the answer.
     void list(const wmihost::ProviderSession& session, const wchar_t* className, const wchar_t* property,
@@ -153,14 +166,10 @@ protected:
     {
         const Clock::time_point start = Clock::now();
         const Names before = system();
-        const wmihost::RequestResult result = session.enumerate(className, {});
+        const std::string name = std::filesystem::path(className).string();
+        const wmihost::RequestResult result = checked(name, session.enumerate(className, {}));
         const Names after = system();
         const Clock::duration age = Clock::now() - start;
-        ++m_requests;
-        const std::string name = std::filesystem::path(className).string();
-        if (result.status != WBEM_S_NO_ERROR || !result.exception.empty()) {
-            complain(name + " failed: " + std::to_string(static_cast<unsigned>(result.status)) + result.exception);
-        }
         if (age > SHORT_ENOUGH) {
             return;
         }
@@ -182,58 +191,36 @@ protected:
         }
     }
 
-    // A port that was listed just before is either found or not found. Any other result is a failure.
     void readPorts()
     {
         for (const auto& port : m_session->enumerate(L"Zerix_EthernetPort", {}).objects) {
             const std::wstring path = wmihost::textOf(*port.get(), L"__RELPATH");
-            const wmihost::RequestResult result = m_session->get(path, {});
-            ++m_requests;
-            if (result.status == static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
-                ++m_gone;
-            } else if (result.status != WBEM_S_NO_ERROR || result.objects.size() != 1 ||
-                       wmihost::textOf(*result.objects.front().get(), L"__RELPATH") != path)
-            {
-                complain("a port could not be read: " + std::to_string(static_cast<unsigned>(result.status)));
+            const wmihost::RequestResult result = checked("a port", m_session->get(path, {}), true);
+            if (result.status == WBEM_S_NO_ERROR && textsIn(result.objects, L"__RELPATH") != Names{path}) {
+                complain("another port was read");
             }
         }
     }
 
-    // Both ends of each association are found or have gone.
     void followEndpoints()
     {
-        const wmihost::RequestResult links = m_session->enumerate(L"Zerix_PortImplementsEndpoint", {});
-        ++m_requests;
-        if (links.status != WBEM_S_NO_ERROR) {
-            complain("the links could not be listed: " + std::to_string(static_cast<unsigned>(links.status)));
-        }
+        const auto links = checked("the links", m_session->enumerate(L"Zerix_PortImplementsEndpoint", {}));
         for (const auto& link : links.objects) {
             for (const wchar_t* const end : {L"Antecedent", L"Dependent"}) {
-                const HRESULT status = m_session->get(wmihost::textOf(*link.get(), end), {}).status;
-                ++m_requests;
-                if (status == static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
-                    ++m_gone;
-                } else if (status != WBEM_S_NO_ERROR) {
-                    complain("a link leads nowhere: " + std::to_string(static_cast<unsigned>(status)));
-                }
+                checked("an end of a link", m_session->get(wmihost::textOf(*link.get(), end), {}), true);
             }
         }
     }
 
     void diagnose(const std::wstring& stayingPort, IWbemClassObject* nullArguments)
     {
-        const wmihost::RequestResult result =
-            m_session->execMethod(stayingPort, L"RunLinkDiagnostic", nullArguments, {});
-        ++m_requests;
-        if (result.status != WBEM_S_NO_ERROR) {
-            complain("a diagnostic was not started: " + std::to_string(static_cast<unsigned>(result.status)));
-        }
+        checked("a diagnostic", m_session->execMethod(stayingPort, L"RunLinkDiagnostic", nullArguments, {}));
         for (const auto& job : m_session->enumerate(L"Zerix_ConcreteJob", {}).objects) {
             m_session->remove(wmihost::textOf(*job.get(), L"__RELPATH"), {});
         }
     }
 
-    std::optional<reliability::KnownFactory> m_factory;
+    std::optional<support::KnownFactory> m_factory;
     std::optional<wmihost::Workspace> m_workspace;
     const wmihost::ProviderSession* m_session = nullptr;
     const wmihost::ProviderSession* m_interop = nullptr;
@@ -264,37 +251,22 @@ TEST_F(AdaptersComeAndGoTest, Requests_readNothingStale)
     const wmihost::ClassTarget port = m_workspace->findClass(L"Zerix_EthernetPort", L"");
     const auto nullArguments = m_workspace->makeArguments(port, *port.definition->findMethod(L"RunLinkDiagnostic"));
 
+    const std::function<void()> turns[]{
+        [&] { list(*m_session, L"Zerix_EthernetPort", L"DeviceID"); },
+        [&] { list(*m_session, L"Zerix_IPProtocolEndpoint", L"Name", &textsIn, &addressesOfTheSystem); },
+        [&] { followEndpoints(); },
+        [&] { list(*m_session, L"Zerix_ElementSettingData", L"ManagedElement"); },
+        [&] { list(*m_interop, L"Zerix_ElementConformsToProfile", L"ManagedElement"); },
+        [&] { list(*m_session, L"Zerix_EthernetPortStatistics", L"InstanceID"); },
+        [&] { readPorts(); },
+        [&] { diagnose(staying, nullArguments.get()); },
+    };
     std::vector<std::thread> clients;
     for (std::size_t number = 0; number < CLIENTS; ++number) {
         clients.emplace_back([&, number] {
             CoInitializeEx(nullptr, COINIT_MULTITHREADED);
             for (std::size_t turn = number; !std::filesystem::exists(quiet); ++turn) {
-                switch (turn % 8) {
-                    case 0:
-                        list(*m_session, L"Zerix_EthernetPort", L"DeviceID");
-                        break;
-                    case 1:
-                        list(*m_session, L"Zerix_IPProtocolEndpoint", L"Name", &textsIn, &addressesOfTheSystem);
-                        break;
-                    case 2:
-                        followEndpoints();
-                        break;
-                    case 3:
-                        list(*m_session, L"Zerix_ElementSettingData", L"ManagedElement");
-                        break;
-                    case 4:
-                        list(*m_interop, L"Zerix_ElementConformsToProfile", L"ManagedElement");
-                        break;
-                    case 5:
-                        list(*m_session, L"Zerix_EthernetPortStatistics", L"InstanceID");
-                        break;
-                    case 6:
-                        readPorts();
-                        break;
-                    default:
-                        diagnose(staying, nullArguments.get());
-                        break;
-                }
+                turns[turn % std::size(turns)]();
             }
             CoUninitialize();
         });

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <optional>
 
+#include "fakes/KnownFactory.h"
 #include "reliability/Clients.h"
-#include "reliability/KnownFactory.h"
 #include "reliability/RunTime.h"
 #include "wmihost/objects/ObjectReader.h"
 #include "wmihost/session/Workspace.h"
@@ -68,7 +68,7 @@ protected:
                 }};
     }
 
-    std::optional<reliability::KnownFactory> m_factory;
+    std::optional<support::KnownFactory> m_factory;
     std::optional<wmihost::Workspace> m_workspace;
 };
 

@@ -12,4 +12,11 @@ inline std::chrono::seconds runTime()
     return std::chrono::seconds(text == nullptr ? 8 : std::atoi(text));
 }
 
+// The seed of a run with random input: ZERIX_SEED, or 1.
+inline unsigned seed()
+{
+    const char* const text = std::getenv("ZERIX_SEED");
+    return text == nullptr ? 1 : static_cast<unsigned>(std::atoi(text));
+}
+
 }  // namespace reliability

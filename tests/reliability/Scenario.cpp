@@ -1,6 +1,7 @@
 #include "reliability/Scenario.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <ostream>
 
@@ -10,43 +11,62 @@ namespace reliability {
 
 namespace {
 
-Outcome runRegistration(Scenario scenario, const RegistrylessModule& module, support::CallLog& registryCalls)
+const std::string CLASS_KEY = "Software\\Classes\\CLSID\\{D39A94C6-35D2-4B40-BB6A-56E279951017}";
+const std::string SERVER_KEY = CLASS_KEY + "\\InprocServer32";
+
+std::string registeredText(const std::string& key, const char* name)
 {
-    registryCalls.take();
+    std::array<char, MAX_PATH> text{};
+    auto size = static_cast<DWORD>(text.size());
+    const LSTATUS status =
+        RegGetValueA(HKEY_LOCAL_MACHINE, key.c_str(), name, RRF_RT_REG_SZ, nullptr, text.data(), &size);
+    return status == ERROR_SUCCESS ? text.data() : "error " + std::to_string(status);
+}
+
+Outcome runRegistration(Scenario scenario, const support::ProviderModule& module)
+{
     Outcome result;
-    result.answer = answerOf(
-        [&] { return scenario == Scenario::REGISTER_SERVER ? module.registerServer() : module.unregisterServer(); });
-    result.calls = registryCalls.take();
-    if (module.openKeys() != 0) {
-        result.disorder += std::to_string(module.openKeys()) + " registry keys are open; ";
+    if (scenario == Scenario::REGISTER_SERVER) {
+        result.answer = answerOf([&] { return module.registerServer(); });
+    } else {
+        RegSetKeyValueA(HKEY_LOCAL_MACHINE, SERVER_KEY.c_str(), nullptr, REG_SZ, "x", 2);
+        result.answer = answerOf([&] { return module.unregisterServer(); });
     }
+    result.calls = {registeredText(CLASS_KEY, nullptr), registeredText(SERVER_KEY, nullptr),
+                    registeredText(SERVER_KEY, "ThreadingModel")};
     return result;
+}
+
+// One row for each scenario, in the order of the enumeration.
+struct Traits
+{
+    const char* name;
+    bool letsExceptionsOut;
+    bool readsArgumentsFirst;
+};
+
+constexpr Traits TRAITS[] = {
+    {"enumerate", true, false},
+    {"get", false, true},
+    {"getMissing", false, true},
+    {"getUnreadablePath", false, true},
+    {"put", true, false},
+    {"remove", true, false},
+    {"invoke", false, true},
+    {"registerServer", false, false},
+    {"unregisterServer", false, false},
+};
+
+const Traits& traitsOf(Scenario scenario)
+{
+    return TRAITS[static_cast<std::size_t>(scenario)];
 }
 
 }  // namespace
 
 const char* nameOf(Scenario scenario)
 {
-    switch (scenario) {
-        case Scenario::ENUMERATE:
-            return "enumerate";
-        case Scenario::GET:
-            return "get";
-        case Scenario::GET_MISSING:
-            return "getMissing";
-        case Scenario::GET_UNREADABLE_PATH:
-            return "getUnreadablePath";
-        case Scenario::PUT:
-            return "put";
-        case Scenario::REMOVE:
-            return "remove";
-        case Scenario::INVOKE:
-            return "invoke";
-        case Scenario::REGISTER_SERVER:
-            return "registerServer";
-        default:
-            return "unregisterServer";
-    }
+    return traitsOf(scenario).name;
 }
 
 void PrintTo(Scenario scenario, std::ostream* out)
@@ -56,13 +76,12 @@ void PrintTo(Scenario scenario, std::ostream* out)
 
 bool letsExceptionsOut(Scenario scenario)
 {
-    return scenario == Scenario::ENUMERATE || scenario == Scenario::PUT || scenario == Scenario::REMOVE;
+    return traitsOf(scenario).letsExceptionsOut;
 }
 
 bool readsArgumentsFirst(Scenario scenario)
 {
-    return scenario == Scenario::GET || scenario == Scenario::GET_MISSING ||
-           scenario == Scenario::GET_UNREADABLE_PATH || scenario == Scenario::INVOKE;
+    return traitsOf(scenario).readsArgumentsFirst;
 }
 
 std::vector<std::string> Outcome::reports() const
@@ -73,29 +92,14 @@ std::vector<std::string> Outcome::reports() const
     return result;
 }
 
-Outcome run(Scenario scenario, const RegistrylessModule& module, support::CallLog& registryCalls)
+Outcome run(Scenario scenario, const support::ProviderModule& module)
 {
     if (scenario == Scenario::REGISTER_SERVER || scenario == Scenario::UNREGISTER_SERVER) {
-        return runRegistration(scenario, module, registryCalls);
+        return runRegistration(scenario, module);
     }
     Surroundings surroundings;
-    Outcome result;
-    {
-        const Provider provider(module, surroundings);
-        if (provider.made() == support::hex(S_OK)) {
-            result = surroundings.request(scenario, provider.get());
-        } else {
-            result.answer = "no provider: " + provider.made();
-            result.calls = surroundings.calls.take();
-        }
-    }
-    if (surroundings.nameSpace.references() != 0) {
-        result.disorder += "the namespace is held; ";
-    }
-    if (module.canUnloadNow() != S_OK) {
-        result.disorder += "the module cannot be unloaded; ";
-    }
-    return result;
+    return requestOnce(scenario, module, surroundings,
+                       scenario == Scenario::PUT ? surroundings.object : surroundings.inputs);
 }
 
 }  // namespace reliability

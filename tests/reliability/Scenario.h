@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "reliability/RegistrylessModule.h"
+#include "fakes/ProviderModule.h"
 
 namespace reliability {
 
@@ -50,7 +50,8 @@ struct Outcome
     std::vector<std::string> reports() const;
 };
 
-// Runs the scenario once with new fakes that all succeed.
-Outcome run(Scenario scenario, const RegistrylessModule& module, support::CallLog& registryCalls);
+// Runs the scenario once with new fakes that all succeed. A registration changes HKEY_LOCAL_MACHINE: use a
+// PrivateRegistry. Its outcome has the registered texts in place of the calls.
+Outcome run(Scenario scenario, const support::ProviderModule& module);
 
 }  // namespace reliability

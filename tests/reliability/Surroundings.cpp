@@ -121,7 +121,7 @@ Outcome Surroundings::request(Scenario scenario, IWbemServices* provider, suppor
     return result;
 }
 
-Provider::Provider(const RegistrylessModule& module, Surroundings& surroundings)
+Provider::Provider(const support::ProviderModule& module, Surroundings& surroundings)
 {
     m_made = answerOf([&] {
         HRESULT hr =
@@ -139,6 +139,28 @@ Provider::Provider(const RegistrylessModule& module, Surroundings& surroundings)
         }
         return hr;
     });
+}
+
+Outcome requestOnce(Scenario scenario, const support::ProviderModule& module, Surroundings& surroundings,
+                    support::FakeClassObject& given)
+{
+    Outcome result;
+    {
+        const Provider provider(module, surroundings);
+        if (provider.made() == support::hex(S_OK)) {
+            result = surroundings.request(scenario, provider.get(), given);
+        } else {
+            result.answer = "no provider: " + provider.made();
+            result.calls = surroundings.calls.take();
+        }
+    }
+    if (surroundings.nameSpace.references() != 0) {
+        result.disorder += "the namespace is held; ";
+    }
+    if (module.canUnloadNow() != S_OK) {
+        result.disorder += "the module cannot be unloaded; ";
+    }
+    return result;
 }
 
 }  // namespace reliability

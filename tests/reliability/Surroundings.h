@@ -9,7 +9,7 @@
 #include "fakes/FakeContext.h"
 #include "fakes/FakeNamespace.h"
 #include "fakes/FakeSink.h"
-#include "reliability/RegistrylessModule.h"
+#include "fakes/ProviderModule.h"
 #include "reliability/Scenario.h"
 
 namespace reliability {
@@ -67,7 +67,7 @@ private:
 class Provider
 {
 public:
-    Provider(const RegistrylessModule& module, Surroundings& surroundings);
+    Provider(const support::ProviderModule& module, Surroundings& surroundings);
 
     // "0x00000000", or the error of making the provider. The provider exists only in the first case.
     const std::string& made() const noexcept { return m_made; }
@@ -79,5 +79,9 @@ private:
     utils::ComReference<IWbemServices> m_services;
     std::string m_made;
 };
+
+// Makes a provider of the module, sends the scenario's request to it and releases it. Checks that nothing is held.
+Outcome requestOnce(Scenario scenario, const support::ProviderModule& module, Surroundings& surroundings,
+                    support::FakeClassObject& given);
 
 }  // namespace reliability

@@ -1,5 +1,6 @@
 #include <comdef.h>
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <exception>
@@ -8,6 +9,7 @@
 #include <new>
 #include <string>
 #include <thread>
+#include <tuple>
 
 #include "core/CimPath.h"
 #include "requests/RequestTest.h"
@@ -23,61 +25,25 @@ namespace {
 constexpr unsigned long CPP_EXCEPTION = 0x20474343;
 constexpr int TIMES = 1000;
 
-enum class Kind
+// An exception that leaves a request.
+struct Kind
 {
-    OWN_FAMILY,
-    BAD_ALLOC,
-    COM_ERROR,
-    SYNTAX_ERROR
+    const char* name;
+    void (*raise)();
+    // The path of a deletion. A deletion turns a failure of the broker into a status if it belongs to the product's
+    // family of exceptions, so that only an invalid path lets such an exception leave it.
+    const char* path;
+
+    friend void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
 };
 
-enum class Request
-{
-    ENUMERATE,
-    PUT,
-    REMOVE
+const Kind KINDS[] = {
+    {"ownFamily", [] { throw utils::Exception(std::string("a text that needs a block of memory, as it is long")); },
+     ""},
+    {"badAlloc", [] { throw std::bad_alloc(); }, RequestWorld::JOB_PATH},
+    {"comError", [] { throw _com_error(E_OUTOFMEMORY); }, RequestWorld::JOB_PATH},
+    {"syntaxError", [] { core::CimPath("Zerix_ConcreteJob=\"x\""); }, "Zerix_ConcreteJob=\"x\""},
 };
-
-const char* nameOf(Kind kind)
-{
-    switch (kind) {
-        case Kind::OWN_FAMILY:
-            return "ownFamily";
-        case Kind::BAD_ALLOC:
-            return "badAlloc";
-        case Kind::COM_ERROR:
-            return "comError";
-        default:
-            return "syntaxError";
-    }
-}
-
-const char* nameOf(Request request)
-{
-    switch (request) {
-        case Request::ENUMERATE:
-            return "enumerate";
-        case Request::PUT:
-            return "put";
-        default:
-            return "remove";
-    }
-}
-
-[[noreturn]] void throwOf(Kind kind)
-{
-    switch (kind) {
-        case Kind::OWN_FAMILY:
-            throw utils::Exception(std::string("a text that is too long to be kept without a block of memory"));
-        case Kind::BAD_ALLOC:
-            throw std::bad_alloc();
-        case Kind::COM_ERROR:
-            throw _com_error(E_OUTOFMEMORY);
-        default:
-            core::CimPath("Zerix_ConcreteJob=\"x\"");
-            throw std::logic_error("was parsed");
-    }
-}
 
 // Counts the memory blocks that the C++ run time has allocated and not freed since construction. Exceptions are such
 // blocks.
@@ -141,6 +107,18 @@ struct NothingIsLeft
 
 class EscapeTest : private NothingIsLeft, public RequestTest
 {
+public:
+    // Sends a request of an EscapeTest. Has no destructors to run, like the functions of a host in C.
+    struct Request
+    {
+        const char* name;
+        long (*send)(void* test);
+
+        friend void PrintTo(const Request& request, std::ostream* out) { *out << request.name; }
+    };
+
+    static const std::array<Request, 3> REQUESTS;
+
 protected:
     void SetUp() override
     {
@@ -149,43 +127,25 @@ protected:
         *object.path.address() = samples::bstr(PORT_PATH);
     }
 
-    // From this call on, the request throws an exception of this kind.
-    void arrange(Request asked, Kind kind)
+    // From this call on, this request throws an exception of this kind.
+    void arrange(const Request& asked, const Kind& kind)
     {
-        request = asked;
-        broker.onGetInstances = [kind]() -> utils::SafeList<core::CimInstance*> { throwOf(kind); };
-        object.onGet = [kind] { throwOf(kind); };
-        // A deletion turns a failure of the broker into a status. Only an invalid path lets an exception leave it.
-        broker.onFind = [kind]() -> core::CimInstance* { throwOf(kind); };
-        *path.out() = utils::toBstr(kind == Kind::OWN_FAMILY     ? ""
-                                    : kind == Kind::SYNTAX_ERROR ? "Zerix_ConcreteJob=\"x\""
-                                                                 : JOB_PATH);
+        m_send = asked.send;
+        *m_path.out() = utils::toBstr(kind.path);
+        raiseInRequests(kind.raise);
     }
 
     void arrangeWatched()
     {
-        request = Request::ENUMERATE;
-        broker.onGetInstances = []() -> utils::SafeList<core::CimInstance*> { throw Watched(); };
-    }
-
-    // Has no destructors to run, like the functions of a host in C.
-    static long send(void* test)
-    {
-        auto& self = *static_cast<EscapeTest*>(test);
-        switch (self.request) {
-            case Request::ENUMERATE:
-                return self.provider->CreateInstanceEnumAsync(self.className.get(), 0, &self.context, &self.sink);
-            case Request::PUT:
-                return self.provider->PutInstanceAsync(&self.object, WBEM_FLAG_UPDATE_ONLY, &self.context, &self.sink);
-            default:
-                return self.provider->DeleteInstanceAsync(self.path.get(), 0, &self.context, &self.sink);
-        }
+        m_send = REQUESTS[0].send;
+        raiseInRequests([] { throw Watched(); });
     }
 
     // The result for a __try host: the code of the exception.
     unsigned long guarded()
     {
-        const unsigned long code = callGuarded(&EscapeTest::send, this, &answer);
+        long answer = 0;
+        const unsigned long code = callGuarded(m_send, this, &answer);
         expectOnlyIdentityGivenBack();
         return code;
     }
@@ -195,7 +155,7 @@ protected:
     {
         std::string type = "nothing";
         try {
-            send(this);
+            send();
         } catch (const utils::ESyntaxError&) {
             type = "syntaxError";
         } catch (const utils::Exception&) {
@@ -207,9 +167,12 @@ protected:
         } catch (...) {
             type = "something else";
         }
+        EXPECT_EQ(std::uncaught_exceptions(), 0);
         expectOnlyIdentityGivenBack();
         return type;
     }
+
+    long send() { return m_send(this); }
 
     void expectOnlyIdentityGivenBack()
     {
@@ -218,7 +181,7 @@ protected:
         ASSERT_FALSE(made.empty());
         EXPECT_EQ(made.back(), "call.RevertToSelf()");
         for (const std::string& entry : made) {
-            ASSERT_NE(entry.rfind("sink.", 0), 0U) << entry;
+            ASSERT_FALSE(entry.starts_with("sink.")) << entry;
         }
         log.clear();
     }
@@ -231,80 +194,93 @@ protected:
         log.clear();
     }
 
-    Request request = Request::ENUMERATE;
-    long answer = 0;
-    utils::ScopedBstr className{"Zerix_EthernetPort"};
-    utils::ScopedBstr path;
+    // A client's thread, which makes requests and ends.
+    template <class Work>
+    void onNewThread(const Work& work)
+    {
+        std::thread([&] {
+            const ComApartment ofThread;
+            const support::CallContext callOfThread(calls);
+            work();
+        }).join();
+    }
+
+private:
+    void raiseInRequests(void (*raise)())
+    {
+        broker.onGetInstances = [raise] {
+            raise();
+            return utils::SafeList<core::CimInstance*>();
+        };
+        object.onGet = raise;
+        broker.onFind = [raise]() -> core::CimInstance* { return raise(), nullptr; };
+    }
+
+    long (*m_send)(void* test) = nullptr;
+    utils::ScopedBstr m_className{"Zerix_EthernetPort"};
+    utils::ScopedBstr m_path;
 };
 
-struct Escape
-{
-    Request request;
-    Kind kind;
-};
+const std::array<EscapeTest::Request, 3> EscapeTest::REQUESTS{
+    {{"enumerate",
+      [](void* test) -> long {
+          auto& r = *static_cast<EscapeTest*>(test);
+          return r.provider->CreateInstanceEnumAsync(r.m_className.get(), 0, &r.context, &r.sink);
+      }},
+     {"put", [](void* test) -> long { return static_cast<EscapeTest*>(test)->put(); }},
+     {"remove", [](void* test) -> long {
+          auto& r = *static_cast<EscapeTest*>(test);
+          return r.provider->DeleteInstanceAsync(r.m_path.get(), 0, &r.context, &r.sink);
+      }}}};
 
-class EveryEscapeTest : public EscapeTest, public testing::WithParamInterface<Escape>
+class EveryEscapeTest : public EscapeTest, public testing::WithParamInterface<std::tuple<EscapeTest::Request, Kind>>
 {
+protected:
+    void arrangeNext() { arrange(std::get<0>(GetParam()), std::get<1>(GetParam())); }
+
+    // The host gets the same from each of many requests. None of them leaves memory.
+    template <class Host, class Expected>
+    void expectNothingLeft(const Host& host, const Expected& expected)
+    {
+        const RunTimeMemory memory;
+        int before = 0;
+        arrangeNext();
+        for (int i = 0; i <= TIMES; ++i) {
+            ASSERT_EQ(host(), expected) << i;
+            if (i == 0 || i == TIMES) {
+                ordinaryRequest();
+                arrangeNext();
+                before = i == 0 ? RunTimeMemory::live() : before;
+            }
+        }
+        EXPECT_EQ(RunTimeMemory::live(), before);
+        EXPECT_EQ(std::uncaught_exceptions(), 0);
+    }
 };
 
 TEST_P(EveryEscapeTest, TryHost_catchesEach_andNothingIsLeft)
 {
-    const RunTimeMemory memory;
-    arrange(GetParam().request, GetParam().kind);
-    EXPECT_EQ(guarded(), CPP_EXCEPTION);
-    ordinaryRequest();
-    arrange(GetParam().request, GetParam().kind);
-    const int before = RunTimeMemory::live();
-    for (int i = 0; i < TIMES; ++i) {
-        ASSERT_EQ(guarded(), CPP_EXCEPTION) << i;
-    }
-    ordinaryRequest();
-    arrange(GetParam().request, GetParam().kind);
-    EXPECT_EQ(RunTimeMemory::live(), before);
-    EXPECT_EQ(std::uncaught_exceptions(), 0);
+    expectNothingLeft([this] { return guarded(); }, CPP_EXCEPTION);
 }
 
 TEST_P(EveryEscapeTest, CppHost_catchesEachByType_andNothingIsLeft)
 {
-    const RunTimeMemory memory;
-    arrange(GetParam().request, GetParam().kind);
-    EXPECT_EQ(caught(), nameOf(GetParam().kind));
-    ordinaryRequest();
-    arrange(GetParam().request, GetParam().kind);
-    const int before = RunTimeMemory::live();
-    for (int i = 0; i < TIMES; ++i) {
-        ASSERT_EQ(caught(), nameOf(GetParam().kind)) << i;
-    }
-    EXPECT_EQ(std::uncaught_exceptions(), 0);
-    ordinaryRequest();
-    arrange(GetParam().request, GetParam().kind);
-    EXPECT_EQ(RunTimeMemory::live(), before);
+    expectNothingLeft([this] { return caught(); }, std::get<1>(GetParam()).name);
 }
 
-std::vector<Escape> everyEscape()
-{
-    std::vector<Escape> all;
-    for (const Request request : {Request::ENUMERATE, Request::PUT, Request::REMOVE}) {
-        for (const Kind kind : {Kind::OWN_FAMILY, Kind::BAD_ALLOC, Kind::COM_ERROR, Kind::SYNTAX_ERROR}) {
-            all.push_back({request, kind});
-        }
-    }
-    return all;
-}
-
-INSTANTIATE_TEST_SUITE_P(Requests, EveryEscapeTest, testing::ValuesIn(everyEscape()),
-                         [](const testing::TestParamInfo<Escape>& instance) {
-                             return std::string(nameOf(instance.param.request)) + "_" + nameOf(instance.param.kind);
+INSTANTIATE_TEST_SUITE_P(Requests, EveryEscapeTest,
+                         testing::Combine(testing::ValuesIn(EscapeTest::REQUESTS), testing::ValuesIn(KINDS)),
+                         [](const auto& instance) {
+                             return std::string(std::get<0>(instance.param).name) + "_" +
+                                    std::get<1>(instance.param).name;
                          });
 
 TEST_F(EscapeTest, ThreadsEnd_freesWhatItsHostDidNotCatchByType)
 {
-    std::thread([this] {
-        const ComApartment ofThread;
-        const support::CallContext callOfThread(calls, support::ClientToken::IMPERSONATION);
+    onNewThread([this] {
         arrangeWatched();
         EXPECT_EQ(guarded(), CPP_EXCEPTION);
-    }).join();
+    });
     EXPECT_EQ(Watched::live, 0);
 }
 
@@ -319,7 +295,7 @@ TEST_F(EscapeTest, Exception_beingHandled_outlivesRequests)
 {
     arrangeWatched();
     try {
-        send(this);
+        send();
         FAIL() << "nothing was thrown";
     } catch (const std::exception& first) {
         calls.take();
@@ -342,7 +318,7 @@ TEST_F(EscapeTest, Exception_onItsWay_outlivesRequests)
                 ordinaryRequest();
                 EXPECT_EQ(Watched::live, 1);
             }};
-            send(this);
+            send();
         },
         Watched);
     EXPECT_EQ(std::uncaught_exceptions(), 0);
@@ -354,7 +330,7 @@ TEST_F(EscapeTest, HostThatKeepsTheException_mayRaiseItAgain)
     arrangeWatched();
     std::exception_ptr kept;
     try {
-        send(this);
+        send();
     } catch (...) {
         kept = std::current_exception();
     }
@@ -375,30 +351,28 @@ TEST_F(EscapeTest, WithoutRoomInTheSlot_exceptionsStillLeave)
 {
     const support::ImportHook hook("FlsSetValue", &noValue, module.handle());
     // On a separate thread, because the run time never learns that this exception was handled.
-    std::thread([this] {
-        const ComApartment ofThread;
-        const support::CallContext callOfThread(calls, support::ClientToken::IMPERSONATION);
-        arrange(Request::ENUMERATE, Kind::OWN_FAMILY);
+    onNewThread([this] {
+        arrange(REQUESTS[0], KINDS[0]);
         EXPECT_EQ(guarded(), CPP_EXCEPTION);
-    }).join();
+    });
     EXPECT_EQ(caught(), "ownFamily");
     arrangeWatched();
-    EXPECT_THROW(send(this), Watched);
+    EXPECT_THROW(send(), Watched);
     EXPECT_EQ(Watched::live, 0);
     ordinaryRequest();
 }
 
 TEST_F(EscapeTest, SinkThatThrowsAtARefusal_endsNothing)
 {
-    call.reset();
-    call.emplace(calls, support::ClientToken::IDENTIFICATION);
+    allow(support::ClientToken::IDENTIFICATION);
     sink.onStatus = [] { throw Watched(); };
-    for (const Request asked : {Request::ENUMERATE, Request::PUT, Request::REMOVE}) {
-        arrange(asked, Kind::BAD_ALLOC);
-        EXPECT_EQ(callGuarded(&EscapeTest::send, this, &answer), CPP_EXCEPTION) << nameOf(asked);
+    for (const Request& asked : REQUESTS) {
+        arrange(asked, KINDS[1]);
+        long answer = 0;
+        EXPECT_EQ(callGuarded(asked.send, this, &answer), CPP_EXCEPTION) << asked.name;
         EXPECT_EQ(calls.take(), (support::Lines{"call.ImpersonateClient()", "sink.SetStatus(0, 0x80041003, null, null)",
                                                 "call.RevertToSelf()"}));
-        EXPECT_THROW(send(this), Watched) << nameOf(asked);
+        EXPECT_THROW(send(), Watched) << asked.name;
         calls.take();
     }
     EXPECT_THROW(get(), Watched);

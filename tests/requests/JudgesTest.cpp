@@ -10,9 +10,9 @@
 #include <set>
 #include <vector>
 
-#include "adapters/wmi/ProviderIdentity.h"
 #include "core/CimPropertyTypes.h"
 #include "fakes/FakeBroker.h"
+#include "fakes/KnownFactory.h"
 #include "fakes/ProviderModule.h"
 #include "support/Describe.h"
 #include "tests/wmihost/PlatformPath.h"
@@ -26,29 +26,6 @@
 // The platform's side shares no code with this product.
 namespace wmihost {
 namespace {
-
-// While it lives, COM finds the built provider in this process without an entry in the registry.
-class ServedProvider
-{
-public:
-    ServedProvider()
-    {
-        ComPtr<IClassFactory> factory;
-        EXPECT_EQ(m_module.classObject(identity::PROVIDER_CLSID, IID_PPV_ARGS(factory.put())), S_OK);
-        EXPECT_EQ(CoRegisterClassObject(identity::PROVIDER_CLSID, factory.get(), CLSCTX_INPROC_SERVER,
-                                        REGCLS_MULTIPLEUSE, &m_cookie),
-                  S_OK);
-    }
-    ServedProvider(const ServedProvider&) = delete;
-    ServedProvider& operator=(const ServedProvider&) = delete;
-    ~ServedProvider() { CoRevokeClassObject(m_cookie); }
-
-    support::ProviderModule& module() { return m_module; }
-
-private:
-    support::ProviderModule m_module;
-    DWORD m_cookie = 0;
-};
 
 ComPtr<IWbemServices> platformNamespace(const wchar_t* name)
 {
@@ -67,8 +44,8 @@ class PlatformSignatureTest : public testing::Test
 protected:
     PlatformSignatureTest()
     {
-        served.module().useTheTestsBroker();
-        provider = ComPtr<IWbemServices>::adopt(served.module().createProvider());
+        module.useTheTestsBroker();
+        provider = ComPtr<IWbemServices>::adopt(module.createProvider());
         ComPtr<IWbemProviderInit> init;
         EXPECT_EQ(provider->QueryInterface(IID_PPV_ARGS(init.put())), S_OK);
         EXPECT_EQ(CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(context.put())),
@@ -96,8 +73,8 @@ protected:
         return arguments;
     }
 
-    // Runs the method. The delivered objects are the platform's.
-    std::vector<ComPtr<IWbemClassObject>> run(const wchar_t* method, IWbemClassObject* arguments)
+    // Runs the method. Returns the value of the only delivered object, which is the platform's.
+    std::string outputOf(const wchar_t* method, IWbemClassObject* arguments, const wchar_t* name)
     {
         const auto response = std::make_shared<Response>(nullptr);
         auto sink = ComPtr<IWbemObjectSink>::adopt(new ResponseSink(response));
@@ -108,18 +85,14 @@ protected:
                       0);
         }
         EXPECT_EQ(response->status(), HRESULT{0});
-        return response->takeObjects();
-    }
-
-    static std::string valueIn(const ComPtr<IWbemClassObject>& object, const wchar_t* name)
-    {
-        return support::describe(valueOf(*object.get(), name).get());
+        const auto objects = response->takeObjects();
+        return objects.size() == 1 ? support::describe(valueOf(*objects[0].get(), name).get()) : "not one object";
     }
 
     const ComApartment apartment;
     support::CallLog calls;
     support::FakeBroker broker{calls};
-    ServedProvider served;
+    support::ProviderModule module;
     ClassRepository signatures;
     ComPtr<IWbemServices> platform = platformNamespace(L"root\\default");
     ComPtr<IWbemContext> context;
@@ -137,9 +110,7 @@ TEST_F(PlatformSignatureTest, ArrayOfTexts_reachesThePlatformsObject)
         dynamic_cast<core::CimPropertyString_arr&>(*out.findProperty("sNames")).setValue({"first", "the second"});
         return 0U;
     };
-    const auto objects = run(L"EnumKey", arguments.get());
-    ASSERT_EQ(objects.size(), 1U);
-    EXPECT_EQ(valueIn(objects.front(), L"sNames"), "VT_ARRAY|VT_BSTR {'first', 'the second'}");
+    EXPECT_EQ(outputOf(L"EnumKey", arguments.get(), L"sNames"), "VT_ARRAY|VT_BSTR {'first', 'the second'}");
     EXPECT_EQ(calls.take(),
               (std::vector<std::string>{"broker.invokeMethod(StdRegProv.Name=\"one\", EnumKey, {hDefKey = uint32 "
                                         "2147483650; sSubKeyName = string 'Software\\Vexal'}, {ReturnValue = uint32 0; "
@@ -154,9 +125,7 @@ TEST_F(PlatformSignatureTest, Text_reachesThePlatformsObject)
         dynamic_cast<core::CimPropertyString&>(*out.findProperty("sValue")).setValue("a \"quoted\" text");
         return 0U;
     };
-    const auto objects = run(L"GetStringValue", arguments.get());
-    ASSERT_EQ(objects.size(), 1U);
-    EXPECT_EQ(valueIn(objects.front(), L"sValue"), "VT_BSTR 'a \"quoted\" text'");
+    EXPECT_EQ(outputOf(L"GetStringValue", arguments.get(), L"sValue"), "VT_BSTR 'a \"quoted\" text'");
     EXPECT_EQ(calls.take(),
               (std::vector<std::string>{"broker.invokeMethod(StdRegProv.Name=\"one\", GetStringValue, {hDefKey = "
                                         "uint32 null; sSubKeyName = string null; sValueName = string 'Label'}, "
@@ -173,7 +142,7 @@ protected:
     }
 
     const ComApartment apartment;
-    ServedProvider served;
+    const support::KnownFactory factory;
     const CommandOptions options;
     Workspace workspace{ZERIX_MOF};
 };
@@ -203,7 +172,7 @@ TEST_F(LiveJudgesTest, PlatformsAdapters_haveTheSameAddresses)
     EXPECT_EQ(ports, expected);
 }
 
-TEST_F(LiveJudgesTest, Addresses_belongToThePlatformsAdapters)
+TEST_F(LiveJudgesTest, Ports_areThePlatformsAdapters)
 {
     constexpr ULONG FLAGS =
         GAA_FLAG_SKIP_UNICAST | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
@@ -214,12 +183,12 @@ TEST_F(LiveJudgesTest, Addresses_belongToThePlatformsAdapters)
     std::set<std::wstring> expected;
     for (const IP_ADAPTER_ADDRESSES* one = buffer.data(); one != nullptr; one = one->Next) {
         if (one->IfType != IF_TYPE_SOFTWARE_LOOPBACK) {
-            expected.insert(foldName(toWide(one->AdapterName)));
+            expected.insert(toWide(one->AdapterName));
         }
     }
     std::set<std::wstring> ports;
     for (const auto& port : instancesOf(L"Zerix_EthernetPort")) {
-        ports.insert(foldName(textOf(*port.get(), L"DeviceID")));
+        ports.insert(textOf(*port.get(), L"DeviceID"));
     }
     EXPECT_FALSE(ports.empty());
     EXPECT_EQ(ports, expected);

@@ -1,53 +1,16 @@
-#include <winsock2.h>
-#include <ws2tcpip.h>
+#include <gmock/gmock.h>
 
-#include "Os/Windows/Platform.h"
-
-#include <iphlpapi.h>
-#include <netioapi.h>
-
-#include <array>
-#include <memory>
 #include <set>
 
-#include "Utils/Utils.h"
 #include "requests/LiveProvider.h"
+#include "support/ImportHook.h"
 
 // The built provider and the built broker on this machine's real adapters, with the classes of the installed MOF.
 // Every value that the provider delivers has to match its property's declaration.
 namespace {
 
-std::set<std::string> adapterIdentifiers()
-{
-    MIB_IF_TABLE2* table = nullptr;
-    std::set<std::string> result;
-    if (GetIfTable2(&table) != NO_ERROR) {
-        return result;
-    }
-    const std::unique_ptr<MIB_IF_TABLE2, void (*)(void*)> owned(table, [](void* memory) { FreeMibTable(memory); });
-    for (ULONG i = 0; i < table->NumEntries; ++i) {
-        std::array<wchar_t, 39> text{};
-        if (table->Table[i].Type != IF_TYPE_SOFTWARE_LOOPBACK) {
-            StringFromGUID2(table->Table[i].InterfaceGuid, text.data(), static_cast<int>(text.size()));
-            result.insert(utils::narrow(text.data()));
-        }
-    }
-    return result;
-}
-
 using LiveRequestTest = requests::LiveProvider;
 using requests::textOf;
-
-TEST_F(LiveRequestTest, Ports_areThisMachinesAdapters)
-{
-    std::set<std::string> identifiers;
-    for (const wmihost::ComPtr<IWbemClassObject>& port : enumerate("Zerix_EthernetPort").objects) {
-        identifiers.insert(textOf(port.get(), L"DeviceID"));
-    }
-    EXPECT_FALSE(identifiers.empty());
-    EXPECT_EQ(identifiers, adapterIdentifiers());
-    EXPECT_EQ(log.events(), support::Lines{});
-}
 
 TEST_F(LiveRequestTest, Port_isFoundAgainUnderItsPath)
 {
@@ -80,6 +43,39 @@ TEST_F(LiveRequestTest, EveryClass_hasInstancesAndNoErrorLine)
         }
     }
     EXPECT_EQ(classes, 17U);
+}
+
+// The registry treats the client as an identity that may only read.
+LSTATUS WINAPI createDenied(HKEY, LPCSTR, DWORD, LPSTR, DWORD, REGSAM, LPSECURITY_ATTRIBUTES, HKEY*, LPDWORD)
+{
+    return ERROR_ACCESS_DENIED;
+}
+
+LSTATUS WINAPI openToReadOnly(HKEY root, LPCSTR path, DWORD options, REGSAM access, HKEY* key)
+{
+    return access == KEY_READ ? RegOpenKeyExA(root, path, options, access, key) : LSTATUS{ERROR_ACCESS_DENIED};
+}
+
+TEST_F(LiveRequestTest, ClientWithoutRights_changesNothing)
+{
+    const std::string path = "Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"";
+    const auto period = [&] {
+        const auto found = get(path).objects;
+        utils::ScopedVariant value;
+        EXPECT_EQ(found.at(0)->Get(L"SamplePeriodMilliseconds", 0, value.address(), nullptr, nullptr), 0);
+        return value.get().lVal;
+    };
+    const LONG before = period();
+    const auto setting = get(path).objects;
+    VARIANT changed = samples::i4(before + 1);
+    ASSERT_EQ(setting.at(0)->Put(L"SamplePeriodMilliseconds", 0, &changed, 0), 0);
+    {
+        const HMODULE broker = GetModuleHandleA("ZerixCimCore.dll");
+        const support::ImportHook create("RegCreateKeyExA", &createDenied, broker);
+        const support::ImportHook open("RegOpenKeyExA", &openToReadOnly, broker);
+        EXPECT_EQ(support::hex(put(setting.at(0).get()).status), "0x80041003");
+    }
+    EXPECT_EQ(period(), before);
 }
 
 }  // namespace

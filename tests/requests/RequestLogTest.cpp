@@ -1,3 +1,4 @@
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -6,7 +7,6 @@
 #include "adapters/wmi/ProviderIdentity.h"
 #include "fakes/EveryType.h"
 #include "requests/RequestTest.h"
-#include "requests/StandardErrorFile.h"
 #include "support/Baseline.h"
 
 // The whole course of a request, in order: the calls of WMI's objects, the sink and the broker, the references, the log
@@ -69,6 +69,20 @@ void removeThreads(Lines& lines)
     });
 }
 
+// The lines that `action` writes to standard error.
+template <class Action>
+Lines standardErrorOf(const Action& action)
+{
+    testing::internal::CaptureStderr();
+    action();
+    std::istringstream text(testing::internal::GetCapturedStderr());
+    Lines lines;
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line.substr(0, line.find('\r')));
+    }
+    return lines;
+}
+
 class RecordedRequest : public RequestWorld
 {
 public:
@@ -79,26 +93,22 @@ public:
     void record(const Send& send)
     {
         log.clear();
-        const auto before = static_cast<std::ptrdiff_t>(standardError.lines().size());
         std::string answer;
-        try {
-            answer = "answer: " + support::hex(send());
-        } catch (const std::exception& exception) {
-            answer = std::string("thrown: ") + exception.what();
-        }
+        written = standardErrorOf([&] {
+            try {
+                answer = "answer: " + support::hex(send());
+            } catch (const std::exception& exception) {
+                answer = std::string("thrown: ") + exception.what();
+            }
+        });
         lines = log.sequence();
         lines.push_back(answer);
-        written = standardError.lines();
-        written.erase(written.begin(), written.begin() + before);
         removeThreads(lines);
         removeThreads(written);
     }
 
     Lines lines;
     Lines written;
-
-private:
-    StandardErrorFile standardError;
 };
 
 std::vector<std::string> debuggerLines;
@@ -117,234 +127,161 @@ LONG CALLBACK hearDebugger(EXCEPTION_POINTERS* exception)
 // The module logs before its import table can be patched. These lines are read from the platform's exceptions.
 TEST(RequestLogLoadTest, LoadingAndUnloading_isAsInItsFile)
 {
-    const StandardErrorFile standardError;
     // Loads the broker first, so that its lines are not among the provider's.
     const HMODULE core = LoadLibraryA("ZerixCimCore.dll");
     ASSERT_NE(core, nullptr);
-    const std::size_t before = standardError.lines().size();
     void* const handler = AddVectoredExceptionHandler(1, &hearDebugger);
-    {
+    const Lines written = standardErrorOf([] {
         const support::ProviderModule module;
         std::thread([] {}).join();
-    }
+    });
     RemoveVectoredExceptionHandler(handler);
-    std::vector<std::string> written = standardError.lines();
-    written.erase(written.begin(), written.begin() + static_cast<std::ptrdiff_t>(before));
     expectLog("load", debuggerLines, written);
     FreeLibrary(core);
 }
 
+using R = RecordedRequest;
+
+HRESULT enumerate(R& r)
+{
+    return r.enumerate();
+}
+
+HRESULT get(R& r)
+{
+    return r.get();
+}
+
+HRESULT put(R& r)
+{
+    return r.put();
+}
+
+HRESULT execute(R& r)
+{
+    return r.execute();
+}
+
+void asTheyAre(R& /*request*/) {}
+
+// Calls on a provider that has its namespace.
 struct Scenario
 {
     // The name of the baseline file.
     const char* name;
-    void (*run)(RecordedRequest& request);
+    void (*arrange)(R& r);
+    HRESULT (*send)(R& r);
 };
 
-const std::vector<Scenario>& scenarios()
+constexpr Scenario SCENARIOS[] = {
+    {"initialize-again", asTheyAre, [](R& r) -> HRESULT { return r.initialize(&r.wmiNamespace), 0; }},
+    {"enumerate-three", [](R& r) { r.brokerHas(3); }, enumerate},
+    {"enumerate-none", asTheyAre, enumerate},
+    {"enumerate-every-type",
+     [](R& r) {
+         support::addEveryType(r.instance, r.job);
+         samples::add<core::CimPropertyString>(r.instance, "Name", "overrides");
+         r.brokerHas(1);
+     },
+     enumerate},
+    {"enumerate-no-class",
+     [](R& r) {
+         r.brokerHas(1);
+         r.wmiNamespace.classes.clear();
+     },
+     enumerate},
+    {"enumerate-refused-by-sink",
+     [](R& r) {
+         r.brokerHas(1);
+         r.sink.indicateAnswers = {1};
+         r.sink.statusAnswers = {static_cast<HRESULT>(WBEM_E_CALL_CANCELLED), 2};
+     },
+     enumerate},
+    {"get", [](R& r) { r.broker.onFind = [&] { return &r.instance; }; }, get},
+    {"get-not-found", asTheyAre, [](R& r) { return r.get("root\\x:" + std::string(R::PORT_PATH)); }},
+    {"get-no-path", asTheyAre, [](R& r) { return r.get("nonsense"); }},
+    {"get-spawn-refused",
+     [](R& r) {
+         r.broker.onFind = [&] { return &r.instance; };
+         r.port.spawnStatus = static_cast<HRESULT>(WBEM_E_OUT_OF_MEMORY);
+     },
+     get},
+    {"put", [](R& r) { support::addEveryType(r.object); }, put},
+    {"put-walk-refused", [](R& r) { r.object.beginStatus = static_cast<HRESULT>(WBEM_E_FAILED); }, put},
+    {"put-forbidden", [](R& r) { r.broker.onModify = [](core::CimPropertyList&) { throw utils::EForbidden("no"); }; },
+     put},
+    {"put-create", asTheyAre,
+     [](R& r) { return r.provider->PutInstanceAsync(&r.object, WBEM_FLAG_CREATE_ONLY, &r.context, &r.sink); }},
+    {"delete", [](R& r) { r.broker.onFind = [&] { return &r.job; }; }, [](R& r) { return r.remove(); }},
+    {"delete-no-job", asTheyAre, [](R& r) { return r.remove(R::PORT_PATH); }},
+    {"method-job",
+     [](R& r) {
+         r.broker.onInvoke = [&](core::CimPropertyList&, core::CimInstance*& started) {
+             started = &r.job;
+             return 4096U;
+         };
+         r.object.add("Count", samples::i4(5), CIM_UINT16);
+         r.signature.add("Text", samples::bstr("default"), CIM_STRING);
+     },
+     execute},
+    {"method", asTheyAre, execute},
+    {"method-unknown", [](R& r) { r.port.methods.clear(); }, execute},
+    {"method-signature-refused", [](R& r) { r.port.getMethodStatus = static_cast<HRESULT>(WBEM_E_FAILED); }, execute},
+    {"denied", [](R& r) { r.allow(support::ClientToken::IDENTIFICATION); }, enumerate},
+    {"refused", asTheyAre, [](R& r) { return r.provider->PutClassAsync(nullptr, 0, nullptr, &r.sink); }},
+    {"release", asTheyAre, [](R& r) { return r.provider.reset(), r.module.canUnloadNow(); }},
+};
+
+// Calls that make a provider, or that reach one without its namespace.
+constexpr Scenario STARTS[] = {
+    {"enumerate-not-initialized", [](R& r) { r.start(nullptr); }, enumerate},
+    {"get-not-initialized", [](R& r) { r.start(nullptr); }, get},
+    {"initialize", asTheyAre, [](R& r) -> HRESULT { return r.start(), 0; }},
+    {"initialize-no-namespace", asTheyAre, [](R& r) -> HRESULT { return r.start(nullptr), 0; }},
+    // A request that arrives as soon as the provider has reported that it is ready.
+    {"initialize-and-serve", [](R& r) { r.initSink.onStatus = [&] { r.enumerate(); }; },
+     [](R& r) -> HRESULT { return r.start(), 0; }},
+    {"create", asTheyAre,
+     [](R& r) {
+         *r.provider.out() = r.module.createProvider();
+         return r.module.canUnloadNow();
+     }},
+    {"factory", asTheyAre,
+     [](R& r) {
+         utils::ComReference<IClassFactory> factory;
+         utils::ComReference<IUnknown> other;
+         void** const made = reinterpret_cast<void**>(other.out());
+         r.module.classObject(CLSID_WbemLocator, IID_IClassFactory, made);
+         r.module.classObject(identity::PROVIDER_CLSID, IID_IWbemServices, made);
+         r.module.classObject(identity::PROVIDER_CLSID, IID_IClassFactory, reinterpret_cast<void**>(factory.out()));
+         factory->CreateInstance(factory.get(), IID_IUnknown, made);
+         factory->CreateInstance(nullptr, IID_IWbemObjectSink, made);
+         factory->LockServer(TRUE);
+         const HRESULT locked = r.module.canUnloadNow();
+         factory->LockServer(FALSE);
+         return locked;
+     }},
+};
+
+void expectRecord(const Scenario& scenario, bool isStarted)
 {
-    using R = RecordedRequest;
-    static const std::vector<Scenario> all{
-        {"initialize", [](R& r) { r.record([&] { return r.start(), 0; }); }},
-        {"initialize-again",
-         [](R& r) {
-             r.start();
-             r.record([&] { return r.initialize(&r.wmiNamespace), 0; });
-         }},
-        {"initialize-no-namespace", [](R& r) { r.record([&] { return r.start(nullptr), 0; }); }},
-        // A request that arrives as soon as the provider has reported that it is ready.
-        {"initialize-and-serve",
-         [](R& r) {
-             r.initSink.onStatus = [&] { r.enumerate(); };
-             r.record([&] { return r.start(), 0; });
-         }},
-        {"enumerate-three",
-         [](R& r) {
-             r.brokerHas(3);
-             r.start();
-             r.record([&] { return r.enumerate(); });
-         }},
-        {"enumerate-none",
-         [](R& r) {
-             r.start();
-             r.record([&] { return r.enumerate(); });
-         }},
-        {"enumerate-every-type",
-         [](R& r) {
-             support::addEveryType(r.instance, r.job);
-             samples::add<core::CimPropertyString>(r.instance, "Name", "overrides");
-             r.brokerHas(1);
-             r.start();
-             r.record([&] { return r.enumerate(); });
-         }},
-        {"enumerate-no-class",
-         [](R& r) {
-             r.brokerHas(1);
-             r.wmiNamespace.classes.clear();
-             r.start();
-             r.record([&] { return r.enumerate(); });
-         }},
-        {"enumerate-refused-by-sink",
-         [](R& r) {
-             r.brokerHas(1);
-             r.sink.indicateAnswers = {1};
-             r.sink.statusAnswers = {static_cast<HRESULT>(WBEM_E_CALL_CANCELLED), 2};
-             r.start();
-             r.record([&] { return r.enumerate(); });
-         }},
-        {"enumerate-not-initialized",
-         [](R& r) {
-             r.start(nullptr);
-             r.record([&] { return r.enumerate(); });
-         }},
-        {"get",
-         [](R& r) {
-             r.broker.onFind = [&] { return &r.instance; };
-             r.start();
-             r.record([&] { return r.get(); });
-         }},
-        {"get-not-found",
-         [](R& r) {
-             r.start();
-             r.record([&] { return r.get("root\\x:" + std::string(R::PORT_PATH)); });
-         }},
-        {"get-no-path",
-         [](R& r) {
-             r.start();
-             r.record([&] { return r.get("nonsense"); });
-         }},
-        {"get-not-initialized",
-         [](R& r) {
-             r.start(nullptr);
-             r.record([&] { return r.get(); });
-         }},
-        {"get-spawn-refused",
-         [](R& r) {
-             r.broker.onFind = [&] { return &r.instance; };
-             r.port.spawnStatus = static_cast<HRESULT>(WBEM_E_OUT_OF_MEMORY);
-             r.start();
-             r.record([&] { return r.get(); });
-         }},
-        {"put",
-         [](R& r) {
-             support::addEveryType(r.object);
-             r.start();
-             r.record([&] { return r.put(); });
-         }},
-        {"put-walk-refused",
-         [](R& r) {
-             r.object.beginStatus = static_cast<HRESULT>(WBEM_E_FAILED);
-             r.start();
-             r.record([&] { return r.put(); });
-         }},
-        {"put-forbidden",
-         [](R& r) {
-             r.broker.onModify = [](core::CimPropertyList&) { throw utils::EForbidden("no"); };
-             r.start();
-             r.record([&] { return r.put(); });
-         }},
-        {"put-create",
-         [](R& r) {
-             r.start();
-             r.record(
-                 [&] { return r.provider->PutInstanceAsync(&r.object, WBEM_FLAG_CREATE_ONLY, &r.context, &r.sink); });
-         }},
-        {"delete",
-         [](R& r) {
-             r.broker.onFind = [&] { return &r.job; };
-             r.start();
-             r.record([&] { return r.remove(); });
-             EXPECT_TRUE(r.job.isMarkedForDeletion());
-         }},
-        {"delete-no-job",
-         [](R& r) {
-             r.start();
-             r.record([&] { return r.remove(R::PORT_PATH); });
-         }},
-        {"method-job",
-         [](R& r) {
-             r.broker.onInvoke = [&](core::CimPropertyList&, core::CimInstance*& started) {
-                 started = &r.job;
-                 return 4096U;
-             };
-             r.object.add("Count", samples::i4(5), CIM_UINT16);
-             r.signature.add("Text", samples::bstr("default"), CIM_STRING);
-             r.start();
-             r.record([&] { return r.execute(); });
-         }},
-        {"method",
-         [](R& r) {
-             r.start();
-             r.record([&] { return r.execute(); });
-         }},
-        {"method-unknown",
-         [](R& r) {
-             r.port.methods.clear();
-             r.start();
-             r.record([&] { return r.execute(); });
-         }},
-        {"method-signature-refused",
-         [](R& r) {
-             r.port.getMethodStatus = static_cast<HRESULT>(WBEM_E_FAILED);
-             r.start();
-             r.record([&] { return r.execute(); });
-         }},
-        {"denied",
-         [](R& r) {
-             r.call.reset();
-             r.call.emplace(r.calls, support::ClientToken::IDENTIFICATION);
-             r.start();
-             r.record([&] { return r.enumerate(); });
-         }},
-        {"refused",
-         [](R& r) {
-             r.start();
-             r.record([&] { return r.provider->PutClassAsync(nullptr, 0, nullptr, &r.sink); });
-         }},
-        {"factory",
-         [](R& r) {
-             r.record([&] {
-                 utils::ComReference<IClassFactory> factory;
-                 utils::ComReference<IUnknown> other;
-                 void** const made = reinterpret_cast<void**>(other.out());
-                 r.module.classObject(CLSID_WbemLocator, IID_IClassFactory, made);
-                 r.module.classObject(identity::PROVIDER_CLSID, IID_IWbemServices, made);
-                 r.module.classObject(identity::PROVIDER_CLSID, IID_IClassFactory,
-                                      reinterpret_cast<void**>(factory.out()));
-                 factory->CreateInstance(factory.get(), IID_IUnknown, made);
-                 factory->CreateInstance(nullptr, IID_IWbemObjectSink, made);
-                 factory->LockServer(TRUE);
-                 const HRESULT locked = r.module.canUnloadNow();
-                 factory->LockServer(FALSE);
-                 return locked;
-             });
-         }},
-        {"create",
-         [](R& r) {
-             r.record([&] {
-                 *r.provider.out() = r.module.createProvider();
-                 return r.module.canUnloadNow();
-             });
-         }},
-        {"release",
-         [](R& r) {
-             r.start();
-             r.record([&] {
-                 r.provider.reset();
-                 return r.module.canUnloadNow();
-             });
-         }},
-    };
-    return all;
+    SCOPED_TRACE(scenario.name);
+    RecordedRequest request;
+    if (isStarted) {
+        request.start();
+    }
+    scenario.arrange(request);
+    request.record([&] { return scenario.send(request); });
+    expectLog(scenario.name, request.lines, request.written);
 }
 
 TEST(RequestLogTest, Requests_areRecordedAsInTheirFiles)
 {
-    for (const Scenario& scenario : scenarios()) {
-        SCOPED_TRACE(scenario.name);
-        RecordedRequest request;
-        scenario.run(request);
-        expectLog(scenario.name, request.lines, request.written);
+    for (const Scenario& scenario : SCENARIOS) {
+        expectRecord(scenario, true);
+    }
+    for (const Scenario& scenario : STARTS) {
+        expectRecord(scenario, false);
     }
 }
 

@@ -1,6 +1,7 @@
 #include <comdef.h>
 
 #include <algorithm>
+#include <functional>
 #include <new>
 #include <set>
 
@@ -33,6 +34,47 @@ public:
     bool armed = false;
 };
 
+// A sink whose client releases it at the final status. A call after the last release is an access violation.
+class LeavingSink final : public IWbemObjectSink
+{
+public:
+    explicit LeavingSink(std::string& seen) : m_seen(seen) {}
+
+    static void* operator new(std::size_t size)
+    {
+        void* const page = VirtualAlloc(nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+        return page != nullptr ? page : throw std::bad_alloc();
+    }
+    static void operator delete(void* page) { VirtualFree(page, 0, MEM_RELEASE); }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++m_references); }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const int left = --m_references;
+        if (left == 0) {
+            m_seen += "gone";
+            delete this;
+        }
+        return static_cast<ULONG>(left);
+    }
+    HRESULT STDMETHODCALLTYPE Indicate(LONG, IWbemClassObject**) override { return WBEM_S_NO_ERROR; }
+    HRESULT STDMETHODCALLTYPE SetStatus(LONG flags, HRESULT result, BSTR, IWbemClassObject*) override
+    {
+        if (flags == WBEM_STATUS_COMPLETE) {
+            m_seen += hex(result) + " ";
+            Release();
+        }
+        return WBEM_S_NO_ERROR;
+    }
+
+private:
+    ~LeavingSink() = default;
+
+    std::string& m_seen;
+    int m_references = 1;
+};
+
 class RequestOutcomeTest : public RequestTest
 {
 protected:
@@ -55,6 +97,44 @@ protected:
         return lines;
     }
 };
+
+TEST_F(RequestOutcomeTest, SinkThatGoesWithItsStatus_isLeftAlone)
+{
+    brokerHas(2);
+    broker.onFind = [&] { return &job; };
+    const std::function<HRESULT()> requests[]{[&] { return enumerate(); }, [&] { return get(JOB_PATH); },
+                                              [&] { return put(); }, [&] { return remove(); },
+                                              [&] { return execute(); }};
+    for (const auto& request : requests) {
+        std::string seen;
+        client = new LeavingSink(seen);
+        EXPECT_EQ(hex(request()), "0x00000000");
+        EXPECT_EQ(seen, "0x00000000 gone");
+        EXPECT_FALSE(support::threadHasToken());
+    }
+}
+
+TEST_F(RequestOutcomeTest, Sink_mayAskAgainWhileItIsAnswered)
+{
+    brokerHas(2);
+    broker.onFind = [&] { return &instance; };
+    Lines inner;
+    sink.onIndicate = [&](IWbemClassObject*) {
+        const support::CallContext innerCall(calls);
+        support::FakeSink innerSink(calls);
+        client = &innerSink;
+        inner.push_back(hex(get()));
+        client = &sink;
+        EXPECT_EQ(innerSink.references(), 0);
+    };
+    EXPECT_EQ(hex(enumerate()), "0x00000000");
+    EXPECT_EQ(inner, (Lines{"0x00000000", "0x00000000"}));
+    EXPECT_FALSE(support::threadHasToken());
+    const Lines lines = calls.take();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "sink.SetStatus(2, 0x00020001, null, null)"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "sink.SetStatus(0, 0x00000000, null, null)"), 3);
+    EXPECT_EQ(lines.back(), "call.RevertToSelf()");
+}
 
 TEST_F(RequestOutcomeTest, Progress_keepsSixteenBitsOfEach)
 {

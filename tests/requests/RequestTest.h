@@ -91,28 +91,35 @@ public:
     HRESULT enumerate()
     {
         const utils::ScopedBstr name("Zerix_EthernetPort");
-        return provider->CreateInstanceEnumAsync(name.get(), 0, &context, &sink);
+        return provider->CreateInstanceEnumAsync(name.get(), 0, &context, client);
     }
 
     HRESULT get(const std::string& path = PORT_PATH)
     {
         const utils::ScopedBstr text(path);
-        return provider->GetObjectAsync(text.get(), 0, &context, &sink);
+        return provider->GetObjectAsync(text.get(), 0, &context, client);
     }
 
-    HRESULT put() { return provider->PutInstanceAsync(&object, WBEM_FLAG_UPDATE_ONLY, &context, &sink); }
+    HRESULT put() { return provider->PutInstanceAsync(&object, WBEM_FLAG_UPDATE_ONLY, &context, client); }
 
     HRESULT remove(const std::string& path = JOB_PATH)
     {
         const utils::ScopedBstr text(path);
-        return provider->DeleteInstanceAsync(text.get(), 0, &context, &sink);
+        return provider->DeleteInstanceAsync(text.get(), 0, &context, client);
     }
 
     HRESULT execute(const std::string& path = PORT_PATH)
     {
         const utils::ScopedBstr text(path);
         const utils::ScopedBstr method("Run");
-        return provider->ExecMethodAsync(text.get(), method.get(), 0, &context, &object, &sink);
+        return provider->ExecMethodAsync(text.get(), method.get(), 0, &context, &object, client);
+    }
+
+    // From this call on, the client allows the given level.
+    void allow(support::ClientToken token)
+    {
+        call.reset();
+        call.emplace(calls, token);
     }
 
     void brokerHas(int ports)
@@ -140,9 +147,11 @@ public:
     support::FakeClassObject jobClass{calls, "Zerix_ConcreteJob"};
     support::FakeClassObject signature{calls, "Run.out"};
     support::FakeClassObject object{calls, "object"};
+    // The sink that the requests receive.
+    IWbemObjectSink* client = &sink;
     core::CimInstance instance{"Zerix_EthernetPort"};
     core::CimInstance job{"Zerix_ConcreteJob"};
-    std::optional<support::CallContext> call{std::in_place, calls, support::ClientToken::IMPERSONATION};
+    std::optional<support::CallContext> call{std::in_place, calls};
     utils::ComReference<IWbemServices> provider;
 };
 

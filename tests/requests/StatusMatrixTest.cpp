@@ -13,6 +13,7 @@
 #include "requests/RequestTest.h"
 #include "support/Baseline.h"
 #include "support/Thrown.h"
+#include "support/WrappedImport.h"
 
 // The answer of each request of the built DLL when something fails, and what the sink and the event log receive. The
 // program makes the exceptions of the broker, and the DLL catches them, or the other way round. Both sides must agree
@@ -70,14 +71,6 @@ public:
         };
     }
 
-    // During the request, the provider's calls of the imported function go to the replacement.
-    template <class Function>
-    void replace(const char* name, Function* replacement)
-    {
-        install = [=, this] { m_hook = std::make_unique<support::ImportHook>(name, replacement, module.handle()); };
-    }
-    void putBack() { m_hook.reset(); }
-
     // Makes the client's object return this value as its path. Takes ownership of the VARIANT's contents.
     void setObjectPath(const VARIANT& owned)
     {
@@ -90,105 +83,75 @@ public:
     bool isInitialized = true;
     LONG flags = WBEM_FLAG_UPDATE_ONLY;
     IWbemContext* given = &context;
-    IWbemObjectSink* to = &sink;
     IWbemClassObject* what = &object;
     core::CimInstance* found = nullptr;
-    std::function<void()> install;
-
-private:
-    std::unique_ptr<support::ImportHook> m_hook;
 };
+
+using R = TriedRequest;
 
 struct Request
 {
     const char* name;
     // The class or path that a request uses by default.
     const char* path;
-    HRESULT (*send)(TriedRequest& r, BSTR path, BSTR method);
+    HRESULT (*send)(R& r, BSTR path, BSTR method);
 };
 
 constexpr Request REQUESTS[] = {
     {"enumerate", "Zerix_EthernetPort",
-     [](TriedRequest& r, BSTR path, BSTR) {
-         return r.provider->CreateInstanceEnumAsync(path, r.flags, r.given, r.to);
-     }},
+     [](R& r, BSTR path, BSTR) { return r.provider->CreateInstanceEnumAsync(path, r.flags, r.given, r.client); }},
     {"get", RequestWorld::PORT_PATH,
-     [](TriedRequest& r, BSTR path, BSTR) {
+     [](R& r, BSTR path, BSTR) {
          r.found = &r.instance;
-         return r.provider->GetObjectAsync(path, r.flags, r.given, r.to);
+         return r.provider->GetObjectAsync(path, r.flags, r.given, r.client);
      }},
-    {"put", "",
-     [](TriedRequest& r, BSTR, BSTR) { return r.provider->PutInstanceAsync(r.what, r.flags, r.given, r.to); }},
+    {"put", "", [](R& r, BSTR, BSTR) { return r.provider->PutInstanceAsync(r.what, r.flags, r.given, r.client); }},
     {"delete", RequestWorld::JOB_PATH,
-     [](TriedRequest& r, BSTR path, BSTR) {
+     [](R& r, BSTR path, BSTR) {
          r.found = &r.job;
-         return r.provider->DeleteInstanceAsync(path, r.flags, r.given, r.to);
+         return r.provider->DeleteInstanceAsync(path, r.flags, r.given, r.client);
      }},
     {"method", RequestWorld::PORT_PATH,
-     [](TriedRequest& r, BSTR path, BSTR method) {
-         return r.provider->ExecMethodAsync(path, method, r.flags, r.given, r.what, r.to);
+     [](R& r, BSTR path, BSTR method) {
+         return r.provider->ExecMethodAsync(path, method, r.flags, r.given, r.what, r.client);
      }},
 };
 
 struct Failure
 {
     const char* name;
-    void (*arrange)(TriedRequest& r);
+    void (*arrange)(R& r);
+    // The imported function that fails during the request; null for none.
+    const char* function = nullptr;
+    std::unique_ptr<support::ImportHook> (*install)(const char* function, HMODULE module) = nullptr;
 };
 
 constexpr auto BROKEN = static_cast<HRESULT>(WBEM_E_FAILED);
 constexpr HRESULT POSITIVE = 1;
 
-BSTR WINAPI noBstr(const OLECHAR*, UINT)
-{
-    return nullptr;
-}
+template <auto Value>
+constexpr auto giving = [](auto&&...) { return Value; };
 
-SAFEARRAY* WINAPI noVector(VARTYPE, LONG, ULONG)
-{
-    return nullptr;
-}
+template <class Function, auto Value>
+constexpr auto gives = &support::WrappedImport<Function, giving<Value>>::install;
 
-HRESULT WINAPI noElement(SAFEARRAY*, LONG*, void*)
-{
-    return E_OUTOFMEMORY;
-}
-
-HRESULT WINAPI noBound(SAFEARRAY*, UINT, LONG*)
-{
-    return DISP_E_BADINDEX;
-}
-
-HRESULT WINAPI noCopy(SAFEARRAY*, SAFEARRAY** copy)
-{
+constexpr auto noCopy = [](auto&&, SAFEARRAY*, SAFEARRAY** copy) {
     *copy = nullptr;
-    return E_OUTOFMEMORY;
-}
+    return HRESULT{E_OUTOFMEMORY};
+};
 
-HRESULT WINAPI noLock(SAFEARRAY*)
-{
-    return E_UNEXPECTED;
-}
+constexpr auto noMemory = [](auto&&...) -> void* { throw std::bad_alloc(); };
 
-void* noMemory(std::size_t)
-{
-    throw std::bad_alloc();
-}
-
-void giveClient(TriedRequest& r, support::ClientToken token)
-{
-    r.call.reset();
-    r.call.emplace(r.calls, token);
-}
+void asItIs(R& /*request*/) {}
 
 template <class Exception>
-void throwing(TriedRequest& r)
+void throwing(R& r)
 {
     r.brokerThrows([] { throw Exception("x"); });
 }
 
 constexpr Failure FAILURES[] = {
-    {"nothing fails", [](TriedRequest&) {}},
+    {"nothing fails", asItIs},
     // The broker.
     {"the broker throws utils::EInvalidParameter", &throwing<utils::EInvalidParameter>},
     {"the broker throws utils::EForbidden", &throwing<utils::EForbidden>},
@@ -197,131 +160,119 @@ constexpr Failure FAILURES[] = {
     {"the broker throws utils::EFailed", &throwing<utils::EFailed>},
     {"the broker throws utils::ESyntaxError", &throwing<utils::ESyntaxError>},
     {"the broker throws utils::Exception",
-     [](TriedRequest& r) { r.brokerThrows([] { throw utils::Exception(std::string("x")); }); }},
+     [](R& r) { r.brokerThrows([] { throw utils::Exception(std::string("x")); }); }},
     {"the broker throws wa::EInvalidParameter", &throwing<wa::EInvalidParameter>},
     {"the broker throws wa::EMethodNotSupported", &throwing<wa::EMethodNotSupported>},
     {"the broker throws wa::EWmiNotFound", &throwing<wa::EWmiNotFound>},
     {"the broker throws std::runtime_error", &throwing<std::runtime_error>},
-    {"the broker throws std::bad_alloc", [](TriedRequest& r) { r.brokerThrows([] { throw std::bad_alloc(); }); }},
-    {"the broker throws _com_error", [](TriedRequest& r) { r.brokerThrows([] { throw _com_error(E_OUTOFMEMORY); }); }},
-    {"the broker throws an int", [](TriedRequest& r) { r.brokerThrows([] { throw 7; }); }},
+    {"the broker throws std::bad_alloc", [](R& r) { r.brokerThrows([] { throw std::bad_alloc(); }); }},
+    {"the broker throws _com_error", [](R& r) { r.brokerThrows([] { throw _com_error(E_OUTOFMEMORY); }); }},
+    {"the broker throws an int", [](R& r) { r.brokerThrows([] { throw 7; }); }},
     {"the broker has nothing",
-     [](TriedRequest& r) {
+     [](R& r) {
          r.broker.onGetInstances = nullptr;
          r.broker.onFind = nullptr;
          r.broker.onInvoke = nullptr;
      }},
     // The client.
-    {"the client is anonymous", [](TriedRequest& r) { giveClient(r, support::ClientToken::ANONYMOUS); }},
-    {"the client allows identification", [](TriedRequest& r) { giveClient(r, support::ClientToken::IDENTIFICATION); }},
-    {"the client allows delegation", [](TriedRequest& r) { giveClient(r, support::ClientToken::DELEGATION); }},
-    {"the client has no token", [](TriedRequest& r) { giveClient(r, support::ClientToken::NONE); }},
+    {"the client is anonymous", [](R& r) { r.allow(support::ClientToken::ANONYMOUS); }},
+    {"the client allows identification", [](R& r) { r.allow(support::ClientToken::IDENTIFICATION); }},
+    {"the client allows delegation", [](R& r) { r.allow(support::ClientToken::DELEGATION); }},
+    {"the client has no token", [](R& r) { r.allow(support::ClientToken::NONE); }},
     {"the client cannot be impersonated",
-     [](TriedRequest& r) { r.call->impersonateStatus = HRESULT_FROM_WIN32(ERROR_CANNOT_IMPERSONATE); }},
-    {"there is no call", [](TriedRequest& r) { r.call.reset(); }},
+     [](R& r) { r.call->impersonateStatus = HRESULT_FROM_WIN32(ERROR_CANNOT_IMPERSONATE); }},
+    {"there is no call", [](R& r) { r.call.reset(); }},
     {"identification and no sink",
-     [](TriedRequest& r) {
-         giveClient(r, support::ClientToken::IDENTIFICATION);
-         r.to = nullptr;
+     [](R& r) {
+         r.allow(support::ClientToken::IDENTIFICATION);
+         r.client = nullptr;
      }},
     // The arguments.
-    {"no namespace", [](TriedRequest& r) { r.isInitialized = false; }},
-    {"no path", [](TriedRequest& r) { r.hasPath = false; }},
+    {"no namespace", [](R& r) { r.isInitialized = false; }},
+    {"no path", [](R& r) { r.hasPath = false; }},
     {"an empty path",
-     [](TriedRequest& r) {
+     [](R& r) {
          r.path = "";
          r.setObjectPath(samples::bstr(""));
      }},
     {"a text that is no path",
-     [](TriedRequest& r) {
+     [](R& r) {
          r.path = "nonsense";
          r.setObjectPath(samples::bstr("nonsense"));
      }},
-    {"a path of another class", [](TriedRequest& r) { r.path = "Zerix_Other.k=1"; }},
-    {"no object", [](TriedRequest& r) { r.what = nullptr; }},
-    {"no context", [](TriedRequest& r) { r.given = nullptr; }},
-    {"no sink", [](TriedRequest& r) { r.to = nullptr; }},
-    {"flags 0", [](TriedRequest& r) { r.flags = 0; }},
-    {"flags 2", [](TriedRequest& r) { r.flags = WBEM_FLAG_CREATE_ONLY; }},
-    {"flags 3", [](TriedRequest& r) { r.flags = 3; }},
-    {"flags 0x10", [](TriedRequest& r) { r.flags = WBEM_FLAG_RETURN_IMMEDIATELY; }},
-    {"flags 0x20001", [](TriedRequest& r) { r.flags = 0x20001; }},
-    {"flags 0x20000", [](TriedRequest& r) { r.flags = WBEM_FLAG_USE_AMENDED_QUALIFIERS; }},
-    {"all flags", [](TriedRequest& r) { r.flags = -1; }},
+    {"a path of another class", [](R& r) { r.path = "Zerix_Other.k=1"; }},
+    {"no object", [](R& r) { r.what = nullptr; }},
+    {"no context", [](R& r) { r.given = nullptr; }},
+    {"no sink", [](R& r) { r.client = nullptr; }},
+    {"flags 0", [](R& r) { r.flags = 0; }},
+    {"flags 2", [](R& r) { r.flags = WBEM_FLAG_CREATE_ONLY; }},
+    {"flags 3", [](R& r) { r.flags = 3; }},
+    {"flags 0x10", [](R& r) { r.flags = WBEM_FLAG_RETURN_IMMEDIATELY; }},
+    {"flags 0x20001", [](R& r) { r.flags = 0x20001; }},
+    {"flags 0x20000", [](R& r) { r.flags = WBEM_FLAG_USE_AMENDED_QUALIFIERS; }},
+    {"all flags", [](R& r) { r.flags = -1; }},
     {"no flags and no sink",
-     [](TriedRequest& r) {
+     [](R& r) {
          r.flags = 0;
-         r.to = nullptr;
+         r.client = nullptr;
      }},
     // The sink.
-    {"Indicate fails", [](TriedRequest& r) { r.sink.indicateAnswers = {BROKEN}; }},
-    {"Indicate answers 1", [](TriedRequest& r) { r.sink.indicateAnswers = {POSITIVE}; }},
-    {"SetStatus fails",
-     [](TriedRequest& r) {
-         r.sink.statusAnswers = {BROKEN, BROKEN};
-     }},
-    {"SetStatus answers 1",
-     [](TriedRequest& r) {
-         r.sink.statusAnswers = {POSITIVE, POSITIVE};
-     }},
-    {"Indicate throws",
-     [](TriedRequest& r) { r.sink.onIndicate = [](IWbemClassObject*) { throw std::runtime_error("x"); }; }},
-    {"SetStatus throws", [](TriedRequest& r) { r.sink.onStatus = [] { throw std::runtime_error("x"); }; }},
+    {"Indicate fails", [](R& r) { r.sink.indicateAnswers = {BROKEN}; }},
+    {"Indicate answers 1", [](R& r) { r.sink.indicateAnswers = {POSITIVE}; }},
+    {"SetStatus fails", [](R& r) { r.sink.statusAnswers.assign(2, BROKEN); }},
+    {"SetStatus answers 1", [](R& r) { r.sink.statusAnswers.assign(2, POSITIVE); }},
+    {"Indicate throws", [](R& r) { r.sink.onIndicate = [](IWbemClassObject*) { throw std::runtime_error("x"); }; }},
+    {"SetStatus throws", [](R& r) { r.sink.onStatus = [] { throw std::runtime_error("x"); }; }},
     // WMI's objects.
-    {"GetObject fails", [](TriedRequest& r) { r.wmiNamespace.classes.clear(); }},
-    {"GetObject gives nothing", [](TriedRequest& r) { r.wmiNamespace.classes["Zerix_EthernetPort"] = nullptr; }},
-    {"GetObject answers 1", [](TriedRequest& r) { r.wmiNamespace.getObjectStatus = POSITIVE; }},
-    {"GetObject fails and gives", [](TriedRequest& r) { r.wmiNamespace.getObjectStatus = BROKEN; }},
+    {"GetObject fails", [](R& r) { r.wmiNamespace.classes.clear(); }},
+    {"GetObject gives nothing", [](R& r) { r.wmiNamespace.classes["Zerix_EthernetPort"] = nullptr; }},
+    {"GetObject answers 1", [](R& r) { r.wmiNamespace.getObjectStatus = POSITIVE; }},
+    {"GetObject fails and gives", [](R& r) { r.wmiNamespace.getObjectStatus = BROKEN; }},
     {"SpawnInstance fails",
-     [](TriedRequest& r) {
+     [](R& r) {
          r.port.spawnStatus = r.signature.spawnStatus = BROKEN;
          r.port.spawnsNothing = r.signature.spawnsNothing = true;
      }},
-    {"SpawnInstance fails and gives", [](TriedRequest& r) { r.port.spawnStatus = r.signature.spawnStatus = BROKEN; }},
-    {"SpawnInstance gives nothing", [](TriedRequest& r) { r.port.spawnsNothing = r.signature.spawnsNothing = true; }},
-    {"SpawnInstance answers 1", [](TriedRequest& r) { r.port.spawnStatus = r.signature.spawnStatus = POSITIVE; }},
+    {"SpawnInstance fails and gives", [](R& r) { r.port.spawnStatus = r.signature.spawnStatus = BROKEN; }},
+    {"SpawnInstance gives nothing", [](R& r) { r.port.spawnsNothing = r.signature.spawnsNothing = true; }},
+    {"SpawnInstance answers 1", [](R& r) { r.port.spawnStatus = r.signature.spawnStatus = POSITIVE; }},
     {"Put fails",
-     [](TriedRequest& r) {
+     [](R& r) {
          r.port.putStatus = {{"DeviceID", BROKEN}};
          r.signature.putStatus = {{"ReturnValue", BROKEN}, {"Job", BROKEN}};
      }},
     {"Put answers 1",
-     [](TriedRequest& r) {
+     [](R& r) {
          r.port.putStatus = {{"DeviceID", POSITIVE}};
          r.signature.putStatus = {{"ReturnValue", POSITIVE}, {"Job", POSITIVE}};
      }},
-    {"Put throws", [](TriedRequest& r) { r.port.onPut = r.signature.onPut = [] { throw std::runtime_error("x"); }; }},
-    {"GetMethod fails", [](TriedRequest& r) { r.port.methods.clear(); }},
-    {"GetMethod fails and gives", [](TriedRequest& r) { r.port.getMethodStatus = BROKEN; }},
-    {"GetMethod answers 1", [](TriedRequest& r) { r.port.getMethodStatus = POSITIVE; }},
-    {"GetMethod gives nothing", [](TriedRequest& r) { r.port.methods["Run"] = nullptr; }},
-    {"the walk over the keys fails", [](TriedRequest& r) { r.object.beginKeysStatus = BROKEN; }},
-    {"the walk over the properties fails",
-     [](TriedRequest& r) { r.object.beginStatus = r.signature.beginStatus = BROKEN; }},
-    {"Next fails at the end", [](TriedRequest& r) { r.object.endOfEnumeration = BROKEN; }},
-    {"Next throws", [](TriedRequest& r) { r.object.onNext = [] { throw std::runtime_error("x"); }; }},
-    {"the object has no path", [](TriedRequest& r) { r.setObjectPath(VARIANT{}); }},
-    {"the object's path is null", [](TriedRequest& r) { r.setObjectPath(samples::null()); }},
-    {"the path fails and is given", [](TriedRequest& r) { r.object.pathStatus = BROKEN; }},
-    {"a value of another type", [](TriedRequest& r) { r.object.add("Number", samples::bstr("text"), CIM_UINT32); }},
-    {"a value of a type without converter",
-     [](TriedRequest& r) { r.object.add("Number", samples::i4(1), CIM_SINT32); }},
+    {"Put throws", [](R& r) { r.port.onPut = r.signature.onPut = [] { throw std::runtime_error("x"); }; }},
+    {"GetMethod fails", [](R& r) { r.port.methods.clear(); }},
+    {"GetMethod fails and gives", [](R& r) { r.port.getMethodStatus = BROKEN; }},
+    {"GetMethod answers 1", [](R& r) { r.port.getMethodStatus = POSITIVE; }},
+    {"GetMethod gives nothing", [](R& r) { r.port.methods["Run"] = nullptr; }},
+    {"the walk over the keys fails", [](R& r) { r.object.beginKeysStatus = BROKEN; }},
+    {"the walk over the properties fails", [](R& r) { r.object.beginStatus = r.signature.beginStatus = BROKEN; }},
+    {"Next fails at the end", [](R& r) { r.object.endOfEnumeration = BROKEN; }},
+    {"Next throws", [](R& r) { r.object.onNext = [] { throw std::runtime_error("x"); }; }},
+    {"the object has no path", [](R& r) { r.setObjectPath(VARIANT{}); }},
+    {"the object's path is null", [](R& r) { r.setObjectPath(samples::null()); }},
+    {"the path fails and is given", [](R& r) { r.object.pathStatus = BROKEN; }},
+    {"a value of another type", [](R& r) { r.object.add("Number", samples::bstr("text"), CIM_UINT32); }},
+    {"a value of a type without converter", [](R& r) { r.object.add("Number", samples::i4(1), CIM_SINT32); }},
     {"an array of something else",
-     [](TriedRequest& r) {
+     [](R& r) {
          VARIANT wrong = support::numbersVariant({1});
          wrong.vt = VT_ARRAY | VT_BSTR;
          r.object.add("Names", wrong, CIM_STRING | CIM_FLAG_ARRAY);
      }},
-    {"a property of an unknown type",
-     [](TriedRequest& r) { samples::add<PropertyOfNoKnownType>(r.instance, "Strange", "?"); }},
+    {"a property of an unknown type", [](R& r) { samples::add<PropertyOfNoKnownType>(r.instance, "Strange", "?"); }},
     {"a reference to nowhere",
-     [](TriedRequest& r) { samples::add<core::CimPropertyRef>(r.instance, "Nowhere", std::string("C.k=1")); }},
+     [](R& r) { samples::add<core::CimPropertyRef>(r.instance, "Nowhere", std::string("C.k=1")); }},
     {"a time that no calendar has",
-     [](TriedRequest& r) {
-         samples::add<core::CimPropertyDatetime>(r.instance, "Never", utils::Time::timestamp(~0ULL));
-     }},
+     [](R& r) { samples::add<core::CimPropertyDatetime>(r.instance, "Never", utils::Time::timestamp(~0ULL)); }},
     {"a null of every type",
-     [](TriedRequest& r) {
+     [](R& r) {
          new core::CimPropertyString("NullText", &r.instance);
          new core::CimPropertyString_arr("NullTexts", &r.instance);
          new core::CimPropertyUint8("NullUint8", &r.instance);
@@ -335,15 +286,15 @@ constexpr Failure FAILURES[] = {
          new core::CimPropertyRef("NullReference", &r.instance);
      }},
     // The platform.
-    {"SafeArrayCreateVector fails", [](TriedRequest& r) { r.replace("SafeArrayCreateVector", &noVector); }},
-    {"SafeArrayPutElement fails", [](TriedRequest& r) { r.replace("SafeArrayPutElement", &noElement); }},
-    {"SafeArrayGetElement fails", [](TriedRequest& r) { r.replace("SafeArrayGetElement", &noElement); }},
-    {"SafeArrayGetUBound fails", [](TriedRequest& r) { r.replace("SafeArrayGetUBound", &noBound); }},
-    {"SafeArrayGetLBound fails", [](TriedRequest& r) { r.replace("SafeArrayGetLBound", &noBound); }},
-    {"SafeArrayCopy fails", [](TriedRequest& r) { r.replace("SafeArrayCopy", &noCopy); }},
-    {"SafeArrayLock fails", [](TriedRequest& r) { r.replace("SafeArrayLock", &noLock); }},
-    {"no memory for a BSTR", [](TriedRequest& r) { r.replace("SysAllocStringLen", &noBstr); }},
-    {"no memory", [](TriedRequest& r) { r.replace("_Znwy", &noMemory); }},
+    {"SafeArrayCreateVector fails", asItIs, "SafeArrayCreateVector", gives<decltype(SafeArrayCreateVector), nullptr>},
+    {"SafeArrayPutElement fails", asItIs, "SafeArrayPutElement", gives<decltype(SafeArrayPutElement), E_OUTOFMEMORY>},
+    {"SafeArrayGetElement fails", asItIs, "SafeArrayGetElement", gives<decltype(SafeArrayGetElement), E_OUTOFMEMORY>},
+    {"SafeArrayGetUBound fails", asItIs, "SafeArrayGetUBound", gives<decltype(SafeArrayGetUBound), DISP_E_BADINDEX>},
+    {"SafeArrayGetLBound fails", asItIs, "SafeArrayGetLBound", gives<decltype(SafeArrayGetLBound), DISP_E_BADINDEX>},
+    {"SafeArrayCopy fails", asItIs, "SafeArrayCopy", support::WrappedImport<decltype(SafeArrayCopy), noCopy>::install},
+    {"SafeArrayLock fails", asItIs, "SafeArrayLock", gives<decltype(SafeArrayLock), E_UNEXPECTED>},
+    {"no memory for a BSTR", asItIs, "SysAllocStringLen", gives<decltype(SysAllocStringLen), nullptr>},
+    {"no memory", asItIs, "_Znwy", support::WrappedImport<void*(std::size_t), noMemory>::install},
 };
 
 std::string thrownText(const std::exception& exception)
@@ -354,7 +305,7 @@ std::string thrownText(const std::exception& exception)
     return "throws " + std::regex_replace(name, ofNamespace, "$1::$2") + " " + exception.what();
 }
 
-std::string answerOf(TriedRequest& r, const Request& request, BSTR path, BSTR method)
+std::string answerOf(R& r, const Request& request, BSTR path, BSTR method)
 {
     try {
         return support::hex(request.send(r, path, method));
@@ -379,11 +330,9 @@ std::string outcomeOf(const Request& request, const Failure& failure)
     const utils::ScopedBstr method("Run");
     r.calls.take();
     r.log.clear();
-    if (r.install) {
-        r.install();
-    }
+    auto hook = failure.function == nullptr ? nullptr : failure.install(failure.function, r.module.handle());
     const std::string answer = answerOf(r, request, r.hasPath ? path.get() : nullptr, method.get());
-    r.putBack();
+    hook.reset();
     EXPECT_FALSE(support::threadHasToken());
     r.provider.reset();
     EXPECT_EQ(r.module.canUnloadNow(), S_OK);

@@ -67,13 +67,10 @@ struct Request
     LONG number;
     // True if the request changes what its repetition would find. Another request then follows it.
     bool uses;
-};
 
-// Prints the request's name as the parameter in the test's name; gtest would print its bytes.
-void PrintTo(const Request& request, std::ostream* out)
-{
-    *out << request.name;
-}
+    // Prints the request's name as the parameter in the test's name; gtest would print its bytes.
+    friend void PrintTo(const Request& request, std::ostream* out) { *out << request.name; }
+};
 
 constexpr Request LIST_PORTS{"listPorts", Scenario::ENUMERATE, "Zerix_EthernetPort", "", "", nullptr, 0, false};
 
@@ -104,7 +101,7 @@ Outcome lasting(Outcome outcome)
     return outcome;
 }
 
-Outcome ask(const Request& request, const std::string& portPath, const reliability::RegistrylessModule& module)
+Outcome ask(const Request& request, const std::string& portPath, const support::ProviderModule& module)
 {
     reliability::Surroundings surroundings;
     surroundings.removed = nullptr;
@@ -117,27 +114,9 @@ Outcome ask(const Request& request, const std::string& portPath, const reliabili
     support::FakeClassObject given(surroundings.calls, "Given");
     *given.path.address() = samples::bstr(surroundings.path);
     if (request.value != nullptr) {
-        VARIANT value{};
-        value.vt = VT_I4;
-        value.lVal = request.number;
-        given.add(request.value, value, CIM_UINT16);
+        given.add(request.value, samples::i4(request.number), CIM_UINT16);
     }
-    Outcome result;
-    {
-        const reliability::Provider provider(module, surroundings);
-        if (provider.made() == support::hex(S_OK)) {
-            result = surroundings.request(request.scenario, provider.get(), given);
-        } else {
-            result.answer = "no provider: " + provider.made();
-        }
-    }
-    if (surroundings.nameSpace.references() != 0) {
-        result.disorder += "the namespace is held; ";
-    }
-    if (module.canUnloadNow() != S_OK) {
-        result.disorder += "the module cannot be unloaded; ";
-    }
-    return lasting(std::move(result));
+    return lasting(reliability::requestOnce(request.scenario, module, surroundings, given));
 }
 
 // The path of the machine's first port.
@@ -186,10 +165,9 @@ protected:
         const std::size_t threads = reliability::threadCount();
         const reliability::Balance before = reliability::balanceNow(m_comMemory);
         Attempt result;
-        support::CallLog registryCalls;
         std::optional<reliability::ModuleMemory> memory;
         std::optional<reliability::Fault> fault;
-        std::optional<reliability::RegistrylessModule> module;
+        std::optional<support::ProviderModule> module;
         {
             const reliability::LoadWatch watch(ofBroker ? L"ZerixCimCore.dll" : L"ZerixDRAVEv2Provider.dll",
                                                [&](HMODULE failing) {
@@ -201,7 +179,7 @@ protected:
                                                        fault->arm(call);
                                                    }
                                                });
-            module.emplace(registryCalls, reliability::Broker::BUILT);
+            module.emplace();
             watch.rethrow();
         }
         if (fault && phase == Phase::LOAD) {
@@ -288,9 +266,7 @@ TEST_P(BrokerFaultsTest, FailingCall_leavesNothingBehind)
 }
 
 INSTANTIATE_TEST_SUITE_P(Requests, BrokerFaultsTest, testing::ValuesIn(REQUESTS),
-                         [](const testing::TestParamInfo<Request>& instance) {
-                             return std::string(instance.param.name);
-                         });
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 // The log level. At level 2 the log makes further platform calls while a module is loaded.
 class LoadFaultsTest : public BrokerFaults, public testing::WithParamInterface<int>
@@ -321,8 +297,6 @@ TEST_P(UnloadFaultsTest, FailingCall_atUnloading_leavesNothing)
 
 // The end leaves a list of instances, marked jobs, and a thread that has just ended.
 INSTANTIATE_TEST_SUITE_P(Requests, UnloadFaultsTest, testing::Values(LIST_PORTS, REQUESTS[7], REQUESTS[8]),
-                         [](const testing::TestParamInfo<Request>& instance) {
-                             return std::string(instance.param.name);
-                         });
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 }  // namespace

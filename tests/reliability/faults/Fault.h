@@ -18,9 +18,8 @@ enum Effect : unsigned
     OUT_OF_MEMORY = 32,    // std::bad_alloc, likewise
     CREATION_FAILED = 64,  // the class factory or the provider is not made: E_OUTOFMEMORY
     REGISTRATION_FAILED = 128,
-    NOT_THERE = 256,     // as on a machine that lacks the data: a shorter list, or "not found"
-    FORBIDDEN = 512,     // an update is answered with WBEM_E_ACCESS_DENIED
-    NOT_STARTED = 1024,  // a diagnostic is answered with the return value 4, Failed
+    NOT_THERE = 256,    // as on a machine that lacks the data: a shorter list, or "not found"
+    NOT_STARTED = 512,  // a diagnostic is answered with the return value 4, Failed
 };
 
 // One imported function and one way in which it can fail.
@@ -29,9 +28,9 @@ struct FaultPoint
     const char* function;
     const char* failure;
     unsigned effects;
-    // The status that an impersonation failure reports to the sink.
-    HRESULT reported;
     std::unique_ptr<support::ImportHook> (*install)(const char* function, HMODULE module);
+    // The status that an impersonation failure reports to the sink.
+    HRESULT reported = S_OK;
 };
 
 // All failures of platform calls that the tests cause in the provider.

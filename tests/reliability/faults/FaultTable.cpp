@@ -6,13 +6,14 @@
 #include <cstdlib>
 #include <regex>
 
+#include "support/CallLog.h"
+
 namespace reliability {
 
 namespace {
 
 const std::string FAILED = "0x80041001";
 const std::string NOT_FOUND = "0x80041002";
-const std::string FORBIDDEN_ANSWER = "0x80041003";
 const std::string UNEXPECTED = "0x8004101D";
 
 std::vector<std::string> finalStatus(const std::string& status)
@@ -65,11 +66,6 @@ std::string effectOf(Scenario scenario, const FaultPoint& point, const Outcome& 
     }
     if (may(Effect::NOT_STARTED) && isNotStarted(normal, found)) {
         return "not started";
-    }
-    if (may(Effect::FORBIDDEN) && scenario == Scenario::PUT && found.answer == FORBIDDEN_ANSWER &&
-        found.reports() == finalStatus(FORBIDDEN_ANSWER))
-    {
-        return "forbidden";
     }
     const bool registration = scenario == Scenario::REGISTER_SERVER || scenario == Scenario::UNREGISTER_SERVER;
     if (registration) {

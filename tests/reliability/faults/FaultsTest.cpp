@@ -7,8 +7,8 @@
 #include "reliability/Accounts.h"
 #include "reliability/Scenario.h"
 #include "reliability/faults/FaultTable.h"
-#include "support/CapturedModules.h"
 #include "support/LogCapture.h"
+#include "support/PrivateRegistry.h"
 
 // Makes every platform call of the provider fail, one at a time, from the class factory to the last release. Checks
 // the state of the client and of the other objects afterwards. Each attempt loads the provider again, so that objects
@@ -24,10 +24,10 @@ using testing::IsEmpty;
 Attempt attempt(Scenario scenario, const support::ComMemory& comMemory, const FaultPoint* point, int call)
 {
     Attempt result;
-    support::CallLog registryCalls;
     const reliability::Balance before = reliability::balanceNow(comMemory);
-    std::optional<reliability::RegistrylessModule> module(std::in_place, registryCalls);
-    support::captureModule(module->handle());
+    std::optional<support::ProviderModule> module(std::in_place);
+    module->useTheTestsBroker();
+    module->captureLog();
     reliability::ModuleMemory memory(module->handle());
     {
         std::optional<reliability::Fault> fault;
@@ -35,16 +35,15 @@ Attempt attempt(Scenario scenario, const support::ComMemory& comMemory, const Fa
             fault.emplace(*point, module->handle());
             fault->arm(call);
         }
-        result.disturbed = reliability::run(scenario, *module, registryCalls);
+        result.disturbed = reliability::run(scenario, *module);
         if (point != nullptr) {
             fault->disarm();
             result.calls = fault->calls();
             result.fired = fault->fired();
         }
-        result.next = reliability::run(scenario, *module, registryCalls);
+        result.next = reliability::run(scenario, *module);
     }
     memory.releaseModule();
-    support::releaseModule(module->handle());
     module.reset();
     result.leaks = reliability::leaksText(memory, before, reliability::balanceNow(comMemory));
     return result;
@@ -57,6 +56,7 @@ protected:
     void failEveryCall(int level)
     {
         const support::LogCapture log(level);
+        const support::PrivateRegistry registry;
         const HMODULE broker = LoadLibraryA("ZerixCimCore.dll");
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         const support::ComMemory comMemory;
@@ -97,8 +97,6 @@ INSTANTIATE_TEST_SUITE_P(Requests, FaultsTest,
                          testing::Values(Scenario::ENUMERATE, Scenario::GET, Scenario::GET_MISSING,
                                          Scenario::GET_UNREADABLE_PATH, Scenario::PUT, Scenario::REMOVE,
                                          Scenario::INVOKE, Scenario::REGISTER_SERVER, Scenario::UNREGISTER_SERVER),
-                         [](const testing::TestParamInfo<Scenario>& instance) {
-                             return std::string(reliability::nameOf(instance.param));
-                         });
+                         [](const auto& instance) { return std::string(reliability::nameOf(instance.param)); });
 
 }  // namespace

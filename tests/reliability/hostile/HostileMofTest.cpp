@@ -72,8 +72,7 @@ TEST(HostileMofTest, Text_isReadOrRefusedWithItsPlace)
         wmihost::ClassRepository repository;
         ASSERT_NO_THROW(wmihost::compileMofText(text, "hostile.mof", repository));
     }
-    const char* const seedText = std::getenv("ZERIX_SEED");
-    const unsigned seed = seedText == nullptr ? 1 : static_cast<unsigned>(std::atoi(seedText));
+    const unsigned seed = reliability::seed();
     reliability::RandomMof random(seed);
     std::size_t read = 0;
     std::size_t refused = 0;

@@ -1,73 +1,40 @@
 #include "reliability/hostile/RandomMof.h"
 
 #include <algorithm>
-#include <array>
+#include <sstream>
+#include <vector>
 
 namespace reliability {
 
 namespace {
 
-// Words and symbols that have a meaning in MOF, in correct and incorrect spelling.
-constexpr std::array<std::string_view, 60> WORDS{"class ",
-                                                 "instance of ",
-                                                 "Qualifier ",
-                                                 "#pragma ",
-                                                 "#pragma namespace(\"\\\\\\\\.\\\\root\\\\x\")\n",
-                                                 "#pragma namespace(\"\")\n",
-                                                 "#pragma include(\"none.mof\")\n",
-                                                 "#pragma include(\"\")\n",
-                                                 "#pragma include(\"a:b|<>*?\\x1\")\n",
-                                                 "#pragma autorecover\n",
-                                                 "[key]",
-                                                 "[key] ",
-                                                 "[in] ",
-                                                 "[out]",
-                                                 "[in, out, ID(0)] ",
-                                                 "{",
-                                                 "}",
-                                                 "};",
-                                                 "(",
-                                                 ")",
-                                                 "[",
-                                                 "]",
-                                                 ";",
-                                                 ":",
-                                                 ",",
-                                                 "=",
-                                                 "$",
-                                                 "$One",
-                                                 " as $One ",
-                                                 " ref ",
-                                                 "object:",
-                                                 "/*",
-                                                 "*/",
-                                                 "//",
-                                                 "\"",
-                                                 "\\",
-                                                 "\\x",
-                                                 "\\xD800",
-                                                 "'",
-                                                 "'\\x0'",
-                                                 "0x",
-                                                 "0xFFFFFFFFFFFFFFFFF",
-                                                 "-",
-                                                 "+1",
-                                                 "-9223372036854775809",
-                                                 "18446744073709551616",
-                                                 "1e999",
-                                                 "101010b",
-                                                 "0777777777777777777777777",
-                                                 "null",
-                                                 "TRUE",
-                                                 "uint8 ",
-                                                 "datetime ",
-                                                 "string ",
-                                                 "char16 ",
-                                                 "real64 ",
-                                                 "__NAMESPACE",
-                                                 ": ToInstance DisableOverride",
-                                                 "\xEF\xBB\xBF",
-                                                 "\xC3"};
+// Words and symbols that have a meaning in MOF, in correct and incorrect spelling. Each ends at a tilde.
+constexpr const char* WORDS =
+    R"(#pragma namespace("\\\\.\\root\\x")
+~#pragma namespace("")
+~#pragma include("none.mof")
+~#pragma include("")
+~#pragma include("a:b|<>*?\x1")
+~#pragma autorecover
+~)"
+    R"(class ~instance of ~Qualifier ~#pragma ~[key]~[key] ~[in] ~[out]~[in, out, ID(0)] ~{~}~};~(~)~[~]~;~)"
+    R"(:~,~=~$~$One~ as $One ~ ref ~object:~/*~*/~//~"~\~\x~\xD800~'~'\x0'~0x~0xFFFFFFFFFFFFFFFFF~-~+1~)"
+    R"(-9223372036854775809~18446744073709551616~1e999~101010b~0777777777777777777777777~null~TRUE~uint8 ~)"
+    R"(datetime ~string ~char16 ~real64 ~__NAMESPACE~: ToInstance DisableOverride~)"
+    "\xEF\xBB\xBF~\xC3~";
+
+const std::vector<std::string>& words()
+{
+    static const std::vector<std::string> all = [] {
+        std::vector<std::string> words;
+        std::istringstream stream(WORDS);
+        for (std::string each; std::getline(stream, each, '~');) {
+            words.push_back(each);
+        }
+        return words;
+    }();
+    return all;
+}
 
 }  // namespace
 
@@ -106,7 +73,7 @@ void RandomMof::change(std::string& text)
             // Sometimes longer than a reader expects.
             if (below(20) == 0) {
                 std::string many;
-                const std::string_view word = WORDS[below(WORDS.size())];
+                const std::string& word = words()[below(words().size())];
                 for (std::size_t times = below(2000); times != 0; --times) {
                     many += word;
                 }
@@ -119,7 +86,7 @@ void RandomMof::change(std::string& text)
             }
             break;
         default:
-            text.insert(at, WORDS[below(WORDS.size())]);
+            text.insert(at, words()[below(words().size())]);
             break;
     }
 }

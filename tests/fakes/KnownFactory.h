@@ -1,19 +1,20 @@
 #pragma once
 
-#include <windows.h>
-
+#include "Os/Windows/Platform.h"
 #include "adapters/wmi/ProviderIdentity.h"
 
-namespace reliability {
+namespace support {
 
-// While it lives, COM knows the provider's class factory in this process, so that no registration is needed.
+// While it lives, COM knows the class factory of the built provider in this process, so that no registration is needed.
+// The provider stays loaded.
 class KnownFactory
 {
 public:
-    KnownFactory() : m_module(LoadLibraryA("ZerixDRAVEv2Provider.dll"))
+    KnownFactory()
     {
-        auto* const entry = reinterpret_cast<HRESULT(WINAPI*)(REFCLSID, REFIID, LPVOID*)>(
-            reinterpret_cast<void*>(GetProcAddress(m_module, "DllGetClassObject")));
+        const HMODULE module = LoadLibraryA("ZerixDRAVEv2Provider.dll");
+        const auto entry =
+            reinterpret_cast<LPFNGETCLASSOBJECT>(reinterpret_cast<void*>(GetProcAddress(module, "DllGetClassObject")));
         IUnknown* factory = nullptr;
         entry(identity::PROVIDER_CLSID, IID_IClassFactory, reinterpret_cast<void**>(&factory));
         CoRegisterClassObject(identity::PROVIDER_CLSID, factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
@@ -24,8 +25,7 @@ public:
     KnownFactory& operator=(const KnownFactory&) = delete;
 
 private:
-    HMODULE m_module;
     DWORD m_cookie = 0;
 };
 
-}  // namespace reliability
+}  // namespace support
