@@ -6,6 +6,7 @@
 
 #include <comdef.h>
 
+#include "wmihost/com/EmptyContext.h"
 #include "wmihost/com/Guard.h"
 #include "wmihost/com/InitSink.h"
 #include "wmihost/com/NamespaceServices.h"
@@ -19,18 +20,6 @@ namespace {
 
 // A provider that keeps a sink longer than this counts as hung.
 constexpr std::chrono::milliseconds PATIENCE = std::chrono::minutes(1);
-
-// The context that WMI passes with every request. It has no values.
-ComPtr<IWbemContext> makeContext()
-{
-    ComPtr<IWbemContext> context;
-    const HRESULT result =
-        CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(context.put()));
-    if (FAILED(result)) {
-        throw RequestError(result, "the platform's context object cannot be created");
-    }
-    return context;
-}
 
 std::wstring userName()
 {
@@ -56,11 +45,12 @@ ProviderSession::ProviderSession(const ClassRepository& repository, const Namesp
 
     const auto services = ComPtr<IWbemServices>::adopt(new NamespaceServices(repository, nameSpace));
     const auto sink = ComPtr<InitSink>::adopt(new InitSink);
+    const auto context = ComPtr<EmptyContext>::adopt(new EmptyContext);
     std::wstring user = userName();
     std::wstring space = nameSpace.name();
     std::wstring locale = L"ms_409";
     const HRESULT returned =
-        init->Initialize(user.data(), 0, space.data(), locale.data(), services.get(), makeContext().get(), sink.get());
+        init->Initialize(user.data(), 0, space.data(), locale.data(), services.get(), context.get(), sink.get());
     // A failed return value counts even if the sink got a success. Without any report, the initialisation has failed.
     const HRESULT status = FAILED(returned) ? returned : sink->status().value_or(code(WBEM_E_INITIALIZATION_FAILURE));
     if (FAILED(status)) {
@@ -127,7 +117,7 @@ RequestResult ProviderSession::run(bool supported, const RequestOptions& options
         result.status = code(WBEM_E_PROVIDER_NOT_CAPABLE);
         return result;
     }
-    const auto context = makeContext();
+    const auto context = ComPtr<EmptyContext>::adopt(new EmptyContext);
     const auto response = std::make_shared<Response>(options.onProgress);
     HRESULT returned = 0;
     {
