@@ -58,6 +58,12 @@ public:
         return m_ipConfigurations;
     }
 
+    std::vector<std::string> readHiddenAdapters() override
+    {
+        ++hiddenReads;
+        return hidden;
+    }
+
     std::optional<broker::Adapter> readAdapter(std::uint64_t luid) override;
 
     broker::LinkDetails readLinkDetails(const broker::Adapter& /*adapter*/) override
@@ -87,6 +93,9 @@ public:
         m_ipConfigurations = std::move(configurations);
     }
 
+    // The GUIDs of the adapters whose drivers are hidden.
+    std::vector<std::string> hidden;
+
     // The link details of every adapter.
     broker::LinkDetails link{10'000'000'000, true};
 
@@ -97,6 +106,7 @@ public:
     std::atomic<int> adapterReads{0};
     std::atomic<int> addressReads{0};
     std::atomic<int> ipConfigurationReads{0};
+    std::atomic<int> hiddenReads{0};
     std::atomic<int> linkReads{0};
 
 private:

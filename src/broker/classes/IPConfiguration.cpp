@@ -11,7 +11,7 @@ namespace {
 
 std::vector<IpConfiguration> rows(Workspace& workspace)
 {
-    return workspace.sources().adapters.readIpConfigurations();
+    return workspace.ipConfigurations();
 }
 
 std::string id(const IpConfiguration& row)

@@ -56,9 +56,8 @@ bool isPort(const InterfaceTraits& traits)
         default:
             break;
     }
-    // Neither what is hidden nor the mark depends on the language of the platform, which translates "WAN Miniport".
-    return !traits.isFilter && !traits.isHidden && !isRemoteAccess(traits.hardwareAddress) &&
-           !isHelper(traits.description);
+    // The mark does not depend on the language of the platform, which translates "WAN Miniport".
+    return !traits.isFilter && !isRemoteAccess(traits.hardwareAddress) && !isHelper(traits.description);
 }
 
 // The platform may leave an interface up when its cable is pulled, and the state of a virtual medium may be unknown.

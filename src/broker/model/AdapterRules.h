@@ -18,11 +18,9 @@ struct InterfaceTraits
     std::string description;
     // As Adapter::hardwareAddress.
     std::string hardwareAddress;
-    // Whether the platform shows it in no user interface, as its driver asked for.
-    bool isHidden = false;
 };
 
-// Whether a person would call the interface a network adapter.
+// Whether a person would call the interface a network adapter, unless its driver was installed as hidden.
 bool isPort(const InterfaceTraits& traits);
 
 // Whether the adapter can exchange frames now: it is up, and its medium is not known to be disconnected.

@@ -30,6 +30,7 @@ void Workspace::begin(const std::string& className) noexcept
 {
     ++m_request;
     m_systemName.reset();
+    m_hiddenAdapters.reset();
     m_adapters.reset();
     m_addresses.reset();
 
@@ -103,7 +104,7 @@ const std::string& Workspace::systemName()
 const std::vector<Adapter>& Workspace::adapters()
 {
     if (!m_adapters) {
-        m_adapters = m_sources.adapters.readAdapters();
+        m_adapters = shown(m_sources.adapters.readAdapters(), &Adapter::guid);
     }
     return *m_adapters;
 }
@@ -111,9 +112,14 @@ const std::vector<Adapter>& Workspace::adapters()
 const std::vector<Address>& Workspace::addresses()
 {
     if (!m_addresses) {
-        m_addresses = m_sources.adapters.readAddresses();
+        m_addresses = shown(m_sources.adapters.readAddresses(), &Address::adapterGuid);
     }
     return *m_addresses;
+}
+
+std::vector<IpConfiguration> Workspace::ipConfigurations()
+{
+    return shown(m_sources.adapters.readIpConfigurations(), &IpConfiguration::adapterGuid);
 }
 
 const Adapter& Workspace::adapterOf(const InstanceStore::Record& port)
@@ -134,6 +140,19 @@ Workspace::Class* Workspace::classOf(std::string_view name) noexcept
     const auto found = std::find_if(m_classes.begin(), m_classes.end(),
                                     [name](const Class& candidate) { return sameName(candidate.name, name); });
     return found == m_classes.end() ? nullptr : &*found;
+}
+
+template <class Row>
+std::vector<Row> Workspace::shown(std::vector<Row> rows, std::string Row::*adapterGuid)
+{
+    if (!m_hiddenAdapters) {
+        m_hiddenAdapters = m_sources.adapters.readHiddenAdapters();
+    }
+    std::erase_if(rows, [this, adapterGuid](const Row& row) {
+        return std::find(m_hiddenAdapters->begin(), m_hiddenAdapters->end(), row.*adapterGuid) !=
+               m_hiddenAdapters->end();
+    });
+    return rows;
 }
 
 const InstanceStore& Workspace::current(Slot& slot)

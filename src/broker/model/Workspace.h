@@ -60,6 +60,7 @@ public:
     const std::string& systemName();
     const std::vector<Adapter>& adapters();
     const std::vector<Address>& addresses();
+    std::vector<IpConfiguration> ipConfigurations();
 
     // The data that this request has read about the adapter of a port.
     const Adapter& adapterOf(const InstanceStore::Record& port);
@@ -86,12 +87,16 @@ private:
     // Null for a class that is not served.
     Class* classOf(std::string_view name) noexcept;
     const InstanceStore& current(Slot& slot);
+    // The rows whose adapters are not hidden.
+    template <class Row>
+    std::vector<Row> shown(std::vector<Row> rows, std::string Row::*adapterGuid);
 
     Sources m_sources;
     std::uint64_t m_request = 0;
     std::vector<Class> m_classes;
     // The data that this request has read.
     std::optional<std::string> m_systemName;
+    std::optional<std::vector<std::string>> m_hiddenAdapters;
     std::optional<std::vector<Adapter>> m_adapters;
     std::optional<std::vector<Address>> m_addresses;
 };

@@ -170,9 +170,9 @@ enum class StateChange
 };
 
 // Platform boundary: the machine's network adapters, read on every call; nothing is kept between calls. CONTRACT:
-// returns only adapters that isPort accepts (broker/model/AdapterRules.h), in the platform's order. If the platform
-// refuses a table, it is asked once more; if it refuses again, the call throws, since an empty list would be a wrong
-// answer. Any number of threads at once.
+// returns only adapters that isPort accepts (broker/model/AdapterRules.h), hidden ones too, in the platform's order. If
+// the platform refuses a table, it is asked once more; if it refuses again, the call throws, since an empty list would
+// be a wrong answer. Any number of threads at once.
 class AdapterSource
 {
 public:
@@ -189,6 +189,11 @@ public:
 
     // The configurations of all adapters with a bound protocol. Throws utils::EFailed.
     virtual std::vector<IpConfiguration> readIpConfigurations() = 0;
+
+    // The GUIDs of the adapters whose drivers were installed as hidden: components that the platform shows in no user
+    // interface. Empty where the platform keeps no list of drivers, as an emulated one may not, or the calling thread's
+    // identity may not read it; nothing is logged.
+    virtual std::vector<std::string> readHiddenAdapters() = 0;
 
     // A single adapter. Empty, with one error line, if it is gone or cannot be read.
     virtual std::optional<Adapter> readAdapter(std::uint64_t luid) = 0;

@@ -9,18 +9,16 @@
 #include "Os/Windows/AnsiText.h"
 #include "Utils/Exception.h"
 #include "Utils/Utils.h"
-#include "broker/windows/HiddenAdapters.h"
 #include "broker/windows/TableAnswer.h"
 
 namespace broker {
 
 namespace {
 
-InterfaceTraits traitsOf(const IP_ADAPTER_ADDRESSES& adapter, const std::vector<std::string>& hidden)
+InterfaceTraits traitsOf(const IP_ADAPTER_ADDRESSES& adapter)
 {
     const ULONG length = std::min<ULONG>(adapter.PhysicalAddressLength, MAX_ADAPTER_ADDRESS_LENGTH);
-    return {adapter.IfType, false, utils::narrow(adapter.Description), hexDigits(adapter.PhysicalAddress, length),
-            contains(hidden, adapter.AdapterName)};
+    return {adapter.IfType, false, utils::narrow(adapter.Description), hexDigits(adapter.PhysicalAddress, length)};
 }
 
 }  // namespace
@@ -54,11 +52,10 @@ std::vector<const IP_ADAPTER_ADDRESSES*> AddressTable::ports() const
     if (m_isEmpty) {
         return result;
     }
-    const std::vector<std::string> hidden = hiddenAdapters();
     for (const auto* adapter = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(m_buffer.data()); adapter != nullptr;
          adapter = adapter->Next)
     {
-        if (isPort(traitsOf(*adapter, hidden))) {
+        if (isPort(traitsOf(*adapter))) {
             result.push_back(adapter);
         }
     }

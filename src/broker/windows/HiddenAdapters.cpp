@@ -1,4 +1,4 @@
-#include "broker/windows/HiddenAdapters.h"
+// How PlatformAdapters reads which adapters have a hidden driver.
 
 #include <algorithm>
 #include <array>
@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Os/Windows/WindowsRegistry.h"
+#include "broker/windows/PlatformAdapters.h"
 
 namespace broker {
 
@@ -55,7 +56,7 @@ std::optional<std::string> adapterGuid(HKEY driver)
 
 }  // namespace
 
-std::vector<std::string> hiddenAdapters()
+std::vector<std::string> PlatformAdapters::readHiddenAdapters()
 {
     utils::WindowsRegistry& registry = *utils::WindowsRegistry::getInstance();
     std::vector<std::string> result;

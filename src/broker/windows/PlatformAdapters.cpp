@@ -18,7 +18,6 @@
 #include "Utils/Utils.h"
 #include "broker/model/AdapterRules.h"
 #include "broker/windows/AddressTable.h"
-#include "broker/windows/HiddenAdapters.h"
 #include "broker/windows/LinkSpeed.h"
 #include "broker/windows/TableAnswer.h"
 
@@ -43,10 +42,10 @@ std::string permanentAddress(const MIB_IF_ROW2& row)
     return digits.find_first_not_of('0') == std::string::npos ? std::string() : digits;
 }
 
-InterfaceTraits traitsOf(const MIB_IF_ROW2& row, bool isHidden)
+InterfaceTraits traitsOf(const MIB_IF_ROW2& row)
 {
     return {row.Type, row.InterfaceAndOperStatusFlags.FilterInterface != FALSE, utils::narrow(row.Description),
-            hexDigits(row.PhysicalAddress, row.PhysicalAddressLength), isHidden};
+            hexDigits(row.PhysicalAddress, row.PhysicalAddressLength)};
 }
 
 Counters countersFrom(const MIB_IF_ROW2& row)
@@ -72,11 +71,11 @@ Counters countersFrom(const MIB_IF_ROW2& row)
     return counters;
 }
 
-// The GUID and the traits are those of the row.
-Adapter adapterFrom(const MIB_IF_ROW2& row, std::string guid, InterfaceTraits traits)
+// The traits are those of the row.
+Adapter adapterFrom(const MIB_IF_ROW2& row, InterfaceTraits traits)
 {
     Adapter adapter;
-    adapter.guid = std::move(guid);
+    adapter.guid = guidText(row.InterfaceGuid);
     adapter.luid = row.InterfaceLuid.Value;
     adapter.index = row.InterfaceIndex;
     adapter.name = utils::narrow(row.Alias);
@@ -166,14 +165,12 @@ std::vector<Adapter> PlatformAdapters::readAdapters()
         throw utils::EFailed(utils::format("GetIfTable2 error %d", static_cast<int>(status)));
     }
     const std::unique_ptr<MIB_IF_TABLE2, TableFreer> table(rows);
-    const std::vector<std::string> hidden = hiddenAdapters();
     std::vector<Adapter> adapters;
     adapters.reserve(table->NumEntries);
-    std::for_each(table->Table, table->Table + table->NumEntries, [&adapters, &hidden](const MIB_IF_ROW2& row) {
-        std::string guid = guidText(row.InterfaceGuid);
-        InterfaceTraits traits = traitsOf(row, contains(hidden, guid));
+    std::for_each(table->Table, table->Table + table->NumEntries, [&adapters](const MIB_IF_ROW2& row) {
+        InterfaceTraits traits = traitsOf(row);
         if (isPort(traits)) {
-            adapters.push_back(adapterFrom(row, std::move(guid), std::move(traits)));
+            adapters.push_back(adapterFrom(row, std::move(traits)));
         }
     });
     return adapters;
@@ -206,7 +203,7 @@ std::optional<Adapter> PlatformAdapters::readAdapter(std::uint64_t luid)
         here.error("GetIfEntry2 error %d", status);
         return std::nullopt;
     }
-    return adapterFrom(row, guidText(row.InterfaceGuid), traitsOf(row, false));
+    return adapterFrom(row, traitsOf(row));
 }
 
 StateChange PlatformAdapters::setAdministrativeState(const Adapter& adapter, AdministrativeState state)

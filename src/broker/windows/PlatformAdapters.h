@@ -11,6 +11,7 @@ public:
     std::vector<Adapter> readAdapters() override;
     std::vector<Address> readAddresses() override;
     std::vector<IpConfiguration> readIpConfigurations() override;
+    std::vector<std::string> readHiddenAdapters() override;
     std::optional<Adapter> readAdapter(std::uint64_t luid) override;
     LinkDetails readLinkDetails(const Adapter& adapter) override;
     StateChange setAdministrativeState(const Adapter& adapter, AdministrativeState state) override;

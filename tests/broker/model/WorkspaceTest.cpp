@@ -88,6 +88,31 @@ TEST_F(Workspace, Request_readsOnceAndOnlyWhatIsNeeded)
     EXPECT_EQ(m_adapters.addressReads, 2);
 }
 
+TEST_F(Workspace, HiddenAdapter_isInNoTable)
+{
+    m_adapters.set({fakes::ipConfiguration(1), fakes::ipConfiguration(2)});
+    m_adapters.hidden = {fakes::adapter(1).guid};
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "Name"), ElementsAre("eth2"));
+    EXPECT_THAT(valuesOf("Zerix_IPProtocolEndpoint", "IPv4Address"), ElementsAre("192.0.2.2", "null"));
+    EXPECT_THAT(valuesOf("Zerix_IPConfiguration", "InstanceID"),
+                ElementsAre("Vexal:IPConfiguration:" + fakes::adapter(2).guid));
+}
+
+TEST_F(Workspace, HiddenAdapters_areReadOnceInARequest)
+{
+    m_workspace.instances("Zerix_PortImplementsEndpoint");
+    m_workspace.instances("Zerix_PortIPConfiguration");
+    EXPECT_EQ(m_adapters.adapterReads, 1);
+    EXPECT_EQ(m_adapters.addressReads, 1);
+    EXPECT_EQ(m_adapters.ipConfigurationReads, 1);
+    EXPECT_EQ(m_adapters.hiddenReads, 1);
+    m_adapters.hidden = {fakes::adapter(1).guid};
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "Name"), ElementsAre("eth1", "eth2"));
+    m_workspace.begin("");
+    EXPECT_THAT(valuesOf("Zerix_EthernetPort", "Name"), ElementsAre("eth2"));
+    EXPECT_EQ(m_adapters.hiddenReads, 2);
+}
+
 TEST_F(Workspace, Instances_stayUntilTheNextRequest)
 {
     const auto* ports = m_workspace.instances("Zerix_EthernetPort");

@@ -1,11 +1,10 @@
-#include "broker/windows/HiddenAdapters.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
+#include "broker/windows/PlatformAdapters.h"
 #include "support/ImportHook.h"
 #include "support/LogCapture.h"
 #include "support/PrivateRegistry.h"
@@ -48,6 +47,7 @@ protected:
         setGuid(key, guid);
     }
 
+    broker::PlatformAdapters m_source;
     const support::PrivateRegistry m_registry;
     const support::LogCapture m_log{1};
 };
@@ -58,13 +58,13 @@ TEST_F(HiddenAdapters, DriverWithTheFlag_isHidden)
     add("0001", CARD_FLAGS, CARD);
     add("0002", 0x9, DEBUGGER);
     add("0003", VIRTUAL_FLAGS, "{00000000-0000-0000-0000-000000000001}");
-    EXPECT_THAT(broker::hiddenAdapters(), ElementsAre(MINIPORT, DEBUGGER));
+    EXPECT_THAT(m_source.readHiddenAdapters(), ElementsAre(MINIPORT, DEBUGGER));
 }
 
 TEST_F(HiddenAdapters, Guid_comesInUpperCase)
 {
     add("0000", MINIPORT_FLAGS, "{8e301a52-affa-4f49-b9ca-c79096a1a056}");
-    EXPECT_THAT(broker::hiddenAdapters(), ElementsAre(MINIPORT));
+    EXPECT_THAT(m_source.readHiddenAdapters(), ElementsAre(MINIPORT));
 }
 
 TEST_F(HiddenAdapters, DriverThatSaysNothing_isShown)
@@ -78,12 +78,12 @@ TEST_F(HiddenAdapters, DriverThatSaysNothing_isShown)
     setFlags("0004", MINIPORT_FLAGS);
     setGuid("0004", std::string(CARD) + " and more");
     add("Configuration", 0, CARD);
-    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+    EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
 }
 
 TEST_F(HiddenAdapters, PlatformWithoutTheList_hidesNone)
 {
-    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+    EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
 
@@ -102,9 +102,9 @@ TEST_F(HiddenAdapters, KeyThatIsRefused_isPassedOver)
     add("0001", MINIPORT_FLAGS, DEBUGGER);
     const support::ImportHook hook("RegOpenKeyExA", &refuseKey);
     refusedKey = "0000";
-    EXPECT_THAT(broker::hiddenAdapters(), ElementsAre(DEBUGGER));
+    EXPECT_THAT(m_source.readHiddenAdapters(), ElementsAre(DEBUGGER));
     refusedKey = DRIVERS;
-    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+    EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
 
@@ -118,7 +118,7 @@ TEST_F(HiddenAdapters, NamesThatAreRefused_endTheList)
 {
     add("0000", MINIPORT_FLAGS, MINIPORT);
     const support::ImportHook hook("RegEnumKeyExA", &refuseNames);
-    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+    EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
 }
 
 LSTATUS WINAPI refuseValues(HKEY /*key*/, LPCSTR /*name*/, LPDWORD /*reserved*/, LPDWORD /*type*/, LPBYTE /*data*/,
@@ -131,7 +131,7 @@ TEST_F(HiddenAdapters, ValuesThatAreRefused_hideNone)
 {
     add("0000", MINIPORT_FLAGS, MINIPORT);
     const support::ImportHook hook("RegQueryValueExA", &refuseValues);
-    EXPECT_THAT(broker::hiddenAdapters(), IsEmpty());
+    EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
 }
 
 }  // namespace
