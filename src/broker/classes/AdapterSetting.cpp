@@ -24,8 +24,10 @@ bool isThere(Workspace& workspace, const std::string& adapterGuid)
 
 std::vector<Row> rows(Workspace& workspace)
 {
+    const std::vector<Adapter>& adapters = workspace.adapters();
     std::vector<Row> result;
-    for (const Adapter& adapter : workspace.adapters()) {
+    result.reserve(adapters.size());
+    for (const Adapter& adapter : adapters) {
         result.push_back({adapter.guid, workspace.sources().settings.adapterSetting(adapter.guid)});
     }
     // Settings of adapters that are gone are shown as well.

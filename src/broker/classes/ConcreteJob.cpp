@@ -17,9 +17,11 @@ struct Row
 
 std::vector<Row> rows(Workspace& workspace)
 {
-    std::vector<Row> result;
     Jobs& jobs = workspace.sources().jobs;
-    for (JobStatus& status : jobs.jobs()) {
+    std::vector<JobStatus> all = jobs.jobs();
+    std::vector<Row> result;
+    result.reserve(all.size());
+    for (JobStatus& status : all) {
         result.push_back({jobs, std::move(status)});
     }
     return result;

@@ -19,8 +19,10 @@ struct Row
 
 std::vector<Row> rows(Workspace& workspace)
 {
+    const std::vector<std::shared_ptr<const DiagnosticResult>> results = workspace.sources().jobs.results();
     std::vector<Row> result;
-    for (const std::shared_ptr<const DiagnosticResult>& found : workspace.sources().jobs.results()) {
+    result.reserve(results.size());
+    for (const std::shared_ptr<const DiagnosticResult>& found : results) {
         // Inside the loop, so that without results the platform is not asked.
         const InstanceStore::Record* port = workspace.references(ETHERNET_PORT).withId(found->adapterGuid);
         result.push_back({found, port == nullptr ? nullptr : port->instance.get()});

@@ -11,9 +11,12 @@ namespace {
 
 std::vector<Association> rows(Workspace& workspace)
 {
+    const std::vector<InstanceStore::Record>& profiles = workspace.references(REGISTERED_PROFILE).records();
+    const std::vector<InstanceStore::Record>& ports = workspace.references(ETHERNET_PORT).records();
     std::vector<Association> result;
-    for (const InstanceStore::Record& profile : workspace.references(REGISTERED_PROFILE).records()) {
-        for (const InstanceStore::Record& port : workspace.references(ETHERNET_PORT).records()) {
+    result.reserve(profiles.size() * ports.size());
+    for (const InstanceStore::Record& profile : profiles) {
+        for (const InstanceStore::Record& port : ports) {
             result.push_back({profile, port});
         }
     }

@@ -11,9 +11,11 @@ namespace {
 
 std::vector<Association> rows(Workspace& workspace)
 {
-    std::vector<Association> result;
     const InstanceStore& settings = workspace.references(ADAPTER_SETTING);
-    for (const InstanceStore::Record& port : workspace.references(ETHERNET_PORT).records()) {
+    const std::vector<InstanceStore::Record>& ports = workspace.references(ETHERNET_PORT).records();
+    std::vector<Association> result;
+    result.reserve(ports.size());
+    for (const InstanceStore::Record& port : ports) {
         // Both are made from the same adapters.
         result.push_back({port, *settings.withId(port.id)});
     }

@@ -24,8 +24,10 @@ struct Row
 
 std::vector<Row> rows(Workspace& workspace)
 {
+    const std::vector<Adapter>& adapters = workspace.adapters();
     std::vector<Row> result;
-    for (const Adapter& adapter : workspace.adapters()) {
+    result.reserve(adapters.size());
+    for (const Adapter& adapter : adapters) {
         result.push_back({adapter, workspace.systemName(), workspace.sources().settings, workspace.sources().adapters});
     }
     return result;

@@ -19,8 +19,10 @@ struct Row
 // One row for each address, in the same order.
 std::vector<Row> rows(Workspace& workspace)
 {
+    const std::vector<Address>& addresses = workspace.addresses();
     std::vector<Row> result;
-    for (const Address& address : workspace.addresses()) {
+    result.reserve(addresses.size());
+    for (const Address& address : addresses) {
         result.push_back({address, workspace.systemName()});
     }
     return result;

@@ -12,9 +12,12 @@ namespace {
 // The diagnostics of all ports use the same setting.
 std::vector<Association> rows(Workspace& workspace)
 {
+    const std::vector<InstanceStore::Record>& ports = workspace.references(ETHERNET_PORT).records();
+    const std::vector<InstanceStore::Record>& settings = workspace.references(DIAGNOSTIC_SETTING).records();
     std::vector<Association> result;
-    for (const InstanceStore::Record& port : workspace.references(ETHERNET_PORT).records()) {
-        for (const InstanceStore::Record& setting : workspace.references(DIAGNOSTIC_SETTING).records()) {
+    result.reserve(ports.size() * settings.size());
+    for (const InstanceStore::Record& port : ports) {
+        for (const InstanceStore::Record& setting : settings) {
             result.push_back({port, setting});
         }
     }

@@ -11,9 +11,11 @@ namespace {
 
 std::vector<Association> rows(Workspace& workspace)
 {
-    std::vector<Association> result;
     const InstanceStore& ports = workspace.references(ETHERNET_PORT);
-    for (const InstanceStore::Record& configuration : workspace.references("Zerix_IPConfiguration").records()) {
+    const std::vector<InstanceStore::Record>& configurations = workspace.references("Zerix_IPConfiguration").records();
+    std::vector<Association> result;
+    result.reserve(configurations.size());
+    for (const InstanceStore::Record& configuration : configurations) {
         // Adapters and configurations are read by two calls, and a new adapter may come in between.
         if (const InstanceStore::Record* port = ports.withId(configuration.id)) {
             result.push_back({*port, configuration});

@@ -11,9 +11,10 @@ namespace {
 
 std::vector<Association> rows(Workspace& workspace)
 {
-    std::vector<Association> result;
     const InstanceStore& ports = workspace.references(ETHERNET_PORT);
     const std::vector<InstanceStore::Record>& endpoints = workspace.references(IP_PROTOCOL_ENDPOINT).records();
+    std::vector<Association> result;
+    result.reserve(endpoints.size());
     for (std::size_t i = 0; i < endpoints.size(); ++i) {
         // Adapters and addresses are read by two calls, and a new adapter may come in between.
         if (const InstanceStore::Record* port = ports.withId(workspace.addresses()[i].adapterGuid)) {
