@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "support/Baseline.h"
+#include "tests/wmihost/CaseFile.h"
 #include "wmihost/TestObjects.h"
 #include "wmihost/mof/MofText.h"
 #include "wmihost/terminal/Text.h"
@@ -15,26 +15,17 @@
 namespace wmihost {
 namespace {
 
-// The head of the file explains its lines.
 TEST(MofCompiler, MalformedMof_isRefusedWithItsMessage)
 {
-    std::vector<std::string> lines;
-    std::string text;
-    for (const std::string& line : support::readBaseline(ZERIX_MOF_MALFORMED)) {
-        if (line.starts_with("=> ")) {
-            ClassRepository repository;
-            try {
-                compileMofText(text, "bad.mof", repository);
-                lines.emplace_back("=> accepted");
-            } catch (const MofError& error) {
-                lines.push_back(std::string("=> ") + error.what());
-            }
-        } else {
-            lines.push_back(line);
-            text = line.starts_with("## ") ? "" : text + (text.empty() ? "" : "\n") + line;
+    expectCases(ZERIX_MOF_MALFORMED, [](const std::string& text) -> std::string {
+        ClassRepository repository;
+        try {
+            compileMofText(text, "bad.mof", repository);
+        } catch (const MofError& error) {
+            return error.what();
         }
-    }
-    support::expectBaseline(ZERIX_MOF_MALFORMED, lines);
+        return "accepted";
+    });
 }
 
 // A MOF by another author: every type and its array, with qualifiers of every kind and flavor.
