@@ -2,19 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+
+#include "support/Baseline.h"
 
 namespace wmihost {
 
 // Expects that the file holds exactly that content. ZERIX_ACCEPT_BASELINES=1 writes it.
 inline void expectFile(const std::filesystem::path& file, const std::string& content)
 {
-    const char* const accept = std::getenv("ZERIX_ACCEPT_BASELINES");
-    if (accept != nullptr && accept == std::string("1")) {
+    if (support::acceptsBaselines()) {
         std::ofstream(file, std::ios::binary) << content;
     }
     std::ifstream stream(file, std::ios::binary);

@@ -36,7 +36,7 @@ public:
         EXPECT_NE(context, nullptr);
         m_behaviour.user = user;
         m_behaviour.nameSpace = nameSpace;
-        record("start in " + toUtf8(nameSpace));
+        m_behaviour.requests.push_back("start in " + toUtf8(nameSpace));
         m_services = ComPtr<IWbemServices>(services);
         if (m_behaviour.initStatus) {
             sink->SetStatus(*m_behaviour.initStatus, 0);
@@ -92,6 +92,9 @@ private:
         static std::mutex mutex;
         const std::lock_guard lock(mutex);
         m_behaviour.requests.push_back(std::move(request));
+        if (m_behaviour.onRequest) {
+            m_behaviour.onRequest();
+        }
     }
 
     FakeBehaviour& m_behaviour;

@@ -23,6 +23,8 @@ struct FakeBehaviour
     std::function<HRESULT(std::wstring_view path, IWbemObjectSink*)> remove;
     std::function<HRESULT(IWbemServices& nameSpace, std::wstring_view method, IWbemClassObject* in, IWbemObjectSink*)>
         execMethod;
+    // Called at the begin of each request.
+    std::function<void()> onRequest;
     // The arguments of Initialize.
     std::wstring user;
     std::wstring nameSpace;

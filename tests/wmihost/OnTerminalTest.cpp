@@ -72,8 +72,14 @@ TEST_F(OnTerminalTest, StandardHandles_areATerminal)
 
 TEST_F(OnTerminalTest, Text_isShownInEachCodePage)
 {
-    writeOut("gr\xC3\xBC\xC3\x9F\xE2\x80\xA6\n");
-    EXPECT_EQ(screen.text(), "gr\xC3\xBC\xC3\x9F\xE2\x80\xA6");
+    const UINT before = GetConsoleOutputCP();
+    for (const UINT page : {437U, 1252U, 65001U}) {
+        EXPECT_NE(SetConsoleOutputCP(page), 0);
+        writeOut("gr\xC3\xBC\xC3\x9F\xE2\x80\xA6\n");
+    }
+    SetConsoleOutputCP(before);
+    const std::string shown = "gr\xC3\xBC\xC3\x9F\xE2\x80\xA6";
+    EXPECT_EQ(screen.text(), shown + "\n" + shown + "\n" + shown);
 }
 
 TEST_F(OnTerminalTest, ErasedLines_areWrittenAgain)

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <regex>
@@ -52,6 +53,7 @@ TEST_F(ListTest, ManyRequests_areCounted)
 {
     EXPECT_EQ(run({"list", "Fake_Thing", "--threads", "3", "--repeat", "5"}), 0);
     expectSummary(out, "15 requests, 0 failures", 0);
+    EXPECT_EQ(std::count(behaviour.requests.begin(), behaviour.requests.end(), "enumerate Fake_Thing"), 15);
     EXPECT_EQ(error, "");
     EXPECT_EQ(run({"get", "Fake_Thing=\"none\"", "--threads", "2"}), 1);
     expectSummary(out, "2 requests, 2 failures", 0);
