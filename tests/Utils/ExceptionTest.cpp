@@ -16,39 +16,30 @@ std::string logged(const std::string& text)
     return "error|Exception|utils::Exception::Exception|" + text;
 }
 
-TEST(ExceptionTest, Message_isLoggedWithoutThePrefix)
+TEST(ExceptionTest, Text_isLoggedWithoutThePrefix)
 {
     const support::LogCapture log;
-    const utils::Exception exception(std::string("x"));
-    EXPECT_STREQ(exception.what(), "DRAVEv2: x");
-    EXPECT_EQ(std::string(exception.what()).size(), 10U);
-    EXPECT_THAT(log.messages(), ElementsAre(logged("x")));
-}
-
-TEST(ExceptionTest, Format_getsNoPrefix)
-{
-    const support::LogCapture log;
-    const utils::Exception exception("%s is %d", "seven", 7);
-    EXPECT_STREQ(exception.what(), "seven is 7");
-    EXPECT_THAT(log.messages(), ElementsAre(logged("seven is 7")));
-}
-
-TEST(ExceptionTest, Literal_alone_isAFormat)
-{
-    const utils::Exception exception("100%% plain");
-    EXPECT_STREQ(exception.what(), "100% plain");
+    EXPECT_STREQ(utils::Exception(std::string("x")).what(), "DRAVEv2: x");
+    EXPECT_STREQ(utils::Exception("%s is %d", "seven", 7).what(), "seven is 7") << "a format gets no prefix";
+    EXPECT_STREQ(utils::Exception("100%% plain").what(), "100% plain") << "a literal alone is a format";
+    EXPECT_STREQ(utils::EForbidden("text").what(), "DRAVEv2: EForbidden:text");
+    EXPECT_STREQ(utils::EInvalidParameter("text").what(), "DRAVEv2: EInvalidParameter:text");
+    EXPECT_STREQ(utils::ENotSupported("text").what(), "DRAVEv2: ENotSupported:text");
+    EXPECT_STREQ(utils::ESyntaxError("text").what(), "DRAVEv2: ESyntaxError:text");
+    EXPECT_STREQ(utils::ENotFound("text").what(), "DRAVEv2: text");
+    EXPECT_STREQ(utils::EFailed("text").what(), "DRAVEv2: text");
+    EXPECT_STREQ(utils::ENotSupported().what(), "ENotSupported:");
+    EXPECT_THAT(log.messages(),
+                ElementsAre(logged("x"), logged("seven is 7"), logged("100% plain"), logged("EForbidden:text"),
+                            logged("EInvalidParameter:text"), logged("ENotSupported:text"), logged("ESyntaxError:text"),
+                            logged("text"), logged("text"), logged("ENotSupported:")));
 }
 
 TEST(ExceptionTest, FormattedText_isCutTo511Characters)
 {
-    const utils::Exception exception("%s", std::string(600, 'a').c_str());
-    EXPECT_EQ(exception.what(), std::string(511, 'a'));
-}
-
-TEST(ExceptionTest, Message_isNotCut)
-{
     const std::string message(600, 'a');
-    EXPECT_EQ(utils::Exception(message).what(), "DRAVEv2: " + message);
+    EXPECT_EQ(utils::Exception("%s", message.c_str()).what(), std::string(511, 'a'));
+    EXPECT_EQ(utils::Exception(message).what(), "DRAVEv2: " + message) << "a message is not cut";
 }
 
 TEST(ExceptionTest, Construction_writesOneErrorEvent)
@@ -74,32 +65,6 @@ TEST(ExceptionTest, Copy_keepsTheText_andWritesNothing)
     EXPECT_THAT(log.debugger(), IsEmpty());
 }
 
-TEST(ExceptionTest, TypedException_putsItsNameBeforeTheText)
-{
-    const support::LogCapture log;
-    EXPECT_STREQ(utils::EForbidden("text").what(), "DRAVEv2: EForbidden:text");
-    EXPECT_STREQ(utils::EInvalidParameter("text").what(), "DRAVEv2: EInvalidParameter:text");
-    EXPECT_STREQ(utils::ENotSupported("text").what(), "DRAVEv2: ENotSupported:text");
-    EXPECT_STREQ(utils::ESyntaxError("text").what(), "DRAVEv2: ESyntaxError:text");
-    EXPECT_THAT(log.messages(), ElementsAre(logged("EForbidden:text"), logged("EInvalidParameter:text"),
-                                            logged("ENotSupported:text"), logged("ESyntaxError:text")));
-}
-
-TEST(ExceptionTest, NotFoundAndFailed_addNoPrefix)
-{
-    const support::LogCapture log;
-    EXPECT_STREQ(utils::ENotFound("text").what(), "DRAVEv2: text");
-    EXPECT_STREQ(utils::EFailed("text").what(), "DRAVEv2: text");
-    EXPECT_THAT(log.messages(), ElementsAre(logged("text"), logged("text")));
-}
-
-TEST(ExceptionTest, NotSupported_withoutText_isItsName)
-{
-    const support::LogCapture log;
-    EXPECT_STREQ(utils::ENotSupported().what(), "ENotSupported:");
-    EXPECT_THAT(log.messages(), ElementsAre(logged("ENotSupported:")));
-}
-
 template <class Exception>
 class ExceptionFamilyTest : public testing::Test
 {
@@ -119,8 +84,7 @@ TYPED_TEST(ExceptionFamilyTest, EachType_isCaughtAsItsBases)
 
 TEST(ExceptionTest, VirtualTable_hasWhatFollowsTheDestructor)
 {
-    EXPECT_EQ(support::slotOf(&utils::Exception::what), 2U);
-    EXPECT_EQ(support::slotOf(&utils::EForbidden::what), 2U);
+    EXPECT_THAT(support::slotsOf(&utils::Exception::what, &utils::EForbidden::what), ElementsAre(2, 2));
 }
 
 }  // namespace

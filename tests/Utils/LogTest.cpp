@@ -13,7 +13,6 @@ namespace {
 
 using testing::Each;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr const char* DEBUG_LINE = "ZerixDRAVEv2: Some/File:17:some::function: debug: text\n";
 constexpr const char* ERROR_LINE = "ZerixDRAVEv2: Some/File:18:some::function: error: text\n";
@@ -40,10 +39,22 @@ class LogLevelTest : public testing::TestWithParam<LevelCase>
 {
 };
 
-TEST_P(LogLevelTest, Level_isTheFirstCharacter)
+// The level is the first character of the variable, if that is one of the four.
+TEST_P(LogLevelTest, Level_decidesWhichSinksAreUsed)
 {
+    const std::string event = std::string("event: ") + ERROR_LINE;
+    const std::vector<std::string> both{std::string("debugger: ") + DEBUG_LINE, event,
+                                        std::string("debugger: ") + ERROR_LINE};
+    const std::vector<std::vector<std::string>> sequences{{}, {event}, both, both};
     support::setLogLevelVariable(GetParam().value);
+    support::startCapturing();
+    testing::internal::CaptureStderr();
+    logOneOfEach();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              GetParam().level == 3 ? std::string(DEBUG_LINE) + ERROR_LINE : "");
+    EXPECT_EQ(support::captured(""), sequences.at(GetParam().level));
     EXPECT_EQ(utils::logLevel(), GetParam().level);
+    support::stopCapturing();
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, LogLevelTest,
@@ -71,46 +82,6 @@ TEST(LogTest, Level_isReadByALogCall)
     EXPECT_EQ(utils::logLevel(), 1);
 }
 
-TEST(LogTest, Level0_writesNothing)
-{
-    const support::LogCapture log(0);
-    testing::internal::CaptureStderr();
-    logOneOfEach();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_THAT(log.sequence(), IsEmpty());
-}
-
-TEST(LogTest, WithoutTheVariable_anErrorIsOneEvent)
-{
-    support::setLogLevelVariable(nullptr);
-    support::startCapturing();
-    testing::internal::CaptureStderr();
-    logOneOfEach();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_THAT(support::captured(""), ElementsAre(std::string("event: ") + ERROR_LINE));
-    support::stopCapturing();
-}
-
-TEST(LogTest, Level2_addsTheDebugger)
-{
-    const support::LogCapture log(2);
-    testing::internal::CaptureStderr();
-    logOneOfEach();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_THAT(log.sequence(), ElementsAre(std::string("debugger: ") + DEBUG_LINE, std::string("event: ") + ERROR_LINE,
-                                            std::string("debugger: ") + ERROR_LINE));
-}
-
-TEST(LogTest, Level3_addsStandardError)
-{
-    const support::LogCapture log(3);
-    testing::internal::CaptureStderr();
-    logOneOfEach();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string(DEBUG_LINE) + ERROR_LINE);
-    EXPECT_THAT(log.sequence(), ElementsAre(std::string("debugger: ") + DEBUG_LINE, std::string("event: ") + ERROR_LINE,
-                                            std::string("debugger: ") + ERROR_LINE));
-}
-
 TEST(LogTest, StandardError_interpretsPercentSignsTwice)
 {
     const support::LogCapture log(3);
@@ -123,35 +94,22 @@ TEST(LogTest, StandardError_interpretsPercentSignsTwice)
 TEST(LogTest, LongLine_isCutTo511Characters)
 {
     const support::LogCapture log;
-    utils::logError("Some/File", "some::function", 18, std::string(600, 'a'));
-    const std::string start = "ZerixDRAVEv2: Some/File:18:some::function: error: ";
-    const std::string line = start + std::string(511 - start.size(), 'a');
-    EXPECT_THAT(log.debugger(), ElementsAre(line));
-    EXPECT_THAT(log.events(), ElementsAre(line));
-}
-
-TEST(LogTest, Line_of511Characters_keepsItsNewline)
-{
-    const support::LogCapture log;
     const std::string start = "ZerixDRAVEv2: Some/File:17:some::function: debug: ";
     const std::string fitting(510 - start.size(), 'a');
-    utils::logDebug("Some/File", "some::function", 17, fitting);
-    utils::logDebug("Some/File", "some::function", 17, fitting + "b");
-    EXPECT_THAT(log.debugger(), ElementsAre(start + fitting + "\n", start + fitting + "b"));
+    for (const char* const more : {"", "a", "aaaaaaaaaaaaaaaaaaaa"}) {
+        utils::logDebug("Some/File", "some::function", 17, fitting + more);
+    }
+    utils::logError("Some/File", "some::function", 18, std::string(600, 'a'));
+    EXPECT_THAT(log.debugger(), ElementsAre(start + fitting + "\n", start + fitting + "a", start + fitting + "a",
+                                            log.events().front()));
+    EXPECT_EQ(log.events().front().size(), 511U);
 }
 
-TEST(LogTest, LineNumber_isPrintedSigned)
+TEST(LogTest, LineNumber_isSigned_andAMessageMayBeEmpty)
 {
     const support::LogCapture log;
-    utils::logDebug("F", "f", 4294967295U, "text");
-    EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: F:-1:f: debug: text\n"));
-}
-
-TEST(LogTest, Message_mayBeEmpty)
-{
-    const support::LogCapture log;
-    utils::logDebug("F", "f", 1, "");
-    EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: F:1:f: debug: \n"));
+    utils::logDebug("F", "f", 4294967295U, "");
+    EXPECT_THAT(log.debugger(), ElementsAre("ZerixDRAVEv2: F:-1:f: debug: \n"));
 }
 
 TEST(LogTest, LinesOfSeveralThreads_stayWhole)
@@ -197,18 +155,11 @@ TEST(LogSiteTest, DebugAt_hasTheGivenLine)
     EXPECT_THAT(log.numberedMessages(), ElementsAre("debug|Some/File:403|some::function|size: 2"));
 }
 
-TEST(LogSiteTest, DebugOn_belowLevel2_isFalse)
-{
-    support::setLogLevelVariable("1");
-    static constexpr utils::LogSite here{"Some/File", "some::function"};
-    EXPECT_STREQ(here.file(), "Some/File");
-    EXPECT_FALSE(here.debugOn());
-}
-
 TEST(LogSiteTest, DebugOn_fromLevel2_isTrue)
 {
     support::setLogLevelVariable("2");
     static constexpr utils::LogSite here{"Some/File", "some::function"};
+    EXPECT_STREQ(here.file(), "Some/File");
     EXPECT_TRUE(here.debugOn());
 }
 
@@ -216,6 +167,7 @@ TEST(LogSiteTest, DefaultLevel_writesErrorsToTheEventLogAlone)
 {
     const support::LogCapture log(1);
     static constexpr utils::LogSite here{"Some/File", "some::function"};
+    EXPECT_FALSE(here.debugOn());
     here.debug("text");
     here.error("text");
     EXPECT_THAT(log.sequence(), ElementsAre("event: ZerixDRAVEv2: Some/File:" + std::to_string(__LINE__ - 1) +

@@ -1,6 +1,6 @@
 #include "core/CimBroker.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <type_traits>
 
@@ -8,25 +8,26 @@
 
 namespace {
 
-static_assert(std::has_virtual_destructor_v<core::CimBroker>);
-static_assert(std::is_abstract_v<core::CimBroker>);
-static_assert(!std::is_copy_constructible_v<core::CimBroker>);
-static_assert(std::is_same_v<decltype(&core::CimBroker::getInstances),
-                             utils::SafeList<core::CimInstance*> (core::CimBroker::*)(const std::string&)>);
-static_assert(std::is_same_v<decltype(&core::CimBroker::modifyInstance),
-                             void (core::CimBroker::*)(core::CimPath&, core::CimPropertyList&)>);
-static_assert(std::is_same_v<decltype(&core::CimBroker::invokeMethod),
-                             std::uint32_t (core::CimBroker::*)(core::CimPath&, std::string, core::CimPropertyList&,
-                                                                core::CimPropertyList&, core::CimInstance*&)>);
-static_assert(std::is_same_v<decltype(&core::CimBroker::getInstanceByPath),
-                             core::CimInstance* (core::CimBroker::*)(core::CimPath&)>);
+using core::CimBroker;
+
+static_assert(std::has_virtual_destructor_v<CimBroker>);
+static_assert(std::is_abstract_v<CimBroker>);
+static_assert(!std::is_copy_constructible_v<CimBroker>);
+static_assert(std::is_same_v<decltype(&CimBroker::getInstances),
+                             utils::SafeList<core::CimInstance*> (CimBroker::*)(const std::string&)>);
+static_assert(
+    std::is_same_v<decltype(&CimBroker::modifyInstance), void (CimBroker::*)(core::CimPath&, core::CimPropertyList&)>);
+static_assert(std::is_same_v<decltype(&CimBroker::invokeMethod),
+                             std::uint32_t (CimBroker::*)(core::CimPath&, std::string, core::CimPropertyList&,
+                                                          core::CimPropertyList&, core::CimInstance*&)>);
+static_assert(
+    std::is_same_v<decltype(&CimBroker::getInstanceByPath), core::CimInstance* (CimBroker::*)(core::CimPath&)>);
 
 // Both DLLs are compiled for these entries. The destructor occupies the first two.
 TEST(CimBrokerTest, VirtualFunctions_areInTheDeclaredOrder)
 {
-    EXPECT_EQ(support::slotOf(&core::CimBroker::getInstances), 2U);
-    EXPECT_EQ(support::slotOf(&core::CimBroker::modifyInstance), 3U);
-    EXPECT_EQ(support::slotOf(&core::CimBroker::invokeMethod), 4U);
+    EXPECT_THAT(support::slotsOf(&CimBroker::getInstances, &CimBroker::modifyInstance, &CimBroker::invokeMethod),
+                testing::ElementsAre(2, 3, 4));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "core/CimPropertyTypes.h"
 #include "support/LockCount.h"
+#include "support/SampleProperties.h"
 #include "support/SlotOf.h"
 #include "support/Thrown.h"
 
@@ -14,6 +15,7 @@ namespace {
 using core::CimPropertyList;
 using core::CimPropertyUint8;
 using support::locksTakenBy;
+using testing::ElementsAre;
 using testing::IsNull;
 
 class CimPropertyListTest : public testing::Test
@@ -27,28 +29,17 @@ protected:
 
 TEST_F(CimPropertyListTest, Duplicate_hidesTheEarlierProperty)
 {
-    m_list.add(&m_a);
-    m_list.add(&m_b);
-    m_list.add(&m_laterA);
+    CimPropertyUint8 latestA("A");
+    for (core::CimProperty* property : {&m_a, &m_b, &m_laterA, &latestA}) {
+        m_list.add(property);
+    }
     CimPropertyList::Iterator iterator = m_list.getIterator();
     EXPECT_EQ(iterator.next(), &m_b);
-    EXPECT_EQ(iterator.next(), &m_laterA);
+    EXPECT_EQ(iterator.next(), &latestA);
     EXPECT_THAT(iterator.next(), IsNull());
-    EXPECT_EQ(m_list.size(), 3U);
-    EXPECT_TRUE(m_a.isOverriden());
-    EXPECT_FALSE(m_b.isOverriden());
-    EXPECT_FALSE(m_laterA.isOverriden());
-}
-
-TEST_F(CimPropertyListTest, ThirdOfAName_hidesTheSecond)
-{
-    CimPropertyUint8 latestA("A");
-    m_list.add(&m_a);
-    m_list.add(&m_laterA);
-    m_list.add(&latestA);
-    EXPECT_TRUE(m_a.isOverriden());
-    EXPECT_TRUE(m_laterA.isOverriden());
-    EXPECT_EQ(m_list.getIterator().first(), &latestA);
+    EXPECT_EQ(m_list.size(), 4U);
+    EXPECT_TRUE(m_a.isOverriden() && m_laterA.isOverriden());
+    EXPECT_FALSE(m_b.isOverriden() || latestA.isOverriden());
     EXPECT_EQ(m_list.findProperty("A"), &latestA);
 }
 
@@ -67,55 +58,30 @@ TEST_F(CimPropertyListTest, EmptyList_hasNoFirstProperty)
     CimPropertyList::Iterator iterator = m_list.getIterator();
     EXPECT_THAT(iterator.first(), IsNull());
     EXPECT_THAT(iterator.next(), IsNull());
+    EXPECT_THAT(m_list.findProperty("A"), IsNull());
 }
 
-TEST_F(CimPropertyListTest, DestroyedList_leavesTheProperties)
+TEST(CimPropertyListEndTest, Properties_areDeletedOnlyIfOwned)
 {
-    class Counted : public CimPropertyUint8
-    {
-    public:
-        explicit Counted(int* deletions) : CimPropertyUint8("A"), m_deletions(deletions) {}
-        ~Counted() override { ++*m_deletions; }
-
-    private:
-        int* m_deletions;
-    };
-
     int deletions = 0;
-    Counted property(&deletions);
+    samples::CountedProperty property(deletions);
     {
         CimPropertyList list;
         list.add(&property);
     }
     EXPECT_EQ(deletions, 0);
-}
-
-TEST_F(CimPropertyListTest, OwningList_deletesHiddenPropertiesToo)
-{
-    class Counted : public CimPropertyUint8
-    {
-    public:
-        explicit Counted(int* deletions) : CimPropertyUint8("A"), m_deletions(deletions) {}
-        ~Counted() override { ++*m_deletions; }
-
-    private:
-        int* m_deletions;
-    };
-
-    int deletions = 0;
     {
         CimPropertyList list;
         list.setOwnsElements(true);
-        list.add(new Counted(&deletions));
-        list.add(new Counted(&deletions));
+        list.add(new samples::CountedProperty(deletions));
+        list.add(new samples::CountedProperty(deletions));
     }
-    EXPECT_EQ(deletions, 2);
+    EXPECT_EQ(deletions, 2) << "the hidden one too";
 }
 
 TEST_F(CimPropertyListTest, Add_null_isRefused)
 {
-    EXPECT_EQ(support::thrownBy([&] { m_list.add(nullptr); }),
-              "DRAVEv2: CimPropertyList:85: Assertion failed: 'newProperty != NULL'");
+    EXPECT_EQ(support::assertionOf([&] { m_list.add(nullptr); }), "CimPropertyList:85: newProperty != NULL");
     EXPECT_EQ(m_list.size(), 0U);
 }
 
@@ -134,18 +100,9 @@ template struct Exposed<&CimPropertyList::m_index>;
 TEST_F(CimPropertyListTest, Add_underANullOfTheIndex_changesNothing)
 {
     EXPECT_THAT(indexOf(m_list).get("A"), IsNull());
-    EXPECT_EQ(support::thrownBy([&] { m_list.add(&m_a); }),
-              "DRAVEv2: CimPropertyList:93: Assertion failed: 'overridenProperty != NULL'");
+    EXPECT_EQ(support::assertionOf([&] { m_list.add(&m_a); }), "CimPropertyList:93: overridenProperty != NULL");
     EXPECT_EQ(m_list.size(), 0U);
     EXPECT_THAT(indexOf(m_list).get("A"), IsNull());
-}
-
-TEST_F(CimPropertyListTest, FindProperty_ofAnUnknownName_isNull)
-{
-    EXPECT_THAT(m_list.findProperty("A"), IsNull());
-    m_list.add(&m_a);
-    EXPECT_EQ(m_list.findProperty("A"), &m_a);
-    EXPECT_FALSE(m_a.isOverriden());
 }
 
 TEST_F(CimPropertyListTest, Add_locksForEachStep)
@@ -160,21 +117,15 @@ TEST_F(CimPropertyListTest, GetIterator_takesNoLock)
     EXPECT_EQ(locksTakenBy([&] { m_list.SafeList::getIterator(); }), 1U);
 }
 
-TEST_F(CimPropertyListTest, BaseIterator_skipsNothing)
-{
-    m_list.add(&m_a);
-    m_list.add(&m_laterA);
-    CimPropertyList::Iterator iterator = m_list.SafeList::getIterator();
-    EXPECT_EQ(iterator.first(), &m_a);
-    EXPECT_EQ(iterator.next(), &m_laterA);
-}
-
 TEST_F(CimPropertyListTest, GetIterator_isVirtual)
 {
     m_list.add(&m_a);
     m_list.add(&m_laterA);
     utils::SafeList<core::CimProperty*>& base = m_list;
     EXPECT_EQ(base.getIterator().first(), &m_laterA);
+    CimPropertyList::Iterator iterator = m_list.SafeList::getIterator();
+    EXPECT_EQ(iterator.first(), &m_a) << "the base's iterator skips nothing";
+    EXPECT_EQ(iterator.next(), &m_laterA);
 }
 
 class SkippingIteratorTest : public CimPropertyListTest
@@ -195,14 +146,7 @@ TEST_F(SkippingIteratorTest, HiddenProperty_takesAnotherLock)
     EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.next(), &m_laterA); }), 2U);
     EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.next(), &m_b); }), 1U);
     EXPECT_EQ(locksTakenBy([&] { EXPECT_THAT(m_iterator.next(), IsNull()); }), 1U);
-    EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.first(), &m_laterA); }), 2U);
-}
-
-TEST_F(SkippingIteratorTest, First_goesBackAndSkips)
-{
-    m_iterator.next();
-    m_iterator.next();
-    EXPECT_EQ(m_iterator.first(), &m_laterA);
+    EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.first(), &m_laterA); }), 2U) << "goes back and skips";
     EXPECT_EQ(m_iterator.next(), &m_b);
 }
 
@@ -214,9 +158,10 @@ TEST_F(SkippingIteratorTest, First_allHidden_isNull)
     EXPECT_THAT(m_iterator.next(), IsNull());
 }
 
-TEST_F(SkippingIteratorTest, Size_countsHiddenProperties)
+TEST_F(SkippingIteratorTest, SizeAndAdvance_skipNothing)
 {
     EXPECT_EQ(m_iterator.size(), 3U);
+    EXPECT_EQ(m_iterator.advance(), &m_a);
 }
 
 TEST_F(SkippingIteratorTest, Clone_startsAnewAndSkipsNothing)
@@ -226,11 +171,6 @@ TEST_F(SkippingIteratorTest, Clone_startsAnewAndSkipsNothing)
     EXPECT_EQ(clone->next(), &m_a);
     EXPECT_EQ(clone->next(), &m_laterA);
     EXPECT_EQ(m_iterator.next(), &m_b);
-}
-
-TEST_F(SkippingIteratorTest, Advance_skipsNothing)
-{
-    EXPECT_EQ(m_iterator.advance(), &m_a);
 }
 
 TEST_F(SkippingIteratorTest, Iterator_seesAddedProperties)
@@ -244,12 +184,11 @@ TEST_F(SkippingIteratorTest, Iterator_seesAddedProperties)
 
 TEST_F(CimPropertyListTest, GetIterator_standsBehindTheDestructor)
 {
+    using Skipping = core::OverridenPropertiesSkippingIterator;
     EXPECT_EQ(support::slotOf(&CimPropertyList::getIterator), 2U);
-    EXPECT_EQ(support::slotOf(&core::OverridenPropertiesSkippingIterator::next), 0U);
-    EXPECT_EQ(support::slotOf(&core::OverridenPropertiesSkippingIterator::first), 1U);
-    EXPECT_EQ(support::slotOf(&core::OverridenPropertiesSkippingIterator::size), 2U);
-    EXPECT_EQ(support::slotOf(&core::OverridenPropertiesSkippingIterator::clone), 5U);
-    EXPECT_EQ(support::slotOf(&core::OverridenPropertiesSkippingIterator::advance), 6U);
+    EXPECT_THAT(
+        support::slotsOf(&Skipping::next, &Skipping::first, &Skipping::size, &Skipping::clone, &Skipping::advance),
+        ElementsAre(0, 1, 2, 5, 6));
 }
 
 }  // namespace

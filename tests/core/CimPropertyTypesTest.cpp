@@ -5,13 +5,16 @@
 #include <type_traits>
 
 #include "core/CimInstance.h"
+#include "support/CapturedSinks.h"
 #include "support/LogCapture.h"
+#include "support/SampleProperties.h"
 #include "support/SlotOf.h"
 #include "support/Thrown.h"
 
 namespace {
 
 using core::CimProperty;
+using support::assertionOf;
 using support::thrownBy;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -77,7 +80,8 @@ struct TypeNames
     template <class T>
     static std::string GetName(int)
     {
-        return std::to_string(T::type);
+        const std::string name = testing::internal::GetTypeName<typename T::Class>();
+        return name.substr(name.rfind(':') + 1);
     }
 };
 
@@ -95,9 +99,11 @@ TYPED_TEST_SUITE(ValueTest, ValueTypes, TypeNames);
 TYPED_TEST(ValueTest, NewProperty_isNullWithTwoListeners)
 {
     using Value = std::decay_t<decltype(this->m_property.getValue())>;
-    EXPECT_TRUE(this->m_property.isNull());
+    const CimProperty& property = this->m_property;
+    EXPECT_EQ(property.getType(), TypeParam::type);
+    EXPECT_TRUE(property.isNull());
     EXPECT_EQ(this->m_property.getValue(), Value{});
-    EXPECT_THAT(this->m_property.listeners(), SizeIs(2));
+    EXPECT_THAT(property.listeners(), SizeIs(2));
 }
 
 TYPED_TEST(ValueTest, SetValue_storesAndEndsNull)
@@ -109,12 +115,6 @@ TYPED_TEST(ValueTest, SetValue_storesAndEndsNull)
     this->m_property.setValue(TypeParam::second());
     EXPECT_EQ(this->m_property.getValue(), TypeParam::second());
     EXPECT_FALSE(this->m_property.isNull());
-}
-
-TYPED_TEST(ValueTest, Type_isItsNumber)
-{
-    const CimProperty& property = this->m_property;
-    EXPECT_EQ(property.getType(), TypeParam::type);
 }
 
 TYPED_TEST(ValueTest, Property_mayHaveAnOwner)
@@ -153,17 +153,16 @@ TYPED_TEST(ModifyTest, Modify_takesTheValueOfANull)
     EXPECT_EQ(this->m_property.getValue(), TypeParam::second());
 }
 
-TYPED_TEST(ModifyTest, Modify_callsListenersBeforeTheChange)
+TYPED_TEST(ModifyTest, Modify_logsAndCallsListenersFirst)
 {
-    using Property = typename TypeParam::Class;
-
+    // Registers itself once more when it is called.
     class Recording : public CimProperty::Listener
     {
     public:
         void onModify(CimProperty* property, const CimProperty* newValue) override
         {
+            support::addToCaptured("call: ", property->isNull() ? "unchanged" : "changed");
             m_calls.emplace_back(property, newValue);
-            EXPECT_TRUE(property->isNull());
             if (m_calls.size() == 1) {
                 property->addListener(this);
             }
@@ -172,89 +171,48 @@ TYPED_TEST(ModifyTest, Modify_callsListenersBeforeTheChange)
         std::vector<std::pair<const CimProperty*, const CimProperty*>> m_calls;
     };
 
+    const support::LogCapture log;
     Recording listener;
     this->m_property.addListener(&listener);
-    Property newValue("P");
+    typename TypeParam::Class newValue("P");
     newValue.setValue(TypeParam::first());
     this->m_property.modify(&newValue);
-    EXPECT_THAT(listener.m_calls,
-                ElementsAre(testing::Pair(&this->m_property, &newValue), testing::Pair(&this->m_property, &newValue)));
-}
-
-TYPED_TEST(ModifyTest, ListenerCount_isLogged)
-{
-    const support::LogCapture log;
-    const typename TypeParam::Class newValue("P");
-    this->m_property.modify(&newValue);
-    EXPECT_THAT(log.numberedMessages(), ElementsAre("debug|CimProperty:421|core::modifyProperty|size: 2"));
-}
-
-TYPED_TEST(ModifyTest, Size_isLoggedBeforeTheListenersHear)
-{
-    class Listening : public CimProperty::Listener
-    {
-    public:
-        explicit Listening(const support::LogCapture& log) : m_log(log) {}
-        void onModify(CimProperty* /*property*/, const CimProperty* /*newValue*/) override
-        {
-            linesBefore = m_log.messages().size();
-        }
-
-        std::size_t linesBefore = 0;
-
-    private:
-        const support::LogCapture& m_log;
-    };
-
-    const support::LogCapture log;
-    Listening listener(log);
-    this->m_property.addListener(&listener);
-    const typename TypeParam::Class newValue("P");
-    this->m_property.modify(&newValue);
-    EXPECT_EQ(listener.linesBefore, 1U);
+    EXPECT_THAT(log.sequence(), ElementsAre("debugger: ZerixDRAVEv2: CimProperty:421:core::modifyProperty: debug: "
+                                            "size: 3\n",
+                                            "call: unchanged", "call: unchanged"));
+    EXPECT_THAT(listener.m_calls, testing::Each(testing::Pair(&this->m_property, &newValue)));
 }
 
 TYPED_TEST(ModifyTest, Modify_null_isRefused)
 {
     const typename TypeParam::Class newValue("P");
     typename TypeParam::Class* const none = nullptr;
-    EXPECT_EQ(thrownBy([&] { core::modifyProperty(none, nullptr); }),
-              "DRAVEv2: CimProperty:418: Assertion failed: 'property != NULL'");
-    EXPECT_EQ(thrownBy([&] { core::modifyProperty(none, &newValue); }),
-              "DRAVEv2: CimProperty:418: Assertion failed: 'property != NULL'");
-    EXPECT_EQ(thrownBy([&] { this->m_property.modify(nullptr); }),
-              "DRAVEv2: CimProperty:419: Assertion failed: 'newValue != NULL'");
+    EXPECT_EQ(assertionOf([&] { core::modifyProperty(none, nullptr); }), "CimProperty:418: property != NULL");
+    EXPECT_EQ(assertionOf([&] { core::modifyProperty(none, &newValue); }), "CimProperty:418: property != NULL");
+    EXPECT_EQ(assertionOf([&] { this->m_property.modify(nullptr); }), "CimProperty:419: newValue != NULL");
 }
 
-TEST(ToStringTest, Numbers_areDecimal)
+template <class Property, class Value>
+std::string textOf(Value value)
 {
-    core::CimPropertyUint8 uint8("P");
-    core::CimPropertyUint16 uint16("P");
-    core::CimPropertyUint64 uint64("P");
-    uint8.setValue(255);
-    uint16.setValue(65535);
-    uint64.setValue(18446744073709551615U);
-    EXPECT_EQ(uint8.toString(), "255");
-    EXPECT_EQ(uint16.toString(), "65535");
-    EXPECT_EQ(uint64.toString(), "18446744073709551615");
+    Property property("P");
+    property.setValue(value);
+    return property.toString();
 }
 
-TEST(ToStringTest, Uint32_isPrintedSigned)
+TEST(ToStringTest, Numbers_areDecimal_andUint32IsSigned)
 {
-    core::CimPropertyUint32 property("P");
-    property.setValue(2147483647);
-    EXPECT_EQ(property.toString(), "2147483647");
-    property.setValue(2147483648U);
-    EXPECT_EQ(property.toString(), "-2147483648");
-    property.setValue(4294967295U);
-    EXPECT_EQ(property.toString(), "-1");
+    EXPECT_EQ(textOf<core::CimPropertyUint8>(255), "255");
+    EXPECT_EQ(textOf<core::CimPropertyUint16>(65535), "65535");
+    EXPECT_EQ(textOf<core::CimPropertyUint64>(18446744073709551615U), "18446744073709551615");
+    EXPECT_EQ(textOf<core::CimPropertyUint32>(2147483647), "2147483647");
+    EXPECT_EQ(textOf<core::CimPropertyUint32>(2147483648U), "-2147483648");
+    EXPECT_EQ(textOf<core::CimPropertyUint32>(4294967295U), "-1");
 }
 
 TEST(ToStringTest, LongText_isItself)
 {
-    core::CimPropertyString property("P");
-    property.setValue(std::string(600, 'a'));
-    EXPECT_EQ(property.toString(), std::string(600, 'a'));
+    EXPECT_EQ(textOf<core::CimPropertyString>(std::string(600, 'a')), std::string(600, 'a'));
 }
 
 template <class T>
@@ -280,24 +238,17 @@ class ArrayTest : public ValueTest<T>
 using ArrayTypes = testing::Types<Uint16Array, Uint32Array, TextArray>;
 TYPED_TEST_SUITE(ArrayTest, ArrayTypes, TypeNames);
 
-TYPED_TEST(ArrayTest, Text_isNotSupported)
+TYPED_TEST(ArrayTest, Array_hasNoTextButIsCleared)
 {
     EXPECT_EQ(thrownBy<ENotSupported>([&] { this->m_property.toString(); }), "ENotSupported:");
-}
-
-TYPED_TEST(ArrayTest, Clear_emptiesAndEndsNull)
-{
     this->m_property.clear();
     EXPECT_FALSE(this->m_property.isNull());
     this->m_property.setValue(TypeParam::second());
+    this->m_property.setNull();
     this->m_property.clear();
     EXPECT_THAT(this->m_property.getValue(), IsEmpty());
     EXPECT_FALSE(this->m_property.isNull());
-}
-
-TYPED_TEST(ArrayTest, Clear_followsTheBasesFunctions)
-{
-    EXPECT_EQ(support::slotOf(&TypeParam::Class::clear), 6U);
+    EXPECT_EQ(support::slotOf(&TypeParam::Class::clear), 6U) << "behind the functions of the base";
 }
 
 class LengthTest : public testing::Test
@@ -369,18 +320,12 @@ TEST_F(LengthTest, Listeners_withoutAPropertyOrValue_assert)
     m_property.registerLengthListeners();
     CimProperty::Listener* const minimum = m_property.listeners()[2];
     CimProperty::Listener* const maximum = m_property.listeners()[3];
-    EXPECT_EQ(thrownBy([&] { minimum->onVerify(nullptr, nullptr); }),
-              "DRAVEv2: CimProperty:153: Assertion failed: 'property != NULL'");
-    EXPECT_EQ(thrownBy([&] { maximum->onVerify(nullptr, nullptr); }),
-              "DRAVEv2: CimProperty:172: Assertion failed: 'property != NULL'");
-    EXPECT_EQ(thrownBy([&] { minimum->onVerify(nullptr, &m_property); }),
-              "DRAVEv2: CimProperty:153: Assertion failed: 'property != NULL'");
-    EXPECT_EQ(thrownBy([&] { minimum->onVerify(&m_property, nullptr); }),
-              "DRAVEv2: CimProperty:154: Assertion failed: 'newValue != NULL'");
-    EXPECT_EQ(thrownBy([&] { maximum->onVerify(nullptr, &m_property); }),
-              "DRAVEv2: CimProperty:172: Assertion failed: 'property != NULL'");
-    EXPECT_EQ(thrownBy([&] { maximum->onVerify(&m_property, nullptr); }),
-              "DRAVEv2: CimProperty:173: Assertion failed: 'newValue != NULL'");
+    EXPECT_EQ(assertionOf([&] { minimum->onVerify(nullptr, nullptr); }), "CimProperty:153: property != NULL");
+    EXPECT_EQ(assertionOf([&] { minimum->onVerify(nullptr, &m_property); }), "CimProperty:153: property != NULL");
+    EXPECT_EQ(assertionOf([&] { minimum->onVerify(&m_property, nullptr); }), "CimProperty:154: newValue != NULL");
+    EXPECT_EQ(assertionOf([&] { maximum->onVerify(nullptr, nullptr); }), "CimProperty:172: property != NULL");
+    EXPECT_EQ(assertionOf([&] { maximum->onVerify(nullptr, &m_property); }), "CimProperty:172: property != NULL");
+    EXPECT_EQ(assertionOf([&] { maximum->onVerify(&m_property, nullptr); }), "CimProperty:173: newValue != NULL");
     EXPECT_NO_THROW(minimum->onModify(nullptr, nullptr));
     EXPECT_NO_THROW(maximum->onModify(nullptr, nullptr));
 }
@@ -388,12 +333,7 @@ TEST_F(LengthTest, Listeners_withoutAPropertyOrValue_assert)
 class RefTest : public testing::Test
 {
 protected:
-    RefTest()
-    {
-        auto* const key = new core::CimPropertyString("Name", &m_instance);
-        key->setValue("a");
-        key->setKey(true);
-    }
+    RefTest() { samples::addKey(m_instance, "Name", "a"); }
 
     core::CimInstance m_instance{"Port"};
     core::CimPropertyRef m_property{"P"};

@@ -87,4 +87,25 @@ void expectBaseline(const std::string& file, const std::vector<std::string>& lin
     EXPECT_TRUE(expected == lines) << file << ":\n" << difference(expected, lines);
 }
 
+void expectCases(const std::string& file, const CaseFunctions& functions)
+{
+    static const std::regex caseLine("(\\w+) \\[(.*)\\]");
+    std::vector<std::string> lines;
+    bool hasCases = false;
+    for (const std::string& line : readBaseline(file)) {
+        std::smatch match;
+        if (std::regex_match(line, match, caseLine)) {
+            lines.push_back(line);
+            for (const std::string& outcome : functions.at(match[1])(match[2])) {
+                lines.push_back("    " + outcome);
+            }
+            hasCases = true;
+        } else if (line.empty() || line.starts_with('#')) {
+            lines.push_back(line);
+        }
+    }
+    ASSERT_TRUE(hasCases) << file;
+    expectBaseline(file, lines);
+}
+
 }  // namespace support

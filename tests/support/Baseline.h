@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,12 @@ std::string withoutAddressesAndLines(const std::string& line);
 // Fails the running test and shows the differing lines if the file is missing or does not hold exactly these
 // lines.
 void expectBaseline(const std::string& file, const std::vector<std::string>& lines);
+
+// Compares a file of cases. A line "FUNCTION [TEXT]" is a case: the function of that name turns the text into lines,
+// which stand below it, indented. Blank lines and lines that start with '#' are comments. Fails if the file has no
+// case.
+using CaseFunctions = std::map<std::string, std::function<std::vector<std::string>(const std::string& text)>>;
+void expectCases(const std::string& file, const CaseFunctions& functions);
 
 // Returns whether comparisons write their files.
 bool acceptsBaselines();

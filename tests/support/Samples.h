@@ -4,25 +4,10 @@
 
 #include "Os/Windows/AnsiText.h"
 #include "Os/Windows/Platform.h"
-#include "core/CimInstance.h"
-#include "core/CimPropertyTypes.h"
+#include "support/SampleProperties.h"
 
-// Sample instances and values for the tests of the provider.
+// Sample values for the tests of the provider.
 namespace samples {
-
-// Adds a property to the instance, which takes ownership.
-template <class Property, class Value>
-Property* add(core::CimInstance& instance, const char* name, Value value)
-{
-    auto* property = new Property(name, &instance);
-    property->setValue(value);
-    return property;
-}
-
-inline void addKey(core::CimInstance& instance, const char* name, const char* value)
-{
-    add<core::CimPropertyString>(instance, name, value)->setKey(true);
-}
 
 // Values that the caller owns.
 inline VARIANT bstr(const std::string& text)

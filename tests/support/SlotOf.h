@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstddef>
+#include <vector>
 
 namespace support {
 
@@ -16,6 +17,13 @@ std::size_t slotOf(Function Class::*function)
         std::ptrdiff_t adjustment;
     };
     return (std::bit_cast<MemberFunctionPointer>(function).offsetPlusOne - 1) / sizeof(void*);
+}
+
+// The same for several functions, in the order given.
+template <class... Functions>
+std::vector<std::size_t> slotsOf(Functions... functions)
+{
+    return {slotOf(functions)...};
 }
 
 }  // namespace support

@@ -10,4 +10,10 @@ std::string withoutLine(const std::string& text)
     return std::regex_replace(text, number, ":#: Assertion failed: ");
 }
 
+std::string shortAssertion(const std::string& text)
+{
+    static const std::regex assertion("DRAVEv2: (.*): Assertion failed: '(.*)'");
+    return std::regex_replace(text, assertion, "$1: $2");
+}
+
 }  // namespace support

@@ -21,7 +21,24 @@ std::string thrownBy(const Action& action)
     return "nothing was thrown";
 }
 
+// Returns "File:line: condition" for the text of a failed assertion, and any other text unchanged.
+std::string shortAssertion(const std::string& text);
+
+// Returns the assertion that fails in `action`, as "File:line: condition", or the text of another outcome.
+template <class Action>
+std::string assertionOf(const Action& action)
+{
+    return shortAssertion(thrownBy(action));
+}
+
 // Returns the text of a failed assertion with '#' in place of its line number.
 std::string withoutLine(const std::string& text);
+
+// Returns the assertion that fails in `action`, as "File:#: condition", or the text of another outcome.
+template <class Action>
+std::string unnumberedAssertionOf(const Action& action)
+{
+    return shortAssertion(withoutLine(thrownBy(action)));
+}
 
 }  // namespace support
