@@ -345,16 +345,11 @@ TEST_F(SafeListTest, MovedIterator_goesOnWhereItStood)
 
 TEST(IteratorTest, End_deletesTheImplementation)
 {
-    class Implementation : public Elements::IteratorImplementation
+    class Implementation : public Elements::SimpleIteratorImplementation
     {
     public:
-        explicit Implementation(bool* deleted) : m_deleted(deleted) {}
+        explicit Implementation(bool* deleted) : SimpleIteratorImplementation(nullptr), m_deleted(deleted) {}
         ~Implementation() override { *m_deleted = true; }
-        Element* next() override { return nullptr; }
-        Element* first() override { return nullptr; }
-        std::size_t size() override { return 0; }
-        IteratorImplementation* clone() override { return nullptr; }
-        Element* advance() override { return nullptr; }
 
     private:
         bool* m_deleted;

@@ -30,15 +30,11 @@ protected:
     core::CimInstance m_instance{"Port"};
 };
 
-TEST_F(CimInstanceTest, NewInstance_isEmptyAndNotMarked)
+TEST_F(CimInstanceTest, NewInstance_isEmptyAndMayBeMarked)
 {
     EXPECT_EQ(m_instance.getClassName(), "Port");
-    EXPECT_FALSE(m_instance.isMarkedForDeletion());
     EXPECT_THAT(m_instance.propertyIterator().first(), IsNull());
-}
-
-TEST_F(CimInstanceTest, MarkForDeletion_storesItsArgument)
-{
+    EXPECT_FALSE(m_instance.isMarkedForDeletion());
     m_instance.markForDeletion(true);
     EXPECT_TRUE(m_instance.isMarkedForDeletion());
     m_instance.markForDeletion(false);

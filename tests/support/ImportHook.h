@@ -56,6 +56,18 @@ private:
     std::vector<Entry> m_entries;
 };
 
+// Returns a replacement for functions of this type, which only returns RESULT and sets the thread's last error:
+//
+//     const support::ImportHook hook("CreateMutexA", support::returning<nullptr, ERROR_ACCESS_DENIED>(&CreateMutexA));
+template <auto RESULT, DWORD LAST_ERROR = 0, class Result, class... Arguments>
+auto returning(Result(WINAPI* /*function*/)(Arguments...))
+{
+    return static_cast<Result(WINAPI*)(Arguments...)>([](Arguments...) -> Result {
+        SetLastError(LAST_ERROR);
+        return RESULT;
+    });
+}
+
 // Returns whether the module imports the function by that name, from any DLL.
 bool importsFunction(HMODULE module, const char* function);
 

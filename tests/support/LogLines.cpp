@@ -15,11 +15,6 @@ std::string errorLine(const std::string& function, const std::string& message, c
     return "error|" + file + "|" + function + "|" + message;
 }
 
-std::string assertionText(const std::string& condition, const std::string& file)
-{
-    return "DRAVEv2: " + file + ":#: Assertion failed: '" + condition + "'";
-}
-
 std::string address(const void* pointer)
 {
     return utils::format("%p", pointer);

@@ -16,9 +16,6 @@ std::string debugLine(const std::string& function, const std::string& message,
 std::string errorLine(const std::string& function, const std::string& message,
                       const std::string& file = "WmiConverter");
 
-// The text of a failed assertion's exception, with '#' in place of the line number.
-std::string assertionText(const std::string& condition, const std::string& file = "WmiConverter");
-
 // A pointer as the log writes it.
 std::string address(const void* pointer);
 

@@ -1,8 +1,8 @@
 #include "Os/Windows/AnsiText.h"
 
-#include <comdef.h>
 #include <gtest/gtest.h>
 
+#include "support/ComErrors.h"
 #include "support/ImportHook.h"
 
 namespace {
@@ -19,10 +19,16 @@ std::wstring wide(const std::string& text)
     return result;
 }
 
-TEST(AnsiTextTest, PlainText_isTheSameBothWays)
+TEST(AnsiTextTest, Texts_areInTheCodePage)
 {
+    ASSERT_EQ(GetACP(), 1252U) << "run with LC_ALL=C.UTF-8";
     EXPECT_EQ(narrow(L"Port 1"), "Port 1");
     EXPECT_EQ(wide("Port 1"), L"Port 1");
+    EXPECT_EQ(wide("caf\xe9 \x80"), L"caf\u00e9 \u20ac");
+    EXPECT_EQ(narrow(L"\u00e9"), "\xe9");
+    EXPECT_EQ(narrow(L"a\u4e2db"), "a?b") << "what the code page does not have";
+    // Best-fit conversion would give J, a quote, a full stop, I and a backslash.
+    EXPECT_EQ(narrow(L"\u0134 \uFF02 \uFF0E \uFF29 \uFF3C"), "? ? ? ? ?");
 }
 
 TEST(AnsiTextTest, NullOrEmpty_isEmpty)
@@ -30,27 +36,10 @@ TEST(AnsiTextTest, NullOrEmpty_isEmpty)
     EXPECT_EQ(narrow(nullptr), "");
     EXPECT_EQ(narrow(L""), "");
     EXPECT_EQ(narrowBstr(nullptr), "");
-}
-
-TEST(AnsiTextTest, EmptyText_isNoNullBstr)
-{
     const BSTR made = toBstr("");
     ASSERT_NE(made, nullptr);
     EXPECT_EQ(SysStringLen(made), 0U);
     SysFreeString(made);
-}
-
-TEST(AnsiTextTest, OutsideTheCodePage_areQuestionMarks)
-{
-    ASSERT_EQ(GetACP(), 1252U) << "run with LC_ALL=C.UTF-8";
-    EXPECT_EQ(narrow(L"a\u4e2db"), "a?b");
-    EXPECT_EQ(narrow(L"\u00e9"), "\xe9");
-}
-
-TEST(AnsiTextTest, CodePageBytes_becomeTheirCharacters)
-{
-    EXPECT_EQ(wide("caf\xe9"), L"caf\u00e9");
-    EXPECT_EQ(wide("\x80"), L"\u20ac");
 }
 
 TEST(AnsiTextTest, Bstr_isReadByItsLength)
@@ -59,11 +48,7 @@ TEST(AnsiTextTest, Bstr_isReadByItsLength)
     EXPECT_EQ(narrowBstr(text), std::string("a\0b", 3));
     EXPECT_EQ(narrow(text), "a");
     SysFreeString(text);
-}
-
-TEST(AnsiTextTest, ZeroInText_staysInTheBstr)
-{
-    EXPECT_EQ(wide(std::string("a\0b", 3)), std::wstring(L"a\0b", 3));
+    EXPECT_EQ(wide(std::string("a\0b", 3)), std::wstring(L"a\0b", 3)) << "the way back too";
 }
 
 TEST(AnsiTextTest, LongText_isNotCut)
@@ -88,19 +73,18 @@ TEST(WideTextTest, Text_withZeros_isHeldWhole)
     EXPECT_EQ(text.length(), 3);
 }
 
-// While it lives, the conversions see another ANSI code page.
-template <UINT CodePage>
-UINT WINAPI codePageIs()
-{
-    return CodePage;
-}
-
-using CodePageHook = UINT(WINAPI*)();
 struct CodePage
 {
     const char* name;
-    CodePageHook hook;
+    UINT(WINAPI* hook)();
 };
+
+// While the hook lives, the conversions see another ANSI code page.
+template <UINT NUMBER>
+CodePage codePage(const char* name)
+{
+    return {name, support::returning<NUMBER>(&GetACP)};
+}
 
 class EveryCodePageTest : public testing::TestWithParam<CodePage>
 {
@@ -133,27 +117,18 @@ TEST_P(EveryCodePageTest, Ascii_isItselfBesideOthers)
 }
 
 INSTANTIATE_TEST_SUITE_P(CodePages, EveryCodePageTest,
-                         testing::Values(CodePage{"cp1252", &codePageIs<1252>}, CodePage{"cp1250", &codePageIs<1250>},
-                                         CodePage{"cp1251", &codePageIs<1251>}, CodePage{"cp1253", &codePageIs<1253>},
-                                         CodePage{"cp1254", &codePageIs<1254>}, CodePage{"cp1258", &codePageIs<1258>},
-                                         CodePage{"cp874", &codePageIs<874>}, CodePage{"cp932", &codePageIs<932>},
-                                         CodePage{"cp936", &codePageIs<936>}, CodePage{"cp949", &codePageIs<949>},
-                                         CodePage{"cp950", &codePageIs<950>}, CodePage{"utf8", &codePageIs<CP_UTF8>}),
+                         testing::Values(codePage<1252>("cp1252"), codePage<1250>("cp1250"), codePage<1251>("cp1251"),
+                                         codePage<1253>("cp1253"), codePage<1254>("cp1254"), codePage<1258>("cp1258"),
+                                         codePage<874>("cp874"), codePage<932>("cp932"), codePage<936>("cp936"),
+                                         codePage<949>("cp949"), codePage<950>("cp950"), codePage<CP_UTF8>("utf8")),
                          [](const testing::TestParamInfo<CodePage>& instance) {
                              return std::string(instance.param.name);
                          });
 
-TEST(AnsiTextTest, Lookalikes_areNotTaken)
-{
-    ASSERT_EQ(GetACP(), 1252U) << "run with LC_ALL=C.UTF-8";
-    // Best-fit conversion would give J, a quote, a full stop, I and a backslash.
-    EXPECT_EQ(narrow(L"\u0134 \uFF02 \uFF0E \uFF29 \uFF3C"), "? ? ? ? ?");
-}
-
 TEST(AnsiTextTest, Pairs_ofSurrogates_areOneCharacter)
 {
     EXPECT_EQ(narrow(L"a\U0001F600b"), "a??b") << "a question mark for each half";
-    const support::ImportHook codePage("GetACP", &codePageIs<CP_UTF8>);
+    const support::ImportHook utf8("GetACP", support::returning<CP_UTF8>(&GetACP));
     EXPECT_EQ(narrow(L"a\U0001F600b"),
               "a\xF0\x9F\x98\x80"
               "b");
@@ -168,20 +143,10 @@ TEST(AnsiTextTest, Bytes_ofTheCodePage_comeThroughBothWays)
     }
 }
 
-BSTR WINAPI allocateNothing(const OLECHAR* /*text*/, UINT /*size*/)
-{
-    return nullptr;
-}
-
 TEST(AnsiTextTest, Bstr_withoutMemory_isAComError)
 {
-    const support::ImportHook hook("SysAllocStringLen", &allocateNothing);
-    try {
-        toBstr("a");
-        FAIL() << "nothing was thrown";
-    } catch (const _com_error& error) {
-        EXPECT_EQ(error.Error(), static_cast<HRESULT>(0x8007000E));
-    }
+    const support::ImportHook hook("SysAllocStringLen", support::returning<nullptr>(&SysAllocStringLen));
+    EXPECT_EQ(support::comErrorOf([] { toBstr("a"); }), "0x8007000E");
 }
 
 }  // namespace

@@ -33,12 +33,6 @@ TEST(ComReferenceTest, End_releasesTheReference)
     EXPECT_EQ(object.releases, 1);
 }
 
-TEST(ComReferenceTest, Start_ownsNothing)
-{
-    const Reference reference;
-    EXPECT_EQ(reference.get(), nullptr);
-}
-
 TEST(ComReferenceTest, Move_handsTheReferenceOver)
 {
     Counted object;
@@ -113,16 +107,11 @@ TEST(ScopedBstrTest, Text_isFreedOnce)
     hook.original<decltype(&countFreed)>()(second);
 }
 
-TEST(ScopedBstrTest, Start_hasNoText)
+TEST(ComScopeTest, Start_ownsNothing)
 {
-    const utils::ScopedBstr text;
-    EXPECT_EQ(text.get(), nullptr);
-}
-
-TEST(ScopedVariantTest, Start_isEmpty)
-{
-    const utils::ScopedVariant value;
-    EXPECT_EQ(value.get().vt, VT_EMPTY);
+    EXPECT_EQ(Reference().get(), nullptr);
+    EXPECT_EQ(utils::ScopedBstr().get(), nullptr);
+    EXPECT_EQ(utils::ScopedVariant().get().vt, VT_EMPTY);
 }
 
 int clearedVariants = 0;

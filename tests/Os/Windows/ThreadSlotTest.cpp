@@ -3,28 +3,18 @@
 #include <gtest/gtest.h>
 
 #include "Os/Windows/Platform.h"
-#include "Utils/Exception.h"
 #include "support/ImportHook.h"
 #include "support/LogCapture.h"
+#include "support/Thrown.h"
 
 namespace {
-
-DWORD WINAPI noSlot(PFLS_CALLBACK_FUNCTION /*callback*/)
-{
-    SetLastError(ERROR_NO_MORE_ITEMS);
-    return FLS_OUT_OF_INDEXES;
-}
 
 TEST(WindowsThreadSlot, NoSlotLeft_isAnException)
 {
     const support::LogCapture log(2);
-    const support::ImportHook hook("FlsAlloc", &noSlot);
-    try {
-        const utils::ThreadSlot slot([](void* /*value*/) {});
-        FAIL();
-    } catch (const utils::Exception& exception) {
-        EXPECT_STREQ(exception.what(), "Could not create a thread slot. Error 259");
-    }
+    const support::ImportHook hook("FlsAlloc", support::returning<FLS_OUT_OF_INDEXES, ERROR_NO_MORE_ITEMS>(&FlsAlloc));
+    EXPECT_EQ(support::thrownBy([] { const utils::ThreadSlot slot([](void* /*value*/) {}); }),
+              "Could not create a thread slot. Error 259");
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ namespace {
 using support::ImportHook;
 using support::locksReleased;
 using support::locksTaken;
+using support::returning;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -32,36 +33,10 @@ std::string lockingFailed(const char* function, const utils::Mutex& mutex, int e
                      utils::format("Error locking mutex %p. Error %d", static_cast<const void*>(&mutex), error));
 }
 
-int argumentsOfCreate = 0;
-
-HANDLE WINAPI noteCreate(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCSTR name)
-{
-    argumentsOfCreate += static_cast<int>(security == nullptr && !owned && name == nullptr);
-    return CreateMutexW(nullptr, FALSE, nullptr);
-}
-
-TEST(WindowsMutexTest, Mutex_isUnnamedAndNotOwned)
-{
-    const support::LogCapture log;
-    {
-        const ImportHook hook("CreateMutexA", &noteCreate);
-        utils::Mutex mutex;
-        const utils::MutexGuard guard(mutex);
-        EXPECT_EQ(argumentsOfCreate, 1);
-    }
-    EXPECT_THAT(log.messages(), IsEmpty());
-}
-
-HANDLE WINAPI failCreate(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
-{
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
-}
-
 TEST(WindowsMutexTest, FailedCreation_isLoggedAndThrown)
 {
     const support::LogCapture log;
-    const ImportHook hook("CreateMutexA", &failCreate);
+    const ImportHook hook("CreateMutexA", returning<nullptr, ERROR_NOT_ENOUGH_MEMORY>(&CreateMutexA));
     alignas(utils::Mutex) std::array<std::byte, sizeof(utils::Mutex)> place{};
     const std::string text =
         utils::format("Could not create mutex %p. Error 8", static_cast<const void*>(place.data()));
@@ -77,21 +52,10 @@ TEST(WindowsMutexTest, List_movedWithoutAMutex_keepsItsElements)
     int element = 4711;
     list.append(&element);
     {
-        const ImportHook hook("CreateMutexA", &failCreate);
+        const ImportHook hook("CreateMutexA", returning<nullptr, ERROR_NOT_ENOUGH_MEMORY>(&CreateMutexA));
         EXPECT_THROW(utils::SafeList<int*>(std::move(list)), utils::Exception);
     }
     EXPECT_EQ(list.getIterator().next(), &element);  // NOLINT(bugprone-use-after-move): nothing was moved
-}
-
-DWORD WINAPI failWait(HANDLE /*handle*/, DWORD /*timeout*/)
-{
-    SetLastError(ERROR_ACCESS_DENIED);
-    return WAIT_FAILED;
-}
-
-BOOL WINAPI releaseNothing(HANDLE /*handle*/)
-{
-    return TRUE;
 }
 
 TEST(WindowsMutexTest, FailedWait_isLoggedAndCounted)
@@ -101,8 +65,8 @@ TEST(WindowsMutexTest, FailedWait_isLoggedAndCounted)
     const std::uint32_t taken = locksTaken();
     const std::uint32_t released = locksReleased();
     {
-        const ImportHook release("ReleaseMutex", &releaseNothing);
-        const ImportHook wait("WaitForSingleObject", &failWait);
+        const ImportHook release("ReleaseMutex", returning<TRUE>(&ReleaseMutex));
+        const ImportHook wait("WaitForSingleObject", returning<WAIT_FAILED, ERROR_ACCESS_DENIED>(&WaitForSingleObject));
         const utils::MutexGuard guard(mutex);
         EXPECT_EQ(locksTaken() - taken, 1U);
     }
@@ -122,7 +86,7 @@ TEST(WindowsMutexTest, Lock_waitsWithoutLimit)
 {
     const support::LogCapture log;
     utils::Mutex mutex;
-    const ImportHook release("ReleaseMutex", &releaseNothing);
+    const ImportHook release("ReleaseMutex", returning<TRUE>(&ReleaseMutex));
     const ImportHook wait("WaitForSingleObject", &noteWait);
     SetLastError(0);
     {
@@ -138,19 +102,12 @@ TEST(WindowsMutexTest, FailedRelease_isLoggedAsAFailedLock)
     utils::Mutex mutex;
     const std::uint32_t released = locksReleased();
     {
-        const ImportHook wait(
-            "WaitForSingleObject", +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_OBJECT_0; });
+        const ImportHook wait("WaitForSingleObject", returning<WAIT_OBJECT_0>(&WaitForSingleObject));
         // The thread does not own the mutex, so the platform refuses to release it.
         const utils::MutexGuard guard(mutex);
     }
     EXPECT_EQ(locksReleased() - released, 1U);
     EXPECT_THAT(log.messages(), ElementsAre(lockingFailed("Unlock", mutex, ERROR_NOT_OWNER)));
-}
-
-BOOL WINAPI failClose(HANDLE /*handle*/)
-{
-    SetLastError(ERROR_INVALID_HANDLE);
-    return FALSE;
 }
 
 TEST(WindowsMutexTest, FailedClose_isLoggedAndNotThrown)
@@ -159,7 +116,7 @@ TEST(WindowsMutexTest, FailedClose_isLoggedAndNotThrown)
     auto mutex = std::make_unique<utils::Mutex>();
     const std::string text = utils::format("Could not close mutex %p. Error 6", static_cast<const void*>(mutex.get()));
     {
-        const ImportHook hook("CloseHandle", &failClose);
+        const ImportHook hook("CloseHandle", returning<FALSE, ERROR_INVALID_HANDLE>(&CloseHandle));
         mutex.reset();
     }
     EXPECT_THAT(log.messages(), ElementsAre(errorLine("~Mutex", text)));
@@ -168,8 +125,9 @@ TEST(WindowsMutexTest, FailedClose_isLoggedAndNotThrown)
 HANDLE createdHandle = nullptr;
 HANDLE closedHandle = nullptr;
 
-HANDLE WINAPI keepCreated(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
+HANDLE WINAPI keepCreated(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCSTR name)
 {
+    EXPECT_TRUE(security == nullptr && !owned && name == nullptr);
     return createdHandle = CreateMutexW(nullptr, FALSE, nullptr);
 }
 
@@ -179,17 +137,20 @@ BOOL WINAPI keepClosed(HANDLE handle)
     return TRUE;
 }
 
-TEST(WindowsMutexTest, End_closesTheHandle)
+TEST(WindowsMutexTest, Mutex_isUnnamedAndClosedAtItsEnd)
 {
+    const support::LogCapture log;
     const ImportHook create("CreateMutexA", &keepCreated);
     {
         const ImportHook close("CloseHandle", &keepClosed);
-        const utils::Mutex mutex;
+        utils::Mutex mutex;
+        const utils::MutexGuard guard(mutex);
         EXPECT_EQ(closedHandle, nullptr);
     }
     ASSERT_NE(createdHandle, nullptr);
     EXPECT_EQ(closedHandle, createdHandle);
     CloseHandle(createdHandle);
+    EXPECT_THAT(log.messages(), IsEmpty());
 }
 
 TEST(WindowsMutexTest, AbandonedMutex_isLoggedAndOwned)

@@ -31,10 +31,17 @@ std::string openingLine(const std::string& name)
     return line("debug", "getRegistryData", "Opennig key " + KEY + " (" + name + ")");
 }
 
-LSTATUS accessDenied()
+int rootNumber(HKEY root)
 {
-    return ERROR_ACCESS_DENIED;
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(root));
 }
+
+std::string creatingLine(const std::string& path, const std::string& value)
+{
+    return line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + path + "' with value '" + value + "'");
+}
+
+const std::string CREATING_TEXT = creatingLine(KEY, "text");
 
 // Every test starts without the key and deletes it at the end.
 class WindowsRegistryTest : public testing::Test
@@ -108,11 +115,7 @@ TEST_F(WindowsRegistryTest, SetKey_writesATextWithItsTerminator)
     EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\a\\b", "Name", "text"));
     EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "caf\xe9"));
     EXPECT_EQ(stored("Name"), std::pair(static_cast<DWORD>(REG_SZ), std::string("caf\xe9\0", 5)));
-    EXPECT_THAT(
-        log.messages(),
-        ElementsAre(
-            line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "\\a\\b' with value 'text'"),
-            line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "' with value 'caf\xe9'")));
+    EXPECT_THAT(log.messages(), ElementsAre(creatingLine(KEY + "\\a\\b", "text"), creatingLine(KEY, "caf\xe9")));
 }
 
 TEST_F(WindowsRegistryTest, SetKey_withoutName_writesTheDefaultValue)
@@ -126,64 +129,49 @@ TEST_F(WindowsRegistryTest, SetKey_withoutName_writesTheDefaultValue)
 TEST_F(WindowsRegistryTest, SetKey_logsBeforeItAssertsAPath)
 {
     const LogCapture log;
-    EXPECT_EQ(
-        support::withoutLine(support::thrownBy([&] { m_registry.setKey(HKEY_LOCAL_MACHINE, "", "Name", "text"); })),
-        "DRAVEv2: Os/Windows/Windows:#: Assertion failed: 'path.size() > 0'");
+    EXPECT_EQ(support::unnumberedAssertionOf([&] { m_registry.setKey(HKEY_LOCAL_MACHINE, "", "Name", "text"); }),
+              "Os/Windows/Windows:#: path.size() > 0");
     ASSERT_EQ(log.messages().size(), 2U);
-    EXPECT_EQ(log.messages()[0],
-              line("debug", "setKey", "Creating REG_SZ registry key '80000002\\' with value 'text'"));
+    EXPECT_EQ(log.messages()[0], creatingLine("", "text"));
 }
 
-LSTATUS WINAPI refuseCreate(HKEY /*key*/, LPCSTR /*path*/, DWORD /*reserved*/, LPSTR /*type*/, DWORD /*options*/,
-                            REGSAM /*access*/, const LPSECURITY_ATTRIBUTES /*security*/, PHKEY /*result*/,
-                            LPDWORD /*disposition*/)
-{
-    return accessDenied();
-}
+std::vector<std::string> calls;
 
-TEST_F(WindowsRegistryTest, FailedCreation_isLoggedWithPathAndValue)
-{
-    const LogCapture log;
-    const ImportHook hook("RegCreateKeyExA", &refuseCreate);
-    EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
-    EXPECT_THAT(
-        log.messages(),
-        ElementsAre(line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "' with value 'text'"),
-                    line("error", "setKey", "RegCreateKeyEx -2147483646, " + KEY + ", text error 5")));
-}
-
-struct Creation
-{
-    DWORD reserved;
-    bool typed;
-    DWORD options;
-    REGSAM access;
-    bool secured;
-    bool asksForDisposition;
-
-    bool operator==(const Creation&) const = default;
-};
-
-Creation created{};
-
-LSTATUS WINAPI noteCreation(HKEY /*key*/, LPCSTR /*path*/, DWORD reserved, LPSTR type, DWORD options, REGSAM access,
+LSTATUS WINAPI refuseCreate(HKEY root, LPCSTR path, DWORD reserved, LPSTR type, DWORD options, REGSAM access,
                             const LPSECURITY_ATTRIBUTES security, PHKEY /*result*/, LPDWORD disposition)
 {
-    created = {reserved, type != nullptr, options, access, security != nullptr, disposition != nullptr};
-    return accessDenied();
+    EXPECT_TRUE(reserved == 0 && type == nullptr && security == nullptr && disposition == nullptr);
+    calls.push_back(utils::format("create %d %s, options %X, access %X", rootNumber(root), path,
+                                  static_cast<int>(options), static_cast<int>(access)));
+    return ERROR_ACCESS_DENIED;
 }
 
-TEST_F(WindowsRegistryTest, SetKey_createsAKeyThatLastsForWriting)
+LSTATUS WINAPI refuseOpen(HKEY root, LPCSTR path, DWORD options, REGSAM access, PHKEY /*result*/)
 {
-    const ImportHook hook("RegCreateKeyExA", &noteCreation);
+    calls.push_back(utils::format("open %d %s, options %X, access %X", rootNumber(root), path,
+                                  static_cast<int>(options), static_cast<int>(access)));
+    return ERROR_ACCESS_DENIED;
+}
+
+TEST_F(WindowsRegistryTest, Keys_areOpenedWithTheAccessTheyNeed)
+{
+    const LogCapture log;
+    const ImportHook create("RegCreateKeyExA", &refuseCreate);
+    const ImportHook open("RegOpenKeyExA", &refuseOpen);
     EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
-    EXPECT_EQ(created, (Creation{0, false, REG_OPTION_NON_VOLATILE, 0x20006, false, false}));
-}
-
-LSTATUS WINAPI refuseSet(HKEY /*key*/, LPCSTR /*name*/, DWORD /*reserved*/, DWORD /*type*/, const BYTE* /*data*/,
-                         DWORD /*size*/)
-{
-    return accessDenied();
+    EXPECT_FALSE(m_registry.keyExists(KEY));
+    EXPECT_FALSE(m_registry.deleteKey(HKEY_CURRENT_USER, KEY, "child"));
+    EXPECT_FALSE(read(REG_SZ, "Name"));
+    EXPECT_EQ(m_text, "");
+    // A created key is not volatile and is opened for writing alone.
+    EXPECT_THAT(calls, ElementsAre("create -2147483646 " + KEY + ", options 0, access 20006",
+                                   "open -2147483646 " + KEY + ", options 0, access 20019",
+                                   "open -2147483647 " + KEY + ", options 0, access 20006",
+                                   "open -2147483646 " + KEY + ", options 0, access 20019"));
+    EXPECT_THAT(
+        log.messages(),
+        ElementsAre(CREATING_TEXT, line("error", "setKey", "RegCreateKeyEx -2147483646, " + KEY + ", text error 5"),
+                    openingLine("Name")));
 }
 
 int closedKeys = 0;
@@ -207,12 +195,11 @@ private:
 TEST_F(RegistryCloseTest, FailedValue_isLogged_andTheKeyClosed)
 {
     const LogCapture log;
-    const ImportHook hook("RegSetValueExA", &refuseSet);
+    const ImportHook hook("RegSetValueExA", support::returning<ERROR_ACCESS_DENIED>(&RegSetValueExA));
     EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
     EXPECT_THAT(
         log.messages(),
-        ElementsAre(line("debug", "setKey", "Creating REG_SZ registry key '80000002\\" + KEY + "' with value 'text'"),
-                    line("error", "setKey", "RegSetValueEx -2147483646, " + KEY + ", text error 5")));
+        ElementsAre(CREATING_TEXT, line("error", "setKey", "RegSetValueEx -2147483646, " + KEY + ", text error 5")));
     EXPECT_EQ(closedKeys, 1);
 }
 
@@ -241,63 +228,17 @@ TEST_F(WindowsRegistryTest, KeyExists_looksUnderTheLocalMachine)
     EXPECT_FALSE(m_registry.keyExists("Environment")) << "which is there for the current user alone";
 }
 
-struct Opening
+TEST_F(WindowsRegistryTest, DeleteKey_isTrueWithAParent)
 {
-    HKEY root;
-    std::string path;
-    DWORD options;
-    REGSAM access;
-};
-
-std::vector<Opening> openings;
-
-LSTATUS WINAPI refuseOpen(HKEY root, LPCSTR path, DWORD options, REGSAM access, PHKEY /*result*/)
-{
-    openings.push_back({root, path, options, access});
-    return accessDenied();
-}
-
-TEST_F(WindowsRegistryTest, Keys_areOpenedWithTheAccessTheyNeed)
-{
-    const LogCapture log;
-    const ImportHook hook("RegOpenKeyExA", &refuseOpen);
-    EXPECT_FALSE(m_registry.keyExists(KEY));
-    EXPECT_FALSE(m_registry.deleteKey(HKEY_CURRENT_USER, KEY, "child"));
-    EXPECT_FALSE(read(REG_SZ, "Name"));
-    EXPECT_EQ(m_text, "");
-    ASSERT_EQ(openings.size(), 3U);
-    EXPECT_EQ(openings[0].root, HKEY_LOCAL_MACHINE);
-    EXPECT_EQ(openings[0].access, 0x20019U);
-    EXPECT_EQ(openings[1].root, HKEY_CURRENT_USER);
-    EXPECT_EQ(openings[1].access, 0x20006U);
-    EXPECT_EQ(openings[2].root, HKEY_LOCAL_MACHINE);
-    EXPECT_EQ(openings[2].access, 0x20019U);
-    for (const Opening& opening : openings) {
-        EXPECT_EQ(opening.path, KEY);
-        EXPECT_EQ(opening.options, 0U);
-    }
-    EXPECT_THAT(log.messages(), ElementsAre(openingLine("Name")));
-}
-
-TEST_F(WindowsRegistryTest, DeleteKey_removesAChild)
-{
+    EXPECT_FALSE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child")) << "without the parent";
     m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child", "", "");
     EXPECT_TRUE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
     EXPECT_FALSE(m_registry.keyExists(KEY + "\\child"));
     EXPECT_TRUE(m_registry.keyExists(KEY));
-}
-
-TEST_F(WindowsRegistryTest, DeleteKey_ofAMissingChild_isTrue)
-{
-    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child\\grandchild", "", "");
     EXPECT_TRUE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "missing"));
+    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child\\grandchild", "", "");
     EXPECT_TRUE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
     EXPECT_TRUE(m_registry.keyExists(KEY + "\\child\\grandchild"));
-}
-
-TEST_F(WindowsRegistryTest, DeleteKey_withoutTheParent_isFalse)
-{
-    EXPECT_FALSE(m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
 }
 
 struct Reading
@@ -373,15 +314,11 @@ TEST_F(WindowsRegistryTest, GetUint_readsTextsAndNumbers)
     writeText("Text", " 0x1F ");
     EXPECT_TRUE(readNumber(REG_SZ, "Text"));
     EXPECT_EQ(m_number, 31U);
-}
-
-TEST_F(WindowsRegistryTest, GetUint_withoutANumber_isZeroOrUntouched)
-{
-    writeText("Text", "apples");
-    EXPECT_FALSE(readNumber(REG_SZ, "Text"));
+    writeText("Word", "apples");
+    EXPECT_FALSE(readNumber(REG_SZ, "Word"));
     EXPECT_EQ(m_number, 0U);
     EXPECT_FALSE(readNumber(REG_SZ, "Missing"));
-    EXPECT_EQ(m_number, 4711U);
+    EXPECT_EQ(m_number, 4711U) << "untouched";
 }
 
 BOOL WINAPI windows61(LPOSVERSIONINFOA version)
@@ -396,20 +333,11 @@ BOOL WINAPI windows61(LPOSVERSIONINFOA version)
     return TRUE;
 }
 
-BOOL WINAPI noVersion(LPOSVERSIONINFOA /*version*/)
-{
-    return FALSE;
-}
-
 TEST_F(WindowsRegistryTest, OsVersion_isTenTimesMajorPlusMinor)
 {
     const ImportHook hook("GetVersionExA", &windows61);
     EXPECT_EQ(m_registry.getOsVersion(), 61);
-}
-
-TEST_F(WindowsRegistryTest, OsVersion_withoutAnAnswer_isZero)
-{
-    const ImportHook hook("GetVersionExA", &noVersion);
+    const ImportHook none("GetVersionExA", support::returning<FALSE>(&GetVersionExA));
     EXPECT_EQ(m_registry.getOsVersion(), 0);
 }
 
@@ -496,17 +424,11 @@ TEST_F(WindowsRegistryTest, OtherOperations_callThePlatformDirectly)
 TEST_F(WindowsRegistryTest, Operations_keepTheirSlots)
 {
     // The destructor occupies the first two entries.
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::openKey), 2U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::queryInfoKey), 3U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::enumKey), 4U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::enumValue), 5U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::closeKey), 6U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::keyExists), 7U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::setKey), 8U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::deleteKey), 9U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::getOsVersion), 10U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::getRegistryUint), 11U);
-    EXPECT_EQ(support::slotOf(&WindowsRegistry::getRegistryData), 12U);
+    using Registry = WindowsRegistry;
+    EXPECT_THAT(support::slotsOf(&Registry::openKey, &Registry::queryInfoKey, &Registry::enumKey, &Registry::enumValue,
+                                 &Registry::closeKey, &Registry::keyExists, &Registry::setKey, &Registry::deleteKey,
+                                 &Registry::getOsVersion, &Registry::getRegistryUint, &Registry::getRegistryData),
+                ElementsAre(2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12));
 }
 
 }  // namespace

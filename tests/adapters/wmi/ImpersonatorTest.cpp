@@ -12,59 +12,41 @@ using support::ClientToken;
 using support::ImportHook;
 using support::Lines;
 
-// The result of one request's impersonation.
-struct Outcome
+const std::string GRANTED = "granted";
+
+// The report that the sink received, and the level in the error line about the denied access.
+std::string denied(const std::string& level)
 {
-    bool succeeded;
-    // The report that the sink received; empty if there was none.
-    std::string reported;
-    // The level of the error line about the denied access; 0 if there was none.
-    int deniedLevel;
-
-    friend bool operator==(const Outcome&, const Outcome&) = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
-{
-    return stream << outcome.succeeded << " " << outcome.reported << " " << outcome.deniedLevel;
-}
-
-const Outcome GRANTED{true, "", 0};
-
-Outcome denied(int level)
-{
-    return {false, "0x80041003", level};
+    return "denied, 0x80041003, " + level;
 }
 
 class ImpersonatorTest : public testing::Test
 {
 protected:
-    // The impersonation of the calling thread's client.
-    Outcome impersonate()
-    {
-        log.clear();
-        calls.take();
-        Outcome outcome{};
-        {
-            const Impersonator impersonator(&sink);
-            outcome.succeeded = impersonator.succeeded();
-        }
-        EXPECT_FALSE(support::threadHasToken());
-        for (const std::string& call : calls.take()) {
-            if (call.starts_with("sink.SetStatus(0, ")) {
-                outcome.reported = call.substr(18, 10);
-            }
-        }
-        const Lines events = log.events();
-        const std::size_t level = events.empty() ? std::string::npos : events.back().find("Access denied, ");
-        outcome.deniedLevel = level == std::string::npos ? 0 : std::stoi(events.back().substr(level + 15));
-        return outcome;
-    }
-
-    Outcome impersonate(ClientToken token)
+    // The outcome of one request with a client that has this token.
+    std::string impersonate(ClientToken token)
     {
         const CallContext call(calls, token);
-        return impersonate();
+        log.clear();
+        calls.take();
+        std::string outcome;
+        {
+            const Impersonator impersonator(&sink);
+            outcome = impersonator.succeeded() ? "granted" : "denied";
+        }
+        EXPECT_FALSE(support::threadHasToken());
+        for (const std::string& recorded : calls.take()) {
+            if (recorded.starts_with("sink.SetStatus(0, ")) {
+                outcome += ", " + recorded.substr(18, 10);
+            }
+        }
+        for (const std::string& event : log.events()) {
+            const std::size_t level = event.find("Access denied, ");
+            if (level != std::string::npos) {
+                outcome += ", " + event.substr(level + 15, event.find('\n') - level - 15);
+            }
+        }
+        return outcome;
     }
 
     support::LogCapture log{2};
@@ -76,8 +58,8 @@ TEST_F(ImpersonatorTest, Client_isActedForFromImpersonationOn)
 {
     EXPECT_EQ(impersonate(ClientToken::IMPERSONATION), GRANTED);
     EXPECT_EQ(impersonate(ClientToken::DELEGATION), GRANTED);
-    EXPECT_EQ(impersonate(ClientToken::IDENTIFICATION), denied(2));
-    EXPECT_EQ(impersonate(ClientToken::ANONYMOUS), denied(1));
+    EXPECT_EQ(impersonate(ClientToken::IDENTIFICATION), denied("2"));
+    EXPECT_EQ(impersonate(ClientToken::ANONYMOUS), denied("1"));
 }
 
 TEST_F(ImpersonatorTest, WithoutAToken_theProcessIsTrusted)
@@ -168,7 +150,8 @@ TEST_F(ImpersonatorTest, UnknownTokenLevel_isAnonymous)
          std::vector<std::pair<DWORD, int>>{{0, 1}, {1, 2}, {2, 3}, {3, 4}, {4, 1}, {4294967295U, 1}})
     {
         tokenLevel = level;
-        EXPECT_EQ(impersonate(ClientToken::IMPERSONATION), number >= 3 ? GRANTED : denied(number)) << level;
+        EXPECT_EQ(impersonate(ClientToken::IMPERSONATION), number >= 3 ? GRANTED : denied(std::to_string(number)))
+            << level;
     }
 }
 

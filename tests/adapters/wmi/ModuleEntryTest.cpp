@@ -19,11 +19,18 @@ class ModuleEntryTest : public testing::Test
 {
 protected:
     // A factory with one reference.
-    WmiProviderFactory* factory()
+    static WmiProviderFactory* factory()
     {
         void* made = nullptr;
         EXPECT_EQ(DllGetClassObject(identity::PROVIDER_CLSID, IID_IClassFactory, &made), S_OK);
         return static_cast<WmiProviderFactory*>(made);
+    }
+
+    static IUnknown* provider(WmiProviderFactory& factory)
+    {
+        void* made = nullptr;
+        EXPECT_EQ(factory.CreateInstance(nullptr, IID_IUnknown, &made), S_OK);
+        return static_cast<IUnknown*>(made);
     }
 };
 
@@ -65,35 +72,26 @@ TEST_F(ModuleEntryTest, OtherInterface_destroysTheFactory)
     EXPECT_EQ(made, nullptr);
 }
 
-void* noMemory(std::size_t, const std::nothrow_t&) noexcept
-{
-    return nullptr;
-}
-
 TEST_F(ModuleEntryTest, Factory_withoutMemory_isRefused)
 {
     void* made = this;
     HRESULT hr = S_OK;
     {
-        const support::ImportHook hook("_ZnwyRKSt9nothrow_t",
-                                       static_cast<void* (*)(std::size_t, const std::nothrow_t&)>(&noMemory));
+        const support::ImportHook hook(
+            "_ZnwyRKSt9nothrow_t", +[](std::size_t, const std::nothrow_t&) -> void* { return nullptr; });
         hr = DllGetClassObject(identity::PROVIDER_CLSID, IID_IClassFactory, &made);
     }
     EXPECT_EQ(hex(hr), "0x8007000E");
 }
 
-TEST_F(ModuleEntryTest, UnusedModule_mayBeUnloaded)
-{
-    EXPECT_EQ(DllCanUnloadNow(), S_OK);
-}
-
 TEST_F(ModuleEntryTest, Provider_keepsTheModule_andAFactoryDoesNot)
 {
+    EXPECT_EQ(DllCanUnloadNow(), S_OK);
     WmiProviderFactory* const made = factory();
-    void* provider = nullptr;
-    ASSERT_EQ(made->CreateInstance(nullptr, IID_IUnknown, &provider), S_OK);
+    EXPECT_EQ(DllCanUnloadNow(), S_OK);
+    IUnknown* const kept = provider(*made);
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
-    static_cast<IUnknown*>(provider)->Release();
+    kept->Release();
     EXPECT_EQ(DllCanUnloadNow(), S_OK);
     made->Release();
 }
@@ -101,12 +99,12 @@ TEST_F(ModuleEntryTest, Provider_keepsTheModule_andAFactoryDoesNot)
 TEST_F(ModuleEntryTest, CanUnload_judgesEachCounterAlone)
 {
     WmiProviderFactory* const made = factory();
-    void* provider = nullptr;
-    ASSERT_EQ(made->CreateInstance(nullptr, IID_IUnknown, &provider), S_OK);
+    IUnknown* const kept = provider(*made);
     made->LockServer(FALSE);
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE) << "one object and minus one lock are not nothing";
+    kept->Release();
+    EXPECT_EQ(DllCanUnloadNow(), S_FALSE) << "an unmatched unlock keeps the module";
     made->LockServer(TRUE);
-    static_cast<IUnknown*>(provider)->Release();
     EXPECT_EQ(DllCanUnloadNow(), S_OK);
     made->Release();
 }
@@ -120,15 +118,6 @@ TEST_F(ModuleEntryTest, EveryLock_hasToBeUndone)
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
     made->LockServer(FALSE);
     EXPECT_EQ(DllCanUnloadNow(), S_OK);
-    made->Release();
-}
-
-TEST_F(ModuleEntryTest, UnmatchedUnlock_keepsTheModuleForEver)
-{
-    WmiProviderFactory* const made = factory();
-    made->LockServer(FALSE);
-    EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
-    EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
     made->Release();
 }
 

@@ -1,193 +1,265 @@
 #include "adapters/wmi/PropertyConverters.h"
 
+#include <cstdlib>
 #include <functional>
+#include <map>
 #include <memory>
-#include <ostream>
 
+#include "Os/Windows/ComScope.h"
 #include "core/CimPropertyTypes.h"
+#include "support/Baseline.h"
+#include "support/Samples.h"
 #include "tests/adapters/wmi/WmiTest.h"
 
-// The behaviour that all converters share. NumberConvertersTest, TextConvertersTest and ArrayConvertersTest test the
-// values.
+// What all converters share, and the values of those of one value. ArrayConvertersTest tests the values of the others.
 namespace {
 
-using support::assertionText;
-using support::thrownBy;
-using support::withoutLine;
+using samples::bstr;
+using samples::i4;
+using support::comErrorOf;
+using support::describe;
+using support::describeAndClear;
+using support::describeAndDelete;
+using support::Lines;
+using support::refusalOf;
 
 struct Kind
 {
     const char* name;
-    // The converter's class as its functions log it.
     std::function<std::unique_ptr<wa::PropertyConverter>()> converter;
     std::function<std::unique_ptr<core::CimProperty>()> property;
-    // The text of the type check for input values; null if the converter accepts no type.
-    const char* accepted;
 };
-
-std::ostream& operator<<(std::ostream& stream, const Kind& kind)
-{
-    return stream << kind.name;
-}
 
 template <class Converter, class Property>
-Kind kind(const char* name, const char* accepted)
+Kind kind(const char* name)
 {
-    return {name, [] { return std::make_unique<Converter>(); }, [] { return std::make_unique<Property>("Name"); },
-            accepted};
+    return {name, [] { return std::make_unique<Converter>(); }, [] { return std::make_unique<Property>("Name"); }};
 }
 
-constexpr const char* BSTR_TEST = "variant->vt == VT_BSTR || variant->vt == VT_NULL";
-constexpr const char* I4_TEST = "variant->vt == VT_I4 || variant->vt == VT_NULL";
-
-const std::vector<Kind>& kinds()
+std::vector<Kind> kinds()
 {
-    static const std::vector<Kind> all{
-        kind<wa::StringPropertyConverter, core::CimPropertyString>("String", BSTR_TEST),
-        kind<wa::StringArrayPropertyConverter, core::CimPropertyString_arr>(
-            "StringArray",
-            "((variant->vt & (VT_BSTR | VT_ARRAY)) == (VT_BSTR | VT_ARRAY)) || (variant->vt == VT_NULL)"),
-        kind<wa::Uint8PropertyConverter, core::CimPropertyUint8>("Uint8",
-                                                                 "variant->vt == VT_UI1 || variant->vt == VT_NULL"),
-        kind<wa::Uint16PropertyConverter, core::CimPropertyUint16>("Uint16", I4_TEST),
-        kind<wa::Uint16ArrayPropertyConverter, core::CimPropertyUint16_arr>(
-            "Uint16Array", "((variant->vt & (VT_I4 | VT_ARRAY)) == (VT_I4 | VT_ARRAY)) || (variant->vt == VT_NULL)"),
-        kind<wa::Uint32PropertyConverter, core::CimPropertyUint32>("Uint32", I4_TEST),
-        kind<wa::Uint64PropertyConverter, core::CimPropertyUint64>("Uint64", BSTR_TEST),
-        kind<wa::RefPropertyConverter, core::CimPropertyRef>("Ref", BSTR_TEST),
-        kind<wa::Uint32ArrayPropertyConverter, core::CimPropertyUint32_arr>("Uint32Array", nullptr),
-        kind<wa::BoolPropertyConverter, core::CimPropertyBool>("Bool", nullptr),
-        kind<wa::DatetimePropertyConverter, core::CimPropertyDatetime>("Datetime", nullptr)};
-    return all;
+    return {kind<wa::StringPropertyConverter, core::CimPropertyString>("String"),
+            kind<wa::StringArrayPropertyConverter, core::CimPropertyString_arr>("StringArray"),
+            kind<wa::Uint8PropertyConverter, core::CimPropertyUint8>("Uint8"),
+            kind<wa::Uint16PropertyConverter, core::CimPropertyUint16>("Uint16"),
+            kind<wa::Uint16ArrayPropertyConverter, core::CimPropertyUint16_arr>("Uint16Array"),
+            kind<wa::Uint32PropertyConverter, core::CimPropertyUint32>("Uint32"),
+            kind<wa::Uint64PropertyConverter, core::CimPropertyUint64>("Uint64"),
+            kind<wa::RefPropertyConverter, core::CimPropertyRef>("Ref"),
+            kind<wa::Uint32ArrayPropertyConverter, core::CimPropertyUint32_arr>("Uint32Array"),
+            kind<wa::BoolPropertyConverter, core::CimPropertyBool>("Bool"),
+            kind<wa::DatetimePropertyConverter, core::CimPropertyDatetime>("Datetime")};
 }
 
-std::string kindText(const std::string& name)
-{
-    const std::map<std::string, std::string> texts{{"String", "EPT_STRING"},
-                                                   {"StringArray", "EPT_STRING_ARR"},
-                                                   {"Uint8", "EPT_UINT8"},
-                                                   {"Uint16", "EPT_UINT16"},
-                                                   {"Uint16Array", "EPT_UINT16_ARR"},
-                                                   {"Uint32", "EPT_UINT32"},
-                                                   {"Uint64", "EPT_UINT64"},
-                                                   {"Ref", "EPT_REF"},
-                                                   {"Uint32Array", "EPT_UINT32_ARR"},
-                                                   {"Bool", "EPT_BOOL"},
-                                                   {"Datetime", "EPT_DATETIME"}};
-    return "property->getType() == core::CimProperty::" + texts.at(name);
-}
-
-class PropertyConvertersTest : public testing::TestWithParam<Kind>
+class PropertyConvertersTest : public testing::Test
 {
 protected:
-    support::NoComLeaks leaks;
-    support::LogCapture log{2};
-    std::unique_ptr<wa::PropertyConverter> converter = GetParam().converter();
-};
-
-class TakingConvertersTest : public PropertyConvertersTest
-{
-};
-
-class RefusingConvertersTest : public PropertyConvertersTest
-{
-};
-
-std::string nameOf(const testing::TestParamInfo<Kind>& info)
-{
-    return info.param.name;
-}
-
-std::vector<Kind> kindsThatTake(bool take)
-{
-    std::vector<Kind> some;
-    for (const Kind& kind : kinds()) {
-        if ((kind.accepted != nullptr) == take) {
-            some.push_back(kind);
-        }
-    }
-    return some;
-}
-
-INSTANTIATE_TEST_SUITE_P(Kinds, PropertyConvertersTest, testing::ValuesIn(kinds()), nameOf);
-INSTANTIATE_TEST_SUITE_P(Kinds, TakingConvertersTest, testing::ValuesIn(kindsThatTake(true)), nameOf);
-INSTANTIATE_TEST_SUITE_P(Kinds, RefusingConvertersTest, testing::ValuesIn(kindsThatTake(false)), nameOf);
-
-TEST_P(PropertyConvertersTest, NullProperty_isRefused)
-{
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter->propertyToVariant(nullptr); })), assertionText("property != NULL"));
-}
-
-TEST_P(PropertyConvertersTest, PropertyOfAnotherKind_isRefused)
-{
-    for (const Kind& other : kinds()) {
-        if (other.name == std::string(GetParam().name)) {
-            continue;
-        }
-        const auto property = other.property();
-        EXPECT_EQ(withoutLine(thrownBy([&] { converter->propertyToVariant(property.get()); })),
-                  assertionText(kindText(GetParam().name)))
-            << other.name;
-    }
-}
-
-TEST_P(TakingConvertersTest, Name_isCheckedFirst)
-{
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter->variantToProperty("", nullptr); })),
-              assertionText("name.size() > 0"));
-}
-
-TEST_P(TakingConvertersTest, NullVariant_isRefused)
-{
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter->variantToProperty("Name", nullptr); })),
-              assertionText("variant != NULL"));
-}
-
-TEST_P(TakingConvertersTest, EmptyVariant_isNotNull)
-{
-    VARIANT variant{};
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter->variantToProperty("Name", &variant); })),
-              assertionText(GetParam().accepted));
-}
-
-TEST_P(TakingConvertersTest, OtherTypes_areRefused)
-{
-    // Types that the array tests do not accept either.
-    for (const int type : {+VT_I2, +VT_R8, +VT_DISPATCH, +VT_VARIANT, +VT_UI4, VT_BYREF | VT_I4, VT_BYREF | VT_BSTR,
-                           VT_BYREF | VT_UI1, VT_ARRAY | VT_UI1, VT_ARRAY | VT_I2, +VT_ARRAY})
+    PropertyConvertersTest()
     {
-        VARIANT variant{};
-        variant.vt = static_cast<VARTYPE>(type);
-        EXPECT_EQ(withoutLine(thrownBy([&] { converter->variantToProperty("Name", &variant); })),
-                  assertionText(GetParam().accepted))
-            << type;
+        // The platform sets this variable itself and ignores the environment of the program.
+        _putenv_s("COMPUTERNAME", "TESTHOST");
+    }
+
+    support::NoComLeaks leaks;
+};
+
+// The assertion that fails when the converter gets the property; none may pass.
+std::string goingOut(const Kind& kind, core::CimProperty* property)
+{
+    return refusalOf([&] { kind.converter()->propertyToVariant(property); });
+}
+
+// The outcome of a value that the converter gets. It reads no more than the type of the values here.
+std::string comingIn(const Kind& kind, const char* name, const VARIANT* value)
+{
+    std::string outcome;
+    const std::string thrown = refusalOf([&] {
+        core::CimProperty* const made = kind.converter()->variantToProperty(name, value);
+        EXPECT_TRUE(made == nullptr || made->getOwner() == nullptr) << kind.name;
+        outcome = describeAndDelete(made);
+    });
+    return outcome.empty() ? thrown : outcome;
+}
+
+TEST_F(PropertyConvertersTest, WrongArguments_areRefusedAsInTheFile)
+{
+    Lines lines;
+    for (const Kind& kind : kinds()) {
+        // The arguments by their outcome.
+        std::map<std::string, std::string> outcomes;
+        outcomes[goingOut(kind, nullptr)] += " no property";
+        for (const Kind& other : kinds()) {
+            if (other.name != std::string(kind.name)) {
+                outcomes[goingOut(kind, other.property().get())] += std::string(" ") + other.name;
+            }
+        }
+        outcomes[comingIn(kind, "", nullptr)] += " no name";
+        outcomes[comingIn(kind, "Name", nullptr)] += " no variant";
+        // Types that the array tests do not accept either.
+        for (const int type :
+             {+VT_EMPTY, +VT_NULL, +VT_BOOL, +VT_I2, +VT_R8, +VT_DISPATCH, +VT_VARIANT, +VT_UI4, VT_BYREF | VT_I4,
+              VT_BYREF | VT_BSTR, VT_BYREF | VT_UI1, +VT_ARRAY, VT_ARRAY | VT_UI1, VT_ARRAY | VT_I2})
+        {
+            VARIANT value{};
+            value.vt = static_cast<VARTYPE>(type);
+            value.byref = &value;
+            outcomes[comingIn(kind, "Name", &value)] += utils::format(" %04X", type);
+        }
+        lines.push_back(kind.name);
+        for (const auto& [outcome, arguments] : outcomes) {
+            lines.push_back("    " + outcome + " <-" + arguments);
+        }
+    }
+    support::expectBaseline(ZERIX_WMI_CASES "/wrong-arguments.txt", lines);
+}
+
+template <class Converter, class Property, class Value>
+std::string outbound(Value value)
+{
+    Property property("Name");
+    property.setValue(value);
+    return describe(property) + " -> " + describeAndClear(Converter().propertyToVariant(&property));
+}
+
+// Takes ownership of the value.
+template <class Converter>
+std::string inbound(VARIANT value)
+{
+    const utils::ScopedVariant owner(value);
+    return describe(value) + " -> " + describeAndDelete(Converter().variantToProperty("Name", &value));
+}
+
+VARIANT ui1(BYTE number)
+{
+    VARIANT value = i4(number);
+    value.vt = VT_UI1;
+    return value;
+}
+
+constexpr std::uint64_t SECOND = 1000000;
+
+TEST_F(PropertyConvertersTest, Numbers_areConvertedAsInTheFile)
+{
+    const auto uint16 = &inbound<wa::Uint16PropertyConverter>;
+    const auto uint32 = &outbound<wa::Uint32PropertyConverter, core::CimPropertyUint32, std::uint32_t>;
+    const auto boolean = &outbound<wa::BoolPropertyConverter, core::CimPropertyBool, bool>;
+    support::expectBaseline(
+        ZERIX_WMI_CASES "/numbers.txt",
+        {outbound<wa::Uint8PropertyConverter, core::CimPropertyUint8>(255),
+         inbound<wa::Uint8PropertyConverter>(ui1(200)),
+         outbound<wa::Uint16PropertyConverter, core::CimPropertyUint16>(65535), uint16(i4(7)), uint16(i4(65536)),
+         uint16(i4(70000)), uint16(i4(-1)), uint32(4294967295U), uint32(2147483648U), uint32(5),
+         inbound<wa::Uint32PropertyConverter>(i4(-1)), boolean(true), boolean(false)});
+}
+
+TEST_F(PropertyConvertersTest, NullProperty_goesOutAsItsStoredValue)
+{
+    core::CimPropertyUint16 property("Name");
+    EXPECT_EQ(describe(wa::Uint16PropertyConverter().propertyToVariant(&property)), "VT_I4 0");
+    property.setValue(9);
+    property.setNull();
+    EXPECT_EQ(describe(wa::Uint16PropertyConverter().propertyToVariant(&property)), "VT_I4 9");
+}
+
+TEST_F(PropertyConvertersTest, Texts_areConvertedAsInTheFile)
+{
+    VARIANT nullText{};
+    nullText.vt = VT_BSTR;
+    const auto text = &outbound<wa::StringPropertyConverter, core::CimPropertyString, const char*>;
+    const auto time = &outbound<wa::DatetimePropertyConverter, core::CimPropertyDatetime, utils::Time>;
+    const auto number = &outbound<wa::Uint64PropertyConverter, core::CimPropertyUint64, std::uint64_t>;
+    Lines lines{text("some text"),
+                text(""),
+                inbound<wa::StringPropertyConverter>(bstr("some text")),
+                inbound<wa::StringPropertyConverter>(nullText),
+                number(18446744073709551615U),
+                number(0),
+                time(utils::Time::timestamp(0)),
+                time(utils::Time::timestamp(1364373845 * SECOND + 999999)),
+                time(utils::Time::period(90061 * SECOND)),
+                time(utils::Time::period(999999)),
+                time(utils::Time::period(123456789ULL * 86400 * SECOND)),
+                inbound<wa::RefPropertyConverter>(bstr(R"(\\H\root\x:no path at all)")),
+                inbound<wa::RefPropertyConverter>(nullText),
+                inbound<wa::Uint64PropertyConverter>(nullText)};
+    // A number wraps around; a text of more than twenty characters is zero.
+    for (const char* const digits : {"18446744073709551615", "12abc", "abc", "-1", "+1", " 1", "0x10",
+                                     "00000000000000000001", "000000000000000000001", "18446744073709551617"})
+    {
+        lines.push_back(inbound<wa::Uint64PropertyConverter>(bstr(digits)));
+    }
+    support::expectBaseline(ZERIX_WMI_CASES "/texts.txt", lines);
+}
+
+TEST_F(PropertyConvertersTest, String_isInTheAnsiCodePage)
+{
+    core::CimPropertyString property("Name");
+    property.setValue("\xE9");
+    const utils::ScopedVariant variant(wa::StringPropertyConverter().propertyToVariant(&property));
+    wchar_t expected = 0;
+    ASSERT_EQ(MultiByteToWideChar(CP_ACP, 0, "\xE9", 1, &expected, 1), 1);
+    EXPECT_EQ(std::wstring(variant.get().bstrVal), std::wstring(1, expected));
+    EXPECT_EQ(describeAndDelete(wa::StringPropertyConverter().variantToProperty("Name", &variant.get())),
+              "Name = string '\xE9'");
+}
+
+TEST_F(PropertyConvertersTest, Timestamp_tooLate_throws)
+{
+    EXPECT_EQ(refusalOf([] {
+                  outbound<wa::DatetimePropertyConverter, core::CimPropertyDatetime>(
+                      utils::Time::timestamp(32535244800 * SECOND));
+              }),
+              "Utils/Time:#: ptm != NULL");
+}
+
+std::string referenceTo(const char* className, const std::string& key)
+{
+    core::CimInstance instance(className);
+    samples::addKey(instance, "InstanceID", key.c_str());
+    core::CimPropertyRef property("Name");
+    property.setValue(&instance);
+    return describeAndClear(wa::RefPropertyConverter().propertyToVariant(&property));
+}
+
+// Only the profile's exact class is in the other namespace.
+TEST_F(PropertyConvertersTest, Reference_goesOutAsTheFullPath)
+{
+    const std::string longText(2000, 'x');
+    EXPECT_EQ(referenceTo("Zerix_EthernetPort", "a\"b"),
+              R"(VT_BSTR '\\TESTHOST\root\DCIM\vexal:Zerix_EthernetPort.InstanceID="a\"b"')");
+    EXPECT_EQ(referenceTo("Zerix_RegisteredProfile", longText),
+              R"(VT_BSTR '\\TESTHOST\root\interop:Zerix_RegisteredProfile.InstanceID=")" + longText + "\"'");
+    for (const char* const name :
+         {"Zerix_RegisteredProfileX", "zerix_registeredprofile", "Zerix_RegisteredProfil", "Zerix_Registeredprofile"})
+    {
+        EXPECT_EQ(referenceTo(name, "p"),
+                  std::string(R"(VT_BSTR '\\TESTHOST\root\DCIM\vexal:)") + name + R"(.InstanceID="p"')");
     }
 }
 
-TEST_P(TakingConvertersTest, Null_givesANullPropertyOfTheKind)
+TEST_F(PropertyConvertersTest, ReferenceWithoutAnInstance_cannotGoOut)
 {
-    VARIANT variant{};
-    variant.vt = VT_NULL;
-    // The converter reads nothing but the type.
-    variant.byref = &variant;
-    const std::unique_ptr<core::CimProperty> property(converter->variantToProperty("Name", &variant));
-    ASSERT_NE(property, nullptr);
-    EXPECT_EQ(property->getName(), "Name");
-    EXPECT_EQ(property->getType(), GetParam().property()->getType());
-    EXPECT_TRUE(property->isNull());
-    EXPECT_EQ(property->getOwner(), nullptr);
+    core::CimPropertyRef property("Name");
+    property.setValue(std::string("C.k=1"));
+    EXPECT_EQ(refusalOf([&] { wa::RefPropertyConverter().propertyToVariant(&property); }), "value != NULL");
 }
 
-TEST_P(RefusingConvertersTest, Anything_isNotTaken)
+TEST_F(PropertyConvertersTest, Text_withoutMemory_isTheComError)
 {
-    VARIANT null{};
-    null.vt = VT_NULL;
-    VARIANT flag{};
-    flag.vt = VT_BOOL;
-    flag.boolVal = VARIANT_TRUE;
-    EXPECT_EQ(converter->variantToProperty("Name", &null), nullptr);
-    EXPECT_EQ(converter->variantToProperty("Name", &flag), nullptr);
-    EXPECT_EQ(converter->variantToProperty("", nullptr), nullptr);
+    core::CimInstance port("Zerix_EthernetPort");
+    core::CimPropertyRef reference("Name");
+    reference.setValue(&port);
+    core::CimPropertyString_arr texts("Name");
+    texts.setValue({"a", "b"});
+    const support::ImportHook hook("SysAllocStringLen", support::returning<nullptr>(&SysAllocStringLen));
+    for (const Kind& kind : kinds()) {
+        const std::string name = kind.name;
+        if (name == "String" || name == "Uint64" || name == "Datetime") {
+            EXPECT_EQ(comErrorOf([&] { kind.converter()->propertyToVariant(kind.property().get()); }), "0x8007000E");
+        }
+    }
+    EXPECT_EQ(comErrorOf([&] { wa::RefPropertyConverter().propertyToVariant(&reference); }), "0x8007000E");
+    EXPECT_EQ(comErrorOf([&] { wa::StringArrayPropertyConverter().propertyToVariant(&texts); }), "0x8007000E");
 }
 
 }  // namespace

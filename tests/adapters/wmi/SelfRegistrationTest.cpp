@@ -22,7 +22,6 @@ using support::errorLine;
 using support::hex;
 using support::ImportHook;
 using support::Lines;
-using support::operator+;
 
 // The class identifier as text, as the installer's files contain it.
 const std::string CLASSES_KEY = "Software\\classes\\CLSID\\";
@@ -63,9 +62,11 @@ std::string registered(const std::string& value)
 }
 
 std::string fileName;
+HMODULE askedModule = nullptr;
 
-DWORD WINAPI giveFileName(HMODULE, LPSTR name, DWORD size)
+DWORD WINAPI giveFileName(HMODULE module, LPSTR name, DWORD size)
 {
+    askedModule = module;
     // Behaves as the platform: cuts the text to the buffer, terminates it, and returns the buffer's size.
     const std::string text = fileName.substr(0, size - 1);
     std::strcpy(name, text.c_str());
@@ -90,43 +91,38 @@ protected:
                 creating(SERVER_KEY, fileName), creating(SERVER_KEY, "Both")};
     }
 
+    // A registration fails after the first lines of a whole one, with this error line.
+    void expectFailure(std::size_t lines, const std::string& error)
+    {
+        EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");
+        Lines expected = written();
+        expected.resize(lines);
+        expected.push_back(errorLine(SET, error, REGISTRY));
+        EXPECT_EQ(takeMessages(), expected);
+    }
+
     support::LogCapture log{2};
     support::PrivateRegistry machine;
     ImportHook nameHook{"GetModuleFileNameA", &giveFileName};
 };
 
-TEST_F(SelfRegistrationTest, Registration_writesThreeTexts)
+TEST_F(SelfRegistrationTest, Registration_writesThreeTextsEachTime)
 {
-    EXPECT_EQ(DllRegisterServer(), S_OK);
-    EXPECT_EQ(valuesOf(CLASS_KEY), (std::map<std::string, std::string>{{"", registered(DESCRIPTION)}}));
-    EXPECT_EQ(valuesOf(SERVER_KEY), (std::map<std::string, std::string>{{"", registered("C:\\provider.dll")},
-                                                                        {"ThreadingModel", registered("Both")}}));
-    EXPECT_EQ(takeMessages(), written());
-}
-
-TEST_F(SelfRegistrationTest, Registration_again_writesTheSame)
-{
-    EXPECT_EQ(DllRegisterServer(), S_OK);
-    const auto classValues = valuesOf(CLASS_KEY);
-    const auto serverValues = valuesOf(SERVER_KEY);
-    EXPECT_EQ(DllRegisterServer(), S_OK);
-    EXPECT_EQ(valuesOf(CLASS_KEY), classValues);
-    EXPECT_EQ(valuesOf(SERVER_KEY), serverValues);
-    EXPECT_EQ(takeMessages(), written() + written());
+    for (int registration = 0; registration < 2; ++registration) {
+        EXPECT_EQ(DllRegisterServer(), S_OK);
+        EXPECT_EQ(valuesOf(CLASS_KEY), (std::map<std::string, std::string>{{"", registered(DESCRIPTION)}}));
+        EXPECT_EQ(valuesOf(SERVER_KEY), (std::map<std::string, std::string>{{"", registered("C:\\provider.dll")},
+                                                                            {"ThreadingModel", registered("Both")}}));
+        EXPECT_EQ(takeMessages(), written());
+    }
 }
 
 TEST_F(SelfRegistrationTest, Registration_namesTheAttachedModule)
 {
-    static HMODULE asked = nullptr;
-    const ImportHook hook("GetModuleFileNameA", static_cast<DWORD(WINAPI*)(HMODULE, LPSTR, DWORD)>(
-                                                    [](HMODULE module, LPSTR name, DWORD size) -> DWORD {
-                                                        asked = module;
-                                                        return giveFileName(module, name, size);
-                                                    }));
     const HINSTANCE before = server::moduleHandle;
     server::moduleHandle = reinterpret_cast<HINSTANCE>(this);
     EXPECT_EQ(DllRegisterServer(), S_OK);
-    EXPECT_EQ(asked, reinterpret_cast<HMODULE>(this));
+    EXPECT_EQ(askedModule, reinterpret_cast<HMODULE>(this));
     server::moduleHandle = before;
 }
 
@@ -162,35 +158,31 @@ TEST_F(SelfRegistrationTest, Removal_undeletableKey_succeeds)
     EXPECT_EQ(valuesOf(SERVER_KEY).at("ThreadingModel"), registered("Both"));
 }
 
-std::vector<std::pair<std::string, std::string>> deleted;
+std::vector<std::string> removals;
+decltype(&RegOpenKeyExA) openKey = nullptr;
 
 LSTATUS WINAPI recordDelete(HKEY, LPCSTR child)
 {
-    deleted.emplace_back("delete", child);
+    removals.push_back(std::string("delete ") + child);
     return ERROR_SUCCESS;
 }
 
-std::vector<std::string> openedKeys;
-decltype(&RegOpenKeyExA) openKey = nullptr;
-
 LSTATUS WINAPI recordOpen(HKEY root, LPCSTR path, DWORD options, REGSAM access, PHKEY key)
 {
-    openedKeys.emplace_back(path);
+    removals.push_back(std::string("open ") + path);
     return openKey(root, path, options, access, key);
 }
 
 TEST_F(SelfRegistrationTest, Removal_goesFromTheBottomUp)
 {
     DllRegisterServer();
-    deleted.clear();
-    openedKeys.clear();
     const ImportHook removal("RegDeleteKeyA", &recordDelete);
     const ImportHook open("RegOpenKeyExA", &recordOpen);
     openKey = open.original<decltype(&RegOpenKeyExA)>();
+    removals.clear();
     EXPECT_EQ(DllUnregisterServer(), S_OK);
-    EXPECT_EQ(deleted, (std::vector<std::pair<std::string, std::string>>{
-                           {"delete", "InProcServer32"}, {"delete", "{D39A94C6-35D2-4B40-BB6A-56E279951017}"}}));
-    EXPECT_EQ(openedKeys, (Lines{CLASS_KEY, CLASSES_KEY}));
+    EXPECT_EQ(removals, (Lines{"open " + CLASS_KEY, "delete InProcServer32", "open " + CLASSES_KEY,
+                               "delete {D39A94C6-35D2-4B40-BB6A-56E279951017}"}));
 }
 
 int allowedCreations = 0;
@@ -209,12 +201,7 @@ TEST_F(SelfRegistrationTest, WithoutAccess_oneErrorLineIsWritten)
 {
     const ImportHook hook("RegCreateKeyExA", &limitedCreate);
     allowedCreations = 0;
-    EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");
-    const Lines lines = written();
-    EXPECT_EQ(takeMessages(),
-              (Lines{lines.at(0), lines.at(1),
-                     errorLine(SET, "RegCreateKeyEx -2147483646, " + CLASS_KEY + ", " + DESCRIPTION + " error 5",
-                               REGISTRY)}));
+    expectFailure(2, "RegCreateKeyEx -2147483646, " + CLASS_KEY + ", " + DESCRIPTION + " error 5");
     const std::map<std::string, std::string> missing{{"", "missing"}};
     EXPECT_EQ(valuesOf(CLASS_KEY), missing);
 }
@@ -224,29 +211,14 @@ TEST_F(SelfRegistrationTest, Registration_stopsAtTheFirstFailure)
     const ImportHook hook("RegCreateKeyExA", &limitedCreate);
     createKey = hook.original<decltype(&RegCreateKeyExA)>();
     allowedCreations = 1;
-    EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");
+    expectFailure(3, "RegCreateKeyEx -2147483646, " + SERVER_KEY + ", C:\\provider.dll error 5");
     EXPECT_EQ(valuesOf(CLASS_KEY), (std::map<std::string, std::string>{{"", registered(DESCRIPTION)}}));
-    const Lines lines = written();
-    EXPECT_EQ(
-        takeMessages(),
-        (Lines{lines.at(0), lines.at(1), lines.at(2),
-               errorLine(SET, "RegCreateKeyEx -2147483646, " + SERVER_KEY + ", C:\\provider.dll error 5", REGISTRY)}));
-}
-
-LSTATUS WINAPI setFails(HKEY, LPCSTR, DWORD, DWORD, const BYTE*, DWORD)
-{
-    return ERROR_NOT_ENOUGH_MEMORY;
 }
 
 TEST_F(SelfRegistrationTest, Registration_refusedValue_fails)
 {
-    const ImportHook hook("RegSetValueExA", &setFails);
-    EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");
-    const Lines lines = written();
-    EXPECT_EQ(
-        takeMessages(),
-        (Lines{lines.at(0), lines.at(1),
-               errorLine(SET, "RegSetValueEx -2147483646, " + CLASS_KEY + ", " + DESCRIPTION + " error 8", REGISTRY)}));
+    const ImportHook hook("RegSetValueExA", support::returning<ERROR_NOT_ENOUGH_MEMORY>(&RegSetValueExA));
+    expectFailure(2, "RegSetValueEx -2147483646, " + CLASS_KEY + ", " + DESCRIPTION + " error 8");
 }
 
 }  // namespace

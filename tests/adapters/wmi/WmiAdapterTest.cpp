@@ -126,32 +126,19 @@ TEST_F(WmiAdapterTest, SecondInitialize_replacesTheNamespace)
 
 TEST(WmiAdapterSlotsTest, Operations_keepTheirSlots)
 {
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::QueryInterface), 0U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::AddRef), 1U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::Release), 2U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::OpenNamespace), 3U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::CancelAsyncCall), 4U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::QueryObjectSink), 5U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::GetObject), 6U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::GetObjectAsync), 7U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::PutClass), 8U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::PutClassAsync), 9U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::DeleteClass), 10U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::DeleteClassAsync), 11U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::CreateClassEnum), 12U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::CreateClassEnumAsync), 13U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::PutInstance), 14U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::PutInstanceAsync), 15U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::DeleteInstance), 16U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::DeleteInstanceAsync), 17U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::CreateInstanceEnum), 18U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::CreateInstanceEnumAsync), 19U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecQuery), 20U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecQueryAsync), 21U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecNotificationQuery), 22U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecNotificationQueryAsync), 23U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecMethod), 24U);
-    EXPECT_EQ(support::slotOf(&WmiInstanceProvider::ExecMethodAsync), 25U);
+    using Provider = WmiInstanceProvider;
+    const std::vector<std::size_t> slots = support::slotsOf(
+        &Provider::QueryInterface, &Provider::AddRef, &Provider::Release, &Provider::OpenNamespace,
+        &Provider::CancelAsyncCall, &Provider::QueryObjectSink, &Provider::GetObject, &Provider::GetObjectAsync,
+        &Provider::PutClass, &Provider::PutClassAsync, &Provider::DeleteClass, &Provider::DeleteClassAsync,
+        &Provider::CreateClassEnum, &Provider::CreateClassEnumAsync, &Provider::PutInstance,
+        &Provider::PutInstanceAsync, &Provider::DeleteInstance, &Provider::DeleteInstanceAsync,
+        &Provider::CreateInstanceEnum, &Provider::CreateInstanceEnumAsync, &Provider::ExecQuery,
+        &Provider::ExecQueryAsync, &Provider::ExecNotificationQuery, &Provider::ExecNotificationQueryAsync,
+        &Provider::ExecMethod, &Provider::ExecMethodAsync);
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+        EXPECT_EQ(slots[i], i);
+    }
     // The destructor occupies the entries 26 and 27. The second one also frees the memory.
     auto* const object = new WmiInstanceProvider;
     ASSERT_EQ(server::objectCount, 1);

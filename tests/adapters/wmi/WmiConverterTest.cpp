@@ -11,10 +11,9 @@
 
 namespace {
 
-using support::assertionText;
 using support::Lines;
+using support::refusalOf;
 using support::thrownBy;
-using support::withoutLine;
 
 // The registration of converters is private, but an explicit instantiation may name it.
 using RegisterConverter = void (wa::WmiConverter::*)(wa::PropertyConverter*, core::CimProperty::EPropertyType, long);
@@ -51,8 +50,25 @@ protected:
         samples::addKey(instance, "DeviceID", "a");
     }
 
-    // Frees the values that an enumeration returned.
-    std::vector<std::string> namesAndRelease(const std::vector<IWbemClassObject*>& objects)
+    // The broker has these instances.
+    void brokerHas(const std::vector<core::CimInstance*>& instances)
+    {
+        broker.onGetInstances = [instances] {
+            utils::SafeList<core::CimInstance*> list;
+            for (core::CimInstance* each : instances) {
+                list.append(each);
+            }
+            return list;
+        };
+    }
+
+    std::vector<IWbemClassObject*> enumerate(const char* className)
+    {
+        const utils::ScopedBstr name(className);
+        return converter.getInstances(&wmiNamespace, name.get(), &context);
+    }
+
+    static std::vector<std::string> namesAndRelease(const std::vector<IWbemClassObject*>& objects)
     {
         std::vector<std::string> names;
         for (IWbemClassObject* made : objects) {
@@ -60,6 +76,13 @@ protected:
             made->Release();
         }
         return names;
+    }
+
+    // Gives the instance a property whose type has a null converter.
+    void addPropertyWithANullConverter()
+    {
+        (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
+        samples::add<PropertyOfNoKnownType>(instance, "Strange", "?");
     }
 
     support::FakeClassObject port{calls, "Zerix_EthernetPort"};
@@ -72,10 +95,10 @@ protected:
 TEST(WmiConverterSlotsTest, Operations_keepTheirSlots)
 {
     // The destructor occupies two entries.
-    EXPECT_EQ(support::slotOf(&wa::WmiConverter::getPath), 2U);
-    EXPECT_EQ(support::slotOf(&wa::WmiConverter::extractProperties), 3U);
-    EXPECT_EQ(support::slotOf(&wa::WmiConverter::createResultsList), 4U);
-    EXPECT_EQ(support::slotOf(&wa::WmiConverter::indicateResults), 5U);
+    using Converter = wa::WmiConverter;
+    EXPECT_EQ(support::slotsOf(&Converter::getPath, &Converter::extractProperties, &Converter::createResultsList,
+                               &Converter::indicateResults),
+              (std::vector<std::size_t>{2, 3, 4, 5}));
 }
 
 TEST_F(WmiConverterTest, SecondConverter_replacesTheFirst)
@@ -104,16 +127,13 @@ TEST_F(WmiConverterTest, NullConverter_failsTheNextOfItsType)
 {
     (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
     auto* const next = new wa::BoolPropertyConverter;
-    EXPECT_EQ(withoutLine(thrownBy([&] { (converter.*registerConverter())(next, NO_SUCH_TYPE, 1000); })),
-              assertionText("oldConverter != NULL"));
+    EXPECT_EQ(refusalOf([&] { (converter.*registerConverter())(next, NO_SUCH_TYPE, 1000); }), "oldConverter != NULL");
 }
 
 TEST_F(WmiConverterTest, Copying_assertsItsArgumentsInOrder)
 {
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.copyProperties(nullptr, nullptr); })),
-              assertionText("wmiInst != NULL"));
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.copyProperties(&object, nullptr); })),
-              assertionText("coreInst != NULL"));
+    EXPECT_EQ(refusalOf([&] { converter.copyProperties(nullptr, nullptr); }), "wmiInst != NULL");
+    EXPECT_EQ(refusalOf([&] { converter.copyProperties(&object, nullptr); }), "coreInst != NULL");
 }
 
 TEST_F(WmiConverterTest, UnknownType_isLeftOut)
@@ -126,36 +146,24 @@ TEST_F(WmiConverterTest, UnknownType_isLeftOut)
 
 TEST_F(WmiConverterTest, TypeWithANullConverter_isRefused)
 {
-    (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
-    samples::add<PropertyOfNoKnownType>(instance, "Strange", "?");
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.copyProperties(&object, &instance); })),
-              assertionText("converter != NULL"));
+    addPropertyWithANullConverter();
+    EXPECT_EQ(refusalOf([&] { converter.copyProperties(&object, &instance); }), "converter != NULL");
 }
 
 TEST_F(WmiConverterTest, Enumeration_assertsItsArgumentsInOrder)
 {
     const utils::ScopedBstr name("Zerix_EthernetPort");
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstances(nullptr, nullptr, nullptr); })),
-              assertionText("pNamespace != NULL"));
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstances(&wmiNamespace, nullptr, nullptr); })),
-              assertionText("bstrClassName != NULL"));
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstances(&wmiNamespace, name.get(), nullptr); })),
-              assertionText("pCtx != NULL"));
+    EXPECT_EQ(refusalOf([&] { converter.getInstances(nullptr, nullptr, nullptr); }), "pNamespace != NULL");
+    EXPECT_EQ(refusalOf([&] { converter.getInstances(&wmiNamespace, nullptr, nullptr); }), "bstrClassName != NULL");
+    EXPECT_EQ(refusalOf([&] { converter.getInstances(&wmiNamespace, name.get(), nullptr); }), "pCtx != NULL");
 }
 
 TEST_F(WmiConverterTest, Object_isOfItsInstancesOwnClass)
 {
     core::CimInstance second("Zerix_IPProtocolEndpoint");
     samples::addKey(second, "Name", "b");
-    broker.onGetInstances = [&] {
-        utils::SafeList<core::CimInstance*> list;
-        list.append(&instance);
-        list.append(&second);
-        list.append(&instance);
-        return list;
-    };
-    const utils::ScopedBstr name("CIM_Anything");
-    const std::vector<IWbemClassObject*> objects = converter.getInstances(&wmiNamespace, name.get(), &context);
+    brokerHas({&instance, &second, &instance});
+    const std::vector<IWbemClassObject*> objects = enumerate("CIM_Anything");
     EXPECT_EQ(
         calls.take(),
         (Lines{"broker.getInstances(CIM_Anything)", "namespace.GetObject(Zerix_EthernetPort, 0, context, out, null)",
@@ -178,15 +186,8 @@ TEST_F(WmiConverterTest, SimilarClassNames_areDifferentClasses)
     support::FakeClassObject longerClass(calls, "Zerix_EthernetPorTs");
     wmiNamespace.classes["Zerix_EthernetPorT"] = &otherClass;
     wmiNamespace.classes["Zerix_EthernetPorTs"] = &longerClass;
-    broker.onGetInstances = [&] {
-        utils::SafeList<core::CimInstance*> list;
-        list.append(&instance);
-        list.append(&other);
-        list.append(&longer);
-        return list;
-    };
-    const utils::ScopedBstr name("CIM_Anything");
-    const std::vector<IWbemClassObject*> objects = converter.getInstances(&wmiNamespace, name.get(), &context);
+    brokerHas({&instance, &other, &longer});
+    const std::vector<IWbemClassObject*> objects = enumerate("CIM_Anything");
     EXPECT_EQ(namesAndRelease(objects),
               (Lines{"Zerix_EthernetPort#1", "Zerix_EthernetPorT#1", "Zerix_EthernetPorTs#1"}));
 }
@@ -194,15 +195,8 @@ TEST_F(WmiConverterTest, SimilarClassNames_areDifferentClasses)
 TEST_F(WmiConverterTest, Objects_areReleasedWhenALaterOneThrows)
 {
     core::CimInstance unknown("Zerix_Unknown");
-    broker.onGetInstances = [&] {
-        utils::SafeList<core::CimInstance*> list;
-        list.append(&instance);
-        list.append(&instance);
-        list.append(&unknown);
-        return list;
-    };
-    const utils::ScopedBstr name("Zerix_EthernetPort");
-    EXPECT_EQ(thrownBy([&] { converter.getInstances(&wmiNamespace, name.get(), &context); }),
+    brokerHas({&instance, &instance, &unknown});
+    EXPECT_EQ(thrownBy([&] { enumerate("Zerix_EthernetPort"); }),
               "pNamespace->GetObject(Zerix_Unknown) error #80041002");
     EXPECT_EQ(port.spawned().size(), 2U);
     EXPECT_EQ(port.spawnedReferences(), 0);
@@ -210,16 +204,9 @@ TEST_F(WmiConverterTest, Objects_areReleasedWhenALaterOneThrows)
 
 TEST_F(WmiConverterTest, Object_whoseCopyThrows_isReleased)
 {
-    (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
-    samples::add<PropertyOfNoKnownType>(instance, "Strange", "?");
-    broker.onGetInstances = [&] {
-        utils::SafeList<core::CimInstance*> list;
-        list.append(&instance);
-        return list;
-    };
-    const utils::ScopedBstr name("Zerix_EthernetPort");
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstances(&wmiNamespace, name.get(), &context); })),
-              assertionText("converter != NULL"));
+    addPropertyWithANullConverter();
+    brokerHas({&instance});
+    EXPECT_EQ(refusalOf([&] { enumerate("Zerix_EthernetPort"); }), "converter != NULL");
     EXPECT_EQ(port.spawned().size(), 1U);
     EXPECT_EQ(port.spawnedReferences(), 0);
 }
@@ -227,18 +214,15 @@ TEST_F(WmiConverterTest, Object_whoseCopyThrows_isReleased)
 TEST_F(WmiConverterTest, BrokersException_passes)
 {
     broker.onGetInstances = []() -> utils::SafeList<core::CimInstance*> { throw std::runtime_error("broken"); };
-    const utils::ScopedBstr name("Zerix_EthernetPort");
-    EXPECT_EQ(thrownBy<std::runtime_error>([&] { converter.getInstances(&wmiNamespace, name.get(), &context); }),
-              "broken");
+    EXPECT_EQ(thrownBy<std::runtime_error>([&] { enumerate("Zerix_EthernetPort"); }), "broken");
 }
 
 TEST_F(WmiConverterTest, Broker_isFetchedOnEveryCall)
 {
-    const utils::ScopedBstr name("Zerix_EthernetPort");
-    converter.getInstances(&wmiNamespace, name.get(), &context);
+    enumerate("Zerix_EthernetPort");
     support::CallLog later;
     support::FakeBroker next(later);
-    converter.getInstances(&wmiNamespace, name.get(), &context);
+    enumerate("Zerix_EthernetPort");
     EXPECT_EQ(later.take(), Lines{"broker.getInstances(Zerix_EthernetPort)"});
 }
 
@@ -253,14 +237,14 @@ TEST_F(WmiConverterTest, ClassName_outsideTheCodePage_hasQuestionMarks)
 TEST_F(WmiConverterTest, Get_assertsItsArgumentsInOrder)
 {
     IWbemClassObject* result = nullptr;
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstanceByPath("", nullptr, nullptr, nullptr); })),
-              assertionText("(int)objectPath.size() != 0"));
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstanceByPath("C.k=1", nullptr, nullptr, nullptr); })),
-              assertionText("pNamespace != NULL"));
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstanceByPath("C.k=1", &wmiNamespace, nullptr, nullptr); })),
-              assertionText("result != NULL"));
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstanceByPath("C.k=1", &wmiNamespace, &result, nullptr); })),
-              assertionText("pCtx != NULL"));
+    EXPECT_EQ(refusalOf([&] { converter.getInstanceByPath("", nullptr, nullptr, nullptr); }),
+              "(int)objectPath.size() != 0");
+    EXPECT_EQ(refusalOf([&] { converter.getInstanceByPath("C.k=1", nullptr, nullptr, nullptr); }),
+              "pNamespace != NULL");
+    EXPECT_EQ(refusalOf([&] { converter.getInstanceByPath("C.k=1", &wmiNamespace, nullptr, nullptr); }),
+              "result != NULL");
+    EXPECT_EQ(refusalOf([&] { converter.getInstanceByPath("C.k=1", &wmiNamespace, &result, nullptr); }),
+              "pCtx != NULL");
 }
 
 TEST_F(WmiConverterTest, Path_withoutAnInstance_leavesTheResult)
@@ -275,12 +259,11 @@ TEST_F(WmiConverterTest, Path_withoutAnInstance_leavesTheResult)
 
 TEST_F(WmiConverterTest, Copy_thatThrows_leavesTheResult)
 {
-    (converter.*registerConverter())(nullptr, NO_SUCH_TYPE, 1000);
-    samples::add<PropertyOfNoKnownType>(instance, "Strange", "?");
+    addPropertyWithANullConverter();
     broker.onFind = [&] { return &instance; };
     IWbemClassObject* result = nullptr;
-    EXPECT_EQ(withoutLine(thrownBy([&] { converter.getInstanceByPath("C.k=1", &wmiNamespace, &result, &context); })),
-              assertionText("converter != NULL"));
+    EXPECT_EQ(refusalOf([&] { converter.getInstanceByPath("C.k=1", &wmiNamespace, &result, &context); }),
+              "converter != NULL");
     EXPECT_EQ(result, nullptr);
 }
 

@@ -74,18 +74,13 @@ TEST_F(WmiProviderFactoryTest, Aggregation_isRefused)
     EXPECT_EQ(made, nullptr);
 }
 
-void* noMemory(std::size_t, const std::nothrow_t&) noexcept
-{
-    return nullptr;
-}
-
 TEST_F(WmiProviderFactoryTest, Provider_withoutMemory_isRefused)
 {
     void* made = this;
     HRESULT hr = S_OK;
     {
-        const support::ImportHook hook("_ZnwyRKSt9nothrow_t",
-                                       static_cast<void* (*)(std::size_t, const std::nothrow_t&)>(&noMemory));
+        const support::ImportHook hook(
+            "_ZnwyRKSt9nothrow_t", +[](std::size_t, const std::nothrow_t&) -> void* { return nullptr; });
         hr = factory->CreateInstance(nullptr, IID_IUnknown, &made);
     }
     EXPECT_EQ(hex(hr), "0x8007000E");
@@ -105,11 +100,10 @@ TEST_F(WmiProviderFactoryTest, LockServer_countsWithoutALimit)
 
 TEST(WmiProviderFactorySlotsTest, Operations_comeInTheirOrder)
 {
-    EXPECT_EQ(support::slotOf(&WmiProviderFactory::QueryInterface), 0U);
-    EXPECT_EQ(support::slotOf(&WmiProviderFactory::AddRef), 1U);
-    EXPECT_EQ(support::slotOf(&WmiProviderFactory::Release), 2U);
-    EXPECT_EQ(support::slotOf(&WmiProviderFactory::CreateInstance), 3U);
-    EXPECT_EQ(support::slotOf(&WmiProviderFactory::LockServer), 4U);
+    using Factory = WmiProviderFactory;
+    EXPECT_EQ(support::slotsOf(&Factory::QueryInterface, &Factory::AddRef, &Factory::Release, &Factory::CreateInstance,
+                               &Factory::LockServer),
+              (std::vector<std::size_t>{0, 1, 2, 3, 4}));
     auto* const factory = new WmiProviderFactory;
     support::LogCapture log(2);
     // The destructor occupies the entries 5 and 6. The second one also frees the memory.

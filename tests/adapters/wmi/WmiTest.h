@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <comdef.h>
-
 #include <string>
 
 #include "fakes/FakeBroker.h"
@@ -12,6 +10,7 @@
 #include "fakes/FakeNamespace.h"
 #include "fakes/FakeSink.h"
 #include "support/CallLog.h"
+#include "support/ComErrors.h"
 #include "support/Describe.h"
 #include "support/ImportHook.h"
 #include "support/LogLines.h"
@@ -20,18 +19,13 @@
 
 namespace support {
 
-// Returns the code of the COM error that `action` throws, or a text that says what happened instead.
+// Returns the condition of the conversion's assertion that fails in `action`, or the text of another outcome.
 template <class Action>
-std::string comErrorOf(const Action& action)
+std::string refusalOf(const Action& action)
 {
-    try {
-        action();
-    } catch (const _com_error& error) {
-        return hex(error.Error());
-    } catch (const std::exception& exception) {
-        return std::string("thrown: ") + exception.what();
-    }
-    return "nothing was thrown";
+    const std::string file = "WmiConverter:#: ";
+    const std::string assertion = unnumberedAssertionOf(action);
+    return assertion.starts_with(file) ? assertion.substr(file.size()) : assertion;
 }
 
 }  // namespace support
