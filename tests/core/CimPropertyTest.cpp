@@ -136,17 +136,13 @@ TEST_F(CimPropertyTest, VirtualFunctions_areInTheDeclaredOrder)
                 ElementsAre(0, 1));
 }
 
-TEST_F(CimPropertyTest, Listener_byDefault_acceptsEverything)
+TEST_F(CimPropertyTest, Listeners_byDefault_acceptEverything)
 {
     CimProperty::Listener listener;
     EXPECT_NO_THROW(listener.onModify(&m_property, &m_property));
     EXPECT_NO_THROW(listener.onVerify(nullptr, nullptr));
-}
-
-TEST_F(CimPropertyTest, EmbeddedListeners_hearNoModification)
-{
-    for (CimProperty::Listener* listener : m_property.listeners()) {
-        EXPECT_NO_THROW(listener->onModify(nullptr, nullptr));
+    for (CimProperty::Listener* embedded : m_property.listeners()) {
+        EXPECT_NO_THROW(embedded->onModify(nullptr, nullptr));
     }
 }
 
