@@ -5,23 +5,6 @@
 
 namespace bench {
 
-namespace {
-
-template <class Interface>
-HRESULT query(Interface* self, REFIID riid, void** object)
-{
-    const bool isKnown = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, __uuidof(Interface));
-    *object = isKnown ? self : nullptr;
-    return isKnown ? S_OK : E_NOINTERFACE;
-}
-
-}  // namespace
-
-HRESULT AnyObject::QueryInterface(REFIID riid, void** object)
-{
-    return query<IWbemClassObject>(this, riid, object);
-}
-
 HRESULT AnyObject::Put(LPCWSTR /*name*/, LONG /*flags*/, VARIANT* /*value*/, CIMTYPE /*type*/)
 {
     ++m_values;
@@ -34,21 +17,11 @@ HRESULT AnyObject::SpawnInstance(LONG /*flags*/, IWbemClassObject** instance)
     return WBEM_S_NO_ERROR;
 }
 
-HRESULT AnyNamespace::QueryInterface(REFIID riid, void** object)
-{
-    return query<IWbemServices>(this, riid, object);
-}
-
 HRESULT AnyNamespace::GetObject(BSTR /*path*/, LONG /*flags*/, IWbemContext* /*context*/, IWbemClassObject** object,
                                 IWbemCallResult** /*result*/)
 {
     *object = &m_object;
     return WBEM_S_NO_ERROR;
-}
-
-HRESULT CountingSink::QueryInterface(REFIID riid, void** object)
-{
-    return query<IWbemObjectSink>(this, riid, object);
 }
 
 HRESULT CountingSink::Indicate(LONG count, IWbemClassObject** /*objects*/)

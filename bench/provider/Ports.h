@@ -16,14 +16,11 @@
 namespace bench {
 
 // Serves as any class and as any instance. Accepts every value and counts the values.
-class AnyObject final : public support::RefusingClassObject
+class AnyObject final : public Unowned<IWbemClassObject, support::RefusingClassObject>
 {
 public:
     std::size_t valuesPut() const noexcept { return m_values; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
     HRESULT STDMETHODCALLTYPE Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type) override;
     HRESULT STDMETHODCALLTYPE SpawnInstance(LONG flags, IWbemClassObject** instance) override;
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR, LONG, VARIANT*, CIMTYPE*, LONG*) override { return E_NOTIMPL; }
@@ -40,14 +37,11 @@ private:
 };
 
 // A namespace that has every class.
-class AnyNamespace final : public wa::RefusingServices
+class AnyNamespace final : public Unowned<IWbemServices, wa::RefusingServices>
 {
 public:
     explicit AnyNamespace(AnyObject& object) : m_object(object) {}
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
     HRESULT STDMETHODCALLTYPE GetObject(BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,
                                         IWbemCallResult** result) override;
 
@@ -56,14 +50,11 @@ private:
 };
 
 // Counts the objects that it receives.
-class CountingSink final : public IWbemObjectSink
+class CountingSink final : public Unowned<IWbemObjectSink>
 {
 public:
     std::size_t objects() const noexcept { return m_objects; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
     HRESULT STDMETHODCALLTYPE Indicate(LONG count, IWbemClassObject** objects) override;
     HRESULT STDMETHODCALLTYPE SetStatus(LONG, HRESULT, BSTR, IWbemClassObject*) override { return WBEM_S_NO_ERROR; }
 

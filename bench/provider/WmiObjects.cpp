@@ -10,18 +10,6 @@ namespace bench {
 
 namespace {
 
-template <class Interface>
-HRESULT query(Interface* self, REFIID riid, void** object)
-{
-    if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, __uuidof(Interface))) {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    *object = self;
-    self->AddRef();
-    return S_OK;
-}
-
 // Compares names without case. Names contain only English letters. The comparison of the run-time library would cost
 // more than everything else that an object does.
 bool sameName(const wchar_t* left, const wchar_t* right) noexcept
@@ -262,11 +250,6 @@ CallContext::~CallContext()
 {
     IUnknown* mine = nullptr;
     CoSwitchCallContext(m_before, &mine);
-}
-
-HRESULT CallContext::QueryInterface(REFIID riid, void** object)
-{
-    return query<IServerSecurity>(this, riid, object);
 }
 
 }  // namespace bench

@@ -21,6 +21,36 @@ namespace bench {
 
 class Namespace;
 
+// Answers QueryInterface for the object's interface.
+template <class Interface>
+HRESULT query(Interface* self, REFIID riid, void** object)
+{
+    if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, __uuidof(Interface))) {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    *object = self;
+    self->AddRef();
+    return S_OK;
+}
+
+// An object that nobody's references keep alive.
+// Base is the direct base class if it adds something to the interface.
+template <class Interface, class Base = Interface>
+class Unowned : public Base
+{
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override
+    {
+        return query<Interface>(this, riid, object);
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+
+protected:
+    ~Unowned() = default;
+};
+
 // An instance, a class definition or a method's parameters. Each kind has the same twenty properties.
 class ClassObject final : public support::RefusingClassObject
 {
@@ -128,18 +158,11 @@ private:
 };
 
 // Receives the provider's answer to its initialisation.
-class InitSink final : public IWbemProviderInitSink
+class InitSink final : public Unowned<IWbemProviderInitSink>
 {
 public:
     HRESULT status = E_FAIL;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
-    {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
     HRESULT STDMETHODCALLTYPE SetStatus(LONG result, LONG) override
     {
         status = result;
@@ -148,21 +171,13 @@ public:
 };
 
 // The provider only passes this object on.
-class Context final : public support::RefusingContext
+class Context final : public Unowned<IWbemContext, support::RefusingContext>
 {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
-    {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
 };
 
-// While it lives, the calling thread serves a call whose client is the process itself: impersonation succeeds and the
+// While it lives, the calling thread serves a call whose client is the process itself: impersonation succeeds and
 // leaves the thread without a token. Throws std::runtime_error when COM refuses.
-class CallContext final : public IServerSecurity
+class CallContext final : public Unowned<IServerSecurity>
 {
 public:
     CallContext();
@@ -170,9 +185,6 @@ public:
     CallContext& operator=(const CallContext&) = delete;
     ~CallContext();
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
     HRESULT STDMETHODCALLTYPE ImpersonateClient() override { return S_OK; }
     HRESULT STDMETHODCALLTYPE RevertToSelf() override { return S_OK; }
     BOOL STDMETHODCALLTYPE IsImpersonating() override { return FALSE; }
@@ -182,7 +194,6 @@ public:
     }
 
 private:
-    ULONG m_references = 1;
     IUnknown* m_before = nullptr;
 };
 
