@@ -65,18 +65,18 @@ HRESULT Surroundings::send(Scenario scenario, IWbemServices* provider, IWbemClas
     const utils::ScopedBstr methodName(method);
     switch (scenario) {
         case Scenario::ENUMERATE:
-            return provider->CreateInstanceEnumAsync(classText.get(), 0, &context, client);
+            return provider->CreateInstanceEnumAsync(classText.get(), 0, &context, &sink);
         case Scenario::GET:
         case Scenario::GET_MISSING:
-            return provider->GetObjectAsync(pathText.get(), 0, &context, client);
+            return provider->GetObjectAsync(pathText.get(), 0, &context, &sink);
         case Scenario::GET_UNREADABLE_PATH:
-            return provider->GetObjectAsync(unreadable.get(), 0, &context, client);
+            return provider->GetObjectAsync(unreadable.get(), 0, &context, &sink);
         case Scenario::PUT:
-            return provider->PutInstanceAsync(given, WBEM_FLAG_UPDATE_ONLY, &context, client);
+            return provider->PutInstanceAsync(given, WBEM_FLAG_UPDATE_ONLY, &context, &sink);
         case Scenario::REMOVE:
-            return provider->DeleteInstanceAsync(jobPathText.get(), 0, &context, client);
+            return provider->DeleteInstanceAsync(jobPathText.get(), 0, &context, &sink);
         default:
-            return provider->ExecMethodAsync(pathText.get(), methodName.get(), 0, &context, given, client);
+            return provider->ExecMethodAsync(pathText.get(), methodName.get(), 0, &context, given, &sink);
     }
 }
 
@@ -98,7 +98,7 @@ Outcome Surroundings::request(Scenario scenario, IWbemServices* provider, suppor
         };
     }
     job.markForDeletion(false);
-    const support::CallContext call(calls, token);
+    const support::CallContext call(calls);
     result.answer = answerOf([&] { return send(scenario, provider, &given); });
     broker.onFind = find;
     result.calls = calls.take();

@@ -49,10 +49,6 @@ public:
     std::string method = "Reset";
     // The object that a successful removal must have marked. Null when another broker answers.
     core::CimInstance* removed = &job;
-    // The impersonation level that the client allows.
-    support::ClientToken token = support::ClientToken::IMPERSONATION;
-    // The sink of the requests. The default is the sink above.
-    IWbemObjectSink* client = &sink;
 
     // Sends the scenario's request under a client's identity. Afterwards checks that everything was released.
     Outcome request(Scenario scenario, IWbemServices* provider);

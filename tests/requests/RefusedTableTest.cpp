@@ -70,6 +70,11 @@ const std::vector<Table>& tables()
     return all;
 }
 
+std::string nameOf(const testing::TestParamInfo<Table>& table)
+{
+    return table.param.function;
+}
+
 class RefusedTable : public requests::LiveProvider, public testing::WithParamInterface<Table>
 {
 protected:
@@ -139,8 +144,7 @@ TEST_P(RefusedTable, AfterARefusal_allIsAsBefore)
     EXPECT_EQ(get(m_path).status, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Tables, RefusedTable, testing::ValuesIn(tables()),
-                         [](const testing::TestParamInfo<Table>& table) { return table.param.function; });
+INSTANTIATE_TEST_SUITE_P(Tables, RefusedTable, testing::ValuesIn(tables()), nameOf);
 
 using RefusedAdapters = RefusedTable;
 
@@ -150,8 +154,7 @@ TEST_P(RefusedAdapters, Method_fails)
     EXPECT_EQ(execute(m_path, GetParam().subject, "RunLinkDiagnostic").status, HRESULT(WBEM_E_FAILED));
 }
 
-INSTANTIATE_TEST_SUITE_P(Tables, RefusedAdapters, testing::Values(tables()[0]),
-                         [](const testing::TestParamInfo<Table>& table) { return table.param.function; });
+INSTANTIATE_TEST_SUITE_P(Tables, RefusedAdapters, testing::Values(tables()[0]), nameOf);
 
 // The two errors that mean an empty table. Without the table of the families a configuration lacks four values.
 using EmptyTable = RefusedTable;
@@ -172,7 +175,6 @@ TEST_P(EmptyTable, RefusedTable_givesEmptyLists)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Tables, EmptyTable, testing::Values(tables()[0], tables()[1]),
-                         [](const testing::TestParamInfo<Table>& table) { return table.param.function; });
+INSTANTIATE_TEST_SUITE_P(Tables, EmptyTable, testing::Values(tables()[0], tables()[1]), nameOf);
 
 }  // namespace
