@@ -11,9 +11,10 @@ endif()
 if(ZERIX_SANITIZERS)
   target_compile_options(zerix_options INTERFACE
     -fsanitize=${ZERIX_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  # AddressSanitizer ends a program at the same mistakes, and these checks take a quarter of the build's time.
+  # These checks take half of the build's time. AddressSanitizer ends a program at the mistakes that the first two find, and
+  # only casts of pointers make the third's, of which the platform-neutral code has none.
   if(ZERIX_SANITIZERS MATCHES address)
-    target_compile_options(zerix_options INTERFACE -fno-sanitize=null,object-size)
+    target_compile_options(zerix_options INTERFACE -fno-sanitize=null,object-size,alignment)
   endif()
   target_link_options(zerix_options INTERFACE -fsanitize=${ZERIX_SANITIZERS})
 endif()
