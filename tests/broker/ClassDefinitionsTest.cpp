@@ -48,30 +48,19 @@ Classes definedClasses()
 
 std::string typeName(core::CimProperty::EPropertyType type)
 {
-    switch (type) {
-        case core::CimProperty::EPT_UINT8:
-            return "uint8";
-        case core::CimProperty::EPT_UINT16:
-            return "uint16";
-        case core::CimProperty::EPT_UINT16_ARR:
-            return "uint16[]";
-        case core::CimProperty::EPT_UINT32:
-            return "uint32";
-        case core::CimProperty::EPT_UINT32_ARR:
-            return "uint32[]";
-        case core::CimProperty::EPT_UINT64:
-            return "uint64";
-        case core::CimProperty::EPT_STRING:
-            return "string";
-        case core::CimProperty::EPT_STRING_ARR:
-            return "string[]";
-        case core::CimProperty::EPT_BOOL:
-            return "boolean";
-        case core::CimProperty::EPT_DATETIME:
-            return "datetime";
-        default:
-            return "ref";
-    }
+    using core::CimProperty;
+    static const std::map<CimProperty::EPropertyType, const char*> names{{CimProperty::EPT_UINT8, "uint8"},
+                                                                         {CimProperty::EPT_UINT16, "uint16"},
+                                                                         {CimProperty::EPT_UINT16_ARR, "uint16[]"},
+                                                                         {CimProperty::EPT_UINT32, "uint32"},
+                                                                         {CimProperty::EPT_UINT32_ARR, "uint32[]"},
+                                                                         {CimProperty::EPT_UINT64, "uint64"},
+                                                                         {CimProperty::EPT_STRING, "string"},
+                                                                         {CimProperty::EPT_STRING_ARR, "string[]"},
+                                                                         {CimProperty::EPT_BOOL, "boolean"},
+                                                                         {CimProperty::EPT_DATETIME, "datetime"},
+                                                                         {CimProperty::EPT_REF, "ref"}};
+    return names.at(type);
 }
 
 TEST(ClassDefinitions, Definitions_areThoseOfTheInstances)
@@ -83,8 +72,7 @@ TEST(ClassDefinitions, Definitions_areThoseOfTheInstances)
     world.adapters.set({fakes::address(1, "192.0.2.1")});
     world.adapters.set({fakes::ipConfiguration(1)});
     world.jobs.startDiagnostic(fakes::adapter(1), {}, 1);
-    world.machine.pass(std::chrono::seconds{2});
-    world.thread.play();
+    world.work(2);
     broker::Workspace workspace(world.sources());
     for (const auto& [className, expected] : defined) {
         workspace.begin(className);

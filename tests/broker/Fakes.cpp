@@ -60,10 +60,10 @@ broker::IpConfiguration ipConfiguration(unsigned adapterNumber)
 
 std::optional<broker::Adapter> Adapters::readAdapter(std::uint64_t luid)
 {
-    const std::lock_guard guard(m_mutex);
-    const auto found = std::find_if(m_adapters.begin(), m_adapters.end(),
+    const std::vector<broker::Adapter> adapters = readAdapters();
+    const auto found = std::find_if(adapters.begin(), adapters.end(),
                                     [luid](const broker::Adapter& candidate) { return candidate.luid == luid; });
-    return found == m_adapters.end() ? std::nullopt : std::make_optional(*found);
+    return found == adapters.end() ? std::nullopt : std::make_optional(*found);
 }
 
 broker::StateChange Adapters::setAdministrativeState(const broker::Adapter& adapter, broker::AdministrativeState state)
@@ -138,19 +138,22 @@ private:
     int m_seen = -1;
 };
 
-std::optional<broker::StoreResult> Storage::refusal(const std::string& key)
+broker::StoreResult Storage::change(const std::string& key, const std::function<void(StoredKeys::Keys&)>& change)
 {
-    const int change = ++changes;
-    if (change > lifetime) {
+    const int number = ++changes;
+    if (number > lifetime) {
         return broker::StoreResult::DONE;
     }
     if (!isWritable || (belongsToJobs(key) && !isJobThread)) {
         return broker::StoreResult::ACCESS_DENIED;
     }
-    if (change >= firstFailing && change <= lastFailing) {
+    if (number >= firstFailing && number <= lastFailing) {
         return failure;
     }
-    return std::nullopt;
+    const std::lock_guard guard(m_stored->mutex);
+    change(m_stored->keys);
+    ++m_stored->changes[key];
+    return broker::StoreResult::DONE;
 }
 
 std::optional<broker::StoredValues> Storage::read(const std::string& key)
@@ -169,10 +172,9 @@ std::optional<std::vector<std::string>> Storage::children(const std::string& key
     if (!isReadable) {
         return std::nullopt;
     }
-    const std::lock_guard guard(m_stored->mutex);
     std::vector<std::string> result;
     const std::string prefix = key + "\\";
-    for (const auto& [name, values] : m_stored->keys) {
+    for (const auto& [name, values] : m_stored->copy()) {
         if (name.starts_with(prefix)) {
             result.push_back(name.substr(prefix.size()));
         }
@@ -180,40 +182,19 @@ std::optional<std::vector<std::string>> Storage::children(const std::string& key
     return result;
 }
 
-bool Storage::canWrite(const std::string& /*key*/)
-{
-    return isWritable;
-}
-
 broker::StoreResult Storage::write(const std::string& key, const std::string& name, const std::string& text)
 {
-    if (const auto refused = refusal(key)) {
-        return *refused;
-    }
-    set(key, name, text);
-    return broker::StoreResult::DONE;
+    return change(key, [&](StoredKeys::Keys& keys) { keys[key][name] = {true, text}; });
 }
 
 broker::StoreResult Storage::erase(const std::string& key)
 {
-    if (const auto refused = refusal(key)) {
-        return *refused;
-    }
-    const std::lock_guard guard(m_stored->mutex);
-    m_stored->keys.erase(key);
-    ++m_stored->changes[key];
-    return broker::StoreResult::DONE;
+    return change(key, [&](StoredKeys::Keys& keys) { keys.erase(key); });
 }
 
 broker::StoreResult Storage::eraseValue(const std::string& key, const std::string& name)
 {
-    if (const auto refused = refusal(key)) {
-        return *refused;
-    }
-    const std::lock_guard guard(m_stored->mutex);
-    m_stored->keys[key].erase(name);
-    ++m_stored->changes[key];
-    return broker::StoreResult::DONE;
+    return change(key, [&](StoredKeys::Keys& keys) { keys[key].erase(name); });
 }
 
 broker::StoreResult Storage::lock()
@@ -223,11 +204,6 @@ broker::StoreResult Storage::lock()
         m_stored->settings.lock();
     }
     return lockResult;
-}
-
-void Storage::unlock() noexcept
-{
-    m_stored->settings.unlock();
 }
 
 std::unique_ptr<broker::ChangeWatch> Storage::watch(const std::string& key)
@@ -244,13 +220,9 @@ void Storage::set(const std::string& key, const std::string& name, const std::st
 
 std::vector<std::string> Storage::values(const std::string& key)
 {
-    const std::lock_guard guard(m_stored->mutex);
     std::vector<std::string> result;
-    const auto found = m_stored->keys.find(key);
-    if (found == m_stored->keys.end()) {
-        return result;
-    }
-    for (const auto& [name, value] : found->second) {
+    StoredKeys::Keys keys = m_stored->copy();
+    for (const auto& [name, value] : keys[key]) {
         result.push_back(name + "=" + value.text);
     }
     return result;
@@ -259,8 +231,7 @@ std::vector<std::string> Storage::values(const std::string& key)
 bool Hosts::announce() noexcept
 {
     if (canAnnounce) {
-        const std::lock_guard guard(m_table->mutex);
-        m_table->alive.insert(m_name);
+        setAlive(true);
     }
     return canAnnounce;
 }
@@ -268,23 +239,14 @@ bool Hosts::announce() noexcept
 bool Hosts::isAlive(const std::string& host)
 {
     const std::lock_guard guard(m_table->mutex);
-    return m_table->alive.contains(host);
+    const auto found = m_table->alive.find(host);
+    return found != m_table->alive.end() && found->second;
 }
 
-void Hosts::lock() noexcept
-{
-    m_table->jobs.lock();
-}
-
-void Hosts::unlock() noexcept
-{
-    m_table->jobs.unlock();
-}
-
-void Hosts::end()
+void Hosts::setAlive(bool isAlive) noexcept
 {
     const std::lock_guard guard(m_table->mutex);
-    m_table->alive.erase(m_name);
+    m_table->alive.find(m_name)->second = isAlive;
 }
 
 class ManualThread::Flag final : public broker::Signal
@@ -370,6 +332,14 @@ void RealThread::run(broker::JobWork& work)
         std::unique_lock lock(m_mutex);
         m_wakeUp.wait_for(lock, *pause, [this] { return m_isAwake; });
         m_isAwake = false;
+    }
+}
+
+void World::work(int seconds)
+{
+    for (int second = 0; second < seconds; ++second) {
+        machine.pass(std::chrono::seconds{1});
+        thread.play();
     }
 }
 

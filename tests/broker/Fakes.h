@@ -4,11 +4,11 @@
 #include <chrono>
 #include <climits>
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -37,25 +37,11 @@ broker::IpConfiguration ipConfiguration(unsigned adapterNumber);
 class Adapters : public broker::AdapterSource
 {
 public:
-    std::vector<broker::Adapter> readAdapters() override
-    {
-        ++adapterReads;
-        const std::lock_guard guard(m_mutex);
-        return m_adapters;
-    }
-
-    std::vector<broker::Address> readAddresses() override
-    {
-        ++addressReads;
-        const std::lock_guard guard(m_mutex);
-        return m_addresses;
-    }
-
+    std::vector<broker::Adapter> readAdapters() override { return read(m_adapters, adapterReads); }
+    std::vector<broker::Address> readAddresses() override { return read(m_addresses, addressReads); }
     std::vector<broker::IpConfiguration> readIpConfigurations() override
     {
-        ++ipConfigurationReads;
-        const std::lock_guard guard(m_mutex);
-        return m_ipConfigurations;
+        return read(m_ipConfigurations, ipConfigurationReads);
     }
 
     std::vector<std::string> readHiddenAdapters() override
@@ -75,23 +61,12 @@ public:
     broker::StateChange setAdministrativeState(const broker::Adapter& adapter,
                                                broker::AdministrativeState state) override;
 
-    void set(std::vector<broker::Adapter> adapters)
-    {
-        const std::lock_guard guard(m_mutex);
-        m_adapters = std::move(adapters);
-    }
+    void set(std::vector<broker::Adapter> adapters) { assign(m_adapters, std::move(adapters)); }
+    void set(std::vector<broker::Address> addresses) { assign(m_addresses, std::move(addresses)); }
+    void set(std::vector<broker::IpConfiguration> rows) { assign(m_ipConfigurations, std::move(rows)); }
 
-    void set(std::vector<broker::Address> addresses)
-    {
-        const std::lock_guard guard(m_mutex);
-        m_addresses = std::move(addresses);
-    }
-
-    void set(std::vector<broker::IpConfiguration> configurations)
-    {
-        const std::lock_guard guard(m_mutex);
-        m_ipConfigurations = std::move(configurations);
-    }
+    // If set, each read of adapters calls it first. It may throw. Set it while no other thread reads.
+    std::function<void()> onRead;
 
     // The GUIDs of the adapters whose drivers are hidden.
     std::vector<std::string> hidden;
@@ -110,6 +85,24 @@ public:
     std::atomic<int> linkReads{0};
 
 private:
+    template <class Rows>
+    Rows read(const Rows& rows, std::atomic<int>& reads)
+    {
+        ++reads;
+        if (onRead) {
+            onRead();
+        }
+        const std::lock_guard guard(m_mutex);
+        return rows;
+    }
+
+    template <class Rows>
+    void assign(Rows& rows, Rows newRows)
+    {
+        const std::lock_guard guard(m_mutex);
+        rows = std::move(newRows);
+    }
+
     std::mutex m_mutex;
     std::vector<broker::Adapter> m_adapters;
     std::vector<broker::Address> m_addresses;
@@ -185,12 +178,12 @@ public:
 
     std::optional<broker::StoredValues> read(const std::string& key) override;
     std::optional<std::vector<std::string>> children(const std::string& key) override;
-    bool canWrite(const std::string& key) override;
+    bool canWrite(const std::string& /*key*/) override { return isWritable; }
     broker::StoreResult write(const std::string& key, const std::string& name, const std::string& text) override;
     broker::StoreResult erase(const std::string& key) override;
     broker::StoreResult eraseValue(const std::string& key, const std::string& name) override;
     broker::StoreResult lock() override;
-    void unlock() noexcept override;
+    void unlock() noexcept override { m_stored->settings.unlock(); }
     std::unique_ptr<broker::ChangeWatch> watch(const std::string& key) override;
 
     const std::shared_ptr<StoredKeys>& stored() const noexcept { return m_stored; }
@@ -218,8 +211,8 @@ public:
 private:
     class Watch;
 
-    // The answer that a call returns at once, if one is set.
-    std::optional<broker::StoreResult> refusal(const std::string& key);
+    // Changes the stored entries unless the call is to be refused. Does nothing after the process's end.
+    broker::StoreResult change(const std::string& key, const std::function<void(StoredKeys::Keys&)>& change);
 
     std::shared_ptr<StoredKeys> m_stored;
 };
@@ -242,7 +235,8 @@ class HostTable
 {
 public:
     std::mutex mutex;
-    std::set<std::string> alive;
+    // Whether the process of that name is alive.
+    std::map<std::string, bool> alive;
     // The host that changes the stored entries holds this mutex.
     std::recursive_mutex jobs;
 };
@@ -254,6 +248,8 @@ public:
     explicit Hosts(std::shared_ptr<HostTable> table = std::make_shared<HostTable>(), std::string name = "10-1")
         : m_table(std::move(table)), m_name(std::move(name))
     {
+        const std::lock_guard guard(m_table->mutex);
+        m_table->alive.emplace(m_name, false);
     }
     ~Hosts() override { end(); }
     Hosts(const Hosts&) = delete;
@@ -262,14 +258,16 @@ public:
     std::string own() override { return m_name; }
     bool announce() noexcept override;
     bool isAlive(const std::string& host) override;
-    void lock() noexcept override;
-    void unlock() noexcept override;
+    void lock() noexcept override { m_table->jobs.lock(); }
+    void unlock() noexcept override { m_table->jobs.unlock(); }
 
-    void end();
+    void end() { setAlive(false); }
 
     bool canAnnounce = true;
 
 private:
+    void setAlive(bool isAlive) noexcept;
+
     std::shared_ptr<HostTable> m_table;
     std::string m_name;
 };
@@ -278,6 +276,8 @@ private:
 class ManualThread : public broker::JobThread
 {
 public:
+    ManualThread() { limits.reserve(100); }
+
     bool start(broker::JobWork& jobWork) noexcept override;
     void wake() noexcept override { ++wakes; }
     std::unique_ptr<broker::Signal> makeSignal() override;
@@ -292,7 +292,7 @@ public:
     bool worksWhileWaited = true;
     int starts = 0;
     int wakes = 0;
-    // The longest wait that was requested.
+    // The longest waits that were requested. The first hundred take no memory, because a wait must not throw.
     std::vector<std::chrono::milliseconds> limits;
 
 private:
@@ -328,6 +328,9 @@ class World
 {
 public:
     broker::Sources sources() { return {adapters, machine, settings, jobs}; }
+
+    // Lets as many seconds pass and the job thread work after each.
+    void work(int seconds = 1);
 
     Adapters adapters;
     Machine machine;

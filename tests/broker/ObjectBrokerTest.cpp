@@ -15,34 +15,9 @@
 #include "core/PropertyVisit.h"
 #include "support/LockCount.h"
 #include "support/LogCapture.h"
+#include "support/Thrown.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-class FailingAdapters : public fakes::Adapters
-{
-public:
-    std::vector<broker::Adapter> readAdapters() override
-    {
-        return isFailing ? throw utils::EFailed("out of order") : fakes::Adapters::readAdapters();
-    }
-
-    bool isFailing = true;
-};
-
-class BrokenAdapters : public fakes::Adapters
-{
-public:
-    std::vector<broker::Adapter> readAdapters() override { throw std::runtime_error("out of order"); }
-};
-
-class AssertingAdapters : public fakes::Adapters
-{
-public:
-    std::vector<broker::Adapter> readAdapters() override { throw utils::Exception(std::string("Assertion failed")); }
-};
 
 using Copy = std::unique_ptr<core::CimProperty>;
 
@@ -77,6 +52,20 @@ class ObjectBroker : public testing::Test, protected fakes::BrokerWorld
 {
 protected:
     ObjectBroker() { m_adapters.set({fakes::adapter(1), fakes::adapter(2)}); }
+
+    template <class Failure>
+    void failWith(const Failure& failure)
+    {
+        m_adapters.onRead = [failure] { throw failure; };
+    }
+
+    // What a change of the instance throws.
+    template <class Expected>
+    std::string refusal(const char* text, core::CimPropertyList& values)
+    {
+        core::CimPath path(text);
+        return support::thrownBy<Expected>([&] { m_broker.modifyInstance(path, values); });
+    }
 
     // Starts a diagnostic of the first port through the broker.
     core::CimInstance* startJob()
@@ -116,41 +105,31 @@ TEST_F(ObjectBroker, UnknownClass_isAnEmptyList)
     EXPECT_EQ(m_broker.getInstances("").size(), 0U);
 }
 
-TEST_F(ObjectBroker, UnreadableMachine_isAFailure)
+TEST_F(ObjectBroker, UnreadableMachine_isAFailureUntilItIsRead)
 {
-    FailingAdapters failing;
-    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
+    failWith(utils::EFailed("out of order"));
     core::CimPath port("Zerix_EthernetPort.DeviceID=\"a\"");
     core::CimPropertyList none;
     core::CimInstance* job = nullptr;
     for (const char* className : {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_AdapterSetting",
                                   "Zerix_PortImplementsEndpoint", "Zerix_ElementSettingData"})
     {
-        EXPECT_THROW(broker.getInstances(className), utils::EFailed) << className;
+        EXPECT_THROW(m_broker.getInstances(className), utils::EFailed) << className;
     }
-    EXPECT_THROW(broker.findInstance(port), utils::EFailed);
-    EXPECT_THROW(broker.modifyInstance(port, none), utils::EFailed);
-    EXPECT_THROW(broker.invokeMethod(port, "RunLinkDiagnostic", none, none, job), utils::EFailed);
+    EXPECT_THROW(m_broker.findInstance(port), utils::EFailed);
+    EXPECT_THROW(m_broker.modifyInstance(port, none), utils::EFailed);
+    EXPECT_THROW(m_broker.invokeMethod(port, "RunLinkDiagnostic", none, none, job), utils::EFailed);
+    m_adapters.onRead = nullptr;
+    EXPECT_EQ(m_broker.getInstances("Zerix_EthernetPort").size(), 2U);
 }
 
 TEST_F(ObjectBroker, UnreadableMachine_leavesOtherClasses)
 {
-    FailingAdapters failing;
-    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
+    failWith(utils::EFailed("out of order"));
     for (const char* className : {"Zerix_RegisteredProfile", "Zerix_SoftwareIdentity", "Zerix_DiagnosticSetting"}) {
-        EXPECT_EQ(broker.getInstances(className).size(), 1U) << className;
+        EXPECT_EQ(m_broker.getInstances(className).size(), 1U) << className;
     }
-    EXPECT_EQ(broker.getInstances("Zerix_ConcreteJob").size(), 0U);
-}
-
-TEST_F(ObjectBroker, MachineReadableAgain_isServed)
-{
-    FailingAdapters failing;
-    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
-    EXPECT_THROW(broker.getInstances("Zerix_EthernetPort"), utils::EFailed);
-    failing.isFailing = false;
-    failing.set({fakes::adapter(1)});
-    EXPECT_EQ(broker.getInstances("Zerix_EthernetPort").size(), 1U);
+    EXPECT_EQ(m_broker.getInstances("Zerix_ConcreteJob").size(), 0U);
 }
 
 TEST_F(ObjectBroker, StorageThatMayNotBeRead_isAFailure)
@@ -187,74 +166,6 @@ TEST_F(ObjectBroker, Instances_outliveOtherThreadsRequests)
     EXPECT_EQ(support::value(*listedAgain.getIterator().next(), "Name"), "eth3");
 }
 
-// Returns whether the values belong to two adapters. The name and index of a fake adapter come from one number.
-bool isMixedPort(core::CimInstance& port)
-{
-    return "eth" + support::value(port, "InterfaceIndex") != support::value(port, "Name");
-}
-
-// Returns whether the two ends belong to different adapters.
-bool isMixedAssociation(core::CimInstance& association)
-{
-    const auto end = [&association](const char* role) -> core::CimInstance& {
-        return *static_cast<core::CimPropertyRef*>(association.getProperties().findProperty(role))->getValue();
-    };
-    return "Vexal:AdapterSetting:" + support::value(end("ManagedElement"), "DeviceID") !=
-           support::value(end("SettingData"), "InstanceID");
-}
-
-TEST_F(ObjectBroker, ManyThreads_areServedAtOnce)
-{
-    constexpr int THREADS = 8;
-    constexpr int REQUESTS = 60;
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < THREADS; ++i) {
-        threads.emplace_back([this, i, &wrong] {
-            for (int request = 0; request < REQUESTS; ++request) {
-                m_adapters.set({fakes::adapter(static_cast<unsigned>(request % 7 + 1)), fakes::adapter(20),
-                                fakes::adapter(static_cast<unsigned>(i + 30))});
-                auto listed = m_broker.getInstances(i % 2 == 0 ? "Zerix_EthernetPort" : "Zerix_ElementSettingData");
-                auto iterator = listed.getIterator();
-                while (core::CimInstance* instance = iterator.next()) {
-                    wrong += i % 2 == 0 ? isMixedPort(*instance) : isMixedAssociation(*instance);
-                }
-                if (listed.size() != 3) {
-                    ++wrong;
-                }
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(wrong, 0);
-}
-
-// The class of the exception that the operation throws.
-template <class Operation>
-std::string thrown(Operation operation)
-{
-    try {
-        operation();
-        return "nothing";
-    } catch (const utils::EInvalidParameter&) {
-        return "EInvalidParameter";
-    } catch (const utils::EForbidden&) {
-        return "EForbidden";
-    } catch (const utils::ENotSupported&) {
-        return "ENotSupported";
-    } catch (const utils::ENotFound& exception) {
-        return std::string("ENotFound ") + exception.what();
-    } catch (const utils::EFailed& exception) {
-        return std::string("EFailed ") + exception.what();
-    } catch (const wa::EMethodNotSupported&) {
-        return "EMethodNotSupported";
-    } catch (...) {
-        return "something else";
-    }
-}
-
 TEST_F(ObjectBroker, Change_isStored)
 {
     core::CimPath path("Zerix_AdapterSetting.InstanceID=\"Vexal:AdapterSetting:" + fakes::adapter(2).guid + "\"");
@@ -263,10 +174,9 @@ TEST_F(ObjectBroker, Change_isStored)
     label.setValue("Uplink");
     values.add(&label);
     m_broker.modifyInstance(path, values);
-    core::CimInstance* changed = m_broker.findInstance(path);
-    EXPECT_EQ(support::value(*changed, "ElementName"), "Uplink");
+    EXPECT_EQ(support::value(*m_broker.findInstance(path), "ElementName"), "Uplink");
     label.setValue(std::string(65, 'x'));
-    EXPECT_EQ(thrown([&] { m_broker.modifyInstance(path, values); }), "EInvalidParameter");
+    EXPECT_THROW(m_broker.modifyInstance(path, values), utils::EInvalidParameter);
     EXPECT_EQ(support::value(*m_broker.findInstance(path), "ElementName"), "Uplink");
 }
 
@@ -276,30 +186,20 @@ TEST_F(ObjectBroker, Change_ofNoInstance_isNotFound)
     core::CimPropertyString unknown("Nothing");
     unknown.setValue("x");
     values.add(&unknown);
-    core::CimPath path("Zerix_AdapterSetting.InstanceID=\"another\"");
-    EXPECT_EQ(thrown([&] { m_broker.modifyInstance(path, values); }),
-              "ENotFound DRAVEv2: Instance Zerix_AdapterSetting.InstanceID=\"another\" does not exist");
-    core::CimPath unknownClass("Zerix_Nothing.Id=1");
-    EXPECT_EQ(thrown([&] { m_broker.modifyInstance(unknownClass, values); }),
-              "ENotFound DRAVEv2: Instance Zerix_Nothing.Id=1 does not exist");
+    EXPECT_EQ(refusal<utils::ENotFound>("Zerix_AdapterSetting.InstanceID=\"another\"", values),
+              "DRAVEv2: Instance Zerix_AdapterSetting.InstanceID=\"another\" does not exist");
+    EXPECT_EQ(refusal<utils::ENotFound>("Zerix_Nothing.Id=1", values),
+              "DRAVEv2: Instance Zerix_Nothing.Id=1 does not exist");
 }
 
 TEST_F(ObjectBroker, Change_throwsOnlyKnownExceptions)
 {
-    BrokenAdapters failing;
-    broker::ObjectBroker broker({failing, m_machine, m_storage, m_thread, m_hosts});
     core::CimPropertyList values;
-    core::CimPath path("Zerix_AdapterSetting.InstanceID=\"x\"");
-    EXPECT_EQ(thrown([&] { broker.modifyInstance(path, values); }), "EFailed DRAVEv2: out of order");
-}
-
-TEST_F(ObjectBroker, Failure_passedOn_keepsOnePrefix)
-{
-    AssertingAdapters asserting;
-    broker::ObjectBroker broker({asserting, m_machine, m_storage, m_thread, m_hosts});
-    core::CimPropertyList values;
-    core::CimPath path("Zerix_AdapterSetting.InstanceID=\"x\"");
-    EXPECT_EQ(thrown([&] { broker.modifyInstance(path, values); }), "EFailed DRAVEv2: Assertion failed");
+    const char* const path = "Zerix_AdapterSetting.InstanceID=\"x\"";
+    failWith(std::runtime_error("out of order"));
+    EXPECT_EQ(refusal<utils::EFailed>(path, values), "DRAVEv2: out of order");
+    failWith(utils::Exception(std::string("Assertion failed")));
+    EXPECT_EQ(refusal<utils::EFailed>(path, values), "DRAVEv2: Assertion failed") << "one prefix";
 }
 
 TEST_F(ObjectBroker, EachInstance_mayBePutBackAsItIs)
@@ -331,31 +231,20 @@ TEST_F(ObjectBroker, EachInstance_mayBePutBackAsItIs)
     }
 }
 
-TEST_F(ObjectBroker, Method_ofNoInstance_isNotFound)
+TEST_F(ObjectBroker, Method_unknownOrOfNoInstance_isRefused)
 {
-    core::CimPath path("Zerix_ConcreteJob.InstanceID=\"x\"");
-    core::CimPropertyList in;
-    core::CimPropertyList out;
-    core::CimInstance* job = nullptr;
-    EXPECT_EQ(thrown([&] { m_broker.invokeMethod(path, "RequestStateChange", in, out, job); }),
-              "ENotFound DRAVEv2: Instance Zerix_ConcreteJob.InstanceID=\"x\" does not exist");
-}
-
-TEST_F(ObjectBroker, UnknownMethod_isNotSupported)
-{
-    core::CimPath path("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
-    core::CimPropertyList in;
-    core::CimPropertyList out;
-    core::CimInstance* job = nullptr;
-    EXPECT_EQ(thrown([&] { m_broker.invokeMethod(path, "Explode", in, out, job); }), "EMethodNotSupported");
-}
-
-TEST_F(ObjectBroker, Job_isFoundByItsPath)
-{
-    core::CimPath path(startJob()->toPathString());
-    m_machine.pass(std::chrono::seconds{1});
-    m_thread.play();
-    EXPECT_EQ(support::value(*m_broker.findInstance(path), "PercentComplete"), "10");
+    const auto call = [this](const char* text, const char* method) {
+        core::CimPath path(text);
+        core::CimPropertyList in;
+        core::CimPropertyList out;
+        core::CimInstance* job = nullptr;
+        m_broker.invokeMethod(path, method, in, out, job);
+    };
+    EXPECT_EQ(
+        support::thrownBy<utils::ENotFound>([&] { call("Zerix_ConcreteJob.InstanceID=\"x\"", "RequestStateChange"); }),
+        "DRAVEv2: Instance Zerix_ConcreteJob.InstanceID=\"x\" does not exist");
+    EXPECT_THROW(call("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"", "Explode"),
+                 wa::EMethodNotSupported);
 }
 
 TEST_F(ObjectBroker, FlaggedJob_isGoneAtOnceForEveryThread)
@@ -383,7 +272,7 @@ TEST_F(ObjectBroker, MarkedJob_isGoneForTheNextProcess)
     EXPECT_EQ(last.getInstances("Zerix_DiagnosticResult").size(), 1U);
 }
 
-TEST_F(ObjectBroker, ExpiredJob_isGoneForTheNextProcess)
+TEST_F(ObjectBroker, Job_isFoundUntilItExpires)
 {
     core::CimPath path(startJob()->toPathString());
     takeAllSamples();

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -18,12 +19,10 @@ std::size_t failing = 0;
 // Whether all later ones fail too.
 bool isLasting = false;
 std::size_t allocated = 0;
-// While positive, no allocation fails: the fakes must not throw.
-int pauses = 0;
 
 void* allocate(std::size_t size)
 {
-    if (failing != 0 && pauses == 0 && (++allocated == failing || (isLasting && allocated > failing))) {
+    if (failing != 0 && (++allocated == failing || (isLasting && allocated > failing))) {
         throw std::bad_alloc();
     }
     if (void* const block = std::malloc(size == 0 ? 1 : size)) {
@@ -54,41 +53,16 @@ namespace {
 using broker::JobState;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-class Pause
-{
-public:
-    Pause() noexcept { ++pauses; }
-    ~Pause() { --pauses; }
-    Pause(const Pause&) = delete;
-    Pause& operator=(const Pause&) = delete;
-};
-
-class Hosts final : public fakes::Hosts
-{
-public:
-    using fakes::Hosts::Hosts;
-
-    bool announce() noexcept override
-    {
-        const Pause pause;
-        return fakes::Hosts::announce();
-    }
-};
+using testing::ElementsAre;
+using testing::StartsWith;
 
 // A process with one adapter. The test decides when its memory runs out.
-class Process
+class Process : public fakes::JobMachine, public fakes::JobProcess
 {
 public:
-    explicit Process(const char* name) : hosts(table, name)
-    {
-        adapters.set({adapter});
-        setting.samplePeriod = std::chrono::milliseconds{100};
-        // The thread's record of its waits must not fail.
-        thread.limits.reserve(100);
-    }
+    explicit Process(const char* name) : JobProcess(stored, table, machine, adapters, name) {}
 
-    std::string start() { return jobs.startDiagnostic(adapter, setting, 2).id; }
+    std::string start() { return JobProcess::start(adapter, setting, 2); }
 
     void pass(milliseconds time)
     {
@@ -104,17 +78,6 @@ public:
             pass(seconds{1});
         }
     }
-
-    std::shared_ptr<fakes::StoredKeys> stored = std::make_shared<fakes::StoredKeys>();
-    std::shared_ptr<fakes::HostTable> table = std::make_shared<fakes::HostTable>();
-    fakes::Machine machine;
-    fakes::Adapters adapters;
-    broker::Adapter adapter = fakes::adapter(1);
-    broker::DiagnosticSetting setting;
-    fakes::Storage storage{stored};
-    fakes::ManualThread thread;
-    Hosts hosts;
-    broker::Jobs jobs{{adapters, machine, storage, thread, hosts}};
 };
 
 struct Step
@@ -160,7 +123,7 @@ void expectInOrder(Process& process)
     EXPECT_NE(process.start(), "") << "the next start works";
 }
 
-// Returns whether an allocation has failed.
+// Returns whether the allocation with this number was reached.
 bool runWithFailure(const std::function<void(Process&)>& run, Process& process, std::size_t number)
 {
     allocated = 0;
@@ -174,18 +137,26 @@ bool runWithFailure(const std::function<void(Process&)>& run, Process& process, 
     return allocated >= number;
 }
 
-TEST_P(JobMemory, OneAllocationFails_allIsInOrderAfterwards)
+// Calls `run` with the number of each allocation in turn, until it returns that there are no more.
+void forEachAllocation(const std::function<bool(std::size_t)>& run)
 {
     std::size_t number = 1;
-    for (bool hasFailed = true; hasFailed; ++number) {
+    for (bool wasReached = true; wasReached && !testing::Test::HasFailure(); ++number) {
         SCOPED_TRACE("allocation " + std::to_string(number));
+        wasReached = run(number);
+    }
+    EXPECT_GT(number, 2U) << "no memory was asked for";
+}
+
+TEST_P(JobMemory, OneAllocationFails_allIsInOrderAfterwards)
+{
+    forEachAllocation([](std::size_t number) {
         Process process("10-1");
         GetParam().before(process);
-        hasFailed = runWithFailure(GetParam().run, process, number);
+        const bool wasReached = runWithFailure(GetParam().run, process, number);
         expectInOrder(process);
-        ASSERT_FALSE(HasFailure());
-    }
-    EXPECT_GT(number, 2U) << "the step asks for memory";
+        return wasReached;
+    });
 }
 
 void start(Process& process)
@@ -268,15 +239,13 @@ TEST(JobMemoryForSeconds, NoMemory_endsTheJobWithoutAResult)
 // A deletion cannot report a failure. Clients no longer see the job, and the thread deletes its entry later.
 TEST(JobMemoryOfDeletion, OneAllocationFails_theJobIsGone)
 {
-    std::size_t number = 1;
-    for (bool hasFailed = true; hasFailed; ++number) {
-        SCOPED_TRACE("allocation " + std::to_string(number));
-        hasFailed = false;
+    forEachAllocation([](std::size_t number) {
+        bool wasReached = false;
         for (const auto& before : {&start, &complete}) {
             Process process("10-1");
             before(process);
             const auto job = process.jobs.makeInstance(process.jobs.jobs().at(0).id, "Zerix_ConcreteJob");
-            hasFailed |= runWithFailure([&job](Process&) { job->markForDeletion(true); }, process, number);
+            wasReached |= runWithFailure([&job](Process&) { job->markForDeletion(true); }, process, number);
             EXPECT_TRUE(process.jobs.jobs().empty());
             process.thread.play();
             EXPECT_TRUE(process.storage.values("Jobs").empty()) << "without another request";
@@ -284,38 +253,32 @@ TEST(JobMemoryOfDeletion, OneAllocationFails_theJobIsGone)
             EXPECT_EQ(process.jobs.results().size(), before == &start ? 0U : 1U);
             EXPECT_NE(process.start(), "") << "the next start works";
         }
-        ASSERT_FALSE(testing::Test::HasFailure());
-    }
-    EXPECT_GT(number, 2U);
+        return wasReached;
+    });
 }
 
 // Entries of another process are shown completely or not at all.
 TEST(JobMemoryOfReading, OneAllocationFails_theNextRequestReads)
 {
-    std::size_t number = 1;
-    for (bool hasFailed = true; hasFailed; ++number) {
-        SCOPED_TRACE("allocation " + std::to_string(number));
+    forEachAllocation([](std::size_t number) {
         Process process("10-1");
         leaveEntries(process);
         process.storage.set("Jobs", "unreadable", "?");
         process.storage.set("Results", "unreadable", "?");
-        hasFailed = runWithFailure([](Process& reader) { reader.jobs.jobs(); }, process, number);
-        const auto shown = process.jobs.jobs();
-        ASSERT_EQ(shown.size(), 2U);
-        EXPECT_EQ(shown[0].state, JobState::COMPLETED);
-        EXPECT_EQ(shown[1].state, JobState::EXCEPTION);
-        EXPECT_EQ(shown[1].error, "The host process ended");
+        const bool wasReached = runWithFailure([](Process& reader) { reader.jobs.jobs(); }, process, number);
+        const std::vector<std::string> states = process.states();
+        EXPECT_THAT(states, ElementsAre(StartsWith("7 "), StartsWith("10 ")));
+        EXPECT_EQ(process.jobs.jobs().back().error, "The host process ended");
         EXPECT_EQ(process.jobs.results().size(), 1U);
         // The stored entries agree.
         process.thread.play();
-        const auto stored = process.stored->copy();
-        EXPECT_EQ(stored.at("Jobs").size(), 2U);
-        EXPECT_EQ(stored.at("Results").size(), 1U);
-        EXPECT_EQ(broker::jobOf(shown[1].id, stored.at("Jobs").at(shown[1].id).text)->status.state,
-                  JobState::EXCEPTION);
-        ASSERT_FALSE(testing::Test::HasFailure());
-    }
-    EXPECT_GT(number, 2U);
+        const auto entries = process.stored->copy();
+        EXPECT_EQ(entries.at("Jobs").size(), 2U);
+        EXPECT_EQ(entries.at("Results").size(), 1U);
+        const std::string id = states.at(1).substr(3);
+        EXPECT_EQ(broker::jobOf(id, entries.at("Jobs").at(id).text)->status.state, JobState::EXCEPTION);
+        return wasReached;
+    });
 }
 
 }  // namespace

@@ -19,43 +19,25 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class JobProcesses : public testing::Test
+class JobProcesses : public testing::Test, protected fakes::JobMachine
 {
 protected:
-    JobProcesses()
-    {
-        m_adapters.set({m_adapter});
-        m_setting.samplePeriod = std::chrono::milliseconds{100};
-        m_setting.jobRetention = std::chrono::seconds{60};
-    }
-
-    std::unique_ptr<fakes::JobProcess> process(const std::string& name)
-    {
-        return std::make_unique<fakes::JobProcess>(m_stored, m_hosts, m_machine, m_adapters, name);
-    }
-
     // The jobs that a new process shows.
-    std::vector<std::string> statesLater() { return process("99-1")->states(); }
+    std::vector<std::string> statesLater() { return makeProcess("99-1")->states(); }
 
-    fakes::Machine m_machine;
-    fakes::Adapters m_adapters;
-    broker::Adapter m_adapter = fakes::adapter(1);
-    broker::DiagnosticSetting m_setting;
-    std::shared_ptr<fakes::StoredKeys> m_stored = std::make_shared<fakes::StoredKeys>();
-    std::shared_ptr<fakes::HostTable> m_hosts = std::make_shared<fakes::HostTable>();
-    std::unique_ptr<fakes::JobProcess> m_one = process("10-1");
-    std::unique_ptr<fakes::JobProcess> m_two = process("11-1");
+    std::unique_ptr<fakes::JobProcess> m_one = makeProcess("10-1");
+    std::unique_ptr<fakes::JobProcess> m_two = makeProcess("11-1");
 };
 
 TEST_F(JobProcesses, RunningJob_isSeenByTheOther)
 {
     EXPECT_THAT(m_two->states(), IsEmpty());
-    const std::string id = m_one->start(m_adapter, m_setting, 2);
+    const std::string id = m_one->start(adapter, setting, 2);
     EXPECT_THAT(m_two->states(), ElementsAre("4 " + id));
-    m_machine.pass(milliseconds{100});
+    machine.pass(milliseconds{100});
     EXPECT_EQ(m_two->jobs.jobs()[0].elapsed, milliseconds{100});
     m_one->thread.play();
-    m_machine.pass(milliseconds{100});
+    machine.pass(milliseconds{100});
     m_one->thread.play();
     EXPECT_THAT(m_two->states(), ElementsAre("7 " + id));
     EXPECT_THAT(m_two->jobs.results(), SizeIs(1));
@@ -64,10 +46,10 @@ TEST_F(JobProcesses, RunningJob_isSeenByTheOther)
 
 TEST_F(JobProcesses, Job_deletedByTheOther_stopsWithoutAResult)
 {
-    const std::string id = m_one->start(m_adapter, m_setting, 2);
+    const std::string id = m_one->start(adapter, setting, 2);
     m_two->mark(id);
     EXPECT_THAT(m_one->states(), IsEmpty());
-    m_machine.pass(seconds{1});
+    machine.pass(seconds{1});
     EXPECT_EQ(m_one->thread.play(), std::nullopt);
     EXPECT_THAT(m_one->jobs.results(), IsEmpty());
     EXPECT_THAT(statesLater(), IsEmpty());
@@ -75,8 +57,8 @@ TEST_F(JobProcesses, Job_deletedByTheOther_stopsWithoutAResult)
 
 TEST_F(JobProcesses, Job_endedByTheOther_leavesItsResult)
 {
-    const std::string id = m_one->start(m_adapter, m_setting, 5);
-    m_machine.pass(milliseconds{100});
+    const std::string id = m_one->start(adapter, setting, 5);
+    machine.pass(milliseconds{100});
     m_one->thread.play();
     EXPECT_EQ(m_two->jobs.end(id, JobState::TERMINATED), EndOutcome::ENDED);
     EXPECT_EQ(m_two->jobs.end(id, JobState::TERMINATED), EndOutcome::NOT_RUNNING);
@@ -89,7 +71,7 @@ TEST_F(JobProcesses, Job_endedByTheOther_leavesItsResult)
 
 TEST_F(JobProcesses, JobOfTheOther_withoutItsEntry_goesOn)
 {
-    const std::string id = m_one->start(m_adapter, m_setting, 5);
+    const std::string id = m_one->start(adapter, setting, 5);
     m_two->storage.isReadable = false;
     EXPECT_EQ(m_two->jobs.end(id, JobState::TERMINATED), EndOutcome::FAILED);
     m_two->storage.isReadable = true;
@@ -101,15 +83,15 @@ TEST_F(JobProcesses, JobOfTheOther_withoutItsEntry_goesOn)
 
 TEST_F(JobProcesses, WaitingThread_looksForChangesEachSecond)
 {
-    m_setting.samplePeriod = std::chrono::milliseconds{60'000};
-    m_one->start(m_adapter, m_setting, 1);
+    setting.samplePeriod = std::chrono::milliseconds{60'000};
+    m_one->start(adapter, setting, 1);
     EXPECT_EQ(m_one->thread.play(), milliseconds{1000});
 }
 
 TEST_F(JobProcesses, JobOfADeadHost_hasEndedByAnException)
 {
-    const std::string id = m_one->start(m_adapter, m_setting, 5);
-    m_machine.pass(seconds{3});
+    const std::string id = m_one->start(adapter, setting, 5);
+    machine.pass(seconds{3});
     m_one->hosts.end();
     const auto jobs = m_two->jobs.jobs();
     ASSERT_THAT(jobs, SizeIs(1));
@@ -118,29 +100,29 @@ TEST_F(JobProcesses, JobOfADeadHost_hasEndedByAnException)
     EXPECT_EQ(jobs[0].elapsed, seconds{3});
     m_two->thread.play();
     // The job is stored as ended and kept for its retention.
-    m_machine.pass(seconds{59});
+    machine.pass(seconds{59});
     EXPECT_THAT(statesLater(), ElementsAre("10 " + id));
-    m_machine.pass(seconds{1});
+    machine.pass(seconds{1});
     EXPECT_THAT(m_two->states(), IsEmpty());
     // The port is free.
-    EXPECT_NE(m_two->start(m_adapter, m_setting, 1), "");
+    EXPECT_NE(m_two->start(adapter, setting, 1), "");
 }
 
 TEST_F(JobProcesses, JobLeftByAnEarlierLifeOfTheModule_hasEnded)
 {
-    const std::string id = m_one->start(m_adapter, m_setting, 5);
+    const std::string id = m_one->start(adapter, setting, 5);
     // A process with the same name is alive, but it does not run the job.
-    EXPECT_THAT(process("10-1")->states(), ElementsAre("10 " + id));
+    EXPECT_THAT(makeProcess("10-1")->states(), ElementsAre("10 " + id));
 }
 
 TEST_F(JobProcesses, RecoveredJob_deletedMeanwhile_staysDeleted)
 {
-    const std::string id = m_one->start(m_adapter, m_setting, 5);
+    const std::string id = m_one->start(adapter, setting, 5);
     m_one->hosts.end();
     // Both processes see the ended host's job. One deletes it before the other one writes.
     m_two->thread.worksWhileWaited = false;
     EXPECT_THAT(m_two->states(), ElementsAre("10 " + id));
-    auto three = process("12-1");
+    auto three = makeProcess("12-1");
     three->states();
     three->mark(id);
     m_two->thread.play();
@@ -156,21 +138,21 @@ TEST_P(JobCrash, WhatWasAnswered_isWhatTheNextProcessFinds)
 {
     m_one->storage.lifetime = GetParam();
     const auto lives = [this] { return m_one->storage.changes <= m_one->storage.lifetime; };
-    const std::string deleted = m_one->start(fakes::adapter(2), m_setting, 2);
+    const std::string deleted = m_one->start(fakes::adapter(2), setting, 2);
     const bool wasDeletedStarted = lives();
     m_one->mark(deleted);
     const bool wasDeleted = lives();
-    const std::string completed = m_one->start(m_adapter, m_setting, 1);
+    const std::string completed = m_one->start(adapter, setting, 1);
     const bool wasStarted = lives();
-    m_machine.pass(milliseconds{100});
+    machine.pass(milliseconds{100});
     m_one->thread.play();
     const bool wasCompleted = lives();
-    const std::string running = m_one->start(m_adapter, m_setting, 600);
+    const std::string running = m_one->start(adapter, setting, 600);
     const bool wasRunning = lives();
     m_one->hosts.end();
 
     const support::LogCapture log(1);
-    auto next = process("12-1");
+    auto next = makeProcess("12-1");
     std::vector<std::string> expected;
     if (wasDeletedStarted && !wasDeleted) {
         expected.push_back("10 " + deleted);
@@ -191,7 +173,7 @@ TEST_P(JobCrash, WhatWasAnswered_isWhatTheNextProcessFinds)
     }
     // The next process can continue.
     next->thread.play();
-    EXPECT_NE(next->start(m_adapter, m_setting, 1), "");
+    EXPECT_NE(next->start(adapter, setting, 1), "");
     for (const broker::JobStatus& job : next->jobs.jobs()) {
         next->mark(job.id);
     }
@@ -200,21 +182,15 @@ TEST_P(JobCrash, WhatWasAnswered_isWhatTheNextProcessFinds)
 
 INSTANTIATE_TEST_SUITE_P(Changes, JobCrash, testing::Range(0, 8));
 
-TEST(JobCrashCount, EveryChange_isCovered)
+TEST_F(JobProcesses, EveryChange_isCovered)
 {
     // The changes of the test above: three starts, a deletion, a result and its job.
-    fakes::Machine machine;
-    fakes::Adapters adapters;
-    adapters.set({fakes::adapter(1)});
-    fakes::JobProcess one(std::make_shared<fakes::StoredKeys>(), std::make_shared<fakes::HostTable>(), machine,
-                          adapters, "10-1");
-    broker::DiagnosticSetting setting;
-    one.mark(one.start(fakes::adapter(2), setting, 2));
-    one.start(fakes::adapter(1), setting, 1);
+    m_one->mark(m_one->start(fakes::adapter(2), setting, 2));
+    m_one->start(adapter, setting, 1);
     machine.pass(seconds{1});
-    one.thread.play();
-    one.start(fakes::adapter(1), setting, 600);
-    EXPECT_EQ(one.storage.changes, 6);
+    m_one->thread.play();
+    m_one->start(adapter, setting, 600);
+    EXPECT_EQ(m_one->storage.changes, 6);
 }
 
 // One change fails.
@@ -226,11 +202,11 @@ TEST_P(JobWriteFailure, ThisProcessShowsAllAndTriesAgain)
 {
     const support::LogCapture log(1);
     m_one->storage.firstFailing = m_one->storage.lastFailing = GetParam();
-    m_one->mark(m_one->start(fakes::adapter(2), m_setting, 2));
-    const std::string completed = m_one->start(m_adapter, m_setting, 1);
-    m_machine.pass(milliseconds{100});
+    m_one->mark(m_one->start(fakes::adapter(2), setting, 2));
+    const std::string completed = m_one->start(adapter, setting, 1);
+    machine.pass(milliseconds{100});
     m_one->thread.play();
-    const std::string running = m_one->start(m_adapter, m_setting, 600);
+    const std::string running = m_one->start(adapter, setting, 600);
     EXPECT_THAT(m_one->states(), ElementsAre("7 " + completed, "4 " + running));
     EXPECT_THAT(m_one->jobs.results(), SizeIs(1));
     EXPECT_THAT(log.events(), SizeIs(1)) << "each failure is an event";
@@ -244,7 +220,7 @@ TEST_P(JobWriteFailure, ThisProcessShowsAllAndTriesAgain)
         expected.push_back("10 " + running);
     }
     EXPECT_EQ(statesLater(), expected);
-    EXPECT_THAT(process("98-1")->jobs.results(), SizeIs(1));
+    EXPECT_THAT(makeProcess("98-1")->jobs.results(), SizeIs(1));
 }
 
 INSTANTIATE_TEST_SUITE_P(Changes, JobWriteFailure, testing::Range(1, 7));

@@ -42,4 +42,28 @@ public:
     broker::Jobs jobs;
 };
 
+// A machine with one adapter whose processes run jobs.
+class JobMachine
+{
+public:
+    JobMachine()
+    {
+        adapters.set({adapter});
+        setting.samplePeriod = std::chrono::milliseconds{100};
+        setting.jobRetention = std::chrono::seconds{60};
+    }
+
+    std::unique_ptr<JobProcess> makeProcess(const std::string& name)
+    {
+        return std::make_unique<JobProcess>(stored, table, machine, adapters, name);
+    }
+
+    Machine machine;
+    Adapters adapters;
+    broker::Adapter adapter = fakes::adapter(1);
+    broker::DiagnosticSetting setting;
+    std::shared_ptr<StoredKeys> stored = std::make_shared<StoredKeys>();
+    std::shared_ptr<HostTable> table = std::make_shared<HostTable>();
+};
+
 }  // namespace fakes
