@@ -3,84 +3,59 @@
 namespace {
 
 using broker::JobState;
-using testing::ElementsAre;
 
-class ConcreteJob : public fakes::ClassTest
+// Starts a job that takes five samples, one per second.
+std::string start(fakes::World& world)
 {
-protected:
-    ConcreteJob() : ClassTest("Zerix_ConcreteJob") { m_world.adapters.set({fakes::adapter(1)}); }
-
-    // Starts a job that takes five samples, one per second.
-    void start() { m_id = m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 5).id; }
-
-    void takeSamples(int count)
-    {
-        for (int i = 0; i < count; ++i) {
-            m_world.machine.pass(std::chrono::seconds{1});
-            m_world.thread.play();
-        }
-    }
-
-    std::string m_id;
-};
-
-TEST_F(ConcreteJob, RunningJob_showsItsProgress)
-{
-    start();
-    takeSamples(2);
-    EXPECT_THAT(values(), ElementsAre("InstanceID=Vexal:Job:1700000000000000-1", "Name=Link Diagnostic",
-                                      "Description=Link diagnostic of eth1", "JobStatus=Running", "Owner=HOST\\admin",
-                                      "JobState=4", "PercentComplete=40", "ErrorCode=0", "ErrorDescription=null",
-                                      "Priority=0", "StartTime=at 1700000000000000", "ElapsedTime=for 2000000",
-                                      "TimeBeforeRemoval=for 300000000", "DeleteOnCompletion=true"));
+    world.adapters.set({fakes::adapter(1)});
+    return world.jobs.startDiagnostic(fakes::adapter(1), {}, 5).id;
 }
 
-TEST_F(ConcreteJob, CompletedJob_saysSo)
+// A job that has taken some of its samples.
+auto sampled(int count)
 {
-    start();
-    takeSamples(5);
-    EXPECT_EQ(value("JobStatus"), "Completed");
-    EXPECT_EQ(value("JobState"), "7");
-    EXPECT_EQ(value("PercentComplete"), "100");
+    return [count](fakes::World& world) {
+        start(world);
+        world.work(count);
+    };
 }
 
-TEST_F(ConcreteJob, TerminatedJob_saysSo)
+auto ended(JobState state)
 {
-    start();
-    m_world.jobs.end(m_id, JobState::TERMINATED);
-    EXPECT_EQ(value("JobStatus"), "Terminated");
+    return [state](fakes::World& world) { world.jobs.end(start(world), state); };
 }
 
-TEST_F(ConcreteJob, KilledJob_saysSoAndHasNoError)
+void loseTheAdapter(fakes::World& world)
 {
-    start();
-    m_world.jobs.end(m_id, JobState::KILLED);
-    EXPECT_EQ(value("JobStatus"), "Killed");
-    EXPECT_EQ(value("ErrorCode"), "0");
+    start(world);
+    world.adapters.set(std::vector<broker::Adapter>());
+    world.work();
 }
 
-TEST_F(ConcreteJob, FailedJob_saysWhy)
+void startForNobody(fakes::World& world)
 {
-    start();
-    m_world.adapters.set(std::vector<broker::Adapter>());
-    takeSamples(1);
-    EXPECT_EQ(value("JobStatus"), "Failed: The adapter is gone or cannot be read");
-    EXPECT_EQ(value("ErrorCode"), "1");
-    EXPECT_EQ(value("ErrorDescription"), "The adapter is gone or cannot be read");
+    world.machine.setUser("");
+    start(world);
 }
 
-TEST_F(ConcreteJob, UnknownOwner_isNull)
+TEST(ConcreteJob, Job_showsItsState)
 {
-    m_world.machine.setUser("");
-    start();
-    EXPECT_EQ(value("Owner"), "null");
+    fakes::expectShown("Zerix_ConcreteJob", {{"a running job", sampled(2)},
+                                             {"completed", sampled(5)},
+                                             {"terminated", ended(JobState::TERMINATED)},
+                                             {"killed", ended(JobState::KILLED)},
+                                             {"failed", &loseTheAdapter},
+                                             {"unknown owner", &startForNobody}});
 }
 
-TEST_F(ConcreteJob, MarkedInstance_deletesTheJob)
+TEST(ConcreteJob, MarkedInstance_deletesTheJob)
 {
-    start();
-    instance().markForDeletion(true);
-    EXPECT_TRUE(m_world.jobs.jobs().empty());
+    fakes::World world;
+    const std::string id = start(world);
+    broker::Workspace workspace(world.sources());
+    workspace.begin("Zerix_ConcreteJob");
+    workspace.job(id)->markForDeletion(true);
+    EXPECT_TRUE(world.jobs.jobs().empty());
 }
 
 }  // namespace

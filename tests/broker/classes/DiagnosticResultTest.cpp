@@ -2,82 +2,62 @@
 
 namespace {
 
-using testing::ElementsAre;
+using broker::Adapter;
 
-class DiagnosticResult : public fakes::ClassTest
+// The result of a diagnostic that saw the adapter in each of these states.
+auto sampled(std::vector<Adapter> states)
 {
-protected:
-    DiagnosticResult() : ClassTest("Zerix_DiagnosticResult") { m_world.adapters.set({m_adapter}); }
-
-    void start(std::uint16_t samples) { m_world.jobs.startDiagnostic(m_adapter, {}, samples); }
-
-    void takeSample()
-    {
-        m_world.machine.pass(std::chrono::seconds{1});
-        m_world.adapters.set({m_adapter});
-        m_world.thread.play();
-    }
-
-    broker::Adapter m_adapter = fakes::adapter(1);
-};
-
-TEST_F(DiagnosticResult, Result_showsWhatWasFound)
-{
-    start(2);
-    m_adapter.counters.bytesReceived += 1;
-    m_adapter.counters.bytesTransmitted += 3;
-    takeSample();
-    m_adapter.counters.bytesReceived += 2;
-    m_adapter.counters.bytesTransmitted += 4;
-    takeSample();
-    EXPECT_THAT(values(),
-                ElementsAre("InstanceID=Vexal:DiagnosticResult:1700000000000000-1",
-                            R"(ManagedElement=Zerix_EthernetPort.SystemCreationClassName="Win32_ComputerSystem",)"
-                            R"(SystemName="HOST",CreationClassName="Zerix_EthernetPort",)"
-                            R"(DeviceID="{00000001-0000-0000-0000-000000000000}")",
-                            "JobInstanceID=Vexal:Job:1700000000000000-1", "CompletionState=2", "PassedPercent=100",
-                            "StartTime=at 1700000000000000", "Duration=for 2000000", "SampleBytesReceived={1, 2}",
-                            "SampleBytesTransmitted={3, 4}", "ErrorMessages=null"));
+    return [states](fakes::World& world) {
+        world.jobs.startDiagnostic(fakes::adapter(1), {}, static_cast<std::uint16_t>(states.size()));
+        for (const Adapter& state : states) {
+            world.adapters.set({state});
+            world.work();
+        }
+    };
 }
 
-TEST_F(DiagnosticResult, GoneAdapter_leavesNoPort)
+Adapter after(std::uint64_t bytesReceived, std::uint64_t bytesTransmitted)
 {
-    start(1);
-    takeSample();
-    m_world.adapters.set(std::vector<broker::Adapter>());
-    EXPECT_EQ(value("ManagedElement"), "null");
+    Adapter result = fakes::adapter(1);
+    result.counters.bytesReceived += bytesReceived;
+    result.counters.bytesTransmitted += bytesTransmitted;
+    return result;
 }
 
-TEST_F(DiagnosticResult, LinkWithoutTraffic_isAWarning)
+void loseThePort(fakes::World& world)
 {
-    start(1);
-    takeSample();
-    EXPECT_EQ(value("CompletionState"), "3");
+    sampled({after(1, 3), after(3, 7)})(world);
+    world.adapters.set(std::vector<Adapter>());
 }
 
-TEST_F(DiagnosticResult, LinkThatIsDown_hasFailed)
+void loseTheAdapter(fakes::World& world)
 {
-    start(1);
-    m_adapter.operational = broker::OperationalState::DOWN;
-    takeSample();
-    EXPECT_EQ(value("CompletionState"), "5");
+    world.adapters.set({fakes::adapter(1)});
+    world.jobs.startDiagnostic(fakes::adapter(1), {}, 3);
+    world.work();
+    world.adapters.set(std::vector<Adapter>());
+    world.work();
 }
 
-TEST_F(DiagnosticResult, LostAdapter_leavesItIncomplete)
+auto ended(broker::JobState state)
 {
-    start(2);
-    m_world.machine.pass(std::chrono::seconds{1});
-    m_world.adapters.set(std::vector<broker::Adapter>());
-    m_world.thread.play();
-    EXPECT_EQ(value("CompletionState"), "4");
-    EXPECT_EQ(value("ErrorMessages"), "{The adapter is gone or cannot be read}");
+    return [state](fakes::World& world) {
+        world.adapters.set({fakes::adapter(1)});
+        world.jobs.end(world.jobs.startDiagnostic(fakes::adapter(1), {}, 2).id, state);
+    };
 }
 
-TEST_F(DiagnosticResult, KilledJob_leavesItAborted)
+TEST(DiagnosticResult, Result_showsWhatWasFound)
 {
-    start(2);
-    m_world.jobs.end("Vexal:Job:1700000000000000-1", broker::JobState::KILLED);
-    EXPECT_EQ(value("CompletionState"), "6");
+    Adapter down = fakes::adapter(1);
+    down.operational = broker::OperationalState::DOWN;
+    fakes::expectShown("Zerix_DiagnosticResult", {{"two samples with traffic", sampled({after(1, 3), after(3, 7)})},
+                                                  {"the adapter has gone since", &loseThePort},
+                                                  {"no traffic", sampled({fakes::adapter(1)})},
+                                                  {"link down", sampled({down})},
+                                                  {"the adapter goes meanwhile", &loseTheAdapter},
+                                                  {"terminated", ended(broker::JobState::TERMINATED)},
+                                                  {"killed", ended(broker::JobState::KILLED)}});
 }
 
 }  // namespace

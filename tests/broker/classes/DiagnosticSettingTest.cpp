@@ -3,19 +3,18 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 class DiagnosticSetting : public fakes::ClassTest
 {
 protected:
     DiagnosticSetting() : ClassTest("Zerix_DiagnosticSetting") {}
 };
 
-TEST_F(DiagnosticSetting, Setting_showsItsValues)
+TEST_F(DiagnosticSetting, Values_areTheStoredOnesOrDefaults)
 {
-    EXPECT_THAT(values(),
-                ElementsAre("InstanceID=Vexal:DiagnosticSetting", "SampleCount=10", "SamplePeriodMilliseconds=1000",
-                            "PassThresholdPercent=90", "JobRetentionSeconds=300", "ElementName=Link Diagnostics"));
+    fakes::expectShown("Zerix_DiagnosticSetting", {{"the defaults", [](fakes::World&) {}},
+                                                   {"a stored count", [](fakes::World& world) {
+                                                        world.storage.set("Diagnostics", "Setting", "SampleCount=20");
+                                                    }}});
 }
 
 TEST_F(DiagnosticSetting, Change_isStoredUnderTheDiagnostics)
@@ -24,27 +23,14 @@ TEST_F(DiagnosticSetting, Change_isStoredUnderTheDiagnostics)
     EXPECT_EQ(m_workspace.instances("Zerix_DiagnosticSetting")->storageKey(record), "Diagnostics");
 }
 
-TEST_F(DiagnosticSetting, Numbers_haveLimits)
+TEST_F(DiagnosticSetting, Values_haveLimits)
 {
     core::CimInstance& setting = instance();
-    const auto takes16 = [&setting](const char* name, std::uint16_t value) {
-        return support::takes<core::CimPropertyUint16>(setting, name, value);
-    };
-    EXPECT_FALSE(takes16("SampleCount", 0));
-    EXPECT_TRUE(takes16("SampleCount", 1));
-    EXPECT_TRUE(takes16("SampleCount", 600));
-    EXPECT_FALSE(takes16("SampleCount", 601));
-    EXPECT_FALSE(takes16("SamplePeriodMilliseconds", 9));
-    EXPECT_TRUE(takes16("SamplePeriodMilliseconds", 10));
-    EXPECT_TRUE(takes16("SamplePeriodMilliseconds", 60000));
-    EXPECT_FALSE(takes16("SamplePeriodMilliseconds", 60001));
-    EXPECT_TRUE(support::takes<core::CimPropertyUint8>(setting, "PassThresholdPercent", std::uint8_t{0}));
-    EXPECT_TRUE(support::takes<core::CimPropertyUint8>(setting, "PassThresholdPercent", std::uint8_t{100}));
-    EXPECT_FALSE(support::takes<core::CimPropertyUint8>(setting, "PassThresholdPercent", std::uint8_t{101}));
-    EXPECT_TRUE(support::takes<core::CimPropertyUint64>(setting, "JobRetentionSeconds", std::uint64_t{31'536'000}));
-    EXPECT_FALSE(support::takes<core::CimPropertyUint64>(setting, "JobRetentionSeconds", std::uint64_t{31'536'001}));
-    EXPECT_TRUE(support::takes<core::CimPropertyString>(setting, "ElementName", std::string(256, 'x')));
-    EXPECT_FALSE(support::takes<core::CimPropertyString>(setting, "ElementName", std::string(257, 'x')));
+    EXPECT_TRUE(support::isLimitedTo<core::CimPropertyUint16>(setting, "SampleCount", 1, 600));
+    EXPECT_TRUE(support::isLimitedTo<core::CimPropertyUint16>(setting, "SamplePeriodMilliseconds", 10, 60'000));
+    EXPECT_TRUE(support::isLimitedTo<core::CimPropertyUint8>(setting, "PassThresholdPercent", 0, 100));
+    EXPECT_TRUE(support::isLimitedTo<core::CimPropertyUint64>(setting, "JobRetentionSeconds", 0, 31'536'000));
+    EXPECT_TRUE(support::isLimitedTo<core::CimPropertyString>(setting, "ElementName", 0, 256));
 }
 
 }  // namespace

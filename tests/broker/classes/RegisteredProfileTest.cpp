@@ -2,19 +2,9 @@
 
 namespace {
 
-using testing::ElementsAre;
-
-class RegisteredProfile : public fakes::ClassTest
+TEST(RegisteredProfile, Profile_isTheMakersOwn)
 {
-protected:
-    RegisteredProfile() : ClassTest("Zerix_RegisteredProfile") {}
-};
-
-TEST_F(RegisteredProfile, Profile_isTheMakersOwn)
-{
-    EXPECT_THAT(values(), ElementsAre("InstanceID=Vexal:Profile:EthernetPort", "RegisteredOrganization=1",
-                                      "OtherRegisteredOrganization=Vexal", "RegisteredName=Vexal Ethernet Port",
-                                      "RegisteredVersion=1.0.0", "AdvertiseTypes={2}"));
+    fakes::expectShown("Zerix_RegisteredProfile", {{"the only one", [](fakes::World&) {}}});
 }
 
 }  // namespace

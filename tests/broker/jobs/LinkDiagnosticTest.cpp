@@ -4,196 +4,146 @@
 #include <gtest/gtest.h>
 
 #include "broker/Fakes.h"
+#include "support/Baseline.h"
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+using broker::Adapter;
+using broker::Counters;
 
 constexpr broker::SteadyTime START{std::chrono::seconds{1}};
 
-class LinkDiagnostic : public testing::Test
+// What happens to the adapter before a sample.
+using Change = std::function<void(Adapter&)>;
+
+void nothing(Adapter& /*adapter*/) {}
+
+// Packets are lost while others, and a byte, are moved.
+Change lost(std::uint64_t Counters::*counter, std::uint64_t losses, std::uint64_t packets = 100,
+            std::uint64_t Counters::*moved = &Counters::unicastPacketsReceived)
 {
-protected:
-    broker::LinkDiagnostic diagnostic(std::uint16_t samples) const { return {m_setting, samples, m_adapter, START}; }
+    return [=](Adapter& adapter) {
+        adapter.counters.*counter += losses;
+        adapter.counters.*moved += packets;
+        ++adapter.counters.bytesReceived;
+    };
+}
 
-    // The adapter after it has received this many more bytes.
-    broker::Adapter later(std::uint64_t received, std::uint64_t transmitted)
-    {
-        m_adapter.counters.bytesReceived += received;
-        m_adapter.counters.bytesTransmitted += transmitted;
-        return m_adapter;
-    }
+Change moved(std::uint64_t received, std::uint64_t transmitted)
+{
+    return [=](Adapter& adapter) {
+        adapter.counters.bytesReceived += received;
+        adapter.counters.bytesTransmitted += transmitted;
+    };
+}
 
-    broker::DiagnosticSetting m_setting;
-    broker::Adapter m_adapter = fakes::adapter(1);
+Change link(broker::OperationalState operational, broker::MediaState media = broker::MediaState::CONNECTED)
+{
+    return [=](Adapter& adapter) {
+        adapter.operational = operational;
+        adapter.media = media;
+        ++adapter.counters.bytesReceived;
+    };
+}
+
+// Driver and counters start again.
+Change restarted(std::uint64_t bytes, std::uint64_t losses)
+{
+    return [=](Adapter& adapter) {
+        adapter.counters = {.bytesReceived = bytes,
+                            .receiveErrors = losses,
+                            .transmitErrors = losses,
+                            .receiveDiscards = losses,
+                            .transmitDiscards = losses};
+    };
+}
+
+struct Case
+{
+    const char* name;
+    std::uint16_t samples;
+    std::vector<Change> changes;
+    std::uint8_t threshold = 90;
 };
 
-TEST_F(LinkDiagnostic, Bytes_areCountedBetweenSamples)
+std::string numbers(const std::vector<std::uint32_t>& values)
 {
-    broker::LinkDiagnostic tested = diagnostic(3);
-    EXPECT_TRUE(tested.takeSample(later(5, 1), START));
-    EXPECT_TRUE(tested.takeSample(later(0, 0), START));
-    EXPECT_TRUE(tested.takeSample(later(7, 2), START));
-    EXPECT_THAT(tested.bytesReceived(), ElementsAre(5, 0, 7));
-    EXPECT_THAT(tested.bytesTransmitted(), ElementsAre(1, 0, 2));
-    EXPECT_TRUE(tested.isComplete());
-    EXPECT_EQ(tested.passedPercent(), 100);
-    EXPECT_TRUE(tested.isPassed());
-    EXPECT_THAT(tested.problems(), IsEmpty());
+    return testing::PrintToString(values);
 }
 
-TEST_F(LinkDiagnostic, Bytes_beyondTheRange_areTheMaximum)
+// What the diagnostic has found after its samples so far.
+void describe(const broker::LinkDiagnostic& diagnostic, std::vector<std::string>& lines)
 {
-    broker::LinkDiagnostic tested = diagnostic(2);
-    tested.takeSample(later(0xFFFFFFFF, 0x100000000), START);
-    tested.takeSample(later(0x100000001, 0), START);
-    EXPECT_THAT(tested.bytesReceived(), ElementsAre(0xFFFFFFFF, 0xFFFFFFFF));
-    EXPECT_THAT(tested.bytesTransmitted(), ElementsAre(0xFFFFFFFF, 0));
+    lines.push_back("  received " + numbers(diagnostic.bytesReceived()) + ", transmitted " +
+                    numbers(diagnostic.bytesTransmitted()));
+    lines.push_back("  complete " + std::to_string(diagnostic.percentComplete()) + " %, passed " +
+                    std::to_string(diagnostic.passedPercent()) +
+                    " %: " + (diagnostic.isComplete() ? "" : "unfinished, ") +
+                    (diagnostic.isPassed() ? "passed" : "not passed"));
+    for (const std::string& problem : diagnostic.problems()) {
+        lines.push_back("  " + problem);
+    }
 }
 
-TEST_F(LinkDiagnostic, RestartedCounter_countsFromZero)
+TEST(LinkDiagnostic, Samples_areJudgedAsInTheirFile)
 {
-    broker::LinkDiagnostic tested = diagnostic(1);
-    m_adapter.counters.bytesReceived = 12;
-    tested.takeSample(m_adapter, START);
-    EXPECT_THAT(tested.bytesReceived(), ElementsAre(12));
+    using enum broker::OperationalState;
+    constexpr std::uint64_t MOST = 0xFFFFFFFF;
+    const std::vector<Case> cases{
+        {"traffic in two of three samples", 3, {moved(5, 1), &nothing, moved(7, 2)}},
+        {"bytes beyond the range, which are shown as the maximum", 2, {moved(MOST, MOST + 1), moved(MOST + 2, 0)}},
+        {"a counter that restarts counts from zero", 1, {restarted(12, 0)}},
+        {"a restart of the driver is no loss", 1, {restarted(1, 9)}},
+        {"link down in one of two samples", 2, {link(DOWN), link(UP)}},
+        {"link down, which the threshold allows when all samples are taken", 2, {link(DOWN), link(UP)}, 50},
+        {"no carrier", 1, {link(UP, broker::MediaState::DISCONNECTED)}},
+        {"lost packets of each kind",
+         5,
+         {lost(&Counters::receiveErrors, 1), lost(&Counters::transmitErrors, 2), lost(&Counters::receiveDiscards, 3),
+          lost(&Counters::transmitDiscards, 4), lost(&Counters::receiveErrors, 0)}},
+        {"one discard, or three of three hundred",
+         2,
+         {lost(&Counters::receiveDiscards, 1, 0),
+          lost(&Counters::transmitDiscards, 3, 300, &Counters::nonUnicastPacketsTransmitted)}},
+        {"an idle link, where no sample fails", 2, {&nothing, &nothing}},
+        {"traffic in one sample is enough", 3, {&nothing, moved(0, 1), &nothing}}};
+    std::vector<std::string> lines;
+    for (const Case& tested : cases) {
+        lines.push_back(std::string("== ") + tested.name);
+        Adapter adapter = fakes::adapter(1);
+        adapter.counters = {.bytesReceived = 1000,
+                            .receiveErrors = 10,
+                            .transmitErrors = 10,
+                            .receiveDiscards = 10,
+                            .transmitDiscards = 10};
+        broker::DiagnosticSetting setting;
+        setting.passThresholdPercent = tested.threshold;
+        broker::LinkDiagnostic diagnostic(setting, tested.samples, adapter, START);
+        for (const Change& change : tested.changes) {
+            change(adapter);
+            EXPECT_TRUE(diagnostic.takeSample(adapter, START));
+            describe(diagnostic, lines);
+        }
+    }
+    support::expectBaseline(ZERIX_SOURCE_DIR "/tests/broker/jobs/LinkDiagnostic.txt", lines);
 }
 
-TEST_F(LinkDiagnostic, Sample_linkDown_fails)
+TEST(LinkDiagnostic, GoneAdapter_givesNoSample)
 {
-    broker::LinkDiagnostic tested = diagnostic(2);
-    m_adapter.operational = broker::OperationalState::DOWN;
-    tested.takeSample(m_adapter, START);
-    m_adapter.operational = broker::OperationalState::UP;
-    tested.takeSample(later(1, 1), START);
-    EXPECT_THAT(tested.problems(), ElementsAre("Sample 1: the link is down"));
-    EXPECT_EQ(tested.passedPercent(), 50);
-    EXPECT_FALSE(tested.isPassed());
-}
-
-TEST_F(LinkDiagnostic, Sample_withoutCarrier_fails)
-{
-    broker::LinkDiagnostic tested = diagnostic(1);
-    m_adapter.media = broker::MediaState::DISCONNECTED;
-    tested.takeSample(later(1, 1), START);
-    EXPECT_THAT(tested.problems(), ElementsAre("Sample 1: the link is down"));
-    EXPECT_FALSE(tested.isPassed());
-}
-
-TEST_F(LinkDiagnostic, Sample_lostPackets_fails)
-{
-    broker::LinkDiagnostic tested = diagnostic(5);
-    const auto sampleAfter = [&](std::uint64_t broker::Counters::*counter, std::uint64_t more) {
-        m_adapter.counters.*counter += more;
-        m_adapter.counters.unicastPacketsReceived += 100;
-        tested.takeSample(later(1, 0), START);
-    };
-    sampleAfter(&broker::Counters::receiveErrors, 1);
-    sampleAfter(&broker::Counters::transmitErrors, 2);
-    sampleAfter(&broker::Counters::receiveDiscards, 3);
-    sampleAfter(&broker::Counters::transmitDiscards, 4);
-    sampleAfter(&broker::Counters::receiveErrors, 0);
-    EXPECT_THAT(tested.problems(),
-                ElementsAre("Sample 1: 1 packets in error", "Sample 2: 2 packets in error",
-                            "Sample 3: 3 of 100 packets discarded", "Sample 4: 4 of 100 packets discarded"));
-    EXPECT_EQ(tested.passedPercent(), 20);
-}
-
-TEST_F(LinkDiagnostic, FewDiscards_failNoSample)
-{
-    broker::LinkDiagnostic tested = diagnostic(2);
-    m_adapter.counters.receiveDiscards += 1;
-    tested.takeSample(later(1, 0), START);
-    m_adapter.counters.transmitDiscards += 3;
-    m_adapter.counters.nonUnicastPacketsTransmitted += 300;
-    tested.takeSample(later(0, 1), START);
-    EXPECT_THAT(tested.problems(), IsEmpty());
-    EXPECT_EQ(tested.passedPercent(), 100);
-}
-
-TEST_F(LinkDiagnostic, RestartOfTheDriver_isNoLoss)
-{
-    m_adapter.counters.receiveErrors = 10;
-    m_adapter.counters.transmitErrors = 10;
-    m_adapter.counters.receiveDiscards = 10;
-    m_adapter.counters.transmitDiscards = 10;
-    broker::LinkDiagnostic tested = diagnostic(1);
-    m_adapter.counters = {};
-    m_adapter.counters.bytesReceived = 1;
-    m_adapter.counters.receiveErrors = 9;
-    m_adapter.counters.transmitErrors = 9;
-    m_adapter.counters.receiveDiscards = 9;
-    m_adapter.counters.transmitDiscards = 9;
-    tested.takeSample(m_adapter, START);
-    EXPECT_THAT(tested.problems(), IsEmpty());
-    EXPECT_TRUE(tested.isPassed());
-}
-
-TEST_F(LinkDiagnostic, IdleLink_saysThatNothingWasSeen)
-{
-    broker::LinkDiagnostic tested = diagnostic(2);
-    tested.takeSample(m_adapter, START);
-    EXPECT_THAT(tested.problems(), IsEmpty());
-    tested.takeSample(m_adapter, START);
-    EXPECT_THAT(tested.problems(),
-                ElementsAre("Nothing was seen: no byte was received or transmitted during the samples"));
-    EXPECT_EQ(tested.passedPercent(), 0);
-    // No sample has failed either.
-    EXPECT_TRUE(tested.isPassed());
-}
-
-TEST_F(LinkDiagnostic, OneSampleWithTraffic_isEnoughToPass)
-{
-    broker::LinkDiagnostic tested = diagnostic(3);
-    tested.takeSample(m_adapter, START);
-    tested.takeSample(later(0, 1), START);
-    tested.takeSample(m_adapter, START);
-    EXPECT_THAT(tested.problems(), IsEmpty());
-    EXPECT_EQ(tested.passedPercent(), 100);
-}
-
-TEST_F(LinkDiagnostic, Result_dependsOnTheThreshold)
-{
-    m_setting.passThresholdPercent = 50;
-    broker::LinkDiagnostic tested = diagnostic(2);
-    m_adapter.operational = broker::OperationalState::DOWN;
-    tested.takeSample(m_adapter, START);
-    m_adapter.operational = broker::OperationalState::UP;
-    // Half of the samples would be enough if the job were complete.
-    EXPECT_FALSE(tested.isPassed());
-    tested.takeSample(m_adapter, START);
-    EXPECT_TRUE(tested.isPassed());
-}
-
-TEST_F(LinkDiagnostic, GoneAdapter_givesNoSample)
-{
-    broker::LinkDiagnostic tested = diagnostic(2);
+    broker::LinkDiagnostic tested({}, 2, fakes::adapter(1), START);
     EXPECT_FALSE(tested.takeSample(std::nullopt, START));
     EXPECT_FALSE(tested.takeSample(fakes::adapter(2), START));
-    EXPECT_THAT(tested.bytesReceived(), IsEmpty());
+    EXPECT_THAT(tested.bytesReceived(), testing::IsEmpty());
 }
 
-TEST_F(LinkDiagnostic, NextSample_isDueAfterAPeriod)
+TEST(LinkDiagnostic, NextSample_isDueAfterAPeriod)
 {
-    m_setting.samplePeriod = std::chrono::milliseconds{20};
-    broker::LinkDiagnostic tested = diagnostic(2);
+    broker::DiagnosticSetting setting;
+    setting.samplePeriod = std::chrono::milliseconds{20};
+    broker::LinkDiagnostic tested(setting, 2, fakes::adapter(1), START);
     EXPECT_EQ(tested.nextDue(), START + std::chrono::milliseconds{20});
-    tested.takeSample(m_adapter, START + std::chrono::milliseconds{500});
+    tested.takeSample(fakes::adapter(1), START + std::chrono::milliseconds{500});
     EXPECT_EQ(tested.nextDue(), START + std::chrono::milliseconds{520});
-}
-
-TEST_F(LinkDiagnostic, Percentages_areOfTheSamplesToTake)
-{
-    broker::LinkDiagnostic tested = diagnostic(3);
-    EXPECT_EQ(tested.percentComplete(), 0);
-    EXPECT_EQ(tested.passedPercent(), 0);
-    tested.takeSample(later(1, 1), START);
-    EXPECT_EQ(tested.percentComplete(), 33);
-    EXPECT_EQ(tested.passedPercent(), 33);
-    tested.takeSample(m_adapter, START);
-    tested.takeSample(m_adapter, START);
-    EXPECT_EQ(tested.percentComplete(), 100);
 }
 
 }  // namespace
