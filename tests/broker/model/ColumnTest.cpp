@@ -38,26 +38,6 @@ std::string refreshed(const AnyColumn& column, const Row& row, const Row* later 
     return support::valueText(*property);
 }
 
-TEST(Column, Property_hasTheTypeThatIsRead)
-{
-    const auto typeOf = [](const broker::Column<Row>& column) { return column.make(column.name)->getType(); };
-    EXPECT_EQ(typeOf(broker::column<&Row::small>("a")), core::CimProperty::EPT_UINT8);
-    EXPECT_EQ(typeOf(broker::column<&Row::big>("b")), core::CimProperty::EPT_UINT64);
-    EXPECT_EQ(typeOf(broker::column<&Row::texts>("c")), core::CimProperty::EPT_STRING_ARR);
-    EXPECT_EQ(typeOf(broker::column<&Row::numbers>("d")), core::CimProperty::EPT_UINT16_ARR);
-    EXPECT_EQ(typeOf(broker::column<&Row::other>("e")), core::CimProperty::EPT_REF);
-    EXPECT_EQ(typeOf(broker::column<&doubled>("f")), core::CimProperty::EPT_UINT32);
-}
-
-TEST(Column, Property_startsNullAndAlone)
-{
-    const auto column = broker::column<&Row::small>("Name");
-    const std::unique_ptr<core::CimProperty> property = column.make(column.name);
-    EXPECT_EQ(property->getName(), "Name");
-    EXPECT_EQ(property->getOwner(), nullptr);
-    EXPECT_TRUE(property->isNull());
-}
-
 TEST(Column, Members_andFunctions_areRead)
 {
     EXPECT_EQ(refreshed(broker::column<&Row::small>("a"), Row{}), "1");
@@ -107,17 +87,6 @@ TEST(Column, NoInstance_isANullReference)
     const Row without;
     EXPECT_EQ(refreshed(broker::column<&Row::other>("a"), with), "Other.Id=3");
     EXPECT_EQ(refreshed(broker::column<&Row::other>("a"), with, &without), "null");
-}
-
-TEST(Column, KeyAndWritable_areTheGivenFlags)
-{
-    static constexpr auto limit = [](core::CimProperty& /*property*/) {};
-    EXPECT_TRUE(broker::key<&Row::small>("a").isKey);
-    EXPECT_EQ(broker::key<&Row::small>("a").rule, broker::PutRule::READ_ONLY);
-    EXPECT_FALSE(broker::writable<&Row::small>("a", limit).isKey);
-    EXPECT_EQ(broker::writable<&Row::small>("a", limit).rule, broker::PutRule::WRITABLE);
-    EXPECT_NE(broker::writable<&Row::small>("a", limit).limit, nullptr);
-    EXPECT_EQ(broker::column<&Row::small>("a").limit, nullptr);
 }
 
 }  // namespace

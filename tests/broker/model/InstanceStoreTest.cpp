@@ -78,11 +78,6 @@ protected:
         return result;
     }
 
-    const broker::InstanceStore::Record* find(const std::string& path)
-    {
-        return m_store.find(core::CimPath(path), m_resolver);
-    }
-
     broker::DescribedStore<Row> m_store{description};
     core::CimInstance m_other{"Other"};
     core::CimInstance m_third{"Other"};
@@ -202,22 +197,6 @@ TEST_F(InstanceStoreTest, InstancesAreMadeAndShown_withoutALock)
     EXPECT_EQ(support::locksTakenBy([this] { m_store.show({{"a", 1}, {"b", 2}}); }), 0U);
 }
 
-TEST_F(InstanceStoreTest, Find_takesKeysInAnyOrderAndCase)
-{
-    m_store.show({{"a", 1, &m_other}, {"b", 2, &m_other}});
-    m_resolver.instances["Other.Id=1"] = &m_other;
-    EXPECT_EQ(find("Class.Id=\"b\",Number=2,Other=\"Other.Id=1\""), &m_store.records()[1]);
-    EXPECT_EQ(find("Class.OTHER=\"Other.Id=1\",number=2,iD=\"b\""), &m_store.records()[1]);
-}
-
-TEST_F(InstanceStoreTest, Find_otherCaseInAValue_findsNothing)
-{
-    m_store.show({{"a", 1, &m_other}});
-    m_resolver.instances["Other.Id=1"] = &m_other;
-    EXPECT_EQ(find("Class.Id=\"A\",Number=1,Other=\"Other.Id=1\""), nullptr);
-    EXPECT_EQ(find("Class.Id=\"a\",Number=01,Other=\"Other.Id=1\""), nullptr);
-}
-
 TEST_F(InstanceStoreTest, KeyWithoutCase_matchesInAnyCase)
 {
     const broker::ClassDescription<Row> named{.name = "Class", .columns = namedColumns, .id = &id, .rows = &rows};
@@ -228,39 +207,49 @@ TEST_F(InstanceStoreTest, KeyWithoutCase_matchesInAnyCase)
     EXPECT_EQ(store.find(core::CimPath("Class.Id=\"Host-\""), m_resolver), nullptr);
 }
 
-TEST_F(InstanceStoreTest, Find_needsEachKeyAndNoOther)
+// A path after the class's name, and the id of the instance that it names.
+struct Path
 {
-    m_store.show({{"a", 1, &m_other}});
-    m_resolver.instances["Other.Id=1"] = &m_other;
-    EXPECT_EQ(find("Class.Id=\"a\",Number=1"), nullptr);
-    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"Other.Id=1\",Value=10"), nullptr);
-    EXPECT_EQ(find("Class.Id=\"a\",ID=\"a\",Number=1,Other=\"Other.Id=1\""), nullptr);
-    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Another=\"Other.Id=1\""), nullptr);
+    const char* name;
+    const char* keys;
+    const char* id;
+};
+
+constexpr std::array PATHS{
+    Path{"InOrder", R"(Id="b",Number=2,Other="one way")", "b"},
+    Path{"InAnotherOrderAndCase", R"(OTHER="one way",number=2,iD="b")", "b"},
+    Path{"ByAnotherWayToItsReference", R"(Id="b",Number=2,Other="another way")", "b"},
+    Path{"WithAValueInAnotherCase", R"(Id="B",Number=2,Other="one way")", nullptr},
+    Path{"WithAnotherFormOfANumber", R"(Id="b",Number=02,Other="one way")", nullptr},
+    Path{"WithoutAKey", R"(Id="b",Number=2)", nullptr},
+    Path{"WithAPropertyThatIsNoKey", R"(Id="b",Number=2,Other="one way",Value=20)", nullptr},
+    Path{"WithAKeyTwice", R"(Id="b",ID="b",Number=2,Other="one way")", nullptr},
+    Path{"WithAnUnknownKey", R"(Id="b",Number=2,Another="one way")", nullptr},
+    Path{"ToAnotherReference", R"(Id="b",Number=2,Other="elsewhere")", nullptr},
+    Path{"ToNoReference", R"(Id="b",Number=2,Other="nowhere")", nullptr},
+    Path{"OfANullReference", R"(Id="c",Number=3,Other="nowhere")", nullptr},
+};
+
+class InstanceStoreFind : public InstanceStoreTest, public testing::WithParamInterface<Path>
+{
+};
+
+TEST_P(InstanceStoreFind, Path_namesOneInstanceOrNone)
+{
+    m_store.show({{"a", 1, &m_other}, {"b", 2, &m_other}, {"c", 3, nullptr}});
+    m_resolver.instances = {{"one way", &m_other}, {"another way", &m_other}, {"elsewhere", &m_third}};
+    const auto* found = m_store.find(core::CimPath(std::string("Class.") + GetParam().keys), m_resolver);
+    EXPECT_EQ(found == nullptr ? "none" : found->id, GetParam().id == nullptr ? "none" : GetParam().id);
 }
 
-TEST_F(InstanceStoreTest, Find_comparesWhatReferencesPointTo)
-{
-    m_store.show({{"a", 1, &m_other}});
-    m_resolver.instances["one way"] = &m_other;
-    m_resolver.instances["another way"] = &m_other;
-    m_resolver.instances["elsewhere"] = &m_third;
-    EXPECT_NE(find("Class.Id=\"a\",Number=1,Other=\"one way\""), nullptr);
-    EXPECT_NE(find("Class.Id=\"a\",Number=1,Other=\"another way\""), nullptr);
-    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"elsewhere\""), nullptr);
-    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"nowhere\""), nullptr);
-}
-
-TEST_F(InstanceStoreTest, Find_referenceToNothing_findsNothing)
-{
-    m_store.show({{"a", 1, nullptr}});
-    EXPECT_EQ(find("Class.Id=\"a\",Number=1,Other=\"nowhere\""), nullptr);
-}
+INSTANTIATE_TEST_SUITE_P(Paths, InstanceStoreFind, testing::ValuesIn(PATHS),
+                         [](const auto& row) { return row.param.name; });
 
 TEST_F(InstanceStoreTest, Find_resolvesAReferenceOnce)
 {
     m_store.show({{"a", 1, &m_third}, {"a", 1, &m_third}, {"a", 1, &m_third}});
     m_resolver.instances["it"] = &m_other;
-    find("Class.Id=\"a\",Number=1,Other=\"it\"");
+    m_store.find(core::CimPath("Class.Id=\"a\",Number=1,Other=\"it\""), m_resolver);
     EXPECT_EQ(m_resolver.calls, 1);
 }
 

@@ -112,6 +112,11 @@ protected:
         return modify();
     }
 
+    bool holdSame(const core::CimProperty& left, const core::CimProperty& right)
+    {
+        return broker::holdSame(left, right, *this);
+    }
+
     core::CimInstance* resolve(const std::string& path) override
     {
         return path == "the other" ? &m_other : path == "another" ? &m_another : nullptr;
@@ -250,67 +255,59 @@ TEST_F(Modification, FailedStore_changesNothing)
     EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Setting Key of x could not be stored: access denied");
 }
 
+// A property with the value, or with null.
+template <class Property>
+struct Made : Property
+{
+    template <class... Value>
+    explicit Made(Value... value) : Property("Any")
+    {
+        (this->setValue(value), ...);
+    }
+};
+
 TEST_F(Modification, NullAndEmptyTexts_areTheSame)
 {
-    core::CimPropertyString_arr null("Texts");
-    core::CimPropertyString_arr empty("Texts");
-    empty.clear();
-    core::CimPropertyString_arr full("Texts");
-    full.setValue({""});
-    EXPECT_TRUE(broker::holdSame(null, empty, *this));
-    EXPECT_TRUE(broker::holdSame(empty, null, *this));
-    EXPECT_TRUE(broker::holdSame(null, null, *this));
-    EXPECT_FALSE(broker::holdSame(null, full, *this));
-    EXPECT_FALSE(broker::holdSame(full, empty, *this));
-    core::CimPropertyUint16_arr noNumbers("Texts");
-    EXPECT_FALSE(broker::holdSame(null, noNumbers, *this));
+    using Texts = core::CimPropertyString_arr;
+    const std::vector<std::string> none;
+    const std::vector<std::string> one{""};
+    EXPECT_TRUE(holdSame(Made<Texts>(), Made<Texts>(none)));
+    EXPECT_TRUE(holdSame(Made<Texts>(none), Made<Texts>()));
+    EXPECT_TRUE(holdSame(Made<Texts>(), Made<Texts>()));
+    EXPECT_FALSE(holdSame(Made<Texts>(), Made<Texts>(one)));
+    EXPECT_FALSE(holdSame(Made<Texts>(one), Made<Texts>(none)));
+    EXPECT_FALSE(holdSame(Made<Texts>(), Made<core::CimPropertyUint16_arr>()));
 }
 
 TEST_F(Modification, NullAndEmptyNumbers_differ)
 {
-    core::CimPropertyUint16_arr null("Numbers");
-    core::CimPropertyUint16_arr empty("Numbers");
-    empty.clear();
-    EXPECT_FALSE(broker::holdSame(null, empty, *this));
+    using Numbers = core::CimPropertyUint16_arr;
+    EXPECT_FALSE(holdSame(Made<Numbers>(), Made<Numbers>(std::vector<std::uint16_t>())));
 }
 
 TEST_F(Modification, Nulls_ofTwoTypes_differ)
 {
-    EXPECT_FALSE(broker::holdSame(core::CimPropertyUint8("A"), core::CimPropertyUint16("A"), *this));
-    EXPECT_TRUE(broker::holdSame(core::CimPropertyUint8("A"), core::CimPropertyUint8("A"), *this));
+    EXPECT_FALSE(holdSame(Made<core::CimPropertyUint8>(), Made<core::CimPropertyUint16>()));
+    EXPECT_TRUE(holdSame(Made<core::CimPropertyUint8>(), Made<core::CimPropertyUint8>()));
 }
 
 TEST_F(Modification, Datetimes_areComparedToTheSecond)
 {
-    const auto same = [this](utils::Time left, utils::Time right) {
-        core::CimPropertyDatetime a("Time");
-        core::CimPropertyDatetime b("Time");
-        a.setValue(left);
-        b.setValue(right);
-        return broker::holdSame(a, b, *this);
-    };
-    EXPECT_TRUE(same(utils::Time::timestamp(5'000'000), utils::Time::timestamp(5'999'999)));
-    EXPECT_FALSE(same(utils::Time::timestamp(5'000'000), utils::Time::timestamp(6'000'000)));
-    EXPECT_FALSE(same(utils::Time::timestamp(5'000'000), utils::Time::period(5'000'000)));
+    const auto five = Made<core::CimPropertyDatetime>(utils::Time::timestamp(5'000'000));
+    EXPECT_TRUE(holdSame(five, Made<core::CimPropertyDatetime>(utils::Time::timestamp(5'999'999))));
+    EXPECT_FALSE(holdSame(five, Made<core::CimPropertyDatetime>(utils::Time::timestamp(6'000'000))));
+    EXPECT_FALSE(holdSame(five, Made<core::CimPropertyDatetime>(utils::Time::period(5'000'000))));
 }
 
 TEST_F(Modification, References_areComparedByTheirTargets)
 {
-    core::CimPropertyRef property("Other");
-    property.setValue(&m_other);
-    const auto sameAs = [&](const std::string& path) {
-        core::CimPropertyRef value("Other");
-        value.setValue(path);
-        return broker::holdSame(property, value, *this);
-    };
-    EXPECT_TRUE(sameAs("the other"));
-    EXPECT_FALSE(sameAs("another"));
-    EXPECT_FALSE(sameAs("nothing"));
-    core::CimPropertyRef toNothing("Other");
-    toNothing.setValue(static_cast<core::CimInstance*>(nullptr));
-    core::CimPropertyRef nowhere("Other");
-    nowhere.setValue(std::string("nothing"));
-    EXPECT_FALSE(broker::holdSame(toNothing, nowhere, *this));
+    using Reference = core::CimPropertyRef;
+    const auto toOther = Made<Reference>(&m_other);
+    EXPECT_TRUE(holdSame(toOther, Made<Reference>(std::string("the other"))));
+    EXPECT_FALSE(holdSame(toOther, Made<Reference>(std::string("another"))));
+    EXPECT_FALSE(holdSame(toOther, Made<Reference>(std::string("nothing"))));
+    const auto toNothing = Made<Reference>(static_cast<core::CimInstance*>(nullptr));
+    EXPECT_FALSE(holdSame(toNothing, Made<Reference>(std::string("nothing"))));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "Utils/Exception.h"
 #include "broker/Fakes.h"
 #include "support/LogCapture.h"
+#include "support/Thrown.h"
 
 namespace {
 
@@ -33,15 +34,9 @@ TEST(SettingsStoreMade, MayThrow)
 
 TEST_F(SettingsStore, MissingValue_isTheDefault)
 {
-    const broker::AdapterSetting adapter = m_store.adapterSetting("{G}");
-    EXPECT_EQ(adapter.elementName, std::nullopt);
-    EXPECT_EQ(adapter.tag, std::nullopt);
-    const broker::DiagnosticSetting diagnostic = m_store.diagnosticSetting();
-    EXPECT_EQ(diagnostic.sampleCount, 10);
-    EXPECT_EQ(diagnostic.samplePeriod, std::chrono::milliseconds{1000});
-    EXPECT_EQ(diagnostic.passThresholdPercent, 90);
-    EXPECT_EQ(diagnostic.jobRetention, std::chrono::seconds{300});
-    EXPECT_EQ(diagnostic.elementName, "Link Diagnostics");
+    EXPECT_EQ(m_store.adapterSetting("{G}").elementName, std::nullopt);
+    EXPECT_EQ(m_store.adapterSetting("{G}").tag, std::nullopt);
+    EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 10);
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
 
@@ -150,19 +145,11 @@ TEST_F(SettingsStore, FailedWrite_changesNothing)
     m_storage.set("K", "Setting", "A=old");
     m_storage.firstFailing = 1;
     m_storage.lastFailing = 2;
-    try {
-        m_store.write("K", {{"A", "1"}});
-        FAIL();
-    } catch (const utils::EFailed& exception) {
-        EXPECT_STREQ(exception.what(), "DRAVEv2: Setting K could not be stored");
-    }
+    const auto write = [this] { m_store.write("K", {{"A", "1"}}); };
+    EXPECT_EQ(support::thrownBy<utils::EFailed>(write), "DRAVEv2: Setting K could not be stored");
     m_storage.failure = broker::StoreResult::ACCESS_DENIED;
-    try {
-        m_store.write("K", {{"A", "1"}});
-        FAIL();
-    } catch (const utils::EForbidden& exception) {
-        EXPECT_STREQ(exception.what(), "DRAVEv2: EForbidden:Setting K could not be stored: access denied");
-    }
+    EXPECT_EQ(support::thrownBy<utils::EForbidden>(write),
+              "DRAVEv2: EForbidden:Setting K could not be stored: access denied");
     EXPECT_THAT(m_storage.values("K"), ElementsAre("Setting=A=old"));
 }
 
