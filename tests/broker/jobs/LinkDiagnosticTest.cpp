@@ -95,7 +95,7 @@ TEST(LinkDiagnostic, Samples_areJudgedAsInTheirFile)
         {"a counter that restarts counts from zero", 1, {restarted(12, 0)}},
         {"a restart of the driver is no loss", 1, {restarted(1, 9)}},
         {"link down in one of two samples", 2, {link(DOWN), link(UP)}},
-        {"link down, which the threshold allows when all samples are taken", 2, {link(DOWN), link(UP)}, 50},
+        {"link down, which the threshold allows when all samples are taken", 2, {link(UP), link(DOWN)}, 50},
         {"no carrier", 1, {link(UP, broker::MediaState::DISCONNECTED)}},
         {"lost packets of each kind",
          5,

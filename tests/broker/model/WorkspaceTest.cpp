@@ -269,14 +269,16 @@ TEST_F(Workspace, Begin_afterAGet_keepsWhatItRefersTo)
     }
 }
 
-TEST_F(Workspace, ListAfterAGet_hasEveryValue)
+TEST_F(Workspace, GetOrList_afterAGet_hasEveryValue)
 {
-    const std::string path = pathOf("Zerix_EthernetPort", 0);
+    const std::string first = pathOf("Zerix_EthernetPort", 0);
+    const std::string second = pathOf("Zerix_EthernetPort", 1);
     broker::Adapter changed = fakes::adapter(2);
     changed.mtu = 9000;
     m_adapters.set({fakes::adapter(1), changed});
     m_workspace.begin("Zerix_EthernetPort");
-    EXPECT_NE(find(path), nullptr);
+    EXPECT_NE(find(first), nullptr);
+    EXPECT_EQ(support::value(*find(second), "ActiveMaximumTransmissionUnit"), "9000");
     EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ActiveMaximumTransmissionUnit"), ElementsAre("1500", "9000"));
 }
 
