@@ -64,11 +64,17 @@ private:
     HMODULE m_module;
 };
 
+// The path of the first instance.
+inline std::string firstPath(const Library& library, const char* className)
+{
+    auto listed = library.broker()->getInstances(className);
+    return listed.getIterator().next()->toPathString();
+}
+
 // Returns the path of a running diagnostic of the machine's first port, or an empty text when the port is busy.
 inline std::string startDiagnostic(const Library& library, std::uint16_t samples)
 {
-    auto ports = library.broker()->getInstances("Zerix_EthernetPort");
-    core::CimPath port(ports.getIterator().next()->toPathString());
+    core::CimPath port(firstPath(library, "Zerix_EthernetPort"));
     core::CimPropertyList in;
     core::CimPropertyUint16 count("SampleCount");
     in.add(&count);
@@ -79,14 +85,23 @@ inline std::string startDiagnostic(const Library& library, std::uint16_t samples
     return job == nullptr ? std::string() : job->toPathString();
 }
 
+// Changes one property of an instance.
+template <class Property, class Value>
+void change(const Library& library, const std::string& path, const char* name, const Value& value)
+{
+    core::CimPath parsed(path);
+    core::CimPropertyList values;
+    Property property(name);
+    property.setValue(value);
+    values.add(&property);
+    library.broker()->modifyInstance(parsed, values);
+}
+
+inline constexpr const char* DIAGNOSTICS = "Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"";
+
 inline void setSamplePeriod(const Library& library, std::uint16_t milliseconds)
 {
-    core::CimPath path("Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"");
-    core::CimPropertyList values;
-    core::CimPropertyUint16 period("SamplePeriodMilliseconds");
-    values.add(&period);
-    period.setValue(milliseconds);
-    library.broker()->modifyInstance(path, values);
+    change<core::CimPropertyUint16>(library, DIAGNOSTICS, "SamplePeriodMilliseconds", milliseconds);
 }
 
 }  // namespace support

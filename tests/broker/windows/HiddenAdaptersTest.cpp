@@ -5,9 +5,9 @@
 #include <string>
 
 #include "broker/windows/PlatformAdapters.h"
-#include "support/ImportHook.h"
 #include "support/LogCapture.h"
 #include "support/PrivateRegistry.h"
+#include "support/Refusal.h"
 
 namespace {
 
@@ -108,29 +108,14 @@ TEST_F(HiddenAdapters, KeyThatIsRefused_isPassedOver)
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
 
-LSTATUS WINAPI refuseNames(HKEY /*key*/, DWORD /*index*/, LPSTR /*name*/, LPDWORD /*length*/, LPDWORD /*reserved*/,
-                           LPSTR /*className*/, LPDWORD /*classLength*/, PFILETIME /*time*/)
-{
-    return ERROR_ACCESS_DENIED;
-}
-
-TEST_F(HiddenAdapters, NamesThatAreRefused_endTheList)
+TEST_F(HiddenAdapters, NamesOrValues_thatAreRefused_hideNone)
 {
     add("0000", MINIPORT_FLAGS, MINIPORT);
-    const support::ImportHook hook("RegEnumKeyExA", &refuseNames);
-    EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
-}
-
-LSTATUS WINAPI refuseValues(HKEY /*key*/, LPCSTR /*name*/, LPDWORD /*reserved*/, LPDWORD /*type*/, LPBYTE /*data*/,
-                            LPDWORD /*size*/)
-{
-    return ERROR_ACCESS_DENIED;
-}
-
-TEST_F(HiddenAdapters, ValuesThatAreRefused_hideNone)
-{
-    add("0000", MINIPORT_FLAGS, MINIPORT);
-    const support::ImportHook hook("RegQueryValueExA", &refuseValues);
+    {
+        const support::Refusal<decltype(&RegEnumKeyExA), ERROR_ACCESS_DENIED> refused("RegEnumKeyExA");
+        EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
+    }
+    const support::Refusal<decltype(&RegQueryValueExA), ERROR_ACCESS_DENIED> refused("RegQueryValueExA");
     EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
 }
 

@@ -1,23 +1,13 @@
-#include <winsock2.h>
-#include <ws2tcpip.h>
-
-#include "Os/Windows/Platform.h"
-
-#include <iphlpapi.h>
-#include <netioapi.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
-#include <cstddef>
 #include <cstring>
 
 #include "Utils/Exception.h"
+#include "broker/windows/FakeTables.h"
 #include "broker/windows/PlatformAdapters.h"
-#include "support/ImportHook.h"
 #include "support/LogCapture.h"
+#include "support/Refusal.h"
 
 namespace {
 
@@ -39,8 +29,6 @@ struct Platform
     ULONG addressesStatus = NO_ERROR;
 
     std::array<MIB_IPINTERFACE_ROW, 3> families{};
-    ULONG familiesStatus = NO_ERROR;
-    int tablesFreed = 0;
 
     std::array<IP_ADAPTER_INFO, 2> infos{};
     ULONG infoStatus = NO_ERROR;
@@ -58,23 +46,8 @@ ULONG WINAPI fakeAddresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/
 
 NETIO_STATUS WINAPI fakeFamilies(ADDRESS_FAMILY /*family*/, PMIB_IPINTERFACE_TABLE* table)
 {
-    const std::size_t size = offsetof(MIB_IPINTERFACE_TABLE, Table) + sizeof(platform.families);
-    auto* made = static_cast<MIB_IPINTERFACE_TABLE*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size));
-    made->NumEntries = static_cast<ULONG>(platform.families.size());
-    std::copy(platform.families.begin(), platform.families.end(), made->Table);
-    *table = made;
-    return platform.familiesStatus;
-}
-
-NETIO_STATUS WINAPI refuseFamilies(ADDRESS_FAMILY /*family*/, PMIB_IPINTERFACE_TABLE* /*table*/)
-{
-    return platform.familiesStatus;
-}
-
-void WINAPI countingFree(PVOID memory)
-{
-    ++platform.tablesFreed;
-    HeapFree(GetProcessHeap(), 0, memory);
+    *table = fakes::makeTable<MIB_IPINTERFACE_TABLE>(platform.families);
+    return NO_ERROR;
 }
 
 ULONG WINAPI fakeInfo(PIP_ADAPTER_INFO buffer, PULONG size)
@@ -93,15 +66,8 @@ ULONG WINAPI fakeInfo(PIP_ADAPTER_INFO buffer, PULONG size)
 
 SOCKADDR* address(std::size_t which, const char* text)
 {
-    sockaddr_in6& socket = platform.sockets.at(which);
-    auto& ipv4 = reinterpret_cast<sockaddr_in&>(socket);
-    if (inet_pton(AF_INET, text, &ipv4.sin_addr) == 1) {
-        ipv4.sin_family = AF_INET;
-    } else {
-        inet_pton(AF_INET6, text, &socket.sin6_addr);
-        socket.sin6_family = AF_INET6;
-    }
-    return reinterpret_cast<SOCKADDR*>(&socket);
+    platform.sockets.at(which) = fakes::socketOf(text);
+    return reinterpret_cast<SOCKADDR*>(&platform.sockets.at(which));
 }
 
 class IpConfigurations : public testing::Test
@@ -129,7 +95,7 @@ protected:
     support::LogCapture m_log{1};
     support::ImportHook m_addresses{"GetAdaptersAddresses", &fakeAddresses};
     support::ImportHook m_families{"GetIpInterfaceTable", &fakeFamilies};
-    support::ImportHook m_free{"FreeMibTable", &countingFree};
+    fakes::TablesFreed m_freed;
     support::ImportHook m_info{"GetAdaptersInfo", &fakeInfo};
     broker::PlatformAdapters m_source;
 };
@@ -174,13 +140,12 @@ TEST_F(IpConfigurations, Families_haveTheirOwnRows)
     EXPECT_EQ(read.ipv4.mtu, 1500U);
     EXPECT_EQ(read.ipv6.metric, 35U);
     EXPECT_EQ(read.ipv6.mtu, 1280U);
-    EXPECT_EQ(platform.tablesFreed, 1);
+    EXPECT_EQ(m_freed.count(), 1);
 }
 
 TEST_F(IpConfigurations, PlatformWithoutFamilies_leavesThemOpen)
 {
-    platform.familiesStatus = ERROR_NOT_SUPPORTED;
-    const support::ImportHook hook("GetIpInterfaceTable", &refuseFamilies);
+    const support::Refusal<decltype(&GetIpInterfaceTable), ERROR_NOT_SUPPORTED> refused("GetIpInterfaceTable");
     const broker::IpConfiguration read = this->read();
     EXPECT_EQ(read.ipv4.metric, std::nullopt);
     EXPECT_EQ(read.ipv6.mtu, std::nullopt);
@@ -232,8 +197,7 @@ TEST_F(IpConfigurations, RefusedAddresses_areAFailure)
 
 TEST_F(IpConfigurations, RefusedFamilies_areAFailure)
 {
-    platform.familiesStatus = ERROR_ACCESS_DENIED;
-    const support::ImportHook hook("GetIpInterfaceTable", &refuseFamilies);
+    const support::Refusal<decltype(&GetIpInterfaceTable), ERROR_ACCESS_DENIED> refused("GetIpInterfaceTable");
     EXPECT_THROW(m_source.readIpConfigurations(), utils::EFailed);
     EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: GetIpInterfaceTable error 5\n")));
 }

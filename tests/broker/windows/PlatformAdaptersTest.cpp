@@ -1,26 +1,20 @@
 #include "broker/windows/PlatformAdapters.h"
 
-#include <winsock2.h>
-#include <ws2tcpip.h>
-
-#include "Os/Windows/Platform.h"
-
-#include <iphlpapi.h>
-#include <netioapi.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cstddef>
+#include <bit>
+#include <numeric>
 #include <stdexcept>
 
 #include "Os/Windows/AnsiText.h"
 #include "Utils/Exception.h"
-#include "support/ImportHook.h"
+#include "Utils/Utils.h"
+#include "broker/windows/FakeTables.h"
 #include "support/LogCapture.h"
 #include "support/PrivateRegistry.h"
+#include "support/Refusal.h"
 
 namespace {
 
@@ -62,10 +56,8 @@ private:
 std::string hardwareAddress(const IP_ADAPTER_ADDRESSES& adapter)
 {
     std::string result;
-    std::array<char, 3> digits{};
     for (ULONG i = 0; i < adapter.PhysicalAddressLength; ++i) {
-        std::snprintf(digits.data(), digits.size(), "%02X", adapter.PhysicalAddress[i]);
-        result += digits.data();
+        result += utils::format("%02X", adapter.PhysicalAddress[i]);
     }
     return result;
 }
@@ -83,37 +75,12 @@ std::string addressLine(const IP_ADAPTER_ADDRESSES& adapter, const IP_ADAPTER_UN
     return std::string(adapter.AdapterName) + " " + text.data() + "/" + std::to_string(unicast.OnLinkPrefixLength);
 }
 
-int refusals = 0;
 int tableCalls = 0;
-NETIO_STATUS refusal = ERROR_ACCESS_DENIED;
 
-// Refuses as often as `refusals` requires.
-NETIO_STATUS WINAPI refuseIfTable(PMIB_IF_TABLE2* table)
+// Refuses the first call.
+NETIO_STATUS WINAPI refuseIfTableOnce(PMIB_IF_TABLE2* table)
 {
-    ++tableCalls;
-    return tableCalls <= refusals ? refusal : GetIfTable2Ex(MibIfTableNormal, table);
-}
-
-ULONG WINAPI failAddresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES /*buffer*/,
-                           PULONG /*size*/)
-{
-    return ERROR_NOT_ENOUGH_MEMORY;
-}
-
-ULONG WINAPI noAddresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES /*buffer*/,
-                         PULONG /*size*/)
-{
-    return ERROR_NO_DATA;
-}
-
-int overflowCalls = 0;
-
-ULONG WINAPI alwaysTooSmall(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES /*buffer*/,
-                            PULONG size)
-{
-    ++overflowCalls;
-    *size += 1024;
-    return ERROR_BUFFER_OVERFLOW;
+    return ++tableCalls == 1 ? ERROR_ACCESS_DENIED : GetIfTable2Ex(MibIfTableNormal, table);
 }
 
 // The platform's answer, which the test sets: one adapter with these addresses.
@@ -149,27 +116,22 @@ protected:
     // Adds an address in use, given as text. The caller may change its fields.
     static IP_ADAPTER_UNICAST_ADDRESS& add(const char* text)
     {
-        sockaddr_in6 socket{};
-        auto& ipv4 = reinterpret_cast<sockaddr_in&>(socket);
-        if (inet_pton(AF_INET, text, &ipv4.sin_addr) == 1) {
-            ipv4.sin_family = AF_INET;
-        } else {
-            socket.sin6_family = inet_pton(AF_INET6, text, &socket.sin6_addr) == 1 ? AF_INET6 : AF_IPX;
-        }
         IP_ADAPTER_UNICAST_ADDRESS address{};
         address.OnLinkPrefixLength = 24;
         address.DadState = IpDadStatePreferred;
         address.PrefixOrigin = IpPrefixOriginManual;
-        fakeSockets.push_back(socket);
+        fakeSockets.push_back(fakes::socketOf(text));
         fakeAddresses.push_back(address);
         return fakeAddresses.back();
     }
 
-    static std::vector<std::string> texts(const std::vector<broker::Address>& addresses)
+    // Returns a member of each address that is read.
+    template <class Member>
+    std::vector<Member> read(Member broker::Address::*member)
     {
-        std::vector<std::string> result;
-        for (const broker::Address& address : addresses) {
-            result.push_back(address.text);
+        std::vector<Member> result;
+        for (const broker::Address& address : m_source.readAddresses()) {
+            result.push_back(address.*member);
         }
         return result;
     }
@@ -178,61 +140,50 @@ protected:
     broker::PlatformAdapters m_source;
 };
 
-DWORD setIfEntryResult = NO_ERROR;
 MIB_IFROW lastRow{};
 
-DWORD WINAPI fakeSetIfEntry(PMIB_IFROW row)
+DWORD WINAPI takeRow(PMIB_IFROW row)
 {
     lastRow = *row;
-    return setIfEntryResult;
+    return NO_ERROR;
 }
 
 std::array<MIB_IF_ROW2, 3> fakeRows{};
 
 NETIO_STATUS WINAPI fakeIfTable(PMIB_IF_TABLE2* table)
 {
-    const std::size_t size = offsetof(MIB_IF_TABLE2, Table) + sizeof(fakeRows);
-    auto* made = static_cast<MIB_IF_TABLE2*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size));
-    made->NumEntries = static_cast<ULONG>(fakeRows.size());
-    std::copy(fakeRows.begin(), fakeRows.end(), made->Table);
-    *table = made;
+    *table = fakes::makeTable<MIB_IF_TABLE2>(fakeRows);
     return NO_ERROR;
-}
-
-int tablesFreed = 0;
-
-void WINAPI countingFree(PVOID memory)
-{
-    ++tablesFreed;
-    HeapFree(GetProcessHeap(), 0, memory);
 }
 
 TEST(PlatformAdapters, Adapters_areThePlatforms)
 {
-    broker::PlatformAdapters source;
-    const auto adapters = source.readAdapters();
-    PlatformList list;
-    const auto expected = list.adapters();
-    ASSERT_FALSE(expected.empty());
-    ASSERT_EQ(adapters.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_EQ(adapters[i].guid, expected[i]->AdapterName);
-        EXPECT_EQ(adapters[i].name, utils::narrow(expected[i]->FriendlyName));
-        EXPECT_EQ(adapters[i].description, utils::narrow(expected[i]->Description));
-        EXPECT_EQ(adapters[i].hardwareAddress, hardwareAddress(*expected[i]));
-        EXPECT_EQ(adapters[i].index, expected[i]->IfIndex);
-        EXPECT_EQ(adapters[i].mtu, expected[i]->Mtu);
-        EXPECT_EQ(adapters[i].type, expected[i]->IfType);
-        EXPECT_EQ(static_cast<int>(adapters[i].operational), static_cast<int>(expected[i]->OperStatus));
-        EXPECT_EQ(adapters[i].luid, expected[i]->Luid.Value);
+    const auto line = [](const std::string& guid, const std::string& names, const std::string& address,
+                         auto... numbers) {
+        return guid + " " + names + " " + address + " " +
+               testing::PrintToString(std::vector<std::uint64_t>{static_cast<std::uint64_t>(numbers)...});
+    };
+    std::vector<std::string> read;
+    for (const broker::Adapter& adapter : broker::PlatformAdapters().readAdapters()) {
+        read.push_back(line(adapter.guid, adapter.name + ", " + adapter.description, adapter.hardwareAddress,
+                            adapter.index, adapter.mtu, adapter.type, adapter.operational, adapter.luid));
     }
+    std::vector<std::string> expected;
+    PlatformList list;
+    for (const IP_ADAPTER_ADDRESSES* adapter : list.adapters()) {
+        expected.push_back(line(adapter->AdapterName,
+                                utils::narrow(adapter->FriendlyName) + ", " + utils::narrow(adapter->Description),
+                                hardwareAddress(*adapter), adapter->IfIndex, adapter->Mtu, adapter->IfType,
+                                adapter->OperStatus, adapter->Luid.Value));
+    }
+    EXPECT_THAT(read, testing::Not(IsEmpty()));
+    EXPECT_EQ(read, expected);
 }
 
 TEST(PlatformAdapters, Addresses_areThePlatforms)
 {
-    broker::PlatformAdapters source;
     std::vector<std::string> read;
-    for (const broker::Address& address : source.readAddresses()) {
+    for (const broker::Address& address : broker::PlatformAdapters().readAddresses()) {
         read.push_back(address.adapterGuid + " " + address.text + "/" + std::to_string(address.prefixLength.value()));
         EXPECT_EQ(address.family == broker::AddressFamily::IPV6, address.text.find(':') != std::string::npos);
     }
@@ -272,11 +223,8 @@ TEST(PlatformAdapters, GoneAdapter_isEmptyAndLogged)
 TEST(PlatformAdapters, RefusedTable_isAskedForOnceMore)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("GetIfTable2", &refuseIfTable);
-    refusals = 1;
-    tableCalls = 0;
-    broker::PlatformAdapters source;
-    EXPECT_FALSE(source.readAdapters().empty());
+    const support::ImportHook hook("GetIfTable2", &refuseIfTableOnce);
+    EXPECT_FALSE(broker::PlatformAdapters().readAdapters().empty());
     EXPECT_EQ(tableCalls, 2);
     EXPECT_THAT(log.events(), IsEmpty());
 }
@@ -284,43 +232,42 @@ TEST(PlatformAdapters, RefusedTable_isAskedForOnceMore)
 TEST(PlatformAdapters, TableRefusedTwice_isAFailure)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("GetIfTable2", &refuseIfTable);
-    refusals = 2;
-    tableCalls = 0;
-    broker::PlatformAdapters source;
-    EXPECT_THROW(source.readAdapters(), utils::EFailed);
-    EXPECT_EQ(tableCalls, 2);
+    const support::Refusal<decltype(&GetIfTable2), ERROR_ACCESS_DENIED> refused("GetIfTable2");
+    EXPECT_THROW(broker::PlatformAdapters().readAdapters(), utils::EFailed);
+    EXPECT_EQ(refused.calls(), 2);
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("error: GetIfTable2 error 5\n")));
+}
+
+template <NETIO_STATUS STATUS>
+void expectNoAdapters()
+{
+    const support::LogCapture log(1);
+    const support::Refusal<decltype(&GetIfTable2), STATUS> none("GetIfTable2");
+    EXPECT_THAT(broker::PlatformAdapters().readAdapters(), IsEmpty());
+    EXPECT_EQ(none.calls(), 1);
+    EXPECT_THAT(log.events(), IsEmpty());
 }
 
 TEST(PlatformAdapters, TableWithoutARow_isNoFailure)
 {
-    const support::LogCapture log(1);
-    const support::ImportHook hook("GetIfTable2", &refuseIfTable);
-    broker::PlatformAdapters source;
-    for (const NETIO_STATUS none : {ERROR_NO_DATA, ERROR_ADDRESS_NOT_ASSOCIATED}) {
-        refusal = none;
-        refusals = 1;
-        tableCalls = 0;
-        EXPECT_THAT(source.readAdapters(), IsEmpty());
-        EXPECT_EQ(tableCalls, 1);
-    }
-    EXPECT_THAT(log.events(), IsEmpty());
+    expectNoAdapters<ERROR_NO_DATA>();
+    expectNoAdapters<ERROR_ADDRESS_NOT_ASSOCIATED>();
 }
 
 TEST(PlatformAdapters, AddressesRefusedTwice_areAFailure)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("GetAdaptersAddresses", &failAddresses);
+    const support::Refusal<decltype(&GetAdaptersAddresses), ERROR_NOT_ENOUGH_MEMORY> refused("GetAdaptersAddresses");
     broker::PlatformAdapters source;
     EXPECT_THROW(source.readAddresses(), utils::EFailed);
+    EXPECT_EQ(refused.calls(), 2);
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("error: GetAdaptersAddresses error 8\n")));
 }
 
 TEST(PlatformAdapters, NoAddresses_areNoError)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("GetAdaptersAddresses", &noAddresses);
+    const support::Refusal<decltype(&GetAdaptersAddresses), ERROR_NO_DATA> none("GetAdaptersAddresses");
     broker::PlatformAdapters source;
     EXPECT_THAT(source.readAddresses(), IsEmpty());
     EXPECT_THAT(log.events(), IsEmpty());
@@ -329,28 +276,22 @@ TEST(PlatformAdapters, NoAddresses_areNoError)
 TEST_F(FakeAddresses, Origins_areThePlatforms)
 {
     using broker::AddressOrigin;
-    constexpr std::array ORIGINS{std::pair{IpPrefixOriginManual, AddressOrigin::MANUAL},
-                                 std::pair{IpPrefixOriginWellKnown, AddressOrigin::WELL_KNOWN},
-                                 std::pair{IpPrefixOriginDhcp, AddressOrigin::DHCP},
-                                 std::pair{IpPrefixOriginOther, AddressOrigin::OTHER},
-                                 std::pair{IpPrefixOriginRouterAdvertisement, AddressOrigin::ROUTER_ADVERTISEMENT},
-                                 std::pair{IpPrefixOriginUnchanged, AddressOrigin::UNKNOWN}};
-    for (const auto& origin : ORIGINS) {
-        add("10.0.0.1").PrefixOrigin = origin.first;
+    for (const auto origin : {IpPrefixOriginManual, IpPrefixOriginWellKnown, IpPrefixOriginDhcp, IpPrefixOriginOther,
+                              IpPrefixOriginRouterAdvertisement, IpPrefixOriginUnchanged})
+    {
+        add("10.0.0.1").PrefixOrigin = origin;
     }
-    const auto addresses = m_source.readAddresses();
-    ASSERT_EQ(addresses.size(), ORIGINS.size());
-    for (std::size_t i = 0; i < ORIGINS.size(); ++i) {
-        EXPECT_EQ(addresses[i].adapterGuid, "{G}");
-        EXPECT_EQ(addresses[i].origin, ORIGINS[i].second);
-    }
+    EXPECT_THAT(read(&broker::Address::origin),
+                ElementsAre(AddressOrigin::MANUAL, AddressOrigin::WELL_KNOWN, AddressOrigin::DHCP, AddressOrigin::OTHER,
+                            AddressOrigin::ROUTER_ADVERTISEMENT, AddressOrigin::UNKNOWN));
+    EXPECT_THAT(read(&broker::Address::adapterGuid), testing::Each("{G}"));
 }
 
 TEST_F(FakeAddresses, OtherFamilies_areLeftOut)
 {
     add("not of the internet");
     add("10.0.0.2");
-    EXPECT_THAT(texts(m_source.readAddresses()), ElementsAre("10.0.0.2"));
+    EXPECT_THAT(read(&broker::Address::text), ElementsAre("10.0.0.2"));
 }
 
 TEST_F(FakeAddresses, AddressesNotInUse_areLeftOut)
@@ -360,7 +301,7 @@ TEST_F(FakeAddresses, AddressesNotInUse_areLeftOut)
     add("10.0.0.3").DadState = IpDadStateDuplicate;
     add("10.0.0.4").DadState = IpDadStateDeprecated;
     add("10.0.0.5").DadState = IpDadStatePreferred;
-    EXPECT_THAT(texts(m_source.readAddresses()), ElementsAre("10.0.0.4", "10.0.0.5"));
+    EXPECT_THAT(read(&broker::Address::text), ElementsAre("10.0.0.4", "10.0.0.5"));
 }
 
 TEST_F(FakeAddresses, IllegalPrefix_isUnknown)
@@ -370,41 +311,26 @@ TEST_F(FakeAddresses, IllegalPrefix_isUnknown)
     add("10.0.0.3").OnLinkPrefixLength = 32;
     add("fd00::1").OnLinkPrefixLength = 255;
     add("fd00::2").OnLinkPrefixLength = 128;
-    std::vector<std::optional<std::uint8_t>> prefixes;
-    for (const broker::Address& address : m_source.readAddresses()) {
-        prefixes.push_back(address.prefixLength);
-    }
-    EXPECT_THAT(prefixes, ElementsAre(std::nullopt, std::nullopt, 32, std::nullopt, 128));
+    EXPECT_THAT(read(&broker::Address::prefixLength), ElementsAre(std::nullopt, std::nullopt, 32, std::nullopt, 128));
 }
 
 TEST_F(FakeAddresses, LinkLocalRanges_areRecognised)
 {
-    add("169.254.0.1");
-    add("169.253.0.1");
-    add("fe80::1");
-    add("febf::1");
-    add("fec0::1");
-    std::vector<bool> local;
-    for (const broker::Address& address : m_source.readAddresses()) {
-        local.push_back(address.isLinkLocal);
+    for (const char* text : {"169.254.0.1", "169.253.0.1", "fe80::1", "febf::1", "fec0::1"}) {
+        add(text);
     }
-    EXPECT_THAT(local, ElementsAre(true, false, true, true, false));
+    EXPECT_THAT(read(&broker::Address::isLinkLocal), ElementsAre(true, false, true, true, false));
 }
 
 TEST_F(FakeAddresses, Dhcp_isThatOfTheFamily)
 {
     add("10.0.0.1");
     add("fd00::1");
-    fakeAdapter.Flags = 0;
     fakeAdapter.Dhcpv4Enabled = 1;
-    auto addresses = m_source.readAddresses();
-    EXPECT_TRUE(addresses[0].isDhcpOn);
-    EXPECT_FALSE(addresses[1].isDhcpOn);
+    EXPECT_THAT(read(&broker::Address::isDhcpOn), ElementsAre(true, false));
     fakeAdapter.Flags = 0;
     fakeAdapter.Ipv6ManagedAddressConfigurationSupported = 1;
-    addresses = m_source.readAddresses();
-    EXPECT_FALSE(addresses[0].isDhcpOn);
-    EXPECT_TRUE(addresses[1].isDhcpOn);
+    EXPECT_THAT(read(&broker::Address::isDhcpOn), ElementsAre(false, true));
 }
 
 TEST_F(FakeAddresses, OfWhatIsNoPort_areLeftOut)
@@ -419,54 +345,49 @@ TEST_F(FakeAddresses, OfWhatIsNoPort_areLeftOut)
     EXPECT_THAT(m_source.readAddresses(), IsEmpty());
 }
 
-TEST(PlatformAdapters, GrowingList_isGivenUp)
+TEST(PlatformAdapters, ListThatNeverFits_isGivenUp)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("GetAdaptersAddresses", &alwaysTooSmall);
-    broker::PlatformAdapters source;
-    EXPECT_THROW(source.readAddresses(), utils::EFailed);
-    EXPECT_EQ(overflowCalls, 8);
+    const support::Refusal<decltype(&GetAdaptersAddresses), ERROR_BUFFER_OVERFLOW> refused("GetAdaptersAddresses");
+    EXPECT_THROW(broker::PlatformAdapters().readAddresses(), utils::EFailed);
+    EXPECT_EQ(refused.calls(), 8);
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("GetAdaptersAddresses error 111\n")));
 }
 
 TEST(PlatformAdapters, LoopbackAndFilters_areLeftOut)
 {
-    const support::ImportHook tableHook("GetIfTable2", &fakeIfTable);
-    const support::ImportHook freeHook("FreeMibTable", &countingFree);
+    // In the order of broker::Counters.
+    constexpr std::array COUNTERS{
+        &MIB_IF_ROW2::InOctets,          &MIB_IF_ROW2::OutOctets,         &MIB_IF_ROW2::InUcastPkts,
+        &MIB_IF_ROW2::OutUcastPkts,      &MIB_IF_ROW2::InNUcastPkts,      &MIB_IF_ROW2::OutNUcastPkts,
+        &MIB_IF_ROW2::InErrors,          &MIB_IF_ROW2::OutErrors,         &MIB_IF_ROW2::InDiscards,
+        &MIB_IF_ROW2::OutDiscards,       &MIB_IF_ROW2::InUnknownProtos,   &MIB_IF_ROW2::InUcastOctets,
+        &MIB_IF_ROW2::OutUcastOctets,    &MIB_IF_ROW2::InMulticastOctets, &MIB_IF_ROW2::OutMulticastOctets,
+        &MIB_IF_ROW2::InBroadcastOctets, &MIB_IF_ROW2::OutBroadcastOctets};
+    std::array<std::uint64_t, COUNTERS.size()> counted{};
+    std::iota(counted.begin(), counted.end(), 1);
+    const support::ImportHook hook("GetIfTable2", &fakeIfTable);
+    const fakes::TablesFreed freed;
     fakeRows[0].Type = IF_TYPE_SOFTWARE_LOOPBACK;
     fakeRows[1].Type = IF_TYPE_ETHERNET_CSMACD;
     fakeRows[1].InterfaceAndOperStatusFlags.FilterInterface = TRUE;
-    fakeRows[2].Type = IF_TYPE_ETHERNET_CSMACD;
-    fakeRows[2].InterfaceGuid = {0x1234ABCD, 0x12, 0xAB, {1, 2, 3, 4, 5, 6, 7, 0xF0}};
-    fakeRows[2].TransmitLinkSpeed = ~ULONG64{0};
-    fakeRows[2].ReceiveLinkSpeed = 100;
-    fakeRows[2].PhysicalAddressLength = 6;
-    fakeRows[2].PhysicalAddress[0] = 0xAB;
-    fakeRows[2].PermanentPhysicalAddress[5] = 0x0C;
-    fakeRows[2].PhysicalMediumType = NdisPhysicalMedium802_3;
-    fakeRows[2].InterfaceAndOperStatusFlags.HardwareInterface = TRUE;
-    fakeRows[2].MediaConnectState = MediaConnectStateDisconnected;
-    fakeRows[2].InUnknownProtos = 11;
-    fakeRows[2].InUcastOctets = 12;
-    fakeRows[2].OutUcastOctets = 13;
-    fakeRows[2].InMulticastOctets = 14;
-    fakeRows[2].OutMulticastOctets = 15;
-    fakeRows[2].InBroadcastOctets = 16;
-    fakeRows[2].OutBroadcastOctets = 17;
-    fakeRows[2].AdminStatus = NET_IF_ADMIN_STATUS_DOWN;
-    fakeRows[2].OperStatus = IfOperStatusDormant;
-    fakeRows[2].InOctets = 1;
-    fakeRows[2].OutOctets = 2;
-    fakeRows[2].InUcastPkts = 3;
-    fakeRows[2].OutUcastPkts = 4;
-    fakeRows[2].InNUcastPkts = 5;
-    fakeRows[2].OutNUcastPkts = 6;
-    fakeRows[2].InErrors = 7;
-    fakeRows[2].OutErrors = 8;
-    fakeRows[2].InDiscards = 9;
-    fakeRows[2].OutDiscards = 10;
-    broker::PlatformAdapters source;
-    const auto adapters = source.readAdapters();
+    MIB_IF_ROW2& row = fakeRows[2];
+    row.Type = IF_TYPE_ETHERNET_CSMACD;
+    row.InterfaceGuid = {0x1234ABCD, 0x12, 0xAB, {1, 2, 3, 4, 5, 6, 7, 0xF0}};
+    row.TransmitLinkSpeed = ~ULONG64{0};
+    row.ReceiveLinkSpeed = 100;
+    row.PhysicalAddressLength = 6;
+    row.PhysicalAddress[0] = 0xAB;
+    row.PermanentPhysicalAddress[5] = 0x0C;
+    row.PhysicalMediumType = NdisPhysicalMedium802_3;
+    row.InterfaceAndOperStatusFlags.HardwareInterface = TRUE;
+    row.MediaConnectState = MediaConnectStateDisconnected;
+    row.AdminStatus = NET_IF_ADMIN_STATUS_DOWN;
+    row.OperStatus = IfOperStatusDormant;
+    for (std::size_t i = 0; i < COUNTERS.size(); ++i) {
+        row.*COUNTERS[i] = counted[i];
+    }
+    const auto adapters = broker::PlatformAdapters().readAdapters();
     ASSERT_EQ(adapters.size(), 1U);
     const broker::Adapter& adapter = adapters[0];
     EXPECT_EQ(adapter.guid, "{1234ABCD-0012-00AB-0102-0304050607F0}");
@@ -480,25 +401,8 @@ TEST(PlatformAdapters, LoopbackAndFilters_areLeftOut)
     EXPECT_EQ(adapter.physicalMedium, 14U);
     EXPECT_TRUE(adapter.isHardware);
     EXPECT_FALSE(adapter.hasConnector);
-    const broker::Counters& counters = adapter.counters;
-    EXPECT_EQ(counters.bytesReceived, 1U);
-    EXPECT_EQ(counters.bytesTransmitted, 2U);
-    EXPECT_EQ(counters.unicastPacketsReceived, 3U);
-    EXPECT_EQ(counters.unicastPacketsTransmitted, 4U);
-    EXPECT_EQ(counters.nonUnicastPacketsReceived, 5U);
-    EXPECT_EQ(counters.nonUnicastPacketsTransmitted, 6U);
-    EXPECT_EQ(counters.receiveErrors, 7U);
-    EXPECT_EQ(counters.transmitErrors, 8U);
-    EXPECT_EQ(counters.receiveDiscards, 9U);
-    EXPECT_EQ(counters.transmitDiscards, 10U);
-    EXPECT_EQ(counters.unknownProtocolsReceived, 11U);
-    EXPECT_EQ(counters.unicastBytesReceived, 12U);
-    EXPECT_EQ(counters.unicastBytesTransmitted, 13U);
-    EXPECT_EQ(counters.multicastBytesReceived, 14U);
-    EXPECT_EQ(counters.multicastBytesTransmitted, 15U);
-    EXPECT_EQ(counters.broadcastBytesReceived, 16U);
-    EXPECT_EQ(counters.broadcastBytesTransmitted, 17U);
-    EXPECT_EQ(tablesFreed, 1);
+    EXPECT_EQ((std::bit_cast<std::array<std::uint64_t, COUNTERS.size()>>(adapter.counters)), counted);
+    EXPECT_EQ(freed.count(), 1);
 }
 
 // Registers the adapter's driver as a hidden helper.
@@ -527,8 +431,8 @@ TEST(PlatformAdapters, HiddenAdapter_hasTheGuidOfTheTables)
 
 TEST(PlatformAdapters, PermanentAddress_ofZeros_isUnknown)
 {
-    const support::ImportHook tableHook("GetIfTable2", &fakeIfTable);
-    const support::ImportHook freeHook("FreeMibTable", &countingFree);
+    const support::ImportHook hook("GetIfTable2", &fakeIfTable);
+    const fakes::TablesFreed freed;
     fakeRows = {};
     fakeRows[0].Type = IF_TYPE_ETHERNET_CSMACD;
     fakeRows[0].PhysicalAddressLength = 6;
@@ -540,11 +444,10 @@ TEST(PlatformAdapters, PermanentAddress_ofZeros_isUnknown)
 
 TEST(PlatformAdapters, StateChange_hasTheIndexAndState)
 {
-    const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);
+    const support::ImportHook hook("SetIfEntry", &takeRow);
     broker::PlatformAdapters source;
     broker::Adapter adapter;
     adapter.index = 17;
-    setIfEntryResult = NO_ERROR;
     EXPECT_EQ(source.setAdministrativeState(adapter, broker::AdministrativeState::DOWN), broker::StateChange::DONE);
     EXPECT_EQ(lastRow.dwIndex, 17U);
     EXPECT_EQ(lastRow.dwAdminStatus, static_cast<DWORD>(MIB_IF_ADMIN_STATUS_DOWN));
@@ -555,22 +458,20 @@ TEST(PlatformAdapters, StateChange_hasTheIndexAndState)
 TEST(PlatformAdapters, StateChange_missingFunction_isNotSupported)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);
-    broker::PlatformAdapters source;
-    setIfEntryResult = ERROR_NOT_SUPPORTED;
-    EXPECT_EQ(source.setAdministrativeState({}, broker::AdministrativeState::UP), broker::StateChange::NOT_SUPPORTED);
+    const support::Refusal<decltype(&SetIfEntry), ERROR_NOT_SUPPORTED> refused("SetIfEntry");
+    EXPECT_EQ(broker::PlatformAdapters().setAdministrativeState({}, broker::AdministrativeState::UP),
+              broker::StateChange::NOT_SUPPORTED);
     EXPECT_THAT(log.events(), IsEmpty());
 }
 
 TEST(PlatformAdapters, StateChange_refused_isLogged)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("SetIfEntry", &fakeSetIfEntry);
-    broker::PlatformAdapters source;
+    const support::Refusal<decltype(&SetIfEntry), ERROR_ACCESS_DENIED> refused("SetIfEntry");
     broker::Adapter adapter;
     adapter.guid = "{G}";
-    setIfEntryResult = ERROR_ACCESS_DENIED;
-    EXPECT_EQ(source.setAdministrativeState(adapter, broker::AdministrativeState::UP), broker::StateChange::FAILED);
+    EXPECT_EQ(broker::PlatformAdapters().setAdministrativeState(adapter, broker::AdministrativeState::UP),
+              broker::StateChange::FAILED);
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::PlatformAdapters::setAdministrativeState: error: "
                                                    "SetIfEntry {G} error 5\n")));
 }

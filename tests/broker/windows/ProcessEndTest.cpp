@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -12,6 +11,7 @@
 #include "broker/Properties.h"
 #include "broker/jobs/JobEntry.h"
 #include "broker/windows/BrokerLibrary.h"
+#include "broker/windows/RegistryStorage.h"
 #include "broker/windows/TestProcess.h"
 #include "support/PrivateRegistry.h"
 
@@ -21,32 +21,6 @@ namespace {
 
 constexpr const char* LOG_VARIABLE = "ZERIX_PROCESS_END_LOG";
 constexpr const char* ROOT_VARIABLE = "ZERIX_PROCESS_END_ROOT";
-constexpr const char* KEY = "Software\\Vexal\\DRAVEv2";
-
-// The values below one of the product's keys.
-std::map<std::string, std::string> storedBelow(const char* name)
-{
-    std::map<std::string, std::string> result;
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, (std::string(KEY) + "\\" + name).c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-    {
-        return result;
-    }
-    std::array<char, 256> value{};
-    std::string data(100'000, '\0');
-    for (DWORD i = 0;; ++i) {
-        DWORD valueSize = value.size();
-        DWORD size = static_cast<DWORD>(data.size());
-        if (RegEnumValueA(key, i, value.data(), &valueSize, nullptr, nullptr, reinterpret_cast<LPBYTE>(data.data()),
-                          &size) != ERROR_SUCCESS)
-        {
-            break;
-        }
-        result[value.data()] = data.substr(0, size - 1);
-    }
-    RegCloseKey(key);
-    return result;
-}
 
 // The work of the process that is ended. The test below starts it.
 TEST(ProcessEndClient, DISABLED_run)
@@ -125,11 +99,14 @@ TEST_F(ProcessEnd, WhatWasAnswered_isWhatTheNextProcessFinds)
             support::setSamplePeriod(library, 10);
         }
         runAndEnd(random() % 120);
-        for (const auto& [id, entry] : storedBelow("Jobs")) {
-            EXPECT_TRUE(broker::jobOf(id, entry)) << entry;
+        const auto storedJobs = broker::RegistryStorage().read("Jobs");
+        const auto storedResults = broker::RegistryStorage().read("Results");
+        ASSERT_TRUE(storedJobs && storedResults);
+        for (const auto& [id, entry] : *storedJobs) {
+            EXPECT_TRUE(broker::jobOf(id, entry.text)) << entry.text;
         }
-        for (const auto& [id, entry] : storedBelow("Results")) {
-            EXPECT_TRUE(broker::resultOf(id, entry)) << entry;
+        for (const auto& [id, entry] : *storedResults) {
+            EXPECT_TRUE(broker::resultOf(id, entry.text)) << entry.text;
         }
         const support::Library library;
         std::set<std::string> shown;

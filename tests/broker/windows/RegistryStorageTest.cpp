@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "Os/Windows/WindowsRegistry.h"
-#include "support/ImportHook.h"
 #include "support/LogCapture.h"
+#include "support/Refusal.h"
 
 namespace {
 
@@ -194,36 +194,14 @@ TEST_F(RegistryStorage, EraseValue_removesOneValue)
     EXPECT_EQ(m_storage.eraseValue(CHILD + "\\None", "A"), broker::StoreResult::DONE);
 }
 
-LSTATUS WINAPI refuseDeletion(HKEY /*key*/, LPCSTR /*name*/)
-{
-    return ERROR_ACCESS_DENIED;
-}
-
 TEST_F(RegistryStorage, EraseValue_refused_isLogged)
 {
     m_storage.write(KEY, "A", "one");
     const support::LogCapture log(1);
-    const support::ImportHook hook("RegDeleteValueA", &refuseDeletion);
+    const support::Refusal<decltype(&RegDeleteValueA), ERROR_ACCESS_DENIED> refused("RegDeleteValueA");
     EXPECT_EQ(m_storage.eraseValue(KEY, "A"), broker::StoreResult::ACCESS_DENIED);
     EXPECT_THAT(log.events(),
                 ElementsAre(EndsWith("Could not delete registry value A of " + PARENT + "\\Key. Error 5\n")));
-}
-
-HANDLE WINAPI refuseMutex(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
-{
-    SetLastError(ERROR_ACCESS_DENIED);
-    return nullptr;
-}
-
-HANDLE WINAPI failMutex(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
-{
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
-}
-
-DWORD WINAPI timeOut(HANDLE /*handle*/, DWORD /*milliseconds*/)
-{
-    return WAIT_TIMEOUT;
 }
 
 decltype(&CreateMutexA) realCreateMutex = nullptr;
@@ -284,15 +262,15 @@ TEST_F(RegistryStorage, Lock_refused_tellsWhetherAccessWasDenied)
 {
     const support::LogCapture log(1);
     {
-        const support::ImportHook hook("CreateMutexA", &refuseMutex);
+        const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_ACCESS_DENIED> refused("CreateMutexA");
         EXPECT_EQ(m_storage.lock(), broker::StoreResult::ACCESS_DENIED);
     }
     {
-        const support::ImportHook hook("CreateMutexA", &failMutex);
+        const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_NOT_ENOUGH_MEMORY> refused("CreateMutexA");
         EXPECT_EQ(m_storage.lock(), broker::StoreResult::FAILED);
     }
     {
-        const support::ImportHook hook("WaitForSingleObject", &timeOut);
+        const support::Refusal<decltype(&WaitForSingleObject), WAIT_TIMEOUT> timeOut("WaitForSingleObject");
         EXPECT_EQ(m_storage.lock(), broker::StoreResult::FAILED);
     }
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("Settings could not be locked. Error 5\n"),

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "broker/windows/RegistryStorage.h"
-#include "support/ImportHook.h"
+#include "support/Refusal.h"
 
 namespace {
 
@@ -74,15 +74,11 @@ TEST_F(RegistryWatch, ThreadThatAskedFirst_mayEnd)
     EXPECT_TRUE(m_watch->hasChanged());
 }
 
-LSTATUS WINAPI refuseNotification(HKEY /*key*/, BOOL /*subtree*/, DWORD /*filter*/, HANDLE /*event*/, BOOL /*async*/)
-{
-    return ERROR_NOT_ENOUGH_MEMORY;
-}
-
 TEST_F(RegistryWatch, RefusedNotification_countsAsChanged)
 {
     m_storage.write(KEY, "A", "1");
-    const support::ImportHook hook("RegNotifyChangeKeyValue", &refuseNotification);
+    const support::Refusal<decltype(&RegNotifyChangeKeyValue), ERROR_NOT_ENOUGH_MEMORY> refused(
+        "RegNotifyChangeKeyValue");
     EXPECT_TRUE(m_watch->hasChanged());
     EXPECT_TRUE(m_watch->hasChanged());
 }

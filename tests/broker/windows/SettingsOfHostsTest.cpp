@@ -14,28 +14,13 @@ namespace {
 
 constexpr const char* ROOT_VARIABLE = "ZERIX_SETTINGS_ROOT";
 constexpr const char* ROLE_VARIABLE = "ZERIX_SETTINGS_ROLE";
-constexpr const char* DIAGNOSTICS = "Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"";
 constexpr int CHANGES = 60;
 
-std::string firstAdapterSetting(const support::Library& library)
-{
-    auto settings = library.broker()->getInstances("Zerix_AdapterSetting");
-    return settings.getIterator().next()->toPathString();
-}
-
-void change(const support::Library& library, const std::string& text, core::CimProperty& property)
-{
-    core::CimPath path(text);
-    core::CimPropertyList values;
-    values.add(&property);
-    library.broker()->modifyInstance(path, values);
-}
+using support::DIAGNOSTICS;
 
 void changeText(const support::Library& library, const std::string& path, const char* name, const std::string& text)
 {
-    core::CimPropertyString property(name);
-    property.setValue(text);
-    change(library, path, property);
+    support::change<core::CimPropertyString>(library, path, name, text);
     EXPECT_EQ(support::value(*library.find(path), name), text);
 }
 
@@ -55,9 +40,7 @@ void changePair(const support::Library& library, std::uint16_t number)
 
 void changeRetention(const support::Library& library, std::uint64_t seconds)
 {
-    core::CimPropertyUint64 property("JobRetentionSeconds");
-    property.setValue(seconds);
-    change(library, DIAGNOSTICS, property);
+    support::change<core::CimPropertyUint64>(library, DIAGNOSTICS, "JobRetentionSeconds", seconds);
     core::CimInstance& shown = *library.find(DIAGNOSTICS);
     EXPECT_EQ(support::value(shown, "JobRetentionSeconds"), std::to_string(seconds));
     const std::string count = support::value(shown, "SampleCount");
@@ -74,7 +57,7 @@ TEST(SettingsOfHostsClient, DISABLED_run)
     }
     const support::PrivateRegistry registry(root);
     const support::Library library;
-    const std::string adapter = firstAdapterSetting(library);
+    const std::string adapter = support::firstPath(library, "Zerix_AdapterSetting");
     const bool isFirst = role == std::string("first");
     for (int i = 1; i <= CHANGES; ++i) {
         changeText(library, adapter, isFirst ? "ElementName" : "Tag", role + std::to_string(i));
@@ -100,7 +83,7 @@ TEST(SettingsOfHosts, ChangesAtOnce_areAllKept)
     EXPECT_EQ(first.exitCode(), 0U);
     EXPECT_EQ(second.exitCode(), 0U);
     const std::string last = std::to_string(CHANGES);
-    core::CimInstance& adapter = *library.find(firstAdapterSetting(library));
+    core::CimInstance& adapter = *library.find(support::firstPath(library, "Zerix_AdapterSetting"));
     EXPECT_EQ(support::value(adapter, "ElementName"), "first" + last);
     EXPECT_EQ(support::value(adapter, "Tag"), "second" + last);
     core::CimInstance& diagnostics = *library.find(DIAGNOSTICS);

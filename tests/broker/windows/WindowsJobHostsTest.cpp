@@ -6,24 +6,22 @@
 #include <regex>
 #include <thread>
 
-#include "support/ImportHook.h"
 #include "support/LogCapture.h"
+#include "support/Refusal.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::EndsWith;
 
-HANDLE WINAPI noMutex(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*owned*/, LPCSTR /*name*/)
+// Waits for the lock in another thread and gives it back.
+void lockElsewhere()
 {
-    SetLastError(ERROR_ACCESS_DENIED);
-    return nullptr;
-}
-
-HANDLE WINAPI hiddenMutex(DWORD /*access*/, BOOL /*inherit*/, LPCSTR /*name*/)
-{
-    SetLastError(ERROR_ACCESS_DENIED);
-    return nullptr;
+    std::thread([] {
+        broker::WindowsJobHosts other;
+        other.lock();
+        other.unlock();
+    }).join();
 }
 
 TEST(WindowsJobHosts, OwnName_isProcessIdAndStartTime)
@@ -49,14 +47,14 @@ TEST(WindowsJobHosts, Host_isAliveFromItsAnnouncementOn)
 
 TEST(WindowsJobHosts, HostThatMayNotBeSeen_isAlive)
 {
-    const support::ImportHook hook("OpenMutexA", &hiddenMutex);
+    const support::Refusal<decltype(&OpenMutexA), nullptr, ERROR_ACCESS_DENIED> hidden("OpenMutexA");
     EXPECT_TRUE(broker::WindowsJobHosts().isAlive("1-1"));
 }
 
 TEST(WindowsJobHosts, RefusedAnnouncement_isLogged)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("CreateMutexA", &noMutex);
+    const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_ACCESS_DENIED> refused("CreateMutexA");
     EXPECT_FALSE(broker::WindowsJobHosts().announce());
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("error: Jobs will not survive this process, which other hosts would "
                                                    "take for ended. Error 5\n")));
@@ -69,20 +67,12 @@ TEST(WindowsJobHosts, Lock_isExclusiveAndMayBeNested)
     hosts.lock();
     hosts.unlock();
     support::LogCapture log(1);
-    std::thread([] {
-        broker::WindowsJobHosts other;
-        other.lock();
-        other.unlock();
-    }).join();
+    lockElsewhere();
     EXPECT_THAT(log.events(), ElementsAre(testing::HasSubstr("error: Stored jobs are changed without a lock. Result "
                                                              "258, error ")));
     log.clear();
     hosts.unlock();
-    std::thread([] {
-        broker::WindowsJobHosts other;
-        other.lock();
-        other.unlock();
-    }).join();
+    lockElsewhere();
     EXPECT_THAT(log.events(), testing::IsEmpty());
 }
 
@@ -100,7 +90,7 @@ TEST(WindowsJobHosts, LockOfAThreadThatEnded_isTakenOver)
 TEST(WindowsJobHosts, RefusedLock_isLoggedAndTheCallerGoesOn)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("CreateMutexA", &noMutex);
+    const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_ACCESS_DENIED> refused("CreateMutexA");
     broker::WindowsJobHosts hosts;
     hosts.lock();
     hosts.unlock();

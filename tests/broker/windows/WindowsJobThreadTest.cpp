@@ -7,8 +7,9 @@
 #include <thread>
 
 #include "Utils/Exception.h"
-#include "support/ImportHook.h"
 #include "support/LogCapture.h"
+#include "support/Refusal.h"
+#include "support/Thrown.h"
 
 namespace {
 
@@ -28,7 +29,9 @@ public:
 
     std::optional<std::chrono::milliseconds> work() noexcept override
     {
+        HANDLE token = nullptr;
         thread = GetCurrentThreadId();
+        tokenError = OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) ? ERROR_SUCCESS : GetLastError();
         return ++calls <= m_pauses ? std::make_optional(m_pause) : std::nullopt;
     }
 
@@ -42,38 +45,15 @@ public:
 
     std::atomic<int> calls{0};
     std::atomic<DWORD> thread{0};
+    // The error of the last call's question for the identity that its thread impersonates.
+    std::atomic<DWORD> tokenError{0};
 
 private:
     std::chrono::milliseconds m_pause;
     int m_pauses;
 };
 
-HANDLE WINAPI noThread(LPSECURITY_ATTRIBUTES /*security*/, SIZE_T /*stack*/, LPTHREAD_START_ROUTINE /*run*/,
-                       LPVOID /*argument*/, DWORD /*flags*/, LPDWORD /*id*/)
-{
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
-}
-
-BOOL WINAPI noModule(DWORD /*flags*/, LPCSTR /*address*/, HMODULE* /*module*/)
-{
-    SetLastError(ERROR_MOD_NOT_FOUND);
-    return FALSE;
-}
-
-HANDLE WINAPI noEvent(LPSECURITY_ATTRIBUTES /*security*/, BOOL /*manual*/, BOOL /*state*/, LPCSTR /*name*/)
-{
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
-}
-
-int releases = 0;
-
-BOOL WINAPI countRelease(HMODULE /*module*/)
-{
-    ++releases;
-    return TRUE;
-}
+using NoEvent = support::Refusal<decltype(&CreateEventA), nullptr, ERROR_NOT_ENOUGH_MEMORY>;
 
 TEST(WindowsJobThread, Work_runsOnASeparateThread)
 {
@@ -109,54 +89,32 @@ TEST(WindowsJobThread, Wake_endsTheWait)
 
 TEST(WindowsJobThread, Thread_hasTheProcessesIdentity)
 {
-    class TokenWork : public broker::JobWork
-    {
-    public:
-        ~TokenWork() = default;
-        TokenWork() = default;
-        TokenWork(const TokenWork&) = delete;
-        TokenWork& operator=(const TokenWork&) = delete;
-        std::optional<std::chrono::milliseconds> work() noexcept override
-        {
-            HANDLE token = nullptr;
-            hasToken = OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) != FALSE;
-            error = GetLastError();
-            isDone = true;
-            return std::nullopt;
-        }
-        bool hasToken = false;
-        DWORD error = 0;
-        std::atomic<bool> isDone{false};
-    };
     broker::WindowsJobThread thread;
-    TokenWork work;
+    Work work(std::chrono::milliseconds{1}, 0);
     ASSERT_TRUE(ImpersonateSelf(SecurityImpersonation));
     const bool started = thread.start(work);
     RevertToSelf();
     ASSERT_TRUE(started);
-    while (!work.isDone) {
-        Sleep(1);
-    }
-    EXPECT_FALSE(work.hasToken);
-    EXPECT_EQ(work.error, static_cast<DWORD>(ERROR_NO_TOKEN));
+    ASSERT_TRUE(work.waitForCalls(1));
+    EXPECT_EQ(work.tokenError, static_cast<DWORD>(ERROR_NO_TOKEN));
 }
 
 TEST(WindowsJobThread, MissingThread_isLogged)
 {
     const support::LogCapture log(1);
-    const support::ImportHook threadHook("CreateThread", &noThread);
-    const support::ImportHook releaseHook("FreeLibrary", &countRelease);
+    const support::Refusal<decltype(&CreateThread), nullptr, ERROR_NOT_ENOUGH_MEMORY> refused("CreateThread");
+    const support::Refusal<decltype(&FreeLibrary), TRUE> release("FreeLibrary");
     broker::WindowsJobThread thread;
     Work work(std::chrono::milliseconds{1}, 0);
     EXPECT_FALSE(thread.start(work));
-    EXPECT_EQ(releases, 1);
+    EXPECT_EQ(release.calls(), 1);
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("broker::WindowsJobThread::start: error: CreateThread error 8\n")));
 }
 
 TEST(WindowsJobThread, ModuleThatCannotBeHeld_isLogged)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("GetModuleHandleExA", &noModule);
+    const support::Refusal<decltype(&GetModuleHandleExA), FALSE, ERROR_MOD_NOT_FOUND> refused("GetModuleHandleExA");
     broker::WindowsJobThread thread;
     Work work(std::chrono::milliseconds{1}, 0);
     EXPECT_FALSE(thread.start(work));
@@ -167,13 +125,8 @@ TEST(WindowsJobThread, ModuleThatCannotBeHeld_isLogged)
 TEST(WindowsJobThread, MissingEvent_isAnException)
 {
     const support::LogCapture log(1);
-    const support::ImportHook hook("CreateEventA", &noEvent);
-    try {
-        const broker::WindowsJobThread thread;
-        FAIL();
-    } catch (const utils::Exception& exception) {
-        EXPECT_STREQ(exception.what(), "Could not create event. Error 8");
-    }
+    const NoEvent refused("CreateEventA");
+    EXPECT_EQ(support::thrownBy([] { const broker::WindowsJobThread thread; }), "Could not create event. Error 8");
 }
 
 TEST(WindowsJobThread, Signal_onceRaised_letsEveryWaitPass)
@@ -185,7 +138,7 @@ TEST(WindowsJobThread, Signal_onceRaised_letsEveryWaitPass)
     EXPECT_TRUE(signal->wait(std::chrono::milliseconds::max()));
     EXPECT_TRUE(signal->wait(std::chrono::milliseconds{0}));
     const support::LogCapture log(1);
-    const support::ImportHook hook("CreateEventA", &noEvent);
+    const NoEvent refused("CreateEventA");
     EXPECT_THROW(thread.makeSignal(), utils::Exception);
 }
 

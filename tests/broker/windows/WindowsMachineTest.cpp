@@ -8,20 +8,9 @@
 #include <cwchar>
 
 #include "Os/Windows/Platform.h"
-#include "support/ImportHook.h"
+#include "support/Refusal.h"
 
 namespace {
-
-BOOL WINAPI noAccount(LPCWSTR /*system*/, PSID /*sid*/, LPWSTR /*name*/, LPDWORD /*nameSize*/, LPWSTR /*domain*/,
-                      LPDWORD /*domainSize*/, PSID_NAME_USE /*use*/)
-{
-    return FALSE;
-}
-
-BOOL WINAPI noToken(HANDLE /*process*/, DWORD /*access*/, PHANDLE /*token*/)
-{
-    return FALSE;
-}
 
 TEST(WindowsMachine, ComputerName_isTheEnvironments)
 {
@@ -51,10 +40,10 @@ TEST(WindowsMachine, UserName_thatThePlatformDoesNotTell_isEmpty)
 {
     broker::WindowsMachine machine;
     {
-        const support::ImportHook hook("LookupAccountSidW", &noAccount);
+        const support::Refusal<decltype(&LookupAccountSidW), FALSE> refused("LookupAccountSidW");
         EXPECT_EQ(machine.userName(), "");
     }
-    const support::ImportHook hook("OpenProcessToken", &noToken);
+    const support::Refusal<decltype(&OpenProcessToken), FALSE> refused("OpenProcessToken");
     EXPECT_EQ(machine.userName(), "");
 }
 

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include "Os/Windows/Platform.h"
+
+#include <iphlpapi.h>
+#include <netioapi.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include "support/ImportHook.h"
+
+// Answers of the platform's functions for network tables, which the tests set.
+namespace fakes {
+
+// Makes a table as the platform does. FreeMibTable frees it.
+template <class Table, class Rows>
+Table* makeTable(const Rows& rows)
+{
+    const std::size_t size = offsetof(Table, Table) + rows.size() * sizeof(rows[0]);
+    auto* made = static_cast<Table*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size));
+    made->NumEntries = static_cast<ULONG>(rows.size());
+    std::copy(rows.begin(), rows.end(), made->Table);
+    return made;
+}
+
+// While it lives, counts and frees the tables that makeTable made. One object at a time.
+class TablesFreed
+{
+public:
+    TablesFreed() { s_count = 0; }
+    int count() const noexcept { return s_count; }
+
+private:
+    static void WINAPI release(PVOID memory)
+    {
+        ++s_count;
+        HeapFree(GetProcessHeap(), 0, memory);
+    }
+
+    static inline int s_count = 0;
+    support::ImportHook m_hook{"FreeMibTable", &release};
+};
+
+// Returns the socket address; that of another family if the text is no address.
+inline sockaddr_in6 socketOf(const char* text)
+{
+    sockaddr_in6 socket{};
+    auto& ipv4 = reinterpret_cast<sockaddr_in&>(socket);
+    if (inet_pton(AF_INET, text, &ipv4.sin_addr) == 1) {
+        ipv4.sin_family = AF_INET;
+    } else {
+        socket.sin6_family = inet_pton(AF_INET6, text, &socket.sin6_addr) == 1 ? AF_INET6 : AF_IPX;
+    }
+    return socket;
+}
+
+}  // namespace fakes
