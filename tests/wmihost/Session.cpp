@@ -1,5 +1,7 @@
 #include "tests/wmihost/Session.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <regex>
 #include <sstream>
@@ -47,12 +49,14 @@ void expectSession(const std::string& file, const std::function<Answer(const std
 {
     const std::string path = ZERIX_WMIHOST_TESTS "/" + file;
     std::vector<std::string> lines;
+    bool hasCommands = false;
     for (const std::string& line : support::readBaseline(path)) {
         if (line.find_first_of("|!>=") == 0) {
             continue;
         }
         lines.push_back(line);
         if (line.starts_with("$ ")) {
+            hasCommands = true;
             const Answer answer = answerTo(line.substr(2), run);
             append(lines, "|", answer.out);
             append(lines, "!", answer.error);
@@ -64,6 +68,7 @@ void expectSession(const std::string& file, const std::function<Answer(const std
             }
         }
     }
+    ASSERT_TRUE(hasCommands) << path;
     support::expectBaseline(path, lines);
 }
 

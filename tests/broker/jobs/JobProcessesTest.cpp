@@ -198,7 +198,7 @@ class JobWriteFailure : public JobProcesses, public testing::WithParamInterface<
 {
 };
 
-TEST_P(JobWriteFailure, ThisProcessShowsAllAndTriesAgain)
+TEST_P(JobWriteFailure, FailedWrite_isTriedAgain)
 {
     const support::LogCapture log(1);
     m_one->storage.firstFailing = m_one->storage.lastFailing = GetParam();

@@ -27,7 +27,7 @@ protected:
 };
 
 // The constructor makes a mutex, which the platform may refuse, so it must not be noexcept.
-TEST(SettingsStoreMade, MayThrow)
+TEST(SettingsStoreMade, Construction_mayThrow)
 {
     EXPECT_FALSE((std::is_nothrow_constructible_v<broker::SettingsStore, broker::SettingsStorage&>));
 }

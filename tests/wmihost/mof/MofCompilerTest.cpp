@@ -17,7 +17,7 @@ namespace {
 
 TEST(MofCompiler, MalformedMof_isRefusedWithItsMessage)
 {
-    expectCases(ZERIX_MOF_MALFORMED, [](const std::string& text) -> std::string {
+    expectOutcomes(ZERIX_MOF_MALFORMED, [](const std::string& text) -> std::string {
         ClassRepository repository;
         try {
             compileMofText(text, "bad.mof", repository);

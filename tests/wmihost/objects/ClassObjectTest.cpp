@@ -272,6 +272,7 @@ TEST_F(ClassObjectTest, Calls_answerAsDocumented)
         Call made(*scene, words);
         lines.push_back(call + " -> " + made.outcome(methods().at(words[1])(made)));
     }
+    ASSERT_TRUE(scene) << "no case in " ZERIX_CLASS_OBJECTS ".cases";
     support::expectBaseline(ZERIX_CLASS_OBJECTS ".cases", lines);
 }
 

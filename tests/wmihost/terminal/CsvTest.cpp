@@ -5,22 +5,22 @@
 namespace wmihost {
 namespace {
 
-TEST(Csv, fields_areSeparatedByCommasAndEndWithCrLf)
+TEST(Csv, Fields_areSeparatedByCommasAndEndWithCrLf)
 {
     EXPECT_EQ(csvRecord({"a", "b c", "3"}), "a,b c,3\r\n");
 }
 
-TEST(Csv, commasQuotesAndEndsOfLines_areQuoted)
+TEST(Csv, CommasQuotesAndEndsOfLines_areQuoted)
 {
     EXPECT_EQ(csvRecord({"a,b", "say \"hi\"", "one\ntwo", "\r"}), "\"a,b\",\"say \"\"hi\"\"\",\"one\ntwo\",\"\r\"\r\n");
 }
 
-TEST(Csv, noText_differsFromAnEmptyOne)
+TEST(Csv, NoText_differsFromAnEmptyOne)
 {
     EXPECT_EQ(csvRecord({std::nullopt, "", std::nullopt}), ",\"\",\r\n");
 }
 
-TEST(Csv, values_areThoseOfWmi)
+TEST(Csv, Values_areThoseOfWmi)
 {
     EXPECT_EQ(csvField(Variant::ofLong(-1).get(), CIM_UINT32), "4294967295");
     EXPECT_EQ(csvField(Variant::ofBool(true).get(), CIM_BOOLEAN), "TRUE");

@@ -5,14 +5,14 @@
 namespace wmihost {
 namespace {
 
-TEST(Escape, controlCharacters_areSpelled)
+TEST(Escape, ControlCharacters_areSpelled)
 {
     EXPECT_EQ(visible("a\x1b[2Jb"), "a\\x1B[2Jb");
     EXPECT_EQ(visible("one\r\ntwo\t\x07\x7f"), "one\\r\\ntwo\\t\\x07\\x7F");
     EXPECT_EQ(visible(std::string("a\0b", 3)), "a\\x00b");
 }
 
-TEST(Escape, c1AndBidirectionalMarks_areSpelled)
+TEST(Escape, C1AndBidirectionalMarks_areSpelled)
 {
     EXPECT_EQ(visible("\xC2\x9B"
                       "31m"),
@@ -23,7 +23,7 @@ TEST(Escape, c1AndBidirectionalMarks_areSpelled)
     EXPECT_EQ(visible("\xE2\x81\xA6\xE2\x80\x8F\xD8\x9C\xE2\x80\xA8"), "\\u2066\\u200F\\u061C\\u2028");
 }
 
-TEST(Escape, otherText_stays)
+TEST(Escape, OtherText_stays)
 {
     const std::string text =
         "Gr\xC3\xBC\xC3\x9F"
@@ -33,12 +33,12 @@ TEST(Escape, otherText_stays)
     EXPECT_EQ(withEscapes(text, "\\u"), text);
 }
 
-TEST(Escape, endsOfLines_stayInSeveralLines)
+TEST(Escape, EndsOfLines_stayInSeveralLines)
 {
     EXPECT_EQ(visibleLines("one\ntwo\r\nthree\rfour\n"), "one\ntwo\r\nthree\\rfour\n");
 }
 
-TEST(Escape, escapesOfALanguage_haveFourDigits)
+TEST(Escape, EscapesOfALanguage_haveFourDigits)
 {
     EXPECT_EQ(withEscapes("\"\xC2\x9B\x7f\"\n", "\\u"), "\"\\u009b\\u007f\"\n");
     EXPECT_EQ(withEscapes("\"\xE2\x80\xAE\"", "\\x"), "\"\\x202e\"");

@@ -89,7 +89,7 @@ std::string textOf(const std::string& query)
 
 TEST(QueryParser, Query_isReadOrRefused)
 {
-    expectCases(ZERIX_WMIHOST_TESTS "/wql/queries.cases", [](const std::string& query) {
+    expectOutcomes(ZERIX_WMIHOST_TESTS "/wql/queries.cases", [](const std::string& query) {
         try {
             return textOf(query);
         } catch (const QueryError& error) {
