@@ -137,8 +137,9 @@ Row failEveryCall(const std::string& request, Scenario scenario, const FaultPoin
     Row row;
     for (int call = 1;; call += step) {
         Attempt found = attempt(call);
-        if (!found.leaks.empty()) {
-            // Resources that the platform allocates at first use stay once. A leak grows with every attempt.
+        // What the platform and the run time open at first use stays once, and some of it is opened late: an event for
+        // a mutex when two threads first meet at it, a directory for the first name. A leak grows with every attempt.
+        for (int i = 0; i < 3 && !found.leaks.empty(); ++i) {
             found = attempt(call);
         }
         row.calls = std::max(row.calls, found.calls);
