@@ -1,5 +1,8 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -18,6 +21,7 @@ public:
     {
         m_handle = CreateFileW(m_file.wstring().c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
                                FILE_ATTRIBUTE_NORMAL, nullptr);
+        EXPECT_NE(m_handle, INVALID_HANDLE_VALUE) << m_file;
         SetStdHandle(which, m_handle);
     }
     Redirected(const Redirected&) = delete;
@@ -38,11 +42,14 @@ public:
     }
 
 private:
+    // A file that nobody else has. The numbers of processes come back, and a file may have remained from the process
+    // that had this number before.
     static std::filesystem::path newFile()
     {
-        static int made = 0;
-        return std::filesystem::temp_directory_path() /
-               ("redirected-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++made));
+        std::array<wchar_t, MAX_PATH> name{};
+        const std::wstring folder = std::filesystem::temp_directory_path().wstring();
+        EXPECT_NE(GetTempFileNameW(folder.c_str(), L"out", 0, name.data()), 0U);
+        return name.data();
     }
 
     DWORD m_which;
