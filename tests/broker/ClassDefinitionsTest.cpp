@@ -9,6 +9,7 @@
 #include <regex>
 
 #include "broker/Fakes.h"
+#include "support/TypeName.h"
 
 namespace {
 
@@ -46,23 +47,6 @@ Classes definedClasses()
     return result;
 }
 
-std::string typeName(core::CimProperty::EPropertyType type)
-{
-    using core::CimProperty;
-    static const std::map<CimProperty::EPropertyType, const char*> names{{CimProperty::EPT_UINT8, "uint8"},
-                                                                         {CimProperty::EPT_UINT16, "uint16"},
-                                                                         {CimProperty::EPT_UINT16_ARR, "uint16[]"},
-                                                                         {CimProperty::EPT_UINT32, "uint32"},
-                                                                         {CimProperty::EPT_UINT32_ARR, "uint32[]"},
-                                                                         {CimProperty::EPT_UINT64, "uint64"},
-                                                                         {CimProperty::EPT_STRING, "string"},
-                                                                         {CimProperty::EPT_STRING_ARR, "string[]"},
-                                                                         {CimProperty::EPT_BOOL, "boolean"},
-                                                                         {CimProperty::EPT_DATETIME, "datetime"},
-                                                                         {CimProperty::EPT_REF, "ref"}};
-    return names.at(type);
-}
-
 TEST(ClassDefinitions, Definitions_areThoseOfTheInstances)
 {
     const Classes defined = definedClasses();
@@ -82,7 +66,7 @@ TEST(ClassDefinitions, Definitions_areThoseOfTheInstances)
         EXPECT_EQ(instances->records()[0].instance->getClassName(), className);
         std::vector<std::string> served;
         for (const core::CimProperty* property : instances->records()[0].properties) {
-            served.push_back(property->getName() + ": " + typeName(property->getType()) +
+            served.push_back(property->getName() + ": " + support::typeName(property->getType()) +
                              (property->isKey() ? " key" : "") + (property->isModifiable() ? " write" : ""));
         }
         EXPECT_EQ(served, expected) << className;

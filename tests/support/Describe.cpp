@@ -1,13 +1,13 @@
 #include "support/Describe.h"
 
 #include <concepts>
-#include <map>
 #include <memory>
 #include <vector>
 
 #include "Os/Windows/ComScope.h"
 #include "Utils/Utils.h"
 #include "core/PropertyVisit.h"
+#include "support/TypeName.h"
 
 namespace support {
 
@@ -88,24 +88,6 @@ std::string valueText(const core::CimProperty& property)
         core::Visitor{[](const core::CimPropertyRef& reference) { return "to " + inQuotes(reference.toString()); },
                       [](const auto& typed) { return text(typed.getValue()); },
                       [](const core::CimProperty& /*unknown*/) { return std::string("of an unknown type"); }});
-}
-
-std::string typeName(core::CimProperty::EPropertyType type)
-{
-    using core::CimProperty;
-    static const std::map<CimProperty::EPropertyType, std::string> NAMES{{CimProperty::EPT_UINT8, "uint8"},
-                                                                         {CimProperty::EPT_UINT16, "uint16"},
-                                                                         {CimProperty::EPT_UINT16_ARR, "uint16[]"},
-                                                                         {CimProperty::EPT_UINT32, "uint32"},
-                                                                         {CimProperty::EPT_UINT32_ARR, "uint32[]"},
-                                                                         {CimProperty::EPT_UINT64, "uint64"},
-                                                                         {CimProperty::EPT_STRING, "string"},
-                                                                         {CimProperty::EPT_STRING_ARR, "string[]"},
-                                                                         {CimProperty::EPT_BOOL, "boolean"},
-                                                                         {CimProperty::EPT_DATETIME, "datetime"},
-                                                                         {CimProperty::EPT_REF, "ref"}};
-    const auto name = NAMES.find(type);
-    return name == NAMES.end() ? "type " + number(static_cast<int>(type)) : name->second;
 }
 
 }  // namespace
