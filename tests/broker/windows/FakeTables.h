@@ -47,7 +47,7 @@ private:
     support::ImportHook m_hook{"FreeMibTable", &release};
 };
 
-// Returns the socket address; that of another family if the text is no address.
+// Parses an IPv4 or IPv6 address. For any other text, the result has the family AF_IPX, which is neither.
 inline sockaddr_in6 socketOf(const char* text)
 {
     sockaddr_in6 socket{};

@@ -148,7 +148,7 @@ instance of __InstanceProviderRegistration
         int exitCode = 0;
     };
     const std::string path = "Fake_Thing=\"one\"";
-    // The self-test fails because there is no adapter.
+    // The fake provider serves no adapter, so the self-test exits with 1.
     for (const Asked& asked :
          {Asked{{"list", "Fake_Thing"}, 1}, Asked{{"get", path}, 1}, Asked{{"get", path, "--threads", "2"}, 2},
           Asked{{"query", "SELECT * FROM Fake_Thing"}, 1}, Asked{{"related", path}, 1},
