@@ -59,22 +59,17 @@ TEST_F(EventLogTest, EachLine_opensReportsAndCloses)
                                    "open here Vexal DRAVEv2 Provider", "report 1 1 0 0 0 1 0 0 [two\n]", "close 1"));
 }
 
-TEST_F(EventLogTest, MissingSource_isReportedToTheDebugger)
+TEST_F(EventLogTest, Failures_goToTheDebugger)
 {
+    reported = FALSE;
+    utils::reportEvent("one\n");
     openedSource = nullptr;
-    reported = FALSE;
-    utils::reportEvent("one\n");
-    EXPECT_THAT(calls, ElementsAre("open here Vexal DRAVEv2 Provider",
-                                   "debugger Problem 6ba with RegisterEventSource\n", "report 1 1 0 0 0 1 0 0 [one\n]",
-                                   "debugger Problem 5dc with ReportEvent one\n\n", "close 1"));
-}
-
-TEST_F(EventLogTest, FailedReport_namesTheLine)
-{
-    reported = FALSE;
-    utils::reportEvent("one\n");
+    utils::reportEvent("two\n");
     EXPECT_THAT(calls, ElementsAre("open here Vexal DRAVEv2 Provider", "report 1 1 0 0 0 1 0 0 [one\n]",
-                                   "debugger Problem 5dc with ReportEvent one\n\n", "close 1"));
+                                   "debugger Problem 5dc with ReportEvent one\n\n", "close 1",
+                                   "open here Vexal DRAVEv2 Provider",
+                                   "debugger Problem 6ba with RegisterEventSource\n", "report 1 1 0 0 0 1 0 0 [two\n]",
+                                   "debugger Problem 5dc with ReportEvent two\n\n", "close 1"));
 }
 
 }  // namespace

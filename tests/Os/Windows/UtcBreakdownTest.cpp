@@ -4,7 +4,7 @@
 
 #include "Os/Windows/Platform.h"
 #include "Utils/Time.h"
-#include "support/ImportHook.h"
+#include "support/WrappedImport.h"
 
 namespace {
 
@@ -17,7 +17,6 @@ TEST(UtcBreakdownTest, Breakdown_outsideThePlatformsRange_isNull)
 
 // The storage that all breakdowns of the run time share. A thread without the lock may read another thread's result.
 std::tm shared{};
-decltype(&ReleaseMutex) releaseMutex = nullptr;
 
 std::tm* sharedBreakdown(const __time64_t* /*seconds*/)
 {
@@ -27,17 +26,16 @@ std::tm* sharedBreakdown(const __time64_t* /*seconds*/)
     return &shared;
 }
 
-BOOL WINAPI releaseAndOverwrite(HANDLE mutex)
-{
+constexpr auto releaseAndOverwrite = [](auto original, HANDLE mutex) {
     shared.tm_year = 0;
-    return releaseMutex(mutex);
-}
+    return original(mutex);
+};
 
 TEST(UtcBreakdownTest, Result_isCopiedBeforeTheLockIsGivenBack)
 {
     const support::ImportHook breakdown("_gmtime64", &sharedBreakdown);
-    const support::ImportHook release("ReleaseMutex", &releaseAndOverwrite);
-    releaseMutex = release.original<decltype(&ReleaseMutex)>();
+    const auto release =
+        support::WrappedImport<decltype(ReleaseMutex), releaseAndOverwrite>::install("ReleaseMutex", nullptr);
     EXPECT_EQ(utils::Time::timestamp(0).decomposeTimestamp().year, 1977U);
     EXPECT_EQ(shared.tm_year, 0) << "the lock was given back";
 }

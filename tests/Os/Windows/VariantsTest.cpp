@@ -7,8 +7,8 @@
 
 #include "Os/Windows/ComScope.h"
 #include "support/ComErrors.h"
-#include "support/ImportHook.h"
 #include "support/LogCapture.h"
+#include "support/WrappedImport.h"
 
 namespace {
 
@@ -95,6 +95,16 @@ TEST(ExpandVariantArrayTest, Elements_areInOrderAndOfTheArraysType)
     VARIANT other = arrayOf<LONG>(VT_I4, {42});
     other.vt = VT_ARRAY | VT_BSTR;
     EXPECT_THAT(expanded(other), ElementsAre("3 42")) << "the array's type comes before the declared type";
+    const ScopedVariant second(text(L"b"));
+    EXPECT_THAT(expanded(arrayOf<VARIANT>(VT_VARIANT, {number(7), second.get()})), ElementsAre("3 7", "8 b"));
+    DECIMAL decimal{};
+    ASSERT_EQ(VarDecFromR8(-1.5, &decimal), S_OK);
+    EXPECT_THAT(expanded(arrayOf<DECIMAL>(VT_DECIMAL, {decimal})), ElementsAre("14 -1.5")) << "with all its bits";
+    const ScopedVariant array(arrayOf<LONG>(VT_I4, {7}));
+    SAFEARRAY* pointer = array.get().parray;
+    VARIANT reference = typed(VT_ARRAY | VT_BYREF | VT_I4);
+    reference.pparray = &pointer;
+    EXPECT_THAT(expanded(reference), ElementsAre("3 7")) << "by reference";
 }
 
 TEST(ExpandVariantArrayTest, SmallElements_areReadAlone)
@@ -117,84 +127,53 @@ TEST(ExpandVariantArrayTest, Texts_areCopied)
     EXPECT_STREQ(element.get().bstrVal, L"a");
 }
 
-TEST(ExpandVariantArrayTest, VariantElements_keepTheirTypes)
-{
-    const ScopedVariant second(text(L"b"));
-    EXPECT_THAT(expanded(arrayOf<VARIANT>(VT_VARIANT, {number(7), second.get()})), ElementsAre("3 7", "8 b"));
-}
-
-TEST(ExpandVariantArrayTest, Decimals_keepAllTheirBits)
-{
-    DECIMAL decimal{};
-    ASSERT_EQ(VarDecFromR8(-1.5, &decimal), S_OK);
-    EXPECT_THAT(expanded(arrayOf<DECIMAL>(VT_DECIMAL, {decimal})), ElementsAre("14 -1.5"));
-}
-
-TEST(ExpandVariantArrayTest, ArrayByReference_isRead)
-{
-    const ScopedVariant array(arrayOf<LONG>(VT_I4, {7}));
-    SAFEARRAY* pointer = array.get().parray;
-    VARIANT reference = typed(VT_ARRAY | VT_BYREF | VT_I4);
-    reference.pparray = &pointer;
-    EXPECT_THAT(expanded(reference), ElementsAre("3 7"));
-}
-
-support::ImportHook* elementHook = nullptr;
-
-HRESULT WINAPI failSecondElement(SAFEARRAY* array, LONG* index, void* element)
-{
-    return *index == 1 ? DISP_E_BADINDEX : elementHook->original<decltype(&failSecondElement)>()(array, index, element);
-}
+constexpr auto failSecondElement = [](auto original, SAFEARRAY* array, LONG* index, void* element) {
+    return *index == 1 ? DISP_E_BADINDEX : original(array, index, element);
+};
 
 TEST(ExpandVariantArrayTest, UnreadableElement_isLoggedAndLeftOut)
 {
     const support::LogCapture log;
-    support::ImportHook hook("SafeArrayGetElement", &failSecondElement);
-    elementHook = &hook;
+    const auto hook = support::WrappedImport<decltype(SafeArrayGetElement), failSecondElement>::install(
+        "SafeArrayGetElement", nullptr);
     EXPECT_THAT(expanded(arrayOf<LONG>(VT_I4, {1, 2, 3})), ElementsAre("3 1", "3 3"));
     EXPECT_THAT(log.messages(), ElementsAre("error|Os/Windows/Windows|utils::expandVariantArray|error 0x8002000B with "
                                             "SafeArrayGetElement 1"));
 }
 
-TEST(VariantToStringTest, Null_isItsName)
-{
-    EXPECT_EQ(variantToString(typed(VT_NULL)), "<NULL>");
-}
-
-TEST(VariantToStringTest, Booleans_areWords)
+VARIANT boolean(VARIANT_BOOL content)
 {
     VARIANT value = typed(VT_BOOL);
-    value.boolVal = VARIANT_TRUE;
-    EXPECT_EQ(variantToString(value), "True");
-    value.boolVal = VARIANT_FALSE;
-    EXPECT_EQ(variantToString(value), "False");
+    value.boolVal = content;
+    return value;
 }
 
-TEST(VariantToStringTest, Numbers_areDecimal_andTextsThemselves)
+// The text of the value, which is then cleared.
+std::string written(VARIANT value)
 {
-    EXPECT_EQ(variantToString(number(-7)), "-7");
-    const ScopedVariant value(text(L"caf\u00e9 \u4e2d"));
-    EXPECT_EQ(variantToString(value.get()), "caf\xe9 ?");
-    EXPECT_EQ(variantToString(typed(VT_BSTR)), "");
-    EXPECT_EQ(variantToString(typed(VT_EMPTY)), "");
+    const ScopedVariant owner(value);
+    return variantToString(value);
+}
+
+TEST(VariantToStringTest, Value_hasItsText)
+{
+    EXPECT_EQ(written(typed(VT_NULL)), "<NULL>");
+    EXPECT_EQ(written(typed(VT_EMPTY)), "");
+    EXPECT_EQ(written(boolean(VARIANT_TRUE)), "True");
+    EXPECT_EQ(written(boolean(VARIANT_FALSE)), "False");
+    EXPECT_EQ(written(number(-7)), "-7");
+    EXPECT_EQ(written(text(L"caf\u00e9 \u4e2d")), "caf\xe9 ?");
+    EXPECT_EQ(written(typed(VT_BSTR)), "");
 }
 
 TEST(VariantToStringTest, Array_isItsElementsInBraces)
 {
-    const ScopedVariant array(arrayOf<LONG>(VT_I4, {1, 2, 3}));
-    EXPECT_EQ(variantToString(array.get()), "{1, 2, 3}");
-    const ScopedVariant single(arrayOf<LONG>(VT_I4, {1}));
-    EXPECT_EQ(variantToString(single.get()), "{1}");
-    const ScopedVariant empty(arrayOf<LONG>(VT_I4, {}));
-    EXPECT_EQ(variantToString(empty.get()), "{}");
-    EXPECT_EQ(variantToString(typed(VT_ARRAY | VT_BSTR)), "{}");
-}
-
-TEST(VariantToStringTest, Array_ofVariants_mayNest)
-{
+    EXPECT_EQ(written(arrayOf<LONG>(VT_I4, {1, 2, 3})), "{1, 2, 3}");
+    EXPECT_EQ(written(arrayOf<LONG>(VT_I4, {1})), "{1}");
+    EXPECT_EQ(written(arrayOf<LONG>(VT_I4, {})), "{}");
+    EXPECT_EQ(written(typed(VT_ARRAY | VT_BSTR)), "{}");
     const ScopedVariant inner(arrayOf<LONG>(VT_I4, {1, 2}));
-    const ScopedVariant outer(arrayOf<VARIANT>(VT_VARIANT, {inner.get(), typed(VT_NULL)}));
-    EXPECT_EQ(variantToString(outer.get()), "{{1, 2}, <NULL>}");
+    EXPECT_EQ(written(arrayOf<VARIANT>(VT_VARIANT, {inner.get(), typed(VT_NULL)})), "{{1, 2}, <NULL>}");
 }
 
 TEST(VariantToStringTest, Value_thatCannotBeCopied_isAComError)
@@ -207,8 +186,8 @@ TEST(VariantToStringTest, Value_withoutText_isItsErrorCode)
 {
     const support::ImportHook hook("VariantChangeType", support::returning<DISP_E_TYPEMISMATCH>(&VariantChangeType));
     EXPECT_EQ(variantToString(number(7)), "error 0x80020005 with ChangeType");
-    const ScopedVariant array(arrayOf<LONG>(VT_I4, {1, 2}));
-    EXPECT_EQ(variantToString(array.get()), "{error 0x80020005 with ChangeType, error 0x80020005 with ChangeType}");
+    EXPECT_EQ(written(arrayOf<LONG>(VT_I4, {1, 2})),
+              "{error 0x80020005 with ChangeType, error 0x80020005 with ChangeType}");
 }
 
 TEST(VariantToStringTest, Argument_isNotChanged)

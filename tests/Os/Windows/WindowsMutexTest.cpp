@@ -58,6 +58,15 @@ TEST(WindowsMutexTest, List_movedWithoutAMutex_keepsItsElements)
     EXPECT_EQ(list.getIterator().next(), &element);  // NOLINT(bugprone-use-after-move): nothing was moved
 }
 
+DWORD timeoutOfWait = 0;
+
+DWORD WINAPI failWait(HANDLE /*handle*/, DWORD timeout)
+{
+    timeoutOfWait = timeout;
+    SetLastError(ERROR_ACCESS_DENIED);
+    return WAIT_FAILED;
+}
+
 TEST(WindowsMutexTest, FailedWait_isLoggedAndCounted)
 {
     const support::LogCapture log;
@@ -66,34 +75,13 @@ TEST(WindowsMutexTest, FailedWait_isLoggedAndCounted)
     const std::uint32_t released = locksReleased();
     {
         const ImportHook release("ReleaseMutex", returning<TRUE>(&ReleaseMutex));
-        const ImportHook wait("WaitForSingleObject", returning<WAIT_FAILED, ERROR_ACCESS_DENIED>(&WaitForSingleObject));
+        const ImportHook wait("WaitForSingleObject", &failWait);
         const utils::MutexGuard guard(mutex);
         EXPECT_EQ(locksTaken() - taken, 1U);
     }
+    EXPECT_EQ(timeoutOfWait, INFINITE);
     EXPECT_EQ(locksReleased() - released, 1U);
     EXPECT_THAT(log.messages(), ElementsAre(lockingFailed("Lock", mutex, ERROR_ACCESS_DENIED)));
-}
-
-DWORD timeoutOfWait = 0;
-
-DWORD WINAPI noteWait(HANDLE /*handle*/, DWORD timeout)
-{
-    timeoutOfWait = timeout;
-    return WAIT_TIMEOUT;
-}
-
-TEST(WindowsMutexTest, Lock_waitsWithoutLimit)
-{
-    const support::LogCapture log;
-    utils::Mutex mutex;
-    const ImportHook release("ReleaseMutex", returning<TRUE>(&ReleaseMutex));
-    const ImportHook wait("WaitForSingleObject", &noteWait);
-    SetLastError(0);
-    {
-        const utils::MutexGuard guard(mutex);
-    }
-    EXPECT_EQ(timeoutOfWait, INFINITE);
-    EXPECT_THAT(log.messages(), ElementsAre(lockingFailed("Lock", mutex, 0)));
 }
 
 TEST(WindowsMutexTest, FailedRelease_isLoggedAsAFailedLock)

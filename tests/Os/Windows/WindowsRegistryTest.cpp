@@ -5,11 +5,14 @@
 #include <array>
 #include <cstring>
 #include <optional>
+#include <tuple>
+#include <type_traits>
 
 #include "support/ImportHook.h"
 #include "support/LogCapture.h"
 #include "support/SlotOf.h"
 #include "support/Thrown.h"
+#include "support/WrappedImport.h"
 
 namespace {
 
@@ -89,26 +92,6 @@ protected:
     std::uint32_t m_number = 0;
 };
 
-TEST_F(WindowsRegistryTest, Registry_existsFromModuleLoadOn)
-{
-    const LogCapture log;
-    EXPECT_NE(WindowsRegistry::getInstance(), nullptr);
-    EXPECT_THAT(log.messages(), IsEmpty()) << "made now, it would have logged";
-}
-
-TEST_F(WindowsRegistryTest, OtherInstance_isCurrentWhileItLives)
-{
-    const LogCapture log;
-    {
-        WindowsRegistry other;
-        EXPECT_EQ(WindowsRegistry::getInstance(), &other);
-    }
-    EXPECT_EQ(WindowsRegistry::getInstance(), &m_registry);
-    EXPECT_THAT(log.numberedMessages(),
-                ElementsAre("debug|Utils/Singleton:68|utils::Singleton<class utils::WindowsRegistry>::Singleton|New "
-                            "singleton instance for WindowsRegistry"));
-}
-
 TEST_F(WindowsRegistryTest, SetKey_writesATextWithItsTerminator)
 {
     const LogCapture log;
@@ -116,14 +99,10 @@ TEST_F(WindowsRegistryTest, SetKey_writesATextWithItsTerminator)
     EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "caf\xe9"));
     EXPECT_EQ(stored("Name"), std::pair(static_cast<DWORD>(REG_SZ), std::string("caf\xe9\0", 5)));
     EXPECT_THAT(log.messages(), ElementsAre(creatingLine(KEY + "\\a\\b", "text"), creatingLine(KEY, "caf\xe9")));
-}
-
-TEST_F(WindowsRegistryTest, SetKey_withoutName_writesTheDefaultValue)
-{
-    EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "", "text"));
-    EXPECT_EQ(stored(nullptr), std::pair(static_cast<DWORD>(REG_SZ), std::string("text\0", 5)));
     EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", ""));
     EXPECT_EQ(stored("Name"), std::pair(static_cast<DWORD>(REG_SZ), std::string(1, '\0')));
+    EXPECT_TRUE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "", "text"));
+    EXPECT_EQ(stored(nullptr), std::pair(static_cast<DWORD>(REG_SZ), std::string("text\0", 5))) << "the default value";
 }
 
 TEST_F(WindowsRegistryTest, SetKey_logsBeforeItAssertsAPath)
@@ -175,49 +154,33 @@ TEST_F(WindowsRegistryTest, Keys_areOpenedWithTheAccessTheyNeed)
 }
 
 int closedKeys = 0;
-ImportHook* closeHook = nullptr;
 
-LSTATUS WINAPI countClose(HKEY key)
-{
+constexpr auto counted = [](auto original, HKEY key) {
     ++closedKeys;
-    return closeHook->original<decltype(&countClose)>()(key);
-}
-
-class RegistryCloseTest : public WindowsRegistryTest
-{
-protected:
-    RegistryCloseTest() { closeHook = &m_hook; }
-
-private:
-    ImportHook m_hook{"RegCloseKey", &countClose};
+    return original(key);
 };
 
-TEST_F(RegistryCloseTest, FailedValue_isLogged_andTheKeyClosed)
+TEST_F(WindowsRegistryTest, EveryOperation_closesItsKey)
 {
+    const auto hook = support::WrappedImport<decltype(RegCloseKey), counted>::install("RegCloseKey", nullptr);
+    const auto closedBy = [](const auto& operation) {
+        closedKeys = 0;
+        operation();
+        return closedKeys;
+    };
+    EXPECT_EQ(closedBy([&] { m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"); }), 1);
+    EXPECT_EQ(closedBy([&] { m_registry.keyExists(KEY); }), 1);
+    EXPECT_EQ(closedBy([&] { m_registry.keyExists(KEY + "\\missing"); }), 0);
+    EXPECT_EQ(closedBy([&] { m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"); }), 1);
+    EXPECT_EQ(closedBy([&] { read(REG_SZ, "Name"); }), 1);
+    EXPECT_EQ(closedBy([&] { read(REG_SZ, "Missing"); }), 1);
+    EXPECT_EQ(closedBy([&] { read(REG_DWORD, "Name"); }), 1);
     const LogCapture log;
-    const ImportHook hook("RegSetValueExA", support::returning<ERROR_ACCESS_DENIED>(&RegSetValueExA));
-    EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
+    const ImportHook refused("RegSetValueExA", support::returning<ERROR_ACCESS_DENIED>(&RegSetValueExA));
+    EXPECT_EQ(closedBy([&] { EXPECT_FALSE(m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text")); }), 1);
     EXPECT_THAT(
         log.messages(),
         ElementsAre(CREATING_TEXT, line("error", "setKey", "RegSetValueEx -2147483646, " + KEY + ", text error 5")));
-    EXPECT_EQ(closedKeys, 1);
-}
-
-TEST_F(RegistryCloseTest, EveryOperation_closesItsKey)
-{
-    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text");
-    EXPECT_EQ(closedKeys, 1);
-    m_registry.keyExists(KEY);
-    EXPECT_EQ(closedKeys, 2);
-    m_registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child");
-    EXPECT_EQ(closedKeys, 3);
-    read(REG_SZ, "Name");
-    EXPECT_EQ(closedKeys, 4);
-    read(REG_SZ, "Missing");
-    EXPECT_EQ(closedKeys, 5);
-    m_registry.keyExists(KEY + "\\missing");
-    read(REG_DWORD, "Name");
-    EXPECT_EQ(closedKeys, 6);
 }
 
 TEST_F(WindowsRegistryTest, KeyExists_looksUnderTheLocalMachine)
@@ -341,39 +304,42 @@ TEST_F(WindowsRegistryTest, OsVersion_isTenTimesMajorPlusMinor)
     EXPECT_EQ(m_registry.getOsVersion(), 0);
 }
 
+// Returns another argument on each call.
+template <class Argument>
+Argument nextArgument(std::uintptr_t& number)
+{
+    ++number;
+    if constexpr (std::is_pointer_v<Argument>) {
+        return reinterpret_cast<Argument>(number);
+    } else {
+        return static_cast<Argument>(number);
+    }
+}
+
+// The platform's function gets every argument, and its answer comes back.
+template <class... Arguments>
+void expectPassedOn(LSTATUS (WindowsRegistry::*operation)(Arguments...), const char* function)
+{
+    static std::tuple<Arguments...> received;
+    const ImportHook hook(
+        function, +[](Arguments... arguments) -> LSTATUS {
+            received = {arguments...};
+            return ERROR_MORE_DATA;
+        });
+    std::uintptr_t number = 0;
+    const std::tuple<Arguments...> sent{nextArgument<Arguments>(number)...};
+    const auto call = [&](auto... arguments) { return (WindowsRegistry::getInstance()->*operation)(arguments...); };
+    EXPECT_EQ(std::apply(call, sent), ERROR_MORE_DATA) << function;
+    EXPECT_TRUE(received == sent) << function;
+}
+
 TEST_F(WindowsRegistryTest, Primitives_areThePlatformsFunctions)
 {
-    m_registry.setKey(HKEY_LOCAL_MACHINE, KEY + "\\child", "", "");
-    writeText("Name", "text");
-    HKEY key = nullptr;
-    ASSERT_EQ(m_registry.openKey(HKEY_LOCAL_MACHINE, KEY.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
-    DWORD subKeys = 0;
-    DWORD values = 0;
-    DWORD longestName = 0;
-    EXPECT_EQ(m_registry.queryInfoKey(key, nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr, &values, &longestName,
-                                      nullptr, nullptr, nullptr),
-              ERROR_SUCCESS);
-    EXPECT_EQ(subKeys, 1U);
-    EXPECT_EQ(values, 1U);
-    EXPECT_EQ(longestName, 4U);
-    std::array<char, 32> name{};
-    DWORD length = name.size();
-    EXPECT_EQ(m_registry.enumKey(key, 0, name.data(), &length, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
-    EXPECT_STREQ(name.data(), "child");
-    length = name.size();
-    EXPECT_EQ(m_registry.enumKey(key, 1, name.data(), &length, nullptr, nullptr, nullptr, nullptr),
-              ERROR_NO_MORE_ITEMS);
-    length = name.size();
-    DWORD type = REG_NONE;
-    std::array<BYTE, 32> data{};
-    DWORD size = data.size();
-    EXPECT_EQ(m_registry.enumValue(key, 0, name.data(), &length, nullptr, &type, data.data(), &size), ERROR_SUCCESS);
-    EXPECT_STREQ(name.data(), "Name");
-    EXPECT_EQ(type, static_cast<DWORD>(REG_SZ));
-    EXPECT_STREQ(reinterpret_cast<const char*>(data.data()), "text");
-    EXPECT_EQ(m_registry.closeKey(key), ERROR_SUCCESS);
-    EXPECT_EQ(m_registry.openKey(HKEY_LOCAL_MACHINE, (KEY + "\\missing").c_str(), 0, KEY_READ, &key),
-              ERROR_FILE_NOT_FOUND);
+    expectPassedOn(&WindowsRegistry::openKey, "RegOpenKeyExA");
+    expectPassedOn(&WindowsRegistry::queryInfoKey, "RegQueryInfoKeyA");
+    expectPassedOn(&WindowsRegistry::enumKey, "RegEnumKeyExA");
+    expectPassedOn(&WindowsRegistry::enumValue, "RegEnumValueA");
+    expectPassedOn(&WindowsRegistry::closeKey, "RegCloseKey");
 }
 
 // Replaces the primitives and records which operations call them.
@@ -401,24 +367,18 @@ public:
     std::vector<std::string> m_calls;
 };
 
-TEST_F(WindowsRegistryTest, Reading_passesThroughTheObject)
-{
-    writeText("Name", "7");
-    StandIn registry;
-    EXPECT_TRUE(registry.getRegistryUint(HKEY_LOCAL_MACHINE, KEY, REG_SZ, "Name", &m_number));
-    EXPECT_THAT(registry.m_calls, ElementsAre("getRegistryData", "openKey", "closeKey"));
-    registry.m_calls.clear();
-    EXPECT_FALSE(registry.getRegistryData(HKEY_LOCAL_MACHINE, KEY, REG_SZ, "Missing", &m_text));
-    EXPECT_THAT(registry.m_calls, ElementsAre("getRegistryData", "openKey", "closeKey"));
-}
-
-TEST_F(WindowsRegistryTest, OtherOperations_callThePlatformDirectly)
+TEST_F(WindowsRegistryTest, Reading_passesTheObject)
 {
     StandIn registry;
-    EXPECT_TRUE(registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "text"));
+    EXPECT_TRUE(registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "7"));
     EXPECT_TRUE(registry.keyExists(KEY));
     EXPECT_TRUE(registry.deleteKey(HKEY_LOCAL_MACHINE, KEY, "child"));
     EXPECT_THAT(registry.m_calls, IsEmpty());
+    EXPECT_TRUE(registry.getRegistryUint(HKEY_LOCAL_MACHINE, KEY, REG_SZ, "Name", &m_number));
+    EXPECT_THAT(registry.m_calls, ElementsAre("getRegistryData", "openKey", "closeKey"));
+    EXPECT_FALSE(registry.getRegistryData(HKEY_LOCAL_MACHINE, KEY, REG_SZ, "Missing", &m_text));
+    EXPECT_THAT(registry.m_calls,
+                ElementsAre("getRegistryData", "openKey", "closeKey", "getRegistryData", "openKey", "closeKey"));
 }
 
 TEST_F(WindowsRegistryTest, Operations_keepTheirSlots)
