@@ -4,9 +4,9 @@ namespace {
 
 const std::vector<const char*> ASSOCIATIONS{"Zerix_PortImplementsEndpoint", "Zerix_ElementConformsToProfile",
                                             "Zerix_ElementSettingData",     "Zerix_ElementStatisticalData",
-                                            "Zerix_PortDiagnosticSetting",  "Zerix_AffectedJobElement"};
+                                            "Zerix_PortDiagnosticSetting",  "Zerix_PortIPConfiguration",
+                                            "Zerix_AffectedJobElement"};
 
-// The associations of a port, which share one implementation.
 class Associations : public testing::Test
 {
 protected:
@@ -15,6 +15,7 @@ protected:
         m_world.adapters.set({fakes::adapter(1), fakes::adapter(2)});
         m_world.adapters.set({fakes::address(2, "192.0.2.2"), fakes::address(1, "192.0.2.1"),
                               fakes::address(2, "fe80::2", broker::AddressFamily::IPV6)});
+        m_world.adapters.set({fakes::ipConfiguration(3), fakes::ipConfiguration(1)});
     }
 
     const std::vector<broker::InstanceStore::Record>& records(const std::string& className)

@@ -69,56 +69,36 @@ TEST(EthernetPortValues, Port_showsItsAdapter)
 class EthernetPort : public fakes::ClassTest
 {
 protected:
-    EthernetPort() : ClassTest("Zerix_EthernetPort") { setAdapters(); }
-
-    void setAdapters() { m_world.adapters.set({m_adapter, fakes::adapter(5)}); }
-
-    broker::Adapter m_adapter = fakes::adapter(4);
+    EthernetPort() : ClassTest("Zerix_EthernetPort") { m_world.adapters.set({fakes::adapter(4), fakes::adapter(5)}); }
 };
 
 TEST_F(EthernetPort, Link_isReadOnceForAnInstance)
 {
     EXPECT_EQ(records().size(), 2U);
     EXPECT_EQ(m_world.adapters.linkReads, 2);
-}
-
-TEST_F(EthernetPort, Adapter_withoutHardware_isNotAskedForItsLink)
-{
-    m_world.adapters.set({fakes::adapter(4), Adapter{}});
-    EXPECT_EQ(records().size(), 2U);
-    EXPECT_EQ(m_world.adapters.linkReads, 1);
-}
-
-TEST_F(EthernetPort, Get_readsTheLinkOfItsAdapterOnly)
-{
     const std::string path = records()[1].instance->toPathString();
-    m_world.adapters.linkReads = 0;
     m_workspace.begin("Zerix_EthernetPort");
+    m_world.adapters.linkReads = 0;
     EXPECT_NE(m_workspace.find(core::CimPath(path)), nullptr);
-    EXPECT_EQ(m_world.adapters.linkReads, 1);
+    EXPECT_EQ(m_world.adapters.linkReads, 1) << "the link of that port alone";
 }
 
-TEST_F(EthernetPort, ReferenceToAPort_readsNoLink)
+TEST_F(EthernetPort, Link_thatIsNotShown_isNotRead)
 {
     m_workspace.begin("Zerix_ElementConformsToProfile");
     EXPECT_EQ(m_workspace.instances("Zerix_ElementConformsToProfile")->records().size(), 2U);
     EXPECT_EQ(m_world.adapters.linkReads, 0);
-}
-
-TEST_F(EthernetPort, AdaptersOfOneAddress_areTwoPorts)
-{
-    broker::Adapter twin = m_adapter;
-    twin.guid = fakes::adapter(5).guid;
-    m_world.adapters.set({m_adapter, twin});
-    ASSERT_EQ(records().size(), 2U);
-    EXPECT_NE(records()[0].instance->toPathString(), records()[1].instance->toPathString());
+    m_world.adapters.set({fakes::adapter(4), Adapter{}});
+    EXPECT_EQ(records().size(), 2U);
+    EXPECT_EQ(m_world.adapters.linkReads, 1) << "without hardware there is no link";
 }
 
 TEST_F(EthernetPort, RenamedAdapter_staysItsInstance)
 {
     const core::CimInstance* before = &instance();
-    m_adapter.name = "uplink";
-    setAdapters();
+    Adapter renamed = fakes::adapter(4);
+    renamed.name = "uplink";
+    m_world.adapters.set({renamed, fakes::adapter(5)});
     EXPECT_EQ(&instance(), before);
     EXPECT_EQ(value("Name"), "uplink");
 }

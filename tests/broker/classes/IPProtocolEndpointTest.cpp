@@ -62,13 +62,4 @@ TEST_F(IPProtocolEndpoint, Origin_linkLocalRange_isLinkLocal)
     }
 }
 
-TEST_F(IPProtocolEndpoint, AddressOnTwoAdapters_isTwoEndpoints)
-{
-    const Address one = fakes::address(4, "fe80::1", AddressFamily::IPV6);
-    const Address other = fakes::address(5, "fe80::1", AddressFamily::IPV6);
-    m_world.adapters.set({one, other});
-    ASSERT_EQ(records().size(), 2U);
-    EXPECT_NE(records()[0].instance->toPathString(), records()[1].instance->toPathString());
-}
-
 }  // namespace
