@@ -1,10 +1,7 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "Os/Windows/Platform.h"
 #include "core/CimBroker.h"
@@ -41,23 +38,6 @@ public:
     {
         core::CimPath path(text);
         return function<core::CimInstance* (*)(core::CimBroker*, core::CimPath&)>(GET_INSTANCE)(broker(), path);
-    }
-
-    std::vector<std::string> exports() const
-    {
-        const auto* base = reinterpret_cast<const char*>(m_module);
-        const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-        const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-        const auto* directory = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(
-            base + headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress);
-        const auto* names = reinterpret_cast<const DWORD*>(base + directory->AddressOfNames);
-        std::vector<std::string> result;
-        for (DWORD i = 0; i < directory->NumberOfNames; ++i) {
-            result.emplace_back(base + names[i]);
-        }
-        // An entry without a name would be an export as well.
-        EXPECT_EQ(directory->NumberOfFunctions, directory->NumberOfNames);
-        return result;
     }
 
 private:

@@ -3,13 +3,14 @@
 
 #include <array>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "broker/windows/LinkSpeed.h"
 #include "broker/windows/PlatformAdapters.h"
-#include "support/ImportHook.h"
 #include "support/LogCapture.h"
+#include "support/WrappedImport.h"
 
 namespace {
 
@@ -58,16 +59,13 @@ HANDLE WINAPI openDevice(LPCSTR name, DWORD access, DWORD /*share*/, LPSECURITY_
     return handle();
 }
 
-BOOL WINAPI closeDevice(HANDLE closing)
-{
-    static const auto close = reinterpret_cast<decltype(&CloseHandle)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "CloseHandle")));
+constexpr auto closeDevice = [](auto original, HANDLE closing) -> BOOL {
     if (closing != handle()) {
-        return close(closing);
+        return original(closing);
     }
     ++device.closed;
     return TRUE;
-}
+};
 
 BOOL answer(const void* content, DWORD length, LPVOID buffer, DWORD capacity, LPDWORD size)
 {
@@ -97,7 +95,9 @@ BOOL WINAPI askDevice(HANDLE asked, DWORD code, LPVOID question, DWORD questionS
 class LinkDetails : public testing::Test
 {
 protected:
-    LinkDetails()
+    LinkDetails() { reset(); }
+
+    static void reset()
     {
         device = {};
         device.state[DUPLEX_STATE] = 2;
@@ -118,7 +118,8 @@ protected:
     support::LogCapture m_log{1};
     support::ImportHook m_open{"CreateFileA", &openDevice};
     support::ImportHook m_ask{"DeviceIoControl", &askDevice};
-    support::ImportHook m_close{"CloseHandle", &closeDevice};
+    std::unique_ptr<support::ImportHook> m_close =
+        support::WrappedImport<decltype(CloseHandle), closeDevice>::install("CloseHandle", nullptr);
     broker::PlatformAdapters m_source;
 };
 
@@ -130,57 +131,40 @@ TEST_F(LinkDetails, Device_isOpenedByGuid_askedAndClosed)
     EXPECT_EQ(device.closed, 1);
 }
 
+struct Answer
+{
+    const char* name;
+    void (*change)();
+    const char* read;
+};
+
+const Answer ANSWERS[]{
+    {"the speed is refused", [] { device.answersSpeed = false; }, "unknown full"},
+    {"the state is refused", [] { device.answersState = false; }, "10000000000 unknown"},
+    {"answers that are too short", [] { device.missingBytes = 1; }, "unknown unknown"},
+    {"no speed", [] { device.speeds[0] = 0; }, "unknown full"},
+    {"all ones as the speed", [] { device.speeds[0] = ~ULONG64{0}; }, "unknown full"},
+    {"an unknown duplex mode", [] { device.state[DUPLEX_STATE] = 0; }, "10000000000 unknown"},
+    {"half duplex", [] { device.state[DUPLEX_STATE] = 1; }, "10000000000 half"},
+};
+
+TEST_F(LinkDetails, EachAnswer_isReadAlone)
+{
+    for (const Answer& answer : ANSWERS) {
+        reset();
+        answer.change();
+        EXPECT_EQ(read(), answer.read) << answer.name;
+        EXPECT_EQ(device.closed, 1) << answer.name;
+    }
+    EXPECT_THAT(m_log.events(), IsEmpty());
+}
+
 TEST_F(LinkDetails, DeviceThatCannotBeOpened_isUnknown)
 {
     device.canBeOpened = false;
     EXPECT_EQ(read(), "unknown unknown");
     EXPECT_EQ(device.closed, 0);
     EXPECT_THAT(m_log.events(), IsEmpty());
-}
-
-TEST_F(LinkDetails, RefusedQuestion_leavesTheOtherAnswer)
-{
-    device.answersSpeed = false;
-    EXPECT_EQ(read(), "unknown full");
-    device.answersSpeed = true;
-    device.answersState = false;
-    EXPECT_EQ(read(), "10000000000 unknown");
-    EXPECT_EQ(device.closed, 2);
-    EXPECT_THAT(m_log.events(), IsEmpty());
-}
-
-TEST_F(LinkDetails, ShortAnswer_isNone)
-{
-    device.missingBytes = 1;
-    EXPECT_EQ(read(), "unknown unknown");
-}
-
-TEST_F(LinkDetails, SpeedThatTheDriverLacks_isUnknown)
-{
-    for (const ULONG64 lacking : {ULONG64{0}, ~ULONG64{0}}) {
-        device.speeds[0] = lacking;
-        EXPECT_EQ(read(), "unknown full");
-    }
-}
-
-TEST_F(LinkDetails, DuplexState_followsTheDrivers)
-{
-    device.state[DUPLEX_STATE] = 0;
-    EXPECT_EQ(read(), "10000000000 unknown");
-    device.state[DUPLEX_STATE] = 1;
-    EXPECT_EQ(read(), "10000000000 half");
-}
-
-// Wine creates no devices for adapters.
-TEST(LinkDetailsHere, EveryAdapter_isAskedWithoutAFailure)
-{
-    const support::LogCapture log(1);
-    broker::PlatformAdapters source;
-    for (const broker::Adapter& adapter : source.readAdapters()) {
-        const broker::LinkDetails link = source.readLinkDetails(adapter);
-        EXPECT_TRUE(!link.maxSpeed || !adapter.transmitSpeed || *link.maxSpeed >= *adapter.transmitSpeed);
-    }
-    EXPECT_THAT(log.events(), IsEmpty());
 }
 
 }  // namespace

@@ -1,34 +1,25 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <future>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "Os/Windows/Platform.h"
 #include "broker/Properties.h"
 #include "broker/windows/BrokerLibrary.h"
 #include "broker/windows/RegistryStorage.h"
-#include "broker/windows/ServiceRegistry.h"
 #include "core/CimBroker.h"
 #include "core/CimPropertyTypes.h"
-#include "support/ImportHook.h"
+#include "support/WrappedImport.h"
 
 namespace {
 
-using support::GET_BROKER;
-using support::GET_INSTANCE;
 using support::Library;
 using support::setSamplePeriod;
 using support::startDiagnostic;
-using testing::ElementsAre;
-
-TEST(Module, Exports_areTheTwoEntryPoints)
-{
-    EXPECT_THAT(Library().exports(), ElementsAre(GET_BROKER, GET_INSTANCE));
-}
 
 TEST(Module, Broker_isTheSameOnEachCall)
 {
@@ -41,46 +32,25 @@ TEST(Module, Broker_isTheSameOnEachCall)
     EXPECT_EQ(others, broker);
 }
 
-TEST(Module, EachInstance_isFoundByItsPath)
-{
-    const Library library;
-    for (const char* className :
-         {"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_IPProtocolEndpoint", "Zerix_SoftwareIdentity",
-          "Zerix_RegisteredProfile", "Zerix_PortImplementsEndpoint", "Zerix_ElementConformsToProfile",
-          "Zerix_AdapterSetting", "Zerix_ElementSettingData", "Zerix_DiagnosticSetting"})
-    {
-        auto listed = library.broker()->getInstances(className);
-        const std::vector<std::string> listedPaths = support::paths(listed);
-        EXPECT_FALSE(listedPaths.empty()) << className;
-        for (const std::string& path : listedPaths) {
-            core::CimInstance* found = library.find(path);
-            ASSERT_NE(found, nullptr) << path;
-            EXPECT_EQ(found->toPathString(), path);
-        }
-    }
-}
-
 TEST(Module, Unloading_whileThreadsHoldInstances_works)
 {
-    const HANDLE done = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    const HANDLE held = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    std::promise<void> held;
+    std::promise<void> end;
     std::thread holder;
     {
         const Library library;
-        holder = std::thread([&library, done, held] {
+        holder = std::thread([&] {
             library.broker()->getInstances("Zerix_EthernetPort");
-            SetEvent(held);
-            WaitForSingleObject(done, INFINITE);
+            held.set_value();
+            end.get_future().wait();
         });
-        WaitForSingleObject(held, INFINITE);
+        held.get_future().wait();
         library.broker()->getInstances("Zerix_EthernetPort");
     }
     EXPECT_EQ(GetModuleHandleA("ZerixCimCore.dll"), nullptr);
     // The thread ends after the module that it has used.
-    SetEvent(done);
+    end.set_value();
     holder.join();
-    CloseHandle(done);
-    CloseHandle(held);
     EXPECT_GT(Library().broker()->getInstances("Zerix_EthernetPort").size(), 0U);
 }
 
@@ -135,9 +105,9 @@ TEST(Module, RunningJob_holdsTheModule)
     EXPECT_TRUE(unloads());
 }
 
+// The job would take ten hours.
 TEST(Module, DeletedJob_releasesTheModuleAtOnce)
 {
-    const auto begin = GetTickCount64();
     {
         const Library library;
         setSamplePeriod(library, 60'000);
@@ -148,7 +118,6 @@ TEST(Module, DeletedJob_releasesTheModuleAtOnce)
         EXPECT_EQ(library.find(path), nullptr);
     }
     EXPECT_TRUE(unloads());
-    EXPECT_LT(GetTickCount64() - begin, 8'000U);
 }
 
 TEST(Module, ProcessEnd_whileAJobRuns_isClean)
@@ -163,74 +132,84 @@ TEST(Module, ProcessEnd_whileAJobRuns_isClean)
         testing::ExitedWithCode(0), "");
 }
 
-TEST(Module, Settings_outliveTheModule)
+// The registry as in WMI's host process, which runs under a service account and may write only below the existing keys
+// of jobs and results. A thread with a client's token may not write even there.
+const std::array<std::string, 2> KEYS_OF_JOBS{"Software\\Vexal\\DRAVEv2\\Jobs", "Software\\Vexal\\DRAVEv2\\Results"};
+std::atomic<int> deniedAccesses{0};
+
+bool isClient()
 {
-    std::string path;
-    {
-        const Library library;
-        path = support::firstPath(library, "Zerix_AdapterSetting");
-        support::change<core::CimPropertyString>(library, path, "ElementName", "Uplink");
+    HANDLE token = nullptr;
+    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)) {
+        return GetLastError() != ERROR_NO_TOKEN;
     }
-    ASSERT_TRUE(unloads());
-    {
-        const Library library;
-        core::CimInstance* setting = library.find(path);
-        ASSERT_NE(setting, nullptr);
-        EXPECT_EQ(support::value(*setting, "ElementName"), "Uplink");
-    }
-    EXPECT_EQ(RegDeleteTreeA(HKEY_LOCAL_MACHINE, "Software\\Vexal\\DRAVEv2\\Adapters"), ERROR_SUCCESS);
+    CloseHandle(token);
+    return true;
 }
 
-bool isStored(const std::string& id)
+LSTATUS WINAPI openAsService(HKEY root, LPCSTR path, DWORD options, REGSAM access, PHKEY key)
 {
-    return broker::RegistryStorage().read("Jobs").value().contains(id);
+    constexpr REGSAM WRITING = KEY_SET_VALUE | KEY_CREATE_SUB_KEY | DELETE | WRITE_DAC | WRITE_OWNER;
+    const bool isOfJobs = std::find(KEYS_OF_JOBS.begin(), KEYS_OF_JOBS.end(), path) != KEYS_OF_JOBS.end();
+    if ((access & WRITING) != 0 && isClient() == isOfJobs) {
+        ++deniedAccesses;
+        return ERROR_ACCESS_DENIED;
+    }
+    return RegOpenKeyExA(root, path, options, access, key);
 }
 
-// The process may write only below these two keys, and its clients may not write there.
+// A process that may not write above the key cannot create it.
+LSTATUS WINAPI createAsService(HKEY root, LPCSTR path, DWORD reserved, LPSTR className, DWORD options, REGSAM access,
+                               LPSECURITY_ATTRIBUTES security, PHKEY key, LPDWORD disposition)
+{
+    const LSTATUS status = openAsService(root, path, options, access, key);
+    if (status == ERROR_FILE_NOT_FOUND && isClient()) {
+        return RegCreateKeyExA(root, path, reserved, className, options, access, security, key, disposition);
+    }
+    deniedAccesses += status == ERROR_FILE_NOT_FOUND ? 1 : 0;
+    return status;
+}
+
 TEST(Module, Jobs_areStoredAsTheProcessAlone)
 {
     const Library library;
     setSamplePeriod(library, 60'000);
-    for (const char* key : {"Software\\Vexal\\DRAVEv2\\Jobs", "Software\\Vexal\\DRAVEv2\\Results"}) {
-        HKEY made = nullptr;
-        RegCreateKeyExA(HKEY_LOCAL_MACHINE, key, 0, nullptr, 0, KEY_READ, nullptr, &made, nullptr);
-        RegCloseKey(made);
+    for (const std::string& path : KEYS_OF_JOBS) {
+        HKEY key = nullptr;
+        RegCreateKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_READ, nullptr, &key, nullptr);
+        RegCloseKey(key);
     }
-    const support::ServiceRegistry registry(GetModuleHandleA("ZerixCimCore.dll"));
+    const HMODULE module = GetModuleHandleA("ZerixCimCore.dll");
+    const support::ImportHook open("RegOpenKeyExA", &openAsService, module);
+    const support::ImportHook create("RegCreateKeyExA", &createAsService, module);
     ASSERT_TRUE(ImpersonateSelf(SecurityImpersonation));
     const std::string path = startDiagnostic(library, 600);
     ASSERT_NE(path, "");
     const std::string id = support::value(*library.find(path), "InstanceID");
-    EXPECT_TRUE(isStored(id));
+    const auto isStored = [&id] { return broker::RegistryStorage().read("Jobs").value().contains(id); };
+    EXPECT_TRUE(isStored());
     library.find(path)->markForDeletion(true);
-    EXPECT_FALSE(isStored(id));
+    EXPECT_FALSE(isStored());
     // A client's changes of settings are written under the client's identity.
     restoreDefaults(library);
     RevertToSelf();
-    EXPECT_EQ(registry.refused(), 0);
+    EXPECT_EQ(deniedAccesses, 0);
 }
 
 // Counted on the thread that unloads the module.
 std::atomic<int> callsAtDetach{0};
 std::atomic<DWORD> unloadingThread{0};
 
-template <class Function>
-struct Counted;
-template <class Result, class... Arguments>
-struct Counted<Result(WINAPI*)(Arguments...)>
-{
-    static Result WINAPI call(Arguments... /*arguments*/)
-    {
-        callsAtDetach += GetCurrentThreadId() == unloadingThread ? 1 : 0;
-        return {};
-    }
+constexpr auto counted = [](auto original, auto... arguments) {
+    callsAtDetach += GetCurrentThreadId() == unloadingThread ? 1 : 0;
+    return original(arguments...);
 };
 
 // Counts the library's calls of the function from now on.
 template <class Function>
 void count(const char* name)
 {
-    support::ImportHook(name, &Counted<Function>::call, GetModuleHandleA("ZerixCimCore.dll")).abandon();
+    support::WrappedImport<Function, counted>::install(name, GetModuleHandleA("ZerixCimCore.dll"))->abandon();
 }
 
 TEST(Module, Detach_callsNeitherRegistryNorEventLog)
@@ -240,13 +219,13 @@ TEST(Module, Detach_callsNeitherRegistryNorEventLog)
         library.broker()->getInstances("Zerix_ConcreteJob");
         library.broker()->getInstances("Zerix_AdapterSetting");
         unloadingThread = GetCurrentThreadId();
-        count<decltype(&RegOpenKeyExA)>("RegOpenKeyExA");
-        count<decltype(&RegCreateKeyExA)>("RegCreateKeyExA");
-        count<decltype(&RegSetValueExA)>("RegSetValueExA");
-        count<decltype(&RegDeleteValueA)>("RegDeleteValueA");
-        count<decltype(&RegCloseKey)>("RegCloseKey");
-        count<decltype(&RegNotifyChangeKeyValue)>("RegNotifyChangeKeyValue");
-        count<decltype(&ReportEventA)>("ReportEventA");
+        count<decltype(RegOpenKeyExA)>("RegOpenKeyExA");
+        count<decltype(RegCreateKeyExA)>("RegCreateKeyExA");
+        count<decltype(RegSetValueExA)>("RegSetValueExA");
+        count<decltype(RegDeleteValueA)>("RegDeleteValueA");
+        count<decltype(RegCloseKey)>("RegCloseKey");
+        count<decltype(RegNotifyChangeKeyValue)>("RegNotifyChangeKeyValue");
+        count<decltype(ReportEventA)>("ReportEventA");
     }
     EXPECT_TRUE(unloads());
     EXPECT_EQ(callsAtDetach, 0);
