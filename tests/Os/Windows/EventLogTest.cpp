@@ -44,6 +44,9 @@ void WINAPI print(LPCSTR text)
 
 class EventLogTest : public testing::Test
 {
+protected:
+    EventLogTest() { calls.clear(); }
+
 private:
     support::ImportHook m_open{"RegisterEventSourceA", &openSource};
     support::ImportHook m_report{"ReportEventA", &report};
