@@ -31,7 +31,7 @@ nlohmann::json countOf(const std::vector<HMODULE>& modules, const std::function<
 }
 
 // Measures a later request, after the work of the first use.
-nlohmann::json countWarm(const ProviderModule& module, const std::function<void()>& request)
+nlohmann::json countWarm(const support::ProviderModule& module, const std::function<void()>& request)
 {
     request();
     return countOf({module.handle()}, request);
@@ -47,9 +47,9 @@ std::function<void()> repeated(std::size_t times, std::function<void()> request)
     };
 }
 
-void countKinds(const ProviderModule& module, nlohmann::json& table)
+void countKinds(const support::ProviderModule& module, nlohmann::json& table)
 {
-    const BenchmarksBroker benchmarksBroker(module.handle());
+    const BenchmarksBroker benchmarksBroker(module);
     for (const std::size_t instances : SIZES) {
         Broker broker(instances);
         Client client(module, broker);
@@ -67,7 +67,7 @@ void countKinds(const ProviderModule& module, nlohmann::json& table)
 
 // The shipped ports: the first request of a thread, which keeps no ports yet, a later request, and the first request of
 // a new thread.
-void countPorts(const ProviderModule& module, nlohmann::json& table)
+void countPorts(const support::ProviderModule& module, nlohmann::json& table)
 {
     PortClient client(module);
     const std::vector<HMODULE> modules{module.handle(), PortClient::broker()};
@@ -88,7 +88,7 @@ void countPorts(const ProviderModule& module, nlohmann::json& table)
 
 nlohmann::json countRequests()
 {
-    const ProviderModule module;
+    const support::ProviderModule module;
     const CallContext context;
     nlohmann::json table;
     countKinds(module, table);

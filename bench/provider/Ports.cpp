@@ -17,20 +17,7 @@ HRESULT AnyObject::SpawnInstance(LONG /*flags*/, IWbemClassObject** instance)
     return WBEM_S_NO_ERROR;
 }
 
-HRESULT AnyNamespace::GetObject(BSTR /*path*/, LONG /*flags*/, IWbemContext* /*context*/, IWbemClassObject** object,
-                                IWbemCallResult** /*result*/)
-{
-    *object = &m_object;
-    return WBEM_S_NO_ERROR;
-}
-
-HRESULT CountingSink::Indicate(LONG count, IWbemClassObject** /*objects*/)
-{
-    m_objects += static_cast<std::size_t>(count);
-    return WBEM_S_NO_ERROR;
-}
-
-PortClient::PortClient(const ProviderModule& module) : m_provider(module.create(m_namespace))
+PortClient::PortClient(const support::ProviderModule& module) : m_provider(createProvider(module, m_namespace))
 {
     *m_ports.out() = SysAllocString(L"Zerix_EthernetPort");
     *m_identities.out() = SysAllocString(L"Zerix_SoftwareIdentity");
@@ -43,10 +30,10 @@ HMODULE PortClient::broker()
 
 void PortClient::enumerate()
 {
-    const std::size_t objects = m_sink.objects();
-    const std::size_t values = m_object.valuesPut();
+    const std::size_t values = m_object.valueCount();
+    m_sink.take();
     request(m_ports.get());
-    if (m_sink.objects() - objects != m_adapters.count || m_object.valuesPut() == values) {
+    if (m_sink.take().objects != m_adapters.count || m_object.valueCount() == values) {
         throw std::runtime_error("the ports are not the adapters");
     }
 }

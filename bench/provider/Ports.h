@@ -4,10 +4,8 @@
 #include <thread>
 
 #include "Os/Windows/ComScope.h"
-#include "adapters/wmi/RefusingServices.h"
 #include "bench/provider/Requests.h"
 #include "bench/provider/WmiObjects.h"
-#include "fakes/RefusingObjects.h"
 #include "support/MadeUpAdapters.h"
 #include "support/PrivateRegistry.h"
 
@@ -16,10 +14,10 @@
 namespace bench {
 
 // Serves as any class and as any instance. Accepts every value and counts the values.
-class AnyObject final : public Unowned<IWbemClassObject, support::RefusingClassObject>
+class AnyObject final : public Unowned<IWbemClassObject, CountedObject>
 {
 public:
-    std::size_t valuesPut() const noexcept { return m_values; }
+    std::size_t valueCount() const noexcept override { return m_values; }
 
     HRESULT STDMETHODCALLTYPE Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type) override;
     HRESULT STDMETHODCALLTYPE SpawnInstance(LONG flags, IWbemClassObject** instance) override;
@@ -36,38 +34,12 @@ private:
     std::size_t m_values = 0;
 };
 
-// A namespace that has every class.
-class AnyNamespace final : public Unowned<IWbemServices, wa::RefusingServices>
-{
-public:
-    explicit AnyNamespace(AnyObject& object) : m_object(object) {}
-
-    HRESULT STDMETHODCALLTYPE GetObject(BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,
-                                        IWbemCallResult** result) override;
-
-private:
-    AnyObject& m_object;
-};
-
-// Counts the objects that it receives.
-class CountingSink final : public Unowned<IWbemObjectSink>
-{
-public:
-    std::size_t objects() const noexcept { return m_objects; }
-
-    HRESULT STDMETHODCALLTYPE Indicate(LONG count, IWbemClassObject** objects) override;
-    HRESULT STDMETHODCALLTYPE SetStatus(LONG, HRESULT, BSTR, IWbemClassObject*) override { return WBEM_S_NO_ERROR; }
-
-private:
-    std::size_t m_objects = 0;
-};
-
 // A client of the shipped provider and broker. Its requests may come from any thread that serves a call (CallContext),
 // one at a time.
 class PortClient
 {
 public:
-    explicit PortClient(const ProviderModule& module);
+    explicit PortClient(const support::ProviderModule& module);
 
     // Enumerates all ports. Throws std::runtime_error if a port is missing, is unexpected, or has no values.
     void enumerate();
@@ -100,9 +72,10 @@ private:
     support::PrivateRegistry m_registry;
     support::MadeUpAdapters m_adapters{broker()};
     AnyObject m_object;
-    AnyNamespace m_namespace{m_object};
-    CountingSink m_sink;
-    Context m_context;
+    Namespace m_namespace{m_object};
+    Sink m_sink;
+    support::CallLog m_calls;
+    support::FakeContext m_context{m_calls};
     utils::ScopedBstr m_ports;
     utils::ScopedBstr m_identities;
     utils::ComReference<IWbemServices> m_provider;

@@ -3,28 +3,11 @@
 #include <stdexcept>
 #include <string>
 
-#include "adapters/wmi/ProviderIdentity.h"
 #include "core/CimPropertyTypes.h"
 
 namespace bench {
 
 namespace {
-
-HMODULE load()
-{
-    const HMODULE module = LoadLibraryA("ZerixDRAVEv2Provider.dll");
-    if (module == nullptr) {
-        throw std::runtime_error("cannot load the provider");
-    }
-    return module;
-}
-
-void require(HRESULT hr, const char* what)
-{
-    if (hr != S_OK) {
-        throw std::runtime_error(std::string(what) + " failed");
-    }
-}
 
 // From here to the end of the scope, a request impersonates its client.
 class FloorImpersonation
@@ -66,33 +49,22 @@ void PropertyBlocks::add()
     m_blocks[m_count++] = ::operator new(sizeof(core::CimPropertyString));
 }
 
-ProviderModule::ProviderModule() : m_module(load()) {}
-
-utils::ComReference<IWbemServices> ProviderModule::create(IWbemServices& nameSpace) const
+utils::ComReference<IWbemServices> createProvider(const support::ProviderModule& module, IWbemServices& nameSpace)
 {
-    const FARPROC entry = GetProcAddress(m_module, "DllGetClassObject");
-    if (entry == nullptr) {
-        throw std::runtime_error("the provider has no class objects");
-    }
-    const auto getClassObject = reinterpret_cast<LPFNGETCLASSOBJECT>(reinterpret_cast<void*>(entry));
-    utils::ComReference<IClassFactory> factory;
-    require(getClassObject(identity::PROVIDER_CLSID, IID_IClassFactory, reinterpret_cast<void**>(factory.out())),
-            "DllGetClassObject");
-    utils::ComReference<IWbemProviderInit> init;
-    require(factory->CreateInstance(nullptr, IID_IWbemProviderInit, reinterpret_cast<void**>(init.out())),
-            "CreateInstance");
-    InitSink answer;
-    require(init->Initialize(nullptr, 0, nullptr, nullptr, &nameSpace, nullptr, &answer), "Initialize");
-    require(answer.status, "initialisation");
     utils::ComReference<IWbemServices> provider;
-    require(init->QueryInterface(IID_IWbemServices, reinterpret_cast<void**>(provider.out())), "QueryInterface");
+    *provider.out() = module.createProvider();
+    utils::ComReference<IWbemProviderInit> init;
+    provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
+    if (FAILED(init->Initialize(nullptr, 0, nullptr, nullptr, &nameSpace, nullptr, nullptr))) {
+        throw std::runtime_error("the provider refuses the namespace");
+    }
     return provider;
 }
 
-Client::Client(const ProviderModule& module, Broker& broker)
+Client::Client(const support::ProviderModule& module, Broker& broker)
     : m_broker(broker),
-      m_namespace(broker.size()),
-      m_provider(module.create(m_namespace)),
+      m_pool(broker.size()),
+      m_provider(createProvider(module, m_namespace)),
       m_parsedPath("Zerix_BenchPort.DeviceID=\"adapter\"")
 {
     *m_className.out() = SysAllocString(WIDE_CLASS_NAME);
@@ -102,10 +74,10 @@ Client::Client(const ProviderModule& module, Broker& broker)
         *m_values[i].address() = valueOf(PROPERTIES[i].type);
         *m_emptyValues[i].address() = emptyValueOf(PROPERTIES[i].type);
     }
-    ClassObject* const changed = m_namespace.take();
+    ClassObject* const changed = m_pool.take();
     changed->fill();
     m_changed = changed;
-    ClassObject* const inputs = m_namespace.take();
+    ClassObject* const inputs = m_pool.take();
     inputs->fill();
     inputs->setKeyed(false);
     m_inputs = inputs;

@@ -9,39 +9,23 @@
 #include "bench/provider/Broker.h"
 #include "bench/provider/KernelCalls.h"
 #include "bench/provider/WmiObjects.h"
+#include "fakes/FakeContext.h"
+#include "fakes/ProviderModule.h"
 
 namespace bench {
 
-// The shipped provider DLL.
-class ProviderModule
-{
-public:
-    // Throws std::runtime_error when the DLL cannot be loaded.
-    ProviderModule();
-
-    HMODULE handle() const noexcept { return m_module; }
-
-    // A provider that is initialised for the namespace. Throws std::runtime_error.
-    utils::ComReference<IWbemServices> create(IWbemServices& nameSpace) const;
-
-private:
-    HMODULE m_module;
-};
-
 // While it lives, the provider calls Broker instead of the real broker.
-class BenchmarksBroker
+class BenchmarksBroker : support::ReplacedBroker
 {
 public:
-    explicit BenchmarksBroker(HMODULE provider)
-        : m_broker("_ZN4core12GetCimBrokerEv", &Broker::inUse, provider),
-          m_find("_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE", &Broker::find, provider)
+    explicit BenchmarksBroker(const support::ProviderModule& module)
+        : ReplacedBroker(module.handle(), &Broker::inUse, &Broker::find)
     {
     }
-
-private:
-    support::ImportHook m_broker;
-    support::ImportHook m_find;
 };
+
+// A provider of the module that is initialised for the namespace. Throws std::runtime_error.
+utils::ComReference<IWbemServices> createProvider(const support::ProviderModule& module, IWbemServices& nameSpace);
 
 // A list of properties for the broker. Each property is one heap block; the list frees them.
 class PropertyBlocks
@@ -63,7 +47,7 @@ private:
 class Client
 {
 public:
-    Client(const ProviderModule& module, Broker& broker);
+    Client(const support::ProviderModule& module, Broker& broker);
 
     // The results of the requests since the last call.
     Sink::Told take() noexcept { return m_sink.take(); }
@@ -95,9 +79,11 @@ private:
 
     Broker& m_broker;
     bool m_allowed = false;
-    Namespace m_namespace;
+    ObjectPool m_pool;
+    Namespace m_namespace{m_pool.definition()};
     Sink m_sink;
-    Context m_context;
+    support::CallLog m_calls;
+    support::FakeContext m_context{m_calls};
     utils::ComReference<IWbemServices> m_provider;
 
     // The floors call through the interfaces because the provider must do so too.

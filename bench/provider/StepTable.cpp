@@ -63,9 +63,9 @@ void stepKind(const RequestKind& kind, Client& client, const KernelCalls& kernel
     client.take();
 }
 
-void stepKinds(const ProviderModule& module)
+void stepKinds(const support::ProviderModule& module)
 {
-    const BenchmarksBroker benchmarksBroker(module.handle());
+    const BenchmarksBroker benchmarksBroker(module);
     const KernelCalls kernel({module.handle()}, Kernel::NONE);
     Broker broker(1);
     Client client(module, broker);
@@ -91,12 +91,13 @@ void stepAnswers(PortClient& client, const std::string& adapters)
 
 void stepRequests()
 {
-    const ProviderModule module;
+    // These live until the process ends: the broker holds handles that were made under the second and must be closed
+    // under it.
+    static const support::ProviderModule module;
     const CallContext context;
     markModules();
     fillHeaps();
     stepKinds(module);
-    // Lives until the process ends: the broker holds handles that were made under it and must be closed under it.
     static const KernelCalls kernel({module.handle(), PortClient::broker()}, Kernel::NONE);
     PortClient client(module);
     for (const std::size_t adapters : {1, 3}) {

@@ -58,8 +58,8 @@ Comparison compareKind(const RequestKind& kind, Client& client, const KernelCall
 
 Json timeRequests()
 {
-    const ProviderModule module;
-    const BenchmarksBroker benchmarksBroker(module.handle());
+    const support::ProviderModule module;
+    const BenchmarksBroker benchmarksBroker(module);
     const CallContext context;
     Json rows = Json::array();
     for (const Kernel kernel : {Kernel::NONE, Kernel::REAL}) {
@@ -81,7 +81,7 @@ Json timeRequests()
 namespace {
 
 // Requests of increasing size, for a plot.
-Json timeCurve(const ProviderModule& module, const KernelCalls& kernel)
+Json timeCurve(const support::ProviderModule& module, const KernelCalls& kernel)
 {
     Json curve = Json::array();
     for (const std::size_t instances : {50, 100, 200, 500, 1000, 2000}) {
@@ -98,8 +98,8 @@ Json timeGrowth()
 {
     constexpr std::size_t FEW = 100;
     constexpr std::size_t MANY = 10000;
-    const ProviderModule module;
-    const BenchmarksBroker benchmarksBroker(module.handle());
+    const support::ProviderModule module;
+    const BenchmarksBroker benchmarksBroker(module);
     const CallContext context;
     const KernelCalls kernel({module.handle()}, Kernel::NONE);
     Broker manyBroker(MANY);
@@ -206,8 +206,8 @@ Json timeThreads()
     constexpr std::size_t INSTANCES = 100;
     constexpr std::size_t REQUESTS = 4;
     constexpr std::size_t SHORT_RUNS = 201;
-    const ProviderModule module;
-    const BenchmarksBroker benchmarksBroker(module.handle());
+    const support::ProviderModule module;
+    const BenchmarksBroker benchmarksBroker(module);
     const CallContext context;
     const KernelCalls kernel({module.handle()}, Kernel::NONE);
     Broker broker(INSTANCES);
@@ -247,8 +247,8 @@ void repeatRequest(const std::string& name, double seconds)
         throw std::runtime_error("no request " + name);
     }
     const RequestKind& kind = name == ENUMERATE.name ? ENUMERATE : *single;
-    const ProviderModule module;
-    const BenchmarksBroker benchmarksBroker(module.handle());
+    const support::ProviderModule module;
+    const BenchmarksBroker benchmarksBroker(module);
     const CallContext context;
     const KernelCalls kernel({module.handle()}, Kernel::NONE);
     Broker broker(100);

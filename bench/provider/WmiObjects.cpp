@@ -40,7 +40,7 @@ void makeNull(VARIANT& value) noexcept
 
 }  // namespace
 
-ClassObject::ClassObject(Namespace& owner) : m_owner(owner)
+ClassObject::ClassObject(ObjectPool& owner) : m_owner(owner)
 {
     std::for_each(m_values.begin(), m_values.end(), makeNull);
 }
@@ -169,7 +169,7 @@ HRESULT ClassObject::GetMethod(LPCWSTR name, LONG /*flags*/, IWbemClassObject** 
     return WBEM_S_NO_ERROR;
 }
 
-Namespace::Namespace(std::size_t instances)
+ObjectPool::ObjectPool(std::size_t instances)
 {
     // Besides the instances: the class, the signature, and a method's parameters in both directions.
     const std::size_t count = instances + 5;
@@ -183,9 +183,7 @@ Namespace::Namespace(std::size_t instances)
     m_signature = take();
 }
 
-Namespace::~Namespace() = default;
-
-ClassObject* Namespace::take() noexcept
+ClassObject* ObjectPool::take() noexcept
 {
     if (m_idle.empty()) {
         return nullptr;
@@ -196,19 +194,11 @@ ClassObject* Namespace::take() noexcept
     return object;
 }
 
-HRESULT Namespace::QueryInterface(REFIID riid, void** object)
-{
-    return query<IWbemServices>(this, riid, object);
-}
-
-HRESULT Namespace::GetObject(BSTR path, LONG /*flags*/, IWbemContext* /*context*/, IWbemClassObject** object,
+HRESULT Namespace::GetObject(BSTR /*path*/, LONG /*flags*/, IWbemContext* /*context*/, IWbemClassObject** object,
                              IWbemCallResult** /*result*/)
 {
-    if (!sameName(path, WIDE_CLASS_NAME)) {
-        return wa::hresult(WBEM_E_NOT_FOUND);
-    }
-    *object = m_definition;
-    m_definition->AddRef();
+    *object = &m_definition;
+    m_definition.AddRef();
     return WBEM_S_NO_ERROR;
 }
 
@@ -217,16 +207,11 @@ Sink::Told Sink::take() noexcept
     return std::exchange(m_told, {});
 }
 
-HRESULT Sink::QueryInterface(REFIID riid, void** object)
-{
-    return query<IWbemObjectSink>(this, riid, object);
-}
-
 HRESULT Sink::Indicate(LONG count, IWbemClassObject** objects)
 {
     for (LONG i = 0; i < count; ++i) {
         ++m_told.objects;
-        m_told.values += static_cast<ClassObject*>(objects[i])->valueCount();
+        m_told.values += static_cast<CountedObject*>(objects[i])->valueCount();
     }
     return WBEM_S_NO_ERROR;
 }

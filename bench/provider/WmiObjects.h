@@ -13,13 +13,14 @@
 #include "bench/provider/Shape.h"
 #include "fakes/RefusingObjects.h"
 
-// A minimal fake of WMI's side of a request. A class object finds a property by its name without case and copies the
-// values that are put; an enumeration returns copies that its caller frees. A namespace owns its objects and reuses the
-// released ones for the next request, so that no benchmark measures their construction.
-// One thread uses a namespace and all of its objects.
+// A minimal fake of WMI's side of a request. It is lighter than the fakes of the tests, which make a text of each call
+// and would cost more than the provider that is measured. A class object finds a property by its name without case and
+// copies the values that are put; an enumeration returns copies that its caller frees. A pool owns the objects and
+// reuses the released ones for the next request, so that no benchmark measures their construction. One thread uses a
+// pool, its namespace and all of their objects.
 namespace bench {
 
-class Namespace;
+class ObjectPool;
 
 // Answers QueryInterface for the object's interface.
 template <class Interface>
@@ -51,11 +52,22 @@ protected:
     ~Unowned() = default;
 };
 
-// An instance, a class definition or a method's parameters. Each kind has the same twenty properties.
-class ClassObject final : public support::RefusingClassObject
+// An object whose values a sink counts.
+class CountedObject : public support::RefusingClassObject
 {
 public:
-    explicit ClassObject(Namespace& owner);
+    // The properties that are not null.
+    virtual std::size_t valueCount() const noexcept = 0;
+
+protected:
+    ~CountedObject() = default;
+};
+
+// An instance, a class definition or a method's parameters. Each kind has the same twenty properties.
+class ClassObject final : public CountedObject
+{
+public:
+    explicit ClassObject(ObjectPool& owner);
     ClassObject(const ClassObject&) = delete;
     ClassObject& operator=(const ClassObject&) = delete;
     ~ClassObject();
@@ -66,8 +78,7 @@ public:
     // Sets whether the first property is a key. It is a key by default.
     void setKeyed(bool keyed) noexcept { m_keyed = keyed; }
 
-    // The properties that are not null.
-    std::size_t valueCount() const noexcept;
+    std::size_t valueCount() const noexcept override;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
@@ -85,7 +96,7 @@ public:
 private:
     std::size_t find(LPCWSTR name) noexcept;
 
-    Namespace& m_owner;
+    ObjectPool& m_owner;
     ULONG m_references = 0;
     bool m_keyed = true;
     std::array<VARIANT, PROPERTY_COUNT> m_values{};
@@ -95,15 +106,14 @@ private:
     std::size_t m_end = 0;
 };
 
-// Returns the class and refuses every other operation.
-class Namespace final : public wa::RefusingServices
+// The objects of one client.
+class ObjectPool
 {
 public:
     // Holds enough objects for a request that delivers this many instances.
-    explicit Namespace(std::size_t instances);
-    Namespace(const Namespace&) = delete;
-    Namespace& operator=(const Namespace&) = delete;
-    ~Namespace();
+    explicit ObjectPool(std::size_t instances);
+    ObjectPool(const ObjectPool&) = delete;
+    ObjectPool& operator=(const ObjectPool&) = delete;
 
     // Returns an empty object with one reference, or null when all objects are in use.
     ClassObject* take() noexcept;
@@ -112,30 +122,30 @@ public:
     ClassObject& definition() noexcept { return *m_definition; }
     ClassObject& signature() noexcept { return *m_signature; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
-
-    HRESULT STDMETHODCALLTYPE GetObject(BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,
-                                        IWbemCallResult** result) override;
-
 private:
-    ULONG m_references = 1;
     std::vector<std::unique_ptr<ClassObject>> m_objects;
     std::vector<ClassObject*> m_idle;
     ClassObject* m_definition = nullptr;
     ClassObject* m_signature = nullptr;
 };
 
-// Counts the results that it receives. A benchmark checks them, since a failing request would measure nothing useful.
-class Sink final : public IWbemObjectSink
+// Returns the definition as every class, and refuses every other operation.
+class Namespace final : public Unowned<IWbemServices, wa::RefusingServices>
 {
 public:
-    Sink() = default;
-    Sink(const Sink&) = delete;
-    Sink& operator=(const Sink&) = delete;
-    virtual ~Sink() = default;
+    explicit Namespace(IWbemClassObject& definition) : m_definition(definition) {}
 
+    HRESULT STDMETHODCALLTYPE GetObject(BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,
+                                        IWbemCallResult** result) override;
+
+private:
+    IWbemClassObject& m_definition;
+};
+
+// Counts the results that it receives. A benchmark checks them, since a failing request would measure nothing useful.
+class Sink final : public Unowned<IWbemObjectSink>
+{
+public:
     // The number of objects, of their values, and of final statuses equal to 0, since the last call.
     struct Told
     {
@@ -146,33 +156,11 @@ public:
     };
     Told take() noexcept;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
     HRESULT STDMETHODCALLTYPE Indicate(LONG count, IWbemClassObject** objects) override;
     HRESULT STDMETHODCALLTYPE SetStatus(LONG flags, HRESULT result, BSTR text, IWbemClassObject* object) override;
 
 private:
-    ULONG m_references = 1;
     Told m_told;
-};
-
-// Receives the provider's answer to its initialisation.
-class InitSink final : public Unowned<IWbemProviderInitSink>
-{
-public:
-    HRESULT status = E_FAIL;
-
-    HRESULT STDMETHODCALLTYPE SetStatus(LONG result, LONG) override
-    {
-        status = result;
-        return WBEM_S_NO_ERROR;
-    }
-};
-
-// The provider only passes this object on.
-class Context final : public Unowned<IWbemContext, support::RefusingContext>
-{
 };
 
 // While it lives, the calling thread serves a call whose client is the process itself: impersonation succeeds and

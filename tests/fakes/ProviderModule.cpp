@@ -18,8 +18,7 @@ ProviderModule::ProviderModule() : m_module(LoadLibraryA("ZerixDRAVEv2Provider.d
 
 ProviderModule::~ProviderModule()
 {
-    m_findHook.reset();
-    m_brokerHook.reset();
+    m_broker.reset();
     if (m_captured) {
         releaseModule(m_module);
     }
@@ -61,9 +60,7 @@ HRESULT ProviderModule::unregisterServer() const
 
 void ProviderModule::useTheTestsBroker()
 {
-    m_brokerHook = std::make_unique<ImportHook>("_ZN4core12GetCimBrokerEv", &brokerInUse, m_module);
-    m_findHook =
-        std::make_unique<ImportHook>("_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE", &findInstance, m_module);
+    m_broker.emplace(m_module, &brokerInUse, &findInstance);
 }
 
 void ProviderModule::captureLog()

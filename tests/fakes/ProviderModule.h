@@ -1,12 +1,30 @@
 #pragma once
 
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "Os/Windows/Platform.h"
+#include "core/CimBroker.h"
 #include "support/ImportHook.h"
 
 namespace support {
+
+// While it lives, the provider calls another broker than the real one. The two functions take the place of those that
+// the real broker exports by name; the second has the calling convention of a member function.
+class ReplacedBroker
+{
+public:
+    ReplacedBroker(HMODULE provider, core::CimBroker* (*inUse)(),
+                   core::CimInstance* (*find)(core::CimBroker*, core::CimPath&))
+        : m_inUse("_ZN4core12GetCimBrokerEv", inUse, provider),
+          m_find("_ZN4core9CimBroker17getInstanceByPathERNS_7CimPathE", find, provider)
+    {
+    }
+
+private:
+    ImportHook m_inUse;
+    ImportHook m_find;
+};
 
 // The built provider, loaded from the program's folder as COM loads it. The destructor unloads it.
 class ProviderModule
@@ -39,8 +57,7 @@ private:
     FARPROC find(const char* name) const;
 
     HMODULE m_module;
-    std::unique_ptr<ImportHook> m_brokerHook;
-    std::unique_ptr<ImportHook> m_findHook;
+    std::optional<ReplacedBroker> m_broker;
     bool m_captured = false;
 };
 
