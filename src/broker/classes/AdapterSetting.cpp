@@ -2,6 +2,7 @@
 #include <array>
 
 #include "broker/classes/ClassNames.h"
+#include "broker/classes/Rows.h"
 #include "broker/classes/ServedClasses.h"
 #include "broker/model/Workspace.h"
 
@@ -24,15 +25,13 @@ bool isThere(Workspace& workspace, const std::string& adapterGuid)
 
 std::vector<Row> rows(Workspace& workspace)
 {
-    const std::vector<Adapter>& adapters = workspace.adapters();
-    std::vector<Row> result;
-    result.reserve(adapters.size());
-    for (const Adapter& adapter : adapters) {
-        result.push_back({adapter.guid, workspace.sources().settings.adapterSetting(adapter.guid)});
-    }
+    SettingsStore& settings = workspace.sources().settings;
+    std::vector<Row> result = rowsOf(workspace.adapters(), [&settings](const Adapter& adapter) {
+        return Row{adapter.guid, settings.adapterSetting(adapter.guid)};
+    });
     // Settings of adapters that are gone are shown as well.
-    for (const std::string& guid : workspace.sources().settings.adaptersWithSetting()) {
-        AdapterSetting setting = workspace.sources().settings.adapterSetting(guid);
+    for (const std::string& guid : settings.adaptersWithSetting()) {
+        AdapterSetting setting = settings.adapterSetting(guid);
         if (!isThere(workspace, guid) && (setting.elementName || setting.tag)) {
             result.push_back({guid, std::move(setting)});
         }

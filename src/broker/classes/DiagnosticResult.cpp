@@ -2,6 +2,7 @@
 #include <array>
 
 #include "broker/classes/ClassNames.h"
+#include "broker/classes/Rows.h"
 #include "broker/classes/ServedClasses.h"
 #include "broker/classes/Times.h"
 #include "broker/model/Workspace.h"
@@ -19,15 +20,11 @@ struct Row
 
 std::vector<Row> rows(Workspace& workspace)
 {
-    const std::vector<std::shared_ptr<const DiagnosticResult>> results = workspace.sources().jobs.results();
-    std::vector<Row> result;
-    result.reserve(results.size());
-    for (const std::shared_ptr<const DiagnosticResult>& found : results) {
-        // Inside the loop, so that without results the platform is not asked.
-        const InstanceStore::Record* port = workspace.references(ETHERNET_PORT).withId(found->adapterGuid);
-        result.push_back({found, port == nullptr ? nullptr : port->instance.get()});
-    }
-    return result;
+    return rowsOf(workspace.sources().jobs.results(), [&](const std::shared_ptr<const DiagnosticResult>& result) {
+        // Once for each result, so that without results the platform is not asked.
+        const InstanceStore::Record* port = workspace.references(ETHERNET_PORT).withId(result->adapterGuid);
+        return Row{result, port == nullptr ? nullptr : port->instance.get()};
+    });
 }
 
 std::string resultId(const Row& row)

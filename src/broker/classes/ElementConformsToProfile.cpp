@@ -11,16 +11,8 @@ namespace {
 
 std::vector<Association> rows(Workspace& workspace)
 {
-    const std::vector<InstanceStore::Record>& profiles = workspace.references(REGISTERED_PROFILE).records();
-    const std::vector<InstanceStore::Record>& ports = workspace.references(ETHERNET_PORT).records();
-    std::vector<Association> result;
-    result.reserve(profiles.size() * ports.size());
-    for (const InstanceStore::Record& profile : profiles) {
-        for (const InstanceStore::Record& port : ports) {
-            result.push_back({profile, port});
-        }
-    }
-    return result;
+    const InstanceStore& profiles = workspace.references(REGISTERED_PROFILE);
+    return everyPair(profiles, workspace.references(ETHERNET_PORT));
 }
 
 constexpr std::array columns{key<&firstEnd>("ConformantStandard"), key<&secondEnd>("ManagedElement")};

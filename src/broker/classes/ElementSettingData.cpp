@@ -12,14 +12,8 @@ namespace {
 std::vector<Association> rows(Workspace& workspace)
 {
     const InstanceStore& settings = workspace.references(ADAPTER_SETTING);
-    const std::vector<InstanceStore::Record>& ports = workspace.references(ETHERNET_PORT).records();
-    std::vector<Association> result;
-    result.reserve(ports.size());
-    for (const InstanceStore::Record& port : ports) {
-        // Both are made from the same adapters.
-        result.push_back({port, *settings.withId(port.id)});
-    }
-    return result;
+    // Both are made from the same adapters.
+    return withSameId(workspace.references(ETHERNET_PORT), settings);
 }
 
 constexpr std::array columns{key<&firstEnd>("ManagedElement"), key<&secondEnd>("SettingData")};

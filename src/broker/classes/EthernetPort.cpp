@@ -3,6 +3,7 @@
 #include "Utils/Exception.h"
 #include "Utils/Utils.h"
 #include "broker/classes/ClassNames.h"
+#include "broker/classes/Rows.h"
 #include "broker/classes/ServedClasses.h"
 #include "broker/model/AdapterRules.h"
 #include "broker/model/Workspace.h"
@@ -24,13 +25,9 @@ struct Row
 
 std::vector<Row> rows(Workspace& workspace)
 {
-    const std::vector<Adapter>& adapters = workspace.adapters();
-    std::vector<Row> result;
-    result.reserve(adapters.size());
-    for (const Adapter& adapter : adapters) {
-        result.push_back({adapter, workspace.systemName(), workspace.sources().settings, workspace.sources().adapters});
-    }
-    return result;
+    return rowsOf(workspace.adapters(), [&](const Adapter& adapter) {
+        return Row{adapter, workspace.systemName(), workspace.sources().settings, workspace.sources().adapters};
+    });
 }
 
 // The adapter's GUID.

@@ -1,6 +1,7 @@
 #include <array>
 
 #include "broker/classes/ClassNames.h"
+#include "broker/classes/Rows.h"
 #include "broker/classes/ServedClasses.h"
 #include "broker/classes/Times.h"
 #include "broker/model/Workspace.h"
@@ -19,14 +20,9 @@ struct Row
 
 std::vector<Row> rows(Workspace& workspace)
 {
-    std::vector<Row> result;
     const std::vector<Adapter>& adapters = workspace.adapters();
     const WallTime now = workspace.sources().machine.now();
-    result.reserve(adapters.size());
-    for (const Adapter& adapter : adapters) {
-        result.push_back({adapter, now});
-    }
-    return result;
+    return rowsOf(adapters, [now](const Adapter& adapter) { return Row{adapter, now}; });
 }
 
 // The adapter's GUID.

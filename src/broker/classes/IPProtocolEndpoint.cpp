@@ -2,6 +2,7 @@
 
 #include "Utils/Utils.h"
 #include "broker/classes/ClassNames.h"
+#include "broker/classes/Rows.h"
 #include "broker/classes/ServedClasses.h"
 #include "broker/model/Workspace.h"
 
@@ -19,13 +20,7 @@ struct Row
 // One row for each address, in the same order.
 std::vector<Row> rows(Workspace& workspace)
 {
-    const std::vector<Address>& addresses = workspace.addresses();
-    std::vector<Row> result;
-    result.reserve(addresses.size());
-    for (const Address& address : addresses) {
-        result.push_back({address, workspace.systemName()});
-    }
-    return result;
+    return rowsOf(workspace.addresses(), [&](const Address& address) { return Row{address, workspace.systemName()}; });
 }
 
 std::optional<std::string> textOfFamily(const Address& address, AddressFamily family)

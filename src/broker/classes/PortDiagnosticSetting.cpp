@@ -12,16 +12,8 @@ namespace {
 // The diagnostics of all ports use the same setting.
 std::vector<Association> rows(Workspace& workspace)
 {
-    const std::vector<InstanceStore::Record>& ports = workspace.references(ETHERNET_PORT).records();
-    const std::vector<InstanceStore::Record>& settings = workspace.references(DIAGNOSTIC_SETTING).records();
-    std::vector<Association> result;
-    result.reserve(ports.size() * settings.size());
-    for (const InstanceStore::Record& port : ports) {
-        for (const InstanceStore::Record& setting : settings) {
-            result.push_back({port, setting});
-        }
-    }
-    return result;
+    const InstanceStore& ports = workspace.references(ETHERNET_PORT);
+    return everyPair(ports, workspace.references(DIAGNOSTIC_SETTING));
 }
 
 constexpr std::array columns{key<&firstEnd>("ManagedElement"), key<&secondEnd>("SettingData")};
