@@ -68,6 +68,8 @@ KEPT_KEYS = {
 FOREIGN_KEYS = {
     r"HKEY_LOCAL_MACHINE\Hardware\DEVICEMAP\VIDEO": "Wine's desktop notes what display it found, whenever it starts",
     r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Video": "the same",
+    r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\ServiceCurrent":
+        "the number of the last service that the system has started",
 }
 
 
