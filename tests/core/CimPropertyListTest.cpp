@@ -29,6 +29,8 @@ protected:
 
 TEST_F(CimPropertyListTest, Duplicate_hidesTheEarlierProperty)
 {
+    EXPECT_THAT(m_list.getIterator().first(), IsNull());
+    EXPECT_THAT(m_list.findProperty("A"), IsNull());
     CimPropertyUint8 latestA("A");
     for (core::CimProperty* property : {&m_a, &m_b, &m_laterA, &latestA}) {
         m_list.add(property);
@@ -51,14 +53,6 @@ TEST_F(CimPropertyListTest, Names_areCaseSensitive)
     EXPECT_FALSE(m_a.isOverriden());
     EXPECT_EQ(m_list.findProperty("A"), &m_a);
     EXPECT_EQ(m_list.findProperty("a"), &small);
-}
-
-TEST_F(CimPropertyListTest, EmptyList_hasNoFirstProperty)
-{
-    CimPropertyList::Iterator iterator = m_list.getIterator();
-    EXPECT_THAT(iterator.first(), IsNull());
-    EXPECT_THAT(iterator.next(), IsNull());
-    EXPECT_THAT(m_list.findProperty("A"), IsNull());
 }
 
 TEST(CimPropertyListEndTest, Properties_areDeletedOnlyIfOwned)
@@ -146,8 +140,25 @@ TEST_F(SkippingIteratorTest, HiddenProperty_takesAnotherLock)
     EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.next(), &m_laterA); }), 2U);
     EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.next(), &m_b); }), 1U);
     EXPECT_EQ(locksTakenBy([&] { EXPECT_THAT(m_iterator.next(), IsNull()); }), 1U);
+    CimPropertyUint8 c("C");
+    m_list.add(&c);
+    EXPECT_EQ(m_iterator.next(), &c) << "added behind the end";
     EXPECT_EQ(locksTakenBy([&] { EXPECT_EQ(m_iterator.first(), &m_laterA); }), 2U) << "goes back and skips";
     EXPECT_EQ(m_iterator.next(), &m_b);
+}
+
+TEST_F(SkippingIteratorTest, SizeAndClone_skipNothing)
+{
+    EXPECT_EQ(m_iterator.next(), &m_laterA);
+    const std::unique_ptr<CimPropertyList::IteratorImplementation> clone(m_iterator.clone());
+    EXPECT_EQ(clone->next(), &m_a) << "from the start";
+    EXPECT_EQ(clone->next(), &m_laterA);
+    EXPECT_EQ(m_iterator.next(), &m_b);
+    CimPropertyUint8 added("C");
+    m_list.add(&added);
+    added.setOverriden(true);
+    EXPECT_EQ(m_iterator.size(), 4U);
+    EXPECT_EQ(m_iterator.advance(), &added);
 }
 
 TEST_F(SkippingIteratorTest, First_allHidden_isNull)
@@ -156,30 +167,6 @@ TEST_F(SkippingIteratorTest, First_allHidden_isNull)
     m_b.setOverriden(true);
     EXPECT_THAT(m_iterator.first(), IsNull());
     EXPECT_THAT(m_iterator.next(), IsNull());
-}
-
-TEST_F(SkippingIteratorTest, SizeAndAdvance_skipNothing)
-{
-    EXPECT_EQ(m_iterator.size(), 3U);
-    EXPECT_EQ(m_iterator.advance(), &m_a);
-}
-
-TEST_F(SkippingIteratorTest, Clone_startsAnewAndSkipsNothing)
-{
-    EXPECT_EQ(m_iterator.next(), &m_laterA);
-    const std::unique_ptr<CimPropertyList::IteratorImplementation> clone(m_iterator.clone());
-    EXPECT_EQ(clone->next(), &m_a);
-    EXPECT_EQ(clone->next(), &m_laterA);
-    EXPECT_EQ(m_iterator.next(), &m_b);
-}
-
-TEST_F(SkippingIteratorTest, Iterator_seesAddedProperties)
-{
-    CimPropertyUint8 c("C");
-    m_iterator.next();
-    EXPECT_EQ(m_iterator.next(), &m_b);
-    m_list.add(&c);
-    EXPECT_EQ(m_iterator.next(), &c);
 }
 
 TEST_F(CimPropertyListTest, GetIterator_standsBehindTheDestructor)

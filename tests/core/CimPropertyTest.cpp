@@ -20,7 +20,6 @@ using support::assertionOf;
 using support::thrownBy;
 using testing::_;
 using testing::ElementsAre;
-using testing::SizeIs;
 using utils::EForbidden;
 using utils::EInvalidParameter;
 using utils::ENotSupported;
@@ -52,35 +51,11 @@ protected:
     core::CimPropertyUint8 m_property{"P"};
 };
 
-TEST_F(CimPropertyTest, NewProperty_isNullAndNothingElse)
+TEST_F(CimPropertyTest, Flags_areOffUntilSet)
 {
     EXPECT_EQ(m_property.getName(), "P");
-    EXPECT_TRUE(m_property.isNull());
-    EXPECT_FALSE(m_property.isModifiable());
-    EXPECT_FALSE(m_property.isKey());
-    EXPECT_FALSE(m_property.isOverriden());
     EXPECT_EQ(m_property.getOwner(), nullptr);
-    EXPECT_THAT(m_property.listeners(), SizeIs(2));
-}
-
-TEST_F(CimPropertyTest, NewProperty_joinsItsOwnersList)
-{
-    core::CimInstance owner("Port");
-    auto* const property = new core::CimPropertyUint8("P", &owner);
-    EXPECT_EQ(property->getOwner(), &owner);
-    EXPECT_EQ(owner.getProperties().findProperty("P"), property);
-}
-
-TEST_F(CimPropertyTest, EmptyName_failsBeforeTheOwnerHears)
-{
-    core::CimInstance owner("Port");
-    EXPECT_EQ(assertionOf([&] { const core::CimPropertyUint8 property("", &owner); }),
-              "CimProperty:195: m_name.length() != 0");
-    EXPECT_EQ(owner.getProperties().size(), 0U);
-}
-
-TEST_F(CimPropertyTest, Flags_areSetAndRead)
-{
+    EXPECT_FALSE(m_property.isKey() || m_property.isModifiable() || m_property.isOverriden());
     m_property.setKey(true);
     m_property.setModifiable(true);
     m_property.setOverriden(true);
@@ -90,13 +65,12 @@ TEST_F(CimPropertyTest, Flags_areSetAndRead)
     EXPECT_FALSE(m_property.isKey() || m_property.isModifiable());
 }
 
-TEST_F(CimPropertyTest, SetNull_keepsTheValue)
+TEST_F(CimPropertyTest, EmptyName_failsBeforeTheOwnerHears)
 {
-    m_property.setValue(7);
-    EXPECT_FALSE(m_property.isNull());
-    m_property.setNull();
-    EXPECT_TRUE(m_property.isNull());
-    EXPECT_EQ(m_property.getValue(), 7);
+    core::CimInstance owner("Port");
+    EXPECT_EQ(assertionOf([&] { const core::CimPropertyUint8 property("", &owner); }),
+              "CimProperty:195: m_name.length() != 0");
+    EXPECT_EQ(owner.getProperties().size(), 0U);
 }
 
 TEST_F(CimPropertyTest, AddListener_appendsAndDoesNotOwn)
@@ -241,10 +215,14 @@ std::vector<Type> verifiableTypes()
 std::vector<Type> types()
 {
     using Numbers = std::vector<std::uint16_t>;
+    using LargeNumbers = std::vector<std::uint32_t>;
+    using Texts = std::vector<std::string>;
     std::vector<Type> all = verifiableTypes();
     all.push_back(type<core::CimPropertyBool>("boolean", true, false));
     all.push_back(type<core::CimPropertyDatetime>("datetime", utils::Time::period(7), utils::Time::timestamp(7)));
     all.push_back(type<core::CimPropertyUint16_arr>("uint16[]", Numbers{7}, Numbers{}));
+    all.push_back(type<core::CimPropertyUint32_arr>("uint32[]", LargeNumbers{7}, LargeNumbers{}));
+    all.push_back(type<core::CimPropertyString_arr>("string[]", Texts{"a"}, Texts{}));
     all.push_back(type<core::CimPropertyRef>("reference", std::string("C.k=1"), std::string("C.k=2")));
     return all;
 }

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "core/CimInstance.h"
 #include "support/CapturedSinks.h"
@@ -22,135 +24,99 @@ using testing::SizeIs;
 using utils::EInvalidParameter;
 using utils::ENotSupported;
 
-// The contract of every value class, tested for one class with two sample values.
-template <class Property, CimProperty::EPropertyType TYPE, class Values>
-struct Case
-{
-    using Class = Property;
-    static constexpr CimProperty::EPropertyType type = TYPE;
-    static auto first() { return Values::first(); }
-    static auto second() { return Values::second(); }
-};
+// Every value class keeps the same contract. Each test gets a class and the type of its values.
+template <class Property>
+using ValueOf = std::decay_t<decltype(std::declval<Property>().getValue())>;
 
+// A value that a new property does not have.
 template <class Value>
-struct Numbers
+Value sample()
 {
-    static Value first() { return 7; }
-    static Value second() { return static_cast<Value>(~Value{0}); }
-};
-
-struct Texts
-{
-    static std::string first() { return "a"; }
-    static std::string second() { return std::string("b\0c", 3); }
-};
-
-struct Flags
-{
-    static bool first() { return true; }
-    static bool second() { return false; }
-};
-
-struct Times
-{
-    static utils::Time first() { return utils::Time::timestamp(1); }
-    static utils::Time second() { return utils::Time::period(2); }
-};
-
-template <class Value>
-struct Lists
-{
-    static std::vector<Value> first() { return {Value{}}; }
-    static std::vector<Value> second() { return {Value{}, Value{}}; }
-};
-
-using Uint8 = Case<core::CimPropertyUint8, CimProperty::EPT_UINT8, Numbers<std::uint8_t>>;
-using Uint16 = Case<core::CimPropertyUint16, CimProperty::EPT_UINT16, Numbers<std::uint16_t>>;
-using Uint32 = Case<core::CimPropertyUint32, CimProperty::EPT_UINT32, Numbers<std::uint32_t>>;
-using Uint64 = Case<core::CimPropertyUint64, CimProperty::EPT_UINT64, Numbers<std::uint64_t>>;
-using Text = Case<core::CimPropertyString, CimProperty::EPT_STRING, Texts>;
-using Bool = Case<core::CimPropertyBool, CimProperty::EPT_BOOL, Flags>;
-using Datetime = Case<core::CimPropertyDatetime, CimProperty::EPT_DATETIME, Times>;
-using Uint16Array = Case<core::CimPropertyUint16_arr, CimProperty::EPT_UINT16_ARR, Lists<std::uint16_t>>;
-using Uint32Array = Case<core::CimPropertyUint32_arr, CimProperty::EPT_UINT32_ARR, Lists<std::uint32_t>>;
-using TextArray = Case<core::CimPropertyString_arr, CimProperty::EPT_STRING_ARR, Lists<std::string>>;
+    if constexpr (std::is_arithmetic_v<Value>) {
+        return std::numeric_limits<Value>::max();
+    } else if constexpr (std::is_same_v<Value, std::string>) {
+        return std::string("b\0c", 3);
+    } else if constexpr (std::is_same_v<Value, utils::Time>) {
+        return utils::Time::timestamp(1);
+    } else {
+        return Value(2);
+    }
+}
 
 struct TypeNames
 {
-    template <class T>
+    template <class Property>
     static std::string GetName(int)
     {
-        const std::string name = testing::internal::GetTypeName<typename T::Class>();
+        const std::string name = testing::internal::GetTypeName<Property>();
         return name.substr(name.rfind(':') + 1);
     }
 };
 
-template <class T>
+template <class Property>
 class ValueTest : public testing::Test
 {
 protected:
-    typename T::Class m_property{"P"};
+    Property m_property{"P"};
 };
 
+using ModifiedTypes = testing::Types<core::CimPropertyUint8, core::CimPropertyUint16, core::CimPropertyUint32,
+                                     core::CimPropertyUint64, core::CimPropertyString>;
+using ArrayTypes =
+    testing::Types<core::CimPropertyUint16_arr, core::CimPropertyUint32_arr, core::CimPropertyString_arr>;
+using UnsupportedTypes =
+    testing::Types<core::CimPropertyBool, core::CimPropertyDatetime, core::CimPropertyRef, core::CimPropertyUint16_arr,
+                   core::CimPropertyUint32_arr, core::CimPropertyString_arr>;
 using ValueTypes =
-    testing::Types<Uint8, Uint16, Uint32, Uint64, Text, Bool, Datetime, Uint16Array, Uint32Array, TextArray>;
+    testing::Types<core::CimPropertyUint8, core::CimPropertyUint16, core::CimPropertyUint32, core::CimPropertyUint64,
+                   core::CimPropertyString, core::CimPropertyBool, core::CimPropertyDatetime,
+                   core::CimPropertyUint16_arr, core::CimPropertyUint32_arr, core::CimPropertyString_arr>;
 TYPED_TEST_SUITE(ValueTest, ValueTypes, TypeNames);
 
-TYPED_TEST(ValueTest, NewProperty_isNullWithTwoListeners)
+TYPED_TEST(ValueTest, NewProperty_isNullAndItsOwners)
 {
-    using Value = std::decay_t<decltype(this->m_property.getValue())>;
-    const CimProperty& property = this->m_property;
-    EXPECT_EQ(property.getType(), TypeParam::type);
-    EXPECT_TRUE(property.isNull());
-    EXPECT_EQ(this->m_property.getValue(), Value{});
-    EXPECT_THAT(property.listeners(), SizeIs(2));
+    using Value = ValueOf<TypeParam>;
+    core::CimInstance owner("Port");
+    auto* const property = new TypeParam("P", &owner);
+    EXPECT_EQ(owner.getProperties().findProperty("P"), property);
+    EXPECT_EQ(property->getOwner(), &owner);
+    EXPECT_TRUE(property->isNull());
+    EXPECT_EQ(property->getValue(), Value{});
+    EXPECT_THAT(static_cast<const CimProperty*>(property)->listeners(), SizeIs(2));
 }
 
-TYPED_TEST(ValueTest, SetValue_storesAndEndsNull)
+TYPED_TEST(ValueTest, Null_keepsTheValueUntilSet)
 {
-    this->m_property.setValue(TypeParam::first());
-    EXPECT_EQ(this->m_property.getValue(), TypeParam::first());
+    using Value = ValueOf<TypeParam>;
+    this->m_property.setValue(sample<Value>());
     EXPECT_FALSE(this->m_property.isNull());
     this->m_property.setNull();
-    this->m_property.setValue(TypeParam::second());
-    EXPECT_EQ(this->m_property.getValue(), TypeParam::second());
+    EXPECT_TRUE(this->m_property.isNull());
+    EXPECT_EQ(this->m_property.getValue(), sample<Value>());
+    this->m_property.setValue(Value{});
+    EXPECT_EQ(this->m_property.getValue(), Value{});
     EXPECT_FALSE(this->m_property.isNull());
 }
 
-TYPED_TEST(ValueTest, Property_mayHaveAnOwner)
-{
-    core::CimInstance owner("Port");
-    const auto* const property = new typename TypeParam::Class("P", &owner);
-    EXPECT_EQ(owner.getProperties().findProperty("P"), property);
-}
+template <class Property>
+using ModifyTest = ValueTest<Property>;
 
-template <class T>
-class ModifyTest : public ValueTest<T>
-{
-};
-
-using ModifiedTypes = testing::Types<Uint8, Uint16, Uint32, Uint64, Text>;
 TYPED_TEST_SUITE(ModifyTest, ModifiedTypes, TypeNames);
 
-TYPED_TEST(ModifyTest, Modify_takesTheValueUnverified)
+TYPED_TEST(ModifyTest, Modify_takesValueAndNullUnverified)
 {
-    typename TypeParam::Class newValue("Q");
-    newValue.setValue(TypeParam::first());
+    using Value = ValueOf<TypeParam>;
+    TypeParam newValue("Q");
+    newValue.setValue(sample<Value>());
     this->m_property.modify(&newValue);
-    EXPECT_EQ(this->m_property.getValue(), TypeParam::first());
+    EXPECT_EQ(this->m_property.getValue(), sample<Value>());
     EXPECT_FALSE(this->m_property.isNull());
     EXPECT_EQ(this->m_property.getName(), "P");
-}
-
-TYPED_TEST(ModifyTest, Modify_takesTheValueOfANull)
-{
-    this->m_property.setValue(TypeParam::first());
-    typename TypeParam::Class newValue("P");
-    newValue.setValue(TypeParam::second());
+    newValue.setValue(Value{});
     newValue.setNull();
     this->m_property.modify(&newValue);
     EXPECT_TRUE(this->m_property.isNull());
-    EXPECT_EQ(this->m_property.getValue(), TypeParam::second());
+    EXPECT_EQ(this->m_property.getValue(), Value{});
 }
 
 TYPED_TEST(ModifyTest, Modify_logsAndCallsListenersFirst)
@@ -174,8 +140,7 @@ TYPED_TEST(ModifyTest, Modify_logsAndCallsListenersFirst)
     const support::LogCapture log;
     Recording listener;
     this->m_property.addListener(&listener);
-    typename TypeParam::Class newValue("P");
-    newValue.setValue(TypeParam::first());
+    const TypeParam newValue("P");
     this->m_property.modify(&newValue);
     EXPECT_THAT(log.sequence(), ElementsAre("debugger: ZerixDRAVEv2: CimProperty:421:core::modifyProperty: debug: "
                                             "size: 3\n",
@@ -185,8 +150,8 @@ TYPED_TEST(ModifyTest, Modify_logsAndCallsListenersFirst)
 
 TYPED_TEST(ModifyTest, Modify_null_isRefused)
 {
-    const typename TypeParam::Class newValue("P");
-    typename TypeParam::Class* const none = nullptr;
+    const TypeParam newValue("P");
+    TypeParam* const none = nullptr;
     EXPECT_EQ(assertionOf([&] { core::modifyProperty(none, nullptr); }), "CimProperty:418: property != NULL");
     EXPECT_EQ(assertionOf([&] { core::modifyProperty(none, &newValue); }), "CimProperty:418: property != NULL");
     EXPECT_EQ(assertionOf([&] { this->m_property.modify(nullptr); }), "CimProperty:419: newValue != NULL");
@@ -215,27 +180,21 @@ TEST(ToStringTest, LongText_isItself)
     EXPECT_EQ(textOf<core::CimPropertyString>(std::string(600, 'a')), std::string(600, 'a'));
 }
 
-template <class T>
-class UnsupportedTest : public ValueTest<T>
-{
-};
+template <class Property>
+using UnsupportedTest = ValueTest<Property>;
 
-using UnsupportedTypes = testing::Types<Bool, Datetime, Uint16Array, Uint32Array, TextArray>;
 TYPED_TEST_SUITE(UnsupportedTest, UnsupportedTypes, TypeNames);
 
 TYPED_TEST(UnsupportedTest, ModifyAndVerify_areNotSupported)
 {
-    const typename TypeParam::Class newValue("P");
+    const TypeParam newValue("P");
     EXPECT_EQ(thrownBy<ENotSupported>([&] { this->m_property.modify(&newValue); }), "ENotSupported:");
     EXPECT_EQ(thrownBy<ENotSupported>([&] { this->m_property.verify(&newValue); }), "ENotSupported:");
 }
 
-template <class T>
-class ArrayTest : public ValueTest<T>
-{
-};
+template <class Property>
+using ArrayTest = ValueTest<Property>;
 
-using ArrayTypes = testing::Types<Uint16Array, Uint32Array, TextArray>;
 TYPED_TEST_SUITE(ArrayTest, ArrayTypes, TypeNames);
 
 TYPED_TEST(ArrayTest, Array_hasNoTextButIsCleared)
@@ -243,12 +202,12 @@ TYPED_TEST(ArrayTest, Array_hasNoTextButIsCleared)
     EXPECT_EQ(thrownBy<ENotSupported>([&] { this->m_property.toString(); }), "ENotSupported:");
     this->m_property.clear();
     EXPECT_FALSE(this->m_property.isNull());
-    this->m_property.setValue(TypeParam::second());
+    this->m_property.setValue(sample<ValueOf<TypeParam>>());
     this->m_property.setNull();
     this->m_property.clear();
     EXPECT_THAT(this->m_property.getValue(), IsEmpty());
     EXPECT_FALSE(this->m_property.isNull());
-    EXPECT_EQ(support::slotOf(&TypeParam::Class::clear), 6U) << "behind the functions of the base";
+    EXPECT_EQ(support::slotOf(&TypeParam::clear), 6U) << "behind the functions of the base";
 }
 
 class LengthTest : public testing::Test
@@ -330,54 +289,34 @@ TEST_F(LengthTest, Listeners_withoutAPropertyOrValue_assert)
     EXPECT_NO_THROW(maximum->onModify(nullptr, nullptr));
 }
 
-class RefTest : public testing::Test
+TEST(RefTest, ReferenceByPath_isTheTextUnparsed)
 {
-protected:
-    RefTest() { samples::addKey(m_instance, "Name", "a"); }
-
-    core::CimInstance m_instance{"Port"};
-    core::CimPropertyRef m_property{"P"};
-};
-
-TEST_F(RefTest, NewReference_isNullAndEmpty)
-{
-    EXPECT_TRUE(m_property.isNull());
-    EXPECT_EQ(m_property.getType(), CimProperty::EPT_REF);
-    EXPECT_EQ(m_property.getValue(), nullptr);
-    EXPECT_EQ(m_property.getPath(), "");
-    EXPECT_EQ(m_property.toString(), "");
+    core::CimPropertyRef property("P");
+    EXPECT_TRUE(property.isNull());
+    EXPECT_EQ(property.getType(), CimProperty::EPT_REF);
+    EXPECT_EQ(property.toString(), "");
+    property.setValue(std::string("no path at all"));
+    EXPECT_FALSE(property.isNull());
+    EXPECT_EQ(property.getValue(), nullptr);
+    EXPECT_EQ(property.getPath(), "no path at all");
+    EXPECT_EQ(property.toString(), "no path at all");
 }
 
-TEST_F(RefTest, ReferenceByPath_isTheTextUnparsed)
+TEST(RefTest, Setters_storeTheirOwnField_andAnInstanceWins)
 {
-    m_property.setValue(std::string("no path at all"));
-    EXPECT_FALSE(m_property.isNull());
-    EXPECT_EQ(m_property.getValue(), nullptr);
-    EXPECT_EQ(m_property.getPath(), "no path at all");
-    EXPECT_EQ(m_property.toString(), "no path at all");
-}
-
-TEST_F(RefTest, Setters_storeTheirOwnField_andAnInstanceWins)
-{
-    m_property.setValue(&m_instance);
-    EXPECT_FALSE(m_property.isNull());
-    EXPECT_EQ(m_property.toString(), R"(Port.Name="a")");
-    m_property.setValue(std::string("Other.k=1"));
-    EXPECT_EQ(m_property.getValue(), &m_instance);
-    EXPECT_EQ(m_property.getPath(), "Other.k=1");
-    EXPECT_EQ(m_property.toString(), R"(Port.Name="a")");
-    m_property.setValue(nullptr);
-    EXPECT_EQ(m_property.getPath(), "Other.k=1");
-    EXPECT_EQ(m_property.toString(), "Other.k=1");
-    m_property.setValue(&m_instance);
-    EXPECT_EQ(m_property.getPath(), "Other.k=1");
-    EXPECT_EQ(m_property.toString(), R"(Port.Name="a")");
-}
-
-TEST_F(RefTest, ModifyAndVerify_areNotSupported)
-{
-    EXPECT_EQ(thrownBy<ENotSupported>([&] { m_property.modify(&m_property); }), "ENotSupported:");
-    EXPECT_EQ(thrownBy<ENotSupported>([&] { m_property.verify(&m_property); }), "ENotSupported:");
+    core::CimInstance instance("Port");
+    samples::addKey(instance, "Name", "a");
+    core::CimPropertyRef property("P");
+    property.setValue(&instance);
+    EXPECT_FALSE(property.isNull());
+    EXPECT_EQ(property.getPath(), "");
+    property.setValue(std::string("Other.k=1"));
+    EXPECT_EQ(property.getValue(), &instance);
+    EXPECT_EQ(property.getPath(), "Other.k=1");
+    EXPECT_EQ(property.toString(), R"(Port.Name="a")");
+    property.setValue(nullptr);
+    EXPECT_EQ(property.getPath(), "Other.k=1");
+    EXPECT_EQ(property.toString(), "Other.k=1");
 }
 
 }  // namespace
