@@ -52,14 +52,6 @@ TEST(ExceptionTest, FormattedText_isCutTo511Characters)
     EXPECT_EQ(utils::Exception(message).what(), "DRAVEv2: " + message) << "a message is not cut";
 }
 
-TEST(ExceptionTest, Construction_writesOneErrorEvent)
-{
-    const support::LogCapture log(1);
-    const utils::EForbidden exception("no");
-    ASSERT_EQ(log.events().size(), 1U);
-    EXPECT_THAT(log.debugger(), IsEmpty());
-}
-
 TEST(ExceptionTest, Copy_keepsTheText_andWritesNothing)
 {
     support::LogCapture log;

@@ -128,29 +128,17 @@ TEST(LogTest, FirstReads_atOnce_findTheSameLevel)
     EXPECT_THAT(levels, Each(2));
 }
 
-TEST(LogSiteTest, DebugAndError_haveTheCallsLine)
+TEST(LogSiteTest, Lines_areTheCallsOrTheGivenOne)
 {
     const support::LogCapture log;
     static constexpr utils::LogSite here{"Some/File", "some::function"};
     here.debug("%s is %d", "seven", 7);
     here.error("%s is %d", "eight", 8);
-    EXPECT_THAT(log.numberedMessages(),
-                ElementsAre("debug|Some/File:" + std::to_string(__LINE__ - 3) + "|some::function|seven is 7",
-                            "error|Some/File:" + std::to_string(__LINE__ - 3) + "|some::function|eight is 8"));
-}
-
-TEST(LogSiteTest, DebugAt_hasTheGivenLine)
-{
-    const support::LogCapture log;
-    static constexpr utils::LogSite here{"Some/File", "some::function"};
     here.debugAt(403, "size: %d", 2);
-    EXPECT_THAT(log.numberedMessages(), ElementsAre("debug|Some/File:403|some::function|size: 2"));
-}
-
-TEST(LogSiteTest, DebugOn_fromLevel2_isTrue)
-{
-    support::setLogLevelVariable("2");
-    static constexpr utils::LogSite here{"Some/File", "some::function"};
+    EXPECT_THAT(log.numberedMessages(),
+                ElementsAre("debug|Some/File:" + std::to_string(__LINE__ - 4) + "|some::function|seven is 7",
+                            "error|Some/File:" + std::to_string(__LINE__ - 4) + "|some::function|eight is 8",
+                            "debug|Some/File:403|some::function|size: 2"));
     EXPECT_STREQ(here.file(), "Some/File");
     EXPECT_TRUE(here.debugOn());
 }

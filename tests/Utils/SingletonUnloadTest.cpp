@@ -1,52 +1,35 @@
 #include <gmock/gmock.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "Os/Windows/Platform.h"
 
 namespace {
 
-HMODULE loadModule()
-{
-    return LoadLibraryA("singleton_module.dll");
-}
-
 void useLazy(HMODULE module)
 {
     reinterpret_cast<void (*)()>(reinterpret_cast<void*>(GetProcAddress(module, "useLazy")))();
 }
 
-TEST(SingletonUnloadTest, HeldInstance_livesUntilUnloading)
+// What the module writes when it is loaded, when its lazy singleton is used twice or not, and when it is unloaded.
+std::string lifeOf(bool usesLazy)
 {
     testing::internal::CaptureStderr();
-    const HMODULE module = loadModule();
-    ASSERT_NE(module, nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "held made\n");
-    testing::internal::CaptureStderr();
-    FreeLibrary(module);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "held deleted\n");
-}
-
-TEST(SingletonUnloadTest, LazySingleton_goesWithItsModule)
-{
-    testing::internal::CaptureStderr();
-    const HMODULE module = loadModule();
-    useLazy(module);
-    useLazy(module);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "held made\nlazy made\n");
-    testing::internal::CaptureStderr();
-    FreeLibrary(module);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "lazy deleted\nheld deleted\n");
-}
-
-TEST(SingletonUnloadTest, Module_mayBeLoadedAgain)
-{
-    for (int i = 0; i < 2; ++i) {
-        testing::internal::CaptureStderr();
-        const HMODULE module = loadModule();
+    const HMODULE module = LoadLibraryA("singleton_module.dll");
+    for (int use = 0; usesLazy && use < 2; ++use) {
         useLazy(module);
-        FreeLibrary(module);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "held made\nlazy made\nlazy deleted\nheld deleted\n");
+    }
+    std::fputs("unloading\n", stderr);
+    FreeLibrary(module);
+    return testing::internal::GetCapturedStderr();
+}
+
+TEST(SingletonUnloadTest, Unloading_deletesAll)
+{
+    EXPECT_EQ(lifeOf(false), "held made\nunloading\nheld deleted\n");
+    for (int load = 0; load < 2; ++load) {
+        EXPECT_EQ(lifeOf(true), "held made\nlazy made\nunloading\nlazy deleted\nheld deleted\n");
     }
 }
 
@@ -54,7 +37,7 @@ TEST(SingletonUnloadDeathTest, EndingProcess_deletesNothing)
 {
     EXPECT_EXIT(
         {
-            useLazy(loadModule());
+            useLazy(LoadLibraryA("singleton_module.dll"));
             std::exit(0);
         },
         testing::ExitedWithCode(0), testing::Eq("held made\nlazy made\n"));
