@@ -15,110 +15,55 @@ namespace {
 
 using support::hex;
 
-class ModuleEntryTest : public testing::Test
-{
-protected:
-    // A factory with one reference.
-    static WmiProviderFactory* factory()
-    {
-        void* made = nullptr;
-        EXPECT_EQ(DllGetClassObject(identity::PROVIDER_CLSID, IID_IClassFactory, &made), S_OK);
-        return static_cast<WmiProviderFactory*>(made);
-    }
-
-    static IUnknown* provider(WmiProviderFactory& factory)
-    {
-        void* made = nullptr;
-        EXPECT_EQ(factory.CreateInstance(nullptr, IID_IUnknown, &made), S_OK);
-        return static_cast<IUnknown*>(made);
-    }
-};
-
-TEST_F(ModuleEntryTest, ProcessAttach_storesTheModule)
+TEST(ModuleEntryTest, Attach_storesTheModule)
 {
     const HINSTANCE before = server::moduleHandle;
-    auto* const module = reinterpret_cast<HINSTANCE>(this);
+    const HINSTANCE module = GetModuleHandleA("KERNEL32.dll");
+    for (const DWORD reason : {DLL_PROCESS_DETACH, DLL_THREAD_ATTACH, DLL_THREAD_DETACH}) {
+        EXPECT_EQ(DllMain(module, reason, nullptr), TRUE);
+        EXPECT_EQ(server::moduleHandle, before);
+    }
     EXPECT_EQ(DllMain(module, DLL_PROCESS_ATTACH, nullptr), TRUE);
     EXPECT_EQ(server::moduleHandle, module);
     server::moduleHandle = before;
 }
 
-TEST_F(ModuleEntryTest, OtherReasons_doNothing)
+TEST(ModuleEntryTest, Refusal_hasItsCode)
 {
-    const HINSTANCE before = server::moduleHandle;
-    for (const DWORD reason : {DLL_PROCESS_DETACH, DLL_THREAD_ATTACH, DLL_THREAD_DETACH}) {
-        EXPECT_EQ(DllMain(reinterpret_cast<HINSTANCE>(this), reason, nullptr), TRUE);
-    }
-    EXPECT_EQ(server::moduleHandle, before);
-}
-
-TEST_F(ModuleEntryTest, UnknownClass_isTheGeneralFailure)
-{
-    void* made = this;
+    int untouched = 0;
+    void* made = &untouched;
     EXPECT_EQ(hex(DllGetClassObject(CLSID_WbemLocator, IID_IClassFactory, &made)), "0x80004005");
-    EXPECT_EQ(made, this);
-}
-
-TEST_F(ModuleEntryTest, Factory_comesWithOneReference)
-{
-    WmiProviderFactory* const made = factory();
-    EXPECT_EQ(made->Release(), 0U);
-}
-
-TEST_F(ModuleEntryTest, OtherInterface_destroysTheFactory)
-{
-    void* made = this;
+    EXPECT_EQ(made, &untouched);
     EXPECT_EQ(hex(DllGetClassObject(identity::PROVIDER_CLSID, IID_IWbemServices, &made)), "0x80004002");
     EXPECT_EQ(made, nullptr);
+    const support::ImportHook withoutMemory(
+        "_ZnwyRKSt9nothrow_t", +[](std::size_t, const std::nothrow_t&) -> void* { return nullptr; });
+    EXPECT_EQ(hex(DllGetClassObject(identity::PROVIDER_CLSID, IID_IClassFactory, &made)), "0x8007000E");
 }
 
-TEST_F(ModuleEntryTest, Factory_withoutMemory_isRefused)
-{
-    void* made = this;
-    HRESULT hr = S_OK;
-    {
-        const support::ImportHook hook(
-            "_ZnwyRKSt9nothrow_t", +[](std::size_t, const std::nothrow_t&) -> void* { return nullptr; });
-        hr = DllGetClassObject(identity::PROVIDER_CLSID, IID_IClassFactory, &made);
-    }
-    EXPECT_EQ(hex(hr), "0x8007000E");
-}
-
-TEST_F(ModuleEntryTest, Provider_keepsTheModule_andAFactoryDoesNot)
+TEST(ModuleEntryTest, ObjectsAndLocks_keepTheModule)
 {
     EXPECT_EQ(DllCanUnloadNow(), S_OK);
-    WmiProviderFactory* const made = factory();
-    EXPECT_EQ(DllCanUnloadNow(), S_OK);
-    IUnknown* const kept = provider(*made);
+    void* made = nullptr;
+    ASSERT_EQ(DllGetClassObject(identity::PROVIDER_CLSID, IID_IClassFactory, &made), S_OK);
+    auto* const factory = static_cast<WmiProviderFactory*>(made);
+    EXPECT_EQ(DllCanUnloadNow(), S_OK) << "a factory does not count";
+    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, &made), S_OK);
+    auto* const provider = static_cast<IUnknown*>(made);
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
-    kept->Release();
-    EXPECT_EQ(DllCanUnloadNow(), S_OK);
-    made->Release();
-}
-
-TEST_F(ModuleEntryTest, CanUnload_judgesEachCounterAlone)
-{
-    WmiProviderFactory* const made = factory();
-    IUnknown* const kept = provider(*made);
-    made->LockServer(FALSE);
+    EXPECT_EQ(factory->LockServer(FALSE), S_OK);
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE) << "one object and minus one lock are not nothing";
-    kept->Release();
+    provider->Release();
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE) << "an unmatched unlock keeps the module";
-    made->LockServer(TRUE);
-    EXPECT_EQ(DllCanUnloadNow(), S_OK);
-    made->Release();
-}
-
-TEST_F(ModuleEntryTest, EveryLock_hasToBeUndone)
-{
-    WmiProviderFactory* const made = factory();
-    made->LockServer(TRUE);
-    made->LockServer(TRUE);
-    made->LockServer(FALSE);
+    EXPECT_EQ(factory->LockServer(2), S_OK);
+    EXPECT_EQ(DllCanUnloadNow(), S_OK) << "any number but 0 locks once";
+    factory->LockServer(TRUE);
+    factory->LockServer(TRUE);
+    factory->LockServer(FALSE);
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
-    made->LockServer(FALSE);
+    factory->LockServer(FALSE);
     EXPECT_EQ(DllCanUnloadNow(), S_OK);
-    made->Release();
+    EXPECT_EQ(factory->Release(), 0U);
 }
 
 }  // namespace

@@ -30,14 +30,4 @@ TEST(PropertyConverterTest, VirtualFunctions_endWithTheDestructor)
     EXPECT_EQ(deleted, 1);
 }
 
-TEST(PropertyConverterTest, Converter_takesNothingByDefault)
-{
-    int deleted = 0;
-    CountingConverter converter(deleted);
-    VARIANT null{};
-    null.vt = VT_NULL;
-    EXPECT_EQ(converter.variantToProperty("Name", &null), nullptr);
-    EXPECT_EQ(converter.variantToProperty("", nullptr), nullptr);
-}
-
 }  // namespace

@@ -191,27 +191,6 @@ TEST_F(PropertyConvertersTest, Texts_areConvertedAsInTheFile)
     support::expectBaseline(ZERIX_WMI_CASES "/texts.txt", lines);
 }
 
-TEST_F(PropertyConvertersTest, String_isInTheAnsiCodePage)
-{
-    core::CimPropertyString property("Name");
-    property.setValue("\xE9");
-    const utils::ScopedVariant variant(wa::StringPropertyConverter().propertyToVariant(&property));
-    wchar_t expected = 0;
-    ASSERT_EQ(MultiByteToWideChar(CP_ACP, 0, "\xE9", 1, &expected, 1), 1);
-    EXPECT_EQ(std::wstring(variant.get().bstrVal), std::wstring(1, expected));
-    EXPECT_EQ(describeAndDelete(wa::StringPropertyConverter().variantToProperty("Name", &variant.get())),
-              "Name = string '\xE9'");
-}
-
-TEST_F(PropertyConvertersTest, Timestamp_tooLate_throws)
-{
-    EXPECT_EQ(refusalOf([] {
-                  outbound<wa::DatetimePropertyConverter, core::CimPropertyDatetime>(
-                      utils::Time::timestamp(32535244800 * SECOND));
-              }),
-              "Utils/Time:#: ptm != NULL");
-}
-
 std::string referenceTo(const char* className, const std::string& key)
 {
     core::CimInstance instance(className);
@@ -235,13 +214,6 @@ TEST_F(PropertyConvertersTest, Reference_goesOutAsTheFullPath)
         EXPECT_EQ(referenceTo(name, "p"),
                   std::string(R"(VT_BSTR '\\TESTHOST\root\DCIM\vexal:)") + name + R"(.InstanceID="p"')");
     }
-}
-
-TEST_F(PropertyConvertersTest, ReferenceWithoutAnInstance_cannotGoOut)
-{
-    core::CimPropertyRef property("Name");
-    property.setValue(std::string("C.k=1"));
-    EXPECT_EQ(refusalOf([&] { wa::RefPropertyConverter().propertyToVariant(&property); }), "value != NULL");
 }
 
 TEST_F(PropertyConvertersTest, Text_withoutMemory_isTheComError)

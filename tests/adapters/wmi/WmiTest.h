@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "core/CimPropertyTypes.h"
 #include "fakes/FakeBroker.h"
 #include "fakes/FakeClassObject.h"
 #include "fakes/FakeContext.h"
@@ -18,6 +19,15 @@
 #include "support/Thrown.h"
 
 namespace support {
+
+constexpr auto NO_SUCH_TYPE = static_cast<core::CimProperty::EPropertyType>(77);
+
+class PropertyOfNoKnownType : public core::CimPropertyString
+{
+public:
+    using CimPropertyString::CimPropertyString;
+    EPropertyType getType() const override { return NO_SUCH_TYPE; }
+};
 
 // Returns the condition of the conversion's assertion that fails in `action`, or the text of another outcome.
 template <class Action>
