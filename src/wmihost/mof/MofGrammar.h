@@ -46,7 +46,7 @@ struct kw_flavor : keyword<TAO_PEGTL_ISTRING("flavor")> {};
 
 // Texts. Adjacent pieces form one text.
 struct escape_code : p::sor<p::one<'b', 't', 'n', 'f', 'r', '"', '\'', '\\'>,
-                            p::seq<p::one<'x', 'X'>, p::rep_min_max<1, 4, p::xdigit>>> {};
+                            p::seq<p::one<'x', 'X'>, p::xdigit, p::rep_opt<3, p::xdigit>>> {};
 struct escape : p::seq<p::one<'\\'>, p::must<escape_code>> {};
 struct plain_char : p::not_one<'"', '\\', '\n', '\r'> {};
 struct text_char : p::sor<escape, plain_char> {};
