@@ -7,6 +7,7 @@
 #include <string>
 
 #include "support/ImportHook.h"
+#include "support/Thrown.h"
 #include "wmihost/com/Platform.h"
 
 namespace wmihost {
@@ -18,26 +19,21 @@ std::string textOf(const std::filesystem::path& file)
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
+// The texts of the file and of its successor when the platform was asked to replace it.
 std::string beforeMove;
 std::string nextBeforeMove;
-
-BOOL WINAPI lookAndMove(LPCWSTR from, LPCWSTR to, DWORD flags)
-{
-    beforeMove = textOf(to);
-    nextBeforeMove = textOf(from);
-    return MoveFileWithProgressW(from, to, nullptr, nullptr, flags);
-}
-
-// The number of times that the platform refuses to replace the file, and the error.
+// The number of times that the platform still refuses to replace the file, and the error.
 int refusalsLeft = 0;
 DWORD refusal = ERROR_SUCCESS;
 int moves = 0;
 int pauses = 0;
 HANDLE reader = INVALID_HANDLE_VALUE;
 
-BOOL WINAPI refuseSomeMoves(LPCWSTR from, LPCWSTR to, DWORD flags)
+BOOL WINAPI watchMove(LPCWSTR from, LPCWSTR to, DWORD flags)
 {
     ++moves;
+    beforeMove = textOf(to);
+    nextBeforeMove = textOf(from);
     if (refusalsLeft > 0) {
         --refusalsLeft;
         SetLastError(refusal);
@@ -64,21 +60,38 @@ BOOL WINAPI refuseToWrite(HANDLE, LPCVOID, DWORD, LPDWORD written, LPOVERLAPPED)
     return FALSE;
 }
 
+// The file with an old text, in a folder without other files.
 class MetricFileTest : public testing::Test
 {
 protected:
     MetricFileTest()
     {
         std::filesystem::create_directory(folder);
-        refusalsLeft = moves = pauses = 0;
+        replaceMetricFile(file, "old\n");
     }
     ~MetricFileTest() override { std::filesystem::remove_all(folder); }
 
-    std::string text() const { return textOf(file); }
-    std::size_t filesInFolder() const
+    static void refuseMoves(DWORD error, int times)
     {
+        refusal = error;
+        refusalsLeft = times;
+        moves = pauses = 0;
+    }
+
+    void expectOnly(const std::string& text) const
+    {
+        EXPECT_EQ(textOf(file), text);
         const std::filesystem::directory_iterator entries(folder);
-        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+        EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
+    }
+
+    // The failure leaves the folder as it was.
+    void expectFailure(const std::filesystem::path& replaced, const std::string& message) const
+    {
+        const auto replace = [&replaced] { replaceMetricFile(replaced, "new\n"); };
+        const std::string thrown = support::thrownBy<MetricFileError>(replace);
+        EXPECT_TRUE(thrown.starts_with(message)) << thrown;
+        expectOnly("old\n");
     }
 
     const std::filesystem::path folder =
@@ -86,95 +99,59 @@ protected:
     const std::filesystem::path file = folder / "zerix.prom";
 };
 
-TEST_F(MetricFileTest, File_isMadeAndReplaced)
-{
-    replaceMetricFile(file, "one\n");
-    EXPECT_EQ(text(), "one\n");
-    replaceMetricFile(file, "2\n");
-    EXPECT_EQ(text(), "2\n");
-    EXPECT_EQ(filesInFolder(), 1U);
-}
-
 TEST_F(MetricFileTest, Replacement_isOneStepBetweenWholeTexts)
 {
-    replaceMetricFile(file, "old\n");
-    const support::ImportHook hook("MoveFileExW", &lookAndMove);
+    const support::ImportHook hook("MoveFileExW", &watchMove);
     replaceMetricFile(file, "new\n");
     EXPECT_EQ(beforeMove, "old\n");
     EXPECT_EQ(nextBeforeMove, "new\n");
-    EXPECT_EQ(text(), "new\n");
+    expectOnly("new\n");
 }
 
 TEST_F(MetricFileTest, ReaderThatHoldsTheFile_isWaitedFor)
 {
-    replaceMetricFile(file, "old\n");
+    refuseMoves(ERROR_SUCCESS, 0);
     reader = CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
                          nullptr);
     ASSERT_NE(reader, INVALID_HANDLE_VALUE);
     const support::ImportHook hook("Sleep", &endReading);
     replaceMetricFile(file, "new\n");
     EXPECT_EQ(pauses, 1);
-    EXPECT_EQ(text(), "new\n");
-    EXPECT_EQ(filesInFolder(), 1U);
+    expectOnly("new\n");
 }
 
 TEST_F(MetricFileTest, EachRefusalOfAHeldFile_isTriedAgain)
 {
-    const support::ImportHook move("MoveFileExW", &refuseSomeMoves);
+    const support::ImportHook move("MoveFileExW", &watchMove);
     const support::ImportHook sleep("Sleep", &countPause);
     for (const DWORD error : {ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED}) {
-        refusal = error;
-        refusalsLeft = 7;
-        moves = pauses = 0;
+        refuseMoves(error, 7);
         replaceMetricFile(file, "new\n");
         EXPECT_EQ(moves, 8);
         EXPECT_EQ(pauses, 7);
-        EXPECT_EQ(text(), "new\n");
+        expectOnly("new\n");
     }
 }
 
-TEST_F(MetricFileTest, ReaderThatNeverEnds_failsAndKeepsTheFile)
+TEST_F(MetricFileTest, FileThatCannotBeReplaced_isKept)
 {
-    replaceMetricFile(file, "old\n");
-    const support::ImportHook move("MoveFileExW", &refuseSomeMoves);
+    const support::ImportHook move("MoveFileExW", &watchMove);
     const support::ImportHook sleep("Sleep", &countPause);
-    refusal = ERROR_SHARING_VIOLATION;
-    refusalsLeft = 1000;
-    try {
-        replaceMetricFile(file, "new\n");
-        FAIL();
-    } catch (const MetricFileError& error) {
-        EXPECT_TRUE(std::string(error.what()).starts_with(file.string() + " cannot be replaced: ")) << error.what();
-    }
+    // A reader that never ends is given up after a hundred attempts, any other error at once.
+    refuseMoves(ERROR_SHARING_VIOLATION, 1000);
+    expectFailure(file, file.string() + " cannot be replaced: ");
     EXPECT_EQ(moves, 100);
-    EXPECT_EQ(text(), "old\n");
-    EXPECT_EQ(filesInFolder(), 1U);
-}
-
-TEST_F(MetricFileTest, OtherRefusal_failsAtOnce)
-{
-    const support::ImportHook move("MoveFileExW", &refuseSomeMoves);
-    refusal = ERROR_WRITE_PROTECT;
-    refusalsLeft = 1;
-    EXPECT_THROW(replaceMetricFile(file, "new\n"), MetricFileError);
+    refuseMoves(ERROR_WRITE_PROTECT, 1);
+    expectFailure(file, file.string() + " cannot be replaced: ");
     EXPECT_EQ(moves, 1);
-    EXPECT_EQ(filesInFolder(), 0U);
 }
 
-TEST_F(MetricFileTest, FullDisk_failsAndKeepsTheFile)
+TEST_F(MetricFileTest, TextThatCannotBeWritten_keepsTheFile)
 {
-    replaceMetricFile(file, "old\n");
-    {
-        const support::ImportHook hook("WriteFile", &refuseToWrite);
-        EXPECT_THROW(replaceMetricFile(file, "new\n"), MetricFileError);
-    }
-    EXPECT_EQ(text(), "old\n");
-    EXPECT_EQ(filesInFolder(), 1U);
-}
-
-TEST_F(MetricFileTest, MissingFolder_fails)
-{
-    EXPECT_THROW(replaceMetricFile(folder / "absent" / "zerix.prom", "new\n"), MetricFileError);
+    const std::filesystem::path absent = folder / "absent" / "zerix.prom";
+    expectFailure(absent, absent.string() + ".tmp cannot be written: ");
+    const support::ImportHook hook("WriteFile", &refuseToWrite);
+    expectFailure(file, file.string() + ".tmp cannot be written: ");
 }
 
 }  // namespace
