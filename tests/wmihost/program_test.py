@@ -38,17 +38,6 @@ RegisteredVersion  AdvertiseTypes
 Vexal:Profile:EthernetPort  Other                   Vexal                        Vexal Ethernet Port  \
 1.0.0              Not Advertised
 """
-PROFILE_MOF = """\
-instance of Zerix_RegisteredProfile
-{
-    InstanceID = "Vexal:Profile:EthernetPort";
-    RegisteredOrganization = 1;
-    OtherRegisteredOrganization = "Vexal";
-    RegisteredName = "Vexal Ethernet Port";
-    RegisteredVersion = "1.0.0";
-    AdvertiseTypes = {2};
-};
-"""
 
 
 def wmihost(*arguments, **options):
@@ -75,65 +64,6 @@ class Program(unittest.TestCase):
     def expect(self, arguments, code, out, error=""):
         self.assertEqual(wmihost(*arguments), (code, out, error))
 
-    def test_classes_are_listed(self):
-        code, out, error = wmihost("classes")
-        self.assertEqual((code, error), (0, ""))
-        lines = out.split("\n")
-        self.assertEqual(lines[0].split(), ["Class", "Namespace", "Description"])
-        names = [line.split()[0] for line in lines[2:-1]]
-        code, out, _ = wmihost("classes", "--format", "json")
-        self.assertEqual((code, [entry["class"] for entry in json.loads(out)]), (0, names))
-        self.assertEqual(len(names), 17)
-
-    def test_a_class_is_described(self):
-        self.expect(["describe", "Zerix_RegisteredProfile"], 0, """\
-Zerix_RegisteredProfile in root\\interop
-A management profile that the adapters of this machine conform to. The maker has defined it.
-
-Property                     Type      Access  Description
----------------------------  --------  ------  ------------------------------------------------------------------------
-InstanceID                   string    key     Identifies the profile within the namespace.
-RegisteredOrganization       uint16            The organization that defines the profile. Values: 1 Other, 2 DMTF.
-OtherRegisteredOrganization  string            The name of the organization where RegisteredOrganization is "Other".
-RegisteredName               string            The name under which the organization published the profile.
-RegisteredVersion            string            The version of the profile, as major.minor.update.
-AdvertiseTypes               uint16[]          How the profile is advertised. Values: 1 Other, 2 Not Advertised, 3 SLP.
-""")
-
-    def test_without_a_command_the_adapters_are_listed(self):
-        code, out, error = wmihost()
-        self.assertEqual((code, error), (0, ""))
-        self.assertEqual(out, wmihost("list", "Zerix_EthernetPort")[1])
-        self.assertEqual(out.split("\n")[0].split(), ["Name", "MAC", "Speed", "MTU", "State", "Health", "DeviceID"])
-
-    def test_instances_are_listed_in_each_format(self):
-        self.expect(["list", "Zerix_RegisteredProfile"], 0, PROFILE_TABLE)
-        self.expect(["list", "Zerix_RegisteredProfile", "--format", "mof"], 0, PROFILE_MOF + "\n")
-        code, out, error = wmihost("list", "Zerix_RegisteredProfile", "--format", "json")
-        self.assertEqual((code, error), (0, ""))
-        (profile,) = json.loads(out)
-        self.assertRegex(profile.pop("__PATH"), r'^\\\\[^\\]+\\root\\interop:Zerix_RegisteredProfile\.InstanceID='
-                                                r'"Vexal:Profile:EthernetPort"$')
-        self.assertEqual(profile, {"__CLASS": "Zerix_RegisteredProfile", "InstanceID": "Vexal:Profile:EthernetPort",
-                                   "RegisteredOrganization": 1, "OtherRegisteredOrganization": "Vexal",
-                                   "RegisteredName": "Vexal Ethernet Port", "RegisteredVersion": "1.0.0",
-                                   "AdvertiseTypes": [2]})
-
-    def test_an_instance_is_shown_in_each_format(self):
-        self.expect(["get", PROFILE], 0, """\
-Property                     Value
----------------------------  --------------------------
-InstanceID                   Vexal:Profile:EthernetPort
-RegisteredOrganization       1 (Other)
-OtherRegisteredOrganization  Vexal
-RegisteredName               Vexal Ethernet Port
-RegisteredVersion            1.0.0
-AdvertiseTypes               Not Advertised
-""")
-        self.expect(["get", PROFILE, "--format", "mof"], 0, PROFILE_MOF)
-        code, out, _ = wmihost("get", PROFILE, "--format", "json", "--property", "RegisteredName")
-        self.assertEqual((code, json.loads(out)["RegisteredName"]), (0, "Vexal Ethernet Port"))
-
     def test_a_change_is_kept_until_the_defaults_are_restored(self):
         before = wmihost("get", SETTING)
         self.assertEqual((before[0], before[2]), (0, ""))
@@ -151,13 +81,6 @@ AdvertiseTypes               Not Advertised
         code, out, error = wmihost("invoke", SETTING, "RestoreDefaults")
         self.assertEqual((code, out), (1, ""))
         self.assertIn("WBEM_E_FAILED", error)
-
-    def test_a_value_out_of_range_is_refused(self):
-        self.expect(["set", SETTING, "SampleCount=601"], 1, "", "wmihost set " + SETTING + """ SampleCount=601: failed
-  WBEM_E_INVALID_PARAMETER (0x80041008): an argument is not valid
-  Reason: SampleCount: 601 is above its MaxValue, 600
-  Try: describe the class to see the properties, their ranges and lengths
-""")
 
     def test_a_job_is_followed_to_its_end_and_deleted(self):
         port = only_path("Zerix_EthernetPort")
@@ -180,12 +103,6 @@ AdvertiseTypes               Not Advertised
         self.expect(["get", job], 1, "", f"""wmihost get {job}: failed
   WBEM_E_NOT_FOUND (0x80041002): there is no such object
   Try: list the class to see the paths and names that exist
-""")
-
-    def test_only_jobs_are_deleted(self):
-        self.expect(["delete", SETTING], 1, "", f"""wmihost delete {SETTING}: failed
-  WBEM_E_NOT_SUPPORTED (0x8004100C): the operation is not supported for this object
-  Try: only jobs (Zerix_ConcreteJob) can be deleted; instances cannot be created
 """)
 
     def test_counters_are_watched(self):
@@ -252,17 +169,6 @@ invoke     passed   RunLinkDiagnostic started a job
 delete     passed   the job is gone
 """)
 
-    def test_the_self_test_of_a_client_without_rights_fails(self):
-        self.expect(["self-test", "--impersonation", "identify"], 1, """\
-Request    Verdict  Detail
----------  -------  ---------------------------------------------------
-enumerate  FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied
-get        FAILED   an earlier step delivered no path
-put        FAILED   WBEM_E_ACCESS_DENIED (0x80041003): access is denied
-invoke     FAILED   an earlier step delivered no path
-delete     FAILED   there is no job to delete
-""")
-
     def test_each_level_of_impersonation_has_its_answer(self):
         for level in ("none", "impersonate", "delegate"):
             with self.subTest(level):
@@ -321,7 +227,9 @@ delete     FAILED   there is no job to delete
             if any(of_that_machine in " ".join(example) for of_that_machine in OF_ONE_MACHINE):
                 continue
             with self.subTest(example[0]):
-                _, out, error = wmihost(*arguments, folder=PREFIX)
+                code, out, error = wmihost(*arguments, folder=PREFIX)
+                failed = "FAILED" in out or re.match(r"wmihost.*: (failed|the MOF cannot be read)\n", error)
+                self.assertEqual(code, 2 if "--help shows all that it takes" in error else 1 if failed else 0)
                 self.assertEqual((out + error).replace("\r\n", "\n").replace("\\\\" + host + "\\", "\\\\VM\\").rstrip("\n"),
                                  expected.rstrip("\n"))
         self.assertLessEqual({"classes", "describe", "list", "get", "query", "related", "set", "delete", "invoke", "watch",
@@ -368,18 +276,6 @@ delete     FAILED   there is no job to delete
             with self.subTest(line):
                 _, out, error = PROGRAM.shell(tour.command(line, only_path("Zerix_EthernetPort")), folder=PREFIX)
                 self.assertEqual(tour.masked(out + error), tour.masked(expected))
-
-    def test_wrong_usage_has_exit_code_2(self):
-        self.expect(["lst"], 2, "", """\
-wmihost: there is no command 'lst'; did you mean list?
-  Commands: classes, describe, list, get, query, related, set, delete, invoke, watch, metrics, self-test, shell, completion
-  wmihost --help explains them
-""")
-        self.expect(["delete"], 2, "", """\
-wmihost delete: path is required
-  Example: wmihost delete 'Zerix_ConcreteJob.InstanceID="..."'
-  wmihost delete --help shows all that it takes
-""")
 
 
 if __name__ == "__main__":
