@@ -1,10 +1,10 @@
 #include "tests/wmihost/CommandTest.h"
-#include "tests/wmihost/TextRow.h"
+#include "wmihost/objects/ObjectReader.h"
 
 namespace wmihost {
 namespace {
 
-// A provider whose methods return a refusal.
+// A provider whose methods return a refusal. The method Answer returns its argument.
 class InvokeTest : public CommandTest
 {
 protected:
@@ -12,15 +12,21 @@ protected:
     {
         addToMof(
             "[dynamic, provider(\"FakeProvider\")] class Fake_Quiet { [key] string Name; "
-            "[implemented] void Hush(); [implemented] uint32 Add([in] uint16 Numbers[], [out] uint64 Sum); };\n"
+            "[implemented] void Hush(); [implemented] uint32 Add([in] uint16 Numbers[], [out] uint64 Sum); "
+            "[implemented, ValueMap{\"7\"}, Values{\"Successful, with a restart\"}] uint32 Answer([in] uint32 Value); "
+            "};\n"
             "#pragma namespace(\"root\\\\still\")\n"
             "instance of __Win32Provider { Name = \"FakeProvider\"; "
             "CLSID = \"{5F3C2A10-7B1E-4D52-9A31-0C445E6F7081}\"; };\n"
             "[dynamic, provider(\"FakeProvider\")] class Fake_Still { [key] string Name; "
             "[implemented] uint32 Move(); };\n");
-        behaviour.execMethod = [this](IWbemServices& ns, std::wstring_view method, IWbemClassObject*,
+        behaviour.execMethod = [this](IWbemServices& ns, std::wstring_view method, IWbemClassObject* in,
                                       IWbemObjectSink* sink) {
-            if (method == L"Turn" || method == L"Rest" || method == L"Tilt") {
+            if (method == L"Answer") {
+                const auto outputs = spawnOutputs(ns, L"Fake_Quiet", L"Answer");
+                put(outputs, L"ReturnValue", Variant::ofText(textOf(*in, L"Value")));
+                deliver(sink, outputs);
+            } else if (method == L"Turn" || method == L"Rest" || method == L"Tilt") {
                 const auto outputs = spawnOutputs(ns, L"Fake_Thing", std::wstring(method).c_str());
                 put(outputs, L"ReturnValue", Variant::ofLong(returned));
                 if (method == L"Turn") {
@@ -53,29 +59,6 @@ TEST_F(InvokeTest, Wait_withoutAJob_ends)
     returned = 0;
     expectSession("commands/invoke-wait.session");
 }
-
-struct Returned
-{
-    const char* name;
-    long value;
-    int exitCode;
-};
-
-class ReturnValues : public InvokeTest, public testing::WithParamInterface<Returned>
-{
-};
-
-TEST_P(ReturnValues, ReturnValue_decidesTheExitCode)
-{
-    returned = GetParam().value;
-    EXPECT_EQ(run({"invoke", "Fake_Thing=\"one\"", "Tilt"}), GetParam().exitCode);
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, ReturnValues,
-                         testing::Values(Returned{"Completed", 0, 0}, Returned{"JobStarted", 4096, 0},
-                                         Returned{"SuccessByItsWord", 7, 0}, Returned{"Refused", 5, 1},
-                                         Returned{"InvalidTransition", 4097, 1}),
-                         rowName);
 
 }  // namespace
 }  // namespace wmihost

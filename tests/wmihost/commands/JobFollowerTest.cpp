@@ -1,91 +1,45 @@
-#include <deque>
-
 #include "tests/wmihost/JobTest.h"
+#include "tests/wmihost/TextRow.h"
 
 namespace wmihost {
 namespace {
 
-struct State
+// A job by its states and percentages at the retrievals. After the last one it is gone.
+struct FollowedJob
 {
-    long state;
-    long percent;
+    const char* name;  // of the session file too
+    std::vector<std::pair<long, long>> states;
 };
 
-// A job that changes to the next of the states at each retrieval.
-class JobFollowerTest : public JobTest<CommandTest>
+class JobFollowerTest : public JobTest<CommandTest>, public testing::WithParamInterface<FollowedJob>
 {
-protected:
-    JobFollowerTest()
-    {
-        behaviour.get = [this](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
-            EXPECT_EQ(path, L"Fake_Job.InstanceID=\"1\"");
-            if (states.empty()) {
-                return finish(sink, code(WBEM_E_NOT_FOUND));
-            }
-            const State state = states.front();
-            states.pop_front();
-            return deliverJob(ns, sink, state.state, state.percent);
-        };
-    }
-
-    int start() { return run({"invoke", "Fake_Runner=\"r\"", "Start", "--wait"}); }
-
-    const std::string outputTable =
-        "Output       Value\n"
-        "-----------  -----------------------\n"
-        "Job          Fake_Job.InstanceID=\"1\"\n"
-        "ReturnValue  4096\n";
-    std::deque<State> states;
 };
 
-TEST_F(JobFollowerTest, Change_isALine_andTheEndTheResult)
+// Each invocation starts the job from its first state.
+TEST_P(JobFollowerTest, Job_isFollowedAsRecorded)
 {
-    states = {{4, 0}, {4, 0}, {4, 50}, {7, 100}};
-    EXPECT_EQ(start(), 0);
-    EXPECT_EQ(out, outputTable + "job ended: 7 (Completed)\n");
-    EXPECT_EQ(error, "0 % Running\n50 % Running\n100 % Completed\n");
-    EXPECT_TRUE(states.empty());
+    std::size_t looks = 0;
+    behaviour.execMethod = [&looks, start = behaviour.execMethod](IWbemServices& ns, std::wstring_view method,
+                                                                  IWbemClassObject* in, IWbemObjectSink* sink) {
+        looks = 0;
+        return start(ns, method, in, sink);
+    };
+    behaviour.get = [&looks](IWbemServices& ns, std::wstring_view, IWbemObjectSink* sink) {
+        const auto& states = GetParam().states;
+        if (looks == states.size()) {
+            return finish(sink, code(WBEM_E_NOT_FOUND));
+        }
+        const auto [state, percent] = states[looks++];
+        return deliverJob(ns, sink, state, percent);
+    };
+    expectSession(std::string("commands/job/") + GetParam().name + ".session");
 }
 
-TEST_F(JobFollowerTest, Job_notCompleted_isAFailure)
-{
-    states = {{4, 10}, {10, 10}};
-    EXPECT_EQ(start(), 1);
-    EXPECT_EQ(out, outputTable + "job ended: 10 (Exception)\n");
-    EXPECT_EQ(error, "10 % Running\n10 % Exception\n");
-}
-
-TEST_F(JobFollowerTest, Json_isPureOnStandardOutput)
-{
-    states = {{4, 0}, {7, 100}};
-    EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start", "--wait", "--format", "json"}), 0);
-    EXPECT_EQ(out, "{\n  \"Job\": \"Fake_Job.InstanceID=\\\"1\\\"\",\n  \"ReturnValue\": 4096\n}\n");
-    EXPECT_EQ(error, "0 % Running\n100 % Completed\njob ended: 7 (Completed)\n");
-    states = {{4, 0}, {7, 100}};
-    EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start", "--wait", "--format", "mof", "--quiet"}), 0);
-    EXPECT_EQ(error, "");
-}
-
-TEST_F(JobFollowerTest, Job_thatDisappears_isAFailure)
-{
-    states = {{4, 10}};
-    EXPECT_EQ(start(), 1);
-    EXPECT_EQ(out, outputTable);
-    EXPECT_EQ(error,
-              "10 % Running\n"
-              "wmihost invoke Fake_Runner=\"r\" Start --wait: failed\n"
-              "  WBEM_E_NOT_FOUND (0x80041002): there is no such object\n"
-              "  Try: list the class to see the paths and names that exist\n");
-}
-
-TEST_F(JobFollowerTest, Job_withoutWait_isNotRead)
-{
-    EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start"}), 0);
-    EXPECT_EQ(out, outputTable);
-    EXPECT_EQ(error, "the job ends with this command; --wait follows it, and in 'wmihost shell' it goes on\n");
-    EXPECT_EQ(run({"invoke", "Fake_Runner=\"r\"", "Start", "--quiet"}), 0);
-    EXPECT_EQ(error, "");
-}
+INSTANTIATE_TEST_SUITE_P(Table, JobFollowerTest,
+                         testing::Values(FollowedJob{"completed", {{4, 0}, {4, 0}, {4, 50}, {7, 100}}},
+                                         FollowedJob{"failed", {{4, 10}, {10, 10}}},
+                                         FollowedJob{"disappeared", {{4, 10}}}),
+                         rowName);
 
 }  // namespace
 }  // namespace wmihost

@@ -1,13 +1,6 @@
-// The commands with --service and this machine's WMI. Here it is Wine's WMI, which has only a few
-// classes.
+// The commands with --service and this machine's WMI. Here it is Wine's WMI, which has only a few classes.
 
-#include <algorithm>
 #include <array>
-#include <set>
-
-#include <winsock2.h>
-
-#include <iphlpapi.h>
 
 #include "tests/wmihost/CommandTest.h"
 #include "tests/wmihost/TextRow.h"
@@ -44,72 +37,16 @@ protected:
     }
 };
 
-std::string registryText(HKEY root, const wchar_t* key, const wchar_t* name)
-{
-    std::array<wchar_t, 512> buffer{};
-    DWORD size = sizeof buffer;
-    EXPECT_EQ(RegGetValueW(root, key, name, RRF_RT_REG_SZ, nullptr, buffer.data(), &size), ERROR_SUCCESS);
-    return toUtf8(buffer.data());
-}
-
-std::set<std::string> registryKeys(HKEY root, const wchar_t* path)
-{
-    std::set<std::string> names;
-    HKEY key = nullptr;
-    EXPECT_EQ(RegOpenKeyExW(root, path, 0, KEY_READ, &key), ERROR_SUCCESS);
-    std::array<wchar_t, 256> name{};
-    for (DWORD i = 0;; ++i) {
-        DWORD length = static_cast<DWORD>(name.size());
-        if (RegEnumKeyExW(key, i, name.data(), &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) {
-            break;
-        }
-        names.insert(toUtf8(std::wstring_view(name.data(), length)));
-    }
-    RegCloseKey(key);
-    return names;
-}
-
-// The hardware address, "02:fc:00:00:00:01", of each adapter that has one.
-std::multiset<std::string> adapterAddresses()
-{
-    std::multiset<std::string> addresses;
-    ULONG size = 0;
-    GetAdaptersAddresses(AF_UNSPEC, 0, nullptr, nullptr, &size);
-    std::vector<char> buffer(size);
-    auto* first = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data());
-    EXPECT_EQ(GetAdaptersAddresses(AF_UNSPEC, 0, nullptr, first, &size), ERROR_SUCCESS);
-    for (const auto* adapter = first; adapter != nullptr; adapter = adapter->Next) {
-        if (adapter->IfType == IF_TYPE_SOFTWARE_LOOPBACK) {
-            continue;
-        }
-        std::string text;
-        for (ULONG i = 0; i < adapter->PhysicalAddressLength; ++i) {
-            std::array<char, 4> byte{};
-            std::snprintf(byte.data(), byte.size(), "%02x", adapter->PhysicalAddress[i]);
-            text += (text.empty() ? "" : ":") + std::string(byte.data());
-        }
-        addresses.insert(text);
-    }
-    return addresses;
-}
-
-constexpr const char* LOCAL_MACHINE = "hDefKey=-2147483646";
-constexpr const wchar_t* VERSION_KEY = L"Software\\Microsoft\\Windows NT\\CurrentVersion";
-
 TEST_F(MachineServiceTest, OperatingSystem_isTheOneOfThisMachine)
 {
+    std::array<wchar_t, 512> build{};
+    DWORD size = sizeof build;
+    EXPECT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\Windows NT\\CurrentVersion",
+                           L"CurrentBuildNumber", RRF_RT_REG_SZ, nullptr, build.data(), &size),
+              ERROR_SUCCESS);
     const Json systems = ask({"list", "Win32_OperatingSystem"});
     ASSERT_EQ(systems.size(), 1U) << error;
-    EXPECT_EQ(systems[0]["BuildNumber"], registryText(HKEY_LOCAL_MACHINE, VERSION_KEY, L"CurrentBuildNumber"));
-}
-
-TEST_F(MachineServiceTest, NetworkAdapters_haveTheAddressesOfTheMachine)
-{
-    std::multiset<std::string> addresses;
-    for (const Json& adapter : ask({"list", "Win32_NetworkAdapter", "--property", "MACAddress"})) {
-        addresses.insert(adapter["MACAddress"].is_null() ? "" : adapter["MACAddress"].get<std::string>());
-    }
-    EXPECT_EQ(addresses, adapterAddresses()) << error;
+    EXPECT_EQ(systems[0]["BuildNumber"], toUtf8(build.data()));
 }
 
 TEST_F(MachineServiceTest, Get_findsAnAdapterByItsPath)
@@ -124,40 +61,26 @@ TEST_F(MachineServiceTest, Get_findsAnAdapterByItsPath)
 
 TEST_F(MachineServiceTest, StdRegProv_readsTheRegistry)
 {
-    const Json keys = ask({"invoke", "StdRegProv", "EnumKey", LOCAL_MACHINE, "sSubKeyName=Software"});
-    ASSERT_EQ(keys["ReturnValue"], 0) << error;
-    EXPECT_EQ(keys["sNames"].get<std::set<std::string>>(), registryKeys(HKEY_LOCAL_MACHINE, L"Software"));
-    const Json value = ask({"invoke", "StdRegProv", "GetStringValue", LOCAL_MACHINE,
-                            "sSubKeyName=" + toUtf8(VERSION_KEY), "sValueName=CurrentBuildNumber"});
-    EXPECT_EQ(value["sValue"], registryText(HKEY_LOCAL_MACHINE, VERSION_KEY, L"CurrentBuildNumber")) << error;
+    const std::wstring key = L"Software\\RegistryTest" + std::to_wstring(GetCurrentProcessId());
+    EXPECT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, (key + L"\\sub").c_str(), L"Name", REG_SZ, L"text", sizeof L"text"),
+              ERROR_SUCCESS);
+    const std::string root = "hDefKey=-2147483647";
+    const std::string path = "sSubKeyName=" + toUtf8(key);
+    const Json keys = ask({"invoke", "StdRegProv", "EnumKey", root, path});
+    EXPECT_EQ(keys["ReturnValue"], 0) << error;
+    EXPECT_EQ(keys["sNames"], Json({"sub"})) << error;
+    EXPECT_EQ(ask({"invoke", "StdRegProv", "GetStringValue", root, path + "\\sub", "sValueName=Name"})["sValue"],
+              "text");
+    RegDeleteTreeW(HKEY_CURRENT_USER, key.c_str());
     // A return value that means a refusal counts as a failure.
-    EXPECT_EQ(runService({"invoke", "StdRegProv", "EnumKey", LOCAL_MACHINE, "sSubKeyName=Software\\Of nobody",
-                          "--format", "json"}),
-              1);
+    EXPECT_EQ(runService({"invoke", "StdRegProv", "EnumKey", root, path, "--format", "json"}), 1);
     EXPECT_EQ(Json::parse(out)["ReturnValue"], ERROR_FILE_NOT_FOUND) << out << error;
-}
-
-TEST_F(MachineServiceTest, Refusals_failTheCommand)
-{
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"set", "Win32_Service.Name='Winmgmt'", "DisplayName=x"},
-          {"delete", "Win32_Service.Name='Winmgmt'"},
-          {"classes", "--namespace", "root\\cimv2"}})
-    {
-        EXPECT_EQ(runService(arguments), 1) << arguments.front();
-        EXPECT_NE(error.find("WBEM_E_FAILED (0x80041001)"), std::string::npos) << error;
-        EXPECT_EQ(out, "");
-    }
 }
 
 TEST_F(MachineServiceTest, UnknownClass_fails)
 {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"list", "Nope"}, {"query", "SELECT * FROM Nope"}, {"get", "Nope='x'"}})
-    {
-        EXPECT_EQ(runService(arguments), 1) << arguments.front() << out;
-        EXPECT_NE(error.find("WMI has no class Nope in"), std::string::npos) << error;
-    }
+    EXPECT_EQ(runService({"list", "Nope"}), 1) << out;
+    EXPECT_NE(error.find("WMI has no class Nope in"), std::string::npos) << error;
 }
 
 // Queries that the platform's engine supports. Its answer must equal the one that this program computes from the

@@ -6,7 +6,7 @@
 namespace wmihost {
 namespace {
 
-// The provider has one port, whose MTU is the number of the reading. It refuses the readings in `failing`.
+// The provider has one port, whose MTU is the number of the reading. It refuses the reading `failing`.
 class MetricsTest : public CommandTest
 {
 protected:
@@ -35,7 +35,7 @@ protected:
             }
             ++readings;
             shown.push_back(textOfFile());
-            if (readings >= firstFailing && readings <= lastFailing) {
+            if (readings == failing) {
                 return finish(sink, code(WBEM_E_ACCESS_DENIED));
             }
             const auto port = spawn(ns, L"Zerix_EthernetPort");
@@ -69,11 +69,11 @@ protected:
         std::filesystem::temp_directory_path() / ("prom" + std::to_string(GetCurrentProcessId()));
     const std::filesystem::path file = folder / "zerix.prom";
     int readings = 0;
-    int firstFailing = 0;
-    int lastFailing = 0;
+    int failing = 0;
     std::vector<std::string> shown;  // the contents of the file when each reading began
 };
 
+constexpr const char* GOOD_FIRST_READING = "zerix_port_mtu_bytes{guid=\"{A}\"} 1\nzerix_read_success 1\n";
 const std::string DENIED_REPORT =
     "wmihost metrics: the machine cannot be read: WBEM_E_ACCESS_DENIED (0x80041003): access is denied\n";
 
@@ -81,50 +81,28 @@ TEST_F(MetricsTest, WithoutAFile_theTextGoesToStandardOutput)
 {
     EXPECT_EQ(run({"metrics"}), 0);
     EXPECT_EQ(error, "");
-    const std::regex form(
-        R"(# HELP zerix_port_info A port\.
-# TYPE zerix_port_info gauge
-zerix_port_info\{guid="\{A\}",name="",mac="",description=""\} 1
-(.*\n)*zerix_port_mtu_bytes\{guid="\{A\}"\} 1
-(.*\n)*zerix_read_success 1
-# HELP zerix_read_duration_seconds .*
-# TYPE zerix_read_duration_seconds gauge
-zerix_read_duration_seconds [0-9.]+
-# HELP zerix_read_last_success_timestamp_seconds .*
-# TYPE zerix_read_last_success_timestamp_seconds gauge
-zerix_read_last_success_timestamp_seconds [0-9]{10}\.?[0-9]*
-)");
-    EXPECT_TRUE(std::regex_match(out, form)) << out;
-    EXPECT_EQ(out.find('\r'), std::string::npos);
+    EXPECT_TRUE(out.starts_with("# HELP zerix_port_info A port.\n# TYPE zerix_port_info gauge\n")) << out;
+    EXPECT_TRUE(figures(out).starts_with(GOOD_FIRST_READING)) << out;
 }
 
-TEST_F(MetricsTest, File_isReplacedAtEachReading)
+TEST_F(MetricsTest, File_isReplacedAtEachReading_andKeepsGoodValues)
 {
-    EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1", "--count", "2"}), 0);
-    EXPECT_EQ(error, "");
-    EXPECT_EQ(out, "");
-    ASSERT_EQ(shown.size(), 2U);
-    EXPECT_EQ(shown[0], "");
-    EXPECT_TRUE(figures(shown[1]).starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 1\nzerix_read_success 1\n"));
-    EXPECT_TRUE(figures(textOfFile()).starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 2\nzerix_read_success 1\n"));
-}
-
-TEST_F(MetricsTest, FailedReading_keepsTheLastGoodValues)
-{
-    firstFailing = lastFailing = 2;
+    failing = 2;
     EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1", "--count", "3"}), 0);
     EXPECT_EQ(error, DENIED_REPORT);
+    EXPECT_EQ(out, "");
     ASSERT_EQ(shown.size(), 3U);
-    const std::string before = figures(shown[1]);
-    EXPECT_TRUE(before.starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 1\nzerix_read_success 1\n")) << before;
+    EXPECT_EQ(shown[0], "");
+    const std::string first = figures(shown[1]);
+    EXPECT_TRUE(first.starts_with(GOOD_FIRST_READING)) << first;
     // The values and the time are the same.
-    EXPECT_EQ(figures(shown[2]), std::regex_replace(before, std::regex("success 1"), "success 0"));
+    EXPECT_EQ(figures(shown[2]), std::regex_replace(first, std::regex("success 1"), "success 0"));
     EXPECT_TRUE(figures(textOfFile()).starts_with("zerix_port_mtu_bytes{guid=\"{A}\"} 3\nzerix_read_success 1\n"));
 }
 
 TEST_F(MetricsTest, OnlyReadingThatFails_saysSoInTheFile)
 {
-    firstFailing = lastFailing = 1;
+    failing = 1;
     EXPECT_EQ(run({"metrics", "--output", file.string()}), 1);
     EXPECT_EQ(error, DENIED_REPORT);
     EXPECT_EQ(figures(textOfFile()), "zerix_read_success 0\n");
@@ -136,18 +114,6 @@ TEST_F(MetricsTest, FileThatCannotBeWritten_isReported)
     EXPECT_EQ(run({"metrics", "--output", absent}), 1);
     EXPECT_TRUE(error.starts_with("wmihost metrics: " + absent + ".tmp cannot be written: ")) << error;
     EXPECT_EQ(out, "");
-}
-
-TEST_F(MetricsTest, MofWithoutTheClasses_isRefusedAtOnce)
-{
-    addToMof("");
-    EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1"}), 1);
-    EXPECT_EQ(error, "wmihost metrics --output " + file.string() +
-                         " --every 1: failed\n"
-                         "  WBEM_E_INVALID_CLASS (0x80041010): there is no such class\n"
-                         "  Reason: the MOF declares no class Zerix_EthernetPort\n"
-                         "  Try: 'wmihost classes' shows the classes\n");
-    EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 }  // namespace

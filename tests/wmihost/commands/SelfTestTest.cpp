@@ -1,7 +1,7 @@
 #include <functional>
 
-#include "tests/wmihost/CommandTest.h"
 #include "tests/wmihost/TextRow.h"
+#include "tests/wmihost/commands/ServedInstances.h"
 
 namespace wmihost {
 namespace {
@@ -26,38 +26,26 @@ class Zerix_EthernetPort
 };
 )";
 
+constexpr const char* TOUR_INSTANCES = R"(
+instance of Zerix_EthernetPort { DeviceID = "{1}"; Name = "eth0"; };
+instance of Zerix_EthernetPort { DeviceID = "{2}"; Name = "eth1"; };
+instance of Zerix_DiagnosticSetting { InstanceID = "s"; SampleCount = 10; };
+instance of Zerix_ConcreteJob { InstanceID = "7"; };
+)";
+
 // A provider that serves the tour in the same way as the real one.
-class SelfTestTest : public CommandTest
+class SelfTestTest : public ServedInstances
 {
 public:
     SelfTestTest()
     {
-        std::ofstream(mof) << FAKE_MOF << TOUR_MOF;
-        behaviour.enumerate = [this](IWbemServices& ns, std::wstring_view name, IWbemContext*, IWbemObjectSink* sink) {
-            for (int i = 0; name == L"Zerix_EthernetPort" && i < ports; ++i) {
-                deliver(sink, port(ns));
-            }
-            if (name == L"Zerix_DiagnosticSetting") {
-                deliver(sink, setting(ns));
-            }
-            return finish(sink);
-        };
-        behaviour.get = [this](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
-            if (path.starts_with(L"Zerix_EthernetPort")) {
-                deliver(sink, port(ns));
-            } else if (path.starts_with(L"Zerix_DiagnosticSetting")) {
-                deliver(sink, setting(ns));
-            } else {
-                return finish(sink, deleted ? code(WBEM_E_NOT_FOUND) : code(WBEM_E_FAILED));
-            }
-            return finish(sink);
-        };
-        behaviour.put = [this](IWbemClassObject*, LONG, IWbemObjectSink* sink) {
-            samples = samplesAfterPut;
+        serve(std::string(TOUR_MOF) + TOUR_INSTANCES);
+        behaviour.put = [this](IWbemClassObject* object, LONG, IWbemObjectSink* sink) {
+            keep(*object);
             return finish(sink);
         };
         behaviour.remove = [this](std::wstring_view path, IWbemObjectSink* sink) {
-            deleted = path == L"Zerix_ConcreteJob.InstanceID=\"7\"";
+            drop(path);
             return finish(sink);
         };
         behaviour.execMethod = [this](IWbemServices& ns, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
@@ -71,90 +59,71 @@ public:
         };
     }
 
-    static ComPtr<IWbemClassObject> port(IWbemServices& ns)
-    {
-        auto object = spawn(ns, L"Zerix_EthernetPort");
-        put(object, L"DeviceID", Variant::ofText(L"{1}"));
-        put(object, L"Name", Variant::ofText(L"eth0"));
-        return object;
-    }
-    ComPtr<IWbemClassObject> setting(IWbemServices& ns) const
-    {
-        auto object = spawn(ns, L"Zerix_DiagnosticSetting");
-        put(object, L"InstanceID", Variant::ofText(L"s"));
-        put(object, L"SampleCount", Variant::ofLong(samples));
-        return object;
-    }
-
     // Ways in which a provider fails a step.
-    static void denyEnumeration(SelfTestTest& test)
+    void denyEnumeration()
     {
-        test.behaviour.enumerate = [](IWbemServices&, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
+        behaviour.enumerate = [](IWbemServices&, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
             return finish(sink, code(WBEM_E_ACCESS_DENIED));
         };
     }
-    static void hideSetting(SelfTestTest& test)
+    void hide(const wchar_t* className)
     {
-        test.behaviour.enumerate = [](IWbemServices& ns, std::wstring_view name, IWbemContext*, IWbemObjectSink* sink) {
-            if (name == L"Zerix_EthernetPort") {
-                deliver(sink, port(ns));
-            }
+        behaviour.enumerate = [=, before = behaviour.enumerate](IWbemServices& ns, std::wstring_view name,
+                                                                IWbemContext* context, IWbemObjectSink* sink) {
+            return name == className ? finish(sink) : before(ns, name, context, sink);
+        };
+    }
+    // Answers each retrieval of an adapter with the second one.
+    void confuseAdapters()
+    {
+        behaviour.get = [before = behaviour.get](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
+            return before(ns, path.starts_with(L"Zerix_EthernetPort") ? L"Zerix_EthernetPort=\"{2}\"" : path, sink);
+        };
+    }
+    void changeMoreThanAsked()
+    {
+        behaviour.put = [this](IWbemClassObject* object, LONG, IWbemObjectSink* sink) {
+            ComPtr<IWbemClassObject> changed;
+            EXPECT_EQ(object->Clone(changed.put()), 0);
+            put(changed, L"SampleCount", Variant::ofLong(11));
+            keep(*changed.get());
             return finish(sink);
         };
     }
-    // Answers a retrieval of objects of the class with another object.
-    static void confuse(SelfTestTest& test, const wchar_t* className, const wchar_t* key, const wchar_t* value)
+    void keepJob()
     {
-        test.behaviour.get = [=, before = test.behaviour.get](IWbemServices& ns, std::wstring_view path,
-                                                              IWbemObjectSink* sink) {
-            if (!path.starts_with(className)) {
-                return before(ns, path, sink);
-            }
-            const auto other = spawn(ns, className);
-            put(other, key, Variant::ofText(value));
-            deliver(sink, other);
-            return finish(sink);
+        behaviour.remove = [](std::wstring_view, IWbemObjectSink* sink) { return finish(sink); };
+    }
+    void failToReadJob()
+    {
+        behaviour.get = [before = behaviour.get](IWbemServices& ns, std::wstring_view path, IWbemObjectSink* sink) {
+            return path.starts_with(L"Zerix_ConcreteJob") ? finish(sink, code(WBEM_E_FAILED)) : before(ns, path, sink);
         };
     }
-    static void keepJob(SelfTestTest& test)
+    void forgetOutputs()
     {
-        test.behaviour.remove = [](std::wstring_view, IWbemObjectSink* sink) { return finish(sink); };
-    }
-    static void forgetOutputs(SelfTestTest& test)
-    {
-        test.behaviour.execMethod = [](IWbemServices&, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
+        behaviour.execMethod = [](IWbemServices&, std::wstring_view, IWbemClassObject*, IWbemObjectSink* sink) {
             return finish(sink);
         };
     }
 
-    int ports = 2;
-    long samples = 10;
-    long samplesAfterPut = 10;
     long returnValue = 4096;
-    bool deleted = false;
 };
 
 TEST_F(SelfTestTest, EachKindOfRequest_hasAVerdict)
 {
     expectSession("commands/self-test.session");
-    EXPECT_TRUE(deleted);
 }
 
 TEST_F(SelfTestTest, Namespace_isTheOneThatIsAsked)
 {
-    std::ofstream(mof) << FAKE_MOF << TOUR_MOF << "#pragma namespace(\"\\\\\\\\.\\\\root\\\\other\")\n"
-                       << "instance of __Win32Provider { Name = \"FakeProvider\"; "
-                          "CLSID = \"{5F3C2A10-7B1E-4D52-9A31-0C445E6F7081}\"; };\n"
-                       << "instance of __MethodProviderRegistration { Provider = "
-                          "\"__Win32Provider.Name=\\\"FakeProvider\\\"\"; };\n"
-                       << TOUR_MOF;
+    drop(L"Zerix_EthernetPort=\"{2}\"");  // one adapter, so that the singular is seen
+    addToMof(std::string(TOUR_MOF) + R"(
+#pragma namespace("\\\\.\\root\\other")
+instance of __Win32Provider { Name = "FakeProvider"; CLSID = "{5F3C2A10-7B1E-4D52-9A31-0C445E6F7081}"; };
+instance of __MethodProviderRegistration { Provider = "__Win32Provider.Name=\"FakeProvider\""; };
+)" + TOUR_MOF);
     expectSession("commands/self-test-namespace.session");
-}
-
-TEST_F(SelfTestTest, MofWithoutTheClasses_failsTheirSteps)
-{
-    std::ofstream(mof) << FAKE_MOF;
-    expectSession("commands/self-test-without-classes.session");
 }
 
 struct BadProvider
@@ -175,18 +144,15 @@ TEST_P(BadProviders, BadProvider_failsTheStep)
 
 INSTANTIATE_TEST_SUITE_P(
     Table, BadProviders,
-    testing::Values(
-        BadProvider{"no_adapter", [](SelfTestTest& test) { test.ports = 0; }},
-        BadProvider{"put_that_changes", [](SelfTestTest& test) { test.samplesAfterPut = 11; }},
-        BadProvider{"no_job", [](SelfTestTest& test) { test.returnValue = 1; }},
-        BadProvider{"job_unreadable", SelfTestTest::keepJob},
-        BadProvider{"job_kept",
-                    [](SelfTestTest& test) { SelfTestTest::confuse(test, L"Zerix_ConcreteJob", L"InstanceID", L"7"); }},
-        BadProvider{
-            "another_adapter",
-            [](SelfTestTest& test) { SelfTestTest::confuse(test, L"Zerix_EthernetPort", L"DeviceID", L"{2}"); }},
-        BadProvider{"no_setting", SelfTestTest::hideSetting}, BadProvider{"no_outputs", SelfTestTest::forgetOutputs},
-        BadProvider{"client_refused", SelfTestTest::denyEnumeration}),
+    testing::Values(BadProvider{"no_adapter", [](SelfTestTest& test) { test.hide(L"Zerix_EthernetPort"); }},
+                    BadProvider{"put_that_changes", [](SelfTestTest& test) { test.changeMoreThanAsked(); }},
+                    BadProvider{"no_job", [](SelfTestTest& test) { test.returnValue = 1; }},
+                    BadProvider{"job_unreadable", [](SelfTestTest& test) { test.failToReadJob(); }},
+                    BadProvider{"job_kept", [](SelfTestTest& test) { test.keepJob(); }},
+                    BadProvider{"another_adapter", [](SelfTestTest& test) { test.confuseAdapters(); }},
+                    BadProvider{"no_setting", [](SelfTestTest& test) { test.hide(L"Zerix_DiagnosticSetting"); }},
+                    BadProvider{"no_outputs", [](SelfTestTest& test) { test.forgetOutputs(); }},
+                    BadProvider{"client_refused", [](SelfTestTest& test) { test.denyEnumeration(); }}),
     rowName);
 
 }  // namespace

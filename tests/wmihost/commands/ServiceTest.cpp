@@ -1,6 +1,6 @@
 // The commands with --service: every request goes to the machine's WMI, which a fake replaces here.
 
-#include <algorithm>
+#include <array>
 
 #include "tests/wmihost/CommandTest.h"
 #include "tests/wmihost/FakeService.h"
@@ -98,51 +98,32 @@ TEST_F(ServiceTest, FailureOfAStartedCall_isFinal)
     EXPECT_EQ(service.instances.size(), 2U);
 }
 
-struct RefusedCall
-{
-    const char* operation;  // the operation that the service refuses with 0x80041001
-    std::vector<std::string> arguments;
-};
+// Every operation except the retrieval of objects and classes.
+constexpr std::array OPERATIONS{"CreateInstanceEnum", "CreateClassEnum", "ExecQuery",
+                                "PutInstance",        "DeleteInstance",  "ExecMethod"};
 
-void PrintTo(const RefusedCall& row, std::ostream* stream)
+TEST_F(ServiceTest, RefusedAsynchronousCall_isMadeSynchronously)
 {
-    *stream << row.operation;
+    service.refused = {"GetObjectAsync"};
+    for (const std::string operation : OPERATIONS) {
+        service.refused.insert(operation + "Async");
+    }
+    expectSession("commands/service-synchronous.session");
 }
 
-class RefusedCalls : public ServiceTest, public testing::WithParamInterface<RefusedCall>
+TEST_F(ServiceTest, RefusedSynchronousCall_fails)
 {
-};
-
-// If the service refuses an asynchronous call, it is made synchronously. A refused synchronous call fails the command.
-TEST_P(RefusedCalls, RefusedCall_fallsBackOrFails)
-{
-    const std::string operation = GetParam().operation;
-    service.refused = {operation, operation + "Async"};
-    EXPECT_EQ(run(GetParam().arguments), 1) << out;
-    EXPECT_NE(error.find("  WBEM_E_FAILED (0x80041001): the request failed\n"), std::string::npos) << error;
-    EXPECT_EQ(out, "");
-
-    service.refused = {operation + "Async"};
-    service.calls.clear();
-    EXPECT_EQ(run(GetParam().arguments), 0) << error;
-    const auto starts = [&](const std::string& name) {
-        return std::any_of(service.calls.begin(), service.calls.end(),
-                           [&](const std::string& call) { return call == name || call.starts_with(name + " "); });
-    };
-    EXPECT_TRUE(starts(operation + "Async"));
-    EXPECT_TRUE(starts(operation));
+    for (const std::string operation : OPERATIONS) {
+        service.refused.insert({operation, operation + "Async"});
+    }
+    expectSession("commands/service-refused.session");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, RefusedCalls,
-    testing::Values(RefusedCall{"GetObject", {"get", "Test_Thing='one'", "--service"}},
-                    RefusedCall{"CreateInstanceEnum", {"list", "Test_Thing", "--service"}},
-                    RefusedCall{"ExecQuery", {"query", "SELECT * FROM Test_Thing", "--service"}},
-                    RefusedCall{"CreateClassEnum", {"classes", "--namespace", "root\\cimv2", "--service"}},
-                    RefusedCall{"PutInstance", {"set", "Test_Thing='one'", "Count=1", "--service"}},
-                    RefusedCall{"DeleteInstance", {"delete", "Test_Thing='one'", "--service"}},
-                    RefusedCall{"ExecMethod", {"invoke", "Test_Thing='one'", "Rest", "--service"}}),
-    [](const auto& row) { return std::string(row.param.operation); });
+TEST_F(ServiceTest, ClassThatIsRefused_failsTheCommand)
+{
+    service.refused = {"GetObject", "GetObjectAsync"};
+    expectSession("commands/service-class-refused.session");
+}
 
 }  // namespace
 }  // namespace wmihost

@@ -69,28 +69,15 @@ protected:
         const Input input(lines);
         return run({"shell"});
     }
-
-    int requests = 0;
 };
 
-TEST_F(ShellTest, EachLine_isACommand)
+TEST_F(ShellTest, EachLine_isACommand_ofOneProvider)
 {
     EXPECT_EQ(shell("list Fake_Thing -p Name -f csv\r\n\n# a remark\nwmihost get 'Fake_Thing=\"one\"' -p Count -f csv"),
               0);
     EXPECT_EQ(out, "Name\r\none\r\ntwo\r\nCount\r\n3\r\n");
     EXPECT_EQ(error, "");
-}
-
-TEST_F(ShellTest, OneProvider_servesAllCommands)
-{
-    behaviour.enumerate = [this](IWbemServices& ns, std::wstring_view, IWbemContext*, IWbemObjectSink* sink) {
-        EXPECT_EQ(behaviour.alive, 1);
-        deliver(ns, sink, std::to_wstring(++requests).c_str(), 2);
-        return finish(sink);
-    };
-    const std::string line = "list Fake_Thing -p Name -f csv\n";
-    EXPECT_EQ(shell(line + line), 0);
-    EXPECT_EQ(out, "Name\r\n1\r\nName\r\n2\r\n");
+    EXPECT_EQ(takeRequests(), (Words{"start in root\\test", "enumerate Fake_Thing", "get Fake_Thing.Name=\"one\""}));
 }
 
 TEST_F(ShellTest, Failure_isNotTheEnd)
