@@ -69,15 +69,11 @@ private:
 
 }  // namespace
 
-TEST(EventMessages, IdZero_rendersItsOneString)
+TEST(EventMessages, IdZero_rendersTheLineAsItIs)
 {
-    EXPECT_EQ(render(0, "ZerixDRAVEv2: File:1:function: error: message"),
-              "ZerixDRAVEv2: File:1:function: error: message\r\n");
-}
-
-TEST(EventMessages, Line_withPercentSigns_isShownAsItIs)
-{
-    EXPECT_EQ(render(0, "100%1 %n %%x\n"), "100%1 %n %%x\n\r\n");
+    EXPECT_EQ(render(0, "ZerixDRAVEv2: File:1:function: 100%1 %n %%x"),
+              "ZerixDRAVEv2: File:1:function: 100%1 %n %%x\r\n");
+    EXPECT_EQ(render(0, "line\n"), "line\n\r\n");
 }
 
 TEST(EventMessages, OtherId_hasNoText)
@@ -86,7 +82,7 @@ TEST(EventMessages, OtherId_hasNoText)
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MR_MID_NOT_FOUND));
 }
 
-TEST_P(VersionResource, Texts_nameMakerProductAndVersion)
+TEST_P(VersionResource, Module_namesMakerProductAndVersion)
 {
     EXPECT_EQ(text("CompanyName"), "Vexal");
     EXPECT_EQ(text("ProductName"), "DRAVEv2 Provider");
@@ -94,10 +90,6 @@ TEST_P(VersionResource, Texts_nameMakerProductAndVersion)
     EXPECT_EQ(text("ProductVersion"), "2.0.1.10");
     EXPECT_EQ(text("OriginalFilename"), std::get<0>(GetParam()));
     EXPECT_EQ(text("FileDescription"), std::get<1>(GetParam()));
-}
-
-TEST_P(VersionResource, Numbers_holdTheVersionToo)
-{
     const VS_FIXEDFILEINFO info = numbers();
     EXPECT_EQ(info.dwFileVersionMS, 0x00020000U);
     EXPECT_EQ(info.dwFileVersionLS, 0x0001000AU);
