@@ -47,6 +47,32 @@ private:
     support::ImportHook m_hook{"FreeMibTable", &release};
 };
 
+// While it lives, the platform's list of addresses has one adapter, an Ethernet card that the test changes. One object
+// at a time.
+class OneAdapter
+{
+public:
+    OneAdapter()
+    {
+        s_row = {};
+        s_row.IfType = IF_TYPE_ETHERNET_CSMACD;
+        s_row.AdapterName = s_guid.data();
+    }
+    IP_ADAPTER_ADDRESSES* operator->() noexcept { return &s_row; }
+
+private:
+    static ULONG WINAPI give(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
+                             PULONG /*size*/)
+    {
+        *buffer = s_row;
+        return NO_ERROR;
+    }
+
+    static inline IP_ADAPTER_ADDRESSES s_row{};
+    static inline std::array<char, 4> s_guid{"{G}"};
+    support::ImportHook m_hook{"GetAdaptersAddresses", &give};
+};
+
 // Parses an IPv4 or IPv6 address. For any other text, the result has the family AF_IPX, which is neither.
 inline sockaddr_in6 socketOf(const char* text)
 {

@@ -20,12 +20,10 @@ constexpr std::uint64_t LUID = 0x6008000000000;
 // The platform's answers about one adapter, which the test sets.
 struct Platform
 {
-    std::array<char, 4> guid{"{G}"};
     std::array<wchar_t, 12> suffix{L"example.org"};
     std::array<sockaddr_in6, 4> sockets{};
     std::array<IP_ADAPTER_GATEWAY_ADDRESS, 2> gateways{};
     std::array<IP_ADAPTER_DNS_SERVER_ADDRESS, 2> servers{};
-    IP_ADAPTER_ADDRESSES adapter{};
     std::array<MIB_IPINTERFACE_ROW, 3> families{};
     std::array<IP_ADAPTER_INFO, 2> infos{};
     ULONG infoStatus = NO_ERROR;
@@ -33,13 +31,6 @@ struct Platform
 };
 
 Platform platform;
-
-ULONG WINAPI fakeAddresses(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
-                           PULONG /*size*/)
-{
-    *buffer = platform.adapter;
-    return NO_ERROR;
-}
 
 NETIO_STATUS WINAPI fakeFamilies(ADDRESS_FAMILY /*family*/, PMIB_IPINTERFACE_TABLE* table)
 {
@@ -73,9 +64,7 @@ protected:
     IpConfigurations()
     {
         platform = {};
-        platform.adapter.IfType = IF_TYPE_ETHERNET_CSMACD;
-        platform.adapter.AdapterName = platform.guid.data();
-        platform.adapter.Luid.Value = LUID;
+        m_adapter->Luid.Value = LUID;
         for (MIB_IPINTERFACE_ROW& row : platform.families) {
             row.InterfaceLuid.Value = LUID;
         }
@@ -83,14 +72,14 @@ protected:
         platform.families[1].Family = AF_INET6;
         platform.families[2].InterfaceLuid.Value = LUID + 1;
         std::strcpy(platform.infos[0].AdapterName, "{OTHER}");
-        std::strcpy(platform.infos[1].AdapterName, platform.guid.data());
+        std::strcpy(platform.infos[1].AdapterName, m_adapter->AdapterName);
     }
 
     // Returns the configuration of the one adapter.
     broker::IpConfiguration read() { return m_source.readIpConfigurations().at(0); }
 
     support::LogCapture m_log{1};
-    support::ImportHook m_addresses{"GetAdaptersAddresses", &fakeAddresses};
+    fakes::OneAdapter m_adapter;
     support::ImportHook m_families{"GetIpInterfaceTable", &fakeFamilies};
     fakes::TablesFreed m_freed;
     support::ImportHook m_info{"GetAdaptersInfo", &fakeInfo};
@@ -114,12 +103,12 @@ TEST_F(IpConfigurations, Values_areThePlatforms)
     platform.gateways[0].Address.lpSockaddr = address(0, "10.0.0.1");
     platform.gateways[0].Next = &platform.gateways[1];
     platform.gateways[1].Address.lpSockaddr = address(1, "fe80::1");
-    platform.adapter.FirstGatewayAddress = platform.gateways.data();
+    m_adapter->FirstGatewayAddress = platform.gateways.data();
     platform.servers[0].Address.lpSockaddr = address(2, "10.0.0.53");
-    platform.adapter.FirstDnsServerAddress = platform.servers.data();
-    platform.adapter.DnsSuffix = platform.suffix.data();
-    platform.adapter.Dhcpv4Enabled = 1;
-    platform.adapter.Dhcpv4Server.lpSockaddr = address(3, "10.0.0.67");
+    m_adapter->FirstDnsServerAddress = platform.servers.data();
+    m_adapter->DnsSuffix = platform.suffix.data();
+    m_adapter->Dhcpv4Enabled = 1;
+    m_adapter->Dhcpv4Server.lpSockaddr = address(3, "10.0.0.67");
     platform.infos[0].LeaseObtained = 1;
     platform.infos[1].LeaseObtained = 1'700'000'000;
     platform.infos[1].LeaseExpires = 1'700'086'400;
@@ -155,7 +144,7 @@ TEST_F(IpConfigurations, PlatformWithoutFamilies_leavesThemOpen)
 
 TEST_F(IpConfigurations, DhcpWithoutLease_hasNoTimes)
 {
-    platform.adapter.Dhcpv4Enabled = 1;
+    m_adapter->Dhcpv4Enabled = 1;
     EXPECT_EQ(read().leaseObtained, std::nullopt);
     platform.infoStatus = ERROR_NO_DATA;
     EXPECT_EQ(read().leaseExpires, std::nullopt);
@@ -164,7 +153,7 @@ TEST_F(IpConfigurations, DhcpWithoutLease_hasNoTimes)
 
 TEST_F(IpConfigurations, LeasesThatKeepGrowing_areGivenUp)
 {
-    platform.adapter.Dhcpv4Enabled = 1;
+    m_adapter->Dhcpv4Enabled = 1;
     platform.infoStatus = ERROR_BUFFER_OVERFLOW;
     EXPECT_THROW(m_source.readIpConfigurations(), utils::EFailed);
     EXPECT_EQ(platform.infoCalls, 8);

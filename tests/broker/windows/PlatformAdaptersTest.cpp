@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <cwchar>
+#include <deque>
 #include <numeric>
 
 #include "Utils/Exception.h"
@@ -19,46 +20,21 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
 
-// The platform's answer, which the test sets: one adapter with these addresses.
-std::vector<sockaddr_in6> fakeSockets;
-std::vector<IP_ADAPTER_UNICAST_ADDRESS> fakeAddresses;
-IP_ADAPTER_ADDRESSES fakeAdapter{};
-std::array<char, 4> fakeGuid{"{G}"};
-
-ULONG WINAPI fakeAddressList(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
-                             PULONG /*size*/)
-{
-    for (std::size_t i = 0; i < fakeAddresses.size(); ++i) {
-        fakeAddresses[i].Address.lpSockaddr = reinterpret_cast<SOCKADDR*>(&fakeSockets[i]);
-        fakeAddresses[i].Next = i + 1 == fakeAddresses.size() ? nullptr : &fakeAddresses[i + 1];
-    }
-    *buffer = fakeAdapter;
-    buffer->AdapterName = fakeGuid.data();
-    buffer->FirstUnicastAddress = fakeAddresses.empty() ? nullptr : fakeAddresses.data();
-    return NO_ERROR;
-}
-
 class FakeAddresses : public testing::Test
 {
 protected:
-    FakeAddresses()
-    {
-        fakeSockets.clear();
-        fakeAddresses.clear();
-        fakeAdapter = {};
-        fakeAdapter.IfType = IF_TYPE_ETHERNET_CSMACD;
-    }
-
     // Adds an address in use, given as text. The caller may change its fields.
-    static IP_ADAPTER_UNICAST_ADDRESS& add(const char* text)
+    IP_ADAPTER_UNICAST_ADDRESS& add(const char* text)
     {
-        IP_ADAPTER_UNICAST_ADDRESS address{};
+        m_sockets.push_back(fakes::socketOf(text));
+        IP_ADAPTER_UNICAST_ADDRESS& address = m_addresses.emplace_back();
+        address.Address.lpSockaddr = reinterpret_cast<SOCKADDR*>(&m_sockets.back());
         address.OnLinkPrefixLength = 24;
         address.DadState = IpDadStatePreferred;
         address.PrefixOrigin = IpPrefixOriginManual;
-        fakeSockets.push_back(fakes::socketOf(text));
-        fakeAddresses.push_back(address);
-        return fakeAddresses.back();
+        *m_end = &address;
+        m_end = &address.Next;
+        return address;
     }
 
     // Returns a member of each address that is read.
@@ -72,8 +48,13 @@ protected:
         return result;
     }
 
-    support::ImportHook m_hook{"GetAdaptersAddresses", &fakeAddressList};
+    fakes::OneAdapter m_adapter;
     broker::PlatformAdapters m_source;
+
+private:
+    std::deque<sockaddr_in6> m_sockets;
+    std::deque<IP_ADAPTER_UNICAST_ADDRESS> m_addresses;
+    IP_ADAPTER_UNICAST_ADDRESS** m_end = &m_adapter->FirstUnicastAddress;
 };
 
 std::array<MIB_IF_ROW2, 4> fakeRows{};
@@ -183,22 +164,22 @@ TEST_F(FakeAddresses, Dhcp_isThatOfTheFamily)
 {
     add("10.0.0.1");
     add("fd00::1");
-    fakeAdapter.Dhcpv4Enabled = 1;
+    m_adapter->Dhcpv4Enabled = 1;
     EXPECT_THAT(read(&broker::Address::isDhcpOn), ElementsAre(true, false));
-    fakeAdapter.Flags = 0;
-    fakeAdapter.Ipv6ManagedAddressConfigurationSupported = 1;
+    m_adapter->Flags = 0;
+    m_adapter->Ipv6ManagedAddressConfigurationSupported = 1;
     EXPECT_THAT(read(&broker::Address::isDhcpOn), ElementsAre(false, true));
 }
 
 TEST_F(FakeAddresses, OfWhatIsNoPort_areLeftOut)
 {
     add("fe80::5efe:10.0.0.1");
-    fakeAdapter.IfType = IF_TYPE_TUNNEL;
+    m_adapter->IfType = IF_TYPE_TUNNEL;
     EXPECT_THAT(m_source.readAddresses(), IsEmpty());
-    fakeAdapter.IfType = IF_TYPE_ETHERNET_CSMACD;
+    m_adapter->IfType = IF_TYPE_ETHERNET_CSMACD;
     constexpr std::array<BYTE, 6> REMOTE_ACCESS{0x9C, 0x8A, 0x20, 0x52, 0x41, 0x53};
-    std::copy(REMOTE_ACCESS.begin(), REMOTE_ACCESS.end(), fakeAdapter.PhysicalAddress);
-    fakeAdapter.PhysicalAddressLength = 6;
+    std::copy(REMOTE_ACCESS.begin(), REMOTE_ACCESS.end(), m_adapter->PhysicalAddress);
+    m_adapter->PhysicalAddressLength = 6;
     EXPECT_THAT(m_source.readAddresses(), IsEmpty());
 }
 
