@@ -12,7 +12,6 @@
 #include "adapters/wmi/ServerState.h"
 #include "adapters/wmi/Status.h"
 #include "adapters/wmi/WmiConverter.h"
-#include "adapters/wmi/escape/Escape.h"
 #include "core/MethodErrors.h"
 
 namespace {
@@ -149,13 +148,6 @@ ULONG WmiInstanceProvider::Release()
     return static_cast<ULONG>(count);
 }
 
-HRESULT WmiInstanceProvider::Initialize(LPWSTR /*wszUser*/, LONG /*lFlags*/, LPWSTR wszNamespace, LPWSTR /*wszLocale*/,
-                                        IWbemServices* pNamespace, IWbemContext* /*pCtx*/,
-                                        IWbemProviderInitSink* pInitSink)
-{
-    return wa::leave(wa::contain([=, this] { return start(wszNamespace, pNamespace, pInitSink); }));
-}
-
 HRESULT WmiInstanceProvider::start(LPCWSTR wszNamespace, IWbemServices* pNamespace, IWbemProviderInitSink* pInitSink)
 {
     static constexpr utils::LogSite here{FILE_NAME, "WmiInstanceProvider::Initialize"};
@@ -178,38 +170,6 @@ HRESULT WmiInstanceProvider::start(LPCWSTR wszNamespace, IWbemServices* pNamespa
         here.debug("Namespace: %s", utils::narrow(wszNamespace).c_str());
     }
     return WBEM_S_NO_ERROR;
-}
-
-HRESULT WmiInstanceProvider::CreateInstanceEnumAsync(BSTR strClass, LONG /*lFlags*/, IWbemContext* pCtx,
-                                                     IWbemObjectSink* pResponseHandler)
-{
-    return wa::leave(wa::contain([=, this] { return enumerate(strClass, pCtx, pResponseHandler); }));
-}
-
-HRESULT WmiInstanceProvider::GetObjectAsync(BSTR strObjectPath, LONG /*lFlags*/, IWbemContext* pCtx,
-                                            IWbemObjectSink* pResponseHandler)
-{
-    return wa::leave(wa::contain([=, this] { return get(strObjectPath, pCtx, pResponseHandler); }));
-}
-
-HRESULT WmiInstanceProvider::PutInstanceAsync(IWbemClassObject* pInst, LONG lFlags, IWbemContext* /*pCtx*/,
-                                              IWbemObjectSink* pResponseHandler)
-{
-    return wa::leave(wa::contain([=, this] { return put(pInst, lFlags, pResponseHandler); }));
-}
-
-HRESULT WmiInstanceProvider::DeleteInstanceAsync(BSTR strObjectPath, LONG /*lFlags*/, IWbemContext* /*pCtx*/,
-                                                 IWbemObjectSink* pResponseHandler)
-{
-    return wa::leave(wa::contain([=, this] { return remove(strObjectPath, pResponseHandler); }));
-}
-
-HRESULT WmiInstanceProvider::ExecMethodAsync(BSTR strObjectPath, BSTR strMethodName, LONG /*lFlags*/,
-                                             IWbemContext* pCtx, IWbemClassObject* pInParams,
-                                             IWbemObjectSink* pResponseHandler)
-{
-    return wa::leave(
-        wa::contain([=, this] { return execute(strObjectPath, strMethodName, pCtx, pInParams, pResponseHandler); }));
 }
 
 // An enumeration handles no exception: what the conversion layer throws leaves the request, and only the identity is
