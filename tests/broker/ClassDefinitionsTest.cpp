@@ -19,7 +19,7 @@ using Classes = std::map<std::string, std::vector<std::string>>;
 Classes definedClasses()
 {
     static const std::regex classLine(R"(^class (\w+)$)");
-    static const std::regex propertyLine(R"(^    (\w+(?: ref)?) (\w+)(\[\])?;$)");
+    static const std::regex propertyLine(R"(^    (\w+)( ref)? (\w+)(\[\])?;$)");
     static const std::regex qualifiersBegin(R"(^    \[.*$)");
     std::ifstream file(ZERIX_SOURCE_DIR "/install/ZerixDRAVEv2.mof");
     Classes result;
@@ -33,12 +33,8 @@ Classes definedClasses()
         } else if (line == "};") {
             className.clear();
         } else if (!className.empty() && std::regex_match(line, match, propertyLine)) {
-            std::string type = match[1];
-            if (type.size() > 4 && type.substr(type.size() - 4) == " ref") {
-                type = "ref";
-            }
-            result[className].push_back(match[2].str() + ": " + type + match[3].str() +
-                                        (qualifiers.find("[key,") != std::string::npos ? " key" : "") +
+            result[className].push_back(match[3].str() + ": " + (match[2].matched ? "ref" : match[1].str()) +
+                                        match[4].str() + (qualifiers.find("[key,") != std::string::npos ? " key" : "") +
                                         (qualifiers.find(" write,") != std::string::npos ? " write" : ""));
         } else if (std::regex_match(line, qualifiersBegin)) {
             qualifiers = line;

@@ -6,14 +6,29 @@
 #include <array>
 
 #include "Utils/Exception.h"
-#include "broker/ArgumentList.h"
 #include "broker/Fakes.h"
 #include "broker/Properties.h"
+#include "broker/Sent.h"
 
 namespace {
 
+using support::null;
+using support::Sent;
+using support::sent;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+using String = core::CimPropertyString;
+using Strings = core::CimPropertyString_arr;
+using Uint8 = core::CimPropertyUint8;
+using Uint16 = core::CimPropertyUint16;
+using Uint16s = core::CimPropertyUint16_arr;
+using Uint32 = core::CimPropertyUint32;
+using Uint32s = core::CimPropertyUint32_arr;
+using Uint64 = core::CimPropertyUint64;
+using Bool = core::CimPropertyBool;
+using Datetime = core::CimPropertyDatetime;
+using Ref = core::CimPropertyRef;
 
 struct Row
 {
@@ -75,46 +90,21 @@ protected:
         m_store.show({m_row});
     }
 
-    template <class Property, class Value>
-    void put(const char* name, Value value)
-    {
-        auto* property = new Property(name);
-        m_values->add(property);
-        property->setValue(std::move(value));
-    }
-
-    template <class Property>
-    void putNull(const char* name)
-    {
-        m_values->add(new Property(name));
-    }
-
     const broker::InstanceStore::Record& record() const { return m_store.records()[0]; }
 
     std::string value(const char* name) const { return support::value(*record().instance, name); }
 
-    // The exception of the put as text, or "done".
-    std::string modify()
+    // The exception of a put of these values as text, or "done".
+    std::string modify(const std::vector<Sent>& puts)
     {
+        core::CimPropertyList values;
+        support::add(values, puts);
         try {
-            broker::modify(m_store, record(), m_values, *this, m_settings);
+            broker::modify(m_store, record(), values, *this, m_settings);
             return "done";
         } catch (const std::exception& exception) {
             return exception.what();
         }
-    }
-
-    template <class Property, class Value>
-    std::string putAlone(const char* name, Value value)
-    {
-        m_values.startAnew();
-        put<Property>(name, value);
-        return modify();
-    }
-
-    bool holdSame(const core::CimProperty& left, const core::CimProperty& right)
-    {
-        return broker::holdSame(left, right, *this);
     }
 
     core::CimInstance* resolve(const std::string& path) override
@@ -126,39 +116,30 @@ protected:
     core::CimInstance m_another{"Other"};
     Row m_row;
     broker::DescribedStore<Row> m_store{description};
-    support::ArgumentList m_values;
     fakes::Storage m_storage;
     broker::SettingsStore m_settings{m_storage};
 };
 
 TEST_F(Modification, SameValues_areNoChange)
 {
-    put<core::CimPropertyString>("Id", std::string("x"));
-    put<core::CimPropertyUint8>("Number8", std::uint8_t{8});
-    put<core::CimPropertyUint16>("Number16", std::uint16_t{16});
-    put<core::CimPropertyUint16_arr>("Numbers16", std::vector<std::uint16_t>{1, 2});
-    put<core::CimPropertyUint32>("Number32", 32U);
-    put<core::CimPropertyUint32_arr>("Numbers32", std::vector<std::uint32_t>{3, 4});
-    put<core::CimPropertyUint64>("Number64", std::uint64_t{64});
-    put<core::CimPropertyString>("Text", std::string("text"));
-    put<core::CimPropertyString_arr>("Texts", std::vector<std::string>{"a", "b"});
-    put<core::CimPropertyBool>("Truth", true);
-    put<core::CimPropertyDatetime>("Time", utils::Time::timestamp(5'000'000));
-    put<core::CimPropertyRef>("Other", std::string("the other"));
-    put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{1});
-    put<core::CimPropertyString>("WritableText", std::string("one"));
-    putNull<core::CimPropertyString>("Unset");
-    EXPECT_EQ(modify(), "done");
+    EXPECT_EQ(
+        modify({sent<String>("Id", "x"), sent<Uint8>("Number8", 8), sent<Uint16>("Number16", 16),
+                sent<Uint16s>("Numbers16", {1, 2}), sent<Uint32>("Number32", 32), sent<Uint32s>("Numbers32", {3, 4}),
+                sent<Uint64>("Number64", 64), sent<String>("Text", "text"), sent<Strings>("Texts", {"a", "b"}),
+                sent<Bool>("Truth", true), sent<Datetime>("Time", utils::Time::timestamp(5'999'999)),
+                sent<Ref, std::string>("Other", "the other"), sent<Uint16>("WritableNumber", 1),
+                sent<String>("WritableText", "one"), null<String>("Unset"), null<String>("Nothing")}),
+        "done");
     EXPECT_EQ(m_storage.changes, 0);
 }
 
 TEST_F(Modification, Changes_areStoredAndShown)
 {
-    put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{2});
-    put<core::CimPropertyString>("writabletext", std::string("two"));
-    put<core::CimPropertyString>("Unset", std::string("set"));
-    EXPECT_EQ(modify(), "done");
+    EXPECT_EQ(
+        modify({sent<Uint16>("WritableNumber", 2), sent<String>("writabletext", "two"), sent<String>("Unset", "set")}),
+        "done");
     EXPECT_THAT(m_storage.values("Key of x"), ElementsAre("Setting=Unset=set;WritableNumber=2;WritableText=two"));
+    EXPECT_EQ(m_storage.changes, 1);
     EXPECT_EQ(value("WritableNumber"), "2");
     EXPECT_EQ(value("WritableText"), "two");
     EXPECT_EQ(value("Unset"), "set");
@@ -166,148 +147,69 @@ TEST_F(Modification, Changes_areStoredAndShown)
 
 TEST_F(Modification, ReadOnlyProperty_ofAnyType_isForbidden)
 {
-    const auto refusal = [](const std::string& name) {
-        return "DRAVEv2: EForbidden:Modyfying of " + name + " property is not allowed";
-    };
-    EXPECT_EQ(putAlone<core::CimPropertyUint8>("Number8", std::uint8_t{9}), refusal("Number8"));
-    EXPECT_EQ(putAlone<core::CimPropertyUint16>("Number16", std::uint16_t{9}), refusal("Number16"));
-    EXPECT_EQ(putAlone<core::CimPropertyUint64>("Number64", std::uint64_t{9}), refusal("Number64"));
-    EXPECT_EQ(putAlone<core::CimPropertyString>("Text", std::string("other")), refusal("Text"));
-    EXPECT_EQ(putAlone<core::CimPropertyUint16_arr>("Numbers16", std::vector<std::uint16_t>{2, 1}),
-              refusal("Numbers16"));
-    EXPECT_EQ(putAlone<core::CimPropertyUint32_arr>("Numbers32", std::vector<std::uint32_t>{3}), refusal("Numbers32"));
-    EXPECT_EQ(putAlone<core::CimPropertyString_arr>("Texts", std::vector<std::string>{}), refusal("Texts"));
-    EXPECT_EQ(putAlone<core::CimPropertyBool>("Truth", false), refusal("Truth"));
-    EXPECT_EQ(putAlone<core::CimPropertyDatetime>("Time", utils::Time::timestamp(6'000'000)), refusal("Time"));
-    EXPECT_EQ(putAlone<core::CimPropertyRef>("Other", std::string("another")), refusal("Other"));
-    EXPECT_EQ(putAlone<core::CimPropertyUint32>("Number32", 9U), "DRAVEv2: EForbidden:Unsupported type: 8");
+    for (const Sent& put : {sent<Uint8>("Number8", 9), sent<Uint16>("Number16", 9), sent<Uint64>("Number64", 9),
+                            sent<String>("Text", "other"), null<String>("Text"), sent<Uint16s>("Numbers16", {2, 1}),
+                            sent<Uint32s>("Numbers32", {3}), sent<Strings>("Texts", {}), sent<Bool>("Truth", false),
+                            sent<Datetime>("Time", utils::Time::timestamp(6'000'000)),
+                            sent<Datetime>("Time", utils::Time::period(5'000'000)),
+                            sent<Ref, std::string>("Other", "another"), sent<Ref, std::string>("Other", "nothing"),
+                            // A volatile value of another type.
+                            sent<String>("Counter", "many")})
+    {
+        EXPECT_EQ(modify({put}), "DRAVEv2: EForbidden:Modyfying of " + put->getName() + " property is not allowed");
+    }
+    EXPECT_EQ(modify({sent<Uint32>("Number32", 9)}), "DRAVEv2: EForbidden:Unsupported type: 8");
     EXPECT_EQ(m_storage.changes, 0);
 }
 
-TEST_F(Modification, NullOverReadOnlyValue_isForbidden)
+TEST_F(Modification, Refusal_changesNothing)
 {
-    putNull<core::CimPropertyString>("Text");
-    EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Modyfying of Text property is not allowed");
-}
-
-TEST_F(Modification, NullOverWritableValue_isInvalid)
-{
-    putNull<core::CimPropertyString>("WritableText");
-    EXPECT_EQ(modify(), "DRAVEv2: EInvalidParameter:Property WritableText cannot be a NULL");
-}
-
-TEST_F(Modification, AnotherType_isForbidden)
-{
-    EXPECT_EQ(putAlone<core::CimPropertyUint8>("WritableNumber", std::uint8_t{1}),
+    const Sent good = sent<String>("WritableText", "two");
+    EXPECT_EQ(modify({good, sent<Uint16>("WritableNumber", 3)}),
+              "DRAVEv2: EInvalidParameter:Value of WritableNumber property has to be from 0 to 2");
+    EXPECT_EQ(modify({good, sent<String>("Text", "other")}),
+              "DRAVEv2: EForbidden:Modyfying of Text property is not allowed");
+    EXPECT_EQ(modify({good, sent<String>("Nothing", "x")}), "DRAVEv2: EInvalidParameter:Unknown property Nothing");
+    EXPECT_EQ(modify({null<String>("WritableText")}),
+              "DRAVEv2: EInvalidParameter:Property WritableText cannot be a NULL");
+    EXPECT_EQ(modify({sent<Uint8>("WritableNumber", 1)}),
               "DRAVEv2: EForbidden:Property type 4 doesn't support assigning value from property type 0");
-}
-
-TEST_F(Modification, ValueOutOfRange_changesNothing)
-{
-    put<core::CimPropertyString>("WritableText", std::string("two"));
-    put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{3});
-    EXPECT_EQ(modify(), "DRAVEv2: EInvalidParameter:Value of WritableNumber property has to be from 0 to 2");
-    EXPECT_EQ(value("WritableText"), "one");
-    EXPECT_EQ(m_storage.changes, 0);
-}
-
-TEST_F(Modification, ForbiddenProperty_changesNothing)
-{
-    put<core::CimPropertyString>("WritableText", std::string("two"));
-    put<core::CimPropertyString>("Text", std::string("other"));
-    EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Modyfying of Text property is not allowed");
+    m_storage.firstFailing = m_storage.lastFailing = 1;
+    EXPECT_EQ(modify({good, sent<Uint16>("WritableNumber", 2)}), "DRAVEv2: Setting Key of x could not be stored");
+    EXPECT_EQ(value("WritableNumber"), "1");
     EXPECT_EQ(value("WritableText"), "one");
     EXPECT_THAT(m_storage.values("Key of x"), IsEmpty());
-}
-
-TEST_F(Modification, UnknownProperty_withAValue_isInvalid)
-{
-    putNull<core::CimPropertyString>("Nothing");
-    EXPECT_EQ(modify(), "done");
-    EXPECT_EQ(putAlone<core::CimPropertyString>("Nothing", std::string("x")),
-              "DRAVEv2: EInvalidParameter:Unknown property Nothing");
 }
 
 TEST_F(Modification, VolatileValue_isIgnored)
 {
-    EXPECT_EQ(putAlone<core::CimPropertyUint64>("Counter", std::uint64_t{77}), "done");
+    EXPECT_EQ(modify({sent<Uint64>("Counter", 77)}), "done");
     EXPECT_EQ(value("Counter"), "1");
 }
 
-TEST_F(Modification, VolatileValue_ofAnotherType_isRefused)
+TEST_F(Modification, Nulls_areComparedByTheirTypes)
 {
-    EXPECT_EQ(putAlone<core::CimPropertyString>("Counter", std::string("many")),
-              "DRAVEv2: EForbidden:Modyfying of Counter property is not allowed");
-    EXPECT_EQ(value("Counter"), "1");
-}
-
-TEST_F(Modification, FailedStore_changesNothing)
-{
-    m_storage.firstFailing = 1;
-    m_storage.lastFailing = 2;
-    put<core::CimPropertyUint16>("WritableNumber", std::uint16_t{2});
-    put<core::CimPropertyString>("WritableText", std::string("two"));
-    EXPECT_EQ(modify(), "DRAVEv2: Setting Key of x could not be stored");
-    EXPECT_EQ(value("WritableNumber"), "1");
-    EXPECT_EQ(value("WritableText"), "one");
-    EXPECT_THAT(m_storage.values("Key of x"), IsEmpty());
-    m_storage.failure = broker::StoreResult::ACCESS_DENIED;
-    EXPECT_EQ(modify(), "DRAVEv2: EForbidden:Setting Key of x could not be stored: access denied");
-}
-
-// A property with the value, or with null.
-template <class Property>
-struct Made : Property
-{
-    template <class... Value>
-    explicit Made(Value... value) : Property("Any")
+    struct Pair
     {
-        (this->setValue(value), ...);
+        const char* name;
+        Sent left;
+        Sent right;
+        bool areSame;
+    };
+    for (const Pair& pair :
+         {Pair{"null and no texts", null<Strings>("A"), sent<Strings>("A", {}), true},
+          Pair{"no texts and null", sent<Strings>("A", {}), null<Strings>("A"), true},
+          Pair{"null texts", null<Strings>("A"), null<Strings>("A"), true},
+          Pair{"null and an empty text", null<Strings>("A"), sent<Strings>("A", {""}), false},
+          Pair{"an empty text and no texts", sent<Strings>("A", {""}), sent<Strings>("A", {}), false},
+          Pair{"null texts and null numbers", null<Strings>("A"), null<Uint16s>("A"), false},
+          Pair{"null and no numbers", null<Uint16s>("A"), sent<Uint16s>("A", {}), false},
+          Pair{"null numbers", null<Uint8>("A"), null<Uint8>("A"), true},
+          Pair{"null numbers of two types", null<Uint8>("A"), null<Uint16>("A"), false},
+          Pair{"two references to nothing", sent<Ref>("A", nullptr), sent<Ref, std::string>("A", "-"), false}})
+    {
+        EXPECT_EQ(broker::holdSame(*pair.left, *pair.right, *this), pair.areSame) << pair.name;
     }
-};
-
-TEST_F(Modification, NullAndEmptyTexts_areTheSame)
-{
-    using Texts = core::CimPropertyString_arr;
-    const std::vector<std::string> none;
-    const std::vector<std::string> one{""};
-    EXPECT_TRUE(holdSame(Made<Texts>(), Made<Texts>(none)));
-    EXPECT_TRUE(holdSame(Made<Texts>(none), Made<Texts>()));
-    EXPECT_TRUE(holdSame(Made<Texts>(), Made<Texts>()));
-    EXPECT_FALSE(holdSame(Made<Texts>(), Made<Texts>(one)));
-    EXPECT_FALSE(holdSame(Made<Texts>(one), Made<Texts>(none)));
-    EXPECT_FALSE(holdSame(Made<Texts>(), Made<core::CimPropertyUint16_arr>()));
-}
-
-TEST_F(Modification, NullAndEmptyNumbers_differ)
-{
-    using Numbers = core::CimPropertyUint16_arr;
-    EXPECT_FALSE(holdSame(Made<Numbers>(), Made<Numbers>(std::vector<std::uint16_t>())));
-}
-
-TEST_F(Modification, Nulls_ofTwoTypes_differ)
-{
-    EXPECT_FALSE(holdSame(Made<core::CimPropertyUint8>(), Made<core::CimPropertyUint16>()));
-    EXPECT_TRUE(holdSame(Made<core::CimPropertyUint8>(), Made<core::CimPropertyUint8>()));
-}
-
-TEST_F(Modification, Datetimes_areComparedToTheSecond)
-{
-    const auto five = Made<core::CimPropertyDatetime>(utils::Time::timestamp(5'000'000));
-    EXPECT_TRUE(holdSame(five, Made<core::CimPropertyDatetime>(utils::Time::timestamp(5'999'999))));
-    EXPECT_FALSE(holdSame(five, Made<core::CimPropertyDatetime>(utils::Time::timestamp(6'000'000))));
-    EXPECT_FALSE(holdSame(five, Made<core::CimPropertyDatetime>(utils::Time::period(5'000'000))));
-}
-
-TEST_F(Modification, References_areComparedByTheirTargets)
-{
-    using Reference = core::CimPropertyRef;
-    const auto toOther = Made<Reference>(&m_other);
-    EXPECT_TRUE(holdSame(toOther, Made<Reference>(std::string("the other"))));
-    EXPECT_FALSE(holdSame(toOther, Made<Reference>(std::string("another"))));
-    EXPECT_FALSE(holdSame(toOther, Made<Reference>(std::string("nothing"))));
-    const auto toNothing = Made<Reference>(static_cast<core::CimInstance*>(nullptr));
-    EXPECT_FALSE(holdSame(toNothing, Made<Reference>(std::string("nothing"))));
 }
 
 }  // namespace
