@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
-
 namespace {
 
 using std::chrono::microseconds;
@@ -42,16 +40,6 @@ TEST(JobEntry, Job_comesBackAsItWas)
     ASSERT_TRUE(job);
     EXPECT_EQ(broker::entryOf(*job), broker::entryOf(sampleJob()));
     EXPECT_EQ(job->status.adapterName, "eth;0%=\n\x8A");
-    EXPECT_EQ(job->status.owner, "HOST\\admin");
-    EXPECT_EQ(job->endTime, sampleJob().endTime);
-    EXPECT_EQ(job->host, sampleJob().host);
-}
-
-TEST(JobEntry, Entry_isPrintableAscii)
-{
-    for (const char c : broker::entryOf(sampleJob())) {
-        EXPECT_TRUE(c >= ' ' && c <= '~') << static_cast<int>(c);
-    }
 }
 
 TEST(JobEntry, Job_cutAnywhere_isRefused)
@@ -65,30 +53,33 @@ TEST(JobEntry, Job_cutAnywhere_isRefused)
 
 TEST(JobEntry, Job_withAMisfit_isRefused)
 {
-    EXPECT_TRUE(broker::jobOf("x", with("JobState", "4")));
-    const std::multimap<std::string, std::string> misfits{{"JobState", "5"},
-                                                          {"JobState", ""},
-                                                          {"PercentComplete", "101"},
-                                                          {"PercentComplete", "1x"},
-                                                          {"PercentComplete", "-1"},
-                                                          {"Host", "..\\other"},
-                                                          {"Host", ""},
-                                                          {"Host", std::string(65, '1')},
-                                                          {"Error", "%4"},
-                                                          {"Error", "%ZZ"}};
-    for (const auto& [name, text] : misfits) {
-        EXPECT_FALSE(broker::jobOf("x", with(name, text))) << name << " " << text;
+    struct Field
+    {
+        const char* name;
+        std::string text;
+        bool fits = false;
+    };
+    for (const Field& field : std::initializer_list<Field>{{"JobState", "4", true},
+                                                           {"JobState", "5"},
+                                                           {"JobState", ""},
+                                                           {"PercentComplete", "101"},
+                                                           {"PercentComplete", "1x"},
+                                                           {"PercentComplete", "-1"},
+                                                           {"Host", "..\\other"},
+                                                           {"Host", ""},
+                                                           {"Host", std::string(65, '1')},
+                                                           {"Error", "%4"},
+                                                           {"Error", "%ZZ"},
+                                                           {"StartTime", "32535244799999999", true},
+                                                           {"StartTime", "32535244800000000"},
+                                                           {"EndTime", "18446744073709551616"},
+                                                           {"Retention", "31536000000000", true},
+                                                           {"Retention", "31536000000001"},
+                                                           {"Retention", "1;Error="}})
+    {
+        EXPECT_EQ(broker::jobOf("x", with(field.name, field.text)).has_value(), field.fits)
+            << field.name << " " << field.text;
     }
-    EXPECT_FALSE(broker::jobOf("x", broker::entryOf(sampleJob()) + ";Error="));
-}
-
-TEST(JobEntry, Times_outsideTheCalendar_areRefused)
-{
-    EXPECT_TRUE(broker::jobOf("x", with("StartTime", "32535244799999999")));
-    EXPECT_FALSE(broker::jobOf("x", with("StartTime", "32535244800000000")));
-    EXPECT_FALSE(broker::jobOf("x", with("EndTime", "18446744073709551616")));
-    EXPECT_TRUE(broker::jobOf("x", with("Retention", "31536000000000")));
-    EXPECT_FALSE(broker::jobOf("x", with("Retention", "31536000000001")));
 }
 
 TEST(JobEntry, Result_comesBackAsItWas)

@@ -60,7 +60,7 @@ using testing::StartsWith;
 class Process : public fakes::JobMachine, public fakes::JobProcess
 {
 public:
-    explicit Process(const char* name) : JobProcess(stored, table, machine, adapters, name) {}
+    Process() : JobProcess(stored, table, machine, adapters, "10-1") {}
 
     std::string start() { return JobProcess::start(adapter, setting, 2); }
 
@@ -87,15 +87,6 @@ struct Step
     std::function<void(Process&)> before;
     // The step itself. It may throw std::bad_alloc or another exception that reports the failure.
     std::function<void(Process&)> run;
-};
-
-void PrintTo(const Step& step, std::ostream* stream)
-{
-    *stream << step.name;
-}
-
-class JobMemory : public testing::TestWithParam<Step>
-{
 };
 
 void expectInOrder(Process& process)
@@ -148,17 +139,6 @@ void forEachAllocation(const std::function<bool(std::size_t)>& run)
     EXPECT_GT(number, 2U) << "no memory was asked for";
 }
 
-TEST_P(JobMemory, OneAllocationFails_allIsInOrderAfterwards)
-{
-    forEachAllocation([](std::size_t number) {
-        Process process("10-1");
-        GetParam().before(process);
-        const bool wasReached = runWithFailure(GetParam().run, process, number);
-        expectInOrder(process);
-        return wasReached;
-    });
-}
-
 void start(Process& process)
 {
     process.start();
@@ -189,31 +169,38 @@ void terminate(Process& process)
 // The entries of a process that has ended: one job that had ended and one that had not.
 void leaveEntries(Process& process)
 {
-    Process other("9-1");
-    complete(other);
-    other.machine.pass(seconds{1});
-    other.start();
-    for (const auto& [key, values] : other.stored->copy()) {
-        for (const auto& [name, value] : values) {
-            process.storage.set(key, name, value.text);
-        }
+    const auto other = process.makeProcess("9-1");
+    other->start(process.adapter, process.setting, 1);
+    process.machine.pass(seconds{1});
+    other->thread.play();
+    other->start(process.adapter, process.setting, 1);
+}
+
+TEST(JobMemory, OneAllocationFails_nothingIsLost)
+{
+    const auto list = [](Process& process) {
+        process.jobs.jobs();
+        process.jobs.results();
+    };
+    for (const Step& step : {Step{"start", [](Process&) {}, &start}, Step{"sample", &start, &sample},
+                             Step{"last sample", &startAndSample, &sample}, Step{"end", &start, &terminate},
+                             Step{"list", &complete, list}})
+    {
+        SCOPED_TRACE(step.name);
+        forEachAllocation([&step](std::size_t number) {
+            Process process;
+            step.before(process);
+            const bool wasReached = runWithFailure(step.run, process, number);
+            expectInOrder(process);
+            return wasReached;
+        });
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Steps, JobMemory,
-                         testing::Values(Step{"start", [](Process&) {}, &start}, Step{"sample", &start, &sample},
-                                         Step{"lastSample", &startAndSample, &sample}, Step{"end", &start, &terminate},
-                                         Step{"list", &complete,
-                                              [](Process& process) {
-                                                  process.jobs.jobs();
-                                                  process.jobs.results();
-                                              }}),
-                         [](const auto& step) { return step.param.name; });
-
 // A job does not wait for memory for ever: after some attempts it ends without its result.
-TEST(JobMemoryForSeconds, NoMemory_endsTheJobWithoutAResult)
+TEST(JobMemory, NoMemory_endsTheJobWithoutAResult)
 {
-    Process process("10-1");
+    Process process;
     start(process);
     isLasting = true;
     runWithFailure(
@@ -237,12 +224,12 @@ TEST(JobMemoryForSeconds, NoMemory_endsTheJobWithoutAResult)
 }
 
 // A deletion cannot report a failure. Clients no longer see the job, and the thread deletes its entry later.
-TEST(JobMemoryOfDeletion, OneAllocationFails_theJobIsGone)
+TEST(JobMemory, OneAllocationFails_deletionIsDone)
 {
     forEachAllocation([](std::size_t number) {
         bool wasReached = false;
         for (const auto& before : {&start, &complete}) {
-            Process process("10-1");
+            Process process;
             before(process);
             const auto job = process.jobs.makeInstance(process.jobs.jobs().at(0).id, "Zerix_ConcreteJob");
             wasReached |= runWithFailure([&job](Process&) { job->markForDeletion(true); }, process, number);
@@ -258,10 +245,10 @@ TEST(JobMemoryOfDeletion, OneAllocationFails_theJobIsGone)
 }
 
 // Entries of another process are shown completely or not at all.
-TEST(JobMemoryOfReading, OneAllocationFails_theNextRequestReads)
+TEST(JobMemory, OneAllocationFails_nextRequestReads)
 {
     forEachAllocation([](std::size_t number) {
-        Process process("10-1");
+        Process process;
         leaveEntries(process);
         process.storage.set("Jobs", "unreadable", "?");
         process.storage.set("Results", "unreadable", "?");

@@ -31,11 +31,7 @@ class Jobs : public testing::Test, protected fakes::JobMachine
 protected:
     std::string start(std::uint16_t samples = 2) { return m_process.start(adapter, setting, samples); }
 
-    // Starts a job of a different adapter each time.
-    std::string startOnAnother(std::uint16_t samples = 2)
-    {
-        return m_process.start(fakes::adapter(++m_other), setting, samples);
-    }
+    std::string startOn(unsigned adapterNumber) { return m_process.start(fakes::adapter(adapterNumber), setting, 2); }
 
     std::string complete()
     {
@@ -43,8 +39,6 @@ protected:
         sampleOnce();
         return id;
     }
-
-    void fill(std::size_t count) { fakes::storeEndedJobs(m_process.storage, machine, count); }
 
     void sampleOnce()
     {
@@ -59,7 +53,6 @@ protected:
     std::vector<std::string> storedJobs() { return m_process.storage.values("Jobs"); }
 
     fakes::JobProcess m_process{stored, table, machine, adapters, "10-1"};
-    unsigned m_other = 100;
 };
 
 TEST_F(Jobs, StartedJob_isShownAndStored)
@@ -76,7 +69,7 @@ TEST_F(Jobs, StartedJob_isShownAndStored)
 TEST_F(Jobs, Ids_differAlsoFromThoseOfAnotherProcess)
 {
     EXPECT_EQ(start(), "Vexal:Job:1700000000000000-1");
-    EXPECT_EQ(startOnAnother(), "Vexal:Job:1700000000000000-2");
+    EXPECT_EQ(startOn(2), "Vexal:Job:1700000000000000-2");
     // Both were made in the same microsecond.
     fakes::JobProcess twin(stored, table, machine, adapters, "11-1");
     machine.setClock(-machine.now().time_since_epoch());
@@ -111,33 +104,25 @@ TEST_F(Jobs, Job_countsUpAndCompletesWithAResult)
 
 // Time
 
-TEST_F(Jobs, Samples_clockSet_areTakenInTime)
+TEST_F(Jobs, Clock_setWhileAJobRuns_isNotFelt)
 {
     for (const hours change : {hours{-1}, hours{2}}) {
-        startOnAnother(2);
+        start(2);
         machine.setClock(change);
         EXPECT_EQ(work(), milliseconds{100});
         machine.pass(milliseconds{50});
         EXPECT_EQ(work(), milliseconds{50});
+        EXPECT_EQ(m_process.jobs.jobs().front().elapsed, milliseconds{50});
         machine.pass(milliseconds{50});
-        work();
+        EXPECT_EQ(work(), milliseconds{100});
         machine.pass(milliseconds{100});
         EXPECT_EQ(work(), std::nullopt);
+        const broker::JobStatus ended = m_process.jobs.jobs().front();
+        EXPECT_EQ(ended.state, JobState::COMPLETED);
+        EXPECT_EQ(ended.elapsed, milliseconds{200});
+        EXPECT_EQ(m_process.jobs.results().front()->duration, milliseconds{200});
+        m_process.mark(ended.id);
     }
-}
-
-TEST_F(Jobs, Elapsed_clockSet_staysTrue)
-{
-    start(2);
-    machine.setClock(hours{-1});
-    machine.pass(milliseconds{100});
-    EXPECT_EQ(status().elapsed, milliseconds{100});
-    work();
-    machine.setClock(hours{2});
-    sampleOnce();
-    EXPECT_EQ(status().state, JobState::COMPLETED);
-    EXPECT_EQ(status().elapsed, milliseconds{200});
-    EXPECT_EQ(m_process.jobs.results()[0]->duration, milliseconds{200});
 }
 
 TEST_F(Jobs, Retention_clockSet_staysTrue)
@@ -152,30 +137,21 @@ TEST_F(Jobs, Retention_clockSet_staysTrue)
     EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
 }
 
-TEST_F(Jobs, Retention_afterRestart_goesByTheStoredTime)
+// The retention is a minute. A clock that was set back does not make it longer.
+TEST_F(Jobs, Retention_afterRestart_goesByTheClock)
 {
-    complete();
-    machine.pass(seconds{50});
-    fakes::JobProcess later(stored, table, machine, adapters, "11-1");
-    EXPECT_THAT(later.jobs.jobs(), SizeIs(1));
-    machine.pass(seconds{9});
-    EXPECT_THAT(later.jobs.jobs(), SizeIs(1));
-    machine.pass(seconds{1});
-    EXPECT_THAT(later.jobs.jobs(), IsEmpty());
-    later.thread.play();
-    EXPECT_THAT(storedJobs(), IsEmpty());
-}
-
-TEST_F(Jobs, Retention_clockSetBack_isNotLonger)
-{
-    complete();
-    machine.setClock(hours{-24});
-    fakes::JobProcess later(stored, table, machine, adapters, "11-1");
-    later.jobs.jobs();
-    machine.pass(seconds{59});
-    EXPECT_THAT(later.jobs.jobs(), SizeIs(1));
-    machine.pass(seconds{1});
-    EXPECT_THAT(later.jobs.jobs(), IsEmpty());
+    for (const auto& [change, left] : {std::pair{seconds{50}, seconds{10}}, {hours{-24}, seconds{60}}}) {
+        complete();
+        machine.setClock(change);
+        fakes::JobProcess later(stored, table, machine, adapters, "11-1");
+        EXPECT_THAT(later.jobs.jobs(), SizeIs(1));
+        machine.pass(left - seconds{1});
+        EXPECT_THAT(later.jobs.jobs(), SizeIs(1));
+        machine.pass(seconds{1});
+        EXPECT_THAT(later.jobs.jobs(), IsEmpty());
+        later.thread.play();
+        EXPECT_THAT(storedJobs(), IsEmpty());
+    }
 }
 
 TEST_F(Jobs, Clock_outsideTheCalendar_isShownAtItsEnd)
@@ -196,8 +172,9 @@ TEST_F(Jobs, Deletion_isFinishedWhenTheMarkReturns)
     EXPECT_THAT(storedJobs(), IsEmpty());
     EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
     EXPECT_EQ(work(), std::nullopt);
-    machine.pass(seconds{1});
     EXPECT_THAT(m_process.jobs.results(), IsEmpty());
+    EXPECT_EQ(m_process.jobs.end(id, JobState::KILLED), EndOutcome::NOT_RUNNING);
+    EXPECT_NE(start(), "") << "its port is not in use";
 }
 
 TEST_F(Jobs, Mark_takenBack_deletesNothing)
@@ -250,18 +227,6 @@ TEST_F(Jobs, Deletion_withoutAThread_neverThrows)
     EXPECT_THAT(storedJobs(), IsEmpty());
 }
 
-TEST_F(Jobs, Start_rightAfterADeletion_isNotInUse)
-{
-    m_process.mark(start());
-    EXPECT_NE(start(), "");
-}
-
-TEST_F(Jobs, Result_staysWhenItsEndedJobIsDeleted)
-{
-    m_process.mark(complete());
-    EXPECT_THAT(m_process.jobs.results(), SizeIs(1));
-}
-
 // Limits
 
 TEST_F(Jobs, SecondJobOfAPort_isInUse)
@@ -275,8 +240,8 @@ TEST_F(Jobs, SecondJobOfAPort_isInUse)
 
 TEST_F(Jobs, MoreThan64Running_areRefused)
 {
-    for (std::size_t i = 0; i < broker::JobRegistry::MAX_RUNNING; ++i) {
-        EXPECT_NE(startOnAnother(), "");
+    for (unsigned number = 1; number <= broker::JobRegistry::MAX_RUNNING; ++number) {
+        EXPECT_NE(startOn(1 + number), "");
     }
     EXPECT_EQ(m_process.jobs.startDiagnostic(adapter, setting, 1).outcome, StartOutcome::FAILED);
 }
@@ -285,7 +250,7 @@ TEST_F(Jobs, OldestEndedOnes_makeRoom)
 {
     const std::string running = start(600);
     machine.pass(seconds{1});
-    fill(broker::JobRegistry::MAX_JOBS - 1);
+    fakes::storeEndedJobs(m_process.storage, machine, broker::JobRegistry::MAX_JOBS - 1);
     EXPECT_THAT(m_process.jobs.jobs(), SizeIs(broker::JobRegistry::MAX_JOBS));
     machine.pass(seconds{1});
     adapters.set({adapter, fakes::adapter(2)});
@@ -302,34 +267,6 @@ TEST_F(Jobs, OldestEndedOnes_makeRoom)
     work();
     EXPECT_THAT(m_process.jobs.results(), SizeIs(broker::JobRegistry::MAX_RESULTS));
     EXPECT_THAT(m_process.storage.values("Results"), SizeIs(broker::JobRegistry::MAX_RESULTS));
-}
-
-TEST_F(Jobs, IsOwned_onlyByWhoStartedIt)
-{
-    const std::string id = start();
-    EXPECT_TRUE(m_process.jobs.isOwned(id));
-    EXPECT_FALSE(m_process.jobs.isOwned("another"));
-    machine.setUser("OTHER\\admin");
-    EXPECT_FALSE(m_process.jobs.isOwned(id));
-    machine.setUser("");
-    EXPECT_FALSE(m_process.jobs.isOwned(id));
-}
-
-// The end by a client
-
-TEST_F(Jobs, TerminatedJob_leavesAResultThatSaysSo)
-{
-    const std::string id = start();
-    machine.pass(milliseconds{50});
-    EXPECT_EQ(m_process.jobs.end(id, JobState::TERMINATED), EndOutcome::ENDED);
-    EXPECT_EQ(status().state, JobState::TERMINATED);
-    EXPECT_EQ(status().elapsed, milliseconds{50});
-    ASSERT_THAT(m_process.jobs.results(), SizeIs(1));
-    EXPECT_THAT(m_process.jobs.results()[0]->errors, ElementsAre("The job was terminated"));
-    EXPECT_EQ(m_process.jobs.results()[0]->jobState, JobState::TERMINATED);
-    EXPECT_FALSE(m_process.jobs.results()[0]->isPassed);
-    EXPECT_EQ(m_process.jobs.end(id, JobState::KILLED), EndOutcome::NOT_RUNNING);
-    EXPECT_EQ(m_process.jobs.end("another", JobState::KILLED), EndOutcome::NOT_RUNNING);
 }
 
 // Failure
@@ -350,23 +287,17 @@ TEST_F(Jobs, ExceptionOfThePlatform_endsTheJobWithItsText)
     EXPECT_EQ(status(1).state, JobState::COMPLETED);
 }
 
-TEST_F(Jobs, WithoutAThread_thereIsNoJob)
+TEST_F(Jobs, Start_withoutAFreeThread_isWithdrawn)
 {
     m_process.thread.canStart = false;
     EXPECT_EQ(m_process.jobs.startDiagnostic(adapter, setting, 1).outcome, StartOutcome::FAILED);
-    EXPECT_THAT(m_process.jobs.jobs(), IsEmpty());
-    EXPECT_THAT(storedJobs(), IsEmpty());
     m_process.thread.canStart = true;
-    EXPECT_NE(start(), "");
-}
-
-TEST_F(Jobs, StartThatABusyWorkerDoesNotBegin_isWithdrawn)
-{
-    startOnAnother();
+    EXPECT_NE(startOn(2), "");
     m_process.thread.worksWhileWaited = false;
     EXPECT_EQ(m_process.jobs.startDiagnostic(adapter, setting, 1).outcome, StartOutcome::FAILED);
     work();
     EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
+    EXPECT_THAT(storedJobs(), SizeIs(1));
 }
 
 TEST_F(Jobs, StartThatCannotBeStored_runsAndSaysSo)
@@ -427,23 +358,16 @@ TEST_F(Jobs, UnreadableEntries_areRemovedWithOneLine)
     EXPECT_THAT(m_process.storage.values("Results"), SizeIs(1));
 }
 
-TEST_F(Jobs, Requests_readWhatIsStoredOnlyWhenItHasChanged)
-{
-    complete();
-    m_process.jobs.jobs();
-    const int reads = m_process.storage.reads;
-    m_process.jobs.jobs();
-    m_process.jobs.results();
-    EXPECT_EQ(m_process.storage.reads, reads);
-}
-
-TEST_F(Jobs, NoThread_whileNothingRunsAndNothingIsMarked)
+TEST_F(Jobs, Requests_withoutChanges_neitherReadNorStart)
 {
     complete();
     EXPECT_FALSE(m_process.thread.isRunning());
+    m_process.jobs.jobs();
+    const int reads = m_process.storage.reads;
     const int starts = m_process.thread.starts;
     m_process.jobs.jobs();
     m_process.jobs.results();
+    EXPECT_EQ(m_process.storage.reads, reads);
     EXPECT_EQ(m_process.thread.starts, starts);
 }
 
