@@ -1,6 +1,7 @@
 #include "broker/Fakes.h"
 
 #include <algorithm>
+#include <future>
 #include <utility>
 
 #include "Utils/Utils.h"
@@ -77,6 +78,19 @@ namespace {
 
 thread_local bool isJobThread = false;
 
+// While it lives, the calling thread is a job thread.
+class AsJobThread
+{
+public:
+    AsJobThread() noexcept : m_before(std::exchange(isJobThread, true)) {}
+    ~AsJobThread() { isJobThread = m_before; }
+    AsJobThread(const AsJobThread&) = delete;
+    AsJobThread& operator=(const AsJobThread&) = delete;
+
+private:
+    bool m_before;
+};
+
 bool belongsToJobs(const std::string& key)
 {
     return key == "Jobs" || key == "Results";
@@ -86,34 +100,20 @@ bool belongsToJobs(const std::string& key)
 class RealFlag final : public broker::Signal
 {
 public:
-    void raise() noexcept override
-    {
-        const std::lock_guard guard(m_mutex);
-        m_isRaised = true;
-        m_changed.notify_all();
-    }
+    void raise() noexcept override { m_raise.set_value(); }
 
     bool wait(std::chrono::milliseconds limit) noexcept override
     {
-        std::unique_lock lock(m_mutex);
-        return m_changed.wait_for(lock, std::min(limit, std::chrono::milliseconds{std::chrono::hours{1}}),
-                                  [this] { return m_isRaised; });
+        const auto longest = std::chrono::milliseconds{std::chrono::hours{1}};
+        return m_isRaised.wait_for(std::min(limit, longest)) == std::future_status::ready;
     }
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_isRaised = false;
+    std::promise<void> m_raise;
+    std::future<void> m_isRaised = m_raise.get_future();
 };
 
 }  // namespace
-
-AsJobThread::AsJobThread() noexcept : m_before(std::exchange(isJobThread, true)) {}
-
-AsJobThread::~AsJobThread()
-{
-    isJobThread = m_before;
-}
 
 class Storage::Watch final : public broker::ChangeWatch
 {
@@ -184,6 +184,9 @@ std::optional<std::vector<std::string>> Storage::children(const std::string& key
 
 broker::StoreResult Storage::write(const std::string& key, const std::string& name, const std::string& text)
 {
+    if (beforeWrite) {
+        std::exchange(beforeWrite, nullptr)();
+    }
     return change(key, [&](StoredKeys::Keys& keys) { keys[key][name] = {true, text}; });
 }
 

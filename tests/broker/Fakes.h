@@ -114,11 +114,7 @@ class Machine : public broker::Machine
 {
 public:
     std::string computerName() override { return "HOST"; }
-    std::string userName() override
-    {
-        const std::lock_guard guard(m_mutex);
-        return m_user;
-    }
+    std::string userName() override { return m_user; }
     broker::WallTime now() noexcept override { return broker::WallTime{std::chrono::microseconds{wall}}; }
     broker::SteadyTime steadyNow() noexcept override { return broker::SteadyTime{std::chrono::microseconds{steady}}; }
 
@@ -132,17 +128,13 @@ public:
     // Sets the wall clock alone, as an administrator does.
     void setClock(std::chrono::microseconds change) { wall += change.count(); }
 
-    void setUser(const std::string& user)
-    {
-        const std::lock_guard guard(m_mutex);
-        m_user = user;
-    }
+    // Call it while no other thread uses the machine.
+    void setUser(const std::string& user) { m_user = user; }
 
     std::atomic<std::int64_t> wall{1'700'000'000'000'000};
     std::atomic<std::int64_t> steady{5'000'000'000};
 
 private:
-    std::mutex m_mutex;
     std::string m_user = "HOST\\admin";
 };
 
@@ -193,6 +185,8 @@ public:
     // Returns "name=text" for each value of the key.
     std::vector<std::string> values(const std::string& key);
 
+    // If set, the next write calls it first, as if another process acted just before.
+    std::function<void()> beforeWrite;
     // The number of attempted changes, failed ones included.
     std::atomic<int> changes{0};
     // The range of changes that fail, counted from 1. 0 means that none fails.
@@ -215,19 +209,6 @@ private:
     broker::StoreResult change(const std::string& key, const std::function<void(StoredKeys::Keys&)>& change);
 
     std::shared_ptr<StoredKeys> m_stored;
-};
-
-// While it lives, the calling thread is a job thread.
-class AsJobThread
-{
-public:
-    AsJobThread() noexcept;
-    ~AsJobThread();
-    AsJobThread(const AsJobThread&) = delete;
-    AsJobThread& operator=(const AsJobThread&) = delete;
-
-private:
-    bool m_before;
 };
 
 // The processes of a machine.

@@ -4,7 +4,6 @@
 
 #include <sstream>
 
-#include "broker/Fakes.h"
 #include "support/Baseline.h"
 
 namespace {
@@ -34,19 +33,6 @@ TEST(AdapterRules, Ports_areThoseOfTheTables)
     }
     EXPECT_GT(lines.size(), 40U);
     support::expectBaseline(file, lines);
-}
-
-TEST(AdapterRules, Link_needsStateAndMedium)
-{
-    broker::Adapter adapter = fakes::adapter(1);
-    EXPECT_TRUE(broker::hasLink(adapter));
-    adapter.media = broker::MediaState::UNKNOWN;
-    EXPECT_TRUE(broker::hasLink(adapter));
-    adapter.media = broker::MediaState::DISCONNECTED;
-    EXPECT_FALSE(broker::hasLink(adapter));
-    adapter.media = broker::MediaState::CONNECTED;
-    adapter.operational = broker::OperationalState::DORMANT;
-    EXPECT_FALSE(broker::hasLink(adapter));
 }
 
 }  // namespace

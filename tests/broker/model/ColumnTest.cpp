@@ -8,85 +8,53 @@ namespace {
 
 struct Row
 {
-    std::uint8_t small = 1;
-    std::optional<std::uint64_t> big;
+    std::uint8_t number = 0;
+    std::optional<std::uint64_t> optionalNumber;
+    std::optional<std::string> optionalText;
     std::vector<std::string> texts;
     std::vector<std::uint16_t> numbers;
     core::CimInstance* other = nullptr;
-    std::optional<std::string> text;
 };
+
+std::uint32_t doubled(const Row& row)
+{
+    return row.number * 2U;
+}
 
 const char* fixedText(const Row& /*row*/)
 {
     return "fixed";
 }
 
-std::uint32_t doubled(const Row& row)
+// A column, and its property's value for a row without values and for one with values.
+struct Case
 {
-    return row.small * 2U;
-}
+    broker::Column<Row> column;
+    const char* without;
+    const char* with;
+};
 
-// The column's property, refreshed from the row.
-template <class AnyColumn>
-std::string refreshed(const AnyColumn& column, const Row& row, const Row* later = nullptr)
-{
-    const std::unique_ptr<core::CimProperty> property = column.make(column.name);
-    column.refresh(*property, row);
-    if (later != nullptr) {
-        column.refresh(*property, *later);
-    }
-    return support::valueText(*property);
-}
-
-TEST(Column, Members_andFunctions_areRead)
-{
-    EXPECT_EQ(refreshed(broker::column<&Row::small>("a"), Row{}), "1");
-    EXPECT_EQ(refreshed(broker::column<&doubled>("a"), Row{}), "2");
-    EXPECT_EQ(refreshed(broker::column<&fixedText>("a"), Row{}), "fixed");
-}
-
-TEST(Column, EmptyOptional_afterAValue_isNull)
-{
-    Row with;
-    with.big = 7;
-    const Row without;
-    EXPECT_EQ(refreshed(broker::column<&Row::big>("a"), with), "7");
-    EXPECT_EQ(refreshed(broker::column<&Row::big>("a"), without), "null");
-    EXPECT_EQ(refreshed(broker::column<&Row::big>("a"), with, &without), "null");
-    EXPECT_EQ(refreshed(broker::column<&Row::big>("a"), without, &with), "7");
-}
-
-TEST(Column, EmptyText_isAValue)
-{
-    Row row;
-    row.text = "";
-    EXPECT_EQ(refreshed(broker::column<&Row::text>("a"), row), "");
-}
-
-TEST(Column, EmptyArrayOfTexts_isNull)
-{
-    Row with;
-    with.texts = {"x", "y"};
-    const Row without;
-    EXPECT_EQ(refreshed(broker::column<&Row::texts>("a"), with), "{x, y}");
-    EXPECT_EQ(refreshed(broker::column<&Row::texts>("a"), with, &without), "null");
-}
-
-TEST(Column, EmptyArrayOfNumbers_isAnEmptyArray)
-{
-    EXPECT_EQ(refreshed(broker::column<&Row::numbers>("a"), Row{}), "{}");
-}
-
-TEST(Column, NoInstance_isANullReference)
+TEST(Column, Property_followsTheRows)
 {
     core::CimInstance other("Other");
-    (new core::CimPropertyUint8("Id", &other))->setValue(3);
-    other.getProperties().findProperty("Id")->setKey(true);
-    Row with;
-    with.other = &other;
     const Row without;
-    EXPECT_EQ(refreshed(broker::column<&Row::other>("a"), with), "Other.Id=3");
-    EXPECT_EQ(refreshed(broker::column<&Row::other>("a"), with, &without), "null");
+    const Row with{7, 8, "", {"x", "y"}, {9}, &other};
+    for (const Case& tested : {Case{broker::column<&Row::number>("a number"), "0", "7"},
+                               {broker::column<&doubled>("a function"), "0", "14"},
+                               {broker::column<&fixedText>("a function that returns a literal"), "fixed", "fixed"},
+                               {broker::column<&Row::optionalNumber>("an optional number"), "null", "8"},
+                               {broker::column<&Row::optionalText>("an optional text"), "null", ""},
+                               {broker::column<&Row::texts>("texts"), "null", "{x, y}"},
+                               {broker::column<&Row::numbers>("numbers"), "{}", "{9}"},
+                               {broker::column<&Row::other>("an instance"), "null", "Other."}})
+    {
+        SCOPED_TRACE(tested.column.name);
+        const std::unique_ptr<core::CimProperty> property = tested.column.make(tested.column.name);
+        for (const bool hasValues : {false, true, false}) {
+            tested.column.refresh(*property, hasValues ? with : without);
+            EXPECT_EQ(support::valueText(*property), hasValues ? tested.with : tested.without);
+        }
+    }
 }
 
 }  // namespace

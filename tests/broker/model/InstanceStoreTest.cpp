@@ -32,8 +32,6 @@ std::uint32_t value(const Row& row)
     return row.number * 10U;
 }
 
-constexpr std::array namedColumns{broker::keyWithoutCase<&Row::id>("Id")};
-
 constexpr std::array columns{broker::key<&Row::id>("Id"), broker::key<&Row::number>("Number"),
                              broker::key<&Row::other>("Other"), broker::column<&value>("Value")};
 
@@ -69,19 +67,25 @@ public:
 class InstanceStoreTest : public testing::Test
 {
 protected:
-    std::vector<std::string> ids() const
+    InstanceStoreTest() { m_resolver.instances["it"] = &m_other; }
+
+    // The property of each instance.
+    std::vector<std::string> shown(const char* property) const
     {
         std::vector<std::string> result;
         for (const auto& record : m_store.records()) {
-            result.push_back(support::value(*record.instance, "Id"));
+            result.push_back(support::value(*record.instance, property));
         }
         return result;
     }
 
+    fakes::World m_world;
+    broker::Workspace m_workspace{m_world.sources()};
     broker::DescribedStore<Row> m_store{description};
     core::CimInstance m_other{"Other"};
     core::CimInstance m_third{"Other"};
     Resolver m_resolver;
+    const core::CimPath m_toB{"Class.Id=\"b\",Number=2,Other=\"it\""};
 };
 
 TEST_F(InstanceStoreTest, Instance_hasTheDescribedProperties)
@@ -93,14 +97,9 @@ TEST_F(InstanceStoreTest, Instance_hasTheDescribedProperties)
     EXPECT_THAT(support::values(instance), ElementsAre("Id=a", "Number=4", "Other=Other.", "Value=40"));
     EXPECT_EQ(instance.toPathString(), "Class.Id=\"a\",Number=4,Other=\"Other.\"");
     EXPECT_EQ(m_store.records()[0].id, "a");
-}
-
-TEST_F(InstanceStoreTest, Instances_areInTheOrderOfTheRows)
-{
-    m_store.show({{"b"}, {"a"}, {"c"}});
-    EXPECT_THAT(ids(), ElementsAre("b", "a", "c"));
-    m_store.show({{"c"}, {"b"}, {"a"}});
-    EXPECT_THAT(ids(), ElementsAre("c", "b", "a"));
+    broker::DescribedStore<Row> keys(description, broker::Shape::KEYS);
+    keys.show({{"a", 4, &m_other}});
+    EXPECT_THAT(support::values(*keys.records()[0].instance), ElementsAre("Id=a", "Number=4", "Other=Other."));
 }
 
 TEST_F(InstanceStoreTest, Instances_ofKeptRows_getNewValues)
@@ -109,60 +108,38 @@ TEST_F(InstanceStoreTest, Instances_ofKeptRows_getNewValues)
     const core::CimInstance* a = m_store.records()[0].instance.get();
     const core::CimInstance* c = m_store.records()[2].instance.get();
     m_store.show({{"c", 33}, {"d", 4}, {"a", 1}});
-    ASSERT_THAT(ids(), ElementsAre("c", "d", "a"));
+    ASSERT_THAT(shown("Id"), ElementsAre("c", "d", "a"));
     EXPECT_EQ(m_store.records()[0].instance.get(), c);
     EXPECT_EQ(m_store.records()[2].instance.get(), a);
-    EXPECT_EQ(support::value(*m_store.records()[0].instance, "Value"), "330");
-    EXPECT_EQ(support::value(*m_store.records()[1].instance, "Value"), "40");
+    EXPECT_THAT(shown("Value"), ElementsAre("330", "40", "10"));
 }
 
-TEST_F(InstanceStoreTest, NoRows_leaveNoInstances)
+TEST_F(InstanceStoreTest, Update_fillsAllInstancesOrOne)
 {
-    m_store.show({{"a"}});
-    m_store.show({});
-    EXPECT_THAT(m_store.records(), IsEmpty());
+    rowsNow = {{"a", 1, &m_other}, {"b", 2, &m_other}};
+    m_store.update(m_workspace);
+    EXPECT_THAT(shown("Value"), ElementsAre("10", "20"));
+    broker::DescribedStore<Row> store{description};
+    const auto* const found = store.updateOne(m_workspace, m_toB, m_resolver);
+    EXPECT_EQ(found, &store.records()[1]);
+    EXPECT_EQ(support::value(*store.records()[0].instance, "Id"), "a");
+    EXPECT_EQ(support::value(*store.records()[0].instance, "Value"), "null");
+    EXPECT_EQ(support::value(*store.records()[1].instance, "Value"), "20");
+    EXPECT_EQ(store.updateOne(m_workspace, core::CimPath("Class.Id=\"c\""), m_resolver), nullptr);
 }
 
 TEST_F(InstanceStoreTest, FailedUpdate_leavesItEmpty)
 {
-    fakes::World world;
-    broker::Workspace workspace(world.sources());
-    rowsNow = {{"a"}, {"b"}};
-    m_store.update(workspace);
-    EXPECT_THAT(ids(), ElementsAre("a", "b"));
-    rowsNow = {{"a"}, {"b", 0, nullptr, true}};
-    EXPECT_THROW(m_store.update(workspace), std::runtime_error);
-    EXPECT_THAT(m_store.records(), IsEmpty());
-    EXPECT_EQ(m_store.withId("a"), nullptr);
-    rowsNow = {{"b"}};
-    m_store.update(workspace);
-    EXPECT_THAT(ids(), ElementsAre("b"));
-}
-
-TEST_F(InstanceStoreTest, UpdateOfOne_leavesOnlyKeysToTheRest)
-{
-    fakes::World world;
-    broker::Workspace workspace(world.sources());
-    m_resolver.instances["it"] = &m_other;
-    rowsNow = {{"a", 1, &m_other}, {"b", 2, &m_other}};
-    const core::CimPath path("Class.Id=\"b\",Number=2,Other=\"it\"");
-    const broker::InstanceStore::Record* const found = m_store.updateOne(workspace, path, m_resolver);
-    EXPECT_EQ(found, &m_store.records()[1]);
-    EXPECT_THAT(ids(), ElementsAre("a", "b"));
-    EXPECT_EQ(support::value(*m_store.records()[0].instance, "Value"), "null");
-    EXPECT_EQ(support::value(*m_store.records()[1].instance, "Value"), "20");
-    EXPECT_EQ(m_store.updateOne(workspace, core::CimPath("Class.Id=\"c\""), m_resolver), nullptr);
-}
-
-TEST_F(InstanceStoreTest, FailedUpdateOfOne_leavesItEmpty)
-{
-    fakes::World world;
-    broker::Workspace workspace(world.sources());
-    m_resolver.instances["it"] = &m_other;
-    rowsNow = {{"a", 1, &m_other}, {"b", 2, &m_other, true}};
-    const core::CimPath path("Class.Id=\"b\",Number=2,Other=\"it\"");
-    EXPECT_THROW(m_store.updateOne(workspace, path, m_resolver), std::runtime_error);
-    EXPECT_THAT(m_store.records(), IsEmpty());
+    const std::vector<Row> readable{{"a", 1, &m_other}, {"b", 2, &m_other}};
+    for (const bool isOne : {false, true}) {
+        rowsNow = readable;
+        m_store.update(m_workspace);
+        rowsNow[1].fails = true;
+        EXPECT_THROW(isOne ? void(m_store.updateOne(m_workspace, m_toB, m_resolver)) : m_store.update(m_workspace),
+                     std::runtime_error);
+        EXPECT_THAT(m_store.records(), IsEmpty());
+        EXPECT_EQ(m_store.withId("a"), nullptr);
+    }
 }
 
 TEST_F(InstanceStoreTest, Record_isFoundByItsId)
@@ -181,15 +158,8 @@ TEST_F(InstanceStoreTest, TwoRowsOfOneId_areTwoInstances)
 {
     m_store.show({{"a", 1}, {"a", 2}});
     m_store.show({{"a", 3}, {"a", 4}, {"b", 5}});
-    ASSERT_THAT(ids(), ElementsAre("a", "a", "b"));
-    EXPECT_EQ(support::value(*m_store.records()[1].instance, "Value"), "40");
-}
-
-TEST_F(InstanceStoreTest, KeysShape_leavesOutTheRest)
-{
-    broker::DescribedStore<Row> keys(description, broker::Shape::KEYS);
-    keys.show({{"a", 4, &m_other}});
-    EXPECT_THAT(support::values(*keys.records()[0].instance), ElementsAre("Id=a", "Number=4", "Other=Other."));
+    EXPECT_THAT(shown("Id"), ElementsAre("a", "a", "b"));
+    EXPECT_THAT(shown("Value"), ElementsAre("30", "40", "50"));
 }
 
 TEST_F(InstanceStoreTest, InstancesAreMadeAndShown_withoutALock)
@@ -197,66 +167,41 @@ TEST_F(InstanceStoreTest, InstancesAreMadeAndShown_withoutALock)
     EXPECT_EQ(support::locksTakenBy([this] { m_store.show({{"a", 1}, {"b", 2}}); }), 0U);
 }
 
-TEST_F(InstanceStoreTest, KeyWithoutCase_matchesInAnyCase)
-{
-    const broker::ClassDescription<Row> named{.name = "Class", .columns = namedColumns, .id = &id, .rows = &rows};
-    broker::DescribedStore<Row> store(named);
-    store.show({{"Host-A"}});
-    EXPECT_NE(store.find(core::CimPath("Class.Id=\"hOST-a\""), m_resolver), nullptr);
-    EXPECT_EQ(store.find(core::CimPath("Class.Id=\"Host-B\""), m_resolver), nullptr);
-    EXPECT_EQ(store.find(core::CimPath("Class.Id=\"Host-\""), m_resolver), nullptr);
-}
-
-// A path after the class's name, and the id of the instance that it names.
-struct Path
-{
-    const char* name;
-    const char* keys;
-    const char* id;
-};
-
-constexpr std::array PATHS{
-    Path{"InOrder", R"(Id="b",Number=2,Other="one way")", "b"},
-    Path{"InAnotherOrderAndCase", R"(OTHER="one way",number=2,iD="b")", "b"},
-    Path{"ByAnotherWayToItsReference", R"(Id="b",Number=2,Other="another way")", "b"},
-    Path{"WithAValueInAnotherCase", R"(Id="B",Number=2,Other="one way")", nullptr},
-    Path{"WithAnotherFormOfANumber", R"(Id="b",Number=02,Other="one way")", nullptr},
-    Path{"WithoutAKey", R"(Id="b",Number=2)", nullptr},
-    Path{"WithAPropertyThatIsNoKey", R"(Id="b",Number=2,Other="one way",Value=20)", nullptr},
-    Path{"WithAKeyTwice", R"(Id="b",ID="b",Number=2,Other="one way")", nullptr},
-    Path{"WithAnUnknownKey", R"(Id="b",Number=2,Another="one way")", nullptr},
-    Path{"ToAnotherReference", R"(Id="b",Number=2,Other="elsewhere")", nullptr},
-    Path{"ToNoReference", R"(Id="b",Number=2,Other="nowhere")", nullptr},
-    Path{"OfANullReference", R"(Id="c",Number=3,Other="nowhere")", nullptr},
-};
-
-class InstanceStoreFind : public InstanceStoreTest, public testing::WithParamInterface<Path>
-{
-};
-
-TEST_P(InstanceStoreFind, Path_namesOneInstanceOrNone)
+TEST_F(InstanceStoreTest, Path_namesOneInstanceOrNone)
 {
     m_store.show({{"a", 1, &m_other}, {"b", 2, &m_other}, {"c", 3, nullptr}});
     m_resolver.instances = {{"one way", &m_other}, {"another way", &m_other}, {"elsewhere", &m_third}};
-    const auto* found = m_store.find(core::CimPath(std::string("Class.") + GetParam().keys), m_resolver);
-    EXPECT_EQ(found == nullptr ? "none" : found->id, GetParam().id == nullptr ? "none" : GetParam().id);
+    // The keys of a path, and the id of the instance that it names.
+    struct Path
+    {
+        const char* name;
+        const char* keys;
+        const char* id;
+    };
+    for (const Path& path :
+         {Path{"in order", R"(Id="b",Number=2,Other="one way")", "b"},
+          Path{"in another order and case", R"(OTHER="one way",number=2,iD="b")", "b"},
+          Path{"by another way to its reference", R"(Id="b",Number=2,Other="another way")", "b"},
+          Path{"with a value in another case", R"(Id="B",Number=2,Other="one way")", "none"},
+          Path{"with another form of a number", R"(Id="b",Number=02,Other="one way")", "none"},
+          Path{"without a key", R"(Id="b",Number=2)", "none"},
+          Path{"with a property that is not a key", R"(Id="b",Number=2,Other="one way",Value=20)", "none"},
+          Path{"with a key twice", R"(Id="b",ID="b",Number=2,Other="one way")", "none"},
+          Path{"with an unknown key", R"(Id="b",Number=2,Another="one way")", "none"},
+          Path{"to another reference", R"(Id="b",Number=2,Other="elsewhere")", "none"},
+          Path{"to no reference", R"(Id="b",Number=2,Other="nowhere")", "none"},
+          Path{"of a null reference", R"(Id="c",Number=3,Other="nowhere")", "none"}})
+    {
+        const auto* found = m_store.find(core::CimPath(std::string("Class.") + path.keys), m_resolver);
+        EXPECT_EQ(found == nullptr ? "none" : found->id, path.id) << path.name;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Paths, InstanceStoreFind, testing::ValuesIn(PATHS),
-                         [](const auto& row) { return row.param.name; });
 
 TEST_F(InstanceStoreTest, Find_resolvesAReferenceOnce)
 {
     m_store.show({{"a", 1, &m_third}, {"a", 1, &m_third}, {"a", 1, &m_third}});
-    m_resolver.instances["it"] = &m_other;
     m_store.find(core::CimPath("Class.Id=\"a\",Number=1,Other=\"it\""), m_resolver);
     EXPECT_EQ(m_resolver.calls, 1);
-}
-
-TEST_F(InstanceStoreTest, PutRules_areTheColumns)
-{
-    EXPECT_EQ(m_store.putRule(0), broker::PutRule::READ_ONLY);
-    EXPECT_EQ(m_store.putRule(3), broker::PutRule::READ_ONLY);
 }
 
 }  // namespace

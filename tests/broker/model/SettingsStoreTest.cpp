@@ -18,6 +18,9 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
 
+// The constructor makes a mutex, which the platform may refuse.
+static_assert(!std::is_nothrow_constructible_v<broker::SettingsStore, broker::SettingsStorage&>);
+
 class SettingsStore : public testing::Test
 {
 protected:
@@ -25,20 +28,6 @@ protected:
     broker::SettingsStore m_store{m_storage};
     support::LogCapture m_log{1};
 };
-
-// The constructor makes a mutex, which the platform may refuse, so it must not be noexcept.
-TEST(SettingsStoreMade, Construction_mayThrow)
-{
-    EXPECT_FALSE((std::is_nothrow_constructible_v<broker::SettingsStore, broker::SettingsStorage&>));
-}
-
-TEST_F(SettingsStore, MissingValue_isTheDefault)
-{
-    EXPECT_EQ(m_store.adapterSetting("{G}").elementName, std::nullopt);
-    EXPECT_EQ(m_store.adapterSetting("{G}").tag, std::nullopt);
-    EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 10);
-    EXPECT_THAT(m_log.events(), IsEmpty());
-}
 
 TEST_F(SettingsStore, Stored_isRead)
 {
@@ -85,12 +74,12 @@ TEST_F(SettingsStore, Misfit_isIgnoredAndReportedOnce)
 TEST_F(SettingsStore, Number_outOfRangeOrNone_isIgnored)
 {
     for (const char* text : {"0", "601", "-1", "70000", "99999999999999999999999", "", "5x", " 5", "0x5"}) {
-        m_storage.set("Diagnostics", "Setting", std::string("SampleCount=") + text);
         m_log.clear();
+        m_storage.set("Diagnostics", "Setting", std::string("SampleCount=") + text);
         EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 10) << text;
-        EXPECT_THAT(m_log.events(), ElementsAre(EndsWith("error: Value '" + std::string(text) +
-                                                         "' of SampleCount in Diagnostics is out of range and is "
-                                                         "ignored\n")));
+        EXPECT_THAT(m_log.events(),
+                    ElementsAre(EndsWith("error: Value '" + std::string(text) +
+                                         "' of SampleCount in Diagnostics is out of range and is ignored\n")));
     }
     for (const char* setting : {"JobRetentionSeconds=31536001", "ElementName=a%00b"}) {
         m_storage.set("Diagnostics", "Setting", setting);
@@ -102,12 +91,11 @@ TEST_F(SettingsStore, Number_outOfRangeOrNone_isIgnored)
 TEST_F(SettingsStore, Setting_notUnderstood_isIgnored)
 {
     for (const bool isText : {true, false}) {
-        m_log.clear();
         m_storage.set("Diagnostics", "Setting", isText ? "SampleCount" : "", isText);
         EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 10);
-        EXPECT_THAT(m_log.events(),
-                    ElementsAre(EndsWith("error: Setting Diagnostics cannot be understood and is ignored\n")));
     }
+    const auto line = EndsWith("error: Setting Diagnostics cannot be understood and is ignored\n");
+    EXPECT_THAT(m_log.events(), ElementsAre(line, line));
 }
 
 TEST_F(SettingsStore, Unreadable_isAFailureAndErasesNothing)
@@ -122,15 +110,6 @@ TEST_F(SettingsStore, Unreadable_isAFailureAndErasesNothing)
     EXPECT_THAT(m_storage.values("Diagnostics"), ElementsAre("Setting=SampleCount=5"));
     m_storage.isReadable = true;
     EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 5);
-}
-
-TEST_F(SettingsStore, Change_isOneWrite)
-{
-    m_storage.set("K", "Setting", "B=old;C=other");
-    const int changes = m_storage.changes;
-    m_store.write("K", {{"A", "1"}, {"B", "x;y"}});
-    EXPECT_THAT(m_storage.values("K"), ElementsAre("Setting=A=1;B=x%3By;C=other"));
-    EXPECT_EQ(m_storage.changes, changes + 1);
 }
 
 TEST_F(SettingsStore, TextWithAZero_isRefused)
@@ -155,23 +134,6 @@ TEST_F(SettingsStore, FailedWrite_changesNothing)
 
 // Two processes
 
-// The storage as one process sees it. Another process acts just before a write.
-class SharedStorage final : public fakes::Storage
-{
-public:
-    using Storage::Storage;
-
-    broker::StoreResult write(const std::string& key, const std::string& name, const std::string& text) override
-    {
-        if (beforeWrite) {
-            std::exchange(beforeWrite, nullptr)();
-        }
-        return Storage::write(key, name, text);
-    }
-
-    std::function<void()> beforeWrite;
-};
-
 class SettingsOfTwoProcesses : public SettingsStore
 {
 protected:
@@ -189,7 +151,7 @@ protected:
         };
     }
 
-    SharedStorage m_mine{m_storage.stored()};
+    fakes::Storage m_mine{m_storage.stored()};
     fakes::Storage m_theirs{m_storage.stored()};
     broker::SettingsStore m_myStore{m_mine};
     broker::SettingsStore m_theirStore{m_theirs};
@@ -246,27 +208,6 @@ TEST_F(SettingsStore, RefusedLock_changesNothing)
     m_storage.lockResult = broker::StoreResult::DONE;
     m_store.write("Diagnostics", {{"SampleCount", "6"}});
     EXPECT_EQ(m_store.diagnosticSetting().sampleCount, 6);
-}
-
-TEST_F(SettingsStore, RestoreDefaults_takesNamedFieldsOrAll)
-{
-    m_storage.set("Diagnostics", "Setting", "PassThresholdPercent=1;SampleCount=5");
-    m_store.restoreDefaults("Diagnostics", {"SampleCount"});
-    EXPECT_THAT(m_storage.values("Diagnostics"), ElementsAre("Setting=PassThresholdPercent=1"));
-    m_store.restoreDefaults("Diagnostics", {});
-    EXPECT_THAT(m_storage.values("Diagnostics"), IsEmpty());
-    EXPECT_EQ(m_store.diagnosticSetting().passThresholdPercent, 90);
-    m_storage.isWritable = false;
-    EXPECT_THROW(m_store.restoreDefaults("Diagnostics", {}), utils::EForbidden);
-}
-
-TEST_F(SettingsStore, AdaptersWithSetting_areListed)
-{
-    m_store.write("Adapters\\{G}", {{"Tag", "1"}});
-    m_store.write("Adapters\\{H}", {{"Tag", "2"}});
-    EXPECT_THAT(m_store.adaptersWithSetting(), ElementsAre("{G}", "{H}"));
-    m_store.restoreDefaults("Adapters\\{G}", {});
-    EXPECT_THAT(m_store.adaptersWithSetting(), ElementsAre("{H}"));
 }
 
 }  // namespace

@@ -5,65 +5,54 @@
 #include <thread>
 
 #include "broker/Fakes.h"
+#include "support/LockCount.h"
 
 namespace {
 
 class ThreadWorkspaces : public testing::Test
 {
 protected:
-    // The job table notices a deletion flag when the job's instance ends. Thus the flag shows the end of the workspace.
-    void markTheJob(broker::ThreadWorkspaces& workspaces)
+    // Makes an instance in this thread's workspace. The end of an instance takes locks.
+    void use(broker::ThreadWorkspaces& workspaces)
     {
-        broker::Workspace& workspace = workspaces.ofThisThread();
-        workspace.begin("Zerix_ConcreteJob");
-        workspace.job(m_job)->markForDeletion(true);
+        workspaces.ofThisThread().begin("Zerix_RegisteredProfile");
+        workspaces.ofThisThread().instances("Zerix_RegisteredProfile");
+        m_locks = support::locksTaken();
     }
 
+    // Whether instances have ended since.
+    bool haveEnded() const { return support::locksTaken() > m_locks; }
+
     fakes::World m_world;
-    std::string m_job = m_world.jobs.startDiagnostic(fakes::adapter(1), {}, 1).id;
+    std::uint32_t m_locks = 0;
 };
 
-TEST_F(ThreadWorkspaces, Thread_keepsItsWorkspace)
-{
-    broker::ThreadWorkspaces workspaces(m_world.sources());
-    const broker::Workspace* first = &workspaces.ofThisThread();
-    EXPECT_EQ(&workspaces.ofThisThread(), first);
-}
-
-TEST_F(ThreadWorkspaces, TwoThreads_haveOneEach)
-{
-    broker::ThreadWorkspaces workspaces(m_world.sources());
-    const broker::Workspace* mine = &workspaces.ofThisThread();
-    const broker::Workspace* others = nullptr;
-    std::thread([&] { others = &workspaces.ofThisThread(); }).join();
-    EXPECT_NE(others, mine);
-}
-
-TEST_F(ThreadWorkspaces, TwoOfThem_doNotMeet)
+TEST_F(ThreadWorkspaces, Thread_hasOneInEachObject)
 {
     broker::ThreadWorkspaces workspaces(m_world.sources());
     broker::ThreadWorkspaces others(m_world.sources());
     const broker::Workspace* mine = &workspaces.ofThisThread();
     EXPECT_NE(&others.ofThisThread(), mine);
+    std::thread([&] { EXPECT_NE(&workspaces.ofThisThread(), mine); }).join();
     EXPECT_EQ(&workspaces.ofThisThread(), mine);
 }
 
-TEST_F(ThreadWorkspaces, ThreadsEnd_endsItsWorkspace)
+TEST_F(ThreadWorkspaces, Workspace_endsWithItsThread)
 {
     broker::ThreadWorkspaces workspaces(m_world.sources());
-    std::thread([&] { markTheJob(workspaces); }).join();
-    EXPECT_TRUE(m_world.jobs.jobs().empty());
+    std::thread([&] { use(workspaces); }).join();
+    EXPECT_TRUE(haveEnded());
 }
 
-TEST_F(ThreadWorkspaces, Thread_mayEndLater)
+TEST_F(ThreadWorkspaces, Workspace_endsWithItsObject)
 {
     std::thread([&] {
         {
             broker::ThreadWorkspaces workspaces(m_world.sources());
-            markTheJob(workspaces);
+            use(workspaces);
         }
-        EXPECT_TRUE(m_world.jobs.jobs().empty());
-        // The first object has ended. The thread uses another one and then ends.
+        EXPECT_TRUE(haveEnded());
+        // The thread uses another object and ends after both.
         broker::ThreadWorkspaces(m_world.sources()).ofThisThread();
     }).join();
 }
