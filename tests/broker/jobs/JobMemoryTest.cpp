@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <functional>
 #include <new>
-#include <optional>
 
 #include "broker/jobs/JobEntry.h"
 #include "broker/jobs/JobWorld.h"

@@ -8,7 +8,6 @@
 
 #include "Utils/Exception.h"
 #include "broker/JobRequests.h"
-#include "broker/jobs/JobEntry.h"
 #include "broker/jobs/JobWorld.h"
 #include "support/LogCapture.h"
 #include "support/Together.h"
@@ -112,15 +111,15 @@ TEST_F(Jobs, Clock_setWhileAJobRuns_isNotFelt)
         EXPECT_EQ(work(), milliseconds{100});
         machine.pass(milliseconds{50});
         EXPECT_EQ(work(), milliseconds{50});
-        EXPECT_EQ(m_process.jobs.jobs().front().elapsed, milliseconds{50});
+        EXPECT_EQ(status().elapsed, milliseconds{50});
         machine.pass(milliseconds{50});
         EXPECT_EQ(work(), milliseconds{100});
         machine.pass(milliseconds{100});
         EXPECT_EQ(work(), std::nullopt);
-        const broker::JobStatus ended = m_process.jobs.jobs().front();
+        const broker::JobStatus ended = status();
         EXPECT_EQ(ended.state, JobState::COMPLETED);
         EXPECT_EQ(ended.elapsed, milliseconds{200});
-        EXPECT_EQ(m_process.jobs.results().front()->duration, milliseconds{200});
+        EXPECT_EQ(m_process.jobs.results().at(0)->duration, milliseconds{200});
         m_process.mark(ended.id);
     }
 }
