@@ -187,7 +187,7 @@ TEST_F(Methods, RestoreDefaults_withoutNames_restoresAll)
     EXPECT_THAT(restored({sent<Names>("Names", {"samplecount"})}), ElementsAre("Setting=PassThresholdPercent=1"));
 }
 
-TEST_F(Methods, RestoreDefaults_refused_changesNothing)
+TEST_F(Methods, RefusedRestore_changesNothing)
 {
     m_world.storage.set("Diagnostics", "Setting", "SampleCount=5");
     for (const std::vector<std::string>& names :

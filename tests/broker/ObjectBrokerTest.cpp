@@ -1,6 +1,5 @@
 #include "broker/ObjectBroker.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -109,7 +108,7 @@ TEST_F(ObjectBroker, List_hasTheInstancesOfTheClass)
     EXPECT_EQ(m_broker.getInstances("").size(), 0U);
 }
 
-TEST_F(ObjectBroker, UnreadableMachine_isAFailureWhereNeeded)
+TEST_F(ObjectBroker, UnreadableMachine_isAFailure)
 {
     m_adapters.onRead = [] { throw utils::EFailed("out of order"); };
     expectUnreadable({"Zerix_EthernetPort", "Zerix_EthernetPortStatistics", "Zerix_AdapterSetting",

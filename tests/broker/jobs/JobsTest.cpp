@@ -166,6 +166,8 @@ TEST_F(Jobs, Clock_outsideTheCalendar_isShownAtItsEnd)
 TEST_F(Jobs, Deletion_isFinishedWhenTheMarkReturns)
 {
     const std::string id = start();
+    m_process.jobs.makeInstance(id, "Zerix_ConcreteJob")->markForDeletion(false);
+    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1)) << "a mark that was taken back";
     m_process.mark(id);
     EXPECT_THAT(m_process.thread.limits, ElementsAre(milliseconds{2000}, milliseconds{2000}));
     EXPECT_THAT(storedJobs(), IsEmpty());
@@ -174,13 +176,6 @@ TEST_F(Jobs, Deletion_isFinishedWhenTheMarkReturns)
     EXPECT_THAT(m_process.jobs.results(), IsEmpty());
     EXPECT_EQ(m_process.jobs.end(id, JobState::KILLED), EndOutcome::NOT_RUNNING);
     EXPECT_NE(start(), "") << "its port is not in use";
-}
-
-TEST_F(Jobs, Mark_takenBack_deletesNothing)
-{
-    const std::string id = start();
-    m_process.jobs.makeInstance(id, "Zerix_ConcreteJob")->markForDeletion(false);
-    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
 }
 
 TEST_F(Jobs, Deletion_ofABusyWorker_isSeenAtOnce)
@@ -357,7 +352,7 @@ TEST_F(Jobs, UnreadableEntries_areRemovedWithOneLine)
     EXPECT_THAT(m_process.storage.values("Results"), SizeIs(1));
 }
 
-TEST_F(Jobs, Requests_withoutChanges_neitherReadNorStart)
+TEST_F(Jobs, Requests_withoutChanges_readNothing)
 {
     complete();
     EXPECT_FALSE(m_process.thread.isRunning());

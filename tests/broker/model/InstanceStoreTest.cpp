@@ -114,7 +114,7 @@ TEST_F(InstanceStoreTest, Instances_ofKeptRows_getNewValues)
     EXPECT_THAT(shown("Value"), ElementsAre("330", "40", "10"));
 }
 
-TEST_F(InstanceStoreTest, Update_fillsAllInstancesOrOne)
+TEST_F(InstanceStoreTest, Update_fillsAllOrOne)
 {
     rowsNow = {{"a", 1, &m_other}, {"b", 2, &m_other}};
     m_store.update(m_workspace);

@@ -70,7 +70,7 @@ TEST_F(Workspace, Request_readsOnceAndOnlyWhatIsNeeded)
     EXPECT_THAT(readsAfter({"Zerix_IPProtocolEndpoint"}), Pair(1, 2));
 }
 
-TEST_F(Workspace, HiddenAdapters_areReadOnceAndInNoTable)
+TEST_F(Workspace, HiddenAdapters_areInNoTable)
 {
     m_adapters.set({fakes::ipConfiguration(1), fakes::ipConfiguration(2)});
     m_workspace.instances("Zerix_PortImplementsEndpoint");
