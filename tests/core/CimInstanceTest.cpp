@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Utils/Utils.h"
 #include "core/CimPath.h"
 #include "core/CimPropertyTypes.h"
 #include "support/LockCount.h"

@@ -5,7 +5,6 @@
 #include <map>
 
 #include "Utils/Utils.h"
-#include "adapters/wmi/ServerState.h"
 #include "support/CallLog.h"
 #include "support/ImportHook.h"
 #include "support/LogLines.h"
