@@ -125,5 +125,13 @@ TEST_F(ServiceTest, ClassThatIsRefused_failsTheCommand)
     expectSession("commands/service-class-refused.session");
 }
 
+// A class that does not exist is reported with either code.
+TEST_F(ServiceTest, InvalidClass_isAnUnknownOne)
+{
+    service.failing = {"GetObjectAsync"};
+    service.failure = code(WBEM_E_INVALID_CLASS);
+    expectSession("commands/service-invalid-class.session");
+}
+
 }  // namespace
 }  // namespace wmihost
