@@ -38,44 +38,33 @@ TEST_F(CallContextTest, Impersonation_setsATokenOfTheLevel)
 {
     struct Row
     {
+        const char* name;
         Impersonation level;
-        SECURITY_IMPERSONATION_LEVEL expected;
+        ThreadToken expected;
     };
-    for (const Row& row :
-         {Row{Impersonation::IDENTIFY, SecurityIdentification}, Row{Impersonation::IMPERSONATE, SecurityImpersonation},
-          Row{Impersonation::DELEGATE, SecurityDelegation}})
+    for (const Row& row : {Row{"none", Impersonation::NONE, {ERROR_NO_TOKEN}},
+                           Row{"anonymous", Impersonation::ANONYMOUS, {ERROR_CANT_OPEN_ANONYMOUS}},
+                           Row{"identify", Impersonation::IDENTIFY, {0, SecurityIdentification}},
+                           Row{"impersonate", Impersonation::IMPERSONATE, {0, SecurityImpersonation}},
+                           Row{"delegate", Impersonation::DELEGATE, {0, SecurityDelegation}}})
     {
+        SCOPED_TRACE(row.name);
         const CallScope scope(row.level);
         ASSERT_EQ(CoImpersonateClient(), S_OK);
-        const ThreadToken token = threadToken();
-        EXPECT_EQ(token.error, 0U);
-        EXPECT_EQ(token.level, row.expected);
+        EXPECT_EQ(threadToken().error, row.expected.error);
+        EXPECT_EQ(threadToken().level, row.expected.level);
         EXPECT_EQ(CoRevertToSelf(), S_OK);
         EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
     }
 }
 
-TEST_F(CallContextTest, AnonymousToken_cannotBeOpened)
-{
-    const CallScope scope(Impersonation::ANONYMOUS);
-    ASSERT_EQ(CoImpersonateClient(), S_OK);
-    EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_CANT_OPEN_ANONYMOUS));
-    EXPECT_EQ(CoRevertToSelf(), S_OK);
-}
-
-TEST_F(CallContextTest, Thread_withoutImpersonation_hasNoToken)
-{
-    const CallScope scope(Impersonation::NONE);
-    ASSERT_EQ(CoImpersonateClient(), S_OK);
-    EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
-    EXPECT_EQ(CoRevertToSelf(), S_OK);
-}
-
-TEST_F(CallContextTest, Impersonation_outsideACall_fails)
+TEST_F(CallContextTest, ScopesEnd_removesTheToken)
 {
     {
         const CallScope scope(Impersonation::IMPERSONATE);
+        ASSERT_EQ(CoImpersonateClient(), S_OK);
     }
+    EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
     EXPECT_EQ(CoImpersonateClient(), RPC_E_CALL_COMPLETE);
 }
 
@@ -88,15 +77,6 @@ TEST_F(CallContextTest, InnerScope_restoresTheOuterOne)
     ASSERT_EQ(CoImpersonateClient(), S_OK);
     EXPECT_EQ(threadToken().level, SecurityIdentification);
     CoRevertToSelf();
-}
-
-TEST_F(CallContextTest, Scope_removesATokenLeftBehind)
-{
-    {
-        const CallScope scope(Impersonation::IMPERSONATE);
-        ASSERT_EQ(CoImpersonateClient(), S_OK);
-    }
-    EXPECT_EQ(threadToken().error, static_cast<DWORD>(ERROR_NO_TOKEN));
 }
 
 TEST_F(CallContextTest, Scope_belongsToItsThread)

@@ -3,60 +3,56 @@
 #include <gtest/gtest.h>
 
 #include "wmihost/com/Guard.h"
+#include "wmihost/com/Variant.h"
 
 namespace wmihost {
 namespace {
 
+constexpr HRESULT OK = code(WBEM_S_NO_ERROR);
+
 class EmptyContextTest : public testing::Test
 {
 protected:
-    const ComPtr<EmptyContext> m_context = ComPtr<EmptyContext>::adopt(new EmptyContext);
+    const ComPtr<EmptyContext> context = ComPtr<EmptyContext>::adopt(new EmptyContext);
 };
 
-TEST_F(EmptyContextTest, Names_areNone)
+TEST_F(EmptyContextTest, Context_holdsNothing)
 {
-    SAFEARRAY* names = nullptr;
-    ASSERT_EQ(m_context->GetNames(0, &names), 0);
+    Variant names;
+    ASSERT_EQ(context->GetNames(0, &names.put()->parray), OK);
     VARTYPE type = VT_EMPTY;
-    SafeArrayGetVartype(names, &type);
+    EXPECT_EQ(SafeArrayGetVartype(names.get().parray, &type), S_OK);
     EXPECT_EQ(type, VT_BSTR);
-    LONG upper = 0;
-    SafeArrayGetUBound(names, 1, &upper);
-    EXPECT_EQ(upper, -1);
-    SafeArrayDestroy(names);
+    names.in()->vt = VT_ARRAY | VT_BSTR;
+    EXPECT_TRUE(elementsOf(names.get()).empty());
+    Bstr name;
+    EXPECT_EQ(context->BeginEnumeration(0), OK);
+    EXPECT_EQ(context->Next(0, name.put(), nullptr), code(WBEM_S_NO_MORE_DATA));
+    EXPECT_EQ(name.get(), nullptr);
+    EXPECT_EQ(context->EndEnumeration(), OK);
+    EXPECT_EQ(context->GetValue(L"__ProviderArchitecture", 0, nullptr), code(WBEM_E_NOT_FOUND));
 }
 
-TEST_F(EmptyContextTest, Enumeration_endsAtOnce)
+TEST_F(EmptyContextTest, Value_isNotTaken)
 {
-    BSTR name = nullptr;
-    EXPECT_EQ(m_context->BeginEnumeration(0), 0);
-    EXPECT_EQ(m_context->Next(0, &name, nullptr), code(WBEM_S_NO_MORE_DATA));
-    EXPECT_EQ(name, nullptr);
-    EXPECT_EQ(m_context->EndEnumeration(), 0);
-}
-
-TEST_F(EmptyContextTest, Value_isNotFoundAndNotTaken)
-{
-    VARIANT value;
-    VariantInit(&value);
-    EXPECT_EQ(m_context->SetValue(L"__ProviderArchitecture", 0, &value), code(WBEM_E_NOT_SUPPORTED));
-    EXPECT_EQ(m_context->GetValue(L"__ProviderArchitecture", 0, &value), code(WBEM_E_NOT_FOUND));
-    EXPECT_EQ(m_context->DeleteValue(L"__ProviderArchitecture", 0), code(WBEM_E_NOT_FOUND));
-    EXPECT_EQ(m_context->DeleteAll(), 0);
+    const Variant value = Variant::ofLong(64);
+    EXPECT_EQ(context->SetValue(L"__ProviderArchitecture", 0, value.in()), code(WBEM_E_NOT_SUPPORTED));
+    EXPECT_EQ(context->DeleteValue(L"__ProviderArchitecture", 0), code(WBEM_E_NOT_FOUND));
+    EXPECT_EQ(context->DeleteAll(), OK);
 }
 
 TEST_F(EmptyContextTest, Clone_isAnotherContext)
 {
     ComPtr<IWbemContext> copy;
-    ASSERT_EQ(m_context->Clone(copy.put()), 0);
-    EXPECT_NE(copy.get(), m_context.get());
-    EXPECT_EQ(copy->DeleteAll(), 0);
+    ASSERT_EQ(context->Clone(copy.put()), OK);
+    EXPECT_NE(copy.get(), context.get());
+    EXPECT_EQ(copy->DeleteAll(), OK);
 }
 
 TEST_F(EmptyContextTest, NullPointer_isAnInvalidParameter)
 {
-    EXPECT_EQ(m_context->Clone(nullptr), code(WBEM_E_INVALID_PARAMETER));
-    EXPECT_EQ(m_context->GetNames(0, nullptr), code(WBEM_E_INVALID_PARAMETER));
+    EXPECT_EQ(context->Clone(nullptr), code(WBEM_E_INVALID_PARAMETER));
+    EXPECT_EQ(context->GetNames(0, nullptr), code(WBEM_E_INVALID_PARAMETER));
 }
 
 }  // namespace

@@ -5,12 +5,6 @@
 namespace wmihost {
 namespace {
 
-TEST(Variant, NewVariant_hasNoValue)
-{
-    EXPECT_EQ(Variant().type(), VT_NULL);
-    EXPECT_TRUE(Variant().isNull());
-}
-
 TEST(Variant, Text_isCopiedDeeply)
 {
     const Variant original = Variant::ofText(L"one");
@@ -19,16 +13,6 @@ TEST(Variant, Text_isCopiedDeeply)
     EXPECT_TRUE(sameValue(copy.get(), original.get()));
     copy = Variant::ofLong(7);
     EXPECT_EQ(viewOf(original.get().bstrVal), L"one");
-}
-
-TEST(Variant, Array_keepsTheOrderOfItsElements)
-{
-    const Variant array = Variant::ofArray(VT_I4, {Variant::ofLong(3), Variant::ofLong(-1)});
-    EXPECT_EQ(array.type(), VT_ARRAY | VT_I4);
-    const auto elements = elementsOf(array.get());
-    ASSERT_EQ(elements.size(), 2U);
-    EXPECT_EQ(elements[0].get().lVal, 3);
-    EXPECT_EQ(elements[1].get().lVal, -1);
 }
 
 TEST(Variant, Array_emptyOrMissing_hasNoElements)
@@ -60,11 +44,14 @@ TEST(Variant, Array_withAnotherLowerBound_isRead)
 
 TEST(Variant, Comparison_seesTypeAndContent)
 {
-    EXPECT_TRUE(sameValue(Variant::ofTexts({L"a", L"b"}).get(), Variant::ofTexts({L"a", L"b"}).get()));
-    EXPECT_FALSE(sameValue(Variant::ofTexts({L"a"}).get(), Variant::ofTexts({L"a", L"b"}).get()));
-    EXPECT_FALSE(sameValue(Variant::ofTexts({L"a"}).get(), Variant::ofTexts({L"A"}).get()));
+    const Variant list = Variant::ofTexts({L"a", L"b"});
+    EXPECT_TRUE(sameValue(list.get(), Variant::ofTexts({L"a", L"b"}).get()));
+    for (const Variant& other : {Variant::ofTexts({L"a"}), Variant::ofTexts({L"a", L"B"}),
+                                 Variant::ofTexts({L"b", L"a"}), Variant::ofText(L"a"), Variant()})
+    {
+        EXPECT_FALSE(sameValue(list.get(), other.get()));
+    }
     EXPECT_FALSE(sameValue(Variant::ofLong(1).get(), Variant::ofShort(1).get()));
-    EXPECT_TRUE(sameValue(Variant().get(), Variant().get()));
     EXPECT_FALSE(sameValue(Variant().get(), Variant::ofLong(0).get()));
 }
 
@@ -72,7 +59,7 @@ TEST(Variant, Detach_leavesNoValue)
 {
     Variant text = Variant::ofText(L"gone");
     VARIANT taken = text.detach();
-    EXPECT_TRUE(text.isNull());
+    EXPECT_EQ(text.type(), VT_NULL);
     EXPECT_EQ(viewOf(taken.bstrVal), L"gone");
     VariantClear(&taken);
 }
