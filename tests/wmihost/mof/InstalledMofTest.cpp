@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <regex>
 
@@ -17,40 +19,46 @@ std::filesystem::path installed(const char* name)
     return std::filesystem::path(ZERIX_INSTALL_FOLDER) / name;
 }
 
+void forEachClass(const ClassRepository& repository,
+                  const std::function<void(const Namespace&, const ClassDefinition&)>& visit)
+{
+    for (const Namespace* nameSpace : repository.namespaces()) {
+        for (const ClassPointer& definition : nameSpace->classes()) {
+            if (!definition->name.starts_with(L"__")) {
+                visit(*nameSpace, *definition);
+            }
+        }
+    }
+}
+
 TEST(InstalledMof, EachClass_hasKeysDescriptionsAndProvider)
 {
     ClassRepository repository;
     compileMofFile(installed("ZerixDRAVEv2.mof"), repository);
     int classes = 0;
-    for (const Namespace* nameSpace : repository.namespaces()) {
-        for (const ClassPointer& definition : nameSpace->classes()) {
-            if (definition->name.starts_with(L"__")) {
-                continue;
-            }
-            ++classes;
-            const std::string name = toUtf8(definition->name);
-            EXPECT_EQ(findRegistration(*nameSpace, *definition).name, L"ZerixDRAVEv2Provider") << name;
-            EXPECT_TRUE(hasQualifier(definition->qualifiers, L"dynamic")) << name;
-            EXPECT_NE(qualifierText(definition->qualifiers, L"Description"), L"") << name;
-            int keys = 0;
-            for (const Property& property : definition->properties) {
-                keys += property.isKey() ? 1 : 0;
-                // The standard defines the qualifier for properties only, and a reference is not one of them.
-                EXPECT_EQ(hasQualifier(property.qualifiers, L"read"), property.type != CIM_REFERENCE)
-                    << name << "." << toUtf8(property.name);
-                EXPECT_NE(qualifierText(property.qualifiers, L"Description"), L"")
-                    << name << "." << toUtf8(property.name);
-            }
-            EXPECT_GT(keys, 0) << name;
-            for (const Method& method : definition->methods) {
-                EXPECT_TRUE(hasQualifier(method.qualifiers, L"implemented")) << name;
-                // The provider calls every method on an instance.
-                EXPECT_FALSE(hasQualifier(method.qualifiers, L"static")) << name;
-                // WMI passes no object for a method without inputs, and the provider refuses such a call.
-                EXPECT_TRUE(method.in) << name << "." << toUtf8(method.name) << " can never be called";
-            }
+    forEachClass(repository, [&classes](const Namespace& nameSpace, const ClassDefinition& definition) {
+        ++classes;
+        SCOPED_TRACE(toUtf8(definition.name));
+        EXPECT_EQ(findRegistration(nameSpace, definition).name, L"ZerixDRAVEv2Provider");
+        EXPECT_TRUE(hasQualifier(definition.qualifiers, L"dynamic"));
+        EXPECT_NE(qualifierText(definition.qualifiers, L"Description"), L"");
+        int keys = 0;
+        for (const Property& property : definition.properties) {
+            keys += property.isKey() ? 1 : 0;
+            // The standard defines the qualifier for properties only, and a reference is not one of them.
+            EXPECT_EQ(hasQualifier(property.qualifiers, L"read"), property.type != CIM_REFERENCE)
+                << toUtf8(property.name);
+            EXPECT_NE(qualifierText(property.qualifiers, L"Description"), L"") << toUtf8(property.name);
         }
-    }
+        EXPECT_GT(keys, 0);
+        for (const Method& method : definition.methods) {
+            EXPECT_TRUE(hasQualifier(method.qualifiers, L"implemented")) << toUtf8(method.name);
+            // The provider calls every method on an instance.
+            EXPECT_FALSE(hasQualifier(method.qualifiers, L"static")) << toUtf8(method.name);
+            // WMI passes no object for a method without inputs, and the provider refuses such a call.
+            EXPECT_TRUE(method.in) << toUtf8(method.name) << " can never be called";
+        }
+    });
     EXPECT_EQ(classes, 17);
 }
 
@@ -58,24 +66,19 @@ TEST(InstalledMof, ValueMap_hasAWordForEachNumber)
 {
     ClassRepository repository;
     compileMofFile(installed("ZerixDRAVEv2.mof"), repository);
-    const auto check = [](const Qualifiers& qualifiers, const std::wstring& where) {
-        const Qualifier* words = findQualifier(qualifiers, L"Values");
-        const Qualifier* numbers = findQualifier(qualifiers, L"ValueMap");
-        ASSERT_EQ(words == nullptr, numbers == nullptr) << toUtf8(where);
-        if (words != nullptr) {
-            EXPECT_EQ(elementsOf(words->value.get()).size(), elementsOf(numbers->value.get()).size()) << toUtf8(where);
-        }
-    };
-    for (const Namespace* nameSpace : repository.namespaces()) {
-        for (const ClassPointer& definition : nameSpace->classes()) {
-            for (const Property& property : definition->properties) {
-                check(property.qualifiers, definition->name + L"." + property.name);
+    forEachClass(repository, [](const Namespace&, const ClassDefinition& definition) {
+        const auto check = [&definition](const auto& member) {
+            SCOPED_TRACE(toUtf8(definition.name + L"." + member.name));
+            const Qualifier* words = findQualifier(member.qualifiers, L"Values");
+            const Qualifier* numbers = findQualifier(member.qualifiers, L"ValueMap");
+            ASSERT_EQ(words == nullptr, numbers == nullptr);
+            if (words != nullptr) {
+                EXPECT_EQ(elementsOf(words->value.get()).size(), elementsOf(numbers->value.get()).size());
             }
-            for (const Method& method : definition->methods) {
-                check(method.qualifiers, definition->name + L"." + method.name);
-            }
-        }
-    }
+        };
+        std::for_each(definition.properties.begin(), definition.properties.end(), check);
+        std::for_each(definition.methods.begin(), definition.methods.end(), check);
+    });
 }
 
 // Only the pragmas of WMI's compiler are outside the standard.
@@ -104,14 +107,10 @@ TEST(InstalledMof, Removal_deletesEveryInstalledClass)
     const std::string removal{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     ClassRepository nothing;
     EXPECT_NO_THROW(compileMofText(removal, "removal.mof", nothing));
-    for (const Namespace* nameSpace : repository.namespaces()) {
-        for (const ClassPointer& definition : nameSpace->classes()) {
-            if (!definition->name.starts_with(L"__")) {
-                const std::string line = "#pragma deleteclass(\"" + toUtf8(definition->name) + "\", nofail)";
-                EXPECT_NE(removal.find(line), std::string::npos) << line;
-            }
-        }
-    }
+    forEachClass(repository, [&removal](const Namespace&, const ClassDefinition& definition) {
+        const std::string line = "#pragma deleteclass(\"" + toUtf8(definition.name) + "\", nofail)";
+        EXPECT_NE(removal.find(line), std::string::npos) << line;
+    });
 }
 
 }  // namespace

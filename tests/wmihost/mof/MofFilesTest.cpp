@@ -63,7 +63,7 @@ std::string written(const ClassRepository& repository)
     return toUtf8(text);
 }
 
-// The result of compiling a file, or the message of its mistake without the folder.
+// The result of compiling a file, or the message of its mistake without the folder of the cases.
 std::string outcome(const fs::path& file)
 {
     ClassRepository repository;
@@ -72,8 +72,11 @@ std::string outcome(const fs::path& file)
         return written(repository);
     } catch (const MofError& error) {
         const std::string folder = toUtf8((file.parent_path() / "").wstring());
-        const std::string message = error.what();
-        return message.substr(message.starts_with(folder) ? folder.size() : 0) + "\n";
+        std::string message = error.what();
+        for (std::size_t at = message.find(folder); at != std::string::npos; at = message.find(folder)) {
+            message.erase(at, folder.size());
+        }
+        return message + "\n";
     }
 }
 

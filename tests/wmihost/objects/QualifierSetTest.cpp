@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "wmihost/TestObjects.h"
 #include "wmihost/com/Guard.h"
 
 namespace wmihost {
@@ -66,25 +65,6 @@ TEST_F(QualifierSetTest, Change_isNotSupported)
     EXPECT_EQ(set->Put(L"first", value.in(), 0), code(WBEM_E_NOT_SUPPORTED));
     EXPECT_EQ(set->Delete(L"first"), code(WBEM_E_NOT_SUPPORTED));
     EXPECT_EQ(set->Get(L"first", 0, value.put(), nullptr), OK);
-}
-
-TEST(QualifierSetOfObjects, Instance_showsWhatPropagatesToIt)
-{
-    const ClassRepository repository =
-        compiled("[A: ToInstance, B] class C { [key, Description(\"d\")] string Name; };");
-    const auto instance = instanceOf(repository, L"C");
-    ComPtr<IWbemQualifierSet> set;
-    ASSERT_EQ(instance->GetQualifierSet(set.put()), OK);
-    LONG flavor = 0;
-    EXPECT_EQ(set->Get(L"A", 0, nullptr, &flavor), OK);
-    EXPECT_EQ(flavor & WBEM_FLAVOR_ORIGIN_PROPAGATED, WBEM_FLAVOR_ORIGIN_PROPAGATED);
-    EXPECT_EQ(set->Get(L"B", 0, nullptr, nullptr), code(WBEM_E_NOT_FOUND));
-    ASSERT_EQ(instance->GetPropertyQualifierSet(L"Name", set.put()), OK);
-    EXPECT_EQ(set->Get(L"key", 0, nullptr, nullptr), OK);
-    Variant type;
-    EXPECT_EQ(set->Get(L"CIMTYPE", 0, type.put(), nullptr), OK);
-    EXPECT_EQ(viewOf(type.get().bstrVal), L"string");
-    EXPECT_EQ(set->Get(L"Description", 0, nullptr, nullptr), code(WBEM_E_NOT_FOUND));
 }
 
 }  // namespace
