@@ -34,8 +34,7 @@ public:
                                          IWbemContext* context, IWbemProviderInitSink* sink) override
     {
         EXPECT_NE(context, nullptr);
-        m_behaviour.user = user;
-        m_behaviour.nameSpace = nameSpace;
+        EXPECT_STRNE(user, L"");
         m_behaviour.requests.push_back("start in " + toUtf8(nameSpace));
         m_services = ComPtr<IWbemServices>(services);
         if (m_behaviour.initStatus) {
@@ -101,34 +100,14 @@ private:
     ComPtr<IWbemServices> m_services;
 };
 
-class FakeFactory final : public ComObject<IClassFactory>
-{
-public:
-    explicit FakeFactory(FakeBehaviour& behaviour) : m_behaviour(behaviour) {}
-
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override
-    {
-        const auto provider = ComPtr<FakeProvider>::adopt(new FakeProvider(m_behaviour));
-        return provider->QueryInterface(iid, object);
-    }
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-
-private:
-    FakeBehaviour& m_behaviour;
-};
-
 }  // namespace
 
 FakeProviderScope::FakeProviderScope(FakeBehaviour& behaviour)
+    : m_class(FAKE_CLASS_ID, [&behaviour] {
+          const auto provider = ComPtr<FakeProvider>::adopt(new FakeProvider(behaviour));
+          return ComPtr<IUnknown>(static_cast<IWbemServices*>(provider.get()));
+      })
 {
-    const auto factory = ComPtr<IClassFactory>::adopt(new FakeFactory(behaviour));
-    EXPECT_EQ(CoRegisterClassObject(FAKE_CLASS_ID, factory.get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie),
-              S_OK);
-}
-
-FakeProviderScope::~FakeProviderScope()
-{
-    CoRevokeClassObject(m_cookie);
 }
 
 const char* const FAKE_MOF = R"(#pragma namespace("\\\\.\\root\\test")

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/wmihost/KnownClass.h"
 #include "wmihost/com/Com.h"
 #include "wmihost/com/RefusingServices.h"
 #include "wmihost/com/Variant.h"
@@ -25,9 +26,6 @@ struct FakeBehaviour
         execMethod;
     // Called at the begin of each request.
     std::function<void()> onRequest;
-    // The arguments of Initialize.
-    std::wstring user;
-    std::wstring nameSpace;
     int alive = 0;
     // The requests in order, in the form `put instance of Fake_Thing { Name = "one"; };`.
     std::vector<std::string> requests;
@@ -39,12 +37,9 @@ class FakeProviderScope
 {
 public:
     explicit FakeProviderScope(FakeBehaviour& behaviour);
-    FakeProviderScope(const FakeProviderScope&) = delete;
-    FakeProviderScope& operator=(const FakeProviderScope&) = delete;
-    ~FakeProviderScope();
 
 private:
-    DWORD m_cookie = 0;
+    const KnownClass m_class;
 };
 
 // A MOF with the registration of the fake provider and the classes Fake_Thing and Fake_Stray. The provider of

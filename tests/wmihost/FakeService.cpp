@@ -1,9 +1,8 @@
 #include "tests/wmihost/FakeService.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <utility>
 
 #include "wmihost/com/Guard.h"
@@ -18,6 +17,8 @@ namespace wmihost {
 namespace {
 
 using Rows = std::vector<ComPtr<IWbemClassObject>>;
+// Fills the rows that an operation delivers, and returns its status.
+using Work = std::function<HRESULT(Rows&)>;
 
 class RowEnumerator final : public ComObject<IEnumWbemClassObject>
 {
@@ -41,21 +42,6 @@ private:
     Rows m_rows;
     std::size_t m_next = 0;
 };
-
-// The same keys with the same values, in any order.
-bool sameInstance(std::wstring_view left, std::wstring_view right)
-{
-    const auto parts = [](std::wstring_view text) {
-        ObjectPath path = ObjectPath::parse(text);
-        std::vector<std::pair<std::wstring, std::wstring>> keys;
-        for (const PathKey& key : path.keys) {
-            keys.emplace_back(foldName(key.name), key.value);
-        }
-        std::sort(keys.begin(), keys.end());
-        return std::pair(foldName(path.className), keys);
-    };
-    return parts(left) == parts(right);
-}
 
 class FakeServices final : public RefusingServices
 {
@@ -136,56 +122,43 @@ public:
     }
 
 private:
-    bool refuses(const std::string& operation, std::wstring_view what)
+    bool refuses(const std::string& operation) const { return m_behaviour.refused.contains(operation); }
+
+    // Records the call. Works unless the behaviour refuses the operation or lets it fail.
+    HRESULT perform(const std::string& operation, std::wstring_view what, const Work& work, Rows& rows)
     {
         m_behaviour.calls.push_back(operation + (what.empty() ? "" : " " + toUtf8(what)));
-        return m_behaviour.refused.contains(operation);
+        return refuses(operation)                        ? code(WBEM_E_FAILED)
+               : m_behaviour.failing.contains(operation) ? m_behaviour.failure
+                                                         : work(rows);
     }
 
-    template <class Work>
-    HRESULT work(const std::string& operation, Rows& rows, Work body)
+    HRESULT answer(const std::string& operation, std::wstring_view what, IWbemClassObject** object, const Work& work)
     {
-        return m_behaviour.failing.contains(operation) ? m_behaviour.failure : body(rows);
-    }
-
-    template <class Work>
-    HRESULT answer(const std::string& operation, std::wstring_view what, IWbemClassObject** object, Work body)
-    {
-        if (refuses(operation, what)) {
-            return code(WBEM_E_FAILED);
-        }
         Rows rows;
-        const HRESULT result = work(operation, rows, body);
+        const HRESULT result = perform(operation, what, work, rows);
         if (object != nullptr) {
             *object = rows.empty() ? nullptr : rows.front().detach();
         }
         return result;
     }
 
-    template <class Work>
     HRESULT enumerate(const std::string& operation, std::wstring_view what, IEnumWbemClassObject** enumerator,
-                      Work body)
+                      const Work& work)
     {
-        *enumerator = nullptr;
-        if (refuses(operation, what)) {
-            return code(WBEM_E_FAILED);
-        }
         Rows rows;
-        const HRESULT result = work(operation, rows, body);
-        if (SUCCEEDED(result)) {
-            *enumerator = new RowEnumerator(std::move(rows));
-        }
+        const HRESULT result = perform(operation, what, work, rows);
+        *enumerator = SUCCEEDED(result) ? new RowEnumerator(std::move(rows)) : nullptr;
         return result;
     }
 
-    template <class Work>
-    HRESULT report(const std::string& operation, std::wstring_view what, IWbemObjectSink* sink, Work body)
+    HRESULT report(const std::string& operation, std::wstring_view what, IWbemObjectSink* sink, const Work& work)
     {
-        if (refuses(operation, what)) {
-            return code(WBEM_E_FAILED);
-        }
         Rows rows;
-        const HRESULT result = work(operation, rows, body);
+        const HRESULT result = perform(operation, what, work, rows);
+        if (refuses(operation)) {
+            return result;
+        }
         for (const auto& row : rows) {
             IWbemClassObject* object = row.get();
             sink->Indicate(1, &object);
@@ -252,9 +225,6 @@ private:
 
     HRESULT query(std::wstring_view text, Rows& rows) const
     {
-        if (!m_behaviour.execQuery) {
-            return code(WBEM_E_INVALID_QUERY);
-        }
         rows = m_behaviour.execQuery(text);
         return code(WBEM_S_NO_ERROR);
     }
@@ -288,7 +258,7 @@ private:
     {
         const ClassPointer definition = m_namespace.findClass(ObjectPath::parse(path).className);
         const Method* method = definition ? definition->findMethod(name) : nullptr;
-        if (method == nullptr || !m_behaviour.execMethod) {
+        if (method == nullptr) {
             return code(WBEM_E_INVALID_METHOD);
         }
         auto out = method->out ? ClassObject::ofInstance(InstanceData(method->out)) : ComPtr<IWbemClassObject>();
@@ -302,7 +272,7 @@ private:
     Rows::iterator find(std::wstring_view path) const
     {
         return std::find_if(m_behaviour.instances.begin(), m_behaviour.instances.end(), [&](const auto& instance) {
-            return sameInstance(textOf(*instance.get(), L"__RELPATH"), path);
+            return sameName(textOf(*instance.get(), L"__RELPATH"), ObjectPath::parse(path).relative);
         });
     }
 
@@ -334,39 +304,11 @@ private:
     const ClassRepository& m_repository;
 };
 
-class LocatorFactory final : public ComObject<IClassFactory>
-{
-public:
-    LocatorFactory(FakeServiceBehaviour& behaviour, const ClassRepository& repository)
-        : m_behaviour(behaviour), m_repository(repository)
-    {
-    }
-
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override
-    {
-        const auto locator = ComPtr<FakeLocator>::adopt(new FakeLocator(m_behaviour, m_repository));
-        return locator->QueryInterface(iid, object);
-    }
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-
-private:
-    FakeServiceBehaviour& m_behaviour;
-    const ClassRepository& m_repository;
-};
-
 }  // namespace
 
 FakeServiceScope::FakeServiceScope(FakeServiceBehaviour& behaviour, const ClassRepository& repository)
+    : m_class(CLSID_WbemLocator, [&] { return ComPtr<IUnknown>::adopt(new FakeLocator(behaviour, repository)); })
 {
-    const auto factory = ComPtr<IClassFactory>::adopt(new LocatorFactory(behaviour, repository));
-    EXPECT_EQ(
-        CoRegisterClassObject(CLSID_WbemLocator, factory.get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie),
-        S_OK);
-}
-
-FakeServiceScope::~FakeServiceScope()
-{
-    CoRevokeClassObject(m_cookie);
 }
 
 }  // namespace wmihost

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/wmihost/KnownClass.h"
 #include "wmihost/com/Com.h"
 #include "wmihost/repository/ClassRepository.h"
 
@@ -21,7 +22,7 @@ struct FakeServiceBehaviour
     HRESULT failure = 0;
     // If set, classes have no qualifiers, not even `key`.
     bool withoutQualifiers = false;
-    // Runs a method: fills the outputs, which may be null, and returns the status.
+    // Runs a method, if a test calls one: fills the outputs, which may be null, and returns the status.
     std::function<HRESULT(std::wstring_view path, std::wstring_view method, IWbemClassObject* in,
                           IWbemClassObject* out)>
         execMethod;
@@ -30,7 +31,7 @@ struct FakeServiceBehaviour
 
     // The calls in order: "GetObject Fake_Thing".
     std::vector<std::string> calls;
-    // The instances, by their complete set of keys.
+    // The instances. A path finds the one with the same keys in the order of their names.
     std::vector<ComPtr<IWbemClassObject>> instances;
 };
 
@@ -40,12 +41,9 @@ class FakeServiceScope
 {
 public:
     FakeServiceScope(FakeServiceBehaviour& behaviour, const ClassRepository& repository);
-    FakeServiceScope(const FakeServiceScope&) = delete;
-    FakeServiceScope& operator=(const FakeServiceScope&) = delete;
-    ~FakeServiceScope();
 
 private:
-    DWORD m_cookie = 0;
+    const KnownClass m_class;
 };
 
 }  // namespace wmihost

@@ -4,8 +4,6 @@
 
 #include "wmihost/FakeProvider.h"
 #include "wmihost/TestObjects.h"
-#include "wmihost/com/Guard.h"
-#include "wmihost/com/RequestError.h"
 
 namespace wmihost {
 namespace {
@@ -21,36 +19,6 @@ TEST(ProviderRegistration, Registration_isReadFromTheNamespace)
     EXPECT_TRUE(found.supportsEnumeration);
     EXPECT_FALSE(found.supportsDelete);
     EXPECT_TRUE(found.supportsMethods);
-}
-
-void expectRefusal(const char* mof, const wchar_t* className, HRESULT status, const char* message)
-{
-    const ClassRepository repository = compiled(mof);
-    try {
-        findRegistration(*repository.findNamespace(L"root\\test"), *classIn(repository, className));
-        FAIL() << "the registration was accepted";
-    } catch (const RequestError& error) {
-        EXPECT_EQ(error.status(), status);
-        EXPECT_STREQ(error.what(), message);
-    }
-}
-
-TEST(ProviderRegistration, Provider_notRegistered_isRefused)
-{
-    expectRefusal(FAKE_MOF, L"Fake_Stray", code(WBEM_E_PROVIDER_NOT_FOUND),
-                  "the provider AbsentProvider of the class Fake_Stray is not registered in root\\test");
-}
-
-TEST(ProviderRegistration, Class_withoutAProvider_isRefused)
-{
-    expectRefusal(FAKE_MOF, L"Fake_Orphan", code(WBEM_E_PROVIDER_NOT_FOUND), "the class Fake_Orphan names no provider");
-}
-
-TEST(ProviderRegistration, Registration_withoutAClassId_isRefused)
-{
-    expectRefusal("instance of __Win32Provider { Name = \"P\"; CLSID = \"none\"; };\n[provider(\"P\")] class C { };",
-                  L"C", code(WBEM_E_INVALID_PROVIDER_REGISTRATION),
-                  "the provider P is registered with 'none', which is no CLSID");
 }
 
 }  // namespace
