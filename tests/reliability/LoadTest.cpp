@@ -1,13 +1,6 @@
-#include <gmock/gmock.h>
-
-#include <filesystem>
-#include <optional>
-
-#include "fakes/KnownFactory.h"
 #include "reliability/Clients.h"
 #include "reliability/RunTime.h"
-#include "wmihost/objects/ObjectReader.h"
-#include "wmihost/session/Workspace.h"
+#include "requests/LiveProvider.h"
 
 // Eight clients share one provider object with the real broker. They make every kind of request, start and delete jobs,
 // and change settings. Every answer is checked. If a request does not return, the test prints what every client was
@@ -24,29 +17,9 @@ std::string complaint(const wmihost::RequestResult& result, HRESULT expected)
     return result.status == expected ? "" : "status " + std::to_string(static_cast<unsigned>(result.status));
 }
 
-class LoadTest : public testing::Test
+class LoadTest : public requests::LiveProvider
 {
 protected:
-    LoadTest()
-    {
-        // The clients' threads belong to this multithreaded apartment without initialising COM.
-        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        m_factory.emplace();
-        m_workspace.emplace(std::filesystem::path(ZERIX_MOF));
-    }
-
-    const wmihost::ProviderSession& session(std::wstring_view className)
-    {
-        return m_workspace->sessionFor(m_workspace->findClass(className, L""));
-    }
-
-    // The arguments object of a client that leaves every argument null.
-    wmihost::ComPtr<IWbemClassObject> nullArguments(std::wstring_view className, std::wstring_view method)
-    {
-        const wmihost::ClassTarget target = m_workspace->findClass(className, L"");
-        return m_workspace->makeArguments(target, *target.definition->findMethod(method));
-    }
-
     // Every object must be of its class and have a path, and the number of objects must be that of the idle machine.
     Work listing(const char* name, std::wstring className)
     {
@@ -67,22 +40,21 @@ protected:
                     return complaint(result, WBEM_S_NO_ERROR);
                 }};
     }
-
-    std::optional<support::KnownFactory> m_factory;
-    std::optional<wmihost::Workspace> m_workspace;
 };
 
 TEST_F(LoadTest, EightClients_getTheirAnswers)
 {
-    const wmihost::ProviderSession& provider = session(L"Zerix_EthernetPort");
-    const auto ports = provider.enumerate(L"Zerix_EthernetPort", {}).objects;
-    const auto settings = provider.enumerate(L"Zerix_DiagnosticSetting", {}).objects;
+    const wmihost::ProviderSession& provider = session();
+    const auto ports = enumerate(L"Zerix_EthernetPort").objects;
+    const auto settings = enumerate(L"Zerix_DiagnosticSetting").objects;
+    ASSERT_FALSE(ports.empty());
     ASSERT_FALSE(settings.empty());
+    const std::wstring portPath = wmihost::textOf(*ports.front().get(), L"__RELPATH");
     const std::wstring settingPath = wmihost::textOf(*settings.front().get(), L"__RELPATH");
     const auto namesOfNothing = nullArguments(L"Zerix_DiagnosticSetting", L"RestoreDefaults");
     const auto usualSamples = nullArguments(L"Zerix_EthernetPort", L"RunLinkDiagnostic");
 
-    std::vector<Work> works{
+    const std::vector<Work> works{
         listing("list ports", L"Zerix_EthernetPort"),
         listing("list endpoints", L"Zerix_IPProtocolEndpoint"),
         listing("list statistics", L"Zerix_EthernetPortStatistics"),
@@ -128,18 +100,13 @@ TEST_F(LoadTest, EightClients_getTheirAnswers)
              }
              return complaint(jobs, WBEM_S_NO_ERROR);
          }},
+        {"get a port", [&] { return complaint(provider.get(portPath, {}), WBEM_S_NO_ERROR); }},
+        {"start a job",
+         [&] {
+             return complaint(provider.execMethod(portPath, L"RunLinkDiagnostic", usualSamples.get(), {}),
+                              WBEM_S_NO_ERROR);
+         }},
     };
-    if (!ports.empty()) {
-        const std::wstring portPath = wmihost::textOf(*ports.front().get(), L"__RELPATH");
-        works.push_back(
-            {"get a port", [portPath, &provider] { return complaint(provider.get(portPath, {}), WBEM_S_NO_ERROR); }});
-        works.push_back({"start a job", [portPath, &provider, &usualSamples] {
-                             return complaint(
-                                 provider.execMethod(portPath, L"RunLinkDiagnostic", usualSamples.get(), {}),
-                                 WBEM_S_NO_ERROR);
-                         }});
-    }
-
     reliability::judge(works, reliability::runClients(works, reliability::runTime()),
                        std::string(ZERIX_TABLES) + "/load.md");
 }

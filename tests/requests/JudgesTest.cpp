@@ -6,33 +6,32 @@
 #include <iphlpapi.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <set>
+#include <tuple>
 #include <vector>
 
+#include "Utils/Utils.h"
 #include "core/CimPropertyTypes.h"
 #include "fakes/FakeBroker.h"
-#include "fakes/KnownFactory.h"
 #include "fakes/ProviderModule.h"
+#include "requests/LiveProvider.h"
 #include "support/Describe.h"
 #include "tests/wmihost/PlatformPath.h"
-#include "wmihost/commands/Requests.h"
 #include "wmihost/mof/MofCompiler.h"
 #include "wmihost/objects/ClassObject.h"
-#include "wmihost/objects/ObjectReader.h"
-#include "wmihost/session/Workspace.h"
 
 // Compares the provider and its host with the platform: with its class objects, its adapters and its parser of paths.
 // The platform's side shares no code with this product.
 namespace wmihost {
 namespace {
 
-ComPtr<IWbemServices> platformNamespace(const wchar_t* name)
+ComPtr<IWbemServices> platformNamespace()
 {
     ComPtr<IWbemLocator> locator;
     ComPtr<IWbemServices> services;
     EXPECT_EQ(CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(locator.put())), S_OK);
-    EXPECT_EQ(locator->ConnectServer(Bstr(name).get(), nullptr, nullptr, nullptr, 0, nullptr, nullptr, services.put()),
+    EXPECT_EQ(locator->ConnectServer(Bstr(L"root\\default").get(), nullptr, nullptr, nullptr, 0, nullptr, nullptr,
+                                     services.put()),
               S_OK);
     return services;
 }
@@ -94,7 +93,7 @@ protected:
     support::FakeBroker broker{calls};
     support::ProviderModule module;
     ClassRepository signatures;
-    ComPtr<IWbemServices> platform = platformNamespace(L"root\\default");
+    ComPtr<IWbemServices> platform = platformNamespace();
     ComPtr<IWbemContext> context;
     ComPtr<IWbemServices> provider;
 };
@@ -132,63 +131,32 @@ TEST_F(PlatformSignatureTest, Text_reachesThePlatformsObject)
                                         "{ReturnValue = uint32 0; sValue = string ''}, null)"}));
 }
 
-// The provider and its broker. The host sends requests about this machine.
-class LiveJudgesTest : public testing::Test
-{
-protected:
-    Objects instancesOf(const std::wstring& className, const std::wstring& nameSpace = L"")
-    {
-        return enumerateInstances(workspace, workspace.findClass(className, nameSpace), options);
-    }
-
-    const ComApartment apartment;
-    const support::KnownFactory factory;
-    const CommandOptions options;
-    Workspace workspace{ZERIX_MOF};
-};
-
-TEST_F(LiveJudgesTest, PlatformsAdapters_haveTheSameAddresses)
-{
-    using AddressAndIndex = std::pair<std::wstring, std::wstring>;
-    std::multiset<AddressAndIndex> expected;
-    ComPtr<IEnumWbemClassObject> found;
-    ASSERT_EQ(platformNamespace(L"root\\cimv2")
-                  ->ExecQuery(Bstr(L"WQL").get(), Bstr(L"SELECT * FROM Win32_NetworkAdapter").get(),
-                              WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, found.put()),
-              S_OK);
-    ComPtr<IWbemClassObject> adapter;
-    ULONG count = 0;
-    while (found->Next(static_cast<LONG>(WBEM_INFINITE), 1, adapter.put(), &count) == S_OK) {
-        // Wine writes the digits in lower case, Windows in upper case.
-        std::wstring address = foldName(textOf(*adapter.get(), L"MACAddress"));
-        std::erase(address, L':');
-        expected.emplace(address, textOf(*adapter.get(), L"InterfaceIndex"));
-    }
-    std::multiset<AddressAndIndex> ports;
-    for (const auto& port : instancesOf(L"Zerix_EthernetPort")) {
-        ports.emplace(textOf(*port.get(), L"PermanentAddress"), textOf(*port.get(), L"InterfaceIndex"));
-    }
-    EXPECT_FALSE(ports.empty());
-    EXPECT_EQ(ports, expected);
-}
+using LiveJudgesTest = requests::LiveProvider;
 
 TEST_F(LiveJudgesTest, Ports_areThePlatformsAdapters)
 {
+    // The GUID, the index and the address.
+    using Adapter = std::tuple<std::wstring, std::wstring, std::wstring>;
     constexpr ULONG FLAGS =
         GAA_FLAG_SKIP_UNICAST | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
     ULONG size = 0;
     ASSERT_EQ(GetAdaptersAddresses(AF_UNSPEC, FLAGS, nullptr, nullptr, &size), ULONG{ERROR_BUFFER_OVERFLOW});
     std::vector<IP_ADAPTER_ADDRESSES> buffer(size / sizeof(IP_ADAPTER_ADDRESSES) + 1);
     ASSERT_EQ(GetAdaptersAddresses(AF_UNSPEC, FLAGS, nullptr, buffer.data(), &size), ULONG{NO_ERROR});
-    std::set<std::wstring> expected;
+    std::set<Adapter> expected;
     for (const IP_ADAPTER_ADDRESSES* one = buffer.data(); one != nullptr; one = one->Next) {
         if (one->IfType != IF_TYPE_SOFTWARE_LOOPBACK) {
-            expected.insert(toWide(one->AdapterName));
+            std::string address;
+            for (ULONG i = 0; i < one->PhysicalAddressLength; ++i) {
+                address += utils::format("%02X", one->PhysicalAddress[i]);
+            }
+            expected.emplace(toWide(one->AdapterName), std::to_wstring(one->IfIndex), toWide(address));
         }
     }
-    std::set<std::wstring> ports;
-    for (const auto& port : instancesOf(L"Zerix_EthernetPort")) {
-        ports.insert(textOf(*port.get(), L"DeviceID"));
+    std::set<Adapter> ports;
+    for (const auto& port : enumerate(L"Zerix_EthernetPort").objects) {
+        ports.emplace(textOf(*port.get(), L"DeviceID"), textOf(*port.get(), L"InterfaceIndex"),
+                      textOf(*port.get(), L"PermanentAddress"));
     }
     EXPECT_FALSE(ports.empty());
     EXPECT_EQ(ports, expected);
@@ -232,36 +200,28 @@ std::vector<std::wstring> pathsIn(IWbemClassObject& object)
 
 TEST_F(LiveJudgesTest, Paths_areReadAlikeByThePlatform)
 {
-    // Jobs and results exist only after a method has started a job.
-    const Objects ports = instancesOf(L"Zerix_EthernetPort");
-    ASSERT_FALSE(ports.empty());
-    const InstanceTarget port = workspace.findInstance(textOf(*ports.front().get(), L"__PATH"), L"");
-    const Method& method = *port.target.definition->findMethod(L"RunLinkDiagnostic");
-    const auto outputs = invokeMethod(workspace, port, method, {{L"SampleCount", L"1"}}, options);
-    ASSERT_TRUE(outputs);
-    const std::wstring job = textOf(*outputs.get(), L"Job");
+    // Jobs exist only after a method has started one.
+    const RequestResult ports = enumerate(L"Zerix_EthernetPort");
+    ASSERT_FALSE(ports.objects.empty());
+    const auto arguments = nullArguments(L"Zerix_EthernetPort", L"RunLinkDiagnostic");
+    const RequestResult started = session().execMethod(textOf(*ports.objects.front().get(), L"__RELPATH"),
+                                                       L"RunLinkDiagnostic", arguments.get(), {});
+    ASSERT_EQ(started.objects.size(), 1U);
+    const std::wstring job = textOf(*started.objects.front().get(), L"Job");
     expectSameReading(job);
 
-    std::set<std::wstring> classesWithPaths;
-    for (const Namespace* nameSpace : workspace.repository().namespaces()) {
-        for (const ClassPointer& definition : nameSpace->classes()) {
-            if (definition->name.starts_with(L"__")) {
-                continue;
-            }
-            for (const auto& object : instancesOf(definition->name, nameSpace->name())) {
-                classesWithPaths.insert(definition->name);
-                for (const std::wstring& path : pathsIn(*object.get())) {
-                    expectSameReading(path);
-                }
+    for (const ClassTarget& target : workspace.classes(L"")) {
+        const RequestResult all = enumerate(target.definition->name);
+        // A job has a result when it has ended.
+        EXPECT_TRUE(!all.objects.empty() || target.definition->name == L"Zerix_DiagnosticResult")
+            << target.definition->name;
+        for (const auto& object : all.objects) {
+            for (const std::wstring& path : pathsIn(*object.get())) {
+                expectSameReading(path);
             }
         }
     }
-    for (const auto* name : {L"Zerix_EthernetPort", L"Zerix_PortImplementsEndpoint", L"Zerix_ElementSettingData",
-                             L"Zerix_ElementConformsToProfile", L"Zerix_RegisteredProfile", L"Zerix_ConcreteJob"})
-    {
-        EXPECT_EQ(classesWithPaths.count(name), 1U) << toUtf8(name);
-    }
-    deleteInstance(workspace, workspace.findInstance(job, L""), options);
+    EXPECT_EQ(session().remove(job, {}).status, 0);
 }
 
 }  // namespace

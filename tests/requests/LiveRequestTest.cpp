@@ -1,48 +1,38 @@
-#include <gmock/gmock.h>
-
 #include <set>
 
 #include "requests/LiveProvider.h"
+#include "support/CapturedModules.h"
 #include "support/ImportHook.h"
+#include "support/LogCapture.h"
+#include "support/Samples.h"
 
 // The built provider and the built broker on this machine's real adapters, with the classes of the installed MOF.
-// Every value that the provider delivers has to match its property's declaration.
 namespace {
 
 using LiveRequestTest = requests::LiveProvider;
-using requests::textOf;
-
-TEST_F(LiveRequestTest, Port_isFoundAgainUnderItsPath)
-{
-    const auto ports = enumerate("Zerix_EthernetPort").objects;
-    EXPECT_FALSE(ports.empty());
-    for (const wmihost::ComPtr<IWbemClassObject>& port : ports) {
-        const std::string path = textOf(port.get(), L"__RELPATH");
-        const auto found = get(path);
-        EXPECT_EQ(found.status, 0) << path;
-        ASSERT_EQ(found.objects.size(), 1U);
-        EXPECT_EQ(textOf(found.objects[0].get(), L"DeviceID"), textOf(port.get(), L"DeviceID"));
-    }
-    EXPECT_EQ(log.events(), support::Lines{});
-}
 
 // Jobs and results exist only after a client has started a diagnostic.
-const std::set<std::string> MAY_BE_EMPTY{"Zerix_AffectedJobElement", "Zerix_ConcreteJob", "Zerix_DiagnosticResult"};
+const std::set<std::wstring> MAY_BE_EMPTY{L"Zerix_AffectedJobElement", L"Zerix_ConcreteJob", L"Zerix_DiagnosticResult"};
 
-TEST_F(LiveRequestTest, EveryClass_hasInstancesAndNoErrorLine)
+TEST_F(LiveRequestTest, EveryInstance_isFoundUnderItsPath)
 {
-    std::size_t classes = 0;
-    for (const wchar_t* const name : {L"root\\DCIM\\vexal", L"root\\interop"}) {
-        serve(name);
-        for (const std::string& className : classNames()) {
-            const Answer answer = enumerate(className);
-            EXPECT_EQ(answer.status, 0) << className;
-            EXPECT_TRUE(!answer.objects.empty() || MAY_BE_EMPTY.contains(className)) << className;
-            EXPECT_EQ(log.events(), support::Lines{}) << className;
-            ++classes;
+    const support::LogCapture log(1);
+    support::captureModule(GetModuleHandleA("ZerixDRAVEv2Provider.dll"));
+    const auto classes = workspace.classes(L"");
+    EXPECT_EQ(classes.size(), 17U);
+    for (const wmihost::ClassTarget& target : classes) {
+        const std::wstring& name = target.definition->name;
+        const wmihost::RequestResult all = enumerate(name);
+        EXPECT_EQ(all.status, 0) << name;
+        EXPECT_TRUE(!all.objects.empty() || MAY_BE_EMPTY.contains(name)) << name;
+        for (const auto& instance : all.objects) {
+            const std::wstring path = wmihost::textOf(*instance.get(), L"__RELPATH");
+            const wmihost::RequestResult found = session(name).get(path, {});
+            ASSERT_EQ(found.objects.size(), 1U) << path;
+            EXPECT_EQ(wmihost::textOf(*found.objects[0].get(), L"__RELPATH"), path);
         }
+        EXPECT_EQ(log.events(), std::vector<std::string>{}) << name;
     }
-    EXPECT_EQ(classes, 17U);
 }
 
 // The registry treats the client as an identity that may only read.
@@ -58,22 +48,19 @@ LSTATUS WINAPI openToReadOnly(HKEY root, LPCSTR path, DWORD options, REGSAM acce
 
 TEST_F(LiveRequestTest, ClientWithoutRights_changesNothing)
 {
-    const std::string path = "Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"";
-    const auto period = [&] {
-        const auto found = get(path).objects;
-        utils::ScopedVariant value;
-        EXPECT_EQ(found.at(0)->Get(L"SamplePeriodMilliseconds", 0, value.address(), nullptr, nullptr), 0);
-        return value.get().lVal;
+    const auto setting = [&] {
+        return session().get(L"Zerix_DiagnosticSetting.InstanceID=\"Vexal:DiagnosticSetting\"", {}).objects.at(0);
     };
+    const auto period = [&] { return wmihost::valueOf(*setting().get(), L"SamplePeriodMilliseconds").get().lVal; };
     const LONG before = period();
-    const auto setting = get(path).objects;
-    VARIANT changed = samples::i4(before + 1);
-    ASSERT_EQ(setting.at(0)->Put(L"SamplePeriodMilliseconds", 0, &changed, 0), 0);
+    const auto changed = setting();
+    VARIANT value = samples::i4(before + 1);
+    ASSERT_EQ(changed->Put(L"SamplePeriodMilliseconds", 0, &value, 0), 0);
     {
         const HMODULE broker = GetModuleHandleA("ZerixCimCore.dll");
         const support::ImportHook create("RegCreateKeyExA", &createDenied, broker);
         const support::ImportHook open("RegOpenKeyExA", &openToReadOnly, broker);
-        EXPECT_EQ(support::hex(put(setting.at(0).get()).status), "0x80041003");
+        EXPECT_EQ(session().put(changed.get(), {}).status, HRESULT(WBEM_E_ACCESS_DENIED));
     }
     EXPECT_EQ(period(), before);
 }
