@@ -125,15 +125,16 @@ class TerminalTest(unittest.TestCase):
     maxDiff = None
 
     def test_rows_are_told_apart_in_every_class(self):
-        # Creates jobs and results for the commands to show.
         port = first_port()
-        for _ in range(2):
-            self.assertEqual(PROGRAM.wmihost("invoke", port, "RunLinkDiagnostic", "SampleCount=1", "--wait")[0], 0)
-        classes = {name: json.loads(PROGRAM.wmihost("list", name, "--format", "json")[1]) for name in class_names()}
+        # First the classes whose instances go again a minute after their job.
+        names = sorted(class_names(), key=lambda name: "Job" not in name)
         for columns in WIDTHS:
+            for _ in range(2):
+                self.assertEqual(PROGRAM.wmihost("invoke", port, "RunLinkDiagnostic", "SampleCount=1", "--wait")[0], 0)
             with Terminal(columns) as terminal:
-                for name, instances in classes.items():
+                for name in names:
                     with self.subTest(name, columns=columns):
+                        instances = json.loads(PROGRAM.wmihost("list", name, "--format", "json")[1])
                         shown, code = terminal.run(f"wmihost list {name}", WORK / "errors.txt")
                         self.assertEqual(code, 0, (WORK / "errors.txt").read_text())
                         self.assertTrue(all(len(line) <= columns for line in shown))

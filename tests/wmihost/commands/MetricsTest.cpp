@@ -85,7 +85,7 @@ TEST_F(MetricsTest, WithoutAFile_theTextGoesToStandardOutput)
     EXPECT_TRUE(figures(out).starts_with(GOOD_FIRST_READING)) << out;
 }
 
-TEST_F(MetricsTest, File_isReplacedAtEachReading_andKeepsGoodValues)
+TEST_F(MetricsTest, File_isReplaced_andKeepsTheLastGoodValues)
 {
     failing = 2;
     EXPECT_EQ(run({"metrics", "--output", file.string(), "--every", "1", "--count", "3"}), 0);
