@@ -23,8 +23,9 @@
 #include "wmihost/session/Workspace.h"
 
 // Clients list, read and follow associations while adapters come and go. The script adapters-come-and-go runs this
-// test: it changes the adapters of a network namespace, creates the file ZERIX_QUIET when it has stopped, and reads
-// the results from the file ZERIX_FOUND. The adapter v0 always exists; any other one exists for at least a second.
+// test: it changes the adapters of a network namespace once the test has made the file ZERIX_READY, creates the file
+// ZERIX_QUIET when it has stopped, and reads the results from the file ZERIX_FOUND. The adapter v0 always exists; any
+// other one exists for at least a second.
 // Wine's table of interfaces keeps the rows of removed adapters until its server ends, but its list of addresses does
 // not. So the test judges removals by addresses, and compares the whole machine after a restart.
 namespace {
@@ -261,6 +262,7 @@ TEST_F(AdaptersComeAndGoTest, Requests_readNothingStale)
         [&] { readPorts(); },
         [&] { diagnose(staying, nullArguments.get()); },
     };
+    const std::ofstream ready(fileNamedBy("ZERIX_READY"));
     std::vector<std::thread> clients;
     for (std::size_t number = 0; number < CLIENTS; ++number) {
         clients.emplace_back([&, number] {
