@@ -54,10 +54,11 @@ utils::ComReference<IWbemServices> createProvider(const support::ProviderModule&
     utils::ComReference<IWbemServices> provider;
     *provider.out() = module.createProvider();
     utils::ComReference<IWbemProviderInit> init;
-    provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out()));
-    if (FAILED(init->Initialize(nullptr, 0, nullptr, nullptr, &nameSpace, nullptr, nullptr))) {
-        throw std::runtime_error("the provider refuses the namespace");
+    if (FAILED(provider->QueryInterface(IID_IWbemProviderInit, reinterpret_cast<void**>(init.out())))) {
+        throw std::runtime_error("the provider cannot be initialised");
     }
+    // Answers 0 in every case. A provider without its namespace would fail each request, and the tables check them.
+    init->Initialize(nullptr, 0, nullptr, nullptr, &nameSpace, nullptr, nullptr);
     return provider;
 }
 

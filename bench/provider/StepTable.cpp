@@ -91,13 +91,13 @@ void stepAnswers(PortClient& client, const std::string& adapters)
 
 void stepRequests()
 {
-    // These live until the process ends: the broker holds handles that were made under the second and must be closed
-    // under it.
+    // Outlives the kernel's calls below.
     static const support::ProviderModule module;
     const CallContext context;
     markModules();
     fillHeaps();
     stepKinds(module);
+    // Lives until the process ends: the broker holds handles that were made under it and must be closed under it.
     static const KernelCalls kernel({module.handle(), PortClient::broker()}, Kernel::NONE);
     PortClient client(module);
     for (const std::size_t adapters : {1, 3}) {

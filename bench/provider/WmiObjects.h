@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "Os/Windows/ComScope.h"
@@ -56,7 +55,7 @@ protected:
 class CountedObject : public support::RefusingClassObject
 {
 public:
-    // The properties that are not null.
+    // The values that it has now, or that were ever put into it.
     virtual std::size_t valueCount() const noexcept = 0;
 
 protected:

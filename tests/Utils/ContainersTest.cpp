@@ -94,6 +94,8 @@ TEST(SafeMapTest, Get_unknownKey_insertsFalseOrNull)
     EXPECT_TRUE(flags.get("a"));
     flags.set("a", false);
     EXPECT_FALSE(flags.get("a"));
+    flags.set("b", true);
+    EXPECT_TRUE(flags.get("b"));
     utils::SafeMap<std::string, Element*> map;
     EXPECT_THAT(map.get("a"), IsNull());
 }

@@ -128,7 +128,7 @@ TEST(LogTest, FirstReads_atOnce_findTheSameLevel)
     EXPECT_THAT(levels, Each(2));
 }
 
-TEST(LogSiteTest, Lines_areTheCallsOrTheGivenOne)
+TEST(LogSiteTest, LineNumber_isTheCallsOrTheGivenOne)
 {
     const support::LogCapture log;
     static constexpr utils::LogSite here{"Some/File", "some::function"};

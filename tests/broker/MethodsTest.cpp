@@ -164,7 +164,10 @@ TEST_F(Methods, Job_isEndedByOwnerOrWhoMayWrite)
     m_world.machine.setUser("");
     runDiagnostic({}, 1);
     m_world.storage.isWritable = false;
-    EXPECT_THROW(changeState(JOB, 4, 0), utils::EForbidden);
+    for (const char* user : {"OTHER\\admin", "HOST\\guest", ""}) {
+        m_world.machine.setUser(user);
+        EXPECT_THROW(changeState(JOB, 4, 0), utils::EForbidden) << user;
+    }
     EXPECT_THROW(changeState(JOB, 4, 1), utils::EForbidden) << "unknown users are not one user";
     EXPECT_TRUE(m_world.jobs.jobs()[0].isRunning());
     m_world.machine.setUser("HOST\\admin");

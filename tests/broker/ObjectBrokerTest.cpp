@@ -144,7 +144,7 @@ TEST_F(ObjectBroker, Instances_outliveOtherThreadsRequests)
     EXPECT_EQ(support::value(*listedAgain.getIterator().next(), "Name"), "eth3");
 }
 
-TEST_F(ObjectBroker, Change_isFoundByItsPath)
+TEST_F(ObjectBroker, Change_isShownAndRefusalIsNot)
 {
     core::CimPath path("Zerix_AdapterSetting.InstanceID=\"Vexal:AdapterSetting:" + fakes::adapter(2).guid + "\"");
     core::CimBroker& broker = m_broker;
@@ -178,10 +178,11 @@ TEST_F(ObjectBroker, EachInstance_mayBePutBackAsItIs)
     startJob();
     m_machine.pass(std::chrono::seconds{1});
     m_thread.play();
-    std::vector<std::pair<std::string, std::vector<Sent>>> puts;
 #define BROKER_CLASS_NAME(served) broker::served.name,
-    for (const char* className : {BROKER_SERVED_CLASSES(BROKER_CLASS_NAME)}) {
+    const std::vector<const char*> classes{BROKER_SERVED_CLASSES(BROKER_CLASS_NAME)};
 #undef BROKER_CLASS_NAME
+    std::vector<std::pair<std::string, std::vector<Sent>>> puts;
+    for (const char* className : classes) {
         auto listed = m_broker.getInstances(className);
         EXPECT_NE(listed.size(), 0U) << className;
         auto instances = listed.getIterator();

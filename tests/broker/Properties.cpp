@@ -60,14 +60,4 @@ std::string value(core::CimInstance& instance, const std::string& name)
     return property == nullptr ? "missing" : valueText(*property);
 }
 
-std::vector<std::string> paths(utils::SafeList<core::CimInstance*>& instances)
-{
-    std::vector<std::string> result;
-    auto iterator = instances.getIterator();
-    while (core::CimInstance* instance = iterator.next()) {
-        result.push_back(instance->toPathString());
-    }
-    return result;
-}
-
 }  // namespace support

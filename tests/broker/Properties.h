@@ -17,7 +17,4 @@ std::vector<std::string> values(core::CimInstance& instance);
 // The property's value as text, or "missing".
 std::string value(core::CimInstance& instance, const std::string& name);
 
-// The paths of the instances in the list, in order.
-std::vector<std::string> paths(utils::SafeList<core::CimInstance*>& instances);
-
 }  // namespace support

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>

@@ -147,9 +147,11 @@ TEST_F(CimInstancePathTest, Texts_areQuoted_andNumbersBare)
     add<core::CimPropertyUint64>(m_instance, "d", 18446744073709551615U)->setKey(true);
     const std::string path = R"(Port.Name="a\"b",Backslash="a\b",Comma="a,",a=255,b=65535,c=-1,d=18446744073709551615)";
     EXPECT_EQ(m_instance.toPathString(), path);
+    core::CimInstance named("Port");
+    addKey(named, "Name", "a");
     core::CimInstance association("Conforms");
-    add<core::CimPropertyRef>(association, "Port", &m_instance)->setKey(true);
-    EXPECT_EQ(association.toPathString(), "Conforms.Port=" + utils::quote(path));
+    add<core::CimPropertyRef>(association, "Port", &named)->setKey(true);
+    EXPECT_EQ(association.toPathString(), R"(Conforms.Port="Port.Name=\"a\"")");
 }
 
 TEST_F(CimInstancePathTest, PathString_hasKeysInListOrder)

@@ -73,7 +73,7 @@ using ValueTypes =
                    core::CimPropertyUint16_arr, core::CimPropertyUint32_arr, core::CimPropertyString_arr>;
 TYPED_TEST_SUITE(ValueTest, ValueTypes, TypeNames);
 
-TYPED_TEST(ValueTest, NewProperty_isNullAndItsOwners)
+TYPED_TEST(ValueTest, NewProperty_isNullAndInOwnersList)
 {
     using Value = ValueOf<TypeParam>;
     core::CimInstance owner("Port");

@@ -208,11 +208,12 @@ TEST_F(LiveJudgesTest, Paths_areReadAlikeByThePlatform)
                                                        L"RunLinkDiagnostic", arguments.get(), {});
     ASSERT_EQ(started.objects.size(), 1U);
     const std::wstring job = textOf(*started.objects.front().get(), L"Job");
+    ASSERT_NE(job, L"");
     expectSameReading(job);
 
     for (const ClassTarget& target : workspace.classes(L"")) {
         const RequestResult all = enumerate(target.definition->name);
-        // A job has a result when it has ended.
+        // The job has no result while it runs. The paths of a result have the form of the job's and the port's.
         EXPECT_TRUE(!all.objects.empty() || target.definition->name == L"Zerix_DiagnosticResult")
             << target.definition->name;
         for (const auto& object : all.objects) {

@@ -6,7 +6,6 @@
 #include "support/LogCapture.h"
 #include "support/Samples.h"
 
-// The built provider and the built broker on this machine's real adapters, with the classes of the installed MOF.
 namespace {
 
 using LiveRequestTest = requests::LiveProvider;
@@ -18,6 +17,7 @@ TEST_F(LiveRequestTest, EveryInstance_isFoundUnderItsPath)
 {
     const support::LogCapture log(1);
     support::captureModule(GetModuleHandleA("ZerixDRAVEv2Provider.dll"));
+    support::captureModule(GetModuleHandleA("ZerixCimCore.dll"));
     const auto classes = workspace.classes(L"");
     EXPECT_EQ(classes.size(), 17U);
     for (const wmihost::ClassTarget& target : classes) {

@@ -46,7 +46,7 @@ struct Table
     // The classes that cannot be enumerated without the table, the class itself included.
     std::set<std::wstring> classes;
     // Whether these classes have no instances when the table is empty.
-    bool listsInstances;
+    bool areEmptyWithoutRows;
 
     friend void PrintTo(const Table& table, std::ostream* out) { *out << table.function; }
 };
@@ -147,11 +147,11 @@ TEST_P(RefusedTable, EmptyTable_isAnAnswer)
             const wmihost::RequestResult result = enumerate(name);
             EXPECT_EQ(result.status, 0) << name;
             if (GetParam().classes.contains(name)) {
-                EXPECT_EQ(result.objects.empty(), GetParam().listsInstances) << name;
+                EXPECT_EQ(result.objects.empty(), GetParam().areEmptyWithoutRows) << name;
             }
         }
-        EXPECT_EQ(statusOfGet(), GetParam().listsInstances ? HRESULT(WBEM_E_NOT_FOUND) : 0);
-        if (GetParam().listsInstances) {
+        EXPECT_EQ(statusOfGet(), GetParam().areEmptyWithoutRows ? HRESULT(WBEM_E_NOT_FOUND) : 0);
+        if (GetParam().areEmptyWithoutRows) {
             EXPECT_EQ(statusOfPut(), HRESULT(WBEM_E_NOT_FOUND));
         }
     }

@@ -22,13 +22,6 @@ namespace {
 
 using support::Lines;
 
-class PropertyOfNoKnownType : public core::CimPropertyString
-{
-public:
-    using CimPropertyString::CimPropertyString;
-    EPropertyType getType() const override { return static_cast<EPropertyType>(77); }
-};
-
 // One request of each kind, with arguments that a test may replace. By default all of them succeed.
 class TriedRequest : public RequestWorld
 {
@@ -266,7 +259,8 @@ constexpr Failure FAILURES[] = {
          wrong.vt = VT_ARRAY | VT_BSTR;
          r.object.add("Names", wrong, CIM_STRING | CIM_FLAG_ARRAY);
      }},
-    {"a property of an unknown type", [](R& r) { samples::add<PropertyOfNoKnownType>(r.instance, "Strange", "?"); }},
+    {"a property of an unknown type",
+     [](R& r) { samples::add<samples::PropertyOfNoKnownType>(r.instance, "Strange", "?"); }},
     {"a reference to nowhere",
      [](R& r) { samples::add<core::CimPropertyRef>(r.instance, "Nowhere", std::string("C.k=1")); }},
     {"a time that no calendar has",

@@ -1,6 +1,5 @@
 #include "support/LogLines.h"
 
-#include "Utils/Utils.h"
 #include "support/Thrown.h"
 
 namespace support {
@@ -8,16 +7,6 @@ namespace support {
 std::string debugLine(const std::string& function, const std::string& message, const std::string& file)
 {
     return "debug|" + file + "|" + function + "|" + message;
-}
-
-std::string errorLine(const std::string& function, const std::string& message, const std::string& file)
-{
-    return "error|" + file + "|" + function + "|" + message;
-}
-
-std::string address(const void* pointer)
-{
-    return utils::format("%p", pointer);
 }
 
 Lines takeMessages(LogCapture& log)

@@ -10,14 +10,9 @@ namespace support {
 
 using Lines = std::vector<std::string>;
 
-// Lines in the form of LogCapture::messages, from the source file that most of the conversion logs under.
+// A line in the form of LogCapture::messages, from the source file that most of the conversion logs under.
 std::string debugLine(const std::string& function, const std::string& message,
                       const std::string& file = "WmiConverter");
-std::string errorLine(const std::string& function, const std::string& message,
-                      const std::string& file = "WmiConverter");
-
-// A pointer as the log writes it.
-std::string address(const void* pointer);
 
 // Returns and removes all messages so far. Line numbers of assertions are replaced.
 Lines takeMessages(LogCapture& log);

@@ -34,4 +34,13 @@ private:
     int& m_deletions;
 };
 
+constexpr auto NO_SUCH_TYPE = static_cast<core::CimProperty::EPropertyType>(77);
+
+class PropertyOfNoKnownType : public core::CimPropertyString
+{
+public:
+    using CimPropertyString::CimPropertyString;
+    EPropertyType getType() const override { return NO_SUCH_TYPE; }
+};
+
 }  // namespace samples

@@ -34,7 +34,7 @@ public:
                                          IWbemContext* context, IWbemProviderInitSink* sink) override
     {
         EXPECT_NE(context, nullptr);
-        EXPECT_STRNE(user, L"");
+        EXPECT_TRUE(user != nullptr && *user != L'\0');
         m_behaviour.requests.push_back("start in " + toUtf8(nameSpace));
         m_services = ComPtr<IWbemServices>(services);
         if (m_behaviour.initStatus) {

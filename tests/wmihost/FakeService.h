@@ -31,7 +31,7 @@ struct FakeServiceBehaviour
 
     // The calls in order: "GetObject Fake_Thing".
     std::vector<std::string> calls;
-    // The instances. A path finds the one with the same keys in the order of their names.
+    // The instances. A path finds one only if it names the keys in alphabetical order.
     std::vector<ComPtr<IWbemClassObject>> instances;
 };
 

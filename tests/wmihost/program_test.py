@@ -15,7 +15,7 @@ import sys
 import unittest
 
 import tour
-from program import TOP, Program
+from program import TOP, Program, run_tests
 
 PREFIX = pathlib.Path(sys.argv[2]).resolve() / "program-prefix"
 PROGRAM = Program(sys.argv[1], PREFIX)
@@ -279,4 +279,4 @@ delete     passed   the job is gone
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], *sys.argv[4:]], verbosity=2)
+    sys.exit(run_tests(sys.argv[4:]))

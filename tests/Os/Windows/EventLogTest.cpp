@@ -45,7 +45,12 @@ void WINAPI print(LPCSTR text)
 class EventLogTest : public testing::Test
 {
 protected:
-    EventLogTest() { calls.clear(); }
+    EventLogTest()
+    {
+        calls.clear();
+        openedSource = &calls;
+        reported = TRUE;
+    }
 
 private:
     support::ImportHook m_open{"RegisterEventSourceA", &openSource};

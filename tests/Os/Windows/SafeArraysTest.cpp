@@ -7,7 +7,7 @@
 
 namespace {
 
-// The whole range of arrays that come in is tested with the converters that read them.
+// ArrayConvertersTest tests which arrays are refused.
 TEST(SafeArraysTest, TextArrayCopy_readsBetweenItsBounds)
 {
     SAFEARRAY* const texts = SafeArrayCreateVector(VT_BSTR, 3, 2);

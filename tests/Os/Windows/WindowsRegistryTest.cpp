@@ -367,7 +367,7 @@ public:
     std::vector<std::string> m_calls;
 };
 
-TEST_F(WindowsRegistryTest, Reading_passesTheObject)
+TEST_F(WindowsRegistryTest, OnlyReading_usesThePrimitives)
 {
     StandIn registry;
     EXPECT_TRUE(registry.setKey(HKEY_LOCAL_MACHINE, KEY, "Name", "7"));

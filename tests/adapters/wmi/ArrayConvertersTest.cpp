@@ -120,7 +120,7 @@ TEST_F(ArrayConvertersTest, EmptyTexts_areNoArray)
     EXPECT_EQ(textsOut({}), "VT_ARRAY|VT_BSTR without an array");
 }
 
-TEST_F(ArrayConvertersTest, Failure_leavesTypeOrZeros)
+TEST_F(ArrayConvertersTest, FailedArray_leavesTypeOrZeros)
 {
     {
         const ImportHook hook("SafeArrayCreateVector", support::returning<nullptr>(&SafeArrayCreateVector));
@@ -274,7 +274,8 @@ TEST_F(ArrayConvertersTest, IndexOutsideNewBounds_isInvalid)
     EXPECT_EQ(boundReads, 2);
 }
 
-// Texts that cannot be read fail the request.
+// A number that cannot be read is 0, and without its bound an array is empty. Texts that cannot be read fail the
+// request.
 TEST_F(ArrayConvertersTest, UnreadNumber_isNoError)
 {
     const ArrayVariant array(VT_ARRAY | VT_I4, numbers({7}));

@@ -72,9 +72,11 @@ TEST_F(ImpersonatorTest, UnknownTokenLevel_isAnonymous)
          std::vector<std::pair<DWORD, int>>{{0, 1}, {1, 2}, {2, 3}, {3, 4}, {4, 1}, {4294967295U, 1}})
     {
         tokenLevel = level;
+        log.clear();
         const Impersonator impersonator(&sink);
         EXPECT_EQ(impersonator.succeeded(), number >= 3) << level;
         if (number < 3) {
+            ASSERT_FALSE(log.messages().empty()) << level;
             EXPECT_TRUE(log.messages().back().ends_with(", " + std::to_string(number))) << level;
         }
     }

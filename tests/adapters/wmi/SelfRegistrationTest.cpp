@@ -5,6 +5,7 @@
 #include <map>
 
 #include "Utils/Utils.h"
+#include "adapters/wmi/ServerState.h"
 #include "support/CallLog.h"
 #include "support/ImportHook.h"
 #include "support/LogLines.h"
@@ -25,7 +26,8 @@ const std::string CLASSES_KEY = "Software\\classes\\CLSID\\";
 const std::string CLASS_KEY = CLASSES_KEY + "{D39A94C6-35D2-4B40-BB6A-56E279951017}";
 const std::string SERVER_KEY = CLASS_KEY + "\\InprocServer32";
 // The registry's own lines are tested with it.
-const testing::Matcher<std::string> REGISTRY = testing::StartsWith("debug|Os/Windows/Windows|");
+const testing::Matcher<std::string> REGISTRY =
+    testing::StartsWith("debug|Os/Windows/Windows|utils::WindowsRegistry::setKey|Creating REG_SZ ");
 
 // The values of a key by name, each as type, size and text.
 using Values = std::map<std::string, std::string>;
@@ -70,8 +72,9 @@ std::string entryOf(const std::string& function)
 
 std::string fileName;
 
-DWORD WINAPI giveFileName(HMODULE, LPSTR name, DWORD size)
+DWORD WINAPI giveFileName(HMODULE module, LPSTR name, DWORD size)
 {
+    EXPECT_EQ(module, GetModuleHandleA("kernel32.dll"));
     // Behaves as the platform: cuts the text to the buffer, terminates it, and returns the buffer's size.
     const std::string text = fileName.substr(0, size - 1);
     std::strcpy(name, text.c_str());
@@ -81,7 +84,13 @@ DWORD WINAPI giveFileName(HMODULE, LPSTR name, DWORD size)
 class SelfRegistrationTest : public testing::Test
 {
 protected:
-    void SetUp() override { fileName = "C:\\provider.dll"; }
+    SelfRegistrationTest()
+    {
+        fileName = "C:\\provider.dll";
+        // Any module that is not the program itself.
+        server::moduleHandle = GetModuleHandleA("kernel32.dll");
+    }
+    ~SelfRegistrationTest() override { server::moduleHandle = nullptr; }
 
     Lines takeMessages() { return support::takeMessages(log); }
 
@@ -179,7 +188,7 @@ TEST_F(SelfRegistrationTest, Registration_stopsAtTheFirstFailure)
         allowedCreations = texts;
         EXPECT_EQ(hex(DllRegisterServer()), "0x80004005");
         const Lines lines = takeMessages();
-        EXPECT_EQ(lines.size(), texts + 3U) << "the entry, a line for each text, and the error";
+        EXPECT_EQ(lines.size(), texts + 3U) << "the entry, a line for each attempted text, and the error";
         EXPECT_THAT(lines, testing::Contains(testing::StartsWith("error|")).Times(1));
         EXPECT_EQ(valuesOf(CLASS_KEY), texts < 1 ? MISSING : CLASS_VALUES);
         EXPECT_EQ(valuesOf(SERVER_KEY), (texts < 2 ? MISSING : Values{{"", registered("C:\\provider.dll")}}));

@@ -108,6 +108,10 @@ TEST_F(WmiAdapterTest, SecondInitialize_replacesTheNamespace)
     EXPECT_EQ(wmiNamespace.references(), 0);
     EXPECT_EQ(other.references(), 1);
     EXPECT_EQ(calls.take(), Lines{"namespace released"});
+    // The same one again must not be released in between.
+    initialize(other);
+    EXPECT_EQ(other.references(), 1);
+    EXPECT_EQ(calls.take(), Lines{});
     initialize(wmiNamespace);
 }
 

@@ -40,7 +40,7 @@ protected:
 const Lines WALKED{"object.BeginEnumeration(0x4)", "object.EndEnumeration()", "object.BeginEnumeration(0x40)",
                    "object.EndEnumeration()"};
 
-TEST_F(PropertyExtractionTest, Others_areNotTaken)
+TEST_F(PropertyExtractionTest, SystemAndOtherTypes_areNotTaken)
 {
     object.add("__KEY", samples::bstr("k"), CIM_STRING, SYSTEM | 1, true);
     object.add("__GENUS", samples::i4(2), CIM_UINT16, SYSTEM | 1);
@@ -67,7 +67,7 @@ TEST_F(PropertyExtractionTest, UnreadKeys_areTakenLikeTheRest)
               (Lines{"object.BeginEnumeration(0x4)", "object.BeginEnumeration(0x40)", "object.EndEnumeration()"}));
 }
 
-TEST_F(PropertyExtractionTest, OnlyZero_continues)
+TEST_F(PropertyExtractionTest, Walk_endsAtAnyStatusButZero)
 {
     object.add("Name", samples::bstr("a"), CIM_STRING);
     object.beginStatus = 1;

@@ -106,7 +106,7 @@ TEST_F(MethodInvocationTest, UnconvertedOutput_fails)
     EXPECT_EQ(refusalOf([&] { invoke(); }), "value != NULL");
     EXPECT_EQ(callsBehindBroker(), SPAWNED_AGAIN + GIVEN_BACK);
     broker.onInvoke = [](core::CimPropertyList& out, core::CimInstance*&) {
-        out.add(new support::PropertyOfNoKnownType("Port"));
+        out.add(new samples::PropertyOfNoKnownType("Port"));
         return 0U;
     };
     EXPECT_EQ(refusalOf([&] { invoke(); }), "converter != NULL");

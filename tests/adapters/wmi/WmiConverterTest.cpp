@@ -8,9 +8,9 @@
 
 namespace {
 
+using samples::NO_SUCH_TYPE;
+using samples::PropertyOfNoKnownType;
 using support::Lines;
-using support::NO_SUCH_TYPE;
-using support::PropertyOfNoKnownType;
 using support::refusalOf;
 using support::thrownBy;
 

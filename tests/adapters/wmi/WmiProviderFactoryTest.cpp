@@ -79,7 +79,7 @@ TEST(WmiProviderFactorySlotsTest, Operations_comeInTheirOrder)
     // The destructor occupies the entries 5 and 6. The second one also frees the memory.
     using Deleting = void (*)(WmiProviderFactory*);
     (*reinterpret_cast<Deleting**>(factory))[6](factory);
-    EXPECT_EQ(log.debugger().size(), 1U) << "the destructor has spoken";
+    EXPECT_EQ(log.debugger().size(), 1U) << "the destructor logs once";
 }
 
 }  // namespace

@@ -20,15 +20,6 @@
 
 namespace support {
 
-constexpr auto NO_SUCH_TYPE = static_cast<core::CimProperty::EPropertyType>(77);
-
-class PropertyOfNoKnownType : public core::CimPropertyString
-{
-public:
-    using CimPropertyString::CimPropertyString;
-    EPropertyType getType() const override { return NO_SUCH_TYPE; }
-};
-
 // Returns the condition of the conversion's assertion that fails in `action`, or the text of another outcome.
 template <class Action>
 std::string refusalOf(const Action& action)

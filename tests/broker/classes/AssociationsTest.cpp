@@ -15,6 +15,7 @@ protected:
         m_world.adapters.set({fakes::adapter(1), fakes::adapter(2)});
         m_world.adapters.set({fakes::address(2, "192.0.2.2"), fakes::address(1, "192.0.2.1"),
                               fakes::address(2, "fe80::2", broker::AddressFamily::IPV6)});
+        // Adapter 3 appeared after the ports were read, so its configuration has no port yet.
         m_world.adapters.set({fakes::ipConfiguration(3), fakes::ipConfiguration(1)});
     }
 

@@ -22,7 +22,11 @@ auto sampled(int count)
 
 auto ended(JobState state)
 {
-    return [state](fakes::World& world) { world.jobs.end(start(world), state); };
+    return [state](fakes::World& world) {
+        const std::string id = start(world);
+        world.machine.pass(std::chrono::milliseconds{500});
+        world.jobs.end(id, state);
+    };
 }
 
 void loseTheAdapter(fakes::World& world)

@@ -43,7 +43,9 @@ auto ended(broker::JobState state)
 {
     return [state](fakes::World& world) {
         world.adapters.set({fakes::adapter(1)});
-        world.jobs.end(world.jobs.startDiagnostic(fakes::adapter(1), {}, 2).id, state);
+        const std::string id = world.jobs.startDiagnostic(fakes::adapter(1), {}, 2).id;
+        world.machine.pass(std::chrono::milliseconds{500});
+        world.jobs.end(id, state);
     };
 }
 

@@ -103,7 +103,7 @@ TEST_F(Jobs, Job_countsUpAndCompletesWithAResult)
 
 // Time
 
-TEST_F(Jobs, Clock_setWhileAJobRuns_isNotFelt)
+TEST_F(Jobs, Clock_setWhileAJobRuns_changesNoDuration)
 {
     for (const hours change : {hours{-1}, hours{2}}) {
         start(2);
@@ -114,6 +114,7 @@ TEST_F(Jobs, Clock_setWhileAJobRuns_isNotFelt)
         EXPECT_EQ(status().elapsed, milliseconds{50});
         machine.pass(milliseconds{50});
         EXPECT_EQ(work(), milliseconds{100});
+        machine.setClock(change);
         machine.pass(milliseconds{100});
         EXPECT_EQ(work(), std::nullopt);
         const broker::JobStatus ended = status();
@@ -163,11 +164,15 @@ TEST_F(Jobs, Clock_outsideTheCalendar_isShownAtItsEnd)
 
 // Deletion
 
+TEST_F(Jobs, Mark_thatIsTakenBack_deletesNothing)
+{
+    m_process.jobs.makeInstance(start(), "Zerix_ConcreteJob")->markForDeletion(false);
+    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
+}
+
 TEST_F(Jobs, Deletion_isFinishedWhenTheMarkReturns)
 {
     const std::string id = start();
-    m_process.jobs.makeInstance(id, "Zerix_ConcreteJob")->markForDeletion(false);
-    EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1)) << "a mark that was taken back";
     m_process.mark(id);
     EXPECT_THAT(m_process.thread.limits, ElementsAre(milliseconds{2000}, milliseconds{2000}));
     EXPECT_THAT(storedJobs(), IsEmpty());

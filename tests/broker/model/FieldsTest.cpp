@@ -23,7 +23,7 @@ TEST(Fields, OtherForms_areRefused)
     }
 }
 
-TEST(NumberIn, OtherTextsThanDigits_areRefused)
+TEST(NumberIn, Only64BitDigits_areRead)
 {
     EXPECT_EQ(broker::numberIn("0"), 0U);
     EXPECT_EQ(broker::numberIn("007"), 7U);

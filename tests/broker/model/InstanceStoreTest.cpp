@@ -15,6 +15,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 struct Row
 {
@@ -134,6 +135,7 @@ TEST_F(InstanceStoreTest, FailedUpdate_leavesItEmpty)
     for (const bool isOne : {false, true}) {
         rowsNow = readable;
         m_store.update(m_workspace);
+        EXPECT_THAT(m_store.records(), SizeIs(2));
         rowsNow[1].fails = true;
         EXPECT_THROW(isOne ? void(m_store.updateOne(m_workspace, m_toB, m_resolver)) : m_store.update(m_workspace),
                      std::runtime_error);

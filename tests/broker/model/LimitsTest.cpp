@@ -19,7 +19,7 @@ bool isAllowed(const core::CimProperty& value)
     }
 }
 
-TEST(Limits, Range_checksNumbersWithinItsTypes)
+TEST(Limits, Range_refusesNumbersOutsideIt)
 {
     core::CimPropertyUint64 number("Count");
     EXPECT_TRUE(isAllowed(number)) << "null";

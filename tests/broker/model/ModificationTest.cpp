@@ -187,7 +187,7 @@ TEST_F(Modification, VolatileValue_isIgnored)
     EXPECT_EQ(value("Counter"), "1");
 }
 
-TEST_F(Modification, Nulls_areComparedByTheirTypes)
+TEST_F(Modification, EmptyValues_areComparedByType)
 {
     struct Pair
     {

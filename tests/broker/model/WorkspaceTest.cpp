@@ -93,9 +93,13 @@ TEST_F(Workspace, Instances_stayUntilTheNextRequest)
     broker::Adapter changed = fakes::adapter(2);
     changed.mtu = 9000;
     m_adapters.set({changed});
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
+    m_world.storage.set("Diagnostics", "Setting", "SampleCount=20");
     EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ActiveMaximumTransmissionUnit"), ElementsAre("1500", "1500"));
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("10"));
     m_workspace.begin("");
     EXPECT_THAT(valuesOf("Zerix_EthernetPort", "ActiveMaximumTransmissionUnit"), ElementsAre("9000"));
+    EXPECT_THAT(valuesOf("Zerix_DiagnosticSetting", "SampleCount"), ElementsAre("20"));
     EXPECT_EQ(ports->records()[0].instance.get(), second);
 }
 

@@ -61,7 +61,8 @@ TEST_F(HiddenAdapters, DriverWithTheFlag_isHidden)
     add("0002", 0x9, DEBUGGER);
     add("0003", VIRTUAL_FLAGS, "{00000000-0000-0000-0000-000000000001}");
     add("0004", MINIPORT_FLAGS, "{8e301a52-affa-4f49-b9ca-c79096a1a056}");
-    EXPECT_THAT(m_source.readHiddenAdapters(), ElementsAre(MINIPORT, DEBUGGER, MINIPORT)) << "in upper case";
+    EXPECT_THAT(m_source.readHiddenAdapters(), ElementsAre(MINIPORT, DEBUGGER, MINIPORT))
+        << "GUIDs are given in upper case";
 }
 
 // A hidden adapter is found in the tables by its GUID, which therefore has the same form everywhere.

@@ -172,6 +172,7 @@ LSTATUS WINAPI createAsService(HKEY root, LPCSTR path, DWORD reserved, LPSTR cla
 
 TEST(Module, Jobs_areStoredAsTheProcessAlone)
 {
+    deniedAccesses = 0;
     const Library library;
     setSamplePeriod(library, 60'000);
     for (const std::string& path : KEYS_OF_JOBS) {

@@ -94,12 +94,14 @@ template <ULONG STATUS>
 void expectNothingRead()
 {
     const support::LogCapture log(1);
-    const support::ImportHook adapters("GetIfTable2", support::returning<STATUS>(&GetIfTable2));
-    const support::ImportHook addresses("GetAdaptersAddresses", support::returning<STATUS>(&GetAdaptersAddresses));
+    const support::Refusal<decltype(&GetIfTable2), STATUS> adapters("GetIfTable2");
+    const support::Refusal<decltype(&GetAdaptersAddresses), STATUS> addresses("GetAdaptersAddresses");
     broker::PlatformAdapters source;
     EXPECT_THAT(source.readAdapters(), IsEmpty());
     EXPECT_THAT(source.readAddresses(), IsEmpty());
     EXPECT_THAT(source.readIpConfigurations(), IsEmpty());
+    EXPECT_EQ(adapters.calls(), 1) << "an answer is not asked for twice";
+    EXPECT_EQ(addresses.calls(), 2) << "once for each list";
     EXPECT_THAT(log.events(), IsEmpty());
 }
 
@@ -176,11 +178,13 @@ TEST_F(FakeAddresses, OfWhatIsNoPort_areLeftOut)
     add("fe80::5efe:10.0.0.1");
     m_adapter->IfType = IF_TYPE_TUNNEL;
     EXPECT_THAT(m_source.readAddresses(), IsEmpty());
+    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
     m_adapter->IfType = IF_TYPE_ETHERNET_CSMACD;
     constexpr std::array<BYTE, 6> REMOTE_ACCESS{0x9C, 0x8A, 0x20, 0x52, 0x41, 0x53};
     std::copy(REMOTE_ACCESS.begin(), REMOTE_ACCESS.end(), m_adapter->PhysicalAddress);
     m_adapter->PhysicalAddressLength = 6;
     EXPECT_THAT(m_source.readAddresses(), IsEmpty());
+    EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
 }
 
 TEST(PlatformAdapters, ListThatNeverFits_isGivenUp)
@@ -232,10 +236,12 @@ TEST(PlatformAdapters, Adapters_areTheTablesPorts)
     }
     fakeRows[3].Type = IF_TYPE_IEEE80211;
     fakeRows[3].PhysicalAddressLength = 6;
+    fakeRows[3].InterfaceAndOperStatusFlags.ConnectorPresent = TRUE;
     const auto adapters = broker::PlatformAdapters().readAdapters();
     ASSERT_EQ(adapters.size(), 2U);
     EXPECT_EQ(adapters[1].type, 71U);
     EXPECT_EQ(adapters[1].permanentAddress, "") << "zeros are unknown";
+    EXPECT_TRUE(adapters[1].hasConnector);
     const broker::Adapter& adapter = adapters[0];
     EXPECT_EQ(adapter.luid, 0x6008000000000U);
     EXPECT_EQ(adapter.index, 17U);

@@ -6,7 +6,6 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
-#include <ctime>
 #include <cwchar>
 
 #include "Os/Windows/Platform.h"
@@ -63,11 +62,16 @@ TEST(WindowsMachine, UserName_outsideTheCodePage_hasQuestionMarks)
 
 TEST(WindowsMachine, Now_isThePlatformsTime)
 {
+    using namespace std::chrono;
     broker::WindowsMachine machine;
-    const std::time_t before = std::time(nullptr);
-    const std::time_t now = std::chrono::system_clock::to_time_t(machine.now());
-    EXPECT_GE(now, before);
-    EXPECT_LE(now, std::time(nullptr) + 1);
+    const auto clock = [] { return floor<microseconds>(system_clock::now()); };
+    const auto before = clock();
+    const auto now = machine.now();
+    EXPECT_TRUE(before <= now && now <= clock());
+    const auto steadyClock = [] { return floor<microseconds>(steady_clock::now()); };
+    const auto steadyBefore = steadyClock();
+    const auto steadyNow = machine.steadyNow();
+    EXPECT_TRUE(steadyBefore <= steadyNow && steadyNow <= steadyClock());
 }
 
 }  // namespace

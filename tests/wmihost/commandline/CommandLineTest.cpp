@@ -1,6 +1,7 @@
 #include "wmihost/commandline/CommandLine.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <regex>
 #include <sstream>
 
@@ -28,6 +29,7 @@ TEST_F(CommandLineTest, WrongUsage_isExplainedWithAnExample)
 TEST_F(CommandLineTest, Refusal_saysReasonAndRemedy)
 {
     expectSession("commandline/refusals.session");
+    EXPECT_FALSE(std::filesystem::exists("zerix.prom")) << "metrics that are refused write no file";
 }
 
 TEST_F(CommandLineTest, Help_showsWhatEachCommandTakes)

@@ -1,5 +1,5 @@
 #include "tests/wmihost/JobTest.h"
-#include "tests/wmihost/TextRow.h"
+#include "tests/wmihost/RowName.h"
 
 namespace wmihost {
 namespace {

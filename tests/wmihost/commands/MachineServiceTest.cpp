@@ -3,7 +3,7 @@
 #include <array>
 
 #include "tests/wmihost/CommandTest.h"
-#include "tests/wmihost/TextRow.h"
+#include "tests/wmihost/RowName.h"
 #include "wmihost/terminal/Json.h"
 #include "wmihost/terminal/Text.h"
 

@@ -83,6 +83,8 @@ TEST_F(MetricsTest, WithoutAFile_theTextGoesToStandardOutput)
     EXPECT_EQ(error, "");
     EXPECT_TRUE(out.starts_with("# HELP zerix_port_info A port.\n# TYPE zerix_port_info gauge\n")) << out;
     EXPECT_TRUE(figures(out).starts_with(GOOD_FIRST_READING)) << out;
+    EXPECT_NE(out.find("\nzerix_read_duration_seconds "), std::string::npos) << out;
+    EXPECT_EQ(out.find('\r'), std::string::npos);
 }
 
 TEST_F(MetricsTest, File_isReplaced_andKeepsTheLastGoodValues)

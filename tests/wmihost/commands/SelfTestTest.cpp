@@ -1,6 +1,6 @@
 #include <functional>
 
-#include "tests/wmihost/TextRow.h"
+#include "tests/wmihost/RowName.h"
 #include "tests/wmihost/commands/ServedInstances.h"
 
 namespace wmihost {

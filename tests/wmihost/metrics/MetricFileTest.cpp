@@ -68,6 +68,7 @@ protected:
     {
         std::filesystem::create_directory(folder);
         replaceMetricFile(file, "old\n");
+        refuseMoves(ERROR_SUCCESS, 0);
     }
     ~MetricFileTest() override { std::filesystem::remove_all(folder); }
 

@@ -11,7 +11,7 @@
 namespace wmihost {
 namespace {
 
-TEST(SystemClasses, Classes_haveTheMembersOfWmis)
+TEST(SystemClasses, EachClass_isDeclaredAsByWmi)
 {
     Namespace nameSpace(L"root\\test");
     addSystemClasses(nameSpace);

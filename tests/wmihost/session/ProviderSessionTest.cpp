@@ -100,7 +100,7 @@ TEST_F(ProviderSessionTest, Enumeration_keepsOrder_andReportsProgress)
     EXPECT_EQ(progress, (std::vector<std::pair<unsigned, unsigned>>{{2, 0}, {2, 1}}));
 }
 
-TEST_F(ProviderSessionTest, Status_isTheReportedOne)
+TEST_F(ProviderSessionTest, Status_isReportedOrElseReturned)
 {
     const ProviderSession session = open();
     const auto statusOf = [&](HRESULT returned, std::optional<HRESULT> reported) {
