@@ -36,6 +36,7 @@ private:
 
 constexpr auto NO_SUCH_TYPE = static_cast<core::CimProperty::EPropertyType>(77);
 
+// A property whose type no converter and no broker knows, as one of a later version would be.
 class PropertyOfNoKnownType : public core::CimPropertyString
 {
 public:

@@ -4,9 +4,9 @@
 #include <string>
 
 #include "broker/windows/PlatformAdapters.h"
+#include "support/ImportHook.h"
 #include "support/LogCapture.h"
 #include "support/PrivateRegistry.h"
-#include "support/Refusal.h"
 #include "support/WrappedImport.h"
 
 namespace {
@@ -114,10 +114,10 @@ TEST_F(HiddenAdapters, NamesOrValues_thatAreRefused_hideNone)
 {
     add("0000", MINIPORT_FLAGS, MINIPORT);
     {
-        const support::Refusal<decltype(&RegEnumKeyExA), ERROR_ACCESS_DENIED> refused("RegEnumKeyExA");
+        const support::ImportHook refused("RegEnumKeyExA", support::returning<ERROR_ACCESS_DENIED>(&RegEnumKeyExA));
         EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
     }
-    const support::Refusal<decltype(&RegQueryValueExA), ERROR_ACCESS_DENIED> refused("RegQueryValueExA");
+    const support::ImportHook refused("RegQueryValueExA", support::returning<ERROR_ACCESS_DENIED>(&RegQueryValueExA));
     EXPECT_THAT(m_source.readHiddenAdapters(), IsEmpty());
 }
 

@@ -6,8 +6,8 @@
 #include "Utils/Exception.h"
 #include "broker/windows/FakeTables.h"
 #include "broker/windows/PlatformAdapters.h"
+#include "support/ImportHook.h"
 #include "support/LogCapture.h"
-#include "support/Refusal.h"
 
 namespace {
 
@@ -135,7 +135,8 @@ TEST_F(IpConfigurations, Values_areThePlatforms)
 
 TEST_F(IpConfigurations, PlatformWithoutFamilies_leavesThemOpen)
 {
-    const support::Refusal<decltype(&GetIpInterfaceTable), ERROR_NOT_SUPPORTED> refused("GetIpInterfaceTable");
+    const support::ImportHook refused("GetIpInterfaceTable",
+                                      support::returning<ERROR_NOT_SUPPORTED>(&GetIpInterfaceTable));
     const broker::IpConfiguration read = this->read();
     EXPECT_EQ(read.ipv4.metric, std::nullopt);
     EXPECT_EQ(read.ipv6.mtu, std::nullopt);

@@ -11,8 +11,9 @@
 
 #include "Utils/Exception.h"
 #include "broker/windows/FakeTables.h"
+#include "support/CountedRefusal.h"
+#include "support/ImportHook.h"
 #include "support/LogCapture.h"
-#include "support/Refusal.h"
 
 namespace {
 
@@ -94,8 +95,8 @@ template <ULONG STATUS>
 void expectNothingRead()
 {
     const support::LogCapture log(1);
-    const support::Refusal<decltype(&GetIfTable2), STATUS> adapters("GetIfTable2");
-    const support::Refusal<decltype(&GetAdaptersAddresses), STATUS> addresses("GetAdaptersAddresses");
+    const support::CountedRefusal<decltype(&GetIfTable2), STATUS> adapters("GetIfTable2");
+    const support::CountedRefusal<decltype(&GetAdaptersAddresses), STATUS> addresses("GetAdaptersAddresses");
     broker::PlatformAdapters source;
     EXPECT_THAT(source.readAdapters(), IsEmpty());
     EXPECT_THAT(source.readAddresses(), IsEmpty());
@@ -190,7 +191,8 @@ TEST_F(FakeAddresses, OfWhatIsNoPort_areLeftOut)
 TEST(PlatformAdapters, ListThatNeverFits_isGivenUp)
 {
     const support::LogCapture log(1);
-    const support::Refusal<decltype(&GetAdaptersAddresses), ERROR_BUFFER_OVERFLOW> refused("GetAdaptersAddresses");
+    const support::CountedRefusal<decltype(&GetAdaptersAddresses), ERROR_BUFFER_OVERFLOW> refused(
+        "GetAdaptersAddresses");
     EXPECT_THROW(broker::PlatformAdapters().readAddresses(), utils::EFailed);
     EXPECT_EQ(refused.calls(), 8);
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("GetAdaptersAddresses error 111\n")));

@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "Os/Windows/WindowsRegistry.h"
+#include "support/ImportHook.h"
 #include "support/LogCapture.h"
-#include "support/Refusal.h"
 #include "support/WrappedImport.h"
 
 namespace {
@@ -163,7 +163,7 @@ TEST_F(RegistryStorage, EraseValue_refused_isLogged)
 {
     m_storage.write(KEY, "A", "one");
     const support::LogCapture log(1);
-    const support::Refusal<decltype(&RegDeleteValueA), ERROR_ACCESS_DENIED> refused("RegDeleteValueA");
+    const support::ImportHook refused("RegDeleteValueA", support::returning<ERROR_ACCESS_DENIED>(&RegDeleteValueA));
     EXPECT_EQ(m_storage.eraseValue(KEY, "A"), broker::StoreResult::ACCESS_DENIED);
     EXPECT_THAT(log.events(),
                 ElementsAre(EndsWith("Could not delete registry value A of " + PARENT + "\\Key. Error 5\n")));
@@ -220,15 +220,18 @@ TEST_F(RegistryStorage, Lock_refused_tellsWhetherAccessWasDenied)
 {
     const support::LogCapture log(1);
     {
-        const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_ACCESS_DENIED> refused("CreateMutexA");
+        const support::ImportHook refused("CreateMutexA",
+                                          support::returning<nullptr, ERROR_ACCESS_DENIED>(&CreateMutexA));
         EXPECT_EQ(m_storage.lock(), broker::StoreResult::ACCESS_DENIED);
     }
     {
-        const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_NOT_ENOUGH_MEMORY> refused("CreateMutexA");
+        const support::ImportHook refused("CreateMutexA",
+                                          support::returning<nullptr, ERROR_NOT_ENOUGH_MEMORY>(&CreateMutexA));
         EXPECT_EQ(m_storage.lock(), broker::StoreResult::FAILED);
     }
     {
-        const support::Refusal<decltype(&WaitForSingleObject), WAIT_TIMEOUT> timeOut("WaitForSingleObject");
+        const support::ImportHook timeOut("WaitForSingleObject",
+                                          support::returning<WAIT_TIMEOUT>(&WaitForSingleObject));
         EXPECT_EQ(m_storage.lock(), broker::StoreResult::FAILED);
     }
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("Settings could not be locked. Error 5\n"),

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "broker/windows/RegistryStorage.h"
-#include "support/Refusal.h"
+#include "support/ImportHook.h"
 
 namespace {
 
@@ -77,8 +77,8 @@ TEST_F(RegistryWatch, ThreadThatAskedFirst_mayEnd)
 TEST_F(RegistryWatch, RefusedNotification_countsAsChanged)
 {
     m_storage.write(KEY, "A", "1");
-    const support::Refusal<decltype(&RegNotifyChangeKeyValue), ERROR_NOT_ENOUGH_MEMORY> refused(
-        "RegNotifyChangeKeyValue");
+    const support::ImportHook refused("RegNotifyChangeKeyValue",
+                                      support::returning<ERROR_NOT_ENOUGH_MEMORY>(&RegNotifyChangeKeyValue));
     EXPECT_TRUE(m_watch->hasChanged());
     EXPECT_TRUE(m_watch->hasChanged());
 }

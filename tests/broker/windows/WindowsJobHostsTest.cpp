@@ -6,8 +6,8 @@
 #include <regex>
 #include <thread>
 
+#include "support/ImportHook.h"
 #include "support/LogCapture.h"
-#include "support/Refusal.h"
 
 namespace {
 
@@ -47,14 +47,14 @@ TEST(WindowsJobHosts, Host_isAliveFromItsAnnouncementOn)
 
 TEST(WindowsJobHosts, HostThatMayNotBeSeen_isAlive)
 {
-    const support::Refusal<decltype(&OpenMutexA), nullptr, ERROR_ACCESS_DENIED> hidden("OpenMutexA");
+    const support::ImportHook hidden("OpenMutexA", support::returning<nullptr, ERROR_ACCESS_DENIED>(&OpenMutexA));
     EXPECT_TRUE(broker::WindowsJobHosts().isAlive("1-1"));
 }
 
 TEST(WindowsJobHosts, RefusedAnnouncement_isLogged)
 {
     const support::LogCapture log(1);
-    const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_ACCESS_DENIED> refused("CreateMutexA");
+    const support::ImportHook refused("CreateMutexA", support::returning<nullptr, ERROR_ACCESS_DENIED>(&CreateMutexA));
     EXPECT_FALSE(broker::WindowsJobHosts().announce());
     EXPECT_THAT(log.events(), ElementsAre(EndsWith("error: Jobs will not survive this process, which other hosts would "
                                                    "take for ended. Error 5\n")));
@@ -90,7 +90,7 @@ TEST(WindowsJobHosts, LockOfAThreadThatEnded_isTakenOver)
 TEST(WindowsJobHosts, RefusedLock_isLoggedAndTheCallerGoesOn)
 {
     const support::LogCapture log(1);
-    const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_ACCESS_DENIED> refused("CreateMutexA");
+    const support::ImportHook refused("CreateMutexA", support::returning<nullptr, ERROR_ACCESS_DENIED>(&CreateMutexA));
     broker::WindowsJobHosts hosts;
     hosts.lock();
     hosts.unlock();

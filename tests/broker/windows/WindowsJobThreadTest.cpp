@@ -7,8 +7,9 @@
 #include <thread>
 
 #include "Utils/Exception.h"
+#include "support/CountedRefusal.h"
+#include "support/ImportHook.h"
 #include "support/LogCapture.h"
-#include "support/Refusal.h"
 #include "support/Thrown.h"
 
 namespace {
@@ -103,12 +104,14 @@ TEST(WindowsJobThread, RefusedStart_isLogged)
     broker::WindowsJobThread thread;
     Work work(std::chrono::milliseconds{1}, 0);
     {
-        const support::Refusal<decltype(&CreateThread), nullptr, ERROR_NOT_ENOUGH_MEMORY> refused("CreateThread");
-        const support::Refusal<decltype(&FreeLibrary), TRUE> release("FreeLibrary");
+        const support::ImportHook refused("CreateThread",
+                                          support::returning<nullptr, ERROR_NOT_ENOUGH_MEMORY>(&CreateThread));
+        const support::CountedRefusal<decltype(&FreeLibrary), TRUE> release("FreeLibrary");
         EXPECT_FALSE(thread.start(work));
         EXPECT_EQ(release.calls(), 1);
     }
-    const support::Refusal<decltype(&GetModuleHandleExA), FALSE, ERROR_MOD_NOT_FOUND> refused("GetModuleHandleExA");
+    const support::ImportHook refused("GetModuleHandleExA",
+                                      support::returning<FALSE, ERROR_MOD_NOT_FOUND>(&GetModuleHandleExA));
     EXPECT_FALSE(thread.start(work));
     EXPECT_THAT(log.events(),
                 ElementsAre(EndsWith("broker::WindowsJobThread::start: error: CreateThread error 8\n"),
@@ -119,7 +122,8 @@ TEST(WindowsJobThread, MissingEvent_isAnException)
 {
     const support::LogCapture log(1);
     broker::WindowsJobThread thread;
-    const support::Refusal<decltype(&CreateEventA), nullptr, ERROR_NOT_ENOUGH_MEMORY> refused("CreateEventA");
+    const support::ImportHook refused("CreateEventA",
+                                      support::returning<nullptr, ERROR_NOT_ENOUGH_MEMORY>(&CreateEventA));
     EXPECT_EQ(support::thrownBy([] { const broker::WindowsJobThread another; }), "Could not create event. Error 8");
     EXPECT_THROW(thread.makeSignal(), utils::Exception);
 }

@@ -9,7 +9,7 @@
 #include <cwchar>
 
 #include "Os/Windows/Platform.h"
-#include "support/Refusal.h"
+#include "support/ImportHook.h"
 
 namespace {
 
@@ -38,10 +38,10 @@ TEST(WindowsMachine, UserName_thatThePlatformDoesNotTell_isEmpty)
 {
     broker::WindowsMachine machine;
     {
-        const support::Refusal<decltype(&LookupAccountSidW), FALSE> refused("LookupAccountSidW");
+        const support::ImportHook refused("LookupAccountSidW", support::returning<FALSE>(&LookupAccountSidW));
         EXPECT_EQ(machine.userName(), "");
     }
-    const support::Refusal<decltype(&OpenProcessToken), FALSE> refused("OpenProcessToken");
+    const support::ImportHook refused("OpenProcessToken", support::returning<FALSE>(&OpenProcessToken));
     EXPECT_EQ(machine.userName(), "");
 }
 

@@ -7,18 +7,19 @@
 namespace support {
 
 template <class Function, auto RESULT, DWORD CODE = ERROR_SUCCESS>
-class Refusal;
+class CountedRefusal;
 
-// While it lives, one module's calls of a platform function do nothing but set the last error and return the result.
+// While it lives, one module's calls of a platform function are counted, and do nothing but set the last error and
+// return the result. Where the count does not matter, an ImportHook with returning() says the same.
 // One object of a type at a time.
 //
-//     const support::Refusal<decltype(&CreateMutexA), nullptr, ERROR_ACCESS_DENIED> refusal("CreateMutexA");
+//     const support::CountedRefusal<decltype(&FreeLibrary), TRUE> release("FreeLibrary");
 template <class Result, class... Arguments, auto RESULT, DWORD CODE>
-class Refusal<Result(WINAPI*)(Arguments...), RESULT, CODE>
+class CountedRefusal<Result(WINAPI*)(Arguments...), RESULT, CODE>
 {
 public:
     // As for an ImportHook.
-    explicit Refusal(const char* function, HMODULE module = nullptr) : m_hook(function, &refuse, module)
+    explicit CountedRefusal(const char* function, HMODULE module = nullptr) : m_hook(function, &refuse, module)
     {
         s_calls = 0;
     }
