@@ -215,6 +215,16 @@ TEST_F(Jobs, Deletion_refusedByTheStorage_isTriedAgain)
     EXPECT_THAT(m_process.jobs.jobs(), SizeIs(1));
 }
 
+TEST_F(Jobs, Deletion_refusedByTheStorage_freesThePort)
+{
+    const std::string id = start(600);
+    m_process.storage.firstFailing = m_process.storage.changes + 1;
+    m_process.storage.lastFailing = m_process.storage.firstFailing;
+    m_process.mark(id);
+    EXPECT_THAT(storedJobs(), SizeIs(1));
+    EXPECT_NE(start(), "");
+}
+
 TEST_F(Jobs, Deletion_withoutAThread_neverThrows)
 {
     const std::string id = complete();
