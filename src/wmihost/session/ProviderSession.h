@@ -22,7 +22,8 @@ public:
     RequestResult get(std::wstring_view path, const RequestOptions& options) const override;
     RequestResult put(IWbemClassObject* instance, const RequestOptions& options) const override;
     RequestResult remove(std::wstring_view path, const RequestOptions& options) const override;
-    // `in` must not be null: a method without inputs takes an empty instance of __PARAMETERS.
+    // `in` must not be null: a method without inputs takes an empty instance of __PARAMETERS. Only one request at a
+    // time may use it, since the provider moves its position.
     RequestResult execMethod(std::wstring_view path, std::wstring_view method, IWbemClassObject* in,
                              const RequestOptions& options) const override;
 
