@@ -38,7 +38,7 @@ constexpr Kind kindOf()
 void formatDoesNotMatchItsArguments();
 
 // Reads one conversion after its '%' and moves `text` behind it.
-consteval Kind conversion(const char*& text)
+constexpr Kind conversion(const char*& text)
 {
     while (*text == '0' || *text == '-' || (*text >= '1' && *text <= '9')) {
         ++text;
@@ -67,7 +67,7 @@ consteval Kind conversion(const char*& text)
 }
 
 template <class... Args>
-consteval void check(const char* text)
+constexpr void check(const char* text)
 {
     constexpr std::array<Kind, sizeof...(Args) + 1> expected{kindOf<Args>()..., Kind::OTHER};
     std::size_t used = 0;

@@ -28,7 +28,7 @@ static_assert(kindOf<const wchar_t*>() == Kind::POINTER);
 static_assert(kindOf<double>() == Kind::OTHER);
 static_assert(kindOf<std::string>() == Kind::OTHER);
 
-consteval Kind kindIn(const char* text)
+constexpr Kind kindIn(const char* text)
 {
     return conversion(text);
 }
@@ -46,7 +46,7 @@ static_assert(kindIn("f") == Kind::OTHER);
 static_assert(kindIn("ls") == Kind::OTHER);
 static_assert(kindIn("") == Kind::OTHER);
 
-consteval char characterAfter(const char* text)
+constexpr char characterAfter(const char* text)
 {
     conversion(text);
     return *text;
