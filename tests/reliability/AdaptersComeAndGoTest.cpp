@@ -16,6 +16,7 @@
 #include <map>
 #include <mutex>
 #include <set>
+#include <stdexcept>
 #include <thread>
 
 #include "fakes/KnownFactory.h"
@@ -82,11 +83,12 @@ std::wstring textOf(const SOCKADDR& address)
 Names addressesOfTheSystem()
 {
     Names result;
-    std::vector<std::max_align_t> buffer(256 * 1024 / sizeof(std::max_align_t));
+    // Wine keeps listing adapters that are gone, so that the list grows all the time.
+    std::vector<std::max_align_t> buffer(4 * 1024 * 1024 / sizeof(std::max_align_t));
     auto* const first = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data());
     auto size = static_cast<ULONG>(buffer.size() * sizeof(std::max_align_t));
     if (GetAdaptersAddresses(AF_UNSPEC, 0, nullptr, first, &size) != NO_ERROR) {
-        return result;
+        throw std::runtime_error("GetAdaptersAddresses failed");
     }
     for (const auto* adapter = first; adapter != nullptr; adapter = adapter->Next) {
         if (adapter->IfType == IF_TYPE_SOFTWARE_LOOPBACK) {

@@ -25,25 +25,16 @@ InterfaceTraits traitsOf(const IP_ADAPTER_ADDRESSES& adapter)
 
 AddressTable::AddressTable(ULONG flags)
 {
-    const ULONG status = asked([this, flags] { return read(flags); });
+    const ULONG status = asked([this, flags] {
+        return readList(m_buffer, [this, flags](ULONG& size) {
+            auto* const first = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(m_buffer.data());
+            return GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, first, &size);
+        });
+    });
     if (status != NO_ERROR && !meansNone(status)) {
         throw utils::EFailed(utils::format("GetAdaptersAddresses error %d", static_cast<int>(status)));
     }
     m_isEmpty = status != NO_ERROR;
-}
-
-ULONG AddressTable::read(ULONG flags)
-{
-    // This is enough for most machines at the first attempt. The list may grow between two attempts.
-    constexpr ULONG FIRST_SIZE = 16 * 1024;
-    constexpr int ATTEMPTS = 4;
-    ULONG size = FIRST_SIZE;
-    ULONG status = ERROR_BUFFER_OVERFLOW;
-    for (int attempt = 0; attempt < ATTEMPTS && status == ERROR_BUFFER_OVERFLOW; ++attempt) {
-        m_buffer.resize(size / sizeof(std::max_align_t) + 1);
-        status = GetAdaptersAddresses(AF_UNSPEC, flags, nullptr, first(), &size);
-    }
-    return status;
 }
 
 std::vector<const IP_ADAPTER_ADDRESSES*> AddressTable::ports() const

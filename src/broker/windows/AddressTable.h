@@ -27,10 +27,6 @@ public:
     std::vector<const IP_ADAPTER_ADDRESSES*> ports() const;
 
 private:
-    // Fills the buffer and returns the platform's code.
-    ULONG read(ULONG flags);
-    IP_ADAPTER_ADDRESSES* first() noexcept { return reinterpret_cast<IP_ADAPTER_ADDRESSES*>(m_buffer.data()); }
-
     std::vector<std::max_align_t> m_buffer;
     bool m_isEmpty = true;
 };

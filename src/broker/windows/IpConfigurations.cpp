@@ -77,20 +77,6 @@ void addFamilies(std::vector<IpConfiguration>& configurations, const std::vector
     });
 }
 
-// Fills the caller's buffer with the platform's older list, the only one with the times of the leases.
-ULONG adaptersInfo(std::vector<std::max_align_t>& buffer)
-{
-    constexpr ULONG FIRST_SIZE = 16 * 1024;
-    constexpr int ATTEMPTS = 4;
-    ULONG size = FIRST_SIZE;
-    ULONG status = ERROR_BUFFER_OVERFLOW;
-    for (int attempt = 0; attempt < ATTEMPTS && status == ERROR_BUFFER_OVERFLOW; ++attempt) {
-        buffer.resize(size / sizeof(std::max_align_t) + 1);
-        status = GetAdaptersInfo(reinterpret_cast<IP_ADAPTER_INFO*>(buffer.data()), &size);
-    }
-    return status;
-}
-
 // Empty for 0, which the platform writes when no lease time is known.
 std::optional<WallTime> wallTime(time_t seconds)
 {
@@ -104,8 +90,13 @@ void addLeases(std::vector<IpConfiguration>& configurations)
     if (std::none_of(configurations.begin(), configurations.end(), usesDhcp)) {
         return;
     }
+    // The platform's older list is the only one with the times of the leases.
     std::vector<std::max_align_t> buffer;
-    const ULONG status = asked([&buffer] { return adaptersInfo(buffer); });
+    const ULONG status = asked([&buffer] {
+        return readList(buffer, [&buffer](ULONG& size) {
+            return GetAdaptersInfo(reinterpret_cast<IP_ADAPTER_INFO*>(buffer.data()), &size);
+        });
+    });
     if (meansNone(status)) {
         return;
     }

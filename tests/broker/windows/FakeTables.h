@@ -47,6 +47,24 @@ private:
     support::ImportHook m_hook{"FreeMibTable", &release};
 };
 
+// The size of a list. It grows after each refusal, as where adapters are added all the time.
+struct ListSize
+{
+    // Whether the caller's buffer is too small for the list; if so, tells the caller the size.
+    bool refuses(ULONG& size) noexcept
+    {
+        if (size >= bytes) {
+            return false;
+        }
+        size = bytes;
+        bytes += growth;
+        return true;
+    }
+
+    ULONG bytes = 0;
+    ULONG growth = 0;
+};
+
 // While it lives, the platform's list of addresses has one adapter, an Ethernet card that the test changes. One object
 // at a time.
 class OneAdapter
@@ -55,20 +73,26 @@ public:
     OneAdapter()
     {
         s_row = {};
+        s_size = {};
         s_row.IfType = IF_TYPE_ETHERNET_CSMACD;
         s_row.AdapterName = s_guid.data();
     }
     IP_ADAPTER_ADDRESSES* operator->() noexcept { return &s_row; }
+    void setSize(const ListSize& size) noexcept { s_size = size; }
 
 private:
     static ULONG WINAPI give(ULONG /*family*/, ULONG /*flags*/, PVOID /*reserved*/, PIP_ADAPTER_ADDRESSES buffer,
-                             PULONG /*size*/)
+                             PULONG size)
     {
+        if (s_size.refuses(*size)) {
+            return ERROR_BUFFER_OVERFLOW;
+        }
         *buffer = s_row;
         return NO_ERROR;
     }
 
     static inline IP_ADAPTER_ADDRESSES s_row{};
+    static inline ListSize s_size;
     static inline std::array<char, 4> s_guid{"{G}"};
     support::ImportHook m_hook{"GetAdaptersAddresses", &give};
 };

@@ -27,6 +27,7 @@ struct Platform
     std::array<MIB_IPINTERFACE_ROW, 3> families{};
     std::array<IP_ADAPTER_INFO, 2> infos{};
     ULONG infoStatus = NO_ERROR;
+    fakes::ListSize infoSize;
     int infoCalls = 0;
 };
 
@@ -41,6 +42,9 @@ NETIO_STATUS WINAPI fakeFamilies(ADDRESS_FAMILY /*family*/, PMIB_IPINTERFACE_TAB
 ULONG WINAPI fakeInfo(PIP_ADAPTER_INFO buffer, PULONG size)
 {
     ++platform.infoCalls;
+    if (platform.infoSize.refuses(*size)) {
+        return ERROR_BUFFER_OVERFLOW;
+    }
     if (platform.infoStatus == ERROR_BUFFER_OVERFLOW) {
         *size += 1024;
     } else if (platform.infoStatus == NO_ERROR) {
@@ -152,7 +156,15 @@ TEST_F(IpConfigurations, DhcpWithoutLease_hasNoTimes)
     EXPECT_THAT(m_log.events(), IsEmpty());
 }
 
-TEST_F(IpConfigurations, LeasesThatKeepGrowing_areGivenUp)
+TEST_F(IpConfigurations, LeasesThatGrowMeanwhile_areRead)
+{
+    m_adapter->Dhcpv4Enabled = 1;
+    platform.infos[1].LeaseObtained = 1;
+    platform.infoSize = {64 * 1024, 1024};
+    EXPECT_EQ(read().leaseObtained, broker::WallTime{std::chrono::seconds{1}});
+}
+
+TEST_F(IpConfigurations, LeasesThatNeverFit_areGivenUp)
 {
     m_adapter->Dhcpv4Enabled = 1;
     platform.infoStatus = ERROR_BUFFER_OVERFLOW;

@@ -188,6 +188,13 @@ TEST_F(FakeAddresses, OfWhatIsNoPort_areLeftOut)
     EXPECT_THAT(m_source.readIpConfigurations(), IsEmpty());
 }
 
+TEST_F(FakeAddresses, ListThatGrowsMeanwhile_isRead)
+{
+    add("10.0.0.1");
+    m_adapter.setSize({64 * 1024, 1024});
+    EXPECT_THAT(read(&broker::Address::text), ElementsAre("10.0.0.1"));
+}
+
 TEST(PlatformAdapters, ListThatNeverFits_isGivenUp)
 {
     const support::LogCapture log(1);
